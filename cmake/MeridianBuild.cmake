@@ -1,0 +1,63 @@
+# How every target of the project is compiled.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+add_library(meridian_build_options INTERFACE)
+target_compile_features(meridian_build_options INTERFACE cxx_std_20)
+target_compile_options(
+  meridian_build_options
+  INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+            -Wold-style-cast)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # Calls within a library stay within it and can be inlined, as with Clang.
+  target_compile_options(meridian_build_options INTERFACE -fno-semantic-interposition)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # False alarms on operator+(const char*, std::string&&) in the standard library (GCC bug 105651).
+  target_compile_options(meridian_build_options INTERFACE -Wno-restrict)
+endif()
+if(MERIDIAN_WARNINGS_AS_ERRORS)
+  target_compile_options(meridian_build_options INTERFACE -Werror)
+endif()
+if(MERIDIAN_SANITIZERS)
+  # The whole tree and not only this interface, so that libraries and tests agree.
+  add_compile_options(-fsanitize=${MERIDIAN_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${MERIDIAN_SANITIZERS})
+endif()
+if(MERIDIAN_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()
+
+# What every library of the project has in common: hidden symbols, a version, and its public headers under <meridian/>.
+function(meridian_library target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "EXPORT_NAME;OUTPUT_NAME" "SOURCES;PUBLIC_HEADERS")
+  add_library(${target})
+  add_library(Meridian::${arg_EXPORT_NAME} ALIAS ${target})
+  target_sources(
+    ${target}
+    PRIVATE ${arg_SOURCES}
+    PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_PUBLIC_HEADERS})
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:meridian_build_options>)
+  set_target_properties(
+    ${target}
+    PROPERTIES CXX_EXTENSIONS OFF
+               CXX_VISIBILITY_PRESET hidden
+               VISIBILITY_INLINES_HIDDEN ON
+               POSITION_INDEPENDENT_CODE ON
+               EXPORT_NAME ${arg_EXPORT_NAME}
+               OUTPUT_NAME ${arg_OUTPUT_NAME}
+               VERSION ${PROJECT_VERSION}
+               SOVERSION ${PROJECT_VERSION_MAJOR})
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL STATIC_LIBRARY)
+    target_compile_definitions(${target} PUBLIC MERIDIAN_STATIC)
+  endif()
+  install(
+    TARGETS ${target}
+    EXPORT Meridian${arg_EXPORT_NAME}Targets
+    FILE_SET HEADERS)
+endfunction()

@@ -1,0 +1,77 @@
+#include "meridian/cli/argument_reading.h"
+
+#include <algorithm>
+#include <array>
+
+#include "meridian/base/text.h"
+#include "meridian/cli/transcode_flags.h"
+
+namespace meridian {
+namespace {
+
+constexpr CLISanitizationOptions pathValue = CLISanitizationOptions::trimWhiteSpace;
+constexpr CLISanitizationOptions plainValue =
+    CLISanitizationOptions::lowercase | CLISanitizationOptions::trimWhiteSpace;
+
+CLISanitizationOptions valueOptions(FlagValue value) noexcept {
+  return value == FlagValue::path ? pathValue : plainValue;
+}
+
+bool isFlag(std::string_view word) noexcept {
+  // Nearly every word shows by its first letter what it is. No character turns into "-" in lower case, so the word need
+  // not be lower-cased.
+  if (!word.empty() && word.front() > ' ' && word.front() < '\x7f') return word.front() == '-';
+  return trimmed(word).starts_with('-');
+}
+
+}  // namespace
+
+std::string normalizedFlag(std::string_view word) { return plainValue.sanitize(word); }
+
+std::optional<std::string_view> containedKnownFlag(std::string_view flag) {
+  if (!flag.starts_with('-')) return std::nullopt;
+  if (const FlagDescription* const exact = findFlag(flag); exact != nullptr && exact->isCase) return exact->text;
+
+  // Known flags are ASCII, and no ASCII byte is part of a longer character, so bytes can be compared.
+  const std::string folded = caseFolded(flag);
+  const auto found = std::ranges::find_if(
+      allKnownCommandFlags, [&folded](std::string_view known) { return folded.find(known) != std::string::npos; });
+  if (found == allKnownCommandFlags.end()) return std::nullopt;
+  return *found;
+}
+
+FlagTreatment treatmentOf(std::string_view flag) {
+  const bool isPreset = flag.starts_with(SAVPresetFlag.rawValue());
+  if (const FlagDescription* const exact = findFlag(flag); exact != nullptr && exact->isCase) {
+    return {isPreset ? FlagKind::preset : FlagKind::setting, valueOptions(exact->value)};
+  }
+  // It contains "-in", which is known; cards bring thousands of these.
+  if (flag.starts_with(SAVInputPrefixFlag.rawValue())) return {FlagKind::setting, pathValue};
+
+  const bool isPath = std::ranges::any_of(flagDescriptions, [flag](const FlagDescription& known) {
+    return known.value == FlagValue::path && equalsIgnoringCase(flag, known.text);
+  });
+  const CLISanitizationOptions options = isPath ? pathValue : plainValue;
+  if (!containedKnownFlag(flag)) return {FlagKind::rejected, options};
+  return {isPreset ? FlagKind::preset : FlagKind::setting, options};
+}
+
+void readArgumentVector(std::span<const std::string_view> words, FunctionRef<void(ReadFlag&&)> foundFlag,
+                        FunctionRef<void(std::size_t index)> foundStrayWord) {
+  for (std::size_t index = 0; index < words.size(); ++index) {
+    if (!isFlag(words[index])) {
+      foundStrayWord(index);
+      continue;
+    }
+    ReadFlag read{.flag = normalizedFlag(words[index]), .value = {}, .kind = {}, .index = index, .hasValue = false};
+    const FlagTreatment treatment = treatmentOf(read.flag);
+    read.kind = treatment.kind;
+    if (index + 1 < words.size() && !isFlag(words[index + 1])) {
+      read.value = treatment.valueOptions.sanitize(words[++index]);
+      read.hasValue = true;
+    }
+    foundFlag(std::move(read));
+  }
+}
+
+}  // namespace meridian

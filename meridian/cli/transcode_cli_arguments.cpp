@@ -1,0 +1,332 @@
+#include "meridian/cli/transcode_cli_arguments.h"
+
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+#include <utility>
+
+#include "meridian/base/numbers.h"
+#include "meridian/base/text.h"
+#include "meridian/cli/argument_reading.h"
+#include "meridian/cli/transcode_preset.h"
+
+namespace meridian {
+namespace {
+
+std::vector<std::string_view> viewsOf(std::span<const std::string> texts) { return {texts.begin(), texts.end()}; }
+
+/// Merges the presets' settings into the valid entries, where these do not hold them already, and puts an unknown
+/// preset name among the rejected ones.
+void expandPresets(std::span<const std::string> names, TextDictionary& valid, TextDictionary& invalid) {
+  for (const std::string& name : names) {
+    if (const auto preset = fromRawValue<TranscodeCliPreset>(name)) {
+      for (const auto& [flag, value] : orderedArguments(*preset)) {
+        valid.setIfAbsent(std::string(flag), std::string(value));
+      }
+    } else {
+      invalid.set(SAVPresetFlag.string(), name);
+    }
+  }
+}
+
+TranscodeCliArguments::Stored storedOf(TextDictionary valid, TextDictionary invalid) {
+  TranscodeCliArguments::Stored stored;
+  stored.flagValueLookup = std::move(valid);
+  if (!invalid.empty()) stored.invalidKeyValueLookup = std::move(invalid);
+  return stored;
+}
+
+/// A flag's numbers when it is that of an input file.
+struct InputNumbers {
+  std::int64_t group;
+  std::int64_t place;
+};
+
+std::optional<InputNumbers> inputNumbers(std::string_view flag) noexcept {
+  const std::string_view prefix = SAVInputPrefixFlag.rawValue();
+  if (!flag.starts_with(prefix) || !flag.substr(prefix.size()).starts_with('_')) return std::nullopt;
+  const std::string_view numbers = flag.substr(prefix.size() + 1);
+  const std::size_t separator = numbers.find('_');
+  if (separator == std::string_view::npos) return std::nullopt;
+  const auto group = integerFromText(numbers.substr(0, separator));
+  const auto place = integerFromText(numbers.substr(separator + 1));
+  if (!group || !place || numbers.find('+') != std::string_view::npos || numbers[separator + 1] == '-') {
+    return std::nullopt;
+  }
+  return InputNumbers{*group, *place};
+}
+
+std::string inputFlag(std::int64_t group, std::size_t place) {
+  return SAVInputPrefixFlag.string() + "_" + std::to_string(group) + "_" + std::to_string(place);
+}
+
+struct InputFile {
+  InputNumbers numbers;
+  std::string_view path;
+  /// Its place among the store's input files, which decides between two with the same numbers.
+  std::size_t rank;
+
+  [[nodiscard]] auto order() const noexcept { return std::tuple(numbers.group, numbers.place, rank); }
+};
+
+/// The input files of a lookup in ascending order of group and place.
+std::vector<InputFile> sortedInputFiles(const TextDictionary& lookup) {
+  std::vector<InputFile> files;
+  for (const auto& [flag, value] : lookup) {
+    if (const auto numbers = inputNumbers(flag)) files.push_back({*numbers, value, files.size()});
+  }
+  // Nearly always they stand in order already, and then one look at each is enough.
+  if (!std::ranges::is_sorted(files, {}, &InputFile::order)) std::ranges::sort(files, {}, &InputFile::order);
+  return files;
+}
+
+}  // namespace
+
+const TextDictionary& TranscodeCliArguments::solvaneCloudPresetArguments() {
+  return presetArguments(TranscodeCliPreset::cloud);
+}
+
+const TextDictionary& TranscodeCliArguments::solvaneProRes4444XQPresetArguments() {
+  return presetArguments(TranscodeCliPreset::proRes4444XQ);
+}
+
+TranscodeCliArguments::TranscodeCliArguments(std::span<const std::string_view> cliArgs, bool maintainOriginalOrdering) {
+  TextDictionary valid;
+  TextDictionary invalid;
+  TextDictionary presets;  // by flag, so that the last of repeated flags wins here too
+  valid.reserve(cliArgs.size() / 2 + 1);
+  readArgumentVector(
+      cliArgs,
+      [&](ReadFlag&& read) {
+        switch (read.kind) {
+          case FlagKind::setting:
+            valid.set(std::move(read.flag), std::move(read.value));
+            break;
+          case FlagKind::preset:
+            presets.set(std::move(read.flag), std::move(read.value));
+            break;
+          case FlagKind::rejected:
+            invalid.set(std::move(read.flag), std::move(read.value));
+            break;
+        }
+      },
+      [](std::size_t) {});
+
+  std::vector<std::string> presetNames;
+  for (const auto& [flag, name] : presets) presetNames.push_back(name);
+  expandPresets(presetNames, valid, invalid);
+  stored_ = storedOf(std::move(valid), std::move(invalid));
+
+  if (maintainOriginalOrdering && !flagValueLookup().empty()) {
+    // The lookup got its flags in the order in which they first appeared, and those of presets after them.
+    stored_.orderedFlags.emplace().reserve(flagValueLookup().size());
+    for (const auto& [flag, value] : flagValueLookup()) stored_.orderedFlags->push_back(flag);
+  }
+}
+
+TranscodeCliArguments::TranscodeCliArguments(std::span<const std::string> cliArgs, bool maintainOriginalOrdering)
+    : TranscodeCliArguments(std::span<const std::string_view>(viewsOf(cliArgs)), maintainOriginalOrdering) {}
+
+TranscodeCliArguments::TranscodeCliArguments(std::initializer_list<std::string_view> cliArgs,
+                                             bool maintainOriginalOrdering)
+    : TranscodeCliArguments(std::span<const std::string_view>(cliArgs.begin(), cliArgs.size()),
+                            maintainOriginalOrdering) {}
+
+TranscodeCliArguments TranscodeCliArguments::fromArgumentLookup(const TextDictionary& argumentLookup) {
+  TextDictionary valid;
+  TextDictionary invalid;
+  std::vector<std::string> presetNames;
+  for (const auto& [givenFlag, givenValue] : argumentLookup) {
+    std::string flag = normalizedFlag(givenFlag);
+    const FlagTreatment treatment = treatmentOf(flag);
+    if (treatment.kind == FlagKind::rejected) {
+      invalid.set(givenFlag, givenValue);
+      continue;
+    }
+    std::string value = treatment.valueOptions.sanitize(givenValue);
+    if (treatment.kind == FlagKind::preset) {
+      presetNames.push_back(std::move(value));
+    } else {
+      valid.set(std::move(flag), std::move(value));
+    }
+  }
+  expandPresets(presetNames, valid, invalid);
+  return fromStored(storedOf(std::move(valid), std::move(invalid)));
+}
+
+TranscodeCliArguments TranscodeCliArguments::fromStored(Stored stored) {
+  TranscodeCliArguments arguments;
+  arguments.stored_ = std::move(stored);
+  return arguments;
+}
+
+bool TranscodeCliArguments::hasArgumentFlag(std::string_view flag) const noexcept {
+  return flagValueLookup().contains(trimmed(flag));
+}
+
+std::optional<std::string_view> TranscodeCliArguments::argumentFlagValue(std::string_view flag) const noexcept {
+  const std::string* const value = flagValueLookup().find(trimmed(flag));
+  if (value == nullptr) return std::nullopt;
+  return *value;
+}
+
+void TranscodeCliArguments::setArgumentFlagValue(std::string_view flag, std::optional<std::string_view> value) {
+  if (value) {
+    stored_.flagValueLookup.set(std::string(trimmed(flag)), std::string(*value));
+  } else {
+    stored_.flagValueLookup.erase(trimmed(flag));
+  }
+}
+
+std::optional<std::vector<std::string>> TranscodeCliArguments::unknownFlags() const {
+  std::vector<std::string> flags;
+  enumerateUnknownFlags([&flags](std::string_view flag, std::string_view) { flags.emplace_back(flag); });
+  if (flags.empty()) return std::nullopt;
+  return flags;
+}
+
+bool TranscodeCliArguments::allFlagsAreValid() const noexcept {
+  return !stored_.invalidKeyValueLookup || stored_.invalidKeyValueLookup->empty();
+}
+
+void TranscodeCliArguments::enumerateUnknownFlags(
+    FunctionRef<void(std::string_view flag, std::string_view value)> unknownFlagFound) const {
+  if (!stored_.invalidKeyValueLookup) return;
+  for (const auto& [flag, value] : *stored_.invalidKeyValueLookup) unknownFlagFound(flag, value);
+}
+
+std::vector<std::string> TranscodeCliArguments::commandLineArguments() const {
+  if (!stored_.orderedFlags) return CliArgumentStore::commandLineArguments();
+
+  const TextDictionary& lookup = flagValueLookup();
+  std::vector<std::string> elements;
+  elements.reserve(2 * lookup.size());
+  std::vector<bool> rendered(lookup.slotCount(), false);
+  const auto render = [&](std::size_t slot) {
+    if (rendered[slot]) return;
+    rendered[slot] = true;
+    elements.push_back(lookup.entryAt(slot).key);
+    elements.push_back(lookup.entryAt(slot).value);
+  };
+  for (const std::string& flag : *stored_.orderedFlags) {
+    if (const std::size_t slot = lookup.slotOf(flag); slot != lookup.slotCount()) render(slot);
+  }
+  for (auto entry = lookup.begin(); entry != lookup.end(); ++entry) render(entry.slot());
+  return elements;
+}
+
+std::optional<std::string_view> TranscodeCliArguments::outputFile() const noexcept {
+  return argumentFlagValue(SAVOutputFileFlag.rawValue());
+}
+
+void TranscodeCliArguments::setOutputFile(std::optional<std::string_view> path) {
+  setArgumentFlagValue(SAVOutputFileFlag.rawValue(), path);
+}
+
+std::optional<SAVTranscodeArgumentFileFormatValue> TranscodeCliArguments::outputFileFormat() const noexcept {
+  const auto text = argumentFlagValue(SAVTranscodeArgumentFileFormatValue::cliFlag());
+  return text ? SAVTranscodeArgumentFileFormatValue::fromRawValue(*text) : std::nullopt;
+}
+
+void TranscodeCliArguments::setOutputFileFormat(std::optional<SAVTranscodeArgumentFileFormatValue> format) {
+  setArgumentFlagValue(SAVTranscodeArgumentFileFormatValue::cliFlag(),
+                       format ? std::optional(format->rawValue()) : std::nullopt);
+}
+
+std::optional<std::string_view> TranscodeCliArguments::progressFile() const noexcept {
+  return argumentFlagValue(SAVProgressFileFlag.rawValue());
+}
+
+void TranscodeCliArguments::setProgressFile(std::optional<std::string_view> path) {
+  setArgumentFlagValue(SAVProgressFileFlag.rawValue(), path);
+}
+
+std::optional<std::string_view> TranscodeCliArguments::progressOutputPrefix() const noexcept {
+  return argumentFlagValue(SAVProgressOutputPrefixFlag.rawValue());
+}
+
+void TranscodeCliArguments::setProgressOutputPrefix(std::optional<std::string_view> prefix) {
+  setArgumentFlagValue(SAVProgressOutputPrefixFlag.rawValue(), prefix);
+}
+
+std::optional<std::string_view> TranscodeCliArguments::workDirectory() const noexcept {
+  return argumentFlagValue(SAVWorkDirectoryFlag.rawValue());
+}
+
+void TranscodeCliArguments::setWorkDirectory(std::optional<std::string_view> path) {
+  setArgumentFlagValue(SAVWorkDirectoryFlag.rawValue(), path);
+}
+
+bool TranscodeCliArguments::shouldOverwrite() const noexcept {
+  return hasArgumentFlag(SAVOverwriteExistingFlag.rawValue());
+}
+
+void TranscodeCliArguments::setShouldOverwrite(bool overwrite) {
+  setArgumentFlagValue(SAVOverwriteExistingFlag.rawValue(), overwrite ? std::optional("") : std::nullopt);
+}
+
+void TranscodeCliArguments::enumerateInputFileGroups(
+    FunctionRef<void(std::span<const std::string_view> paths, std::int64_t group)> didFindGroup) const {
+  const std::vector<InputFile> files = sortedInputFiles(flagValueLookup());
+  std::vector<std::string_view> paths;
+  for (auto first = files.begin(); first != files.end();) {
+    const std::int64_t group = first->numbers.group;
+    const auto end =
+        std::find_if(first, files.end(), [group](const InputFile& file) { return file.numbers.group != group; });
+    paths.clear();
+    std::transform(first, end, std::back_inserter(paths), [](const InputFile& file) { return file.path; });
+    didFindGroup(paths, group);
+    first = end;
+  }
+}
+
+bool TranscodeCliArguments::isInputFileFlag(std::string_view flag) noexcept { return inputNumbers(flag).has_value(); }
+
+std::optional<TranscodeCliArguments::InputFileGroups> TranscodeCliArguments::inputFileGroups() const {
+  InputFileGroups groups;
+  enumerateInputFileGroups([&groups](std::span<const std::string_view> paths, std::int64_t group) {
+    groups[group].assign(paths.begin(), paths.end());
+  });
+  if (groups.empty()) return std::nullopt;
+  return groups;
+}
+
+void TranscodeCliArguments::setInputFileGroups(const std::optional<InputFileGroups>& groups) {
+  stored_.flagValueLookup.eraseIf(
+      [](const TextDictionary::Entry& entry) { return entry.key.starts_with(SAVInputPrefixFlag.rawValue()); });
+  if (!groups) return;
+  for (const auto& [group, paths] : *groups) {
+    for (std::size_t place = 0; place < paths.size(); ++place) {
+      stored_.flagValueLookup.set(inputFlag(group, place), paths[place]);
+    }
+  }
+}
+
+std::optional<std::vector<std::string>> TranscodeCliArguments::inputFiles() const {
+  std::vector<std::string> paths;
+  for (const InputFile& file : sortedInputFiles(flagValueLookup())) paths.emplace_back(file.path);
+  if (paths.empty()) return std::nullopt;
+  return paths;
+}
+
+void TranscodeCliArguments::setInputFiles(const std::optional<std::vector<std::string>>& paths) {
+  if (paths) {
+    setInputFileGroups(InputFileGroups{{0, *paths}});
+  } else {
+    setInputFileGroups(std::nullopt);
+  }
+}
+
+std::optional<std::string_view> TranscodeCliArguments::firstInputFile() const {
+  std::optional<InputFile> first;
+  for (const auto& [flag, value] : flagValueLookup()) {
+    const auto numbers = inputNumbers(flag);
+    if (!numbers) continue;
+    const InputFile file{*numbers, value, 0};
+    if (!first || file.order() < first->order()) first = file;
+  }
+  if (!first) return std::nullopt;
+  return first->path;
+}
+
+}  // namespace meridian

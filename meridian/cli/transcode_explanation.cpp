@@ -1,0 +1,145 @@
+#include "meridian/cli/transcode_explanation.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+#include <utility>
+
+#include "meridian/cli/argument_reading.h"
+#include "meridian/cli/nearest_text.h"
+
+namespace meridian {
+namespace {
+
+constexpr auto presetTexts = [] {
+  std::array<std::string_view, allCases<TranscodeCliPreset>().size()> texts{};
+  std::ranges::transform(allCases<TranscodeCliPreset>(), texts.begin(), preset);
+  return texts;
+}();
+
+/// What the reading of a vector saw, word by word.
+struct Trace {
+  /// Every flag as it stood, in order.
+  std::vector<ReadFlag> flags;
+  /// The places in `flags` of each flag's occurrences.
+  std::unordered_map<std::string_view, std::vector<std::size_t>> occurrences;
+  /// The values of the flags that name no preset but should, in the order in which the store meets the flags. It keeps
+  /// the last.
+  std::vector<std::string> unknownPresetNames;
+
+  /// The values that the flag had before its last occurrence.
+  [[nodiscard]] std::vector<std::string> earlierValues(std::string_view flag) const {
+    std::vector<std::string> values;
+    if (const auto places = occurrences.find(flag); places != occurrences.end()) {
+      for (const std::size_t place : places->second) values.push_back(flags[place].value);
+      values.pop_back();
+    }
+    return values;
+  }
+};
+
+const std::string* valueInPreset(TranscodeCliPreset preset, std::string_view flag) {
+  return presetArguments(preset).find(flag);
+}
+
+std::optional<SettingRemark> remarkOn(const ExplainedSetting& setting, std::optional<std::string_view> contained) {
+  if (const FlagDescription* const flag = findFlag(setting.flag)) {
+    if (flag->text == SAVInputPrefixFlag.rawValue()) return SettingRemark::inputWithoutNumbers;
+    if (flag->takesValue() && setting.value.empty()) return SettingRemark::lacksValue;
+    if (!flag->takesValue() && !setting.value.empty()) return SettingRemark::holdsValueButTakesNone;
+    return std::nullopt;
+  }
+  if (setting.flag.starts_with(SAVInputPrefixFlag.rawValue())) {
+    if (!TranscodeCliArguments::isInputFileFlag(setting.flag)) return SettingRemark::inputWithoutNumbers;
+    return setting.value.empty() ? std::optional(SettingRemark::lacksValue) : std::nullopt;
+  }
+  // The tracks to be left out stand in flags that begin with this one.
+  if (setting.flag.starts_with(SAVAudioIgnoreTracksPrefixFlag.rawValue())) return std::nullopt;
+  return contained ? std::optional(SettingRemark::acceptedByContainment) : std::nullopt;
+}
+
+ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trace& trace,
+                                  std::span<const ExplainedPreset> presets) {
+  ExplainedSetting setting;
+  setting.flag = entry.key;
+  setting.value = entry.value;
+
+  // Of several presets the first that has the flag counts, as in the store.
+  const auto holder = std::ranges::find_if(
+      presets, [&](const ExplainedPreset& each) { return valueInPreset(each.preset, entry.key) != nullptr; });
+  if (holder != presets.end()) setting.preset = holder->preset;
+
+  const auto places = trace.occurrences.find(entry.key);
+  if (places == trace.occurrences.end()) {
+    setting.source = SettingSource::preset;
+  } else {
+    setting.source = places->second.size() > 1 ? SettingSource::repeated : SettingSource::given;
+    setting.earlierValues = trace.earlierValues(entry.key);
+    if (setting.preset) setting.presetValue = *valueInPreset(*setting.preset, entry.key);
+  }
+
+  const auto contained = containedKnownFlag(entry.key);
+  setting.remark = remarkOn(setting, contained);
+  if (setting.remark == SettingRemark::acceptedByContainment) setting.containedFlag = contained;
+  return setting;
+}
+
+ExplainedRejection explainedRejection(std::string_view flag, std::string_view value, const Trace& trace) {
+  ExplainedRejection rejection;
+  rejection.flag = flag;
+  rejection.value = value;
+  if (flag == SAVPresetFlag.rawValue()) {
+    // Stands for every flag that begins with "-preset".
+    rejection.earlierValues = trace.unknownPresetNames;
+    rejection.earlierValues.pop_back();
+    rejection.suggestion = nearestText(value, presetTexts);
+    return rejection;
+  }
+  rejection.earlierValues = trace.earlierValues(flag);
+  rejection.suggestion = nearestText(flag, allKnownCommandFlags);
+  if (const auto places = trace.occurrences.find(flag); places != trace.occurrences.end()) {
+    const std::size_t place = places->second.back();
+    if (place > 0) {
+      const ReadFlag& before = trace.flags[place - 1];
+      const FlagDescription* const known = findFlag(before.flag);
+      const bool adjacent = before.index + 1 == trace.flags[place].index;
+      if (adjacent && known != nullptr && known->takesValue()) rejection.valueless = before.flag;
+    }
+  }
+  return rejection;
+}
+
+}  // namespace
+
+TranscodeExplanation explain(std::span<const std::string_view> words, bool maintainOriginalOrdering) {
+  TranscodeExplanation explanation;
+  explanation.arguments = TranscodeCliArguments(words, maintainOriginalOrdering);
+
+  Trace trace;
+  readArgumentVector(
+      words, [&trace](ReadFlag&& read) { trace.flags.push_back(std::move(read)); },
+      [&](std::size_t index) { explanation.droppedWords.push_back({index, std::string(words[index])}); });
+  for (std::size_t place = 0; place < trace.flags.size(); ++place) {
+    trace.occurrences[trace.flags[place].flag].push_back(place);
+  }
+  for (std::size_t place = 0; place < trace.flags.size(); ++place) {
+    const ReadFlag& read = trace.flags[place];
+    const std::vector<std::size_t>& places = trace.occurrences[read.flag];
+    if (places.front() != place || read.kind != FlagKind::preset) continue;
+    if (const auto preset = fromRawValue<TranscodeCliPreset>(trace.flags[places.back()].value)) {
+      explanation.presets.push_back({*preset, trace.earlierValues(read.flag)});
+    } else {
+      for (const std::size_t each : places) trace.unknownPresetNames.push_back(trace.flags[each].value);
+    }
+  }
+
+  for (const TextDictionary::Entry& entry : explanation.arguments.flagValueLookup()) {
+    explanation.settings.push_back(explainedSetting(entry, trace, explanation.presets));
+  }
+  explanation.arguments.enumerateUnknownFlags([&](std::string_view flag, std::string_view value) {
+    explanation.rejections.push_back(explainedRejection(flag, value, trace));
+  });
+  return explanation;
+}
+
+}  // namespace meridian

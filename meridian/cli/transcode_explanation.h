@@ -1,0 +1,98 @@
+// How an argument vector was understood: where each setting came from, and what became of every other word.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "meridian/base/enumeration.h"
+#include "meridian/cli/transcode_cli_arguments.h"
+#include "meridian/cli/transcode_preset.h"
+#include "meridian/export.h"
+
+namespace meridian {
+
+/// Where a setting's value came from: written once, written more than once (the last one stays), or from a preset.
+enum class SettingSource : std::uint8_t { given, repeated, preset };
+
+template <>
+struct EnumerationTable<SettingSource> {
+  static constexpr auto rows = std::to_array<EnumerationRow<SettingSource>>({
+      {SettingSource::given, "given"},
+      {SettingSource::repeated, "repeated"},
+      {SettingSource::preset, "preset"},
+  });
+};
+
+/// What a person should know about a setting that the store accepted.
+enum class SettingRemark : std::uint8_t {
+  /// The flag takes no value but holds one: it swallowed the word behind it.
+  holdsValueButTakesNone,
+  /// The flag takes a value but holds none.
+  lacksValue,
+  /// The flag is none of the vocabulary; it was accepted only because it contains a known flag.
+  acceptedByContainment,
+  /// The flag begins with "-in" but does not carry the two numbers of an input file.
+  inputWithoutNumbers,
+};
+
+struct ExplainedSetting {
+  std::string flag;
+  std::string value;
+  SettingSource source = SettingSource::given;
+  /// The preset that gave the value, or whose value was overridden.
+  std::optional<TranscodeCliPreset> preset;
+  /// Values that were written earlier in the vector and lost to this one, in their order.
+  std::vector<std::string> earlierValues;
+  /// The preset's value that lost to this one.
+  std::optional<std::string> presetValue;
+  std::optional<SettingRemark> remark;
+  /// The known flag that the flag contains, for `acceptedByContainment`.
+  std::optional<std::string_view> containedFlag;
+};
+
+/// A preset whose settings were merged into those given.
+struct ExplainedPreset {
+  TranscodeCliPreset preset;
+  /// Preset names that were written earlier in the vector and lost to this one.
+  std::vector<std::string> earlierNames;
+};
+
+struct ExplainedRejection {
+  /// "-preset" for an unknown preset name, whatever flag that begins so it was written after.
+  std::string flag;
+  std::string value;
+  /// Values that were written earlier in the vector and lost to this one, in their order.
+  std::vector<std::string> earlierValues;
+  /// The known flag, or for an unknown preset name the preset, that comes nearest; absent when nothing is near.
+  std::optional<std::string_view> suggestion;
+  /// The flag right before it, when that takes a value but got none: the rejected word may have been meant as its
+  /// value, but no value begins with "-".
+  std::optional<std::string> valueless;
+};
+
+/// A word that belongs to no flag.
+struct DroppedWord {
+  /// Its place in the vector, from 0.
+  std::size_t index = 0;
+  std::string word;
+};
+
+struct TranscodeExplanation {
+  /// The store that the vector gives; `settings` are its flags, in its order.
+  TranscodeCliArguments arguments;
+  std::vector<ExplainedSetting> settings;
+  std::vector<ExplainedPreset> presets;
+  std::vector<ExplainedRejection> rejections;
+  std::vector<DroppedWord> droppedWords;
+};
+
+/// Explains an argument vector, without a program path.
+[[nodiscard]] MERIDIAN_API TranscodeExplanation explain(std::span<const std::string_view> words,
+                                                        bool maintainOriginalOrdering = false);
+
+}  // namespace meridian

@@ -1,0 +1,8 @@
+// Marks what the shared library exports; everything else stays hidden.
+#pragma once
+
+#if defined(MERIDIAN_STATIC)
+#define MERIDIAN_API
+#else
+#define MERIDIAN_API __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,25 @@
+#include "meridian/media/file_extension.h"
+
+#include "meridian/base/text.h"
+#include "meridian/platform/path_text.h"
+
+namespace meridian {
+
+std::optional<FileExtension> fileExtensionIgnoringCase(std::string_view text) {
+  return fromRawValue<FileExtension>(caseFolded(text));
+}
+
+std::string path(FileExtension extension) {
+  return extension == FileExtension::directory ? std::string() : "." + std::string(rawValue(extension));
+}
+
+std::string url(FileExtension extension, std::string_view pathOrUrl) {
+  return std::string(pathOrUrl) + path(extension);
+}
+
+bool FileExtensionSet::contains(std::string_view pathOrUrl) const {
+  const auto extension = fileExtensionIgnoringCase(pathExtension(pathOrUrl));
+  return extension && contains(*extension);
+}
+
+}  // namespace meridian

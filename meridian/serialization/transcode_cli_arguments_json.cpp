@@ -1,0 +1,123 @@
+#include "meridian/serialization/transcode_cli_arguments_json.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace meridian {
+namespace {
+
+constexpr std::string_view lookupKey = "flagValueLookup";
+constexpr std::string_view invalidKey = "invalidKeyValueLookup";
+constexpr std::string_view orderKey = "orderedFlags";
+
+/// The JSON pointer of a member or element.
+std::string pathOf(const std::string& parent, std::string_view name) {
+  std::string path = parent + "/";
+  for (const char c : name) {
+    if (c == '~') {
+      path += "~0";
+    } else if (c == '/') {
+      path += "~1";
+    } else {
+      path += c;
+    }
+  }
+  return path;
+}
+
+template <typename Json>
+[[noreturn]] void refuse(const std::string& path, std::string_view expected, const Json& found) {
+  throw DecodingError(path, "expected " + std::string(expected) + ", found " + found.type_name());
+}
+
+template <typename Json>
+const std::string& textOf(const Json& json, const std::string& path) {
+  if (!json.is_string()) refuse(path, "a string", json);
+  return json.template get_ref<const std::string&>();
+}
+
+template <typename Json>
+Json encodedDictionary(const TextDictionary& dictionary) {
+  typename Json::object_t object;
+  for (const auto& [key, value] : dictionary) {
+    // An ordered object searches all its members before it takes one; the dictionary's keys are known to differ.
+    if constexpr (std::is_same_v<Json, nlohmann::ordered_json>) {
+      object.push_back({key, value});
+    } else {
+      object.emplace(key, value);
+    }
+  }
+  return object;
+}
+
+template <typename Json>
+TextDictionary decodedDictionary(const Json& json, const std::string& path) {
+  if (!json.is_object()) refuse(path, "an object", json);
+  TextDictionary dictionary;
+  dictionary.reserve(json.size());
+  for (const auto& [key, value] : json.items()) {
+    if (!value.is_string()) refuse(pathOf(path, key), "a string", value);
+    dictionary.set(key, value.template get_ref<const std::string&>());
+  }
+  return dictionary;
+}
+
+template <typename Json>
+std::vector<std::string> decodedList(const Json& json, const std::string& path) {
+  if (!json.is_array()) refuse(path, "an array", json);
+  std::vector<std::string> list;
+  list.reserve(json.size());
+  for (const Json& element : json) list.push_back(textOf(element, pathOf(path, std::to_string(list.size()))));
+  return list;
+}
+
+template <typename Json>
+Json encoded(const TranscodeCliArguments& arguments) {
+  const TranscodeCliArguments::Stored& stored = arguments.stored();
+  Json json = Json::object();
+  json[std::string(lookupKey)] = encodedDictionary<Json>(stored.flagValueLookup);
+  if (stored.invalidKeyValueLookup) {
+    json[std::string(invalidKey)] = encodedDictionary<Json>(*stored.invalidKeyValueLookup);
+  }
+  if (stored.orderedFlags) json[std::string(orderKey)] = *stored.orderedFlags;
+  return json;
+}
+
+template <typename Json>
+TranscodeCliArguments decoded(const Json& json) {
+  if (!json.is_object()) refuse("", "an object", json);
+  if (!json.contains(lookupKey)) throw DecodingError(pathOf("", lookupKey), "expected an object, found nothing");
+
+  TranscodeCliArguments::Stored stored;
+  for (const auto& [key, value] : json.items()) {
+    const std::string path = pathOf("", key);
+    if (key == lookupKey) {
+      stored.flagValueLookup = decodedDictionary(value, path);
+    } else if (key == invalidKey) {
+      stored.invalidKeyValueLookup = decodedDictionary(value, path);
+    } else if (key == orderKey) {
+      stored.orderedFlags = decodedList(value, path);
+    } else {
+      throw DecodingError(path, "is none of the keys of a command line");
+    }
+  }
+  return TranscodeCliArguments::fromStored(std::move(stored));
+}
+
+}  // namespace
+
+void to_json(nlohmann::json& json, const TranscodeCliArguments& arguments) {
+  json = encoded<nlohmann::json>(arguments);
+}
+
+void to_json(nlohmann::ordered_json& json, const TranscodeCliArguments& arguments) {
+  json = encoded<nlohmann::ordered_json>(arguments);
+}
+
+void from_json(const nlohmann::json& json, TranscodeCliArguments& arguments) { arguments = decoded(json); }
+
+void from_json(const nlohmann::ordered_json& json, TranscodeCliArguments& arguments) { arguments = decoded(json); }
+
+}  // namespace meridian
