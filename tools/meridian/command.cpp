@@ -1,0 +1,16 @@
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+
+std::optional<std::string> Arguments::value(std::string_view name) const {
+  const auto found = given.find(name);
+  if (found == given.end() || found->second.empty()) return std::nullopt;
+  return found->second.back();
+}
+
+std::vector<Subcommand> allSubcommands() {
+  return {parseCommand(),   renderCommand(),     explainCommand(),    flagsCommand(),
+          presetsCommand(), extensionsCommand(), completionCommand(), manualCommand()};
+}
+
+}  // namespace meridian::command

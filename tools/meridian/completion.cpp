@@ -1,0 +1,140 @@
+// meridian completion: the shell's completion script, made from the command's own definitions and the vocabulary.
+#include <iostream>
+#include <vector>
+
+#include "meridian/cli/transcode_flags.h"
+#include "meridian/cli/transcode_preset.h"
+#include "meridian/cli/transcode_values.h"
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+namespace {
+
+/// A flag of the transcoder and the values to offer behind it.
+struct FlagValues {
+  std::string_view flag;
+  std::vector<std::string_view> values;
+};
+
+template <typename Value>
+FlagValues valuesOf(std::string_view flag = Value::cliFlag()) {
+  FlagValues result{flag, {}};
+  for (const Value& value : Value::allCases()) result.values.push_back(value.rawValue());
+  return result;
+}
+
+FlagValues anchorsOf(std::string_view flag) {
+  FlagValues result{flag, {}};
+  for (const auto& anchor : SAVTranscodeArgumentOverlayAnchorValue::allCases()) {
+    result.values.push_back(anchor.rawValue());
+  }
+  return result;
+}
+
+std::vector<FlagValues> allFlagValues() {
+  FlagValues presets{SAVPresetFlag.rawValue(), {}};
+  for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) presets.values.push_back(preset(each));
+  return {
+      presets,
+      valuesOf<SAVTranscodeArgumentFileFormatValue>(),
+      valuesOf<SAVTranscodeArgumentVideoCodecValue>(),
+      valuesOf<SAVTranscodeArgumentAspectRatioValue>(),
+      valuesOf<SAVTranscodeArgumentColorSpaceValue>(),
+      valuesOf<SAVTranscodeArgumentAudioFormatValue>(),
+      valuesOf<SAVTranscodeArgumentAudioChannelLayoutValue>(),
+      anchorsOf(SAVVideoAspectCropAnchorFlag.rawValue()),
+      anchorsOf(SAVTimecodeBurnAnchorFlag.rawValue()),
+      anchorsOf(SAVWatermarkFileBurnAnchorFlag.rawValue()),
+      anchorsOf(SAVWatermarkTextBurnAnchorFlag.rawValue()),
+  };
+}
+
+template <typename Texts>
+std::string spaced(const Texts& texts) {
+  std::string result;
+  for (const auto& text : texts) result += (result.empty() ? "" : " ") + std::string(text);
+  return result;
+}
+
+/// The options of a subcommand as they are typed.
+std::string optionNames(const Subcommand& subcommand) {
+  std::vector<std::string> names{"--help"};
+  for (const Option& option : subcommand.options) {
+    if (option.kind != Option::Kind::positional) names.push_back("--" + option.name);
+  }
+  return spaced(names);
+}
+
+/// The lines of a case statement over "subcommand:word before": what an option of fixed choices takes.
+std::string choiceCases(const Subcommand& subcommand) {
+  std::string cases;
+  for (const Option& option : subcommand.options) {
+    if (option.choices.empty()) continue;
+    const bool positional = option.kind == Option::Kind::positional;
+    const std::string before = positional ? subcommand.name : "--" + option.name;
+    cases += "    " + subcommand.name + ":" + before + ") words='" + spaced(option.choices) + "' ;;\n";
+  }
+  return cases;
+}
+
+void printBash() {
+  std::vector<std::string> names;
+  std::string optionCases;
+  std::string valueCases;
+  for (const Subcommand& subcommand : allSubcommands()) {
+    names.push_back(subcommand.name);
+    optionCases += "    " + subcommand.name + ":*) words='" + optionNames(subcommand) + "' ;;\n";
+    valueCases += choiceCases(subcommand);
+  }
+  std::string flagCases;
+  for (const FlagValues& each : allFlagValues()) {
+    flagCases += "      " + std::string(each.flag) + ") words='" + spaced(each.values) + "' ;;\n";
+  }
+  std::vector<std::string> flags;
+  for (const FlagDescription& flag : flagDescriptions) {
+    // The prefix of the inputs is of no use without its numbers.
+    flags.emplace_back(flag.text == SAVInputPrefixFlag.rawValue() ? "-in_0_0" : flag.text);
+  }
+
+  std::cout << R"(# Completion of the meridian command for bash. Made by "meridian completion bash".
+_meridian() {
+  local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} words= i
+  COMPREPLY=()
+  for ((i = 2; i < COMP_CWORD; i++)); do
+    [[ ${COMP_WORDS[i]} == -- ]] || continue
+    # Behind "--" stand the transcoder's words.
+    case $previous in
+)" << flagCases
+            << R"(      *) [[ $word == -* ]] && words=')" << spaced(flags) << R"(' ;;
+    esac
+    [[ -n $words ]] && COMPREPLY=($(compgen -W "$words" -- "$word"))
+    return
+  done
+  case ${COMP_WORDS[1]}:$previous in
+    *:meridian) words=')"
+            << spaced(names) << R"( --help --version' ;;
+)" << valueCases
+            << optionCases << R"(  esac
+  COMPREPLY=($(compgen -W "$words" -- "$word"))
+}
+complete -o default -F _meridian meridian
+)";
+}
+
+}  // namespace
+
+Subcommand completionCommand() {
+  return {
+      .name = "completion",
+      .description = "Print the completion script for a shell",
+      .example = "source <(meridian completion bash)",
+      .options = {{Option::Kind::positional, "shell", "The shell", "SHELL", {"bash"}}},
+      .action =
+          [](const Arguments&) {
+            printBash();
+            return done;
+          },
+  };
+}
+
+}  // namespace meridian::command

@@ -1,0 +1,57 @@
+// What the command shows when it is called with nothing: a realistic command line, explained and rendered back.
+#include <array>
+#include <iostream>
+
+#include "meridian/cli/transcode_cli_arguments.h"
+#include "tools/meridian/command.h"
+#include "tools/meridian/output.h"
+
+namespace meridian::command {
+namespace {
+
+// Two clips of a camera card, a preset with two of its settings overridden, a flag written twice, a flag in capitals, a
+// typing mistake, a switch that swallows a word, and a word too many.
+constexpr auto words = std::to_array<std::string_view>({
+    "-in_0_0",       "/Volumes/A001_C002/CLIPS/A001C001_261121_R4TB.mov",
+    "-in_0_1",       "/Volumes/A001_C002/CLIPS/A001C002_261121_R4TB.mov",
+    "-out",          "/Volumes/Proxies/A001_C002.mov",
+    "-preset",       "solvane_cloud",
+    "-VCODEC",       "ProRes422Proxy",
+    "-vr",           "25",
+    "-dims",         "1280x720",
+    "-vr",           "23.976",
+    "-clut",         "/Looks/Show Rec709.cube",
+    "-tc_brun_size", "36",
+    "-tc_burn",      "-overwrite",
+    "Yes",           "please",
+});
+
+/// An element as a shell would need it.
+std::string shellQuoted(const std::string& element) {
+  constexpr std::string_view plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-./:,+=@%";
+  if (!element.empty() && element.find_first_not_of(plain) == std::string::npos) return element;
+  std::string quoted = "'";
+  for (const char c : element) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+}  // namespace
+
+void demonstrate() {
+  std::cout << styled(Style::heading, "A transcoder's command line as an application might write it") << "\n\n";
+  std::cout << "  meridian explain --";
+  for (const std::string_view word : words) {
+    std::cout << (word.starts_with('-') ? " \\\n    " : " ") << shellQuoted(std::string(word));
+  }
+  std::cout << "\n\n" << styled(Style::heading, "How it is understood") << "\n\n";
+  printExplanation(words);
+
+  std::cout << '\n' << styled(Style::heading, "The same, rendered back for the transcoder") << "\n\n  transcoder";
+  const std::vector<std::string> vector = TranscodeCliArguments(words, true).commandLine();
+  for (std::size_t i = 0; i < vector.size(); i += 2) {
+    std::cout << " \\\n    " << shellQuoted(vector[i]) << ' ' << shellQuoted(vector[i + 1]);
+  }
+  std::cout << "\n\nmeridian --help shows what else there is.\n";
+}
+
+}  // namespace meridian::command

@@ -1,0 +1,43 @@
+// The meridian command: a person's view of the rules of the library.
+#include <algorithm>
+#include <exception>
+#include <iostream>
+
+#include "meridian/base/printable.h"
+#include "tools/meridian/command.h"
+#include "tools/meridian/parser.h"
+
+namespace meridian::command {
+namespace {
+
+Status runCommand(std::span<const std::string_view> words) {
+  if (words.empty()) {
+    demonstrate();
+    return done;
+  }
+  const std::vector<Subcommand> subcommands = allSubcommands();
+  const Parsed parsed = parseWords(subcommands, words);
+  if (parsed.subcommand != nullptr) return parsed.subcommand->action(parsed.arguments);
+  std::cout << parsed.text;
+  return done;
+}
+
+}  // namespace
+}  // namespace meridian::command
+
+int main(int argc, char** argv) {
+  using namespace meridian::command;
+  try {
+    std::ios::sync_with_stdio(false);
+    const std::vector<std::string_view> words(argv + std::min(argc, 1), argv + argc);
+    const Status status = runCommand(words);
+    if (!std::cout.flush()) throw std::runtime_error("standard output could not be written");
+    return status;
+  } catch (const UsageError& error) {
+    std::cerr << "meridian: " << error.what() << '\n';
+    return wrongUsage;
+  } catch (const std::exception& error) {
+    std::cerr << "meridian: " << meridian::printable(error.what()) << '\n';
+    return refused;
+  }
+}

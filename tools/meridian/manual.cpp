@@ -1,0 +1,86 @@
+// meridian manual: the manual page, made from the command's own definitions.
+#include <iostream>
+
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+namespace {
+
+/// Text as roff takes it literally.
+std::string roff(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    if (c == '\\') {
+      result += "\\e";
+    } else if (c == '-') {
+      result += "\\-";
+    } else {
+      if ((c == '.' || c == '\'') && (result.empty() || result.back() == '\n')) result += "\\&";
+      result += c;
+    }
+  }
+  return result;
+}
+
+std::string bold(std::string_view text) { return "\\fB" + roff(text) + "\\fR"; }
+std::string italic(std::string_view text) { return "\\fI" + roff(text) + "\\fR"; }
+
+void printSynopsis(const Subcommand& subcommand) {
+  std::cout << bold("meridian " + subcommand.name) << " [" << italic("OPTION") << "...]";
+  for (const Option& option : subcommand.options) {
+    if (option.kind == Option::Kind::positional) std::cout << ' ' << italic(option.valueName);
+  }
+  if (subcommand.takesWords) std::cout << ' ' << bold("--") << ' ' << italic("WORD") << "...";
+  std::cout << '\n';
+}
+
+void printOption(const Option& option) {
+  std::cout << ".TP\n";
+  if (option.kind == Option::Kind::positional) {
+    std::cout << italic(option.valueName);
+  } else {
+    std::cout << bold("--" + option.name);
+    if (option.kind == Option::Kind::value) std::cout << ' ' << italic(option.valueName);
+  }
+  std::cout << '\n' << roff(option.help) << '\n';
+}
+
+void printExample(std::string_view example) { std::cout << ".EX\n" << roff(example) << "\n.EE\n"; }
+
+void printManual() {
+  const std::vector<Subcommand> subcommands = allSubcommands();
+  std::cout << ".TH MERIDIAN 1 \"" MERIDIAN_DATE "\" \"meridian " MERIDIAN_VERSION "\"\n"
+            << ".SH NAME\nmeridian \\- " << roff(purpose) << "\n.SH SYNOPSIS\n";
+  for (std::size_t place = 0; place < subcommands.size(); ++place) {
+    if (place > 0) std::cout << ".br\n";
+    printSynopsis(subcommands[place]);
+  }
+  std::cout << ".SH DESCRIPTION\nShows and applies the rules by which the suite's applications write and read their\n"
+            << "settings. Words behind the first " << bold("--") << " are the transcoder's argument vector.\n"
+            << "Called with nothing, " << bold("meridian") << " shows a demonstration.\n.SH COMMANDS\n";
+  for (const Subcommand& subcommand : subcommands) {
+    std::cout << ".SS meridian " << roff(subcommand.name) << '\n' << roff(subcommand.description) << ".\n";
+    for (const Option& option : subcommand.options) printOption(option);
+    std::cout << ".PP\n";
+    printExample(subcommand.example);
+  }
+  std::cout << ".SH EXIT STATUS\n" << roff(exitStatuses) << ".\n.SH EXAMPLES\n";
+  printExample(mainExample);
+}
+
+}  // namespace
+
+Subcommand manualCommand() {
+  return {
+      .name = "manual",
+      .description = "Print the manual page",
+      .example = "meridian manual | man -l -",
+      .action =
+          [](const Arguments&) {
+            printManual();
+            return done;
+          },
+  };
+}
+
+}  // namespace meridian::command

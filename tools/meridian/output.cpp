@@ -1,0 +1,89 @@
+#include "tools/meridian/output.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "meridian/base/printable.h"
+#include "meridian/base/text.h"
+#include "meridian/platform/terminal.h"
+
+namespace meridian::command {
+namespace {
+
+bool showsColour() {
+  static const bool shows = std::getenv("NO_COLOR") == nullptr && standardOutputShowsColour();
+  return shows;
+}
+
+std::string_view sequenceOf(Style style) {
+  switch (style) {
+    case Style::plain:
+      return "";
+    case Style::heading:
+      return "\x1b[1m";
+    case Style::name:
+      return "\x1b[36m";
+    case Style::faint:
+      return "\x1b[2m";
+    case Style::good:
+      return "\x1b[32m";
+    case Style::warning:
+      return "\x1b[33m";
+    case Style::bad:
+      return "\x1b[31m";
+  }
+  return "";
+}
+
+}  // namespace
+
+void warnOfInvalidText(std::span<const std::string_view> words) {
+  const auto count = std::ranges::count_if(words, [](std::string_view word) { return !isValidUtf8(word); });
+  if (count == 0) return;
+  std::cerr << "meridian: warning: " << count << (count == 1 ? " word is" : " words are")
+            << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for the bytes."
+               " \"meridian render --null\" gives them as they are.\n";
+}
+
+void printJson(const nlohmann::ordered_json& document) {
+  std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+std::string styled(Style style, std::string_view text) {
+  if (style == Style::plain || text.empty() || !showsColour()) return std::string(text);
+  return std::string(sequenceOf(style)) + std::string(text) + "\x1b[0m";
+}
+
+void printTable(const std::vector<std::vector<Cell>>& rows) {
+  constexpr std::size_t widest = 60;
+  std::vector<std::size_t> widths;
+  std::vector<std::vector<std::string>> texts;
+  for (const std::vector<Cell>& row : rows) {
+    std::vector<std::string>& line = texts.emplace_back();
+    if (widths.size() < row.size()) widths.resize(row.size(), 0);
+    for (std::size_t column = 0; column < row.size(); ++column) {
+      line.push_back(printable(row[column].text));
+      const std::size_t width = displayWidth(line.back());
+      if (width <= widest) widths[column] = std::max(widths[column], width);
+    }
+  }
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    std::string line;
+    std::size_t pending = 2;  // blanks to write before the next text, so that no line ends in blanks
+    for (std::size_t column = 0; column < rows[row].size(); ++column) {
+      const std::string& text = texts[row][column];
+      const std::size_t width = displayWidth(text);
+      if (!text.empty()) {
+        line.append(pending, ' ');
+        line += styled(rows[row][column].style, text);
+        pending = 0;
+      }
+      pending += 2 + widths[column] - std::min(width, widths[column]);
+    }
+    std::cout << line << '\n';
+  }
+}
+
+}  // namespace meridian::command

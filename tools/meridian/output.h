@@ -1,0 +1,33 @@
+// How the command writes: one JSON document, or tables for people.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace meridian::command {
+
+/// Says on standard error that words are not valid UTF-8, which JSON cannot carry, where that is so.
+void warnOfInvalidText(std::span<const std::string_view> words);
+
+/// Writes the document and a line end to standard output. Bytes that are not valid UTF-8 become U+FFFD.
+void printJson(const nlohmann::ordered_json& document);
+
+enum class Style { plain, heading, name, faint, good, warning, bad };
+
+/// The text in a colour, when standard output is a terminal that shows colours and the user did not say NO_COLOR.
+[[nodiscard]] std::string styled(Style style, std::string_view text);
+
+/// A text of a table. Text from outside is made safe for a terminal.
+struct Cell {
+  std::string text;
+  Style style = Style::plain;
+};
+
+/// Writes the rows with their columns aligned, indented by two blanks. A text too long for its column pushes the rest
+/// of its row to the right rather than making the column wide for all.
+void printTable(const std::vector<std::vector<Cell>>& rows);
+
+}  // namespace meridian::command

@@ -1,0 +1,125 @@
+// The only file that uses CLI11.
+#include "tools/meridian/parser.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "meridian/base/printable.h"
+
+namespace meridian::command {
+namespace {
+
+std::string exampleOf(std::string_view example) {
+  std::string text = "Example:\n  ";
+  for (const char c : example) text += c == '\n' ? std::string("\n  ") : std::string(1, c);
+  return text;
+}
+
+/// Help for subcommands that take words: what stands behind "--" never comes to this parser, so it does not know of it.
+class WordsFormatter : public CLI::Formatter {
+ public:
+  std::string make_usage(const CLI::App* app, std::string name) const override {
+    std::string usage = Formatter::make_usage(app, std::move(name));
+    usage.insert(usage.find_last_not_of('\n') + 1, " -- WORD...");
+    return usage;
+  }
+};
+
+CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments) {
+  if (option.kind == Option::Kind::flag) {
+    return app.add_flag_callback(
+        "--" + option.name, [&arguments, &option] { arguments.given[option.name]; }, option.help);
+  }
+  const auto store = [&arguments, &option](const CLI::results_t& values) {
+    arguments.given[option.name] = values;
+    return true;
+  };
+  const bool positional = option.kind == Option::Kind::positional;
+  CLI::Option* const added = app.add_option((positional ? "" : "--") + option.name, store, option.help);
+  added->type_name(option.valueName)->required(positional);
+  return added;
+}
+
+CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& arguments) {
+  CLI::App* const added = app.add_subcommand(subcommand.name, subcommand.description);
+  std::map<std::string_view, CLI::Option*> byName;
+  for (const Option& option : subcommand.options) byName[option.name] = addOption(*added, option, arguments);
+  for (const std::string& one : subcommand.exclusive) {
+    for (const std::string& other : subcommand.exclusive) {
+      if (one < other) byName.at(one)->excludes(byName.at(other));
+    }
+  }
+  if (subcommand.takesWords) added->formatter(std::make_shared<WordsFormatter>());
+  added->footer(exampleOf(subcommand.example));
+  return added;
+}
+
+void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
+  for (const Option& option : subcommand.options) {
+    const auto value = arguments.value(option.name);
+    if (!value || option.choices.empty() || std::ranges::find(option.choices, *value) != option.choices.end()) continue;
+    std::string message = "there is no " + option.name + " \"" + printable(*value) + "\"; there is:";
+    for (const std::string_view choice : option.choices) message += "\n  " + std::string(choice);
+    throw UsageError(message);
+  }
+}
+
+std::string wordsHint(const std::string& name) {
+  return "the transcoder's words stand behind \"--\": meridian " + name + " -- -vcodec h264 ...";
+}
+
+}  // namespace
+
+Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::string_view> all) {
+  Parsed parsed;
+  CLI::App app(std::string(purpose), "meridian");
+  app.set_version_flag("--version", "meridian " MERIDIAN_VERSION);
+  app.require_subcommand(0, 1);
+  app.footer(exampleOf(mainExample) + "\n\nExit status: " + std::string(exitStatuses) +
+             ".\nCalled with nothing, meridian shows a demonstration.");
+  std::map<const CLI::App*, const Subcommand*> bySubApp;
+  for (const Subcommand& subcommand : subcommands) {
+    bySubApp[addSubcommand(app, subcommand, parsed.arguments)] = &subcommand;
+  }
+
+  // Everything behind the first "--" is the transcoder's, whatever it looks like.
+  const auto separator = std::ranges::find(all, "--");
+  std::vector<std::string> own(all.begin(), separator);
+  const bool hasWords = separator != all.end();
+  if (hasWords) parsed.arguments.words.assign(separator + 1, all.end());
+
+  const auto chosen = [&]() -> const Subcommand* {
+    const auto used = app.get_subcommands();
+    return used.empty() ? nullptr : bySubApp.at(used.front());
+  };
+  const auto see = [&] {
+    return "\n\"meridian" + (chosen() == nullptr ? "" : " " + chosen()->name) + " --help\" says how it is used.";
+  };
+  try {
+    std::ranges::reverse(own);  // the parser takes them from the end
+    app.parse(std::move(own));
+  } catch (const CLI::CallForHelp&) {
+    parsed.text = app.help();
+    return parsed;
+  } catch (const CLI::CallForVersion& version) {
+    parsed.text = std::string(version.what()) + "\n";
+    return parsed;
+  } catch (const CLI::ParseError& error) {
+    const bool lacksSeparator = chosen() != nullptr && chosen()->takesWords && !hasWords;
+    throw UsageError(printable(error.what()) + (lacksSeparator ? "\n" + wordsHint(chosen()->name) : "") + see());
+  }
+
+  parsed.subcommand = chosen();
+  if (parsed.subcommand == nullptr) throw UsageError("no subcommand is given" + see());
+  if (parsed.subcommand->takesWords && !hasWords) throw UsageError(wordsHint(parsed.subcommand->name) + see());
+  if (!parsed.subcommand->takesWords && hasWords) {
+    throw UsageError("\"meridian " + parsed.subcommand->name + "\" takes no words behind \"--\"" + see());
+  }
+  checkChoices(*parsed.subcommand, parsed.arguments);
+  return parsed;
+}
+
+}  // namespace meridian::command

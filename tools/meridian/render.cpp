@@ -1,0 +1,47 @@
+// meridian render: the argument vector after a round trip through the store.
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "meridian/cli/transcode_cli_arguments.h"
+#include "tools/meridian/command.h"
+#include "tools/meridian/output.h"
+
+namespace meridian::command {
+namespace {
+
+Status render(const Arguments& arguments) {
+  const TranscodeCliArguments store(arguments.words, arguments.has("keep-order"));
+  if (arguments.has("cli-string")) {
+    std::cout << store.cliString() << '\n';
+    return done;
+  }
+  const std::vector<std::string> vector = store.commandLine();
+  if (arguments.has("json")) {
+    warnOfInvalidText(arguments.words);
+    printJson(vector);
+    return done;
+  }
+  const char end = arguments.has("null") ? '\0' : '\n';
+  for (const std::string& element : vector) std::cout << element << end;
+  return done;
+}
+
+}  // namespace
+
+Subcommand renderCommand() {
+  using enum Option::Kind;
+  return {
+      .name = "render",
+      .description = "Print an argument vector as the store renders it, an element a line",
+      .example = "meridian render --null -- -preset solvane_4444xq -out /out/a.mov | xargs -0 transcoder",
+      .takesWords = true,
+      .options = {{flag, "keep-order", "Keep the order of the flags in the store"},
+                  {flag, "json", "Print a JSON list"},
+                  {flag, "null", "End each element with a NUL instead of a line end, for xargs -0"},
+                  {flag, "cli-string", "Print all elements run together: an identity, not a command"}},
+      .exclusive = {"json", "null", "cli-string"},
+      .action = render,
+  };
+}
+
+}  // namespace meridian::command
