@@ -1,0 +1,85 @@
+// Argument vectors of any bytes, one word up to each NUL: the store against the plain reader, its rendering read back,
+// its encoded form, and its explanation.
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fuzz/require.h"
+#include "meridian/base/text.h"
+#include "meridian/cli/transcode_explanation.h"
+#include "meridian/serialization/transcode_cli_arguments_json.h"
+#include "tests/cli/reference_reading.h"
+
+using namespace meridian;
+using fuzz::require;
+
+namespace {
+
+std::vector<std::string> wordsOf(std::string_view input) {
+  std::vector<std::string> words;
+  while (!input.empty()) {
+    const std::size_t end = input.find('\0');
+    words.emplace_back(input.substr(0, end));
+    input.remove_prefix(end == std::string_view::npos ? input.size() : end + 1);
+  }
+  return words;
+}
+
+void checkRendering(const TranscodeCliArguments& arguments, bool keepOrder) {
+  const std::vector<std::string> rendered = arguments.commandLine();
+  require(rendered.size() == 2 * arguments.flagValueLookup().size(), "two elements for each flag");
+  TranscodeCliArguments::Stored expected = arguments.stored();
+  expected.invalidKeyValueLookup.reset();
+  const TranscodeCliArguments again(rendered, keepOrder);
+  require(again.stored() == expected, "a rendered vector reads back as the same store");
+  require(again.commandLine() == rendered, "a vector read back renders as itself");
+}
+
+void checkEncodedForm(const TranscodeCliArguments& arguments, bool isUtf8) {
+  const nlohmann::ordered_json json = arguments;
+  require(reference::storeOf(json.get<TranscodeCliArguments>()) == reference::storeOf(arguments),
+          "the encoded form decodes to the same store");
+  if (!isUtf8) return;
+  const auto parsed = nlohmann::json::parse(json.dump()).get<TranscodeCliArguments>();
+  require(parsed.stored() == arguments.stored(), "the encoded form survives as text");
+}
+
+void checkExplanation(const std::vector<std::string>& words, const TranscodeCliArguments& arguments, bool keepOrder) {
+  const TranscodeExplanation explanation =
+      explain(std::vector<std::string_view>(words.begin(), words.end()), keepOrder);
+  require(explanation.arguments.stored() == arguments.stored(), "the explanation is that of the store");
+  require(explanation.settings.size() == arguments.flagValueLookup().size(), "every setting is explained");
+
+  // Every flag and every value in the vector is counted once, a preset's own settings not at all.
+  std::size_t flags = 0;
+  for (const ExplainedSetting& setting : explanation.settings) {
+    if (setting.source != SettingSource::preset) flags += setting.earlierValues.size() + 1;
+  }
+  for (const ExplainedPreset& preset : explanation.presets) flags += preset.earlierNames.size() + 1;
+  for (const ExplainedRejection& rejection : explanation.rejections) flags += rejection.earlierValues.size() + 1;
+  const reference::Words read = reference::readWords(words);
+  require(flags == read.flags.size(), "every flag is accounted for");
+  require(explanation.droppedWords.size() == read.strayPlaces.size(), "every stray word is accounted for");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  // Without any byte `data` may be null.
+  const std::string_view input = size == 0 ? "" : std::string_view(reinterpret_cast<const char*>(data), size);
+  const std::vector<std::string> words = wordsOf(input);
+  for (const bool keepOrder : {false, true}) {
+    const TranscodeCliArguments arguments(words, keepOrder);
+    require(reference::storeOf(arguments) == reference::parsed(words, keepOrder), "read as by the plain reader");
+    checkRendering(arguments, keepOrder);
+    checkEncodedForm(arguments, isValidUtf8(input));
+    checkExplanation(words, arguments, keepOrder);
+
+    TranscodeCliArguments edited = arguments;
+    edited.setInputFiles(words);
+    require(edited.inputFiles().value_or(std::vector<std::string>()) == words, "inputs read back as they were set");
+  }
+  return 0;
+}

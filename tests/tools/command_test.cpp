@@ -1,0 +1,253 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "meridian/cli/transcode_flags.h"
+#include "meridian/media/file_extension.h"
+#include "meridian/serialization/transcode_cli_arguments_json.h"
+#include "tests/support/process.h"
+
+namespace meridian {
+namespace {
+
+using nlohmann::json;
+using nlohmann::ordered_json;
+using test::Outcome;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using Words = std::vector<std::string>;
+
+Words commandOf(const Words& options, const Words& words) {
+  Words command{MERIDIAN_COMMAND};
+  command.insert(command.end(), options.begin(), options.end());
+  command.emplace_back("--");
+  command.insert(command.end(), words.begin(), words.end());
+  return command;
+}
+
+Outcome meridianWith(const Words& options) {
+  Words command{MERIDIAN_COMMAND};
+  command.insert(command.end(), options.begin(), options.end());
+  return test::run(command);
+}
+
+Outcome meridianWith(const Words& options, const Words& words) { return test::run(commandOf(options, words)); }
+
+const Words cardWords{"-in_0_1", "/card/B.mov", "-in_0_0", "/card/A clip.mov", "-PRESET", "solvane_cloud",
+                      "-dims",   "1920x1080",   "-dims",   "1280x720",         "-vcoedc", "h265",
+                      "-web",    "yes",         "stray",   "-overwrite"};
+
+TEST(Command, ParsePrintsTheEncodedFormOfTheStore) {
+  for (const Words& words : {Words{}, cardWords, Words{"-foo"}, Words{"--", "-", "-h"}, Words{""}}) {
+    for (const bool keepOrder : {false, true}) {
+      const Words options = keepOrder ? Words{"parse", "--keep-order"} : Words{"parse"};
+      const Outcome outcome = meridianWith(options, words);
+      EXPECT_EQ(outcome.status, 0);
+      EXPECT_THAT(outcome.errors, IsEmpty());
+      // Dumped texts, so that the order of the members counts as well.
+      EXPECT_EQ(ordered_json::parse(outcome.output).dump(),
+                ordered_json(TranscodeCliArguments(words, keepOrder)).dump());
+    }
+  }
+}
+
+TEST(Command, StrictRefusesRejectedEntriesAndStillPrintsTheStore) {
+  const Outcome outcome = meridianWith({"parse", "--strict"}, {"-vcoedc", "h265", "-out", "a.mov"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(json::parse(outcome.output)["invalidKeyValueLookup"], json({{"-vcoedc", "h265"}}));
+  EXPECT_THAT(outcome.errors, HasSubstr("-vcoedc h265"));
+  EXPECT_EQ(meridianWith({"parse", "--strict"}, {"-out", "a.mov"}).status, 0);
+}
+
+TEST(Command, RenderGivesEveryElementInEachForm) {
+  const Words words{"-out", "/out/line\nend \xff\xc3.mov", "-overwrite", "-preset", "solvane_4444xq", "-out", "/b"};
+  const Words expected = TranscodeCliArguments(words, true).commandLine();
+  std::string lines;
+  std::string terminated;
+  std::string joined;
+  for (const std::string& element : expected) {
+    lines += element + '\n';
+    terminated += element + '\0';
+    joined += element;
+  }
+  EXPECT_EQ(meridianWith({"render", "--keep-order"}, words).output, lines);
+  EXPECT_EQ(meridianWith({"render", "--keep-order", "--null"}, words).output, terminated);
+  EXPECT_EQ(meridianWith({"render", "--keep-order", "--cli-string"}, words).output, joined + '\n');
+  EXPECT_EQ(json::parse(meridianWith({"render", "--keep-order", "--json"}, words).output), json(expected));
+}
+
+TEST(Command, BytesThatJsonCannotCarryAreSaidAndKeptByRender) {
+  const Words words{"-out", "/out/\xff.mov"};
+  for (const Words& options : {Words{"parse"}, Words{"render", "--json"}, Words{"explain", "--json"}}) {
+    const Outcome outcome = meridianWith(options, words);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(json::accept(outcome.output));
+    EXPECT_THAT(outcome.output, HasSubstr("\xef\xbf\xbd"));
+    EXPECT_THAT(outcome.errors, HasSubstr("not valid UTF-8"));
+  }
+  EXPECT_EQ(meridianWith({"render", "--null"}, words).output, std::string("-out\0/out/\xff.mov\0", 16));
+}
+
+TEST(Command, ExplainAccountsForEveryWord) {
+  const Outcome outcome = meridianWith({"explain", "--json"}, cardWords);
+  ASSERT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.errors, IsEmpty());
+  const json document = json::parse(outcome.output);
+
+  std::map<std::string, json> settings;
+  for (const json& setting : document["settings"]) settings[setting["flag"]] = setting;
+  EXPECT_EQ(settings.size(), TranscodeCliArguments(cardWords).flagValueLookup().size());
+  EXPECT_EQ(settings["-dims"]["source"], "repeated");
+  EXPECT_EQ(settings["-dims"]["earlierValues"], json({"1920x1080"}));
+  EXPECT_EQ(settings["-dims"]["presetValue"], "960x540");
+  EXPECT_EQ(settings["-vbr"]["source"], "preset");
+  EXPECT_EQ(settings["-in_0_1"]["source"], "given");
+  EXPECT_THAT(settings["-web"]["notes"].dump(), HasSubstr("swallowed"));
+  EXPECT_EQ(document["rejected"][0]["suggestion"], "-vcodec");
+  EXPECT_EQ(document["dropped"], json({{{"index", 14}, {"word", "stray"}}}));
+  EXPECT_EQ(document["presets"][0]["name"], "solvane_cloud");
+}
+
+TEST(Command, WordsCannotSpeakToTheTerminal) {
+  const Words words{"-out", "\x1b]0;owned\x07.mov", "-b\x1b[2Jad", "\n", "stray\x1b", "-preset", "\x1b[31m"};
+  for (const Outcome& outcome : {meridianWith({"explain"}, words), meridianWith({"parse", "--strict"}, words)}) {
+    EXPECT_THAT(outcome.output + outcome.errors, Not(HasSubstr("\x1b")));
+  }
+  const Outcome wrong = meridianWith({"extensions", "--group", "\x1b[2J"});
+  EXPECT_EQ(wrong.status, 2);
+  EXPECT_THAT(wrong.errors, Not(HasSubstr("\x1b")));
+}
+
+TEST(Command, ColourIsForTerminalsAndNeverWithNoColor) {
+  const Words command = commandOf({"explain"}, cardWords);
+  EXPECT_THAT(test::run(command, {{"TERM=xterm"}, {}}).output, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(test::runOnTerminal(command, {{"TERM=xterm"}, {}}).output, HasSubstr("\x1b[31m"));
+  EXPECT_THAT(test::runOnTerminal(command, {{"TERM=dumb"}, {}}).output, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(test::runOnTerminal(command, {{"TERM=xterm", "NO_COLOR=1"}, {}}).output, Not(HasSubstr("\x1b")));
+}
+
+TEST(Command, WrongUsageEndsWithTwoAndSaysWhatToDo) {
+  const struct {
+    Words options;
+    std::string says;
+  } cases[] = {
+      {{"parse"}, "behind \"--\""},
+      {{"parse", "-vcodec", "h264"}, "\"--\""},
+      {{"render", "word"}, "behind \"--\""},
+      {{"render", "--json", "--null", "--"}, "excludes"},
+      {{"flags", "--", "-x"}, "takes no words"},
+      {{"extensions", "--group", "videos"}, "videoFileExtensions"},
+      {{"completion", "fish"}, "there is:\n  bash"},
+      {{"transcode"}, "transcode"},
+      {{"--nonsense"}, "--nonsense"},
+      {{"--"}, "subcommand"},
+      {{""}, "--help"},
+  };
+  for (const auto& [options, says] : cases) {
+    const Outcome outcome = meridianWith(options);
+    EXPECT_EQ(outcome.status, 2) << testing::PrintToString(options);
+    EXPECT_THAT(outcome.output, IsEmpty()) << testing::PrintToString(options);
+    EXPECT_THAT(outcome.errors, AllOf(StartsWith("meridian: "), HasSubstr(says))) << testing::PrintToString(options);
+  }
+}
+
+TEST(Command, EverySubcommandHasHelpWithAnExample) {
+  for (const Words& options : {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"},
+                               Words{"extensions"}, Words{"completion"}, Words{"manual"}, Words{}}) {
+    Words help = options;
+    help.emplace_back("--help");
+    const Outcome outcome = meridianWith(help);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("Example:\n  ")) << testing::PrintToString(options);
+  }
+}
+
+TEST(Command, VocabularyComesOutWhole) {
+  const json flags = json::parse(meridianWith({"flags", "--json"}).output);
+  Words known;
+  for (const json& flag : flags) {
+    if (flag["isKnown"]) known.push_back(flag["text"]);
+  }
+  EXPECT_THAT(known, testing::UnorderedElementsAreArray(allKnownCommandFlags));
+
+  const json presets = json::parse(meridianWith({"presets", "--json"}).output);
+  ASSERT_EQ(presets.size(), 2U);
+  EXPECT_EQ(presets[1]["arguments"][1], json({{"flag", "-vcodec"}, {"value", "prores4444xq"}}));
+
+  const json extensions = json::parse(meridianWith({"extensions", "--json"}).output);
+  EXPECT_EQ(extensions["extensions"].size(), allCases<FileExtension>().size());
+  EXPECT_EQ(extensions["groups"].size(), fileExtensionGroups.size());
+  EXPECT_EQ(meridianWith({"extensions", "--group", "sidecarFileExtensions"}).output, "bak\n");
+  EXPECT_EQ(meridianWith({"extensions", "--json", "--group", "sidecarFileExtensions"}).output, "[\n  \"bak\"\n]\n");
+}
+
+TEST(Command, AFullDiskIsSaid) {
+  const Outcome outcome = test::run(commandOf({"render"}, cardWords), {{}, "/dev/full"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.errors, HasSubstr("standard output"));
+}
+
+TEST(Command, TakesTenThousandsOfWords) {
+  Words words;
+  for (int place = 0; place < 10000; ++place) {
+    words.push_back("-in_0_" + std::to_string(place));
+    words.push_back("/card/" + std::to_string(place) + ".mov");
+  }
+  const Outcome outcome = meridianWith({"render", "--null", "--keep-order"}, words);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(std::ranges::count(outcome.output, '\0'), 20000);
+}
+
+/// What bash offers after these words of a command line, the last of which is being typed.
+Words completionsOf(const Words& words) {
+  const std::string script = R"(
+    source <("$0" completion bash)
+    COMP_WORDS=(meridian "$@")
+    COMP_CWORD=$#
+    _meridian
+    ((${#COMPREPLY[@]})) && printf '%s\n' "${COMPREPLY[@]}"
+    exit 0)";
+  Words command{"bash", "-c", script, MERIDIAN_COMMAND};
+  command.insert(command.end(), words.begin(), words.end());
+  const Outcome outcome = test::run(command);
+  EXPECT_THAT(outcome.errors, IsEmpty());
+  Words lines;
+  std::istringstream stream(outcome.output);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+TEST(Command, CompletionKnowsCommandsOptionsFlagsAndValues) {
+  EXPECT_THAT(completionsOf({"pa"}), ElementsAre("parse"));
+  EXPECT_THAT(completionsOf({"parse", "--k"}), ElementsAre("--keep-order"));
+  EXPECT_THAT(completionsOf({"parse", "--", "-tc_bu"}), testing::Contains("-tc_burn_anchor"));
+  EXPECT_THAT(completionsOf({"explain", "--", "-preset", ""}), ElementsAre("solvane_cloud", "solvane_4444xq"));
+  EXPECT_THAT(completionsOf({"explain", "--", "-vcodec", "prores422"}),
+              ElementsAre("prores422", "prores422hq", "prores422lt", "prores422proxy"));
+  EXPECT_THAT(completionsOf({"explain", "--", "-out", "/"}), IsEmpty());  // left to file names
+  EXPECT_THAT(completionsOf({"extensions", "--group", "side"}), ElementsAre("sidecarFileExtensions"));
+  EXPECT_THAT(completionsOf({"completion", ""}), ElementsAre("bash"));
+}
+
+TEST(Command, ManualIsSoundRoff) {
+  const Outcome manual = meridianWith({"manual"});
+  EXPECT_THAT(manual.output, AllOf(HasSubstr(".SH NAME"), HasSubstr("keep\\-order"), HasSubstr("xargs \\-0")));
+  const Outcome lint = test::run({"bash", "-c", "\"$0\" manual | mandoc -T lint -W warning", MERIDIAN_COMMAND});
+  EXPECT_EQ(lint.status, 0) << lint.output << lint.errors;
+}
+
+TEST(Command, CalledWithNothingItShowsADemonstration) {
+  const Outcome outcome = meridianWith({});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.output, AllOf(HasSubstr("repeated"), HasSubstr("preset solvane_cloud"),
+                                    HasSubstr("did you mean -tc_burn_size?"), HasSubstr("-in_0_1")));
+}
+
+}  // namespace
+}  // namespace meridian
