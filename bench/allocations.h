@@ -1,0 +1,29 @@
+// Counts the allocations of the program, so that a benchmark can say how many a call makes.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+
+namespace meridian::bench {
+
+/// Allocations through operator new since the program began.
+[[nodiscard]] std::size_t allocationCount() noexcept;
+
+/// While it lives counts allocations, and at its end gives their number per iteration to the benchmark.
+class AllocationsPerIteration {
+ public:
+  explicit AllocationsPerIteration(benchmark::State& state) : state_(state), before_(allocationCount()) {}
+  AllocationsPerIteration(const AllocationsPerIteration&) = delete;
+  AllocationsPerIteration& operator=(const AllocationsPerIteration&) = delete;
+  ~AllocationsPerIteration() {
+    state_.counters["allocations"] =
+        benchmark::Counter(static_cast<double>(allocationCount() - before_), benchmark::Counter::kAvgIterations);
+  }
+
+ private:
+  benchmark::State& state_;
+  std::size_t before_;
+};
+
+}  // namespace meridian::bench
