@@ -5,7 +5,9 @@
 #include <concepts>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "meridian/base/text_index.h"

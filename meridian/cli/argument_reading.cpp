@@ -63,11 +63,17 @@ void readArgumentVector(std::span<const std::string_view> words, FunctionRef<voi
       foundStrayWord(index);
       continue;
     }
-    ReadFlag read{.flag = normalizedFlag(words[index]), .value = {}, .kind = {}, .index = index, .hasValue = false};
+    ReadFlag read{.flag = normalizedFlag(words[index]),
+                  .value = {},
+                  .writtenValue = {},
+                  .kind = {},
+                  .index = index,
+                  .hasValue = false};
     const FlagTreatment treatment = treatmentOf(read.flag);
     read.kind = treatment.kind;
     if (index + 1 < words.size() && !isFlag(words[index + 1])) {
-      read.value = treatment.valueOptions.sanitize(words[++index]);
+      read.writtenValue = words[++index];
+      read.value = treatment.valueOptions.sanitize(read.writtenValue);
       read.hasValue = true;
     }
     foundFlag(std::move(read));

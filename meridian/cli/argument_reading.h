@@ -46,6 +46,8 @@ struct ReadFlag {
   std::string flag;
   /// Treated by the flag's options; empty when there is none.
   std::string value;
+  /// The value as it stands in the vector: a view into it.
+  std::string_view writtenValue;
   FlagKind kind;
   /// The flag's place in the vector. Its value, when it has one, stands right behind it.
   std::size_t index;

@@ -31,7 +31,7 @@ class MERIDIAN_API CliArgumentStore {
 
   /// The elements of the argument vector run together with nothing between them and no quoting. On purpose: it is an
   /// identity of the command line for comparing and logging, and nothing to hand to a shell.
-  [[nodiscard]] std::string cliString() const;
+  [[nodiscard]] virtual std::string cliString() const;
 
   /// The argument vector, without a program path: by default every entry of the lookup as two elements, flag and value,
   /// in the lookup's order. A flag without value contributes its empty value too.

@@ -208,8 +208,14 @@ std::vector<std::string> TranscodeCliArguments::commandLineArguments() const {
     elements.push_back(lookup.entryAt(slot).key);
     elements.push_back(lookup.entryAt(slot).value);
   };
+  // The kept order and the lookup's own nearly always agree, and then no flag has to be looked up.
+  auto expected = lookup.begin();
   for (const std::string& flag : *stored_.orderedFlags) {
-    if (const std::size_t slot = lookup.slotOf(flag); slot != lookup.slotCount()) render(slot);
+    if (expected != lookup.end() && expected->key == flag) {
+      render((expected++).slot());
+    } else if (const std::size_t slot = lookup.slotOf(flag); slot != lookup.slotCount()) {
+      render(slot);
+    }
   }
   for (auto entry = lookup.begin(); entry != lookup.end(); ++entry) render(entry.slot());
   return elements;

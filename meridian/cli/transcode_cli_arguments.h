@@ -30,7 +30,8 @@ namespace meridian {
 /// stood there, a repeated flag where it first stood; then those that presets added, in the preset's own order; then
 /// those that were set later.
 ///
-/// A store has no lock. Texts that it hands out as views are valid until it is changed.
+/// A copy is a store of its own; share one by reference or pointer. A store has no lock. Texts that it hands out as
+/// views are valid until it is changed.
 class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
  public:
   /// The input files by the numbers of their groups.
@@ -53,7 +54,8 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
   struct Stored {
     /// The valid entries: normalised flag to normalised value.
     TextDictionary flagValueLookup;
-    /// The rejected entries, under the flags as they were given; absent when nothing was rejected.
+    /// The rejected entries; absent when nothing was rejected. Those of a vector stand under the normalised flag, those
+    /// of a dictionary under the flag as it was given there.
     std::optional<TextDictionary> invalidKeyValueLookup;
     /// The flags in the order of the original vector; absent unless that order was to be kept and there are flags.
     std::optional<std::vector<std::string>> orderedFlags;
@@ -81,7 +83,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
 
   [[nodiscard]] const TextDictionary& flagValueLookup() const noexcept override { return stored_.flagValueLookup; }
   /// Replaces all valid entries, as given. The order kept and the rejected entries stay.
-  void setFlagValueLookup(TextDictionary lookup) { stored_.flagValueLookup = std::move(lookup); }
+  void setFlagValueLookup(TextDictionary lookup) noexcept { stored_.flagValueLookup = std::move(lookup); }
 
   /// Whether the flag is stored. The flag is trimmed but not lower-cased: pass it in lower case, as the flag constants
   /// are.
@@ -115,11 +117,11 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
   [[nodiscard]] std::optional<std::string_view> progressFile() const noexcept;
   void setProgressFile(std::optional<std::string_view> path);
 
-  /// "-progress_prefix": the text that begins each line of progress.
+  /// "-progress_prefix": the prefix of the progress that is written.
   [[nodiscard]] std::optional<std::string_view> progressOutputPrefix() const noexcept;
   void setProgressOutputPrefix(std::optional<std::string_view> prefix);
 
-  /// "-work_dir": the path of the folder for scratch files.
+  /// "-work_dir": the path of the work folder.
   [[nodiscard]] std::optional<std::string_view> workDirectory() const noexcept;
   void setWorkDirectory(std::optional<std::string_view> path);
 

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <unordered_map>
 #include <utility>
 
+#include "meridian/base/text.h"
 #include "meridian/cli/argument_reading.h"
 #include "meridian/cli/nearest_text.h"
 
@@ -26,6 +28,8 @@ struct Trace {
   /// The values of the flags that name no preset but should, in the order in which the store meets the flags. It keeps
   /// the last.
   std::vector<std::string> unknownPresetNames;
+  /// The last flag that brought one.
+  std::string unknownPresetFlag;
 
   /// The values that the flag had before its last occurrence.
   [[nodiscard]] std::vector<std::string> earlierValues(std::string_view flag) const {
@@ -58,6 +62,14 @@ std::optional<SettingRemark> remarkOn(const ExplainedSetting& setting, std::opti
   return contained ? std::optional(SettingRemark::acceptedByContainment) : std::nullopt;
 }
 
+/// Several flags that begin with "-preset" may name the same preset; it is told once.
+void notePreset(std::vector<ExplainedPreset>& presets, TranscodeCliPreset preset,
+                std::vector<std::string> earlierNames) {
+  auto found = std::ranges::find(presets, preset, &ExplainedPreset::preset);
+  if (found == presets.end()) found = presets.insert(found, {preset, {}});
+  std::ranges::move(earlierNames, std::back_inserter(found->earlierNames));
+}
+
 ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trace& trace,
                                   std::span<const ExplainedPreset> presets) {
   ExplainedSetting setting;
@@ -75,6 +87,7 @@ ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trac
   } else {
     setting.source = places->second.size() > 1 ? SettingSource::repeated : SettingSource::given;
     setting.earlierValues = trace.earlierValues(entry.key);
+    setting.writtenValue = trimmed(trace.flags[places->second.back()].writtenValue);
     if (setting.preset) setting.presetValue = *valueInPreset(*setting.preset, entry.key);
   }
 
@@ -88,11 +101,13 @@ ExplainedRejection explainedRejection(std::string_view flag, std::string_view va
   ExplainedRejection rejection;
   rejection.flag = flag;
   rejection.value = value;
+  rejection.writtenFlag = flag;
   if (flag == SAVPresetFlag.rawValue()) {
     // Stands for every flag that begins with "-preset".
     rejection.earlierValues = trace.unknownPresetNames;
     rejection.earlierValues.pop_back();
     rejection.suggestion = nearestText(value, presetTexts);
+    rejection.writtenFlag = trace.unknownPresetFlag;
     return rejection;
   }
   rejection.earlierValues = trace.earlierValues(flag);
@@ -127,8 +142,9 @@ TranscodeExplanation explain(std::span<const std::string_view> words, bool maint
     const std::vector<std::size_t>& places = trace.occurrences[read.flag];
     if (places.front() != place || read.kind != FlagKind::preset) continue;
     if (const auto preset = fromRawValue<TranscodeCliPreset>(trace.flags[places.back()].value)) {
-      explanation.presets.push_back({*preset, trace.earlierValues(read.flag)});
+      notePreset(explanation.presets, *preset, trace.earlierValues(read.flag));
     } else {
+      trace.unknownPresetFlag = read.flag;
       for (const std::size_t each : places) trace.unknownPresetNames.push_back(trace.flags[each].value);
     }
   }

@@ -40,9 +40,24 @@ enum class SettingRemark : std::uint8_t {
   inputWithoutNumbers,
 };
 
+template <>
+struct EnumerationTable<SettingRemark> {
+  static constexpr auto rows = std::to_array<EnumerationRow<SettingRemark>>({
+      {SettingRemark::holdsValueButTakesNone, "holdsValueButTakesNone",
+       "takes no value but swallowed the word behind it"},
+      {SettingRemark::lacksValue, "lacksValue", "takes a value but has none"},
+      {SettingRemark::acceptedByContainment, "acceptedByContainment",
+       "no flag of the transcoder; accepted because it contains a known one"},
+      {SettingRemark::inputWithoutNumbers, "inputWithoutNumbers",
+       "no input file: inputs are numbered, such as -in_0_0 for the first"},
+  });
+};
+
 struct ExplainedSetting {
   std::string flag;
   std::string value;
+  /// The value as it was written, trimmed; the same as `value` for one that keeps its case. Empty for a preset's value.
+  std::string writtenValue;
   SettingSource source = SettingSource::given;
   /// The preset that gave the value, or whose value was overridden.
   std::optional<TranscodeCliPreset> preset;
@@ -65,6 +80,8 @@ struct ExplainedPreset {
 struct ExplainedRejection {
   /// "-preset" for an unknown preset name, whatever flag that begins so it was written after.
   std::string flag;
+  /// The flag that was written: another one for flags that begin with "-preset", such as "-presets".
+  std::string writtenFlag;
   std::string value;
   /// Values that were written earlier in the vector and lost to this one, in their order.
   std::vector<std::string> earlierValues;

@@ -391,6 +391,9 @@ struct FlagGroups {
   static constexpr std::size_t caseCount = (flagCaseCount<Flags> + ...);
 
   static consteval auto descriptions() {
+    std::size_t place = 0;
+    ((FlagTable<Flags>::group == allCases<FlagGroup>()[place++] ? void() : throw "the groups are not in their order"),
+     ...);
     std::array<FlagDescription, flagCount> result{};
     std::size_t count = 0;
     const auto append = [&]<typename Flag>(std::type_identity<Flag>) {

@@ -236,8 +236,8 @@ struct ValueTable<SAVTranscodeArgumentOverlayAnchorValue> {
   });
 };
 
-/// Value of "-c_space": the colour space of the output. "sRGB" holds capitals, so that a parsed value, which is lower
-/// case, does not read as it.
+/// Value of "-c_space": the colour space of the output. "sRGB" holds capitals and values are lower-cased on
+/// parsing, so a parsed "srgb" is none of the cases.
 class SAVTranscodeArgumentColorSpaceValue : public ValueText<SAVTranscodeArgumentColorSpaceValue> {
  public:
   using ValueText::ValueText;
@@ -356,7 +356,7 @@ inline constexpr std::string_view SAVArriWhitePointD60 = "d60";
 inline constexpr std::string_view SAVArriWhitePointDCI = "dci";
 inline constexpr std::string_view SAVArriWhitePointD65 = "d65";
 
-/// Values of "-arri_inv_res": what happens where looks do not agree.
+/// Values of "-arri_inv_res".
 inline constexpr std::string_view SAVArriLookResolutionIgnore = "ignore";
 inline constexpr std::string_view SAVArriLookResolutionFirst = "first";
 

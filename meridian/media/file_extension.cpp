@@ -13,12 +13,10 @@ std::string path(FileExtension extension) {
   return extension == FileExtension::directory ? std::string() : "." + std::string(rawValue(extension));
 }
 
-std::string url(FileExtension extension, std::string_view pathOrUrl) {
-  return std::string(pathOrUrl) + path(extension);
-}
+std::string url(FileExtension extension, std::string_view base) { return std::string(base) + path(extension); }
 
 bool FileExtensionSet::contains(std::string_view pathOrUrl) const {
-  const auto extension = fileExtensionIgnoringCase(pathExtension(pathOrUrl));
+  const auto extension = fileExtensionIgnoringCase(pathExtension(pathOfUrl(pathOrUrl)));
   return extension && contains(*extension);
 }
 

@@ -18,7 +18,7 @@ namespace meridian {
 
 /// A file extension. The raw value is the extension in lower case without its dot; where that is no C++ name, the case
 /// is spelled out. `directory` has the empty text, because a folder has no extension; the raw value of `targz` is
-/// "targ.gz", spelled so on purpose: stored settings hold it, and "tar.gz" is no raw value.
+/// "targ.gz", spelled so on purpose; "tar.gz" is no raw value.
 enum class FileExtension : std::uint8_t {
   // clang-format off
   oneDlut, threeDM, threeDS, threeDL, threeDMesh, threeG2, threeGP, sevenZ, aacdb, ai, aif, aiff, alf4, alut, aml,
@@ -301,8 +301,10 @@ struct EnumerationTable<FileExtension> {
 /// The extension as it ends a path: its raw value behind a dot, and the empty text for `directory`.
 [[nodiscard]] MERIDIAN_API std::string path(FileExtension extension);
 
-/// The path or URL with `path(extension)` put at its end: ("/out/clip", mov) gives "/out/clip.mov".
-[[nodiscard]] MERIDIAN_API std::string url(FileExtension extension, std::string_view pathOrUrl);
+/// The base, a path or a URL without query and fragment, with `path(extension)` put at its end: ("/out/clip", mov)
+/// gives
+/// "/out/clip.mov".
+[[nodiscard]] MERIDIAN_API std::string url(FileExtension extension, std::string_view base);
 
 /// A set of file extensions, as small as four words. Iterating visits the members in declaration order.
 class FileExtensionSet {
@@ -388,9 +390,9 @@ class FileExtensionSet {
   [[nodiscard]] static constexpr FileExtensionSet archiveExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet documentExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet imageFileExtensions() noexcept;
-  /// Only bak, on purpose: other companions of a clip are recognised by the formats that write them.
+  /// Only bak, on purpose.
   [[nodiscard]] static constexpr FileExtensionSet sidecarFileExtensions() noexcept;
-  /// Files that a camera leaves beside a recording that it could not finish.
+  /// Files that show that something beside them is incomplete.
   [[nodiscard]] static constexpr FileExtensionSet incompleteFileIndicatorExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet audioOnlyFileExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet videoFileExtensions() noexcept;

@@ -1,6 +1,7 @@
 // The suite's logging, as seen from here: where the library's messages go.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>

@@ -57,7 +57,7 @@ TEST(TranscodeExplanationTest, AccountsForEveryWordOfRandomVectors) {
     // Every value that was written is the one of its flag, or an earlier one, in the order of writing.
     std::map<std::string, Words> written;
     for (const auto& [flag, value] : read.flags) written[flag].push_back(value);
-    std::multiset<std::string> presetNames;
+    std::set<std::string> presetNames;
     for (const auto& [flag, values] : written) {
       if (flag.starts_with("-preset")) presetNames.insert(values.begin(), values.end());
     }
@@ -75,7 +75,7 @@ TEST(TranscodeExplanationTest, AccountsForEveryWordOfRandomVectors) {
         ASSERT_EQ(*value, isWritten ? setting.presetValue : setting.value);
       }
     }
-    std::multiset<std::string> explainedNames;
+    std::set<std::string> explainedNames;
     for (const ExplainedPreset& each : explanation.presets) {
       explainedNames.emplace(preset(each.preset));
       explainedNames.insert(each.earlierNames.begin(), each.earlierNames.end());

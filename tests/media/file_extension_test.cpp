@@ -61,6 +61,17 @@ TEST(FileExtensionSet, ContainsAPathByItsExtension) {
   }
 }
 
+TEST(FileExtensionSet, ReadsTheExtensionOfAUrlFromItsPathAlone) {
+  const Set movies{mov};
+  for (const auto url : {"https://h/b.mov?x=1", "file:///a/b.MOV#t", "https://h/b.mov?p=/x", "file:///a/b.m%6Fv",
+                         "/a/what?#.mov", "s3://bucket/50%.mov"}) {
+    EXPECT_TRUE(movies.contains(url)) << url;
+  }
+  for (const auto url : {"https://h/b?f=a.mov", "https://example.mov", "file:///a/b%2Emo", "http://h#/a.mov"}) {
+    EXPECT_FALSE(movies.contains(url)) << url;
+  }
+}
+
 TEST(FileExtensionSet, GroupsKeepTheirRelations) {
   const Set media = Set::multimediaFileExtensions();
   const Set others = Set::extensionsWithoutVideoMedia();

@@ -208,7 +208,7 @@ TEST(Command, TakesTenThousandsOfWords) {
 Words completionsOf(const Words& words) {
   const std::string script = R"(
     source <("$0" completion bash)
-    COMP_WORDS=(meridian "$@")
+    COMP_WORDS=("$0" "$@")
     COMP_CWORD=$#
     _meridian
     ((${#COMPREPLY[@]})) && printf '%s\n' "${COMPREPLY[@]}"

@@ -110,9 +110,12 @@ _meridian() {
     [[ -n $words ]] && COMPREPLY=($(compgen -W "$words" -- "$word"))
     return
   done
+  if ((COMP_CWORD == 1)); then
+    COMPREPLY=($(compgen -W ')"
+            << spaced(names) << R"( --help --version' -- "$word"))
+    return
+  fi
   case ${COMP_WORDS[1]}:$previous in
-    *:meridian) words=')"
-            << spaced(names) << R"( --help --version' ;;
 )" << valueCases
             << optionCases << R"(  esac
   COMPREPLY=($(compgen -W "$words" -- "$word"))

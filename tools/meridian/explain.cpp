@@ -18,18 +18,10 @@ std::string joined(const std::vector<std::string>& texts) {
   return result;
 }
 
-std::string textOf(const ExplainedSetting& setting, SettingRemark remark) {
-  switch (remark) {
-    case SettingRemark::holdsValueButTakesNone:
-      return "takes no value but swallowed the word behind it";
-    case SettingRemark::lacksValue:
-      return "takes a value but has none";
-    case SettingRemark::acceptedByContainment:
-      return "no flag of the transcoder; accepted because it contains " + std::string(*setting.containedFlag);
-    case SettingRemark::inputWithoutNumbers:
-      return "no input file: inputs are numbered, such as -in_0_0 for the first";
-  }
-  return {};
+std::string textOf(const ExplainedSetting& setting) {
+  std::string text(description(*setting.remark));
+  if (setting.containedFlag) text += ": " + std::string(*setting.containedFlag);
+  return text;
 }
 
 std::string sourceOf(const ExplainedSetting& setting) {
@@ -40,9 +32,12 @@ std::string sourceOf(const ExplainedSetting& setting) {
 
 std::vector<std::string> notesOn(const ExplainedSetting& setting) {
   std::vector<std::string> notes;
-  if (setting.remark) notes.push_back(textOf(setting, *setting.remark));
+  if (setting.remark) notes.push_back(textOf(setting));
   if (setting.source == SettingSource::repeated)
     notes.push_back("the last one stays; before: " + joined(setting.earlierValues));
+  if (setting.source != SettingSource::preset && setting.writtenValue != setting.value) {
+    notes.push_back("lower-cased from " + inQuotes(setting.writtenValue));
+  }
   if (setting.presetValue) {
     notes.push_back("stands over " + std::string(preset(*setting.preset)) + "'s " + inQuotes(*setting.presetValue));
   }
@@ -58,6 +53,9 @@ std::string noteOn(const ExplainedRejection& rejection) {
     note = "if it was meant as the value of " + *rejection.valueless + ": no value can begin with \"-\"";
   } else {
     note = isPreset ? "no such preset" : "no such flag";
+  }
+  if (rejection.writtenFlag != rejection.flag) {
+    note += "; written as " + rejection.writtenFlag + ", which begins with " + rejection.flag;
   }
   if (!rejection.earlierValues.empty()) note += "; before: " + joined(rejection.earlierValues);
   return note;
@@ -129,6 +127,7 @@ nlohmann::ordered_json asJson(const TranscodeExplanation& explanation) {
                         {"preset", setting.preset ? Json(preset(*setting.preset)) : Json()},
                         {"earlierValues", setting.earlierValues},
                         {"presetValue", orNull(setting.presetValue)},
+                        {"remark", setting.remark ? Json(rawValue(*setting.remark)) : Json()},
                         {"notes", notesOn(setting)}});
   }
   Json presets = Json::array();

@@ -42,9 +42,10 @@ std::string_view sequenceOf(Style style) {
 void warnOfInvalidText(std::span<const std::string_view> words) {
   const auto count = std::ranges::count_if(words, [](std::string_view word) { return !isValidUtf8(word); });
   if (count == 0) return;
-  std::cerr << "meridian: warning: " << count << (count == 1 ? " word is" : " words are")
-            << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for the bytes."
-               " \"meridian render --null\" gives them as they are.\n";
+  std::cerr
+      << "meridian: warning: " << count << (count == 1 ? " word is" : " words are")
+      << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte, and flags that differ in these"
+         " alone look the same. \"meridian render --null\" gives the bytes as they are.\n";
 }
 
 void printJson(const nlohmann::ordered_json& document) {
