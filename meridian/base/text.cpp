@@ -162,14 +162,13 @@ TextUnit firstUnit(std::string_view text) noexcept {
 
 std::string lowercased(std::string_view text) { return lowerOrMapped(text, appendLowercased); }
 
-std::string_view trimmed(std::string_view text) noexcept {
-  const auto isKept = [](char c) { return isAscii(c) && !isAsciiWhiteSpace(c); };
-  while (!text.empty() && !isKept(text.front())) {
+std::string_view detail::trimmedAtBothEnds(std::string_view text) noexcept {
+  while (!text.empty()) {
     const TextUnit unit = firstUnit(text);
     if (!isWhiteSpace(unit)) break;
     text.remove_prefix(unit.length);
   }
-  while (!text.empty() && !isKept(text.back())) {
+  while (!text.empty()) {
     const TextUnit unit = lastUnit(text);
     if (!isWhiteSpace(unit)) break;
     text.remove_suffix(unit.length);

@@ -20,7 +20,7 @@ namespace meridian {
 
 /// The part of `text` without white space and new lines at both ends (Unicode's White_Space property: blanks, tabs,
 /// line ends, U+0085, U+00A0, U+2000 to U+200A, U+2028, U+3000 ...). A view into `text`; empty when nothing is left.
-[[nodiscard]] MERIDIAN_API std::string_view trimmed(std::string_view text) noexcept;
+[[nodiscard]] inline std::string_view trimmed(std::string_view text) noexcept;
 
 /// The text's full Unicode case folding, the form in which texts that differ only in case are equal:
 /// "STRASSE" and "straße" both give "strasse". No other normalisation: a composed and a decomposed "é" stay different.
@@ -51,5 +51,19 @@ struct TextUnit {
 
 /// The unit at the beginning of a text that is not empty.
 [[nodiscard]] MERIDIAN_API TextUnit firstUnit(std::string_view text) noexcept;
+
+namespace detail {
+
+/// `trimmed` for any text.
+[[nodiscard]] MERIDIAN_API std::string_view trimmedAtBothEnds(std::string_view text) noexcept;
+
+}  // namespace detail
+
+inline std::string_view trimmed(std::string_view text) noexcept {
+  // Nearly every text begins and ends with a visible ASCII character.
+  const auto isVisible = [](char c) { return c > ' ' && c < '\x7f'; };
+  if (!text.empty() && isVisible(text.front()) && isVisible(text.back())) return text;
+  return detail::trimmedAtBothEnds(text);
+}
 
 }  // namespace meridian

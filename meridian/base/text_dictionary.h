@@ -1,6 +1,7 @@
 // A dictionary from text to text that keeps its entries in the order in which their keys came in.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -38,7 +39,7 @@ class MERIDIAN_API TextDictionary {
   template <std::ranges::input_range Pairs>
   [[nodiscard]] static TextDictionary fromPairs(const Pairs& pairs) {
     TextDictionary dictionary;
-    for (const auto& [key, value] : pairs) dictionary.set(std::string(key), std::string(value));
+    for (const auto& [key, value] : pairs) dictionary.set(std::string_view(key), std::string_view(value));
     return dictionary;
   }
 
@@ -61,7 +62,12 @@ class MERIDIAN_API TextDictionary {
   [[nodiscard]] bool contains(std::string_view key) const noexcept { return find(key) != nullptr; }
 
   /// Stores the value under the key, replacing an earlier value.
-  void set(std::string key, std::string value);
+  void set(std::string_view key, std::string_view value) { setMoved(std::string(key), std::string(value)); }
+  /// The same for two temporary strings, which are taken over.
+  template <std::same_as<std::string> Text>
+  void set(Text&& key, Text&& value) {
+    setMoved(std::move(key), std::move(value));
+  }
   /// Stores the value unless the key is present; says whether it did.
   bool setIfAbsent(std::string key, std::string value);
   /// Removes the entry; says whether there was one.
@@ -103,6 +109,7 @@ class MERIDIAN_API TextDictionary {
   // A dictionary of few entries has no buckets: looking at each key costs less than hashing one.
   static constexpr std::size_t mostWithoutBuckets = 16;
   [[nodiscard]] bool hasBuckets() const noexcept { return !buckets_.empty(); }
+  void setMoved(std::string&& key, std::string&& value);
   [[nodiscard]] std::uint64_t hashOf(std::string_view key) const noexcept;
   [[nodiscard]] Place placeOf(std::string_view key, std::uint64_t hash) const noexcept;
   void insert(std::string&& key, std::string&& value, std::uint64_t hash);

@@ -18,9 +18,7 @@ CLISanitizationOptions valueOptions(FlagValue value) noexcept {
 }
 
 bool isFlag(std::string_view word) noexcept {
-  // Nearly every word shows by its first letter what it is. No character turns into "-" in lower case, so the word need
-  // not be lower-cased.
-  if (!word.empty() && word.front() > ' ' && word.front() < '\x7f') return word.front() == '-';
+  // No character turns into "-" in lower case, so the word need not be lower-cased.
   return trimmed(word).starts_with('-');
 }
 

@@ -24,7 +24,7 @@ void expandPresets(std::span<const std::string> names, TextDictionary& valid, Te
         valid.setIfAbsent(std::string(flag), std::string(value));
       }
     } else {
-      invalid.set(SAVPresetFlag.string(), name);
+      invalid.set(SAVPresetFlag.rawValue(), name);
     }
   }
 }
@@ -172,7 +172,7 @@ std::optional<std::string_view> TranscodeCliArguments::argumentFlagValue(std::st
 
 void TranscodeCliArguments::setArgumentFlagValue(std::string_view flag, std::optional<std::string_view> value) {
   if (value) {
-    stored_.flagValueLookup.set(std::string(trimmed(flag)), std::string(*value));
+    stored_.flagValueLookup.set(trimmed(flag), *value);
   } else {
     stored_.flagValueLookup.erase(trimmed(flag));
   }

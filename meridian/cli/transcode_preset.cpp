@@ -34,7 +34,7 @@ const TextDictionary& presetArguments(TranscodeCliPreset preset) {
     std::array<TextDictionary, pairsOfPresets.size()> result;
     for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) {
       TextDictionary& dictionary = result[static_cast<std::size_t>(each)];
-      for (const auto& [flag, value] : orderedArguments(each)) dictionary.set(std::string(flag), std::string(value));
+      for (const auto& [flag, value] : orderedArguments(each)) dictionary.set(flag, value);
     }
     return result;
   }();
