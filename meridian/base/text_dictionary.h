@@ -66,7 +66,7 @@ class MERIDIAN_API TextDictionary {
   /// The same for two temporary strings, which are taken over.
   template <std::same_as<std::string> Text>
   void set(Text&& key, Text&& value) {
-    setMoved(std::move(key), std::move(value));
+    setMoved(std::forward<Text>(key), std::forward<Text>(value));
   }
   /// Stores the value unless the key is present; says whether it did.
   bool setIfAbsent(std::string key, std::string value);
