@@ -1,6 +1,6 @@
 # How every target of the project is compiled.
 
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
@@ -51,13 +51,16 @@ function(meridian_library target)
                EXPORT_NAME ${arg_EXPORT_NAME}
                OUTPUT_NAME ${arg_OUTPUT_NAME}
                VERSION ${PROJECT_VERSION}
-               SOVERSION ${PROJECT_VERSION_MAJOR})
+               # While the major version is 0 each minor one may change the interface.
+               SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   get_target_property(type ${target} TYPE)
   if(type STREQUAL STATIC_LIBRARY)
     target_compile_definitions(${target} PUBLIC MERIDIAN_STATIC)
   endif()
-  install(
-    TARGETS ${target}
-    EXPORT Meridian${arg_EXPORT_NAME}Targets
-    FILE_SET HEADERS)
+  if(MERIDIAN_INSTALL)
+    install(
+      TARGETS ${target}
+      EXPORT Meridian${arg_EXPORT_NAME}Targets
+      FILE_SET HEADERS)
+  endif()
 endfunction()

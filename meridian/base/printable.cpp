@@ -15,7 +15,9 @@ bool isHarmless(const TextUnit& unit) noexcept {
   const bool lineSeparator = c == 0x2028 || c == 0x2029;
   const bool directionMark =
       c == 0x061c || c == 0x200e || c == 0x200f || (c >= 0x202a && c <= 0x202e) || (c >= 0x2066 && c <= 0x2069);
-  return !control && !lineSeparator && !directionMark;
+  const bool invisible =
+      c == 0xad || c == 0x200b || (c >= 0x2060 && c <= 0x2064) || c == 0xfeff || (c >= 0xe0000 && c <= 0xe007f);
+  return !control && !lineSeparator && !directionMark && !invisible;
 }
 
 std::string escaped(const TextUnit& unit) {

@@ -8,9 +8,9 @@
 
 namespace meridian {
 
-/// The text with every control character (C0, DEL, C1, and the marks that reorder a line's direction) and every byte
-/// that is not valid UTF-8 written as "\x1b" or "\u{202e}", and "\n", "\r", "\t" for those three. A backslash stays as
-/// it is: the result is for reading, not for reading back.
+/// The text with every control character (C0, DEL, C1), every mark that reorders a line's direction or cannot be seen,
+/// and every byte that is not valid UTF-8 written as "\x1b" or "\u{202e}", and "\n", "\r", "\t" for those three. A
+/// backslash stays as it is: the result is for reading, not for reading back.
 [[nodiscard]] MERIDIAN_API std::string printable(std::string_view text);
 
 }  // namespace meridian

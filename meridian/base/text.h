@@ -30,7 +30,7 @@ namespace meridian {
 [[nodiscard]] MERIDIAN_API bool equalsIgnoringCase(std::string_view left, std::string_view right);
 
 /// Whether the case folding of `piece` occurs in that of `text`, whole characters only. Every text contains the empty
-/// one.
+/// one. Takes time in proportion to the product of both lengths in the worst case: made for pieces as short as names.
 [[nodiscard]] MERIDIAN_API bool containsIgnoringCase(std::string_view text, std::string_view piece);
 
 /// Whether all of `text` is valid UTF-8 (no overlong sequences, surrogates or truncated characters).

@@ -68,6 +68,7 @@ bool TextDictionary::erase(std::string_view key) noexcept {
 void TextDictionary::eraseIf(FunctionRef<bool(const Entry&)> predicate) {
   // One pass over the whole costs less than many removals, and leaves no free slots behind.
   TextDictionary kept;
+  kept.reserve(size_);  // before anything is moved, so that a failure leaves the dictionary as it was
   for (Place place = first_; place != none; place = slots_[place].next) {
     Slot& slot = slots_[place];
     if (predicate(slot.entry)) continue;

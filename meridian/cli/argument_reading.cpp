@@ -17,6 +17,20 @@ CLISanitizationOptions valueOptions(FlagValue value) noexcept {
   return value == FlagValue::path ? pathValue : plainValue;
 }
 
+// The letters that stand behind the "-" of a known flag: a quick no for a text of dashes.
+constexpr auto firstLetters = [] {
+  std::array<bool, 256> letters{};
+  for (const std::string_view known : allKnownCommandFlags) letters[static_cast<unsigned char>(known[1])] = true;
+  return letters;
+}();
+
+bool mayContainKnownFlag(std::string_view folded) noexcept {
+  for (std::size_t i = 1; i < folded.size(); ++i) {
+    if (folded[i - 1] == '-' && firstLetters[static_cast<unsigned char>(folded[i])]) return true;
+  }
+  return false;
+}
+
 bool isFlag(std::string_view word) noexcept {
   // No character turns into "-" in lower case, so the word need not be lower-cased.
   return trimmed(word).starts_with('-');
@@ -32,6 +46,7 @@ std::optional<std::string_view> containedKnownFlag(std::string_view flag) {
 
   // Known flags are ASCII, and no ASCII byte is part of a longer character, so bytes can be compared.
   const std::string folded = caseFolded(flag);
+  if (!mayContainKnownFlag(folded)) return std::nullopt;
   const auto found = std::ranges::find_if(
       allKnownCommandFlags, [&folded](std::string_view known) { return folded.find(known) != std::string::npos; });
   if (found == allKnownCommandFlags.end()) return std::nullopt;

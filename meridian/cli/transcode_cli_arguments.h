@@ -97,7 +97,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
   [[nodiscard]] std::optional<std::vector<std::string>> unknownFlags() const;
   /// Whether nothing was rejected.
   [[nodiscard]] bool allFlagsAreValid() const noexcept;
-  /// Calls the block with each rejected flag and its value.
+  /// Calls the block with each rejected flag and its value. The block must not change the store.
   void enumerateUnknownFlags(FunctionRef<void(std::string_view flag, std::string_view value)> unknownFlagFound) const;
 
   /// The argument vector: the flags in kept order as far as they are still stored, then the remainder; each with its
@@ -130,7 +130,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
   void setShouldOverwrite(bool overwrite);
 
   /// Calls the block once for each group of input files with the group's paths in the order of their places, and its
-  /// number; groups ascend by number.
+  /// number; groups ascend by number. The block must not change the store.
   ///
   /// An input file stands under "-in_", the group's number, "_" and its place in the group, both in decimal: "-in_1_0"
   /// is the first file of group 1. Leading zeros are read, a group's number may be negative, and places need not begin
@@ -149,7 +149,8 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
   /// no inputs.
   void setInputFileGroups(const std::optional<InputFileGroups>& groups);
 
-  /// The paths of all groups, one group after the other; absent when there are none.
+  /// The paths of all groups, one group after the other; absent when there are none. Keep the result in a variable to
+  /// go through it: `for (auto& path : *arguments.inputFiles())` would go through one that is gone.
   [[nodiscard]] std::optional<std::vector<std::string>> inputFiles() const;
   /// Makes the paths the only group of input files, with the number 0; absent leaves no inputs.
   void setInputFiles(const std::optional<std::vector<std::string>>& paths);

@@ -30,10 +30,11 @@ std::span<const TranscodeCliPair> orderedArguments(TranscodeCliPreset preset) no
 }
 
 const TextDictionary& presetArguments(TranscodeCliPreset preset) {
-  static const auto dictionaries = [] {
-    std::array<TextDictionary, pairsOfPresets.size()> result;
+  // Never destroyed, so that static objects may still ask for them in their destructors.
+  static const auto& dictionaries = *[] {
+    auto* const result = new std::array<TextDictionary, pairsOfPresets.size()>;
     for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) {
-      TextDictionary& dictionary = result[static_cast<std::size_t>(each)];
+      TextDictionary& dictionary = (*result)[static_cast<std::size_t>(each)];
       for (const auto& [flag, value] : orderedArguments(each)) dictionary.set(flag, value);
     }
     return result;

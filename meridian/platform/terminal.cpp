@@ -9,7 +9,8 @@ namespace meridian {
 
 bool standardOutputShowsColour() noexcept {
   const char* const terminal = std::getenv("TERM");
-  return isatty(STDOUT_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+  return isatty(STDOUT_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb" &&
+         !std::string_view(terminal).empty();
 }
 
 }  // namespace meridian

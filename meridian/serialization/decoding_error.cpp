@@ -2,10 +2,12 @@
 
 #include <utility>
 
+#include "meridian/base/printable.h"
+
 namespace meridian {
 
 DecodingError::DecodingError(std::string path, std::string_view message)
-    : std::runtime_error((path.empty() ? std::string("the record") : path) + ": " + std::string(message)),
+    : std::runtime_error((path.empty() ? std::string("the record") : printable(path)) + ": " + printable(message)),
       path_(std::move(path)) {}
 
 }  // namespace meridian

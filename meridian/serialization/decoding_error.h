@@ -9,7 +9,8 @@
 
 namespace meridian {
 
-/// Thrown when a document cannot be decoded. `what()` says where, what was wrong and what was expected.
+/// Thrown when a document cannot be decoded. `what()` says where, what was wrong and what was expected,
+/// with control characters of the document escaped.
 class MERIDIAN_API DecodingError : public std::runtime_error {
  public:
   /// `path` is the JSON pointer (RFC 6901) of the offending value within the decoded record; empty for the record.

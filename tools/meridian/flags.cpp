@@ -41,7 +41,8 @@ Subcommand flagsCommand() {
       .name = "flags",
       .description = "List the transcoder's flags and which of them take a value",
       .example = "meridian flags --json",
-      .options = {{Option::Kind::flag, "json", "Print a JSON list: group, text, takesValue, isKnown"}},
+      .options = {{Option::Kind::flag, "json",
+                   "Print a JSON list: group, text, takesValue, isKnown (offered, and known to the parser)"}},
       .action =
           [](const Arguments& arguments) {
             arguments.has("json") ? printAsJson() : printForPeople();

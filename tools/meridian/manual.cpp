@@ -61,9 +61,12 @@ void printManual() {
   for (const Subcommand& subcommand : subcommands) {
     std::cout << ".SS meridian " << roff(subcommand.name) << '\n' << roff(subcommand.description) << ".\n";
     for (const Option& option : subcommand.options) printOption(option);
-    std::cout << ".PP\n";
+    std::cout << ".PP\nExample:\n";
     printExample(subcommand.example);
   }
+  std::cout << ".PP\nEach command takes " << bold("--help") << ", and " << bold("meridian --version")
+            << " prints the version.\n.SH ENVIRONMENT\n.TP\n"
+            << bold("NO_COLOR") << "\nNo colours are written while it is set, even to nothing.\n";
   std::cout << ".SH EXIT STATUS\n" << roff(exitStatuses) << ".\n.SH EXAMPLES\n";
   printExample(mainExample);
 }

@@ -48,6 +48,15 @@ void warnOfInvalidText(std::span<const std::string_view> words) {
          " alone look the same. \"meridian render --null\" gives the bytes as they are.\n";
 }
 
+bool reportRejected(const TranscodeCliArguments& store) {
+  if (store.allFlagsAreValid()) return false;
+  store.enumerateUnknownFlags([](std::string_view flag, std::string_view value) {
+    std::cerr << "meridian: rejected: " << printable(flag) << (value.empty() ? "" : " ") << printable(value) << '\n';
+  });
+  std::cerr << "meridian: \"meridian explain\" with the same words says what may have been meant\n";
+  return true;
+}
+
 void printJson(const nlohmann::ordered_json& document) {
   std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }

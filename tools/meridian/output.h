@@ -7,10 +7,15 @@
 #include <string_view>
 #include <vector>
 
+#include "meridian/cli/transcode_cli_arguments.h"
+
 namespace meridian::command {
 
 /// Says on standard error that words are not valid UTF-8, which JSON cannot carry, where that is so.
 void warnOfInvalidText(std::span<const std::string_view> words);
+
+/// Says on standard error which flags the store rejected; whether there were any.
+bool reportRejected(const TranscodeCliArguments& store);
 
 /// Writes the document and a line end to standard output. Bytes that are not valid UTF-8 become U+FFFD.
 void printJson(const nlohmann::ordered_json& document);

@@ -11,6 +11,7 @@ namespace {
 
 Status render(const Arguments& arguments) {
   const TranscodeCliArguments store(arguments.words, arguments.has("keep-order"));
+  reportRejected(store);
   if (arguments.has("cli-string")) {
     std::cout << store.cliString() << '\n';
     return done;
@@ -32,13 +33,13 @@ Subcommand renderCommand() {
   using enum Option::Kind;
   return {
       .name = "render",
-      .description = "Print an argument vector as the store renders it, an element a line",
+      .description = "Read an argument vector and print it as it goes to the transcoder, an element a line",
       .example = "meridian render --null -- -preset solvane_4444xq -out /out/a.mov | xargs -0 transcoder",
       .takesWords = true,
-      .options = {{flag, "keep-order", "Keep the order of the flags in the store"},
+      .options = {{flag, "keep-order", "Keep the order in which the flags stand"},
                   {flag, "json", "Print a JSON list"},
-                  {flag, "null", "End each element with a NUL instead of a line end, for xargs -0"},
-                  {flag, "cli-string", "Print all elements run together: an identity, not a command"}},
+                  {flag, "null", "End each element with a NUL, for xargs -0; an element may hold line ends"},
+                  {flag, "cli-string", "Print all elements run together, for comparing; not for a shell"}},
       .exclusive = {"json", "null", "cli-string"},
       .action = render,
   };
