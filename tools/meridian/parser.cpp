@@ -108,8 +108,14 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
     parsed.text = std::string(version.what()) + "\n";
     return parsed;
   } catch (const CLI::ParseError& error) {
+    std::string message = printable(error.what());
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+      // The parser's own message names them backwards.
+      message = "not expected:";
+      for (const std::string& word : app.remaining(true)) message += " " + printable(word);
+    }
     const bool lacksSeparator = chosen() != nullptr && chosen()->takesWords && !hasWords;
-    throw UsageError(printable(error.what()) + (lacksSeparator ? "\n" + wordsHint(chosen()->name) : "") + see());
+    throw UsageError(message + (lacksSeparator ? "\n" + wordsHint(chosen()->name) : "") + see());
   }
 
   parsed.subcommand = chosen();
