@@ -302,8 +302,7 @@ struct EnumerationTable<FileExtension> {
 [[nodiscard]] MERIDIAN_API std::string path(FileExtension extension);
 
 /// The base, a path or a URL without query and fragment, with `path(extension)` put at its end: ("/out/clip", mov)
-/// gives
-/// "/out/clip.mov".
+/// gives "/out/clip.mov".
 [[nodiscard]] MERIDIAN_API std::string url(FileExtension extension, std::string_view base);
 
 /// A set of file extensions, as small as four words. Iterating visits the members in declaration order.

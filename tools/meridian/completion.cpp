@@ -23,13 +23,8 @@ FlagValues valuesOf(std::string_view flag = Value::cliFlag()) {
   return result;
 }
 
-FlagValues anchorsOf(std::string_view flag) {
-  FlagValues result{flag, {}};
-  for (const auto& anchor : SAVTranscodeArgumentOverlayAnchorValue::allCases()) {
-    result.values.push_back(anchor.rawValue());
-  }
-  return result;
-}
+/// An anchor belongs to no flag of its own; several take one.
+constexpr auto anchorsOf = valuesOf<SAVTranscodeArgumentOverlayAnchorValue>;
 
 std::vector<FlagValues> allFlagValues() {
   FlagValues presets{SAVPresetFlag.rawValue(), {}};

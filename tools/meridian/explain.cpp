@@ -33,8 +33,9 @@ std::string sourceOf(const ExplainedSetting& setting) {
 std::vector<std::string> notesOn(const ExplainedSetting& setting) {
   std::vector<std::string> notes;
   if (setting.remark) notes.push_back(textOf(setting));
-  if (setting.source == SettingSource::repeated)
+  if (setting.source == SettingSource::repeated) {
     notes.push_back("the last one stays; before: " + joined(setting.earlierValues));
+  }
   if (setting.source != SettingSource::preset && setting.writtenValue != setting.value) {
     notes.push_back("lower-cased from " + inQuotes(setting.writtenValue));
   }
