@@ -22,7 +22,8 @@ struct EnumerationRow {
   std::string_view description = {};
 };
 
-/// Specialised for each enumeration with a member `rows`: an array of EnumerationRow, all cases in declaration order.
+/// Specialised for each enumeration with a member `rows`: an array of all cases in declaration order, whose elements
+/// have at least the members of EnumerationRow.
 template <typename Enumeration>
 struct EnumerationTable;
 
@@ -67,10 +68,16 @@ template <TabledEnumeration Enumeration>
   return detail::cases<Enumeration>;
 }
 
+/// The case's line of the table, with all that the table says of it.
+template <TabledEnumeration Enumeration>
+[[nodiscard]] constexpr const auto& tableRow(Enumeration value) noexcept {
+  return EnumerationTable<Enumeration>::rows[static_cast<std::size_t>(value)];
+}
+
 /// The case's raw value, as it is written and stored.
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr std::string_view rawValue(Enumeration value) noexcept {
-  return EnumerationTable<Enumeration>::rows[static_cast<std::size_t>(value)].rawValue;
+  return tableRow(value).rawValue;
 }
 
 /// The case with exactly this raw value; absent when there is none. Takes the same time for every text.
@@ -84,7 +91,7 @@ template <TabledEnumeration Enumeration>
 /// The case's display text in the source language.
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr std::string_view description(Enumeration value) noexcept {
-  const auto& row = EnumerationTable<Enumeration>::rows[static_cast<std::size_t>(value)];
+  const auto& row = tableRow(value);
   return row.description.empty() ? row.rawValue : row.description;
 }
 

@@ -95,6 +95,15 @@ std::string shortestDecimalText(float number) { return shortestText(number); }
 
 std::string shortestDecimalText(double number) { return shortestText(number); }
 
+std::string fixedDecimalText(double number, int decimals) {
+  if (std::isnan(number)) return "nan";
+  // A sign, the 309 digits of the largest double, a point, and the decimals.
+  std::array<char, 512> text{};
+  const auto [end, error] =
+      std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, decimals);
+  return {text.data(), end};
+}
+
 std::optional<float> floatFromText(std::string_view text) noexcept { return numberFromText<float>(text); }
 
 std::optional<double> doubleFromText(std::string_view text) noexcept { return numberFromText<double>(text); }

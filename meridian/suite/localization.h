@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "meridian/base/enumeration.h"
 #include "meridian/export.h"
 
 namespace meridian {
@@ -16,6 +17,12 @@ using Translator = std::function<std::string(std::string_view text)>;
 /// catalogue "meridian", in the language that the application chose with `setlocale`; a text that the catalogue does
 /// not hold comes back as it is.
 [[nodiscard]] MERIDIAN_API std::string localized(std::string_view text);
+
+/// The display text of an enumeration's case in the user's language.
+template <TabledEnumeration Enumeration>
+[[nodiscard]] std::string localizedString(Enumeration value) {
+  return localized(description(value));
+}
 
 /// Replaces the translator, from any thread; an empty one brings the message catalogue back.
 MERIDIAN_API void setTranslator(Translator translator);

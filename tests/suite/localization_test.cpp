@@ -6,12 +6,15 @@
 
 #include <atomic>
 #include <clocale>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <thread>
-#include <vector>
+
+#include "meridian/media/frame_rate.h"
+#include "meridian/media/media_corporation.h"
+#include "meridian/media/video_dimension.h"
+#include "tests/support/process.h"
 
 namespace meridian {
 namespace {
@@ -45,23 +48,37 @@ TEST(Localization, TranslatorMayBeReplacedWhileOthersUseIt) {
 
 TEST(Localization, DefaultReadsTheCatalogueOfTheLanguageInUse) {
   if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr) GTEST_SKIP() << "no locale C.UTF-8";
-  // A catalogue as the C library reads it, of a header and one text.
-  std::vector<std::uint32_t> head{0x950412de, 0, 2, 28, 44, 0, 0};
-  std::string body;
-  for (const std::string text : {"", "Frame rate", "Content-Type: text/plain; charset=UTF-8\n", "Bildrate \u00fc"}) {
-    head.insert(head.end(), {static_cast<std::uint32_t>(text.size()), static_cast<std::uint32_t>(60 + body.size())});
-    body += text + '\0';
-  }
   const auto root = std::filesystem::path(testing::TempDir()) / ("meridian-test-" + std::to_string(getpid()));
-  std::filesystem::create_directories(root / "C.UTF-8/LC_MESSAGES");
-  std::ofstream file(root / "C.UTF-8/LC_MESSAGES/meridian.mo", std::ios::binary);
-  file.write(reinterpret_cast<const char*>(head.data()), 60) << body << std::flush;
+  const auto folder = root / "C.UTF-8/LC_MESSAGES";
+  std::filesystem::create_directories(folder);
+  std::ofstream(root / "meridian.po") << R"po(
+msgid ""
+msgstr "Content-Type: text/plain; charset=UTF-8\n"
+msgid "HD (1280 x 720)"
+msgstr "HD – 1280 × 720"
+msgid "Half Step"
+msgstr "Halbe Rate"
+msgid "Custom Scale"
+msgstr "Eigene Größe"
+msgid "Canon"
+msgstr "キヤノン"
+)po";
+  const test::Outcome made =
+      test::run({"msgfmt", "--check", "-o", (folder / "meridian.mo").string(), (root / "meridian.po").string()});
+  ASSERT_EQ(made.status, 0) << made.errors;
   bindtextdomain("meridian", root.c_str());
 
-  constexpr std::string_view withNul("Frame rate\0!", 12);
-  EXPECT_EQ(localized(withNul.substr(0, 10)), "Bildrate \u00fc");
+  EXPECT_EQ(VideoDimension::sevenTwentyP.localizedString(), "HD \u2013 1280 \u00d7 720");
+  EXPECT_EQ(VideoDimension::sevenTwentyP.description(), "HD (1280 x 720)");
+  EXPECT_EQ(VideoDimension::scaled(0.9).localizedPickerString(), "Eigene Gr\u00f6\u00dfe");
+  EXPECT_EQ(VideoDimension::scaled(0.9).localizedString(), "Custom: 90.0%");
+  EXPECT_EQ(FrameRate::halfstep.localizedString(), "Halbe Rate");
+  EXPECT_EQ(localizedString(MediaCorporation::canon), "\u30ad\u30e4\u30ce\u30f3");
+  EXPECT_EQ(localizedString(MediaCorporation::sony), "Sony");
+
+  constexpr std::string_view withNul("Half Step\0!", 11);
+  EXPECT_EQ(localized(withNul.substr(0, 9)), "Halbe Rate");
   EXPECT_EQ(localized(withNul), withNul);
-  EXPECT_EQ(localized("Frame rat"), "Frame rat");
   EXPECT_EQ(localized(""), "");
   std::setlocale(LC_ALL, "C");
   std::filesystem::remove_all(root);

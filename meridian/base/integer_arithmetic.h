@@ -1,0 +1,47 @@
+// Signed 64-bit arithmetic that notices when a result does not fit.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+
+namespace meridian {
+
+/// The product; absent when it leaves the signed 64-bit range.
+[[nodiscard]] constexpr std::optional<std::int64_t> checkedProduct(std::int64_t left, std::int64_t right) noexcept {
+  std::int64_t product = 0;
+  if (__builtin_mul_overflow(left, right, &product)) return std::nullopt;
+  return product;
+}
+
+/// The sum; absent when it leaves the signed 64-bit range.
+[[nodiscard]] constexpr std::optional<std::int64_t> checkedSum(std::int64_t left, std::int64_t right) noexcept {
+  std::int64_t sum = 0;
+  if (__builtin_add_overflow(left, right, &sum)) return std::nullopt;
+  return sum;
+}
+
+/// The number truncated toward zero; absent when it is not finite or lies outside the signed 64-bit range.
+[[nodiscard]] constexpr std::optional<std::int64_t> truncatedInteger(double number) noexcept {
+  // 2^63, the first double beyond the range; the least number of the range is a double itself.
+  constexpr double limit = 9223372036854775808.0;
+  if (!(number >= -limit && number < limit)) return std::nullopt;
+  return static_cast<std::int64_t>(number);
+}
+
+/// The greatest common divisor of two positive numbers; of 0 and a number, that number. With a negative number among
+/// the two the result is the greater of them, on purpose: stored settings were reduced by this rule, which takes
+/// positive terms for granted.
+[[nodiscard]] constexpr std::int64_t gcd(std::int64_t num1, std::int64_t num2) noexcept {
+  std::int64_t small = std::min(num1, num2);
+  std::int64_t large = std::max(num1, num2);
+  if (small < 1) return large;
+  while (small > 0) {
+    const std::int64_t remainder = large % small;
+    large = std::max(small, remainder);
+    small = std::min(small, remainder);
+  }
+  return large;
+}
+
+}  // namespace meridian

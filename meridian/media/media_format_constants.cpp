@@ -1,0 +1,75 @@
+#include "meridian/media/media_format_constants.h"
+
+#include <span>
+
+#include "meridian/base/text.h"
+
+namespace meridian {
+namespace {
+
+constexpr auto listedCorporations = std::to_array<std::string_view>({
+    SLVMediaCorporationAdobe,
+    SLVMediaCorporationApple,
+    SLVMediaCorporationArri,
+    SLVMediaCorporationAvid,
+    SLVMediaCorporationBlackMagic,
+    SLVMediaCorporationCanon,
+    SLVMediaCorporationCodex,
+    SLVMediaCorporationDJI,
+    SLVMediaCorporationInsta360,
+    SLVMediaCorporationGoPro,
+    SLVMediaCorporationJVC,
+    SLVMediaCorporationPanasonic,
+    SLVMediaCorporationPhantom,
+    SLVMediaCorporationRED,
+    SLVMediaCorporationSony,
+});
+
+void enumerate(std::span<const std::string_view> texts, MediaFormatConstants::Block block) {
+  bool stop = false;
+  for (const std::string_view text : texts) {
+    block(text, stop);
+    if (stop) return;
+  }
+}
+
+}  // namespace
+
+MediaFormatConstants::MediaFormatConstants()
+    : cachedContainerFileExtensionLookup_{
+          {SLVMediaFileContainerQuickTimeMovie, {"mov"}},
+          {SLVMediaFileContainerMXF, {"mxf"}},
+          {SLVMediaFileContainerMP4, {"mp4", "m4v", ".m4a", ".m4p", ".m4b", ".m4r"}},
+          {SLVMediaFileContainerAVI, {"avi"}},
+          {SLVMediaFileContainerR3D, {"r3d"}},
+          {SLVMediaFileContainerBRAW, {"braw"}},
+          {SLVMediaFileContainerDPX, {"dpx"}},
+          {SLVMediaFileContainerHDE, {"arx"}},
+          {SLVMediaFileContainerCINE, {"cine"}},
+      } {}
+
+const MediaFormatConstants& MediaFormatConstants::sharedInstance() {
+  // Never destroyed, so that static objects may still ask for it in their destructors.
+  static const auto* const instance = new MediaFormatConstants;
+  return *instance;
+}
+
+void MediaFormatConstants::enumerateValidFileExtensionsForMediaContainer(std::string_view container, Block block) {
+  const auto& lookup = sharedInstance().cachedContainerFileExtensionLookup();
+  if (const auto found = lookup.find(container); found != lookup.end()) enumerate(found->second, block);
+}
+
+void MediaFormatConstants::enumerateContainersForFileExtension(std::string_view fileExtension, Block block) {
+  bool stop = false;
+  for (const std::string_view container : mediaFileContainers) {
+    enumerateValidFileExtensionsForMediaContainer(container, [&](std::string_view each, bool& stopExtensions) {
+      if (equalsIgnoringCase(each, fileExtension)) block(container, stop);
+      stopExtensions = stop;
+    });
+    if (stop) return;
+  }
+}
+
+void MediaFormatConstants::alphabeticalEnumerationOfCorporations(Block block) { enumerate(listedCorporations, block); }
+
+}  // namespace meridian

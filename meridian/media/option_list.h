@@ -1,0 +1,20 @@
+// Lists of options to choose from.
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <span>
+#include <vector>
+
+namespace meridian {
+
+/// The members of the list that are among the options, in the list's order.
+template <typename Option>
+[[nodiscard]] std::vector<Option> membersAmong(std::span<const Option> options, std::span<const Option> list) {
+  std::vector<Option> members;
+  std::ranges::copy_if(list, std::back_inserter(members),
+                       [options](const Option& each) { return std::ranges::find(options, each) != options.end(); });
+  return members;
+}
+
+}  // namespace meridian

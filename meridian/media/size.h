@@ -1,0 +1,26 @@
+// A width and a height.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+#include "meridian/base/combined_hash.h"
+
+namespace meridian {
+
+/// A width and a height: pixels, unless a function says that they are factors of another size.
+struct Size {
+  double width = 0;
+  double height = 0;
+
+  friend constexpr bool operator==(const Size&, const Size&) = default;
+};
+
+}  // namespace meridian
+
+template <>
+struct std::hash<meridian::Size> {
+  [[nodiscard]] constexpr std::size_t operator()(const meridian::Size& size) const noexcept {
+    return meridian::combinedHash(size.width, size.height);
+  }
+};

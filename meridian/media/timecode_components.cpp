@@ -1,0 +1,24 @@
+#include "meridian/media/timecode_components.h"
+
+#include <array>
+#include <charconv>
+
+namespace meridian {
+
+std::string TimecodeComponents::timecodeString() const {
+  // Four numbers of up to 20 characters, each with a "0" in front, and three separators.
+  std::array<char, 4 * 21 + 3> text{};
+  char* end = text.data();
+  const auto write = [&end](std::int64_t number, std::string_view separator) {
+    if (number <= 9) *end++ = '0';
+    end = std::to_chars(end, end + 20, number).ptr;
+    for (const char c : separator) *end++ = c;
+  };
+  write(hours, nonDropSeparator);
+  write(minutes, nonDropSeparator);
+  write(seconds, isDropFrame ? dropFrameSeparator : nonDropSeparator);
+  write(frames, "");
+  return {text.data(), end};
+}
+
+}  // namespace meridian

@@ -1,0 +1,111 @@
+#include "meridian/media/frame_rate.h"
+
+#include <gmock/gmock.h>
+#include <syslog.h>
+
+#include <cmath>
+#include <limits>
+#include <unordered_set>
+
+#include "meridian/media/video_frame_rate.h"
+
+namespace meridian {
+namespace {
+
+using ::testing::EndsWith;
+
+TEST(VideoFrameRate, MatchesBySinglePrecision) {
+  for (const VideoFrameRate& rate : standardVideoFrameRates) {
+    const MediaRational rational = rate.rawValue();
+    EXPECT_EQ(VideoFrameRate(rational), rate) << rate.formattedString();
+    EXPECT_EQ(VideoFrameRate({rational.numerator * 7, rational.denominator * 7}), rate) << rate.formattedString();
+    EXPECT_NE(VideoFrameRate::custom(rational), rate);
+    // The stored number of a rate comes back as that rate.
+    EXPECT_EQ(VideoFrameRate(*MediaRational::fromRawValue(rational.rawValue())), rate) << rate.formattedString();
+  }
+  static_assert(VideoFrameRate({2997, 125}) == VideoFrameRate::ntsc24p);
+  static_assert(VideoFrameRate({2997, 100}) == VideoFrameRate::ntsc30p);
+  for (const MediaRational& rational : {MediaRational{2398, 100}, {48000, 1001}, {0, 1}, {-25, 1}, {25001, 1000}}) {
+    EXPECT_EQ(VideoFrameRate(rational), VideoFrameRate::custom(rational)) << rational.rawValue();
+  }
+  EXPECT_EQ((std::unordered_set<VideoFrameRate>{VideoFrameRate::p24, VideoFrameRate({48, 2}), VideoFrameRate(),
+                                                VideoFrameRate::custom({24, 1})})
+                .size(),
+            3U);
+}
+
+TEST(VideoFrameRateDeathTest, StopsNamingTheRational) {
+  constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
+  EXPECT_DEATH((void)VideoFrameRate({25, 0}), "VideoFrameRate of 25/0: ten thousand times the rate");
+  EXPECT_DEATH((void)VideoFrameRate({0, 0}), "VideoFrameRate of 0/0");
+  EXPECT_DEATH((void)VideoFrameRate({greatest, 1}), "VideoFrameRate of 9223372036854775807/1");
+  EXPECT_EQ(VideoFrameRate::matching({25, 0}), std::nullopt);
+  EXPECT_EQ(VideoFrameRate::matching({greatest, 10001})->rawValue(), (MediaRational{greatest, 10001}));
+}
+
+TEST(VideoFrameRate, IsFormattedWithTwoDecimalsUnlessWhole) {
+  EXPECT_EQ(VideoFrameRate::ntsc120p.formattedString(), "119.88 FPS");
+  EXPECT_EQ(VideoFrameRate::p600.formattedString(), "600 FPS");
+  EXPECT_EQ(VideoFrameRate::custom({25, 2}).formattedString(), "12.50 FPS");
+  EXPECT_EQ(VideoFrameRate::custom({50, 2}).formattedString(), "25 FPS");
+  EXPECT_EQ(VideoFrameRate::custom({1, 0}).formattedString(), "inf FPS");
+}
+
+TEST(FrameRate, ReadsBackWhatItStores) {
+  for (const FrameRate& rate : FrameRate::wellDefinedCases()) {
+    EXPECT_EQ(FrameRate::fromRawValue(rate.frameRateForProto()), rate) << rate.tag();
+  }
+  static_assert(FrameRate::fromRawValue(23.967) == FrameRate::fps23_98);
+  for (const double rate : {23.976, 47.952, 1e300, 5e-324, std::numeric_limits<double>::infinity()}) {
+    EXPECT_EQ(FrameRate::fromRawValue(rate), FrameRate::custom(rate)) << rate;
+  }
+  EXPECT_EQ(FrameRate::fromRawValue(-0.0), FrameRate::match);
+}
+
+TEST(FrameRate, RefusalsGoToTheSystemLog) {
+  openlog("meridian-test", LOG_PERROR, LOG_USER);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(FrameRate::fromRawValue(-1), std::nullopt);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              EndsWith("meridian-test: Could not convert raw value to frame rate: -1.0\n"));
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(FrameRate::fromRawValue(std::nan("")), std::nullopt);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), EndsWith("frame rate: nan\n"));
+  closelog();
+}
+
+TEST(FrameRate, HasTextsForListsAndTags) {
+  struct Case {
+    FrameRate rate;
+    std::string description, pickerDescription, tag;
+  };
+  const Case cases[]{{FrameRate::match, "Match", "Match", "Match"},
+                     {FrameRate::halfstep, "Half Step", "Half Step", "Half Step"},
+                     {FrameRate::fps23_98, "23.97 fps", "23.97 fps", "23.97 fps"},
+                     {FrameRate::fps50, "50 fps", "50 fps", "50 fps"},
+                     {FrameRate::fps59_94, "59.94 fps", "59.94 fps", "59.94 fps"},
+                     {FrameRate::custom(47.952), "Custom: 47.952 fps", "Custom", "custom"},
+                     {FrameRate::custom(48), "Custom: 48.0 fps", "Custom", "custom"},
+                     {FrameRate::defaultCustom(), "Custom", "Custom", "custom"},
+                     {FrameRate::custom(-1), "Custom", "Custom", "custom"}};
+  for (const auto& [rate, description, pickerDescription, tag] : cases) {
+    EXPECT_EQ(rate.description(), description);
+    EXPECT_EQ(rate.pickerDescription(), pickerDescription);
+    EXPECT_EQ(rate.tag(), tag);
+  }
+}
+
+TEST(FrameRate, ListsAndFilters) {
+  EXPECT_EQ(FrameRate::allowed(ConversionCodecType::dnxhd).size(), 11U);
+  EXPECT_EQ(FrameRate::allCases().back(), FrameRate::custom(0));
+  const FrameRate list[]{FrameRate::custom(0), FrameRate::fps60,       FrameRate::halfstep, FrameRate::custom(12),
+                         FrameRate::fps24,     FrameRate::custom(0.0), FrameRate::match};
+  EXPECT_EQ(FrameRate::filterScaleOptions(list), (std::vector{FrameRate::halfstep, FrameRate::match}));
+  EXPECT_EQ(FrameRate::filterExactFrameRateOptions(list),
+            (std::vector{FrameRate::custom(0), FrameRate::fps60, FrameRate::fps24, FrameRate::custom(0)}));
+  EXPECT_EQ((std::unordered_set<FrameRate>{FrameRate::custom(0), FrameRate::custom(-0.0), FrameRate::match}).size(),
+            2U);
+}
+
+}  // namespace
+}  // namespace meridian

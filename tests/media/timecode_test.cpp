@@ -1,0 +1,194 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+#include "meridian/media/frame_number.h"
+#include "meridian/media/timecode_components.h"
+
+namespace meridian {
+namespace {
+
+constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
+using Timecode = TimecodeComponents;
+
+TEST(TimecodeComponents, DecomposesAnyText) {
+  struct Case {
+    std::string_view text;
+    DecomposedTimecode decomposed;
+  };
+  constexpr std::nullopt_t none = std::nullopt;
+  const Case cases[]{
+      {"01:02:03:04", {1, 2, 3, 4, false}},
+      {"01:02:03;04", {1, 2, 3, 4, true}},
+      {"12:34", {12, 34, none, none, false}},
+      {"7", {7, none, none, none, false}},
+      {"", {none, none, none, none, false}},
+      // Every ";" counts, wherever it stands.
+      {"01;02;03;04", {1, 2, 3, 4, true}},
+      {"01;02:03:04", {1, 2, 3, 4, true}},
+      {";", {none, none, none, none, true}},
+      // An empty field leaves its own component empty.
+      {"01::03:04", {1, none, 3, 4, false}},
+      {":02:03:04", {none, 2, 3, 4, false}},
+      {"01:02:03:", {1, 2, 3, none, false}},
+      // More than four fields: no saying which are the frames.
+      {"01:02:03:04:05", {1, 2, 3, none, false}},
+      {"01:02:03:04:", {1, 2, 3, none, false}},
+      {"1:2:3:4:5;6", {1, 2, 3, none, true}},
+      // Digits and nothing else.
+      {"+1:-2: 3:4 ", {none, none, none, none, false}},
+      {"0-3:0x1:1.5:1e2", {none, none, none, none, false}},
+      {"\u0661:\uff11:1\xff:1\n", {none, none, none, none, false}},
+      {std::string_view("01:02:03:04\0", 12), {1, 2, 3, none, false}},
+      {"9223372036854775807:9223372036854775808:00000000000000000000000001:99999999999999999999999",
+       {greatest, none, 1, none, false}},
+  };
+  for (const auto& [text, decomposed] : cases) {
+    EXPECT_EQ(Timecode::decomposeTimecodeString(text), decomposed) << text;
+    const Timecode sanitized = Timecode::sanitizedTimecode(text);
+    EXPECT_EQ(sanitized,
+              (Timecode{decomposed.hours.value_or(0), decomposed.minutes.value_or(0), decomposed.seconds.value_or(0),
+                        decomposed.frames.value_or(0), decomposed.isDropFrame}))
+        << text;
+    if (const auto strict = Timecode::fromTimecode(text)) {
+      EXPECT_EQ(sanitized, *strict) << text;
+    }
+  }
+}
+
+TEST(TimecodeComponents, ChecksFormLengthAndBounds) {
+  struct Case {
+    std::string_view text;
+    bool form, length, bounds;
+  };
+  const Case cases[]{{"01:02:03;04", true, true, true},    {"01:00:60:00", true, true, true},
+                     {"01:60:00:00", true, true, true},    {"01:00:61:00", true, true, false},
+                     {"01:61:00:00", true, true, false},   {"1:00:00:00", true, false, true},
+                     {"01:00:00:0", true, false, true},    {"999:00:00:999", true, true, true},
+                     {"01:00:00", false, false, false},    {"01:02:03:04:05", false, false, false},
+                     {"01:0x:00:00", false, false, false}, {"-1:00:00:00", false, false, false}};
+  for (const auto& [text, form, length, bounds] : cases) {
+    EXPECT_EQ(Timecode::timecodeHasProperForm(text, false, false), form) << text;
+    EXPECT_EQ(Timecode::timecodeHasProperForm(text, true, false), form && length) << text;
+    EXPECT_EQ(Timecode::timecodeHasProperForm(text, false, true), form && bounds) << text;
+    int calls = 0;
+    const bool proper = Timecode::timecodeHasProperForm(
+        text, true, true,
+        [&](std::int64_t hours, std::int64_t minutes, std::int64_t seconds, std::int64_t frames, bool isDropFrame) {
+          ++calls;
+          EXPECT_EQ(Timecode::fromTimecode(text), (Timecode{hours, minutes, seconds, frames, isDropFrame}));
+        });
+    EXPECT_EQ(proper, form && length && bounds) << text;
+    EXPECT_EQ(calls, proper ? 1 : 0) << text;
+    EXPECT_EQ(Timecode::fromTimecode(text).has_value(), proper) << text;
+  }
+}
+
+TEST(TimecodeComponents, WritesWhatItReads) {
+  std::mt19937_64 random(5);
+  for (int round = 0; round < 20000; ++round) {
+    const auto number = [&] { return static_cast<std::int64_t>(random() >> (1 + random() % 63)); };
+    const Timecode timecode{number(), number(), number(), number(), random() % 2 == 0};
+    ASSERT_EQ(Timecode::sanitizedTimecode(timecode.timecodeString()), timecode) << timecode.timecodeString();
+    ASSERT_TRUE(Timecode::timecodeHasProperForm(timecode.timecodeString(), true, false));
+  }
+  EXPECT_EQ((Timecode{100, -3, 9, 10, true}.timecodeString()), "100:0-3:09;10");
+  constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
+  EXPECT_EQ((Timecode{least, least, least, least, false}.timecodeString()),
+            "0-9223372036854775808:0-9223372036854775808:0-9223372036854775808:0-9223372036854775808");
+  EXPECT_EQ(Timecode::defaultDropFrameTimecodeComponents.timecodeString(), Timecode::defaultDropFrameTimecode);
+  EXPECT_EQ(Timecode::defaultNonDropTimecodeComponents.timecodeString(), Timecode::defaultNonDropTimecode);
+}
+
+/// Counts on to the next label as an editor would write them down, by the words of the standard.
+void countOn(Timecode& label, std::int64_t framesPerSecond, std::int64_t dropped) {
+  if (++label.frames < framesPerSecond) return;
+  label.frames = 0;
+  if (++label.seconds < 60) return;
+  label.seconds = 0;
+  if (++label.minutes == 60) {
+    label.minutes = 0;
+    ++label.hours;
+  }
+  if (label.minutes % 10 != 0) label.frames = dropped;
+}
+
+TEST(FrameNumber, LabelsEveryFrameOfADay) {
+  struct Case {
+    VideoFrameRate rate;
+    std::int64_t perSecond, dropped, framesOfDay;
+  };
+  const Case cases[]{{VideoFrameRate::ntsc30p, 30, 2, 2589408},
+                     {VideoFrameRate::ntsc60p, 60, 4, 5178816},
+                     {VideoFrameRate::ntsc24p, 24, 0, 2073600},
+                     {VideoFrameRate::custom({12, 1}), 12, 0, 1036800}};
+  for (const auto& [rate, perSecond, dropped, framesOfDay] : cases) {
+    const bool isDropFrame = dropped > 0;
+    // Labels that only count up are unique.
+    Timecode label{0, 0, 0, 0, isDropFrame};
+    for (std::int64_t frame = 0; frame < framesOfDay; ++frame) {
+      ASSERT_EQ(timecodeOfFrame(frame, rate, isDropFrame), label) << frame;
+      ASSERT_EQ(frameNumber(label, rate), frame) << label.timecodeString();
+      countOn(label, perSecond, dropped);
+    }
+    EXPECT_EQ(label, (Timecode{24, 0, 0, 0, isDropFrame})) << rate.formattedString();
+  }
+}
+
+TEST(FrameNumber, SaysWhyALabelHasNoFrame) {
+  const VideoFrameRate exact = VideoFrameRate::custom({60000, 2002});
+  struct Case {
+    std::string_view text;
+    VideoFrameRate rate;
+    std::optional<TimecodeFault> fault;
+  };
+  const Case cases[]{{"00:01:00;00", VideoFrameRate::ntsc30p, TimecodeFault::droppedLabel},
+                     {"00:01:00;01", exact, TimecodeFault::droppedLabel},
+                     {"00:01:00;02", exact, {}},
+                     {"00:10:00;00", VideoFrameRate::ntsc30p, {}},
+                     {"00:01:01;00", VideoFrameRate::ntsc30p, {}},
+                     {"23:59:00;03", VideoFrameRate::ntsc60p, TimecodeFault::droppedLabel},
+                     {"00:01:00:00", VideoFrameRate::ntsc30p, {}},
+                     {"00:00:00;00", VideoFrameRate::p30, TimecodeFault::notADropFrameRate},
+                     {"00:00:00;00", VideoFrameRate::ntsc120p, TimecodeFault::notADropFrameRate},
+                     {"00:00:00;00", VideoFrameRate::custom({2997, 100}), TimecodeFault::notADropFrameRate},
+                     {"00:00:60:00", VideoFrameRate::p24, TimecodeFault::outOfBounds},
+                     {"00:60:00:00", VideoFrameRate::p24, TimecodeFault::outOfBounds},
+                     {"00:00:00:24", VideoFrameRate::ntsc24p, TimecodeFault::outOfBounds},
+                     {"00:00:00:00", VideoFrameRate::custom({1, 0}), TimecodeFault::rateHasNoFrames},
+                     {"00:00:00:00", VideoFrameRate::custom({-30, -1}), TimecodeFault::rateHasNoFrames},
+                     {"00:00:00:00", VideoFrameRate::custom({49, 100}), TimecodeFault::rateHasNoFrames},
+                     {"9223372036854775807:00:00:00", VideoFrameRate::p24, TimecodeFault::tooLarge},
+                     {"00:00:01:00", VideoFrameRate::custom({greatest, 1}), {}}};
+  for (const auto& [text, rate, fault] : cases) {
+    const Timecode label = Timecode::sanitizedTimecode(text);
+    EXPECT_EQ(timecodeFault(label, rate), fault) << text;
+    EXPECT_EQ(frameNumber(label, rate).has_value(), !fault) << text;
+  }
+  EXPECT_EQ(timecodeFault({0, 0, -1, 0, false}, VideoFrameRate::p24), TimecodeFault::outOfBounds);
+  EXPECT_EQ(timecodeOfFrame(-1, VideoFrameRate::p24, false), std::nullopt);
+  EXPECT_EQ(timecodeOfFrame(0, VideoFrameRate::p24, true), std::nullopt);
+  EXPECT_EQ(timecodeOfFrame(0, VideoFrameRate::custom({1, 3}), false), std::nullopt);
+}
+
+TEST(FrameNumber, IsExactAtTheEndsOfTheRange) {
+  for (const VideoFrameRate& rate :
+       {VideoFrameRate::ntsc30p, VideoFrameRate::ntsc60p, VideoFrameRate::p600, VideoFrameRate::custom({1, 2}),
+        VideoFrameRate::custom({greatest, 1}), VideoFrameRate::custom({greatest, 2})}) {
+    const bool isDropFrame = droppedLabelsPerMinute(rate).has_value();
+    for (const std::int64_t frame : {greatest, greatest - 1, greatest / 2, std::int64_t{0}, std::int64_t{1}}) {
+      const auto label = timecodeOfFrame(frame, rate, isDropFrame);
+      ASSERT_TRUE(label.has_value()) << rate.formattedString();
+      // The labels of drop-frame counting run ahead of the frames, so the last ones leave the range.
+      const auto again = frameNumber(*label, rate);
+      if (again || !isDropFrame) {
+        EXPECT_EQ(again, frame) << rate.formattedString();
+      }
+    }
+  }
+  static_assert(timecodeOfFrame(1800, VideoFrameRate::ntsc30p, true) == Timecode{0, 1, 0, 2, true});
+}
+
+}  // namespace
+}  // namespace meridian
