@@ -8,6 +8,7 @@ namespace meridian {
 
 DecodingError::DecodingError(std::string path, std::string_view message)
     : std::runtime_error((path.empty() ? std::string("the record") : printable(path)) + ": " + printable(message)),
-      path_(std::move(path)) {}
+      path_(std::move(path)),
+      message_(message) {}
 
 }  // namespace meridian

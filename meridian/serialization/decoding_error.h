@@ -17,9 +17,12 @@ class MERIDIAN_API DecodingError : public std::runtime_error {
   DecodingError(std::string path, std::string_view message);
 
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
+  /// What was wrong, without the place.
+  [[nodiscard]] const std::string& message() const noexcept { return message_; }
 
  private:
   std::string path_;
+  std::string message_;
 };
 
 }  // namespace meridian

@@ -5,38 +5,14 @@
 #include <utility>
 #include <vector>
 
+#include "meridian/serialization/json_reading.h"
+
 namespace meridian {
 namespace {
 
 constexpr std::string_view lookupKey = "flagValueLookup";
 constexpr std::string_view invalidKey = "invalidKeyValueLookup";
 constexpr std::string_view orderKey = "orderedFlags";
-
-/// The JSON pointer of a member or element.
-std::string pathOf(const std::string& parent, std::string_view name) {
-  std::string path = parent + "/";
-  for (const char c : name) {
-    if (c == '~') {
-      path += "~0";
-    } else if (c == '/') {
-      path += "~1";
-    } else {
-      path += c;
-    }
-  }
-  return path;
-}
-
-template <typename Json>
-[[noreturn]] void refuse(const std::string& path, std::string_view expected, const Json& found) {
-  throw DecodingError(path, "expected " + std::string(expected) + ", found " + found.type_name());
-}
-
-template <typename Json>
-const std::string& textOf(const Json& json, const std::string& path) {
-  if (!json.is_string()) refuse(path, "a string", json);
-  return json.template get_ref<const std::string&>();
-}
 
 template <typename Json>
 Json encodedDictionary(const TextDictionary& dictionary) {
@@ -58,7 +34,7 @@ TextDictionary decodedDictionary(const Json& json, const std::string& path) {
   TextDictionary dictionary;
   dictionary.reserve(json.size());
   for (const auto& [key, value] : json.items()) {
-    if (!value.is_string()) refuse(pathOf(path, key), "a string", value);
+    if (!value.is_string()) refuse(memberPath(path, key), "a string", value);
     dictionary.set(key, value.template get_ref<const std::string&>());
   }
   return dictionary;
@@ -69,7 +45,7 @@ std::vector<std::string> decodedList(const Json& json, const std::string& path) 
   if (!json.is_array()) refuse(path, "an array", json);
   std::vector<std::string> list;
   list.reserve(json.size());
-  for (const Json& element : json) list.push_back(textOf(element, pathOf(path, std::to_string(list.size()))));
+  for (const Json& element : json) list.push_back(textOf(element, memberPath(path, std::to_string(list.size()))));
   return list;
 }
 
@@ -87,21 +63,14 @@ Json encoded(const TranscodeCliArguments& arguments) {
 
 template <typename Json>
 TranscodeCliArguments decoded(const Json& json) {
-  if (!json.is_object()) refuse("", "an object", json);
-  if (!json.contains(lookupKey)) throw DecodingError(pathOf("", lookupKey), "expected an object, found nothing");
-
+  requireRecordOf(json, "", {lookupKey, invalidKey, orderKey});
   TranscodeCliArguments::Stored stored;
-  for (const auto& [key, value] : json.items()) {
-    const std::string path = pathOf("", key);
-    if (key == lookupKey) {
-      stored.flagValueLookup = decodedDictionary(value, path);
-    } else if (key == invalidKey) {
-      stored.invalidKeyValueLookup = decodedDictionary(value, path);
-    } else if (key == orderKey) {
-      stored.orderedFlags = decodedList(value, path);
-    } else {
-      throw DecodingError(path, "is none of the keys of a command line");
-    }
+  stored.flagValueLookup = decodedDictionary(memberOf(json, "", lookupKey), memberPath("", lookupKey));
+  if (const auto found = json.find(invalidKey); found != json.end()) {
+    stored.invalidKeyValueLookup = decodedDictionary(*found, memberPath("", invalidKey));
+  }
+  if (const auto found = json.find(orderKey); found != json.end()) {
+    stored.orderedFlags = decodedList(*found, memberPath("", orderKey));
   }
   return TranscodeCliArguments::fromStored(std::move(stored));
 }

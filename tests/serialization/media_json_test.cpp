@@ -1,0 +1,112 @@
+#include "meridian/serialization/media_json.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+#include <map>
+#include <random>
+
+namespace meridian {
+namespace {
+
+template <typename Json>
+class MediaJsonTest : public ::testing::Test {};
+using JsonTypes = ::testing::Types<nlohmann::json, nlohmann::ordered_json>;
+TYPED_TEST_SUITE(MediaJsonTest, JsonTypes);
+
+constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
+
+TYPED_TEST(MediaJsonTest, HasTheDocumentedForms) {
+  const TimecodeComponents timecode{1, 2, 3, 4, true};
+  // Within a larger document, through the containers of the standard library.
+  const TypeParam document{{"rates", std::vector{VideoFrameRate::ntsc30p, VideoFrameRate::custom({25, 2})}},
+                           {"start", timecode},
+                           {"aspect", NumericRational{16, 9}},
+                           {"rational", MediaRational{30000, 1001}}};
+  EXPECT_EQ(document, TypeParam::parse(R"({"rates": [{"ntsc30p": {}}, {"custom": {"_0": 12.5}}],
+      "start": {"hours": 1, "minutes": 2, "seconds": 3, "frames": 4, "isDropFrame": true},
+      "aspect": {"numerator": 16, "denominator": 9}, "rational": 29.97002997002997})"));
+  if constexpr (std::is_same_v<TypeParam, nlohmann::ordered_json>) {
+    EXPECT_EQ(TypeParam(timecode).dump(), R"({"hours":1,"minutes":2,"seconds":3,"frames":4,"isDropFrame":true})");
+  }
+  EXPECT_EQ(document.at("rates").template get<std::vector<VideoFrameRate>>().at(1),
+            VideoFrameRate::custom({12500000, 1000000}));
+}
+
+TYPED_TEST(MediaJsonTest, ReadsBackWhatItWrites) {
+  for (const VideoFrameRate& rate : standardVideoFrameRates) {
+    EXPECT_EQ(TypeParam::parse(TypeParam(rate).dump()).template get<VideoFrameRate>(), rate);
+  }
+  std::mt19937_64 random(7);
+  for (int round = 0; round < 2000; ++round) {
+    const auto number = [&] { return static_cast<std::int64_t>(random() >> (random() % 64)); };
+    const TimecodeComponents timecode{number(), number(), number(), number(), random() % 2 == 0};
+    ASSERT_EQ(TypeParam::parse(TypeParam(timecode).dump()).template get<TimecodeComponents>(), timecode);
+    const NumericRational ratio{number(), number()};
+    const auto again = TypeParam::parse(TypeParam(ratio).dump()).template get<NumericRational>();
+    ASSERT_TRUE(again.numerator == ratio.numerator && again.denominator == ratio.denominator);
+    const MediaRational media{number(), number() | 1};
+    if (const auto expected = MediaRational::fromRawValue(media.rawValue())) {
+      ASSERT_EQ(TypeParam::parse(TypeParam(media).dump()).template get<MediaRational>(), *expected);
+    }
+  }
+  // A custom rate stays one.
+  EXPECT_EQ(TypeParam::parse(R"({"custom": {"_0": 25}})").template get<VideoFrameRate>(),
+            VideoFrameRate::custom({25, 1}));
+  const auto whole = TypeParam::parse(R"({"numerator": 24000.0, "denominator": -9223372036854775808})");
+  EXPECT_EQ(whole.template get<NumericRational>().denominator, least);
+  EXPECT_EQ(TypeParam(NumericRational{greatest, 1}).template get<NumericRational>().numerator, greatest);
+}
+
+template <typename Value, typename Json>
+void expectRefusal(std::string_view text, std::string_view path, std::string_view message) {
+  Value value;
+  try {
+    Json::parse(text).get_to(value);
+    ADD_FAILURE() << text << " was read";
+  } catch (const DecodingError& error) {
+    EXPECT_EQ(error.path(), path) << text;
+    EXPECT_EQ(error.message(), message) << text;
+    EXPECT_THAT(error.what(), ::testing::HasSubstr(message)) << text;
+  }
+  EXPECT_EQ(value, Value()) << text;
+}
+
+TYPED_TEST(MediaJsonTest, RefusalsNameThePlaceAndChangeNothing) {
+  constexpr std::string_view keys = "Invalid number of keys found, expected one.";
+  const auto rate = expectRefusal<VideoFrameRate, TypeParam>;
+  rate("{}", "", keys);
+  rate(R"({"p24": {}, "p30": {}})", "", keys);
+  rate(R"("p24")", "", "expected an object, found string");
+  rate(R"([{"p24": {}}])", "", "expected an object, found array");
+  rate(R"({"P24": {}})", "/P24", "is none of the frame rates");
+  rate(R"({"p24": 24})", "/p24", "expected an object, found number");
+  rate(R"({"p24": {"_0": 24}})", "/p24/_0", "is none of the record's keys");
+  rate(R"({"custom": {}})", "/custom/_0", "is missing");
+  rate(R"({"custom": {"_0": "25"}})", "/custom/_0", "expected a number, found string");
+  rate(R"({"custom": {"_0": 25, "_1": 1}})", "/custom/_1", "is none of the record's keys");
+  constexpr std::string_view number = "expected a finite number other than 0 within 64 bits in millionths";
+  for (const std::string_view text : {"0", "-0.0", "1e300", "9223372036854775808"}) {
+    rate(R"({"custom": {"_0": )" + std::string(text) + "}}", "/custom/_0", number);
+    expectRefusal<MediaRational, TypeParam>(text, "", number);
+  }
+  expectRefusal<MediaRational, TypeParam>("null", "", "expected a number, found null");
+
+  constexpr std::string_view integer = "expected an integer within 64 bits, found number";
+  const auto ratio = expectRefusal<NumericRational, TypeParam>;
+  ratio(R"({"numerator": 1.5, "denominator": 1})", "/numerator", integer);
+  ratio(R"({"numerator": 0, "denominator": 9223372036854775808})", "/denominator", integer);
+  ratio(R"({"numerator": 0, "denominator": 1e300})", "/denominator", integer);
+  ratio(R"({"numerator": 0})", "/denominator", "is missing");
+  const auto timecode = expectRefusal<TimecodeComponents, TypeParam>;
+  timecode(R"({"hours": 1, "minutes": 2, "seconds": 3, "frames": 4})", "/isDropFrame", "is missing");
+  timecode(R"({"hours": 1, "minutes": 2, "seconds": 3, "frames": 4, "isDropFrame": 0})", "/isDropFrame",
+           "expected a boolean, found number");
+  timecode(R"({"hours": 1, "minutes": 2, "seconds": null, "frames": 4, "isDropFrame": true})", "/seconds",
+           "expected an integer within 64 bits, found null");
+  timecode("[1, 2, 3, 4, true]", "", "expected an object, found array");
+}
+
+}  // namespace
+}  // namespace meridian
