@@ -12,3 +12,6 @@ install(EXPORT MeridianMeridianTargets NAMESPACE Meridian:: DESTINATION ${packag
 if(TARGET meridian-serialization)
   install(EXPORT MeridianSerializationTargets NAMESPACE Meridian:: DESTINATION ${package_dir})
 endif()
+if(TARGET meridian-presets)
+  install(EXPORT MeridianPresetsTargets NAMESPACE Meridian:: DESTINATION ${package_dir})
+endif()

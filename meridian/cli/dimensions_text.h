@@ -1,0 +1,16 @@
+// The text of a picture size on the command line: "1920x1080".
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "meridian/export.h"
+#include "meridian/media/size.h"
+
+namespace meridian {
+
+/// The width and height of a text such as "1920x1080" or "1920.000000X1080.000000", each read with the precision of a
+/// 32-bit float. Absent unless there are exactly two numbers, with nothing between them but an "x".
+[[nodiscard]] MERIDIAN_API std::optional<Size> sizeFromDimensionsText(std::string_view text) noexcept;
+
+}  // namespace meridian

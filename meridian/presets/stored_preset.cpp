@@ -1,0 +1,307 @@
+#include "meridian/presets/stored_preset.h"
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <string>
+
+#include "meridian/base/numbers.h"
+#include "meridian/cli/dimensions_text.h"
+#include "meridian/cli/transcode_flags.h"
+#include "meridian/cli/transcode_values.h"
+
+namespace meridian {
+namespace {
+
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Message;
+using stored::AudioConversionOptions;
+using stored::PresetInformation;
+using stored::TranscodeOptions;
+using stored::VideoConversionOptions;
+
+/// A codec in the three vocabularies that have it.
+struct CodecRow {
+  ConversionCodecType codec;
+  stored::CodecType stored;
+  SAVTranscodeArgumentVideoCodecValue text;
+};
+
+constexpr auto codecs = std::to_array<CodecRow>({
+    {ConversionCodecType::dnxhd, stored::CODEC_TYPE_DNXHD, SAVDnxhdCodec},
+    {ConversionCodecType::h264, stored::CODEC_TYPE_H264, SAVAvcH264Codec},
+    {ConversionCodecType::h265, stored::CODEC_TYPE_H265, SAVHevcCodec},
+    {ConversionCodecType::motionJpeg, stored::CODEC_TYPE_MOTION_JPEG, SAVMotionJpegCodec},
+    {ConversionCodecType::mpeg4, stored::CODEC_TYPE_MPEG4, SAVMpeg4Codec},
+    {ConversionCodecType::proRes4444, stored::CODEC_TYPE_PRORES_4444, SAVProRes4444},
+    {ConversionCodecType::proRes4444XQ, stored::CODEC_TYPE_PRORES_4444_XQ, SAVProRes4444XQ},
+    {ConversionCodecType::proRes422, stored::CODEC_TYPE_PRORES_422, SAVProRes422},
+    {ConversionCodecType::proRes422HQ, stored::CODEC_TYPE_PRORES_422_HQ, SAVProRes422HQ},
+    {ConversionCodecType::proRes422LT, stored::CODEC_TYPE_PRORES_422_LT, SAVProRes422LT},
+    {ConversionCodecType::proRes422Proxy, stored::CODEC_TYPE_PRORES_422_PROXY, SAVProRes422Proxy},
+});
+static_assert(codecs.size() == allCases<ConversionCodecType>().size());
+
+struct SizingRow {
+  VideoSizingKind sizing;
+  stored::SizingKind stored;
+};
+
+constexpr auto sizings = std::to_array<SizingRow>({
+    {VideoSizingKind::match, stored::SIZING_KIND_MATCH_SOURCE},
+    {VideoSizingKind::scale, stored::SIZING_KIND_SCALE},
+    {VideoSizingKind::pixels, stored::SIZING_KIND_PIXELS},
+});
+
+enum class Holder : std::uint8_t { options, video, audio };
+
+/// A setting that has a field.
+struct FieldRow {
+  std::string_view flag;
+  Holder holder;
+  int field;
+};
+
+/// In the order in which the built-in presets have their settings.
+constexpr auto fields = std::to_array<FieldRow>({
+    {SAVFileFormatFlag.rawValue(), Holder::options, TranscodeOptions::kFileFormatFieldNumber},
+    {SAVNoVideoFlag.rawValue(), Holder::video, VideoConversionOptions::kOmitFieldNumber},
+    {SAVVideoFormatFlag.rawValue(), Holder::video, VideoConversionOptions::kCodecTypeFieldNumber},
+    {SAVVideoFrameRateFlag.rawValue(), Holder::video, VideoConversionOptions::kFrameRateFieldNumber},
+    {SAVVideoDimensionsFlag.rawValue(), Holder::video, VideoConversionOptions::kSizingKindFieldNumber},
+    {SAVVideoAspectScalingFlag.rawValue(), Holder::video, VideoConversionOptions::kAspectScalingFieldNumber},
+    {SAVVideoAspectCropAnchorFlag.rawValue(), Holder::video, VideoConversionOptions::kCropAnchorFieldNumber},
+    {SAVVideoBitRateFlag.rawValue(), Holder::video, VideoConversionOptions::kBitRateFieldNumber},
+    {SAVVideoBitDepthFlag.rawValue(), Holder::video, VideoConversionOptions::kBitDepthFieldNumber},
+    {SAVVideoKeyFramesFlag.rawValue(), Holder::video, VideoConversionOptions::kKeyFrameIntervalFieldNumber},
+    {SAVVideoColorSpaceFlag.rawValue(), Holder::video, VideoConversionOptions::kColorSpaceFieldNumber},
+    {SAVVideoProfileFlag.rawValue(), Holder::video, VideoConversionOptions::kProfileFieldNumber},
+    {SAVColorLutFileFlag.rawValue(), Holder::video, VideoConversionOptions::kLutFileFieldNumber},
+    {SAVVideoGPUDecodingFlag.rawValue(), Holder::video, VideoConversionOptions::kGpuDecodeFieldNumber},
+    {SAVVideoGPUEncodingFlag.rawValue(), Holder::video, VideoConversionOptions::kGpuEncodeFieldNumber},
+    {SAVPrepareForWebFlag.rawValue(), Holder::options, TranscodeOptions::kPrepareForWebFieldNumber},
+    {SAVNoAudioFlag.rawValue(), Holder::audio, AudioConversionOptions::kOmitFieldNumber},
+    {SAVCopyAudioFlag.rawValue(), Holder::audio, AudioConversionOptions::kCopyFieldNumber},
+    {SAVAudioFormatFlag.rawValue(), Holder::audio, AudioConversionOptions::kFormatFieldNumber},
+    {SAVAudioQualityFlag.rawValue(), Holder::audio, AudioConversionOptions::kQualityFieldNumber},
+    {SAVAudioSampleRateFlag.rawValue(), Holder::audio, AudioConversionOptions::kSampleRateFieldNumber},
+    {SAVAudioBitRateFlag.rawValue(), Holder::audio, AudioConversionOptions::kBitRateFieldNumber},
+    {SAVAudioBitsPerChannelFlag.rawValue(), Holder::audio, AudioConversionOptions::kBitsPerChannelFieldNumber},
+    {SAVDiscreteAudioFlag.rawValue(), Holder::audio, AudioConversionOptions::kDiscreteFieldNumber},
+    {SAVAudioChannelLayoutFlag.rawValue(), Holder::audio, AudioConversionOptions::kChannelLayoutFieldNumber},
+    {SAVAudioChannelLayoutTagFlag.rawValue(), Holder::audio, AudioConversionOptions::kChannelLayoutTagFieldNumber},
+});
+
+const FieldRow* fieldOf(std::string_view flag) {
+  const auto found = std::ranges::find(fields, flag, &FieldRow::flag);
+  return found == fields.end() ? nullptr : &*found;
+}
+
+/// What belongs to one job and not to a preset.
+bool isOfOneJob(std::string_view flag) {
+  constexpr auto jobFlags = std::to_array<std::string_view>({
+      SAVOutputFileFlag.rawValue(),
+      SAVProgressFileFlag.rawValue(),
+      SAVProgressOutputPrefixFlag.rawValue(),
+      SAVOverwriteExistingFlag.rawValue(),
+      SAVWorkDirectoryFlag.rawValue(),
+  });
+  const FlagDescription* const known = findFlag(flag);
+  return flag.starts_with(SAVInputPrefixFlag.rawValue()) || std::ranges::find(jobFlags, flag) != jobFlags.end() ||
+         (known != nullptr && known->group == FlagGroup::command);
+}
+
+const Message& holderOf(const TranscodeOptions& options, Holder holder) {
+  if (holder == Holder::video) return options.video();
+  if (holder == Holder::audio) return options.audio();
+  return options;
+}
+
+Message& mutableHolderOf(TranscodeOptions& options, Holder holder) {
+  if (holder == Holder::video) return *options.mutable_video();
+  if (holder == Holder::audio) return *options.mutable_audio();
+  return options;
+}
+
+/// The number as a person writes it: "3", "23.976".
+std::string numberText(double number) {
+  std::string text = shortestDecimalText(number);
+  if (text.ends_with(".0")) text.resize(text.size() - 2);
+  return text;
+}
+
+/// Whether a frame rate is a number of frames, and not a relation to the source's rate.
+bool isNumberOfFrames(double frameRate) { return frameRate > 0 && frameRate != FrameRate::halfstep.rawValue(); }
+
+std::optional<VideoDimension> dimensionOf(const VideoConversionOptions& video) {
+  const auto row = std::ranges::find(sizings, video.sizing_kind(), &SizingRow::stored);
+  if (row == sizings.end()) return std::nullopt;
+  return VideoDimension::fromStored(row->sizing, {video.width(), video.height()});
+}
+
+void setDimension(VideoConversionOptions& video, const VideoDimension& dimension) {
+  video.set_sizing_kind(std::ranges::find(sizings, dimension.sizing(), &SizingRow::sizing)->stored);
+  video.set_width(dimension.size().width);
+  video.set_height(dimension.size().height);
+}
+
+std::optional<std::string> dimensionsText(const VideoConversionOptions& video) {
+  const auto dimension = dimensionOf(video);
+  if (!dimension || dimension->isScaleOption()) return std::nullopt;
+  return numberText(dimension->size().width) + "x" + numberText(dimension->size().height);
+}
+
+std::optional<std::string> codecText(const VideoConversionOptions& video) {
+  const auto row = std::ranges::find(codecs, video.codec_type(), &CodecRow::stored);
+  if (row == codecs.end()) return std::nullopt;
+  return row->text.string();
+}
+
+/// The text that the field is written as on a command line; absent when the field says nothing there.
+std::optional<std::string> textOfField(const TranscodeOptions& options, const FieldRow& row) {
+  if (row.flag == SAVVideoFormatFlag.rawValue()) return codecText(options.video());
+  if (row.flag == SAVVideoDimensionsFlag.rawValue()) return dimensionsText(options.video());
+  if (row.flag == SAVVideoFrameRateFlag.rawValue() && !isNumberOfFrames(options.video().frame_rate())) {
+    return std::nullopt;
+  }
+  const Message& holder = holderOf(options, row.holder);
+  const FieldDescriptor* const field = holder.GetDescriptor()->FindFieldByNumber(row.field);
+  const google::protobuf::Reflection& reflection = *holder.GetReflection();
+  if (!reflection.HasField(holder, field)) return std::nullopt;
+  switch (field->cpp_type()) {
+    case FieldDescriptor::CPPTYPE_BOOL:
+      return std::string();
+    case FieldDescriptor::CPPTYPE_DOUBLE:
+      return numberText(reflection.GetDouble(holder, field));
+    case FieldDescriptor::CPPTYPE_INT64:
+      return std::to_string(reflection.GetInt64(holder, field));
+    default:
+      return reflection.GetString(holder, field);
+  }
+}
+
+/// Gives the field what the text says; nothing where the text does not read as the field's type. Without a text the
+/// field is cleared, unless it says what no command line can.
+void setField(TranscodeOptions& options, const FieldRow& row, std::optional<std::string_view> text) {
+  if (!text && !textOfField(options, row)) return;
+  Message& holder = mutableHolderOf(options, row.holder);
+  const FieldDescriptor* const field = holder.GetDescriptor()->FindFieldByNumber(row.field);
+  const google::protobuf::Reflection& reflection = *holder.GetReflection();
+  reflection.ClearField(&holder, field);
+  if (row.flag == SAVVideoDimensionsFlag.rawValue()) {
+    const auto size = text ? sizeFromDimensionsText(*text) : std::nullopt;
+    const auto dimension = size ? VideoDimension::fromStored(VideoSizingKind::pixels, *size) : std::nullopt;
+    setDimension(*options.mutable_video(), dimension.value_or(VideoDimension::match));
+    return;
+  }
+  if (!text) return;
+  switch (field->cpp_type()) {
+    case FieldDescriptor::CPPTYPE_BOOL:
+      reflection.SetBool(&holder, field, true);
+      break;
+    case FieldDescriptor::CPPTYPE_DOUBLE:
+      if (const auto number = doubleFromText(*text)) {
+        const bool isRate = row.flag == SAVVideoFrameRateFlag.rawValue();
+        if (!isRate || isNumberOfFrames(*number)) reflection.SetDouble(&holder, field, *number);
+      }
+      break;
+    case FieldDescriptor::CPPTYPE_INT64:
+      if (const auto number = integerFromText(*text)) reflection.SetInt64(&holder, field, *number);
+      break;
+    case FieldDescriptor::CPPTYPE_ENUM:
+      if (const auto codec = SAVTranscodeArgumentVideoCodecValue::fromRawValue(*text)) {
+        options.mutable_video()->set_codec_type(std::ranges::find(codecs, *codec, &CodecRow::text)->stored);
+      }
+      break;
+    default:
+      reflection.SetString(&holder, field, std::string(*text));
+  }
+}
+
+/// The text that a field of this row is written as once it has been given the text.
+std::optional<std::string> textThroughField(const FieldRow& row, std::string_view text) {
+  TranscodeOptions options;
+  setField(options, row, text);
+  return textOfField(options, row);
+}
+
+void addOtherSettings(TranscodeOptions& options, const TextDictionary& entries) {
+  for (const auto& [flag, value] : entries) {
+    const FieldRow* const row = fieldOf(flag);
+    if (isOfOneJob(flag) || (row != nullptr && textOfField(options, *row) == value)) continue;
+    stored::Setting& setting = *options.add_other_settings();
+    setting.set_flag(flag);
+    setting.set_value(value);
+  }
+}
+
+}  // namespace
+
+PresetInformation storedPreset(std::string_view name, const TranscodeCliArguments& arguments) {
+  PresetInformation preset;
+  preset.set_name(std::string(name));
+  updateStoredPreset(preset, arguments);
+  return preset;
+}
+
+void updateStoredPreset(PresetInformation& preset, const TranscodeCliArguments& arguments) {
+  TranscodeOptions& options = *preset.mutable_transcode_options();
+  for (const FieldRow& row : fields) setField(options, row, arguments.argumentFlagValue(row.flag));
+  options.clear_other_settings();
+  addOtherSettings(options, arguments.flagValueLookup());
+  if (const auto& rejected = arguments.stored().invalidKeyValueLookup) addOtherSettings(options, *rejected);
+}
+
+TranscodeCliArguments argumentsOf(const PresetInformation& preset) {
+  const TranscodeOptions& options = preset.transcode_options();
+  TextDictionary lookup;
+  for (const FieldRow& row : fields) {
+    if (const auto text = textOfField(options, row)) lookup.set(row.flag, *text);
+  }
+  for (const stored::Setting& setting : options.other_settings()) {
+    if (isOfOneJob(setting.flag())) continue;
+    const FieldRow* const row = fieldOf(setting.flag());
+    if (row != nullptr && textThroughField(*row, setting.value()) != textOfField(options, *row)) continue;
+    lookup.set(setting.flag(), setting.value());
+  }
+  // The check sorts out what no command line knows, and lower-cases values as it would those of a command line.
+  TranscodeCliArguments arguments = TranscodeCliArguments::fromArgumentLookup(lookup);
+  for (const auto& [flag, value] : lookup) {
+    if (arguments.hasArgumentFlag(flag)) arguments.setArgumentFlagValue(flag, value);
+  }
+  return arguments;
+}
+
+VideoDimension videoDimension(const PresetInformation& preset) {
+  const VideoConversionOptions& video = preset.transcode_options().video();
+  if (const auto dimension = dimensionOf(video)) return *dimension;
+  // The text is fixed, "orignal" and the missing bracket at its end too.
+  std::cout << "Proto failed to parse VideoDimension from Proto. Will reset to match orignal! (pWidth:"
+            << shortestDecimalText(video.width()) << " - pHeight: " << shortestDecimalText(video.height()) << std::endl;
+  return VideoDimension::match;
+}
+
+void setVideoDimension(PresetInformation& preset, const VideoDimension& dimension) {
+  setDimension(*preset.mutable_transcode_options()->mutable_video(), dimension);
+}
+
+std::optional<FrameRate> frameRate(const PresetInformation& preset) {
+  return FrameRate::fromRawValue(preset.transcode_options().video().frame_rate());
+}
+
+void setFrameRate(PresetInformation& preset, const FrameRate& rate) {
+  preset.mutable_transcode_options()->mutable_video()->set_frame_rate(rate.frameRateForProto());
+}
+
+std::optional<ConversionCodecType> codecType(const PresetInformation& preset) {
+  const auto row = std::ranges::find(codecs, preset.transcode_options().video().codec_type(), &CodecRow::stored);
+  if (row == codecs.end()) return std::nullopt;
+  return row->codec;
+}
+
+void setCodecType(PresetInformation& preset, std::optional<ConversionCodecType> codec) {
+  preset.mutable_transcode_options()->mutable_video()->set_codec_type(
+      codec ? std::ranges::find(codecs, *codec, &CodecRow::codec)->stored : stored::CODEC_TYPE_UNSPECIFIED);
+}
+
+}  // namespace meridian
