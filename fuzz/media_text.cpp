@@ -1,0 +1,97 @@
+// Timecode texts and encoded media values of any bytes: the reading against a plain one, and what must come back.
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fuzz/require.h"
+#include "meridian/base/numbers.h"
+#include "meridian/media/frame_number.h"
+#include "meridian/media/frame_rate.h"
+#include "meridian/serialization/media_json.h"
+
+using namespace meridian;
+using fuzz::require;
+
+namespace {
+
+/// The text cut at each separator, and every field read on its own.
+DecomposedTimecode plainlyDecomposed(std::string_view text) {
+  std::vector<std::string_view> fields;
+  while (true) {
+    const std::size_t end = text.find_first_of(":;");
+    fields.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) break;
+    text.remove_prefix(end + 1);
+  }
+  const auto read = [&fields](std::size_t place) -> std::optional<std::int64_t> {
+    if (place >= fields.size() || fields[place].find_first_not_of("0123456789") != std::string_view::npos) return {};
+    return integerFromText(fields[place]);
+  };
+  DecomposedTimecode result{read(0), read(1), read(2), read(3)};
+  if (fields.size() > 4) result.frames.reset();
+  return result;
+}
+
+void checkTimecode(std::string_view text) {
+  DecomposedTimecode expected = plainlyDecomposed(text);
+  expected.isDropFrame = text.find(';') != std::string_view::npos;
+  require(TimecodeComponents::decomposeTimecodeString(text) == expected, "decomposed as by the plain reading");
+  const TimecodeComponents sanitized = TimecodeComponents::sanitizedTimecode(text);
+  require(TimecodeComponents::sanitizedTimecode(sanitized.timecodeString()) == sanitized, "written and read again");
+  if (const auto strict = TimecodeComponents::fromTimecode(text)) {
+    require(*strict == sanitized && TimecodeComponents::fromTimecode(strict->timecodeString()) == strict,
+            "a proper timecode stays one");
+  }
+  require(nlohmann::json(sanitized).get<TimecodeComponents>() == sanitized, "encoded and decoded");
+  for (const VideoFrameRate& rate : standardVideoFrameRates) {
+    const auto frame = frameNumber(sanitized, rate);
+    require(frame.has_value() == !timecodeFault(sanitized, rate), "no frame without a reason");
+    if (frame) require(timecodeOfFrame(*frame, rate, sanitized.isDropFrame) == sanitized, "the frame has this label");
+  }
+}
+
+void checkRate(const VideoFrameRate& rate) {
+  if (const auto matched = VideoFrameRate::matching(rate.rawValue())) {
+    require(!matched->formattedString().empty(), "every rate has a text");
+    require(VideoFrameRate::matching(matched->rawValue()) == matched, "a matched rate matches itself");
+  }
+  for (const std::int64_t frame : {std::int64_t{0}, std::int64_t{12345}, INT64_MAX}) {
+    const auto label = timecodeOfFrame(frame, rate, false);
+    require(label.has_value() == timecodeFramesPerSecond(rate).has_value(), "every frame has a label");
+    if (label) require(frameNumber(*label, rate) == frame, "the label leads back to the frame");
+  }
+}
+
+template <typename Value>
+void checkDecoding(const nlohmann::json& json) {
+  try {
+    const auto value = json.get<Value>();
+    if constexpr (std::is_same_v<Value, VideoFrameRate>) checkRate(value);
+    const nlohmann::json again = value;
+    require(nlohmann::json(again.get<Value>()) == again, "what was decoded is encoded alike");
+  } catch (const DecodingError& error) {
+    require(!error.message().empty(), "a refusal says why");
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string text(data, data + size);
+  checkTimecode(text);
+  std::array<std::int64_t, 2> terms{};
+  std::memcpy(terms.data(), text.data(), std::min(size, sizeof terms));
+  checkRate(VideoFrameRate::custom({terms[0], terms[1]}));
+
+  const nlohmann::json json = nlohmann::json::parse(text, nullptr, false);
+  if (json.is_discarded()) return 0;
+  checkDecoding<VideoFrameRate>(json);
+  checkDecoding<MediaRational>(json);
+  checkDecoding<NumericRational>(json);
+  checkDecoding<TimecodeComponents>(json);
+  return 0;
+}
