@@ -143,6 +143,14 @@ TEST(Command, WrongUsageEndsWithTwoAndSaysWhatToDo) {
       {{"render", "--json", "--null", "--"}, "excludes"},
       {{"flags", "--", "-x"}, "takes no words"},
       {{"extensions", "--group", "videos"}, "videoFileExtensions"},
+      {{"rate"}, "rate is required"},
+      {{"rate", "abc"}, "write a number (23.976) or a ratio (24000/1001)"},
+      {{"rate", "1/2/3"}, "no ratio of two integers"},
+      {{"timecode"}, "a timecode is missing"},
+      {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
+      {{"timecode", "--rate", "25", "--frames", "1.5"}, "no number of frames"},
+      {{"dimension", "1920"}, "height is required"},
+      {{"dimension", "1920x1080", "1"}, "no width in pixels"},
       {{"completion", "fish"}, "there is:\n  bash"},
       {{"transcode"}, "transcode"},
       {{"--nonsense"}, "--nonsense"},
@@ -158,8 +166,9 @@ TEST(Command, WrongUsageEndsWithTwoAndSaysWhatToDo) {
 }
 
 TEST(Command, EverySubcommandHasHelpWithAnExample) {
-  for (const Words& options : {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"},
-                               Words{"extensions"}, Words{"completion"}, Words{"manual"}, Words{}}) {
+  for (const Words& options :
+       {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"}, Words{"extensions"},
+        Words{"rate"}, Words{"timecode"}, Words{"dimension"}, Words{"completion"}, Words{"manual"}, Words{}}) {
     Words help = options;
     help.emplace_back("--help");
     const Outcome outcome = meridianWith(help);
@@ -185,6 +194,63 @@ TEST(Command, VocabularyComesOutWhole) {
   EXPECT_EQ(extensions["groups"].size(), fileExtensionGroups.size());
   EXPECT_EQ(meridianWith({"extensions", "--group", "sidecarFileExtensions"}).output, "bak\n");
   EXPECT_EQ(meridianWith({"extensions", "--json", "--group", "sidecarFileExtensions"}).output, "[\n  \"bak\"\n]\n");
+}
+
+TEST(Command, RateShowsWhatItIsMatchedTo) {
+  struct Case {
+    std::string rate, encoded, formatted, choice;
+  };
+  const Case cases[]{
+      {"23.976", R"({"ntsc24p":{}})", "23.98 FPS", R"({"case":"custom","description":"Custom: 23.976 fps"})"},
+      {"23.967", R"({"custom":{"_0":23.967}})", "23.97 FPS", R"({"case":"fps23_98","description":"23.97 fps"})"},
+      {"50/2", R"({"pal25p":{}})", "25 FPS", R"({"case":"fps25","description":"25 fps"})"},
+      {"0.5", R"({"custom":{"_0":0.5}})", "0.50 FPS", R"({"case":"halfstep","description":"Half Step"})"},
+      {"25/-1", R"({"custom":{"_0":-25.0}})", "-25 FPS", "null"}};
+  for (const auto& [rate, encoded, formatted, choice] : cases) {
+    const json document = json::parse(meridianWith({"rate", rate, "--json"}).output);
+    EXPECT_EQ(document["videoFrameRate"].dump(), encoded) << rate;
+    EXPECT_EQ(document["formattedString"], formatted) << rate;
+    EXPECT_EQ(document["frameRate"].dump(), choice) << rate;
+  }
+  EXPECT_THAT(meridianWith({"rate", "29.97"}).output, AllOf(HasSubstr("ntsc30p"), HasSubstr("30000/1001")));
+  for (const std::string refused : {"0", "inf", "nan", "1e300", "9223372036854775807", "25/0", "0/0"}) {
+    const Outcome outcome = meridianWith({"rate", refused});
+    EXPECT_EQ(outcome.status, 1) << refused;
+    EXPECT_THAT(outcome.errors, HasSubstr(refused));
+  }
+}
+
+TEST(Command, TimecodeShowsFormComponentsAndFrame) {
+  const auto timecode = [](Words words) {
+    words.insert(words.begin(), "timecode");
+    words.emplace_back("--json");
+    const Outcome outcome = meridianWith(words);
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    return ordered_json::parse(outcome.output).dump();
+  };
+  EXPECT_EQ(timecode({"12:34"}),
+            R"({"properForm":false,"components":{"hours":12,"minutes":34,"seconds":0,"frames":0,"isDropFrame":false},)"
+            R"("timecodeString":"12:34:00:00"})");
+  EXPECT_THAT(timecode({"01:00:00;00", "--rate", "29.97"}), HasSubstr(R"("frameNumber":107892})"));
+  EXPECT_THAT(timecode({"00:01:00;00", "--rate", "30000/1001"}), HasSubstr(R"("frameNumber":null})"));
+  EXPECT_THAT(timecode({"00:00:59;29", "--rate", "29.97", "--frames", "1"}),
+              HasSubstr(R"("timecodeString":"00:01:00;02","frameNumber":1800})"));
+  EXPECT_THAT(timecode({"--rate", "25", "--frames", "90000"}), HasSubstr(R"("timecodeString":"01:00:00:00")"));
+  EXPECT_THAT(meridianWith({"timecode", "00:01:00;00", "--rate", "25"}).output,
+              HasSubstr("only 29.97 and 59.94 have drop-frame timecode"));
+  for (const std::string frames : {"-1", "9223372036854775807"}) {
+    const Outcome outcome = meridianWith({"timecode", "00:00:00:00", "--rate", "25", "--frames", frames});
+    EXPECT_EQ(outcome.status, frames == "-1" ? 1 : 0) << frames;
+  }
+}
+
+TEST(Command, DimensionShowsTheChoice) {
+  EXPECT_THAT(meridianWith({"dimension", "320", "220"}).output, StartsWith("QVGA (320x220)\n"));
+  const json document = json::parse(meridianWith({"dimension", "1920.0", "800", "--json"}).output);
+  EXPECT_EQ(document["case"], "custom");
+  EXPECT_EQ(document["description"], "Custom: 1920.0 x 800.0");
+  EXPECT_EQ(document["previewSize"], json({{"width", 1920.0}, {"height", 800.0}}));
+  EXPECT_EQ(meridianWith({"dimension", "0", "1080"}).status, 1);
 }
 
 TEST(Command, AFullDiskIsSaid) {

@@ -32,6 +32,8 @@ struct Option {
   std::string valueName = {};
   /// The values that it takes; empty for any.
   std::vector<std::string_view> choices = {};
+  /// Whether a positional may be left out.
+  bool optional = false;
 };
 
 /// What a subcommand was called with.
@@ -64,6 +66,9 @@ struct Subcommand {
 [[nodiscard]] Subcommand flagsCommand();
 [[nodiscard]] Subcommand presetsCommand();
 [[nodiscard]] Subcommand extensionsCommand();
+[[nodiscard]] Subcommand rateCommand();
+[[nodiscard]] Subcommand timecodeCommand();
+[[nodiscard]] Subcommand dimensionCommand();
 [[nodiscard]] Subcommand completionCommand();
 [[nodiscard]] Subcommand manualCommand();
 
@@ -71,7 +76,8 @@ struct Subcommand {
 [[nodiscard]] std::vector<Subcommand> allSubcommands();
 
 /// What the command as a whole says of itself.
-inline constexpr std::string_view purpose = "Rules of professional media work: command lines, presets, file types";
+inline constexpr std::string_view purpose =
+    "Rules of professional media work: command lines, presets, file types, frame rates, timecode";
 inline constexpr std::string_view exitStatuses = "0 done, 1 understood but refused, 2 wrong usage";
 inline constexpr std::string_view mainExample =
     "meridian explain -- -preset solvane_cloud -dims 1920x1080 -out /out/a.mov";

@@ -28,7 +28,8 @@ std::string italic(std::string_view text) { return "\\fI" + roff(text) + "\\fR";
 void printSynopsis(const Subcommand& subcommand) {
   std::cout << bold("meridian " + subcommand.name) << " [" << italic("OPTION") << "...]";
   for (const Option& option : subcommand.options) {
-    if (option.kind == Option::Kind::positional) std::cout << ' ' << italic(option.valueName);
+    if (option.kind != Option::Kind::positional) continue;
+    std::cout << ' ' << (option.optional ? "[" + italic(option.valueName) + "]" : italic(option.valueName));
   }
   if (subcommand.takesWords) std::cout << ' ' << bold("--") << ' ' << italic("WORD") << "...";
   std::cout << '\n';

@@ -39,7 +39,7 @@ CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments
   };
   const bool positional = option.kind == Option::Kind::positional;
   CLI::Option* const added = app.add_option((positional ? "" : "--") + option.name, store, option.help);
-  added->type_name(option.valueName)->required(positional);
+  added->type_name(option.valueName)->required(positional && !option.optional);
   return added;
 }
 

@@ -1,0 +1,63 @@
+// meridian dimension: which output-size choice a size is.
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "meridian/base/numbers.h"
+#include "meridian/base/printable.h"
+#include "meridian/media/video_dimension.h"
+#include "tools/meridian/command.h"
+#include "tools/meridian/output.h"
+
+namespace meridian::command {
+namespace {
+
+double readPixels(const Arguments& arguments, std::string_view name) {
+  const std::string text = *arguments.value(name);
+  const auto pixels = doubleFromText(text);
+  if (!pixels)
+    throw UsageError("\"" + printable(text) + "\" is no " + std::string(name) + " in pixels; write a number");
+  return *pixels;
+}
+
+nlohmann::ordered_json asJson(const Size& size) { return {{"width", size.width}, {"height", size.height}}; }
+
+Status showDimension(const Arguments& arguments) {
+  const Size size{readPixels(arguments, "width"), readPixels(arguments, "height")};
+  const auto choice = VideoDimension::fromStored(VideoSizingKind::pixels, size);
+  if (!choice) {
+    throw std::runtime_error(shortestDecimalText(size.width) + " x " + shortestDecimalText(size.height) +
+                             " is no size: width and height have to be above 0 and finite");
+  }
+  if (arguments.has("json")) {
+    printJson({{"case", rawValue(choice->kind())},
+               {"description", choice->description()},
+               {"pickerDescription", choice->pickerDescription()},
+               {"tag", choice->tag()},
+               {"size", asJson(choice->size())},
+               {"previewSize", asJson(choice->previewSize())}});
+    return done;
+  }
+  std::cout << styled(Style::heading, choice->description()) << '\n';
+  printTable({{{"case", Style::name}, {std::string(rawValue(choice->kind()))}},
+              {{"in a list", Style::name}, {choice->pickerDescription()}},
+              {{"tag", Style::name}, {choice->tag()}}});
+  return done;
+}
+
+}  // namespace
+
+Subcommand dimensionCommand() {
+  return {
+      .name = "dimension",
+      .description = "Show which output-size choice a size in pixels is",
+      .example = "meridian dimension 1920 1080",
+      .options = {{Option::Kind::positional, "width", "The width in pixels", "WIDTH"},
+                  {Option::Kind::positional, "height", "The height in pixels", "HEIGHT"},
+                  {Option::Kind::flag, "json",
+                   "Print JSON: case, description, pickerDescription, tag, size and previewSize (width, height)"}},
+      .action = showDimension,
+  };
+}
+
+}  // namespace meridian::command
