@@ -13,6 +13,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!preset.ParseFromArray(data, static_cast<int>(size))) return 0;
 
   const TranscodeCliArguments arguments = argumentsOf(preset);
+  for (const std::string_view flag : {"-out", "-overwrite", "-progress_file", "-progress_prefix", "-work_dir", "-h"}) {
+    require(!arguments.hasArgumentFlag(flag), "no preset sets a flag of one job");
+  }
+  require(!arguments.inputFiles() && !arguments.hasArgumentFlag("-preset"), "no preset brings inputs or a preset");
+
   const stored::PresetInformation again = storedPreset(preset.name(), arguments);
   const TranscodeCliArguments::Stored read = argumentsOf(again).stored();
   require(read.flagValueLookup == arguments.flagValueLookup(), "settings survive being stored");

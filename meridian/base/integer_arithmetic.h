@@ -1,22 +1,27 @@
-// Signed 64-bit arithmetic that notices when a result does not fit.
+// Integer arithmetic that notices when a result does not fit.
 #pragma once
 
 #include <algorithm>
+#include <concepts>
 #include <cstdint>
 #include <optional>
+#include <type_traits>
 
 namespace meridian {
 
-/// The product; absent when it leaves the signed 64-bit range.
-[[nodiscard]] constexpr std::optional<std::int64_t> checkedProduct(std::int64_t left, std::int64_t right) noexcept {
-  std::int64_t product = 0;
+/// The product; absent when it leaves the range of the type.
+template <std::integral Integer>
+[[nodiscard]] constexpr std::optional<Integer> checkedProduct(Integer left,
+                                                              std::type_identity_t<Integer> right) noexcept {
+  Integer product = 0;
   if (__builtin_mul_overflow(left, right, &product)) return std::nullopt;
   return product;
 }
 
-/// The sum; absent when it leaves the signed 64-bit range.
-[[nodiscard]] constexpr std::optional<std::int64_t> checkedSum(std::int64_t left, std::int64_t right) noexcept {
-  std::int64_t sum = 0;
+/// The sum; absent when it leaves the range of the type.
+template <std::integral Integer>
+[[nodiscard]] constexpr std::optional<Integer> checkedSum(Integer left, std::type_identity_t<Integer> right) noexcept {
+  Integer sum = 0;
   if (__builtin_add_overflow(left, right, &sum)) return std::nullopt;
   return sum;
 }
@@ -25,7 +30,8 @@ namespace meridian {
 [[nodiscard]] constexpr std::optional<std::int64_t> truncatedInteger(double number) noexcept {
   // 2^63, the first double beyond the range; the least number of the range is a double itself.
   constexpr double limit = 9223372036854775808.0;
-  if (!(number >= -limit && number < limit)) return std::nullopt;
+  const bool fits = number >= -limit && number < limit;  // not so for what is not a number
+  if (!fits) return std::nullopt;
   return static_cast<std::int64_t>(number);
 }
 

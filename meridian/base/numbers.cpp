@@ -1,5 +1,6 @@
 #include "meridian/base/numbers.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -97,6 +98,7 @@ std::string shortestDecimalText(double number) { return shortestText(number); }
 
 std::string fixedDecimalText(double number, int decimals) {
   if (std::isnan(number)) return "nan";
+  decimals = std::clamp(decimals, 0, 100);
   // A sign, the 309 digits of the largest double, a point, and the decimals.
   std::array<char, 512> text{};
   const auto [end, error] =

@@ -16,8 +16,8 @@ namespace meridian {
 [[nodiscard]] MERIDIAN_API std::string shortestDecimalText(float number);
 [[nodiscard]] MERIDIAN_API std::string shortestDecimalText(double number);
 
-/// The number with this many decimals, from 0 to 100, correctly rounded: 23.976 with two is "23.98". As C's "%.2f" in
-/// the "C" locale, whatever the process locale is; also "inf", "-inf", "nan".
+/// The number with this many decimals, at least 0 and at most 100, correctly rounded: 23.976 with two is "23.98". As
+/// C's "%.2f" in the "C" locale, whatever the process locale is; also "inf", "-inf", "nan".
 [[nodiscard]] MERIDIAN_API std::string fixedDecimalText(double number, int decimals);
 
 /// Reads a whole text as a floating-point number by the grammar of C's `strtof` and `strtod` in the "C" locale: an

@@ -17,4 +17,8 @@ std::optional<Size> sizeFromDimensionsText(std::string_view text) noexcept {
   return Size{static_cast<double>(*readWidth), static_cast<double>(*readHeight)};
 }
 
+std::string dimensionsTextOfSize(const Size& size) {
+  return fixedDecimalText(size.width, 6) + "x" + fixedDecimalText(size.height, 6);
+}
+
 }  // namespace meridian

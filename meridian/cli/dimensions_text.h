@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "meridian/export.h"
@@ -12,5 +13,8 @@ namespace meridian {
 /// The width and height of a text such as "1920x1080" or "1920.000000X1080.000000", each read with the precision of a
 /// 32-bit float. Absent unless there are exactly two numbers, with nothing between them but an "x".
 [[nodiscard]] MERIDIAN_API std::optional<Size> sizeFromDimensionsText(std::string_view text) noexcept;
+
+/// The text that a size is stored as: both numbers with six decimals, "1920.000000x1080.000000".
+[[nodiscard]] MERIDIAN_API std::string dimensionsTextOfSize(const Size& size);
 
 }  // namespace meridian

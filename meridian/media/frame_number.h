@@ -2,12 +2,14 @@
 //
 // Labels count whole frames a second, 30 at 29.97, so they run slower than the clock. Drop-frame timecode makes up for
 // that by leaving labels out, never frames: the first two of each minute (four at 59.94), except in minutes 0, 10, 20,
-// 30, 40 and 50 (SMPTE ST 12-1). All of it is integer arithmetic.
+// 30, 40 and 50 (SMPTE ST 12-1). The conversion is integer arithmetic throughout; only which custom rates count
+// as 29.97 and 59.94 is left to the matching of VideoFrameRate, so that there is one rule for that.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -19,18 +21,27 @@
 namespace meridian {
 
 /// Why a timecode labels no frame. The description says it in a sentence.
-enum class TimecodeFault : std::uint8_t { rateHasNoFrames, notADropFrameRate, outOfBounds, droppedLabel, tooLarge };
+enum class TimecodeFault : std::uint8_t {
+  rateWithoutTimecode,
+  notADropFrameRate,
+  negativeComponent,
+  minutesOrSecondsAbove59,
+  framesBeyondSecond,
+  droppedLabel,
+  tooLarge,
+};
 
 template <>
 struct EnumerationTable<TimecodeFault> {
   static constexpr auto rows = std::to_array<EnumerationRow<TimecodeFault>>({
-      {TimecodeFault::rateHasNoFrames, "rateHasNoFrames", "the rate is not above half a frame a second"},
-      {TimecodeFault::notADropFrameRate, "notADropFrameRate", "only 29.97 and 59.94 have drop-frame timecode"},
-      {TimecodeFault::outOfBounds, "outOfBounds",
-       "a component is negative, minutes or seconds are above 59, or there are not that many frames in a second"},
-      {TimecodeFault::droppedLabel, "droppedLabel",
-       "drop-frame timecode leaves out the first labels of every minute that is not a multiple of ten"},
-      {TimecodeFault::tooLarge, "tooLarge", "the frame number leaves the signed 64-bit range"},
+      {TimecodeFault::rateWithoutTimecode, "rateWithoutTimecode",
+       "the rate is below half a frame a second, or infinite"},
+      {TimecodeFault::notADropFrameRate, "notADropFrameRate", "drop frame is for 29.97 and 59.94 alone"},
+      {TimecodeFault::negativeComponent, "negativeComponent", "a component is negative"},
+      {TimecodeFault::minutesOrSecondsAbove59, "minutesOrSecondsAbove59", "minutes and seconds end at 59"},
+      {TimecodeFault::framesBeyondSecond, "framesBeyondSecond", "a second has fewer frames"},
+      {TimecodeFault::droppedLabel, "droppedLabel", "drop frame leaves this label out"},
+      {TimecodeFault::tooLarge, "tooLarge", "the frame number is beyond 64 bits"},
   });
 };
 
@@ -43,16 +54,21 @@ struct TimecodeCounting {
 };
 
 constexpr TimecodeCounting calculatedCounting(const MediaRational& rate) noexcept {
-  const auto [numerator, denominator] = rate;
+  auto [numerator, denominator] = rate;
+  constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
+  if (numerator < 0 && denominator < 0 && numerator != least && denominator != least) {
+    numerator = -numerator;
+    denominator = -denominator;
+  }
   if (numerator < 1 || denominator < 1) return {};
   TimecodeCounting counting;
   const std::int64_t remainder = numerator % denominator;
   const std::int64_t rounded = numerator / denominator + (remainder >= denominator - remainder ? 1 : 0);
   if (rounded > 0) counting.framesPerSecond = rounded;
-  const std::int64_t divisor = gcd(numerator, denominator);
-  const MediaRational reduced{numerator / divisor, denominator / divisor};
-  if (reduced == VideoFrameRate::ntsc30p.rawValue()) counting.droppedPerMinute = 2;
-  if (reduced == VideoFrameRate::ntsc60p.rawValue()) counting.droppedPerMinute = 4;
+  if (const auto matched = VideoFrameRate::matching(rate)) {
+    if (*matched == VideoFrameRate::ntsc30p) counting.droppedPerMinute = 2;
+    if (*matched == VideoFrameRate::ntsc60p) counting.droppedPerMinute = 4;
+  }
   return counting;
 }
 
@@ -73,13 +89,13 @@ constexpr TimecodeCounting countingOf(const VideoFrameRate& rate) noexcept {
 }  // namespace detail
 
 /// The frames that timecode counts in a second: the rate rounded to a whole number, halves up (24 for 24000/1001).
-/// Absent for a rate that has a term below 1 or rounds to 0.
+/// Absent for a rate that is negative, infinite or rounds to 0.
 [[nodiscard]] constexpr std::optional<std::int64_t> timecodeFramesPerSecond(const VideoFrameRate& rate) noexcept {
   return detail::countingOf(rate).framesPerSecond;
 }
 
-/// The labels that drop-frame timecode leaves out in a minute: 2 at 30000/1001, 4 at 60000/1001, however the rate is
-/// held; absent for every other rate.
+/// The labels that drop-frame timecode leaves out in a minute: 2 at 29.97, 4 at 59.94, also for a custom rate that
+/// matches one of these (29970029/1000000, which 30000/1001 is read back as); absent for every other rate.
 [[nodiscard]] constexpr std::optional<std::int64_t> droppedLabelsPerMinute(const VideoFrameRate& rate) noexcept {
   return detail::countingOf(rate).droppedPerMinute;
 }
@@ -93,26 +109,29 @@ struct FrameNumberResult {
 
 constexpr FrameNumberResult readFrameNumber(const TimecodeComponents& timecode, const VideoFrameRate& rate) noexcept {
   const auto [perSecond, droppedPerMinute] = countingOf(rate);
-  if (!perSecond) return {0, TimecodeFault::rateHasNoFrames};
+  if (!perSecond) return {0, TimecodeFault::rateWithoutTimecode};
   const auto dropped = timecode.isDropFrame ? droppedPerMinute : std::int64_t{0};
   if (!dropped) return {0, TimecodeFault::notADropFrameRate};
 
   const auto [hours, minutes, seconds, frames, isDropFrame] = timecode;
-  if (hours < 0 || minutes < 0 || minutes > 59 || seconds < 0 || seconds > 59 || frames < 0 || frames >= *perSecond) {
-    return {0, TimecodeFault::outOfBounds};
-  }
+  if (hours < 0 || minutes < 0 || seconds < 0 || frames < 0) return {0, TimecodeFault::negativeComponent};
+  if (minutes > 59 || seconds > 59) return {0, TimecodeFault::minutesOrSecondsAbove59};
+  if (frames >= *perSecond) return {0, TimecodeFault::framesBeyondSecond};
   if (frames < *dropped && seconds == 0 && minutes % 10 != 0) return {0, TimecodeFault::droppedLabel};
 
-  const auto hoursInSeconds = checkedProduct(hours, 3600);
+  // Labels run ahead of frames, so the last labels are beyond the signed range and their frames are not.
+  using Count = std::uint64_t;
+  const auto hoursInSeconds = checkedProduct<Count>(static_cast<Count>(hours), 3600);
   if (!hoursInSeconds) return {0, TimecodeFault::tooLarge};
-  const auto allSeconds = checkedSum(*hoursInSeconds, minutes * 60 + seconds);
-  if (!allSeconds) return {0, TimecodeFault::tooLarge};
-  const auto secondsInFrames = checkedProduct(*allSeconds, *perSecond);
-  if (!secondsInFrames) return {0, TimecodeFault::tooLarge};
-  const auto labels = checkedSum(*secondsInFrames, frames);
+  const Count allSeconds = *hoursInSeconds + static_cast<Count>(minutes * 60 + seconds);
+  const auto secondsInLabels = checkedProduct<Count>(allSeconds, static_cast<Count>(*perSecond));
+  if (allSeconds < *hoursInSeconds || !secondsInLabels) return {0, TimecodeFault::tooLarge};
+  const auto labels = checkedSum<Count>(*secondsInLabels, static_cast<Count>(frames));
   if (!labels) return {0, TimecodeFault::tooLarge};
-  const std::int64_t allMinutes = *allSeconds / 60;
-  return {*labels - *dropped * (allMinutes - allMinutes / 10), std::nullopt};
+  const Count allMinutes = allSeconds / 60;
+  const Count number = *labels - static_cast<Count>(*dropped) * (allMinutes - allMinutes / 10);
+  if (number > Count{std::numeric_limits<std::int64_t>::max()}) return {0, TimecodeFault::tooLarge};
+  return {static_cast<std::int64_t>(number), std::nullopt};
 }
 
 }  // namespace detail

@@ -1,7 +1,5 @@
 #include "meridian/media/frame_rate.h"
 
-#include <iterator>
-
 #include "meridian/base/numbers.h"
 #include "meridian/media/option_list.h"
 #include "meridian/platform/system_log.h"

@@ -1,7 +1,6 @@
 // The frame-rate choice that conversion settings offer.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +18,7 @@
 
 namespace meridian {
 
-/// The cases of FrameRate. The raw value is the case's name.
+/// The cases of FrameRate. The raw value is the case's name; display texts are FrameRate's own.
 enum class FrameRateKind : std::uint8_t {
   custom,
   match,

@@ -70,6 +70,9 @@ void MediaFormatConstants::enumerateContainersForFileExtension(std::string_view 
   }
 }
 
-void MediaFormatConstants::alphabeticalEnumerationOfCorporations(Block block) { enumerate(listedCorporations, block); }
+void MediaFormatConstants::alphabeticalEnumerationOfCorporations(
+    const std::function<void(std::string_view name, bool& stop)>& block) {
+  if (block) enumerate(listedCorporations, block);
+}
 
 }  // namespace meridian

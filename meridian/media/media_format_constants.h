@@ -2,7 +2,7 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
+#include <functional>
 #include <map>
 #include <string_view>
 #include <vector>
@@ -54,9 +54,9 @@ class MERIDIAN_API MediaFormatConstants {
   static void enumerateContainersForFileExtension(std::string_view fileExtension, Block block);
 
   /// Calls the block with the names of fifteen makers. Their order is fixed (Insta360 before GoPro), and two makers are
-  /// not among them (Convergent Design, Nikon), on purpose. Without a block nothing happens.
-  static void alphabeticalEnumerationOfCorporations(Block block);
-  static void alphabeticalEnumerationOfCorporations(std::nullptr_t) noexcept {}
+  /// not among them (Convergent Design, Nikon), on purpose. Without a block (null) nothing happens.
+  static void alphabeticalEnumerationOfCorporations(
+      const std::function<void(std::string_view name, bool& stop)>& block);
 
  private:
   MediaFormatConstants();

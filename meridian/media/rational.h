@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -131,11 +132,13 @@ struct MediaRational {
   std::int64_t numerator = 0;
   std::int64_t denominator = 1;
 
-  /// A whole number over 1, any other in millionths, truncated toward zero and not reduced: 29.97 is 29970000/1000000.
+  /// A whole number over 1, any other in millionths, truncated toward zero and not reduced: 29.97 is 29970000/1000000,
+  /// and what is below a millionth 0/1000000.
   /// Absent for 0, for what is not finite, and for what leaves the signed 64-bit range, in millionths too.
   [[nodiscard]] static constexpr std::optional<MediaRational> fromRawValue(double rawValue) noexcept {
-    constexpr double limit = 9223372036854775808.0;  // 2^63
-    if (rawValue == 0 || !(rawValue > -limit && rawValue < limit)) return std::nullopt;
+    constexpr double limit = 9223372036854775808.0;           // 2^63
+    const bool fits = rawValue > -limit && rawValue < limit;  // not so for what is not a number
+    if (rawValue == 0 || !fits) return std::nullopt;
     const auto whole = static_cast<std::int64_t>(rawValue);
     if (static_cast<double>(whole) == rawValue) return MediaRational{whole, 1};
     constexpr std::int64_t scale = 1'000'000;
@@ -152,9 +155,13 @@ struct MediaRational {
   }
 
   /// The quotient of the terms; infinite or not a number when the denominator is 0. A quotient read back with
-  /// `fromRawValue` is generally another ratio: 30000/1001 comes back as 29970029/1000000.
+  /// `fromRawValue` is generally another ratio: 30000/1001 comes back as 29970029/1000000, and by truncation a ratio
+  /// may lose a millionth each time (267.799 comes back as 267.798999).
   [[nodiscard]] constexpr double rawValue() const noexcept {
-    return static_cast<double>(numerator) / static_cast<double>(denominator);
+    using Limits = std::numeric_limits<double>;
+    if (denominator != 0) return static_cast<double>(numerator) / static_cast<double>(denominator);
+    if (numerator == 0) return Limits::quiet_NaN();
+    return numerator > 0 ? Limits::infinity() : -Limits::infinity();
   }
 
   /// The terms as a ratio to calculate with.

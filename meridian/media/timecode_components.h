@@ -70,8 +70,8 @@ struct TimecodeComponents {
                                  [](std::int64_t, std::int64_t, std::int64_t, std::int64_t, bool) {});
   }
 
-  /// The same; calls the closure once with hours, minutes, seconds, frames and whether they are drop frame, when the
-  /// answer is yes.
+  /// The same with a closure: calls it once with hours, minutes, seconds, frames and whether they are drop frame, when
+  /// the answer is yes.
   template <typename Closure>
   static constexpr bool timecodeHasProperForm(std::string_view text, bool forceProperComponentLength,
                                               bool forceProperComponentBounds, Closure&& componentsClosure);

@@ -1,7 +1,6 @@
 // The standard video frame rates, and the matching of a rational to one of them.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +17,8 @@
 
 namespace meridian {
 
-/// The cases of VideoFrameRate. The raw value is the key under which a rate is encoded.
+/// The cases of VideoFrameRate. The raw value is the key under which a rate is encoded; its text is VideoFrameRate's
+/// `formattedString`.
 enum class VideoFrameRateKind : std::uint8_t {
   ntsc24p,
   p24,
@@ -101,6 +101,7 @@ class VideoFrameRate {
   /// the signed 64-bit range. The quotient is calculated in single precision and ten thousand times it truncated, so
   /// that 24000/1001 and 2997/125 are both `ntsc24p`, on purpose.
   [[nodiscard]] static constexpr std::optional<VideoFrameRate> matching(const MediaRational& rawValue) noexcept {
+    if (rawValue.denominator == 0) return std::nullopt;
     const float quotient = static_cast<float>(rawValue.numerator) / static_cast<float>(rawValue.denominator);
     const auto key = truncatedInteger(static_cast<double>(quotient * 10000.0F));
     if (!key) return std::nullopt;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "meridian/base/numbers.h"
+#include "meridian/base/text.h"
 #include "meridian/cli/dimensions_text.h"
 #include "meridian/cli/transcode_flags.h"
 #include "meridian/cli/transcode_values.h"
@@ -41,6 +42,9 @@ constexpr auto codecs = std::to_array<CodecRow>({
     {ConversionCodecType::proRes422Proxy, stored::CODEC_TYPE_PRORES_422_PROXY, SAVProRes422Proxy},
 });
 static_assert(codecs.size() == allCases<ConversionCodecType>().size());
+static_assert(std::ranges::all_of(SAVTranscodeArgumentVideoCodecValue::allCases(), [](const auto& text) {
+  return std::ranges::find(codecs, text, &CodecRow::text) != codecs.end();
+}));
 
 struct SizingRow {
   VideoSizingKind sizing;
@@ -97,7 +101,10 @@ const FieldRow* fieldOf(std::string_view flag) {
   return found == fields.end() ? nullptr : &*found;
 }
 
-/// What belongs to one job and not to a preset.
+/// The form in which flags are stored and compared on a command line.
+std::string normalForm(std::string_view flag) { return std::string(trimmed(lowercased(flag))); }
+
+/// Whether a flag in normal form belongs to one job and not to a preset.
 bool isOfOneJob(std::string_view flag) {
   constexpr auto jobFlags = std::to_array<std::string_view>({
       SAVOutputFileFlag.rawValue(),
@@ -123,13 +130,6 @@ Message& mutableHolderOf(TranscodeOptions& options, Holder holder) {
   return options;
 }
 
-/// The number as a person writes it: "3", "23.976".
-std::string numberText(double number) {
-  std::string text = shortestDecimalText(number);
-  if (text.ends_with(".0")) text.resize(text.size() - 2);
-  return text;
-}
-
 /// Whether a frame rate is a number of frames, and not a relation to the source's rate.
 bool isNumberOfFrames(double frameRate) { return frameRate > 0 && frameRate != FrameRate::halfstep.rawValue(); }
 
@@ -148,7 +148,7 @@ void setDimension(VideoConversionOptions& video, const VideoDimension& dimension
 std::optional<std::string> dimensionsText(const VideoConversionOptions& video) {
   const auto dimension = dimensionOf(video);
   if (!dimension || dimension->isScaleOption()) return std::nullopt;
-  return numberText(dimension->size().width) + "x" + numberText(dimension->size().height);
+  return dimensionsTextOfSize(dimension->size());
 }
 
 std::optional<std::string> codecText(const VideoConversionOptions& video) {
@@ -172,7 +172,7 @@ std::optional<std::string> textOfField(const TranscodeOptions& options, const Fi
     case FieldDescriptor::CPPTYPE_BOOL:
       return std::string();
     case FieldDescriptor::CPPTYPE_DOUBLE:
-      return numberText(reflection.GetDouble(holder, field));
+      return shortestDecimalText(reflection.GetDouble(holder, field));
     case FieldDescriptor::CPPTYPE_INT64:
       return std::to_string(reflection.GetInt64(holder, field));
     default:
@@ -180,10 +180,18 @@ std::optional<std::string> textOfField(const TranscodeOptions& options, const Fi
   }
 }
 
-/// Gives the field what the text says; nothing where the text does not read as the field's type. Without a text the
+/// Whether the field holds anything, if only what no command line can say.
+bool isSet(const TranscodeOptions& options, const FieldRow& row) {
+  if (row.flag == SAVVideoDimensionsFlag.rawValue()) return dimensionOf(options.video()) != VideoDimension::match;
+  const Message& holder = holderOf(options, row.holder);
+  return holder.GetReflection()->HasField(holder, holder.GetDescriptor()->FindFieldByNumber(row.field));
+}
+
+/// Gives the field what the text says; clears it where the text does not read as the field's type. Without a text the
 /// field is cleared, unless it says what no command line can.
 void setField(TranscodeOptions& options, const FieldRow& row, std::optional<std::string_view> text) {
-  if (!text && !textOfField(options, row)) return;
+  // A field that is written as this text may hold more than the text does, such as a size beyond a float's precision.
+  if (text == textOfField(options, row)) return;
   Message& holder = mutableHolderOf(options, row.holder);
   const FieldDescriptor* const field = holder.GetDescriptor()->FindFieldByNumber(row.field);
   const google::protobuf::Reflection& reflection = *holder.GetReflection();
@@ -225,14 +233,46 @@ std::optional<std::string> textThroughField(const FieldRow& row, std::string_vie
   return textOfField(options, row);
 }
 
-void addOtherSettings(TranscodeOptions& options, const TextDictionary& entries) {
-  for (const auto& [flag, value] : entries) {
-    const FieldRow* const row = fieldOf(flag);
-    if (isOfOneJob(flag) || (row != nullptr && textOfField(options, *row) == value)) continue;
-    stored::Setting& setting = *options.add_other_settings();
+/// What of the store belongs into a preset, under flags in normal form. Of entries whose flags differ in form alone the
+/// one in normal form stays, and a valid one over a rejected one.
+TextDictionary presetSettingsOf(const TranscodeCliArguments& arguments) {
+  TextDictionary settings;
+  const auto add = [&settings](const TextDictionary& entries, bool inNormalForm) {
+    for (const auto& [flag, value] : entries) {
+      std::string normal = normalForm(flag);
+      if ((normal == flag) == inNormalForm && !isOfOneJob(normal)) settings.setIfAbsent(std::move(normal), value);
+    }
+  };
+  const auto addAll = [&add](const TextDictionary& entries) {
+    add(entries, true);
+    add(entries, false);
+  };
+  addAll(arguments.flagValueLookup());
+  if (const auto& rejected = arguments.stored().invalidKeyValueLookup) addAll(*rejected);
+  return settings;
+}
+
+/// Gives the settings that are kept beside the fields their values, removes those that are in the message no more, and
+/// takes those that are out of the dictionary. A message that stays keeps fields that this library does not know.
+void keepOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
+  auto& settings = *options.mutable_other_settings();
+  const auto isGone = [&beside](stored::Setting& setting) {
+    const std::string flag = normalForm(setting.flag());
+    const std::string* const value = beside.find(flag);
+    if (value == nullptr) return true;
     setting.set_flag(flag);
-    setting.set_value(value);
-  }
+    setting.set_value(*value);
+    beside.erase(flag);
+    return false;
+  };
+  settings.erase(std::remove_if(settings.begin(), settings.end(), isGone), settings.end());
+}
+
+/// Removes the text that was kept beside the flag's field.
+void removeOtherSetting(TranscodeOptions& options, std::string_view flag) {
+  auto& settings = *options.mutable_other_settings();
+  const auto isOfFlag = [flag](const stored::Setting& setting) { return normalForm(setting.flag()) == flag; };
+  settings.erase(std::remove_if(settings.begin(), settings.end(), isOfFlag), settings.end());
 }
 
 }  // namespace
@@ -246,30 +286,58 @@ PresetInformation storedPreset(std::string_view name, const TranscodeCliArgument
 
 void updateStoredPreset(PresetInformation& preset, const TranscodeCliArguments& arguments) {
   TranscodeOptions& options = *preset.mutable_transcode_options();
-  for (const FieldRow& row : fields) setField(options, row, arguments.argumentFlagValue(row.flag));
-  options.clear_other_settings();
-  addOtherSettings(options, arguments.flagValueLookup());
-  if (const auto& rejected = arguments.stored().invalidKeyValueLookup) addOtherSettings(options, *rejected);
+  const TextDictionary settings = presetSettingsOf(arguments);
+  TextDictionary beside = settings;
+  for (const FieldRow& row : fields) {
+    const std::string* const text = settings.find(row.flag);
+    setField(options, row, text == nullptr ? std::nullopt : std::optional<std::string_view>(*text));
+    if (text != nullptr && textOfField(options, row) == *text) beside.erase(row.flag);
+  }
+  keepOtherSettings(options, beside);
+  for (const auto& [flag, value] : beside) {
+    stored::Setting& setting = *options.add_other_settings();
+    setting.set_flag(flag);
+    setting.set_value(value);
+  }
 }
 
 TranscodeCliArguments argumentsOf(const PresetInformation& preset) {
   const TranscodeOptions& options = preset.transcode_options();
-  TextDictionary lookup;
+  TextDictionary settings;
   for (const FieldRow& row : fields) {
-    if (const auto text = textOfField(options, row)) lookup.set(row.flag, *text);
+    if (const auto text = textOfField(options, row)) settings.set(row.flag, *text);
   }
+  const TextDictionary ofFields = settings;
   for (const stored::Setting& setting : options.other_settings()) {
-    if (isOfOneJob(setting.flag())) continue;
-    const FieldRow* const row = fieldOf(setting.flag());
-    if (row != nullptr && textThroughField(*row, setting.value()) != textOfField(options, *row)) continue;
-    lookup.set(setting.flag(), setting.value());
+    const std::string flag = normalForm(setting.flag());
+    if (isOfOneJob(flag)) continue;
+    if (const FieldRow* const row = fieldOf(flag)) {
+      const auto said = textThroughField(*row, setting.value());
+      const std::string* const saidByField = ofFields.find(flag);
+      const bool agrees = saidByField != nullptr ? said == *saidByField : !said && !isSet(options, *row);
+      if (!agrees) continue;
+    }
+    settings.set(flag, setting.value());
   }
+
   // The check sorts out what no command line knows, and lower-cases values as it would those of a command line.
-  TranscodeCliArguments arguments = TranscodeCliArguments::fromArgumentLookup(lookup);
-  for (const auto& [flag, value] : lookup) {
-    if (arguments.hasArgumentFlag(flag)) arguments.setArgumentFlagValue(flag, value);
+  TranscodeCliArguments::Stored checked = TranscodeCliArguments::fromArgumentLookup(settings).stored();
+  for (const auto& [flag, value] : settings) {
+    if (!checked.flagValueLookup.contains(flag)) continue;
+    if (trimmed(value).starts_with('-')) {
+      // As a word of its own it would be a flag.
+      checked.flagValueLookup.erase(flag);
+      if (!checked.invalidKeyValueLookup) checked.invalidKeyValueLookup.emplace();
+      checked.invalidKeyValueLookup->set(flag, value);
+    } else {
+      checked.flagValueLookup.set(flag, value);
+    }
   }
-  return arguments;
+  // Nor does a preset named among the settings stand over a field that says what no command line can.
+  for (const FieldRow& row : fields) {
+    if (isSet(options, row) && !settings.contains(row.flag)) checked.flagValueLookup.erase(row.flag);
+  }
+  return TranscodeCliArguments::fromStored(std::move(checked));
 }
 
 VideoDimension videoDimension(const PresetInformation& preset) {
@@ -277,12 +345,15 @@ VideoDimension videoDimension(const PresetInformation& preset) {
   if (const auto dimension = dimensionOf(video)) return *dimension;
   // The text is fixed, "orignal" and the missing bracket at its end too.
   std::cout << "Proto failed to parse VideoDimension from Proto. Will reset to match orignal! (pWidth:"
-            << shortestDecimalText(video.width()) << " - pHeight: " << shortestDecimalText(video.height()) << std::endl;
+            << shortestDecimalText(video.width()) << " - pHeight: " << shortestDecimalText(video.height()) << "\n"
+            << std::flush;
   return VideoDimension::match;
 }
 
 void setVideoDimension(PresetInformation& preset, const VideoDimension& dimension) {
-  setDimension(*preset.mutable_transcode_options()->mutable_video(), dimension);
+  TranscodeOptions& options = *preset.mutable_transcode_options();
+  setDimension(*options.mutable_video(), dimension);
+  removeOtherSetting(options, SAVVideoDimensionsFlag.rawValue());
 }
 
 std::optional<FrameRate> frameRate(const PresetInformation& preset) {
@@ -290,7 +361,9 @@ std::optional<FrameRate> frameRate(const PresetInformation& preset) {
 }
 
 void setFrameRate(PresetInformation& preset, const FrameRate& rate) {
-  preset.mutable_transcode_options()->mutable_video()->set_frame_rate(rate.frameRateForProto());
+  TranscodeOptions& options = *preset.mutable_transcode_options();
+  options.mutable_video()->set_frame_rate(rate.frameRateForProto());
+  removeOtherSetting(options, SAVVideoFrameRateFlag.rawValue());
 }
 
 std::optional<ConversionCodecType> codecType(const PresetInformation& preset) {
@@ -300,8 +373,10 @@ std::optional<ConversionCodecType> codecType(const PresetInformation& preset) {
 }
 
 void setCodecType(PresetInformation& preset, std::optional<ConversionCodecType> codec) {
-  preset.mutable_transcode_options()->mutable_video()->set_codec_type(
-      codec ? std::ranges::find(codecs, *codec, &CodecRow::codec)->stored : stored::CODEC_TYPE_UNSPECIFIED);
+  TranscodeOptions& options = *preset.mutable_transcode_options();
+  removeOtherSetting(options, SAVVideoFormatFlag.rawValue());
+  options.mutable_video()->set_codec_type(codec ? std::ranges::find(codecs, *codec, &CodecRow::codec)->stored
+                                                : stored::CODEC_TYPE_UNSPECIFIED);
 }
 
 }  // namespace meridian

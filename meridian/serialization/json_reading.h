@@ -42,7 +42,6 @@ template <typename Json>
 /// A signed 64-bit integer. JSON has one kind of number, so 25.0 is one too.
 template <typename Json>
 [[nodiscard]] std::int64_t integerOf(const Json& json, const std::string& path) {
-  constexpr std::string_view expected = "an integer within 64 bits";
   if (json.is_number_unsigned()) {
     const auto number = json.template get<std::uint64_t>();
     if (number <= std::uint64_t{std::numeric_limits<std::int64_t>::max()}) return static_cast<std::int64_t>(number);
@@ -53,7 +52,8 @@ template <typename Json>
     const auto truncated = truncatedInteger(number);
     if (truncated && static_cast<double>(*truncated) == number) return *truncated;
   }
-  refuse(path, expected, json);
+  if (json.is_number()) throw DecodingError(path, "expected an integer within 64 bits, found " + json.dump());
+  refuse(path, "an integer within 64 bits", json);
 }
 
 /// The member of a record; one that is missing is refused.

@@ -137,28 +137,29 @@ TEST(FrameNumber, LabelsEveryFrameOfADay) {
 }
 
 TEST(FrameNumber, SaysWhyALabelHasNoFrame) {
-  const VideoFrameRate exact = VideoFrameRate::custom({60000, 2002});
+  const VideoFrameRate held = VideoFrameRate::custom({29970029, 1000000});
   struct Case {
     std::string_view text;
     VideoFrameRate rate;
     std::optional<TimecodeFault> fault;
   };
   const Case cases[]{{"00:01:00;00", VideoFrameRate::ntsc30p, TimecodeFault::droppedLabel},
-                     {"00:01:00;01", exact, TimecodeFault::droppedLabel},
-                     {"00:01:00;02", exact, {}},
+                     {"00:01:00;01", held, TimecodeFault::droppedLabel},
+                     {"00:01:00;02", held, {}},
                      {"00:10:00;00", VideoFrameRate::ntsc30p, {}},
                      {"00:01:01;00", VideoFrameRate::ntsc30p, {}},
                      {"23:59:00;03", VideoFrameRate::ntsc60p, TimecodeFault::droppedLabel},
                      {"00:01:00:00", VideoFrameRate::ntsc30p, {}},
                      {"00:00:00;00", VideoFrameRate::p30, TimecodeFault::notADropFrameRate},
                      {"00:00:00;00", VideoFrameRate::ntsc120p, TimecodeFault::notADropFrameRate},
-                     {"00:00:00;00", VideoFrameRate::custom({2997, 100}), TimecodeFault::notADropFrameRate},
-                     {"00:00:60:00", VideoFrameRate::p24, TimecodeFault::outOfBounds},
-                     {"00:60:00:00", VideoFrameRate::p24, TimecodeFault::outOfBounds},
-                     {"00:00:00:24", VideoFrameRate::ntsc24p, TimecodeFault::outOfBounds},
-                     {"00:00:00:00", VideoFrameRate::custom({1, 0}), TimecodeFault::rateHasNoFrames},
-                     {"00:00:00:00", VideoFrameRate::custom({-30, -1}), TimecodeFault::rateHasNoFrames},
-                     {"00:00:00:00", VideoFrameRate::custom({49, 100}), TimecodeFault::rateHasNoFrames},
+                     {"00:00:00;00", VideoFrameRate::custom({2996, 100}), TimecodeFault::notADropFrameRate},
+                     {"00:00:60:00", VideoFrameRate::p24, TimecodeFault::minutesOrSecondsAbove59},
+                     {"00:60:00:00", VideoFrameRate::p24, TimecodeFault::minutesOrSecondsAbove59},
+                     {"00:00:00:24", VideoFrameRate::ntsc24p, TimecodeFault::framesBeyondSecond},
+                     {"00:00:00:00", VideoFrameRate::custom({1, 0}), TimecodeFault::rateWithoutTimecode},
+                     {"00:00:00:29", VideoFrameRate::custom({-30, -1}), {}},
+                     {"00:00:00:00", VideoFrameRate::custom({-30, 1}), TimecodeFault::rateWithoutTimecode},
+                     {"00:00:00:00", VideoFrameRate::custom({49, 100}), TimecodeFault::rateWithoutTimecode},
                      {"9223372036854775807:00:00:00", VideoFrameRate::p24, TimecodeFault::tooLarge},
                      {"00:00:01:00", VideoFrameRate::custom({greatest, 1}), {}}};
   for (const auto& [text, rate, fault] : cases) {
@@ -166,7 +167,7 @@ TEST(FrameNumber, SaysWhyALabelHasNoFrame) {
     EXPECT_EQ(timecodeFault(label, rate), fault) << text;
     EXPECT_EQ(frameNumber(label, rate).has_value(), !fault) << text;
   }
-  EXPECT_EQ(timecodeFault({0, 0, -1, 0, false}, VideoFrameRate::p24), TimecodeFault::outOfBounds);
+  EXPECT_EQ(timecodeFault({0, 0, -1, 0, false}, VideoFrameRate::p24), TimecodeFault::negativeComponent);
   EXPECT_EQ(timecodeOfFrame(-1, VideoFrameRate::p24, false), std::nullopt);
   EXPECT_EQ(timecodeOfFrame(0, VideoFrameRate::p24, true), std::nullopt);
   EXPECT_EQ(timecodeOfFrame(0, VideoFrameRate::custom({1, 3}), false), std::nullopt);
@@ -176,17 +177,21 @@ TEST(FrameNumber, IsExactAtTheEndsOfTheRange) {
   for (const VideoFrameRate& rate :
        {VideoFrameRate::ntsc30p, VideoFrameRate::ntsc60p, VideoFrameRate::p600, VideoFrameRate::custom({1, 2}),
         VideoFrameRate::custom({greatest, 1}), VideoFrameRate::custom({greatest, 2})}) {
-    const bool isDropFrame = droppedLabelsPerMinute(rate).has_value();
     for (const std::int64_t frame : {greatest, greatest - 1, greatest / 2, std::int64_t{0}, std::int64_t{1}}) {
-      const auto label = timecodeOfFrame(frame, rate, isDropFrame);
-      ASSERT_TRUE(label.has_value()) << rate.formattedString();
-      // The labels of drop-frame counting run ahead of the frames, so the last ones leave the range.
-      const auto again = frameNumber(*label, rate);
-      if (again || !isDropFrame) {
-        EXPECT_EQ(again, frame) << rate.formattedString();
+      for (const bool isDropFrame : {false, true}) {
+        const auto label = timecodeOfFrame(frame, rate, isDropFrame);
+        ASSERT_EQ(label.has_value(), !isDropFrame || droppedLabelsPerMinute(rate)) << rate.formattedString();
+        if (!label) continue;
+        EXPECT_EQ(frameNumber(*label, rate), frame) << rate.formattedString();
+        if (frame != greatest) continue;
+        TimecodeComponents next = *label;
+        ++next.hours;
+        EXPECT_EQ(timecodeFault(next, rate), TimecodeFault::tooLarge) << rate.formattedString();
       }
     }
   }
+  static_assert(timecodeFault({greatest, 0, 0, 0, false}, VideoFrameRate::custom({1, 1})) == TimecodeFault::tooLarge);
+  static_assert(!VideoFrameRate::matching({1, 0}) && MediaRational{-1, 0}.rawValue() < 0);
   static_assert(timecodeOfFrame(1800, VideoFrameRate::ntsc30p, true) == Timecode{0, 1, 0, 2, true});
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "meridian/base/text.h"
 #include "meridian/cli/transcode_preset.h"
 #include "meridian/presets/transcode_preset_protobuf_template_factory.h"
 #include "tests/cli/random_words.h"
@@ -31,8 +32,6 @@ TEST(StoredPreset, AllWaysOfNamingASettingAgree) {
     const PresetInformation stored = reread(templates[static_cast<std::size_t>(each)]);
     EXPECT_EQ(stored.name(), "SLV_TranscodePreset_Template-" + std::string(preset(each)));
     EXPECT_EQ(Factory::presetOfTemplateName(stored.name()), each);
-    EXPECT_EQ(stored.transcode_options().other_settings_size(), 0);
-
     // In one order too.
     const TranscodeCliArguments parsed({"-preset", preset(each)});
     const TranscodeCliArguments read = argumentsOf(stored);
@@ -62,6 +61,14 @@ reference::Store settingsOf(const TranscodeCliArguments& arguments) {
            (known != nullptr && known->group == FlagGroup::command);
   };
   kept.flagValueLookup.eraseIf(isOfOneJob);
+  // A value that would be read as a flag is rejected on the way back.
+  const TextDictionary valid = kept.flagValueLookup;
+  for (const auto& [flag, value] : valid) {
+    if (!trimmed(value).starts_with('-')) continue;
+    kept.flagValueLookup.erase(flag);
+    if (!kept.invalidKeyValueLookup) kept.invalidKeyValueLookup.emplace();
+    kept.invalidKeyValueLookup->set(flag, value);
+  }
   if (kept.invalidKeyValueLookup) {
     kept.invalidKeyValueLookup->eraseIf(isOfOneJob);
     if (kept.invalidKeyValueLookup->empty()) kept.invalidKeyValueLookup.reset();
@@ -89,6 +96,8 @@ TEST(StoredPreset, KeepsEverySettingOfRandomStores) {
     auto read = reference::storeOf(argumentsOf(stored));
     std::ranges::sort(expected.valid);
     std::ranges::sort(read.valid);
+    std::ranges::sort(expected.invalid);
+    std::ranges::sort(read.invalid);
     ASSERT_EQ(read, expected) << stored.DebugString();
     // The same settings once more change nothing.
     PresetInformation updated = stored;
@@ -106,12 +115,15 @@ TEST(StoredPreset, UnknownFieldsAndWhatNoCommandLineSaysSurviveAnUpdate) {
   auto& video = *options.mutable_video();
   video.GetReflection()->MutableUnknownFields(&video)->AddFixed64(1002, 8);
   video.set_codec_type(static_cast<stored::CodecType>(77));
+  auto& track = *options.add_other_settings();
+  track.set_flag("-tc_track");
+  track.GetReflection()->MutableUnknownFields(&track)->AddVarint(1003, 9);
   setVideoDimension(preset, VideoDimension::half);
   setFrameRate(preset, FrameRate::halfstep);
   PresetInformation updated = reread(preset);
 
   const TranscodeCliArguments arguments = argumentsOf(updated);
-  EXPECT_TRUE(arguments.flagValueLookup().empty());
+  EXPECT_EQ(arguments.commandLine(), (Words{"-tc_track", ""}));
   EXPECT_EQ(codecType(updated), std::nullopt);
   updateStoredPreset(updated, arguments);
   EXPECT_EQ(reread(updated).SerializeAsString(), preset.SerializeAsString());
@@ -130,9 +142,35 @@ TEST(StoredPreset, FieldsHoldOverTheTextBesideThem) {
   video.set_bit_rate(8.5);
   video.set_frame_rate(24);
   setVideoDimension(preset, VideoDimension::match);
-  EXPECT_EQ(argumentsOf(preset).commandLine(), (Words{"-vr", "24", "-vbr", "8.5"}));
+  EXPECT_EQ(argumentsOf(preset).commandLine(), (Words{"-vr", "24.0", "-vbr", "8.5"}));
   video.clear_bit_rate();
-  EXPECT_EQ(argumentsOf(preset).commandLine(), (Words{"-vr", "24"}));
+  EXPECT_EQ(argumentsOf(preset).commandLine(), (Words{"-vr", "24.0"}));
+
+  // Also over a text that reads as nothing, and when the field says what no command line can.
+  preset = storedPreset("", TranscodeCliArguments({"-dims", "1920x", "-vr", "0.5", "-vcodec", "hevc"}));
+  EXPECT_EQ(argumentsOf(preset).commandLine(), (Words{"-dims", "1920x", "-vr", "0.5", "-vcodec", "hevc"}));
+  preset.mutable_transcode_options()->mutable_video()->set_frame_rate(0.5);
+  setVideoDimension(preset, VideoDimension::half);
+  setCodecType(preset, ConversionCodecType::h265);
+  setCodecType(preset, std::nullopt);
+  EXPECT_EQ(argumentsOf(preset).commandLine(), Words{});
+  auto& named = *preset.mutable_transcode_options()->add_other_settings();
+  named.set_flag("-preset");
+  named.set_value("solvane_cloud");
+  EXPECT_FALSE(argumentsOf(preset).hasArgumentFlag("-dims"));
+  updateStoredPreset(preset, argumentsOf(preset));
+  EXPECT_EQ(videoDimension(preset), VideoDimension::half);
+  EXPECT_EQ(frameRate(preset), FrameRate::halfstep);
+}
+
+TEST(StoredPreset, AnUpdateThatChangesNothingKeepsEveryNumber) {
+  PresetInformation preset;
+  for (const Size& size : {Size{1920.1, 1080}, Size{1e300, 2}, Size{16777217, 1e-50}}) {
+    setVideoDimension(preset, VideoDimension::custom(size.width, size.height));
+    const std::string before = preset.SerializeAsString();
+    updateStoredPreset(preset, argumentsOf(preset));
+    EXPECT_EQ(preset.SerializeAsString(), before) << size.width;
+  }
 }
 
 TEST(StoredPreset, ForeignSettingsAreCheckedLikeACommandLine) {
@@ -143,16 +181,36 @@ TEST(StoredPreset, ForeignSettingsAreCheckedLikeACommandLine) {
     setting.set_value(std::move(value));
   };
   add("-foo", "1");
-  add("-in_0_0", "/card/A.mov");
-  add("-out", "/etc/passwd");
+  // Flags of one job, however they are disguised.
+  for (const std::string flag :
+       {"-out", "-OUT", " -out ", "-in_0_0", "\n-In_0_1", "-Work_Dir", "-overwrite\u2003", "-H"}) {
+    add(flag, "/etc/passwd");
+  }
   add("-TC_Track", "Yes");
   add("-preset", "solvane_4444xq");
   add("-vprofile", "Main 10");
-  preset.mutable_transcode_options()->mutable_video()->set_profile("Main 10");
+  add(" -VBR", "99");
+  add("-wmt_text", " -overwrite");
+  auto& video = *preset.mutable_transcode_options()->mutable_video();
+  video.set_profile("Main 10");
+  video.set_bit_rate(3);
+  video.set_lut_file("-out");
   const TranscodeCliArguments arguments = argumentsOf(preset);
-  EXPECT_EQ(arguments.unknownFlags(), Words{"-foo"});
-  EXPECT_EQ(arguments.commandLine(), (Words{"-vprofile", "Main 10", "-tc_track", "yes", "-file_format", "qt", "-vcodec",
-                                            "prores4444xq", "-acodec", "lpcm"}));
+  EXPECT_EQ(arguments.unknownFlags(), (Words{"-foo", "-clut", "-wmt_text"}));
+  EXPECT_EQ(arguments.commandLine(), (Words{"-vbr", "3.0", "-vprofile", "Main 10", "-tc_track", "Yes", "-file_format",
+                                            "qt", "-vcodec", "prores4444xq", "-acodec", "lpcm"}));
+}
+
+TEST(StoredPreset, FlagsThatDifferInFormAloneAreOneSetting) {
+  TranscodeCliArguments arguments({"-vbr", "3"});
+  arguments.setArgumentFlagValue("-VBR", "4");
+  arguments.setArgumentFlagValue("-OUT", "/out");
+  arguments.setArgumentFlagValue("-TC_Rate", "25");
+  TranscodeCliArguments::Stored stored = arguments.stored();
+  stored.invalidKeyValueLookup = TextDictionary{{"-web", ""}, {"-vbr", "5"}, {"-foo", "1"}};
+  const auto read = argumentsOf(storedPreset("", TranscodeCliArguments::fromStored(stored)));
+  EXPECT_EQ(read.commandLine(), (Words{"-vbr", "3", "-web", "", "-tc_rate", "25"}));
+  EXPECT_EQ(read.unknownFlags(), Words{"-foo"});
 }
 
 TEST(StoredPreset, SizesThatFitNoChoiceAreReportedAndMatch) {

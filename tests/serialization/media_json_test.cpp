@@ -70,7 +70,8 @@ void expectRefusal(std::string_view text, std::string_view path, std::string_vie
     EXPECT_EQ(error.message(), message) << text;
     EXPECT_THAT(error.what(), ::testing::HasSubstr(message)) << text;
   }
-  EXPECT_EQ(value, Value()) << text;
+  // By its encoded form, since ratios of one numerator are equal.
+  EXPECT_EQ(Json(value), Json(Value())) << text;
 }
 
 TYPED_TEST(MediaJsonTest, RefusalsNameThePlaceAndChangeNothing) {
@@ -93,12 +94,12 @@ TYPED_TEST(MediaJsonTest, RefusalsNameThePlaceAndChangeNothing) {
   }
   expectRefusal<MediaRational, TypeParam>("null", "", "expected a number, found null");
 
-  constexpr std::string_view integer = "expected an integer within 64 bits, found number";
+  const std::string integer = "expected an integer within 64 bits, found ";
   const auto ratio = expectRefusal<NumericRational, TypeParam>;
-  ratio(R"({"numerator": 1.5, "denominator": 1})", "/numerator", integer);
-  ratio(R"({"numerator": 0, "denominator": 9223372036854775808})", "/denominator", integer);
-  ratio(R"({"numerator": 0, "denominator": 1e300})", "/denominator", integer);
-  ratio(R"({"numerator": 0})", "/denominator", "is missing");
+  ratio(R"({"numerator": 1.5, "denominator": 1})", "/numerator", integer + "1.5");
+  ratio(R"({"numerator": 6, "denominator": 9223372036854775808})", "/denominator", integer + "9223372036854775808");
+  ratio(R"({"numerator": 0, "denominator": 1e300})", "/denominator", integer + "1e+300");
+  ratio(R"({"numerator": 5})", "/denominator", "is missing");
   const auto timecode = expectRefusal<TimecodeComponents, TypeParam>;
   timecode(R"({"hours": 1, "minutes": 2, "seconds": 3, "frames": 4})", "/isDropFrame", "is missing");
   timecode(R"({"hours": 1, "minutes": 2, "seconds": 3, "frames": 4, "isDropFrame": 0})", "/isDropFrame",

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <clocale>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -48,6 +49,7 @@ TEST(Localization, TranslatorMayBeReplacedWhileOthersUseIt) {
 
 TEST(Localization, DefaultReadsTheCatalogueOfTheLanguageInUse) {
   if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr) GTEST_SKIP() << "no locale C.UTF-8";
+  unsetenv("LANGUAGE");  // it would outrank the locale
   const auto root = std::filesystem::path(testing::TempDir()) / ("meridian-test-" + std::to_string(getpid()));
   const auto folder = root / "C.UTF-8/LC_MESSAGES";
   std::filesystem::create_directories(folder);

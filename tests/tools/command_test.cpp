@@ -143,13 +143,15 @@ TEST(Command, WrongUsageEndsWithTwoAndSaysWhatToDo) {
       {{"render", "--json", "--null", "--"}, "excludes"},
       {{"flags", "--", "-x"}, "takes no words"},
       {{"extensions", "--group", "videos"}, "videoFileExtensions"},
-      {{"rate"}, "rate is required"},
+      {{"rate"}, "VALUE|NUM/DEN is missing"},
+      {{"rate", "-inf"}, "not expected: -inf"},
+      {{"timecode", "--rate", "25", "--rate", "24"}, "without its value, or twice"},
       {{"rate", "abc"}, "write a number (23.976) or a ratio (24000/1001)"},
       {{"rate", "1/2/3"}, "no ratio of two integers"},
       {{"timecode"}, "a timecode is missing"},
       {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
       {{"timecode", "--rate", "25", "--frames", "1.5"}, "no number of frames"},
-      {{"dimension", "1920"}, "height is required"},
+      {{"dimension", "1920"}, "write 1920 1080 or 1920x1080"},
       {{"dimension", "1920x1080", "1"}, "no width in pixels"},
       {{"completion", "fish"}, "there is:\n  bash"},
       {{"transcode"}, "transcode"},
@@ -212,8 +214,9 @@ TEST(Command, RateShowsWhatItIsMatchedTo) {
     EXPECT_EQ(document["formattedString"], formatted) << rate;
     EXPECT_EQ(document["frameRate"].dump(), choice) << rate;
   }
+  EXPECT_THAT(meridianWith({"rate", "119.88"}).output, HasSubstr("ntsc120p looks the same but is 120000/1001"));
   EXPECT_THAT(meridianWith({"rate", "29.97"}).output, AllOf(HasSubstr("ntsc30p"), HasSubstr("30000/1001")));
-  for (const std::string refused : {"0", "inf", "nan", "1e300", "9223372036854775807", "25/0", "0/0"}) {
+  for (const std::string refused : {"0", "inf", "nan", "1e300", "9223372036854775807", "25/0", "0/0", "1e-7", "0/5"}) {
     const Outcome outcome = meridianWith({"rate", refused});
     EXPECT_EQ(outcome.status, 1) << refused;
     EXPECT_THAT(outcome.errors, HasSubstr(refused));
@@ -231,13 +234,19 @@ TEST(Command, TimecodeShowsFormComponentsAndFrame) {
   EXPECT_EQ(timecode({"12:34"}),
             R"({"properForm":false,"components":{"hours":12,"minutes":34,"seconds":0,"frames":0,"isDropFrame":false},)"
             R"("timecodeString":"12:34:00:00"})");
-  EXPECT_THAT(timecode({"01:00:00;00", "--rate", "29.97"}), HasSubstr(R"("frameNumber":107892})"));
-  EXPECT_THAT(timecode({"00:01:00;00", "--rate", "30000/1001"}), HasSubstr(R"("frameNumber":null})"));
+  EXPECT_THAT(timecode({"01:00:00;00", "--rate", "29.97"}), HasSubstr(R"("frameNumber":107892,"fault":null})"));
+  EXPECT_THAT(timecode({"00:01:00;00", "--rate", "30000/1001"}),
+              HasSubstr(R"("frameNumber":null,"fault":"droppedLabel"})"));
   EXPECT_THAT(timecode({"00:00:59;29", "--rate", "29.97", "--frames", "1"}),
-              HasSubstr(R"("timecodeString":"00:01:00;02","frameNumber":1800})"));
+              HasSubstr(R"("timecodeString":"00:01:00;02","frameNumber":1800,"fault":null})"));
   EXPECT_THAT(timecode({"--rate", "25", "--frames", "90000"}), HasSubstr(R"("timecodeString":"01:00:00:00")"));
   EXPECT_THAT(meridianWith({"timecode", "00:01:00;00", "--rate", "25"}).output,
-              HasSubstr("only 29.97 and 59.94 have drop-frame timecode"));
+              HasSubstr("no frame: drop frame is for 29.97 and 59.94 alone"));
+  EXPECT_THAT(meridianWith({"timecode", "1:2:x:4"}).output, HasSubstr("no number for seconds; 0 stands there"));
+  EXPECT_THAT(meridianWith({"timecode", "1:2:3:4"}).output, HasSubstr("each part has two digits"));
+  const Outcome unread = meridianWith({"timecode", "12:34", "--rate", "25", "--frames", "1"});
+  EXPECT_EQ(unread.status, 1);
+  EXPECT_THAT(unread.errors, HasSubstr("\"12:34\" is no timecode to count from: no number for seconds, frames"));
   for (const std::string frames : {"-1", "9223372036854775807"}) {
     const Outcome outcome = meridianWith({"timecode", "00:00:00:00", "--rate", "25", "--frames", frames});
     EXPECT_EQ(outcome.status, frames == "-1" ? 1 : 0) << frames;
@@ -251,6 +260,7 @@ TEST(Command, DimensionShowsTheChoice) {
   EXPECT_EQ(document["description"], "Custom: 1920.0 x 800.0");
   EXPECT_EQ(document["previewSize"], json({{"width", 1920.0}, {"height", 800.0}}));
   EXPECT_EQ(meridianWith({"dimension", "0", "1080"}).status, 1);
+  EXPECT_THAT(meridianWith({"dimension", "1280X720"}).output, StartsWith("HD (1280 x 720)\n"));
 }
 
 TEST(Command, AFullDiskIsSaid) {

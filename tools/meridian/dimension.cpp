@@ -5,6 +5,7 @@
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
+#include "meridian/cli/dimensions_text.h"
 #include "meridian/media/video_dimension.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
@@ -12,18 +13,27 @@
 namespace meridian::command {
 namespace {
 
-double readPixels(const Arguments& arguments, std::string_view name) {
-  const std::string text = *arguments.value(name);
+double readPixels(std::string_view text, std::string_view name) {
   const auto pixels = doubleFromText(text);
   if (!pixels)
     throw UsageError("\"" + printable(text) + "\" is no " + std::string(name) + " in pixels; write a number");
   return *pixels;
 }
 
+/// Two numbers, or one text as it stands on the transcoder's command line.
+Size readSize(const Arguments& arguments) {
+  const std::string width = *arguments.value("width");
+  const auto height = arguments.value("height");
+  if (height) return {readPixels(width, "width"), readPixels(*height, "height")};
+  const auto size = sizeFromDimensionsText(width);
+  if (!size) throw UsageError("\"" + printable(width) + "\" is no size; write 1920 1080 or 1920x1080");
+  return *size;
+}
+
 nlohmann::ordered_json asJson(const Size& size) { return {{"width", size.width}, {"height", size.height}}; }
 
 Status showDimension(const Arguments& arguments) {
-  const Size size{readPixels(arguments, "width"), readPixels(arguments, "height")};
+  const Size size = readSize(arguments);
   const auto choice = VideoDimension::fromStored(VideoSizingKind::pixels, size);
   if (!choice) {
     throw std::runtime_error(shortestDecimalText(size.width) + " x " + shortestDecimalText(size.height) +
@@ -53,9 +63,14 @@ Subcommand dimensionCommand() {
       .description = "Show which output-size choice a size in pixels is",
       .example = "meridian dimension 1920 1080",
       .options = {{Option::Kind::positional, "width", "The width in pixels", "WIDTH"},
-                  {Option::Kind::positional, "height", "The height in pixels", "HEIGHT"},
+                  {Option::Kind::positional,
+                   "height",
+                   "The height in pixels; left out after a WIDTHxHEIGHT",
+                   "HEIGHT",
+                   {},
+                   true},
                   {Option::Kind::flag, "json",
-                   "Print JSON: case, description, pickerDescription, tag, size and previewSize (width, height)"}},
+                   "Print JSON: case, description, pickerDescription, tag, size, previewSize"}},
       .action = showDimension,
   };
 }

@@ -37,10 +37,11 @@ CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments
     arguments.given[option.name] = values;
     return true;
   };
-  const bool positional = option.kind == Option::Kind::positional;
-  CLI::Option* const added = app.add_option((positional ? "" : "--") + option.name, store, option.help);
-  added->type_name(option.valueName)->required(positional && !option.optional);
-  return added;
+  if (option.kind == Option::Kind::positional) {
+    // Named as its value, so that the help's usage line says what stands there.
+    return app.add_option(option.valueName, store, option.help)->type_name("");
+  }
+  return app.add_option("--" + option.name, store, option.help)->type_name(option.valueName);
 }
 
 CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& arguments) {
@@ -55,6 +56,14 @@ CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& 
   if (subcommand.takesWords) added->formatter(std::make_shared<WordsFormatter>());
   added->footer(exampleOf(subcommand.example));
   return added;
+}
+
+/// A word that the parser does not know is the better clue to what went wrong, so positionals are missed only here.
+void checkPositionals(const Subcommand& subcommand, const Arguments& arguments) {
+  for (const Option& option : subcommand.options) {
+    if (option.kind != Option::Kind::positional || option.optional || arguments.has(option.name)) continue;
+    throw UsageError(option.valueName + " is missing");
+  }
 }
 
 void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
@@ -114,6 +123,9 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
       message = "not expected:";
       for (const std::string& word : app.remaining(true)) message += " " + printable(word);
     }
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+      message = "an option is given without its value, or twice: " + message;
+    }
     const bool lacksSeparator = chosen() != nullptr && chosen()->takesWords && !hasWords;
     throw UsageError(message + (lacksSeparator ? "\n" + wordsHint(chosen()->name) : "") + see());
   }
@@ -124,7 +136,12 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
   if (!parsed.subcommand->takesWords && hasWords) {
     throw UsageError("\"meridian " + parsed.subcommand->name + "\" takes no words behind \"--\"" + see());
   }
-  checkChoices(*parsed.subcommand, parsed.arguments);
+  try {
+    checkPositionals(*parsed.subcommand, parsed.arguments);
+    checkChoices(*parsed.subcommand, parsed.arguments);
+  } catch (const UsageError& error) {
+    throw UsageError(error.what() + see());
+  }
   return parsed;
 }
 

@@ -1,6 +1,7 @@
 // meridian rate: what a frame rate is matched to.
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "meridian/base/numbers.h"
 #include "meridian/media/frame_number.h"
@@ -13,13 +14,37 @@
 namespace meridian::command {
 namespace {
 
+/// The choice in settings; none for a rate below 0, which they do not have.
+std::optional<FrameRate> choiceOf(const GivenRate& given) {
+  return given.number > 0 ? FrameRate::fromRawValue(given.number) : std::nullopt;
+}
+
 void printAsJson(const GivenRate& given) {
   using Json = nlohmann::ordered_json;
-  const auto choice = FrameRate::fromRawValue(given.number);
+  const auto choice = choiceOf(given);
+  const auto framesPerSecond = timecodeFramesPerSecond(given.rate);
   printJson({{"videoFrameRate", given.rate},
              {"formattedString", given.rate.formattedString()},
              {"frameRate",
-              choice ? Json{{"case", rawValue(choice->kind())}, {"description", choice->description()}} : Json()}});
+              choice ? Json{{"case", rawValue(choice->kind())}, {"description", choice->description()}} : Json()},
+             {"rational", given.rate.rawValue().rational()},
+             {"timecodeFramesPerSecond", framesPerSecond ? Json(*framesPerSecond) : Json()},
+             {"hasDropFrame", droppedLabelsPerMinute(given.rate).has_value()}});
+}
+
+std::string ratioText(const MediaRational& rational) {
+  return std::to_string(rational.numerator) + "/" + std::to_string(rational.denominator);
+}
+
+Cell standardText(const VideoFrameRate& rate) {
+  if (rate.kind() != VideoFrameRateKind::custom) return {std::string(rawValue(rate.kind())), Style::good};
+  for (const VideoFrameRate& standard : standardVideoFrameRates) {
+    if (standard.formattedString() != rate.formattedString()) continue;
+    return {
+        "none; " + std::string(rawValue(standard.kind())) + " looks the same but is " + ratioText(standard.rawValue()),
+        Style::warning};
+  }
+  return {"none", Style::faint};
 }
 
 std::string timecodeText(const VideoFrameRate& rate) {
@@ -31,14 +56,10 @@ std::string timecodeText(const VideoFrameRate& rate) {
 
 void printForPeople(const GivenRate& given) {
   const MediaRational rational = given.rate.rawValue();
-  const auto choice = FrameRate::fromRawValue(given.number);
-  const bool isCustom = given.rate.kind() == VideoFrameRateKind::custom;
+  const auto choice = choiceOf(given);
   std::cout << styled(Style::heading, given.rate.formattedString()) << '\n';
-  printTable({{{"standard rate", Style::name},
-               {isCustom ? "none" : std::string(rawValue(given.rate.kind())), isCustom ? Style::faint : Style::good}},
-              {{"exactly", Style::name},
-               {std::to_string(rational.numerator) + "/" + std::to_string(rational.denominator) + " = " +
-                shortestDecimalText(rational.rawValue())}},
+  printTable({{{"standard rate", Style::name}, standardText(given.rate)},
+              {{"exactly", Style::name}, {ratioText(rational) + " = " + shortestDecimalText(rational.rawValue())}},
               {{"in settings", Style::name},
                {choice ? choice->description() : "no choice stands for it", choice ? Style::plain : Style::warning}},
               {{"timecode", Style::name}, {timecodeText(given.rate)}}});
@@ -49,11 +70,11 @@ void printForPeople(const GivenRate& given) {
 Subcommand rateCommand() {
   return {
       .name = "rate",
-      .description = "Show what a frame rate is matched to: the standard rate, its exact ratio, the settings' choice",
+      .description = "Show the standard rate, exact ratio and settings' choice of a frame rate",
       .example = "meridian rate 23.976\nmeridian rate 30000/1001 --json",
       .options = {{Option::Kind::positional, "rate", "Frames per second, as a number or a ratio", "VALUE|NUM/DEN"},
                   {Option::Kind::flag, "json",
-                   "Print JSON: videoFrameRate (encoded), formattedString, frameRate (case, description; or null)"}},
+                   "Print JSON: videoFrameRate, formattedString, frameRate, rational, ..."}},
       .action =
           [](const Arguments& arguments) {
             const GivenRate given = readRate(*arguments.value("rate"));

@@ -13,6 +13,8 @@ namespace {
 
 std::string quoted(std::string_view text) { return "\"" + printable(text) + "\""; }
 
+constexpr const char* tooLarge = " is too large for a frame rate, or not finite";
+
 MediaRational readRational(std::string_view text, double& number) {
   if (const std::size_t slash = text.find('/'); slash != std::string_view::npos) {
     const auto numerator = integerFromText(text.substr(0, slash));
@@ -29,11 +31,8 @@ MediaRational readRational(std::string_view text, double& number) {
   if (!read) throw UsageError(quoted(text) + " is no frame rate; write a number (23.976) or a ratio (24000/1001)");
   number = *read;
   const auto rational = MediaRational::fromRawValue(number);
-  if (!rational) {
-    throw std::runtime_error(quoted(text) +
-                             " cannot be a frame rate: it has to be finite, not 0, and within 64 bits in millionths");
-  }
-  return *rational;
+  if (!rational && number != 0) throw std::runtime_error(quoted(text) + tooLarge);
+  return rational.value_or(MediaRational{0, 1});
 }
 
 }  // namespace
@@ -41,8 +40,9 @@ MediaRational readRational(std::string_view text, double& number) {
 GivenRate readRate(std::string_view text) {
   GivenRate given;
   const MediaRational rational = readRational(text, given.number);
+  if (rational.numerator == 0) throw std::runtime_error(quoted(text) + " is no frame rate: 0 frames a second");
   const auto rate = VideoFrameRate::matching(rational);
-  if (!rate) throw std::runtime_error(quoted(text) + " is too large for a frame rate");
+  if (!rate) throw std::runtime_error(quoted(text) + tooLarge);
   given.rate = *rate;
   return given;
 }

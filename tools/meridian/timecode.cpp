@@ -17,31 +17,52 @@ namespace meridian::command {
 namespace {
 
 struct Reading {
-  bool properForm = false;
+  std::string text;
+  /// The timecode to show: that of the text, or the one that it was moved to.
   TimecodeComponents timecode;
   std::optional<VideoFrameRate> rate;
+  std::optional<std::int64_t> movedBy;
 
+  [[nodiscard]] bool properForm() const { return TimecodeComponents::timecodeHasProperForm(text, true, true); }
   [[nodiscard]] std::optional<std::int64_t> frameNumber() const { return meridian::frameNumber(timecode, *rate); }
 };
 
+/// The components that the text does not have, or that do not read.
+std::string missingComponents(std::string_view text) {
+  const DecomposedTimecode read = TimecodeComponents::decomposeTimecodeString(text);
+  std::string missing;
+  const auto check = [&missing](std::string_view name, bool isRead) {
+    if (!isRead) missing += (missing.empty() ? "" : ", ") + std::string(name);
+  };
+  check("hours", read.hours.has_value());
+  check("minutes", read.minutes.has_value());
+  check("seconds", read.seconds.has_value());
+  check("frames", read.frames.has_value());
+  return missing;
+}
+
+/// What keeps the text from being a proper timecode.
+std::string formFault(std::string_view text) {
+  const std::string missing = missingComponents(text);
+  if (!missing.empty()) return "not proper: no number for " + missing + "; 0 stands there";
+  if (!TimecodeComponents::timecodeHasProperForm(text, true, false)) return "not proper: each part has two digits";
+  return "not proper: minutes and seconds are above 60";
+}
+
 /// The timecode this many frames on.
-TimecodeComponents movedBy(std::string_view framesText, const TimecodeComponents& timecode,
-                           const VideoFrameRate& rate) {
-  const auto frames = integerFromText(framesText);
-  if (!frames) {
-    throw UsageError("\"" + printable(framesText) + "\" is no number of frames; write an integer within 64 bits");
-  }
+TimecodeComponents moved(const TimecodeComponents& timecode, std::int64_t frames, const VideoFrameRate& rate) {
   if (const auto fault = timecodeFault(timecode, rate)) {
     throw std::runtime_error(timecode.timecodeString() + " labels no frame at " + rate.formattedString() + ": " +
                              std::string(description(*fault)));
   }
-  const auto target = checkedSum(*frameNumber(timecode, rate), *frames);
-  const auto moved = target ? timecodeOfFrame(*target, rate, timecode.isDropFrame) : std::nullopt;
-  if (!moved) {
-    throw std::runtime_error("there is no frame " + std::to_string(*frames) + " on from " + timecode.timecodeString() +
-                             ": frame numbers go from 0 to 2^63 - 1");
+  const std::int64_t number = *frameNumber(timecode, rate);
+  const auto target = checkedSum(number, frames);
+  const auto result = target ? timecodeOfFrame(*target, rate, timecode.isDropFrame) : std::nullopt;
+  if (!result) {
+    throw std::runtime_error(timecode.timecodeString() + " is frame " + std::to_string(number) + ", and " +
+                             std::to_string(frames) + " on from there lies outside 0 to 2^63 - 1");
   }
-  return *moved;
+  return *result;
 }
 
 Reading readArguments(const Arguments& arguments) {
@@ -52,21 +73,33 @@ Reading readArguments(const Arguments& arguments) {
   if (frames && !rate) throw UsageError("--frames needs --rate, since the rate decides how frames are labelled");
 
   Reading reading;
-  const std::string_view given = text ? std::string_view(*text) : TimecodeComponents::defaultNonDropTimecode;
-  reading.properForm = TimecodeComponents::timecodeHasProperForm(given, true, true);
-  reading.timecode = TimecodeComponents::sanitizedTimecode(given);
+  reading.text = text.value_or(std::string(TimecodeComponents::defaultNonDropTimecode));
+  reading.timecode = TimecodeComponents::sanitizedTimecode(reading.text);
   if (rate) reading.rate = readRate(*rate).rate;
-  if (frames) reading.timecode = movedBy(*frames, reading.timecode, *reading.rate);
+  if (!frames) return reading;
+
+  reading.movedBy = integerFromText(*frames);
+  if (!reading.movedBy) {
+    throw UsageError("\"" + printable(*frames) + "\" is no number of frames; write an integer within 64 bits");
+  }
+  if (const std::string missing = missingComponents(reading.text); !missing.empty()) {
+    throw std::runtime_error("\"" + printable(reading.text) + "\" is no timecode to count from: no number for " +
+                             missing);
+  }
+  reading.timecode = moved(reading.timecode, *reading.movedBy, *reading.rate);
   return reading;
 }
 
 void printAsJson(const Reading& reading) {
-  nlohmann::ordered_json document{{"properForm", reading.properForm},
-                                  {"components", reading.timecode},
-                                  {"timecodeString", reading.timecode.timecodeString()}};
+  using Json = nlohmann::ordered_json;
+  Json document{{"properForm", reading.properForm()},
+                {"components", reading.timecode},
+                {"timecodeString", reading.timecode.timecodeString()}};
   if (reading.rate) {
     const auto number = reading.frameNumber();
-    document["frameNumber"] = number ? nlohmann::ordered_json(*number) : nlohmann::ordered_json();
+    const auto fault = timecodeFault(reading.timecode, *reading.rate);
+    document["frameNumber"] = number ? Json(*number) : Json();
+    document["fault"] = fault ? Json(rawValue(*fault)) : Json();
   }
   printJson(document);
 }
@@ -74,15 +107,17 @@ void printAsJson(const Reading& reading) {
 void printForPeople(const Reading& reading) {
   const TimecodeComponents& timecode = reading.timecode;
   std::cout << styled(Style::heading, timecode.timecodeString()) << '\n';
-  std::vector<std::vector<Cell>> rows{
-      {{"form", Style::name},
-       reading.properForm ? Cell{"proper", Style::good}
-                          : Cell{"not proper; what could not be read is 0", Style::warning}},
-      {{"hours", Style::name}, {std::to_string(timecode.hours)}},
-      {{"minutes", Style::name}, {std::to_string(timecode.minutes)}},
-      {{"seconds", Style::name}, {std::to_string(timecode.seconds)}},
-      {{"frames", Style::name}, {std::to_string(timecode.frames)}},
-      {{"counting", Style::name}, {timecode.isDropFrame ? "drop frame" : "non-drop"}}};
+  std::vector<std::vector<Cell>> rows;
+  if (reading.movedBy) {
+    rows.push_back({{"counted", Style::name}, {std::to_string(*reading.movedBy) + " on from " + reading.text}});
+  }
+  rows.push_back({{"form", Style::name},
+                  reading.properForm() ? Cell{"proper", Style::good} : Cell{formFault(reading.text), Style::warning}});
+  rows.push_back({{"hours", Style::name}, {std::to_string(timecode.hours)}});
+  rows.push_back({{"minutes", Style::name}, {std::to_string(timecode.minutes)}});
+  rows.push_back({{"seconds", Style::name}, {std::to_string(timecode.seconds)}});
+  rows.push_back({{"frames", Style::name}, {std::to_string(timecode.frames)}});
+  rows.push_back({{"counting", Style::name}, {timecode.isDropFrame ? "drop frame" : "non-drop"}});
   if (reading.rate) {
     const auto fault = timecodeFault(timecode, *reading.rate);
     rows.push_back({{"at " + reading.rate->formattedString(), Style::name},
@@ -98,18 +133,18 @@ Subcommand timecodeCommand() {
   return {
       .name = "timecode",
       .description = "Show what a timecode means, whether its form is proper, and which frame it labels",
-      .example = "meridian timecode '01:02:03;04' --rate 29.97\nmeridian timecode --rate 25 --frames 90000",
+      .example =
+          "meridian timecode '01:02:03;04' --rate 29.97\nmeridian timecode '00:00:00;00' --rate 29.97 --frames 1800",
       .options = {{Option::Kind::positional,
                    "timecode",
-                   "Hours, minutes, seconds and frames; drop frame with \";\". Left out, it is 00:00:00:00",
+                   "Such as 01:02:03:04, or 01:02:03;04 for drop frame; left out, 00:00:00:00",
                    "TEXT",
                    {},
                    true},
                   {Option::Kind::value, "rate", "Also show the frame number at this rate", "VALUE|NUM/DEN"},
                   {Option::Kind::value, "frames", "Show the timecode this many frames on, at the rate", "N"},
                   {Option::Kind::flag, "json",
-                   "Print JSON: properForm (of the text), components (encoded), timecodeString, with a rate "
-                   "frameNumber (or null)"}},
+                   "Print JSON: properForm, components, timecodeString, frameNumber, fault"}},
       .action =
           [](const Arguments& arguments) {
             const Reading reading = readArguments(arguments);
