@@ -34,6 +34,24 @@ std::size_t TextDictionary::slotOf(std::string_view key) const noexcept {
   return place == none ? slotCount() : place;
 }
 
+void TextDictionary::set(std::string_view key, std::string_view value) {
+  const std::uint64_t hash = hashOf(key);
+  if (const Place place = placeOf(key, hash); place != none) {
+    slots_[place].entry.value = value;
+  } else {
+    insert(std::string(key), std::string(value), hash);
+  }
+}
+
+void TextDictionary::setTaken(std::string_view key, std::string&& value) {
+  const std::uint64_t hash = hashOf(key);
+  if (const Place place = placeOf(key, hash); place != none) {
+    slots_[place].entry.value = std::move(value);
+  } else {
+    insert(std::string(key), std::move(value), hash);
+  }
+}
+
 void TextDictionary::setMoved(std::string&& key, std::string&& value) {
   const std::uint64_t hash = hashOf(key);
   if (const Place place = placeOf(key, hash); place != none) {

@@ -62,7 +62,12 @@ class MERIDIAN_API TextDictionary {
   [[nodiscard]] bool contains(std::string_view key) const noexcept { return find(key) != nullptr; }
 
   /// Stores the value under the key, replacing an earlier value.
-  void set(std::string_view key, std::string_view value) { setMoved(std::string(key), std::string(value)); }
+  void set(std::string_view key, std::string_view value);
+  /// The same with a value that is taken over.
+  template <std::same_as<std::string> Text>
+  void set(std::string_view key, Text&& value) {
+    setTaken(key, std::forward<Text>(value));
+  }
   /// The same for two temporary strings, which are taken over.
   template <std::same_as<std::string> Text>
   void set(Text&& key, Text&& value) {
@@ -110,6 +115,7 @@ class MERIDIAN_API TextDictionary {
   static constexpr std::size_t mostWithoutBuckets = 16;
   [[nodiscard]] bool hasBuckets() const noexcept { return !buckets_.empty(); }
   void setMoved(std::string&& key, std::string&& value);
+  void setTaken(std::string_view key, std::string&& value);
   [[nodiscard]] std::uint64_t hashOf(std::string_view key) const noexcept;
   [[nodiscard]] Place placeOf(std::string_view key, std::uint64_t hash) const noexcept;
   void insert(std::string&& key, std::string&& value, std::uint64_t hash);

@@ -221,56 +221,6 @@ std::vector<std::string> TranscodeCliArguments::commandLineArguments() const {
   return elements;
 }
 
-std::optional<std::string_view> TranscodeCliArguments::outputFile() const noexcept {
-  return argumentFlagValue(SAVOutputFileFlag.rawValue());
-}
-
-void TranscodeCliArguments::setOutputFile(std::optional<std::string_view> path) {
-  setArgumentFlagValue(SAVOutputFileFlag.rawValue(), path);
-}
-
-std::optional<SAVTranscodeArgumentFileFormatValue> TranscodeCliArguments::outputFileFormat() const noexcept {
-  const auto text = argumentFlagValue(SAVTranscodeArgumentFileFormatValue::cliFlag());
-  return text ? SAVTranscodeArgumentFileFormatValue::fromRawValue(*text) : std::nullopt;
-}
-
-void TranscodeCliArguments::setOutputFileFormat(std::optional<SAVTranscodeArgumentFileFormatValue> format) {
-  setArgumentFlagValue(SAVTranscodeArgumentFileFormatValue::cliFlag(),
-                       format ? std::optional(format->rawValue()) : std::nullopt);
-}
-
-std::optional<std::string_view> TranscodeCliArguments::progressFile() const noexcept {
-  return argumentFlagValue(SAVProgressFileFlag.rawValue());
-}
-
-void TranscodeCliArguments::setProgressFile(std::optional<std::string_view> path) {
-  setArgumentFlagValue(SAVProgressFileFlag.rawValue(), path);
-}
-
-std::optional<std::string_view> TranscodeCliArguments::progressOutputPrefix() const noexcept {
-  return argumentFlagValue(SAVProgressOutputPrefixFlag.rawValue());
-}
-
-void TranscodeCliArguments::setProgressOutputPrefix(std::optional<std::string_view> prefix) {
-  setArgumentFlagValue(SAVProgressOutputPrefixFlag.rawValue(), prefix);
-}
-
-std::optional<std::string_view> TranscodeCliArguments::workDirectory() const noexcept {
-  return argumentFlagValue(SAVWorkDirectoryFlag.rawValue());
-}
-
-void TranscodeCliArguments::setWorkDirectory(std::optional<std::string_view> path) {
-  setArgumentFlagValue(SAVWorkDirectoryFlag.rawValue(), path);
-}
-
-bool TranscodeCliArguments::shouldOverwrite() const noexcept {
-  return hasArgumentFlag(SAVOverwriteExistingFlag.rawValue());
-}
-
-void TranscodeCliArguments::setShouldOverwrite(bool overwrite) {
-  setArgumentFlagValue(SAVOverwriteExistingFlag.rawValue(), overwrite ? std::optional("") : std::nullopt);
-}
-
 void TranscodeCliArguments::enumerateInputFileGroups(
     FunctionRef<void(std::span<const std::string_view> paths, std::int64_t group)> didFindGroup) const {
   const std::vector<InputFile> files = sortedInputFiles(flagValueLookup());

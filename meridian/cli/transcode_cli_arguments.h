@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,8 +14,11 @@
 #include "meridian/base/function_ref.h"
 #include "meridian/base/text_dictionary.h"
 #include "meridian/cli/cli_argument_store.h"
+#include "meridian/cli/transcode_audio_detail.h"
 #include "meridian/cli/transcode_flags.h"
+#include "meridian/cli/transcode_timecode_detail.h"
 #include "meridian/cli/transcode_values.h"
+#include "meridian/cli/transcode_video_detail.h"
 #include "meridian/export.h"
 
 namespace meridian {
@@ -32,7 +36,10 @@ namespace meridian {
 ///
 /// A copy is a store of its own; share one by reference or pointer. A store has no lock. Texts that it hands out as
 /// views are valid until it is changed.
-class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
+class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
+                                                 public MutableTranscodeVideoDetail,
+                                                 public MutableTranscodeAudioDetail,
+                                                 public MutableTranscodeTimecodeDetail {
  public:
   /// The input files by the numbers of their groups.
   using InputFileGroups = std::map<std::int64_t, std::vector<std::string>>;
@@ -157,6 +164,173 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore {
 
   /// The first of the input files; absent when there are none.
   [[nodiscard]] std::optional<std::string_view> firstInputFile() const;
+
+  // The typed settings keep nothing of their own: each reads the text of one flag and writes it anew, absent removing
+  // the flag. What does not read is absent and stays in the store as it is. transcode_properties.h lists which property
+  // stands under which flag, and how.
+
+  /// Whether there is video: that "-vn" is not there, whatever the other video flags say.
+  [[nodiscard]] bool includeVideo() const noexcept { return !omitVideo(); }
+  /// "-vn".
+  [[nodiscard]] bool omitVideo() const noexcept;
+  void setOmitVideo(bool omit);
+
+  [[nodiscard]] std::optional<SAVTranscodeArgumentVideoCodecValue> videoFormat() const override;
+  void setVideoFormat(std::optional<SAVTranscodeArgumentVideoCodecValue> codec) override;
+  [[nodiscard]] std::optional<float> videoFrameRate() const override;
+  void setVideoFrameRate(std::optional<float> framesPerSecond) override;
+  [[nodiscard]] std::optional<Size> videoDimensions() const override;
+  void setVideoDimensions(const std::optional<Size>& size) override;
+  [[nodiscard]] std::optional<float> videoBitRate() const override;
+  void setVideoBitRate(std::optional<float> bitRate) override;
+  [[nodiscard]] std::optional<std::int64_t> videoBitDepth() const override;
+  void setVideoBitDepth(std::optional<std::int64_t> bitDepth) override;
+  [[nodiscard]] bool prepareForWeb() const override;
+  void setPrepareForWeb(bool prepare) override;
+  [[nodiscard]] bool gpuDecode() const override;
+  void setGpuDecode(bool decode) override;
+  [[nodiscard]] bool gpuEncode() const override;
+  void setGpuEncode(bool encode) override;
+  [[nodiscard]] std::optional<std::int64_t> keyFrames() const override;
+  void setKeyFrames(std::optional<std::int64_t> interval) override;
+  [[nodiscard]] std::optional<Url> lutFile() const override;
+  void setLutFile(const std::optional<Url>& file) override;
+  [[nodiscard]] std::optional<SAVTranscodeArgumentAspectRatioValue> aspectScaling() const override;
+  void setAspectScaling(std::optional<SAVTranscodeArgumentAspectRatioValue> scaling) override;
+  [[nodiscard]] std::optional<VideoCropAnchor> videoCropAnchor() const override;
+  void setVideoCropAnchor(std::optional<VideoCropAnchor> anchor) override;
+  [[nodiscard]] std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpace() const override;
+  void setColorSpace(std::optional<SAVTranscodeArgumentColorSpaceValue> space) override;
+  [[nodiscard]] std::optional<std::string_view> videoProfile() const override;
+  void setVideoProfile(std::optional<std::string_view> profile) override;
+
+  /// `videoDimensions` in a box of its own that can be shared; null when there are none.
+  [[nodiscard]] std::shared_ptr<const Size> dimensionsSizeValue() const;
+
+  /// Copies all video settings from another holder, absent ones too.
+  void updateFromVideoDetail(const TranscodeVideoDetail& detail);
+
+  /// Whether there is audio: that "-an" is not there.
+  [[nodiscard]] bool includeAudio() const noexcept { return !omitAudio(); }
+  void setIncludeAudio(bool include) { setOmitAudio(!include); }
+
+  /// Whether the source's audio is passed through unchanged: by "-acopy", and also unless "-acodec" is one of "lpcm",
+  /// "aac" and "apple_lossless". Copying is the default, and an unknown codec copies as well, on purpose.
+  [[nodiscard]] bool copyAudio() const noexcept;
+  /// Sets or removes "-acopy" alone; without a codec audio is copied all the same.
+  void setCopyAudio(bool copy);
+
+  [[nodiscard]] bool omitAudio() const override;
+  void setOmitAudio(bool omit) override;
+  [[nodiscard]] std::optional<SAVTranscodeArgumentAudioFormatValue> audioFormat() const override;
+  void setAudioFormat(std::optional<SAVTranscodeArgumentAudioFormatValue> format) override;
+  [[nodiscard]] std::optional<TranscodeAudioQuality> audioQuality() const override;
+  void setAudioQuality(std::optional<TranscodeAudioQuality> quality) override;
+  [[nodiscard]] std::optional<std::int64_t> sampleRate() const override;
+  void setSampleRate(std::optional<std::int64_t> samplesPerSecond) override;
+  [[nodiscard]] std::optional<std::int64_t> audioBitRate() const override;
+  void setAudioBitRate(std::optional<std::int64_t> bitRate) override;
+  [[nodiscard]] std::optional<std::int64_t> audioBitsPerChannel() const override;
+  void setAudioBitsPerChannel(std::optional<std::int64_t> bits) override;
+  [[nodiscard]] bool audioOutputIsDiscrete() const override;
+  void setAudioOutputIsDiscrete(bool isDiscrete) override;
+  // The layout and the number of channels share "-acl" on purpose: setting one replaces the other. Setting one to
+  // absent leaves a text that reads as the other, so that copying both members of a holder copies what is there.
+  [[nodiscard]] std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> channelLayout() const override;
+  void setChannelLayout(std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> layout) override;
+  [[nodiscard]] std::optional<std::int64_t> channelLayoutTag() const override;
+  void setChannelLayoutTag(std::optional<std::int64_t> tag) override;
+  [[nodiscard]] std::optional<std::int64_t> outputChannels() const override;
+  void setOutputChannels(std::optional<std::int64_t> channels) override;
+
+  [[nodiscard]] std::optional<std::string_view> channelLayoutDescriptions() const;
+  void setChannelLayoutDescriptions(std::optional<std::string_view> descriptions);
+  [[nodiscard]] std::optional<std::int64_t> channelLayoutBitmap() const;
+  void setChannelLayoutBitmap(std::optional<std::int64_t> bitmap);
+
+  /// Calls the block once with each audio track to be left out, in ascending order. A track stands under "-ac_omit_"
+  /// and its number from 0, in decimal, with the empty text: "-ac_omit_2" leaves out the third. Other flags that begin
+  /// with
+  /// "-ac_omit" leave out none. The block must not change the store.
+  void enumerateIgnoredAudioFileTracks(FunctionRef<void(std::int64_t track)> shouldIgnore) const;
+  /// Leaves out these tracks and no others; negative numbers are none. Removes every flag that begins with "-ac_omit".
+  void setIgnoredAudioFileTracks(std::span<const std::int64_t> tracks);
+
+  /// Copies all audio settings from another holder, absent ones too.
+  void updateFromAudioDetail(const TranscodeAudioDetail& detail);
+
+  /// Whether the output has timecode: a track, burnt in, or both. It has no flag of its own.
+  [[nodiscard]] bool includeTimecode() const override;
+  /// True adds a track unless there is a track or a burn-in; false removes both.
+  void setIncludeTimecode(bool include) override;
+
+  /// The source of the timecode: "-tc_custom" when it holds a timecode, else "-tc_creation", else "-tc_match".
+  [[nodiscard]] std::optional<TimecodeSource> timecodeSource() const override;
+  /// Leaves the flag of this source alone of the three; a custom source without a timecode gets 00:00:00:00.
+  void setTimecodeSource(std::optional<TimecodeSource> source) override;
+  /// Setting a timecode makes the source custom.
+  [[nodiscard]] std::optional<TimecodeComponents> timecode() const override;
+  void setTimecode(const std::optional<TimecodeComponents>& timecode) override;
+  [[nodiscard]] std::optional<float> timecodeFrameRate() const override;
+  void setTimecodeFrameRate(std::optional<float> framesPerSecond) override;
+  [[nodiscard]] bool timecodeIsDropFrame() const override;
+  void setTimecodeIsDropFrame(bool isDropFrame) override;
+  [[nodiscard]] bool addTimecodeTrack() const override;
+  void setAddTimecodeTrack(bool add) override;
+  [[nodiscard]] bool addTimecodeBurn() const override;
+  void setAddTimecodeBurn(bool add) override;
+  [[nodiscard]] std::optional<SAVTranscodeArgumentOverlayAnchorValue> timecodeBurnAnchor() const override;
+  void setTimecodeBurnAnchor(std::optional<SAVTranscodeArgumentOverlayAnchorValue> anchor) override;
+  [[nodiscard]] std::optional<std::int64_t> timecodeBurnFontSize() const override;
+  void setTimecodeBurnFontSize(std::optional<std::int64_t> size) override;
+  [[nodiscard]] std::optional<RgbColor> timecodeBurnFontColor() const override;
+  void setTimecodeBurnFontColor(std::optional<RgbColor> color) override;
+  [[nodiscard]] std::optional<RgbColor> timecodeBurnBoxColor() const override;
+  void setTimecodeBurnBoxColor(std::optional<RgbColor> color) override;
+
+  /// Copies all timecode settings from another holder, absent ones too.
+  void updateFromTimecodeDetail(const TranscodeTimecodeDetail& detail);
+
+  /// The picture that is burnt in as a watermark, and where and how large: 1 is the picture's own size.
+  [[nodiscard]] std::optional<Url> watermarkFile() const;
+  void setWatermarkFile(const std::optional<Url>& file);
+  [[nodiscard]] std::optional<SAVTranscodeArgumentOverlayAnchorValue> watermarkFileAnchor() const;
+  void setWatermarkFileAnchor(std::optional<SAVTranscodeArgumentOverlayAnchorValue> anchor);
+  [[nodiscard]] std::optional<float> watermarkFileScale() const;
+  void setWatermarkFileScale(std::optional<float> scale);
+
+  /// The text that is burnt in as a watermark; its font size is in points.
+  [[nodiscard]] bool addWatermarkText() const;
+  void setAddWatermarkText(bool add);
+  [[nodiscard]] std::optional<std::string_view> watermarkText() const;
+  void setWatermarkText(std::optional<std::string_view> text);
+  [[nodiscard]] std::optional<std::int64_t> watermarkTextFontSize() const;
+  void setWatermarkTextFontSize(std::optional<std::int64_t> size);
+  [[nodiscard]] std::optional<SAVTranscodeArgumentOverlayAnchorValue> watermarkTextAnchor() const;
+  void setWatermarkTextAnchor(std::optional<SAVTranscodeArgumentOverlayAnchorValue> anchor);
+  [[nodiscard]] std::optional<RgbColor> watermarkTextFontColor() const;
+  void setWatermarkTextFontColor(std::optional<RgbColor> color);
+  [[nodiscard]] std::optional<RgbColor> watermarkTextBoxColor() const;
+  void setWatermarkTextBoxColor(std::optional<RgbColor> color);
+
+  /// The colour settings of a camera's look file.
+  [[nodiscard]] std::optional<std::string_view> lookColorSpace() const;
+  void setLookColorSpace(std::optional<std::string_view> space);
+  [[nodiscard]] std::optional<std::string_view> lookWhitePoint() const;
+  void setLookWhitePoint(std::optional<std::string_view> whitePoint);
+  [[nodiscard]] std::optional<std::string_view> lookCurve() const;
+  void setLookCurve(std::optional<std::string_view> curve);
+  [[nodiscard]] std::optional<std::string_view> lookInvalidResolution() const;
+  void setLookInvalidResolution(std::optional<std::string_view> resolution);
+
+  /// Whether the command line asks the transcoder for a listing or a piece of information.
+  [[nodiscard]] bool isRequested(SAVTranscodeCliCommand command) const noexcept;
+  void setRequested(SAVTranscodeCliCommand command, bool isRequested);
+
+  /// Whether the source has to be analysed before the transcode can be planned: there is video, its size is to change
+  /// ("-dims" is there), and the aspect scaling is one that needs the source's own shape ("-aspect_scaling" is there
+  /// and is not "match").
+  [[nodiscard]] bool sourceFileAnalysisRequired() const noexcept;
 
  private:
   Stored stored_;

@@ -6,9 +6,12 @@
 #include <unordered_map>
 #include <utility>
 
+#include "meridian/base/numbers.h"
 #include "meridian/base/text.h"
 #include "meridian/cli/argument_reading.h"
 #include "meridian/cli/nearest_text.h"
+#include "meridian/cli/transcode_detail_values.h"
+#include "meridian/media/video_frame_rate.h"
 
 namespace meridian {
 namespace {
@@ -42,6 +45,25 @@ struct Trace {
   }
 };
 
+/// A number as people write it: "1920", "23.976".
+std::string plainNumber(double number) {
+  std::string text = shortestDecimalText(number);
+  if (text.ends_with(".0")) text.resize(text.size() - 2);
+  return text;
+}
+
+/// "23.976 fps = 24000/1001": the rate, and the standard rate that it is.
+std::string rateMeaning(std::string_view text) {
+  const auto number = doubleFromText(text);
+  const auto rational = number ? MediaRational::fromRawValue(*number) : std::nullopt;
+  const auto rate = rational ? VideoFrameRate::matching(*rational) : std::nullopt;
+  if (!rate || rate->rawValue().rawValue() <= 0) return "no frame rate: it has to be above 0";
+  std::string meaning = plainNumber(*number) + " fps";
+  if (rate->kind() == VideoFrameRateKind::custom) return meaning + ", no standard rate";
+  const auto [numerator, denominator] = rate->rawValue();
+  return meaning + (denominator == 1 ? "" : " = " + std::to_string(numerator) + "/" + std::to_string(denominator));
+}
+
 const std::string* valueInPreset(TranscodeCliPreset preset, std::string_view flag) {
   return presetArguments(preset).find(flag);
 }
@@ -70,6 +92,97 @@ void notePreset(std::vector<ExplainedPreset>& presets, TranscodeCliPreset preset
   std::ranges::move(earlierNames, std::back_inserter(found->earlierNames));
 }
 
+/// The typed value for people; empty where it would say no more than the text does.
+std::string meaningOf(const TranscodeProperty& property, const PropertyValue& value, std::string_view text) {
+  if (const auto* const size = std::get_if<Size>(&value)) {
+    return plainNumber(size->width) + " x " + plainNumber(size->height);
+  }
+  if (std::holds_alternative<float>(value)) {
+    if (property.name != "videoFrameRate" && property.name != "timecodeFrameRate") return "";
+    return rateMeaning(text);
+  }
+  if (const auto* const color = std::get_if<RgbColor>(&value)) {
+    return "red " + std::to_string(color->red) + ", green " + std::to_string(color->green) + ", blue " +
+           std::to_string(color->blue);
+  }
+  if (property.kind == PropertyKind::cropAnchor || property.kind == PropertyKind::overlayAnchor) {
+    if (const auto anchor = fromRawValue<VideoCropAnchor>(std::get<std::string>(value))) {
+      return lowercased(description(*anchor));
+    }
+  }
+  return "";
+}
+
+/// A text near this one that reads as the property: without its blanks, in lower case, or as one of the allowed texts.
+std::optional<std::string> readableTextFor(const TranscodeProperty& property, std::string_view text) {
+  const auto reads = [&property](std::string_view candidate) {
+    return !candidate.empty() && valueOfText(property, candidate).has_value();
+  };
+  std::string compact(text);
+  std::erase_if(compact, [](char c) { return c == ' ' || c == '\t'; });
+  std::string withPoint = compact;
+  std::ranges::replace(withPoint, ',', '.');
+  std::string withX = compact;
+  std::ranges::replace(withX, '*', 'x');
+  if (const std::size_t cross = withX.find("\u00D7"); cross != std::string::npos) withX.replace(cross, 2, "x");
+  for (const std::string& candidate : {compact, withX, withPoint}) {
+    if (reads(candidate)) return candidate;
+  }
+  if (property.kind == PropertyKind::timecode) {
+    const DecomposedTimecode read = TimecodeComponents::decomposeTimecodeString(compact);
+    const std::string whole = TimecodeComponents::sanitizedTimecode(compact).timecodeString();
+    if (read.hours && read.minutes && read.seconds && read.frames && reads(whole)) return whole;
+    return std::nullopt;
+  }
+  const std::vector<std::string_view> allowed = allowedTexts(property);
+  // What differs in case alone was lower-cased in reading, and would be again.
+  if (std::ranges::any_of(allowed, [&](std::string_view each) { return equalsIgnoringCase(each, compact); })) {
+    return std::nullopt;
+  }
+  if (const auto nearest = nearestText(compact, allowed)) return std::string(*nearest);
+  return std::nullopt;
+}
+
+void explainType(ExplainedSetting& setting) {
+  for (const TranscodeProperty& property : transcodeProperties) {
+    if (property.flag != setting.flag) continue;
+    const auto typed = valueOfText(property, setting.value);
+    // Of two properties under one flag the first that reads counts, else the first.
+    if (setting.property != nullptr && !typed) continue;
+    setting.property = &property;
+    setting.typed = typed;
+    if (typed) break;
+  }
+  if (setting.property == nullptr) return;
+  if (setting.typed) {
+    setting.meaning = meaningOf(*setting.property, *setting.typed, setting.value);
+  } else if (!setting.value.empty()) {
+    setting.readableText = readableTextFor(*setting.property, setting.value);
+  }
+}
+
+/// What the settings mean together.
+std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
+  std::vector<std::string> notes;
+  if (arguments.flagValueLookup().empty()) return notes;
+  if (!arguments.includeVideo()) notes.emplace_back("video is left out");
+  if (!arguments.includeAudio()) {
+    notes.emplace_back("audio is left out");
+  } else if (arguments.copyAudio()) {
+    std::string reason = "no codec is given";
+    if (arguments.hasArgumentFlag(SAVCopyAudioFlag.rawValue())) {
+      reason = "-acopy asks for it";
+    } else if (arguments.hasArgumentFlag(SAVAudioFormatFlag.rawValue())) {
+      reason = "its codec is none that can be encoded";
+    }
+    notes.push_back("audio is copied because " + reason);
+  }
+  if (arguments.sourceFileAnalysisRequired()) {
+    notes.emplace_back("the source has to be analysed first, for the shape of its picture");
+  }
+  return notes;
+}
+
 ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trace& trace,
                                   std::span<const ExplainedPreset> presets) {
   ExplainedSetting setting;
@@ -91,6 +204,7 @@ ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trac
     if (setting.preset) setting.presetValue = *valueInPreset(*setting.preset, entry.key);
   }
 
+  explainType(setting);
   const auto contained = containedKnownFlag(entry.key);
   setting.remark = remarkOn(setting, contained);
   if (setting.remark == SettingRemark::acceptedByContainment) setting.containedFlag = contained;
@@ -155,6 +269,7 @@ TranscodeExplanation explain(std::span<const std::string_view> words, bool maint
   explanation.arguments.enumerateUnknownFlags([&](std::string_view flag, std::string_view value) {
     explanation.rejections.push_back(explainedRejection(flag, value, trace));
   });
+  explanation.notes = notesOn(explanation.arguments);
   return explanation;
 }
 

@@ -12,6 +12,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/cli/transcode_preset.h"
+#include "meridian/cli/transcode_properties.h"
 #include "meridian/export.h"
 
 namespace meridian {
@@ -68,6 +69,15 @@ struct ExplainedSetting {
   std::optional<SettingRemark> remark;
   /// The known flag that the flag contains, for `acceptedByContainment`.
   std::optional<std::string_view> containedFlag;
+  /// The property that stands under the flag: of two that share it the one as which the text reads. Null for a flag
+  /// that is no property, such as an input file or a listing command.
+  const TranscodeProperty* property = nullptr;
+  /// What the text reads as; absent when it does not read as its property.
+  std::optional<PropertyValue> typed;
+  /// The typed value for people: "1920 x 1080", "23.976 fps = 24000/1001"; empty where the text says it already.
+  std::string meaning;
+  /// What could be written where the text does not read: "1280x720" for "1280 x 720".
+  std::optional<std::string> readableText;
 };
 
 /// A preset whose settings were merged into those given.
@@ -106,6 +116,8 @@ struct TranscodeExplanation {
   std::vector<ExplainedPreset> presets;
   std::vector<ExplainedRejection> rejections;
   std::vector<DroppedWord> droppedWords;
+  /// What the settings mean together, in sentences: "video is left out".
+  std::vector<std::string> notes;
 };
 
 /// Explains an argument vector, without a program path.

@@ -1,0 +1,164 @@
+// The accessor kinds of the typed properties, each written once: how a text reads as a value, and a value is written.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "meridian/base/enumeration.h"
+#include "meridian/base/numbers.h"
+#include "meridian/base/text_dictionary.h"
+#include "meridian/cli/dimensions_text.h"
+#include "meridian/cli/transcode_detail_values.h"
+#include "meridian/cli/transcode_properties.h"
+#include "meridian/cli/transcode_values.h"
+#include "meridian/platform/url.h"
+
+namespace meridian {
+
+/// Specialised for each kind but `onOff`: `Value`, `read(text)`, and `write(value)`, whose result is or becomes a text.
+template <PropertyKind kind>
+struct PropertyAccess;
+
+template <>
+struct PropertyAccess<PropertyKind::text> {
+  using Value = std::string_view;
+  static std::optional<Value> read(std::string_view text) noexcept { return text; }
+  static std::string_view write(Value value) noexcept { return value; }
+};
+
+template <>
+struct PropertyAccess<PropertyKind::file> {
+  using Value = Url;
+  static std::optional<Value> read(std::string_view text) { return Url::fromFilePath(std::string(text)); }
+  static std::string_view write(const Value& value) noexcept { return value.path(); }
+};
+
+template <>
+struct PropertyAccess<PropertyKind::number> {
+  using Value = float;
+  static std::optional<Value> read(std::string_view text) noexcept { return floatFromText(text); }
+  static std::string write(Value value) { return shortestDecimalText(value); }
+};
+
+template <>
+struct PropertyAccess<PropertyKind::integer> {
+  using Value = std::int64_t;
+  static std::optional<Value> read(std::string_view text) noexcept { return integerFromText(text); }
+  static std::string write(Value value) { return std::to_string(value); }
+};
+
+template <>
+struct PropertyAccess<PropertyKind::dimensions> {
+  using Value = Size;
+  static std::optional<Value> read(std::string_view text) noexcept { return sizeFromDimensionsText(text); }
+  static std::string write(const Value& value) { return dimensionsTextOfSize(value); }
+};
+
+template <>
+struct PropertyAccess<PropertyKind::timecode> {
+  using Value = TimecodeComponents;
+  static std::optional<Value> read(std::string_view text) noexcept { return TimecodeComponents::fromTimecode(text); }
+  static std::string write(const Value& value) { return value.timecodeString(); }
+};
+
+template <>
+struct PropertyAccess<PropertyKind::color> {
+  using Value = RgbColor;
+  static std::optional<Value> read(std::string_view text) noexcept { return RgbColor::fromText(text); }
+  static std::string write(const Value& value) { return value.text(); }
+};
+
+/// One of a value type's cases, by its exact text.
+template <typename ValueType>
+struct EnumeratedTextAccess {
+  using Value = ValueType;
+  static std::optional<Value> read(std::string_view text) noexcept { return Value::fromRawValue(text); }
+  static std::string_view write(Value value) noexcept { return value.rawValue(); }
+  static auto cases() noexcept { return Value::allCases(); }
+};
+
+/// One of an enumeration's cases, by its exact raw value.
+template <TabledEnumeration Enumeration>
+struct EnumeratedTextAccess<Enumeration> {
+  using Value = Enumeration;
+  static std::optional<Value> read(std::string_view text) noexcept { return fromRawValue<Value>(text); }
+  static std::string_view write(Value value) noexcept { return rawValue(value); }
+  static const auto& cases() noexcept { return allCases<Value>(); }
+};
+
+template <>
+struct PropertyAccess<PropertyKind::fileFormat> : EnumeratedTextAccess<SAVTranscodeArgumentFileFormatValue> {};
+template <>
+struct PropertyAccess<PropertyKind::videoCodec> : EnumeratedTextAccess<SAVTranscodeArgumentVideoCodecValue> {};
+template <>
+struct PropertyAccess<PropertyKind::aspectRatio> : EnumeratedTextAccess<SAVTranscodeArgumentAspectRatioValue> {};
+template <>
+struct PropertyAccess<PropertyKind::cropAnchor> : EnumeratedTextAccess<VideoCropAnchor> {};
+template <>
+struct PropertyAccess<PropertyKind::overlayAnchor> : EnumeratedTextAccess<SAVTranscodeArgumentOverlayAnchorValue> {};
+template <>
+struct PropertyAccess<PropertyKind::colorSpace> : EnumeratedTextAccess<SAVTranscodeArgumentColorSpaceValue> {};
+template <>
+struct PropertyAccess<PropertyKind::audioFormat> : EnumeratedTextAccess<SAVTranscodeArgumentAudioFormatValue> {};
+template <>
+struct PropertyAccess<PropertyKind::audioQuality> : EnumeratedTextAccess<TranscodeAudioQuality> {};
+template <>
+struct PropertyAccess<PropertyKind::channelLayout> : EnumeratedTextAccess<SAVTranscodeArgumentAudioChannelLayoutValue> {
+};
+
+/// A property's name as a template argument.
+template <std::size_t size>
+struct PropertyName {
+  // NOLINTNEXTLINE(google-explicit-constructor): a name is written as the text that it is.
+  consteval PropertyName(const char (&name)[size]) { std::copy_n(name, size, text); }
+  char text[size]{};
+};
+
+/// The property of this name; one that is not in the list does not compile.
+template <PropertyName name>
+inline constexpr TranscodeProperty propertyNamed = [] {
+  const TranscodeProperty* const found = findProperty(name.text);
+  if (found == nullptr) throw "the list has no property of this name";
+  return *found;
+}();
+
+template <PropertyName name>
+using AccessOf = PropertyAccess<propertyNamed<name>.kind>;
+
+/// Reads the property: true or false, or a value that is absent when the flag is not there or does not read.
+template <PropertyName name>
+auto getProperty(const TextDictionary& store) {
+  constexpr TranscodeProperty property = propertyNamed<name>;
+  const std::string* const text = store.find(property.flag);
+  if constexpr (property.kind == PropertyKind::onOff) {
+    return text != nullptr;
+  } else {
+    return text == nullptr ? std::optional<typename AccessOf<name>::Value>() : AccessOf<name>::read(*text);
+  }
+}
+
+template <PropertyName name>
+  requires(propertyNamed<name>.kind == PropertyKind::onOff)
+void setProperty(TextDictionary& store, bool isOn) {
+  if (isOn) {
+    store.set(propertyNamed<name>.flag, "");
+  } else {
+    store.erase(propertyNamed<name>.flag);
+  }
+}
+
+template <PropertyName name>
+  requires(propertyNamed<name>.kind != PropertyKind::onOff)
+void setProperty(TextDictionary& store, const std::optional<typename AccessOf<name>::Value>& value) {
+  if (value) {
+    store.set(propertyNamed<name>.flag, AccessOf<name>::write(*value));
+  } else {
+    store.erase(propertyNamed<name>.flag);
+  }
+}
+
+}  // namespace meridian

@@ -1,0 +1,69 @@
+// The audio settings of a transcode as an interface: read, or read and set.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "meridian/cli/transcode_detail_values.h"
+#include "meridian/cli/transcode_values.h"
+#include "meridian/export.h"
+
+namespace meridian {
+
+/// The audio settings of a transcode, wherever they are held.
+class MERIDIAN_API TranscodeAudioDetail {
+ public:
+  virtual ~TranscodeAudioDetail();
+
+  /// Whether there is no audio.
+  [[nodiscard]] virtual bool omitAudio() const = 0;
+  [[nodiscard]] virtual std::optional<SAVTranscodeArgumentAudioFormatValue> audioFormat() const = 0;
+  [[nodiscard]] virtual std::optional<TranscodeAudioQuality> audioQuality() const = 0;
+  /// Samples per second.
+  [[nodiscard]] virtual std::optional<std::int64_t> sampleRate() const = 0;
+  /// Bits per second.
+  [[nodiscard]] virtual std::optional<std::int64_t> audioBitRate() const = 0;
+  /// Bits per sample of a channel.
+  [[nodiscard]] virtual std::optional<std::int64_t> audioBitsPerChannel() const = 0;
+  /// Whether each channel is a track of its own.
+  [[nodiscard]] virtual bool audioOutputIsDiscrete() const = 0;
+  /// The layout of the channels. It shares its place with `outputChannels`: setting one replaces the other, on purpose.
+  [[nodiscard]] virtual std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> channelLayout() const = 0;
+  /// The platform's number of the layout.
+  [[nodiscard]] virtual std::optional<std::int64_t> channelLayoutTag() const = 0;
+  /// The number of channels; see `channelLayout`.
+  [[nodiscard]] virtual std::optional<std::int64_t> outputChannels() const = 0;
+
+ protected:
+  TranscodeAudioDetail() = default;
+  TranscodeAudioDetail(const TranscodeAudioDetail&) = default;
+  TranscodeAudioDetail& operator=(const TranscodeAudioDetail&) = default;
+  TranscodeAudioDetail(TranscodeAudioDetail&&) = default;
+  TranscodeAudioDetail& operator=(TranscodeAudioDetail&&) = default;
+};
+
+/// The same settings, each to be set as well. An absent value, or false, takes the setting away.
+class MERIDIAN_API MutableTranscodeAudioDetail : public TranscodeAudioDetail {
+ public:
+  ~MutableTranscodeAudioDetail() override;
+
+  virtual void setOmitAudio(bool omit) = 0;
+  virtual void setAudioFormat(std::optional<SAVTranscodeArgumentAudioFormatValue> format) = 0;
+  virtual void setAudioQuality(std::optional<TranscodeAudioQuality> quality) = 0;
+  virtual void setSampleRate(std::optional<std::int64_t> samplesPerSecond) = 0;
+  virtual void setAudioBitRate(std::optional<std::int64_t> bitRate) = 0;
+  virtual void setAudioBitsPerChannel(std::optional<std::int64_t> bits) = 0;
+  virtual void setAudioOutputIsDiscrete(bool isDiscrete) = 0;
+  virtual void setChannelLayout(std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> layout) = 0;
+  virtual void setChannelLayoutTag(std::optional<std::int64_t> tag) = 0;
+  virtual void setOutputChannels(std::optional<std::int64_t> channels) = 0;
+
+ protected:
+  MutableTranscodeAudioDetail() = default;
+  MutableTranscodeAudioDetail(const MutableTranscodeAudioDetail&) = default;
+  MutableTranscodeAudioDetail& operator=(const MutableTranscodeAudioDetail&) = default;
+  MutableTranscodeAudioDetail(MutableTranscodeAudioDetail&&) = default;
+  MutableTranscodeAudioDetail& operator=(MutableTranscodeAudioDetail&&) = default;
+};
+
+}  // namespace meridian

@@ -1,0 +1,39 @@
+// Colours of burnt-in texts.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "meridian/base/combined_hash.h"
+#include "meridian/export.h"
+
+namespace meridian {
+
+/// A colour by its code values, 0 to 255, in the colour space of the output.
+struct RgbColor {
+  std::uint8_t red = 0;
+  std::uint8_t green = 0;
+  std::uint8_t blue = 0;
+
+  /// Reads three numbers from 0 to 255, apart by commas, semicolons or blanks ("255,128,0", "255, 128, 0"), or
+  /// hexadecimal digits ("#ff8000", "ff8000", "#f80"), in any case, with blanks around. Absent for anything else.
+  [[nodiscard]] MERIDIAN_API static std::optional<RgbColor> fromText(std::string_view text) noexcept;
+
+  /// The form in which colours are stored: "255,128,0". It needs no quoting in a shell.
+  [[nodiscard]] MERIDIAN_API std::string text() const;
+
+  friend constexpr bool operator==(const RgbColor&, const RgbColor&) = default;
+};
+
+}  // namespace meridian
+
+template <>
+struct std::hash<meridian::RgbColor> {
+  [[nodiscard]] constexpr std::size_t operator()(const meridian::RgbColor& color) const noexcept {
+    return meridian::combinedHash(color.red, color.green, color.blue);
+  }
+};
