@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -168,9 +169,9 @@ TEST(Command, WrongUsageEndsWithTwoAndSaysWhatToDo) {
 }
 
 TEST(Command, EverySubcommandHasHelpWithAnExample) {
-  for (const Words& options :
-       {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"}, Words{"extensions"},
-        Words{"rate"}, Words{"timecode"}, Words{"dimension"}, Words{"completion"}, Words{"manual"}, Words{}}) {
+  for (const Words& options : {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"},
+                               Words{"extensions"}, Words{"set"}, Words{"rate"}, Words{"timecode"}, Words{"dimension"},
+                               Words{"completion"}, Words{"manual"}, Words{}}) {
     Words help = options;
     help.emplace_back("--help");
     const Outcome outcome = meridianWith(help);
@@ -196,6 +197,69 @@ TEST(Command, VocabularyComesOutWhole) {
   EXPECT_EQ(extensions["groups"].size(), fileExtensionGroups.size());
   EXPECT_EQ(meridianWith({"extensions", "--group", "sidecarFileExtensions"}).output, "bak\n");
   EXPECT_EQ(meridianWith({"extensions", "--json", "--group", "sidecarFileExtensions"}).output, "[\n  \"bak\"\n]\n");
+}
+
+TEST(Command, ExplainShowsWhatTextsReadAs) {
+  const Words words{"-vr",  "23.976", "-dims", "1280 x 720", "-vn",        "-in_0_0", "/a",
+                    "-acl", "5",      "-vbd",  "ten",        "-tc_custom", "1:2:3;4", "-c_space",
+                    "SRGB", "-clut",  "/a",    "-asr",       "48000",      "-vbr",    "8.5"};
+  const Outcome shown = meridianWith({"explain"}, words);
+  for (const std::string text :
+       {"23.976 fps = 24000/1001", "\"1280 x 720\" does not read as a size; write 1280x720", "video is left out",
+        "audio is copied because no codec is given", "\"ten\" does not read as a whole number", "write 01:02:03;04",
+        "sRGB cannot be said on a command line"}) {
+    EXPECT_THAT(shown.output, HasSubstr(text));
+  }
+  const json document = json::parse(meridianWith({"explain", "--json"}, words).output);
+  std::map<std::string, std::string> typed;
+  for (const json& setting : document["settings"]) {
+    typed[setting["flag"]] = setting["property"].dump() + " " + setting["typed"].dump();
+  }
+  EXPECT_EQ(typed["-vr"], R"("videoFrameRate" 23.976)");
+  EXPECT_EQ(typed["-dims"], R"("videoDimensions" null)");
+  EXPECT_EQ(typed["-vn"], R"("omitVideo" true)");
+  EXPECT_EQ(typed["-acl"], R"("outputChannels" 5)");
+  EXPECT_EQ(typed["-in_0_0"], "null null");
+  EXPECT_EQ(typed["-clut"], R"("lutFile" "/a")");
+  EXPECT_EQ(document["notes"].size(), 2U);
+}
+
+TEST(Command, SetEditsThroughTheProperties) {
+  const auto set = [](const Words& assignments, const Words& words) {
+    Words options{"set", "--keep-order", "--json"};
+    options.insert(options.end(), assignments.begin(), assignments.end());
+    const Outcome outcome = meridianWith(options, words);
+    return outcome.status == 0 ? json::parse(outcome.output).get<Words>() : Words{outcome.errors};
+  };
+  EXPECT_EQ(set({"videoFormat=H264", "videoFrameRate=", "videoBitRate=3", "gpuDecode=on"},
+                {"-vr", "25", "-vcodec", "h265", "-out", "/a"}),
+            (Words{"-vcodec", "h264", "-out", "/a", "-vbr", "3.0", "-gpu_decoding", ""}));
+  EXPECT_EQ(set({"inputFiles=/b", "inputFiles=/c d", "includeVideo=false"}, {"-in_1_0", "/a"}),
+            (Words{"-in_0_0", "/b", "-in_0_1", "/c d", "-vn", ""}));
+  EXPECT_EQ(set({"timecode=01:00:00;00"}, {"-tc_match"}), (Words{"-tc_custom", "01:00:00;00"}));
+  EXPECT_EQ(set({"ignoredAudioFileTracks=0, 2", "watermarkText=A=B"}, {}),
+            (Words{"-ac_omit_0", "", "-ac_omit_2", "", "-wmt_text", "A=B"}));
+  struct Case {
+    std::string assignment;
+    int status;
+    std::string message;
+  };
+  const Case cases[]{
+      {"videoFormat=vp9", 1, "\"vp9\" does not read as videoFormat; it takes a video codec: dnxhd, h264"},
+      {"videoDimensions=1280 x 720", 1, "a size, such as 1920x1080"},
+      {"gpuDecode=maybe", 1, "true or false"},
+      {"copyAudio=", 1, "true or false"},
+      {"VideoFormat=h264", 1, "there is no property \"VideoFormat\"; there is:\n  inputFiles"},
+      {"\x1b[2J=1", 1, "\\x1b[2J"},
+      {"ignoredAudioFileTracks=-1", 1, "such as 0,2"},
+      {"timecode=1:2", 1, "a timecode, such as 01:00:00:00"},
+      {"videoFormat", 2, "write PROPERTY=VALUE"}};
+  for (const auto& [assignment, status, message] : cases) {
+    const Outcome outcome = meridianWith({"set", assignment}, Words{"-web"});
+    EXPECT_EQ(outcome.status, status) << assignment;
+    EXPECT_THAT(outcome.errors, HasSubstr(message));
+    EXPECT_THAT(outcome.output, IsEmpty());
+  }
 }
 
 TEST(Command, RateShowsWhatItIsMatchedTo) {

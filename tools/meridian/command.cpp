@@ -9,9 +9,9 @@ std::optional<std::string> Arguments::value(std::string_view name) const {
 }
 
 std::vector<Subcommand> allSubcommands() {
-  return {parseCommand(),     renderCommand(),     explainCommand(), flagsCommand(),
-          presetsCommand(),   extensionsCommand(), rateCommand(),    timecodeCommand(),
-          dimensionCommand(), completionCommand(), manualCommand()};
+  return {parseCommand(),    renderCommand(),    explainCommand(),    setCommand(),
+          flagsCommand(),    presetsCommand(),   extensionsCommand(), rateCommand(),
+          timecodeCommand(), dimensionCommand(), completionCommand(), manualCommand()};
 }
 
 }  // namespace meridian::command

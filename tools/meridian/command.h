@@ -21,6 +21,12 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Words that were understood but are refused; ends the command with `refused`. The text is safe for a terminal.
+class Refusal : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 struct Option {
   enum class Kind { flag, value, positional };
 
@@ -34,6 +40,8 @@ struct Option {
   std::vector<std::string_view> choices = {};
   /// Whether a positional may be left out.
   bool optional = false;
+  /// Whether a positional takes all the words there are.
+  bool repeated = false;
 };
 
 /// What a subcommand was called with.
@@ -63,6 +71,7 @@ struct Subcommand {
 [[nodiscard]] Subcommand parseCommand();
 [[nodiscard]] Subcommand renderCommand();
 [[nodiscard]] Subcommand explainCommand();
+[[nodiscard]] Subcommand setCommand();
 [[nodiscard]] Subcommand flagsCommand();
 [[nodiscard]] Subcommand presetsCommand();
 [[nodiscard]] Subcommand extensionsCommand();

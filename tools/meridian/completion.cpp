@@ -1,10 +1,11 @@
 // meridian completion: the shell's completion script, made from the command's own definitions and the vocabulary.
 #include <iostream>
+#include <utility>
 #include <vector>
 
 #include "meridian/cli/transcode_flags.h"
 #include "meridian/cli/transcode_preset.h"
-#include "meridian/cli/transcode_values.h"
+#include "meridian/cli/transcode_properties.h"
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
@@ -16,32 +17,14 @@ struct FlagValues {
   std::vector<std::string_view> values;
 };
 
-template <typename Value>
-FlagValues valuesOf(std::string_view flag = Value::cliFlag()) {
-  FlagValues result{flag, {}};
-  for (const Value& value : Value::allCases()) result.values.push_back(value.rawValue());
-  return result;
-}
-
-/// An anchor belongs to no flag of its own; several take one.
-constexpr auto anchorsOf = valuesOf<SAVTranscodeArgumentOverlayAnchorValue>;
-
 std::vector<FlagValues> allFlagValues() {
   FlagValues presets{SAVPresetFlag.rawValue(), {}};
   for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) presets.values.push_back(preset(each));
-  return {
-      presets,
-      valuesOf<SAVTranscodeArgumentFileFormatValue>(),
-      valuesOf<SAVTranscodeArgumentVideoCodecValue>(),
-      valuesOf<SAVTranscodeArgumentAspectRatioValue>(),
-      valuesOf<SAVTranscodeArgumentColorSpaceValue>(),
-      valuesOf<SAVTranscodeArgumentAudioFormatValue>(),
-      valuesOf<SAVTranscodeArgumentAudioChannelLayoutValue>(),
-      anchorsOf(SAVVideoAspectCropAnchorFlag.rawValue()),
-      anchorsOf(SAVTimecodeBurnAnchorFlag.rawValue()),
-      anchorsOf(SAVWatermarkFileBurnAnchorFlag.rawValue()),
-      anchorsOf(SAVWatermarkTextBurnAnchorFlag.rawValue()),
-  };
+  std::vector<FlagValues> all{presets};
+  for (const TranscodeProperty& property : transcodeProperties) {
+    if (auto texts = allowedTexts(property); !texts.empty()) all.push_back({property.flag, std::move(texts)});
+  }
+  return all;
 }
 
 template <typename Texts>

@@ -2,8 +2,11 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
+#include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
+#include "meridian/base/text.h"
 #include "meridian/cli/transcode_explanation.h"
+#include "meridian/serialization/media_json.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
 
@@ -30,8 +33,20 @@ std::string sourceOf(const ExplainedSetting& setting) {
   return text;
 }
 
+/// Says that a text does not read as its property, and what would.
+std::optional<std::string> typeWarning(const ExplainedSetting& setting) {
+  if (setting.property == nullptr || setting.typed || setting.value.empty()) return std::nullopt;
+  for (const std::string_view allowed : allowedTexts(*setting.property)) {
+    if (!equalsIgnoringCase(allowed, setting.value)) continue;
+    return std::string(allowed) + " cannot be said on a command line, which is lower-cased in reading";
+  }
+  return inQuotes(setting.value) + " does not read as " + std::string(description(setting.property->kind)) +
+         "; write " + setting.readableText.value_or(expectedForm(*setting.property));
+}
+
 std::vector<std::string> notesOn(const ExplainedSetting& setting) {
   std::vector<std::string> notes;
+  if (const auto warning = typeWarning(setting)) notes.push_back(*warning);
   if (setting.remark) notes.push_back(textOf(setting));
   if (setting.source == SettingSource::repeated) {
     notes.push_back("the last one stays; before: " + joined(setting.earlierValues));
@@ -82,7 +97,8 @@ void printSettings(const TranscodeExplanation& explanation) {
     std::string notes;
     for (const std::string& note : notesOn(setting)) notes += (notes.empty() ? "" : "; ") + note;
     const Style valueStyle = setting.value.empty() ? Style::faint : Style::plain;
-    const Style noteStyle = setting.remark ? Style::warning : Style::faint;
+    const Style noteStyle = setting.remark || typeWarning(setting) ? Style::warning : Style::faint;
+    if (!setting.meaning.empty()) notes = setting.meaning + (notes.empty() ? "" : "; ") + notes;
     rows.push_back({{setting.flag, Style::name},
                     {shownValue(setting.flag, setting.value), valueStyle},
                     {sourceOf(setting), setting.source == SettingSource::preset ? Style::good : Style::plain},
@@ -118,6 +134,28 @@ nlohmann::ordered_json orNull(const auto& optionalText) {
   return optionalText ? nlohmann::ordered_json(*optionalText) : nlohmann::ordered_json();
 }
 
+nlohmann::ordered_json typedAsJson(const std::optional<PropertyValue>& typed) {
+  using Json = nlohmann::ordered_json;
+  if (!typed) return nullptr;
+  return std::visit(
+      [](const auto& value) -> Json {
+        using Value = std::remove_cvref_t<decltype(value)>;
+        if constexpr (std::is_same_v<Value, Size>) {
+          return {{"width", value.width}, {"height", value.height}};
+        } else if constexpr (std::is_same_v<Value, RgbColor>) {
+          return {{"red", value.red}, {"green", value.green}, {"blue", value.blue}};
+        } else if constexpr (std::is_same_v<Value, float>) {
+          // As the number that was written, not as the float's exact value.
+          return Json::parse(shortestDecimalText(value), nullptr, false).is_number()
+                     ? Json::parse(shortestDecimalText(value))
+                     : Json();
+        } else {
+          return value;
+        }
+      },
+      *typed);
+}
+
 nlohmann::ordered_json asJson(const TranscodeExplanation& explanation) {
   using Json = nlohmann::ordered_json;
   Json settings = Json::array();
@@ -125,6 +163,9 @@ nlohmann::ordered_json asJson(const TranscodeExplanation& explanation) {
     settings.push_back({{"flag", setting.flag},
                         {"value", setting.value},
                         {"source", rawValue(setting.source)},
+                        {"property", setting.property != nullptr ? Json(setting.property->name) : Json()},
+                        {"typed", typedAsJson(setting.typed)},
+                        {"readableText", orNull(setting.readableText)},
                         {"preset", setting.preset ? Json(preset(*setting.preset)) : Json()},
                         {"earlierValues", setting.earlierValues},
                         {"presetValue", orNull(setting.presetValue)},
@@ -147,7 +188,11 @@ nlohmann::ordered_json asJson(const TranscodeExplanation& explanation) {
   for (const DroppedWord& word : explanation.droppedWords) {
     dropped.push_back({{"index", word.index}, {"word", word.word}});
   }
-  return {{"settings", settings}, {"presets", presets}, {"rejected", rejected}, {"dropped", dropped}};
+  return {{"settings", settings},
+          {"presets", presets},
+          {"rejected", rejected},
+          {"dropped", dropped},
+          {"notes", explanation.notes}};
 }
 
 }  // namespace
@@ -167,6 +212,10 @@ void printExplanation(std::span<const std::string_view> words) {
   }
   std::cout << summary << '\n';
   if (!explanation.settings.empty()) printSettings(explanation);
+  if (!explanation.notes.empty()) {
+    printHeading("Altogether");
+    for (const std::string& note : explanation.notes) std::cout << "  " << note << '\n';
+  }
   if (!explanation.rejections.empty()) printRejections(explanation);
   if (!explanation.droppedWords.empty()) printDropped(explanation);
 }
@@ -177,7 +226,7 @@ Subcommand explainCommand() {
       .description = "Explain an argument vector: every setting, where it came from, and what was lost",
       .example = "meridian explain -- -preset solvane_cloud -dims 1920x1080 -vcoedc h264 -overwrite a.mov",
       .takesWords = true,
-      .options = {{Option::Kind::flag, "json", "Print JSON: settings, presets, rejected, dropped"}},
+      .options = {{Option::Kind::flag, "json", "Print JSON: settings, presets, rejected, dropped, notes"}},
       .action =
           [](const Arguments& arguments) {
             if (arguments.has("json")) {

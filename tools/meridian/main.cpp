@@ -36,6 +36,9 @@ int main(int argc, char** argv) {
   } catch (const UsageError& error) {
     std::cerr << "meridian: " << error.what() << '\n';
     return wrongUsage;
+  } catch (const Refusal& error) {
+    std::cerr << "meridian: " << error.what() << '\n';
+    return refused;
   } catch (const std::exception& error) {
     std::cerr << "meridian: " << meridian::printable(error.what()) << '\n';
     return refused;

@@ -29,7 +29,8 @@ void printSynopsis(const Subcommand& subcommand) {
   std::cout << bold("meridian " + subcommand.name) << " [" << italic("OPTION") << "...]";
   for (const Option& option : subcommand.options) {
     if (option.kind != Option::Kind::positional) continue;
-    std::cout << ' ' << (option.optional ? "[" + italic(option.valueName) + "]" : italic(option.valueName));
+    const std::string name = italic(option.valueName) + (option.repeated ? "..." : "");
+    std::cout << ' ' << (option.optional ? "[" + name + "]" : name);
   }
   if (subcommand.takesWords) std::cout << ' ' << bold("--") << ' ' << italic("WORD") << "...";
   std::cout << '\n';

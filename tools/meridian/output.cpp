@@ -61,6 +61,16 @@ void printJson(const nlohmann::ordered_json& document) {
   std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
+void printVector(const std::vector<std::string>& vector, const Arguments& arguments) {
+  if (arguments.has("json")) {
+    warnOfInvalidText(arguments.words);
+    printJson(vector);
+    return;
+  }
+  const char end = arguments.has("null") ? '\0' : '\n';
+  for (const std::string& element : vector) std::cout << element << end;
+}
+
 std::string styled(Style style, std::string_view text) {
   if (style == Style::plain || text.empty() || !showsColour()) return std::string(text);
   return std::string(sequenceOf(style)) + std::string(text) + "\x1b[0m";

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "meridian/cli/transcode_cli_arguments.h"
+#include "tools/meridian/command.h"
 
 namespace meridian::command {
 
@@ -19,6 +20,10 @@ bool reportRejected(const TranscodeCliArguments& store);
 
 /// Writes the document and a line end to standard output. Bytes that are not valid UTF-8 become U+FFFD.
 void printJson(const nlohmann::ordered_json& document);
+
+/// Writes an argument vector in the form that the options ask for: a JSON list ("json"), an element up to each NUL
+/// ("null"), or an element a line.
+void printVector(const std::vector<std::string>& vector, const Arguments& arguments);
 
 enum class Style { plain, heading, name, faint, good, warning, bad };
 

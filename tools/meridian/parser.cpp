@@ -39,7 +39,9 @@ CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments
   };
   if (option.kind == Option::Kind::positional) {
     // Named as its value, so that the help's usage line says what stands there.
-    return app.add_option(option.valueName, store, option.help)->type_name("");
+    CLI::Option* const added = app.add_option(option.valueName, store, option.help)->type_name("");
+    if (option.repeated) added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+    return added;
   }
   return app.add_option("--" + option.name, store, option.help)->type_name(option.valueName);
 }

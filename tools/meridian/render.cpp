@@ -1,6 +1,5 @@
 // meridian render: the argument vector after a round trip through the store.
 #include <iostream>
-#include <nlohmann/json.hpp>
 
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "tools/meridian/command.h"
@@ -16,14 +15,7 @@ Status render(const Arguments& arguments) {
     std::cout << store.cliString() << '\n';
     return done;
   }
-  const std::vector<std::string> vector = store.commandLine();
-  if (arguments.has("json")) {
-    warnOfInvalidText(arguments.words);
-    printJson(vector);
-    return done;
-  }
-  const char end = arguments.has("null") ? '\0' : '\n';
-  for (const std::string& element : vector) std::cout << element << end;
+  printVector(store.commandLine(), arguments);
   return done;
 }
 
