@@ -32,6 +32,18 @@ void set(benchmark::State& state) {
   }
 }
 
+/// Takes a setting away and stores it again.
+void removeAndInsert(benchmark::State& state) {
+  TranscodeCliArguments arguments = filledStore();
+  const AllocationsPerIteration allocations(state);
+  for (auto _ : state) {
+    arguments.setVideoFrameRate(std::nullopt);
+    arguments.setVideoFrameRate(23.976F);
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(removeAndInsert)->Name("property_set/remove_and_insert");
+
 using Arguments = TranscodeCliArguments;
 BENCHMARK(get<&Arguments::videoFormat>)->Name("property_get/enumerated");
 BENCHMARK(get<&Arguments::videoFrameRate>)->Name("property_get/float");
@@ -46,6 +58,7 @@ BENCHMARK(set<&Arguments::videoFormat, &Arguments::setVideoFormat>)->Name("prope
 BENCHMARK(set<&Arguments::videoFrameRate, &Arguments::setVideoFrameRate>)->Name("property_set/float");
 BENCHMARK(set<&Arguments::videoBitDepth, &Arguments::setVideoBitDepth>)->Name("property_set/integer");
 BENCHMARK(set<&Arguments::gpuDecode, &Arguments::setGpuDecode>)->Name("property_set/switch");
+BENCHMARK(set<&Arguments::videoProfile, &Arguments::setVideoProfile>)->Name("property_set/text");
 BENCHMARK(set<&Arguments::lutFile, &Arguments::setLutFile>)->Name("property_set/file");
 BENCHMARK(set<&Arguments::videoDimensions, &Arguments::setVideoDimensions>)->Name("property_set/dimensions");
 BENCHMARK(set<&Arguments::timecode, &Arguments::setTimecode>)->Name("property_set/timecode");

@@ -22,11 +22,6 @@ class MERIDIAN_API CliArgumentStore {
   static constexpr std::string_view listPrefix = "[";
   static constexpr std::string_view listValueSeparator = " ";
 
-  CliArgumentStore() = default;
-  CliArgumentStore(const CliArgumentStore&) = default;
-  CliArgumentStore& operator=(const CliArgumentStore&) = default;
-  CliArgumentStore(CliArgumentStore&&) = default;
-  CliArgumentStore& operator=(CliArgumentStore&&) = default;
   virtual ~CliArgumentStore();
 
   /// The elements of the argument vector run together with nothing between them and no quoting. On purpose: it is an
@@ -47,6 +42,13 @@ class MERIDIAN_API CliArgumentStore {
   /// Removes every `listPrefix` character from both ends of the text, splits the rest at every `listValueSeparator`,
   /// and calls the block with each piece in order, empty ones too. A text without the prefix is split all the same.
   static void enumerateListValues(std::string_view list, FunctionRef<void(std::string_view)> block);
+
+ protected:
+  CliArgumentStore() = default;
+  CliArgumentStore(const CliArgumentStore&) = default;
+  CliArgumentStore& operator=(const CliArgumentStore&) = default;
+  CliArgumentStore(CliArgumentStore&&) = default;
+  CliArgumentStore& operator=(CliArgumentStore&&) = default;
 };
 
 }  // namespace meridian

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -113,15 +114,15 @@ struct PropertyAccess<PropertyKind::channelLayout> : EnumeratedTextAccess<SAVTra
 /// A property's name as a template argument.
 template <std::size_t size>
 struct PropertyName {
-  // NOLINTNEXTLINE(google-explicit-constructor): a name is written as the text that it is.
-  consteval PropertyName(const char (&name)[size]) { std::copy_n(name, size, text); }
-  char text[size]{};
+  // NOLINTNEXTLINE(google-explicit-constructor,modernize-avoid-c-arrays): a name is written as the text that it is.
+  consteval PropertyName(const char (&name)[size]) { std::copy_n(name, size, text.begin()); }
+  std::array<char, size> text{};
 };
 
 /// The property of this name; one that is not in the list does not compile.
 template <PropertyName name>
 inline constexpr TranscodeProperty propertyNamed = [] {
-  const TranscodeProperty* const found = findProperty(name.text);
+  const TranscodeProperty* const found = findProperty(name.text.data());
   if (found == nullptr) throw "the list has no property of this name";
   return *found;
 }();

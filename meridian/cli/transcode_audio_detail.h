@@ -21,9 +21,7 @@ class MERIDIAN_API TranscodeAudioDetail {
   [[nodiscard]] virtual std::optional<TranscodeAudioQuality> audioQuality() const = 0;
   /// Samples per second.
   [[nodiscard]] virtual std::optional<std::int64_t> sampleRate() const = 0;
-  /// Bits per second.
   [[nodiscard]] virtual std::optional<std::int64_t> audioBitRate() const = 0;
-  /// Bits per sample of a channel.
   [[nodiscard]] virtual std::optional<std::int64_t> audioBitsPerChannel() const = 0;
   /// Whether each channel is a track of its own.
   [[nodiscard]] virtual bool audioOutputIsDiscrete() const = 0;

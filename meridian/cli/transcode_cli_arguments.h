@@ -250,9 +250,10 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
 
   /// Calls the block once with each audio track to be left out, in ascending order. A track stands under "-ac_omit_"
   /// and its number from 0, in decimal, with the empty text: "-ac_omit_2" leaves out the third. Other flags that begin
-  /// with
-  /// "-ac_omit" leave out none. The block must not change the store.
+  /// with "-ac_omit" leave out none. The block must not change the store.
   void enumerateIgnoredAudioFileTracks(FunctionRef<void(std::int64_t track)> shouldIgnore) const;
+  /// Whether a flag is that of a track to be left out: "-ac_omit_" and a number.
+  [[nodiscard]] static bool isIgnoredTrackFlag(std::string_view flag) noexcept;
   /// Leaves out these tracks and no others; negative numbers are none. Removes every flag that begins with "-ac_omit".
   void setIgnoredAudioFileTracks(std::span<const std::int64_t> tracks);
 
@@ -268,7 +269,8 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] std::optional<TimecodeSource> timecodeSource() const override;
   /// Leaves the flag of this source alone of the three; a custom source without a timecode gets 00:00:00:00.
   void setTimecodeSource(std::optional<TimecodeSource> source) override;
-  /// Setting a timecode makes the source custom.
+  /// Setting a timecode makes the source custom. One that is not of proper form (minutes above 60) is stored, but
+  /// reads back as none.
   [[nodiscard]] std::optional<TimecodeComponents> timecode() const override;
   void setTimecode(const std::optional<TimecodeComponents>& timecode) override;
   [[nodiscard]] std::optional<float> timecodeFrameRate() const override;
@@ -291,7 +293,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   /// Copies all timecode settings from another holder, absent ones too.
   void updateFromTimecodeDetail(const TranscodeTimecodeDetail& detail);
 
-  /// The picture that is burnt in as a watermark, and where and how large: 1 is the picture's own size.
+  /// The picture that is burnt in as a watermark, where and how large.
   [[nodiscard]] std::optional<Url> watermarkFile() const;
   void setWatermarkFile(const std::optional<Url>& file);
   [[nodiscard]] std::optional<SAVTranscodeArgumentOverlayAnchorValue> watermarkFileAnchor() const;
@@ -299,7 +301,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] std::optional<float> watermarkFileScale() const;
   void setWatermarkFileScale(std::optional<float> scale);
 
-  /// The text that is burnt in as a watermark; its font size is in points.
+  /// The text that is burnt in as a watermark.
   [[nodiscard]] bool addWatermarkText() const;
   void setAddWatermarkText(bool add);
   [[nodiscard]] std::optional<std::string_view> watermarkText() const;

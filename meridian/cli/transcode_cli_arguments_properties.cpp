@@ -415,6 +415,10 @@ void TranscodeCliArguments::enumerateIgnoredAudioFileTracks(FunctionRef<void(std
   for (const std::int64_t track : tracks) shouldIgnore(track);
 }
 
+bool TranscodeCliArguments::isIgnoredTrackFlag(std::string_view flag) noexcept {
+  return ignoredTrack(flag).has_value();
+}
+
 void TranscodeCliArguments::setIgnoredAudioFileTracks(std::span<const std::int64_t> tracks) {
   const std::string_view prefix = SAVAudioIgnoreTracksPrefixFlag.rawValue();
   stored_.flagValueLookup.eraseIf(

@@ -57,8 +57,9 @@ std::string rateMeaning(std::string_view text) {
   const auto number = doubleFromText(text);
   const auto rational = number ? MediaRational::fromRawValue(*number) : std::nullopt;
   const auto rate = rational ? VideoFrameRate::matching(*rational) : std::nullopt;
-  if (!rate || rate->rawValue().rawValue() <= 0) return "no frame rate: it has to be above 0";
-  std::string meaning = plainNumber(*number) + " fps";
+  if (!number || !(*number > 0)) return "no frame rate: it has to be above 0";
+  if (!rate) return "too large for a frame rate";
+  const std::string meaning = plainNumber(*number) + " fps";
   if (rate->kind() == VideoFrameRateKind::custom) return meaning + ", no standard rate";
   const auto [numerator, denominator] = rate->rawValue();
   return meaning + (denominator == 1 ? "" : " = " + std::to_string(numerator) + "/" + std::to_string(denominator));
@@ -71,6 +72,7 @@ const std::string* valueInPreset(TranscodeCliPreset preset, std::string_view fla
 std::optional<SettingRemark> remarkOn(const ExplainedSetting& setting, std::optional<std::string_view> contained) {
   if (const FlagDescription* const flag = findFlag(setting.flag)) {
     if (flag->text == SAVInputPrefixFlag.rawValue()) return SettingRemark::inputWithoutNumbers;
+    if (flag->text == SAVAudioIgnoreTracksPrefixFlag.rawValue()) return SettingRemark::omissionWithoutNumber;
     if (flag->takesValue() && setting.value.empty()) return SettingRemark::lacksValue;
     if (!flag->takesValue() && !setting.value.empty()) return SettingRemark::holdsValueButTakesNone;
     return std::nullopt;
@@ -79,8 +81,10 @@ std::optional<SettingRemark> remarkOn(const ExplainedSetting& setting, std::opti
     if (!TranscodeCliArguments::isInputFileFlag(setting.flag)) return SettingRemark::inputWithoutNumbers;
     return setting.value.empty() ? std::optional(SettingRemark::lacksValue) : std::nullopt;
   }
-  // The tracks to be left out stand in flags that begin with this one.
-  if (setting.flag.starts_with(SAVAudioIgnoreTracksPrefixFlag.rawValue())) return std::nullopt;
+  if (setting.flag.starts_with(SAVAudioIgnoreTracksPrefixFlag.rawValue())) {
+    if (!TranscodeCliArguments::isIgnoredTrackFlag(setting.flag)) return SettingRemark::omissionWithoutNumber;
+    return setting.value.empty() ? std::nullopt : std::optional(SettingRemark::holdsValueButTakesNone);
+  }
   return contained ? std::optional(SettingRemark::acceptedByContainment) : std::nullopt;
 }
 
@@ -120,8 +124,13 @@ std::optional<std::string> readableTextFor(const TranscodeProperty& property, st
   };
   std::string compact(text);
   std::erase_if(compact, [](char c) { return c == ' ' || c == '\t'; });
-  std::string withPoint = compact;
-  std::ranges::replace(withPoint, ',', '.');
+  // A decimal comma, but not a comma that parts thousands.
+  std::string withPoint;
+  if (const std::size_t comma = compact.find(',');
+      property.kind == PropertyKind::number && comma != std::string::npos && compact.size() - comma != 4) {
+    withPoint = compact;
+    withPoint[comma] = '.';
+  }
   std::string withX = compact;
   std::ranges::replace(withX, '*', 'x');
   if (const std::size_t cross = withX.find("\u00D7"); cross != std::string::npos) withX.replace(cross, 2, "x");
@@ -130,7 +139,7 @@ std::optional<std::string> readableTextFor(const TranscodeProperty& property, st
   }
   if (property.kind == PropertyKind::timecode) {
     const DecomposedTimecode read = TimecodeComponents::decomposeTimecodeString(compact);
-    const std::string whole = TimecodeComponents::sanitizedTimecode(compact).timecodeString();
+    std::string whole = TimecodeComponents::sanitizedTimecode(compact).timecodeString();
     if (read.hours && read.minutes && read.seconds && read.frames && reads(whole)) return whole;
     return std::nullopt;
   }
@@ -143,6 +152,26 @@ std::optional<std::string> readableTextFor(const TranscodeProperty& property, st
   return std::nullopt;
 }
 
+/// Settings that make up a property together with others.
+void explainPart(ExplainedSetting& setting) {
+  if (setting.flag == SAVCopyAudioFlag.rawValue()) {
+    setting.propertyName = "copyAudio";
+    setting.typed = true;
+  } else if (setting.flag == SAVTimecodeMatchSourceFlag.rawValue()) {
+    setting.propertyName = "timecodeSource";
+    setting.typed = std::string(rawValue(TimecodeSource::match));
+  } else if (setting.flag == SAVTimecodeFromCreationDateFlag.rawValue()) {
+    setting.propertyName = "timecodeSource";
+    setting.typed = std::string(rawValue(TimecodeSource::creationDate));
+  } else if (TranscodeCliArguments::isIgnoredTrackFlag(setting.flag)) {
+    setting.propertyName = "ignoredAudioFileTracks";
+    setting.typed = integerFromText(setting.flag.substr(setting.flag.rfind('_') + 1));
+  } else if (TranscodeCliArguments::isInputFileFlag(setting.flag)) {
+    setting.propertyName = "inputFiles";
+    setting.typed = setting.value;
+  }
+}
+
 void explainType(ExplainedSetting& setting) {
   for (const TranscodeProperty& property : transcodeProperties) {
     if (property.flag != setting.flag) continue;
@@ -153,7 +182,11 @@ void explainType(ExplainedSetting& setting) {
     setting.typed = typed;
     if (typed) break;
   }
-  if (setting.property == nullptr) return;
+  if (setting.property == nullptr) {
+    explainPart(setting);
+    return;
+  }
+  setting.propertyName = setting.property->name;
   if (setting.typed) {
     setting.meaning = meaningOf(*setting.property, *setting.typed, setting.value);
   } else if (!setting.value.empty()) {
@@ -164,7 +197,12 @@ void explainType(ExplainedSetting& setting) {
 /// What the settings mean together.
 std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
   std::vector<std::string> notes;
-  if (arguments.flagValueLookup().empty()) return notes;
+  const auto isListing = [](const TextDictionary::Entry& entry) {
+    const FlagDescription* const flag = findFlag(entry.key);
+    return flag != nullptr && flag->group == FlagGroup::command;
+  };
+  // A listing transcodes nothing.
+  if (std::ranges::all_of(arguments.flagValueLookup(), isListing)) return notes;
   if (!arguments.includeVideo()) notes.emplace_back("video is left out");
   if (!arguments.includeAudio()) {
     notes.emplace_back("audio is left out");
@@ -176,6 +214,13 @@ std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
       reason = "its codec is none that can be encoded";
     }
     notes.push_back("audio is copied because " + reason);
+  }
+  std::string sources;
+  for (const auto& flag : {SAVTimecodeCustomFlag, SAVTimecodeFromCreationDateFlag, SAVTimecodeMatchSourceFlag}) {
+    if (arguments.hasArgumentFlag(flag.rawValue())) sources += (sources.empty() ? "" : ", ") + flag.string();
+  }
+  if (const auto source = arguments.timecodeSource(); source && sources.find(',') != std::string::npos) {
+    notes.push_back("of the timecode sources " + sources + " one counts: " + std::string(rawValue(*source)));
   }
   if (arguments.sourceFileAnalysisRequired()) {
     notes.emplace_back("the source has to be analysed first, for the shape of its picture");

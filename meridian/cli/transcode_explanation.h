@@ -39,6 +39,8 @@ enum class SettingRemark : std::uint8_t {
   acceptedByContainment,
   /// The flag begins with "-in" but does not carry the two numbers of an input file.
   inputWithoutNumbers,
+  /// The flag begins with "-ac_omit" but does not carry the number of an audio track.
+  omissionWithoutNumber,
 };
 
 template <>
@@ -51,6 +53,8 @@ struct EnumerationTable<SettingRemark> {
        "no flag of the transcoder; accepted because it contains a known one"},
       {SettingRemark::inputWithoutNumbers, "inputWithoutNumbers",
        "no input file: inputs are numbered, such as -in_0_0 for the first"},
+      {SettingRemark::omissionWithoutNumber, "omissionWithoutNumber",
+       "leaves out no track: tracks are numbered, such as -ac_omit_0 for the first"},
   });
 };
 
@@ -70,8 +74,10 @@ struct ExplainedSetting {
   /// The known flag that the flag contains, for `acceptedByContainment`.
   std::optional<std::string_view> containedFlag;
   /// The property that stands under the flag: of two that share it the one as which the text reads. Null for a flag
-  /// that is no property, such as an input file or a listing command.
+  /// that is none of the list, such as a listing command, or only a part of a property, such as an input file.
   const TranscodeProperty* property = nullptr;
+  /// The property's name, also that of a property that several flags make up ("inputFiles"); empty for none.
+  std::string_view propertyName;
   /// What the text reads as; absent when it does not read as its property.
   std::optional<PropertyValue> typed;
   /// The typed value for people: "1920 x 1080", "23.976 fps = 24000/1001"; empty where the text says it already.

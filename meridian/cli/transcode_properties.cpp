@@ -1,7 +1,7 @@
 #include "meridian/cli/transcode_properties.h"
 
 #include <algorithm>
-#include <span>
+#include <cmath>
 #include <utility>
 
 #include "meridian/base/text.h"
@@ -13,7 +13,11 @@ namespace {
 template <typename Access>
 concept HasCases = requires { Access::cases(); };
 
-/// Calls the function with the access of the kind, which is any but `onOff`.
+bool isFinite(float number) { return std::isfinite(number); }
+bool isFinite(const Size& size) { return std::isfinite(size.width) && std::isfinite(size.height); }
+bool isFinite(const auto& /*value*/) { return true; }
+
+/// Calls the function with the access of the kind; an `onOff` property is treated as a text.
 template <typename Function>
 auto withAccess(PropertyKind kind, Function&& function) {
   switch (kind) {
@@ -82,6 +86,7 @@ std::vector<std::string_view> allowedTexts(const TranscodeProperty& property) {
 
 std::optional<PropertyInput> readInput(const TranscodeProperty& property, std::string_view input) {
   if (input.empty()) return PropertyInput{};
+  if (property.kind != PropertyKind::text && property.kind != PropertyKind::file) input = trimmed(input);
   if (property.kind == PropertyKind::onOff) {
     for (const std::string_view yes : {"true", "on", "yes"}) {
       if (equalsIgnoringCase(input, yes)) return PropertyInput{""};
@@ -96,7 +101,7 @@ std::optional<PropertyInput> readInput(const TranscodeProperty& property, std::s
   }
   return withAccess(property.kind, [input](auto access) -> std::optional<PropertyInput> {
     const auto value = access.read(input);
-    if (!value) return std::nullopt;
+    if (!value || !isFinite(*value)) return std::nullopt;
     return PropertyInput{std::string(access.write(*value))};
   });
 }
@@ -112,6 +117,14 @@ std::string expectedForm(const TranscodeProperty& property) {
     separator = ", ";
   }
   return form;
+}
+
+std::string expectedFormOfFlag(std::string_view flag) {
+  std::string forms;
+  for (const TranscodeProperty& property : transcodeProperties) {
+    if (property.flag == flag) forms += (forms.empty() ? "" : ", or ") + expectedForm(property);
+  }
+  return forms;
 }
 
 }  // namespace meridian

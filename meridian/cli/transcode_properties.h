@@ -170,14 +170,18 @@ struct PropertyInput {
   std::optional<std::string> text;
 };
 
-/// Reads a person's input, more leniently than a stored text: letter case is ignored where the property takes one of a
-/// list of texts, and an `onOff` property takes "true", "false", "on", "off", "yes" and "no". The empty input takes the
-/// flag away. Absent where the input does not read.
+/// Reads a person's input, more leniently than a stored text: blanks around it and, where the property takes one of a
+/// list of texts, letter case are ignored, and an `onOff` property takes "true", "false", "on", "off", "yes" and "no".
+/// The empty input takes the flag away. Absent where the input does not read, and for a number or size that is not
+/// finite.
 [[nodiscard]] MERIDIAN_API std::optional<PropertyInput> readInput(const TranscodeProperty& property,
                                                                   std::string_view input);
 
 /// What a property takes, for messages: "a size, such as 1920x1080", "an audio format: lpcm, aac, apple_lossless".
 [[nodiscard]] MERIDIAN_API std::string expectedForm(const TranscodeProperty& property);
+
+/// The same for all properties under a flag: "a channel layout: mono, stereo, or a whole number, such as 10".
+[[nodiscard]] MERIDIAN_API std::string expectedFormOfFlag(std::string_view flag);
 
 /// The texts that a property takes one of, in their order; empty for a property of another kind.
 [[nodiscard]] MERIDIAN_API std::vector<std::string_view> allowedTexts(const TranscodeProperty& property);

@@ -12,7 +12,9 @@
 
 namespace meridian {
 
-/// The timecode settings of a transcode, wherever they are held.
+/// The timecode settings of a transcode, wherever they are held. They belong together: a timecode is given for a custom
+/// source and for no other, and timecode is included when there is a track or a burn-in. A holder that says otherwise
+/// cannot be copied whole onto a command line, which then has the source custom with the timecode that it was given.
 class MERIDIAN_API TranscodeTimecodeDetail {
  public:
   virtual ~TranscodeTimecodeDetail();
@@ -28,7 +30,6 @@ class MERIDIAN_API TranscodeTimecodeDetail {
   [[nodiscard]] virtual bool addTimecodeTrack() const = 0;
   [[nodiscard]] virtual bool addTimecodeBurn() const = 0;
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentOverlayAnchorValue> timecodeBurnAnchor() const = 0;
-  /// In points.
   [[nodiscard]] virtual std::optional<std::int64_t> timecodeBurnFontSize() const = 0;
   [[nodiscard]] virtual std::optional<RgbColor> timecodeBurnFontColor() const = 0;
   [[nodiscard]] virtual std::optional<RgbColor> timecodeBurnBoxColor() const = 0;

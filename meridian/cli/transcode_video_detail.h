@@ -24,9 +24,7 @@ class MERIDIAN_API TranscodeVideoDetail {
   [[nodiscard]] virtual std::optional<float> videoFrameRate() const = 0;
   /// In pixels.
   [[nodiscard]] virtual std::optional<Size> videoDimensions() const = 0;
-  /// As the transcoder takes it, in the codec's own unit.
   [[nodiscard]] virtual std::optional<float> videoBitRate() const = 0;
-  /// Bits per sample.
   [[nodiscard]] virtual std::optional<std::int64_t> videoBitDepth() const = 0;
   /// Whether playback may begin before all is loaded.
   [[nodiscard]] virtual bool prepareForWeb() const = 0;

@@ -13,7 +13,7 @@
 
 namespace meridian {
 
-/// A colour by its code values, 0 to 255, in the colour space of the output.
+/// A colour by its code values, 0 to 255.
 struct RgbColor {
   std::uint8_t red = 0;
   std::uint8_t green = 0;

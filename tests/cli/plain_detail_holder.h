@@ -65,7 +65,20 @@ class PlainDetailHolder final : public MutableTranscodeVideoDetail,
   MERIDIAN_PLAIN_MEMBER(std::optional<SAVTranscodeArgumentAspectRatioValue>, aspectScaling, setAspectScaling)
   MERIDIAN_PLAIN_MEMBER(std::optional<VideoCropAnchor>, videoCropAnchor, setVideoCropAnchor)
   MERIDIAN_PLAIN_MEMBER(std::optional<SAVTranscodeArgumentColorSpaceValue>, colorSpace, setColorSpace)
-  MERIDIAN_PLAIN_MEMBER(std::optional<std::string_view>, videoProfile, setVideoProfile)
+
+ public:
+  [[nodiscard]] std::optional<std::string_view> videoProfile() const override {
+    if (log != nullptr) log->push_back("read videoProfile");
+    return videoProfile_;
+  }
+  void setVideoProfile(std::optional<std::string_view> value) override {
+    if (log != nullptr) log->push_back("write videoProfile");
+    videoProfile_ = value;
+  }
+
+ private:
+  /// A text of its own, which outlives the holder that it came from.
+  std::optional<std::string> videoProfile_;
 
   MERIDIAN_PLAIN_MEMBER(bool, omitAudio, setOmitAudio)
   MERIDIAN_PLAIN_MEMBER(std::optional<SAVTranscodeArgumentAudioFormatValue>, audioFormat, setAudioFormat)

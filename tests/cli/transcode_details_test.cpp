@@ -212,9 +212,128 @@ TEST(TranscodeDetails, AnalysisIsForScalingsThatNeedTheSourcesShape) {
                                         {{"-dims", "1x2", "-aspect_scaling", "match"}, false},
                                         {{"-dims", "1x2", "-aspect_scaling", "crop"}, true},
                                         {{"-dims", "1x2", "-aspect_scaling", "crop", "-vn"}, false},
+                                        {{"-dims", "abc", "-aspect_scaling", "foo"}, true},
                                         {{"-aspect_scaling", "letterbox"}, false}}) {
     EXPECT_EQ(TranscodeCliArguments(words).sourceFileAnalysisRequired(), required) << words.size();
   }
+}
+
+TEST(TranscodeDetails, EachSetterWritesItsOwnFlag) {
+  TranscodeCliArguments arguments;
+  arguments.setOmitVideo(true);
+  arguments.setVideoCropAnchor(VideoCropAnchor::bottomCenter);
+  arguments.setVideoProfile("main");
+  arguments.setLutFile(Url::fromFilePath("/L.cube"));
+  arguments.setPrepareForWeb(true);
+  arguments.setGpuDecode(true);
+  arguments.setAspectScaling(SAVCropAspect);
+  arguments.setAudioFormat(SAVLpcmAudioFormatValue);
+  arguments.setSampleRate(1);
+  arguments.setAudioBitRate(2);
+  arguments.setAudioBitsPerChannel(3);
+  arguments.setAudioOutputIsDiscrete(true);
+  arguments.setChannelLayoutTag(4);
+  arguments.setChannelLayoutDescriptions("d");
+  arguments.setChannelLayoutBitmap(5);
+  arguments.setTimecodeFrameRate(24);
+  arguments.setTimecodeIsDropFrame(true);
+  arguments.setAddTimecodeBurn(true);
+  arguments.setTimecodeBurnAnchor(SAVAnchorTopLeft);
+  arguments.setTimecodeBurnFontSize(6);
+  arguments.setTimecodeBurnFontColor(RgbColor{7, 7, 7});
+  arguments.setTimecodeBurnBoxColor(RgbColor{8, 8, 8});
+  arguments.setWatermarkFile(Url::fromFilePath("/W.png"));
+  arguments.setWatermarkFileAnchor(SAVAnchorCenter);
+  arguments.setWatermarkFileScale(0.5F);
+  arguments.setAddWatermarkText(true);
+  arguments.setWatermarkText("w");
+  arguments.setWatermarkTextFontSize(9);
+  arguments.setWatermarkTextAnchor(SAVAnchorTopRight);
+  arguments.setWatermarkTextFontColor(RgbColor{10, 10, 10});
+  arguments.setWatermarkTextBoxColor(RgbColor{11, 11, 11});
+  arguments.setLookColorSpace("cs");
+  arguments.setLookWhitePoint("wp");
+  arguments.setLookCurve("c");
+  arguments.setLookInvalidResolution("r");
+  arguments.setRequested(SAVCliCodecsFlag, true);
+  const Words expected{"-vn",
+                       "",
+                       "-crop_anchor",
+                       "bc",
+                       "-vprofile",
+                       "main",
+                       "-clut",
+                       "/L.cube",
+                       "-web",
+                       "",
+                       "-gpu_decoding",
+                       "",
+                       "-aspect_scaling",
+                       "crop",
+                       "-acodec",
+                       "lpcm",
+                       "-asr",
+                       "1",
+                       "-abr",
+                       "2",
+                       "-abpc",
+                       "3",
+                       "-adiscrete",
+                       "",
+                       "-acl_tag",
+                       "4",
+                       "-acl_descs",
+                       "d",
+                       "-acl_bitmap",
+                       "5",
+                       "-tc_rate",
+                       "24.0",
+                       "-tc_drop",
+                       "",
+                       "-tc_burn",
+                       "",
+                       "-tc_burn_anchor",
+                       "tl",
+                       "-tc_burn_size",
+                       "6",
+                       "-tc_burn_font_rgb",
+                       "7,7,7",
+                       "-tc_burn_box_rgb",
+                       "8,8,8",
+                       "-wmf_path",
+                       "/W.png",
+                       "-wmf_anchor",
+                       "c",
+                       "-wmf_scale",
+                       "0.5",
+                       "-wmt_burn",
+                       "",
+                       "-wmt_text",
+                       "w",
+                       "-wmt_size",
+                       "9",
+                       "-wmt_anchor",
+                       "tr",
+                       "-wmt_font_rgb",
+                       "10,10,10",
+                       "-wmt_box_rgb",
+                       "11,11,11",
+                       "-arri_cs",
+                       "cs",
+                       "-arri_wp",
+                       "wp",
+                       "-arri_curve",
+                       "c",
+                       "-arri_inv_res",
+                       "r",
+                       "-codecs",
+                       ""};
+  EXPECT_EQ(arguments.commandLine(), expected);
+  EXPECT_EQ(arguments.watermarkTextFontColor(), (RgbColor{10, 10, 10}));
+  EXPECT_EQ(arguments.timecodeBurnBoxColor(), (RgbColor{8, 8, 8}));
+  EXPECT_EQ(arguments.watermarkFileScale(), 0.5F);
+  EXPECT_EQ(arguments.lookCurve(), "c");
+  EXPECT_TRUE(arguments.isRequested(SAVCliCodecsFlag) && arguments.addWatermarkText());
 }
 
 TEST(TranscodeProperties, EveryFlagHasOneAndEveryFormReadsBack) {

@@ -219,7 +219,7 @@ TEST(Command, ExplainShowsWhatTextsReadAs) {
   EXPECT_EQ(typed["-dims"], R"("videoDimensions" null)");
   EXPECT_EQ(typed["-vn"], R"("omitVideo" true)");
   EXPECT_EQ(typed["-acl"], R"("outputChannels" 5)");
-  EXPECT_EQ(typed["-in_0_0"], "null null");
+  EXPECT_EQ(typed["-in_0_0"], R"("inputFiles" "/a")");
   EXPECT_EQ(typed["-clut"], R"("lutFile" "/a")");
   EXPECT_EQ(document["notes"].size(), 2U);
 }
@@ -236,6 +236,11 @@ TEST(Command, SetEditsThroughTheProperties) {
             (Words{"-vcodec", "h264", "-out", "/a", "-vbr", "3.0", "-gpu_decoding", ""}));
   EXPECT_EQ(set({"inputFiles=/b", "inputFiles=/c d", "includeVideo=false"}, {"-in_1_0", "/a"}),
             (Words{"-in_0_0", "/b", "-in_0_1", "/c d", "-vn", ""}));
+  EXPECT_EQ(set({"channelLayout="}, {"-acl", "2"}), (Words{"-acl", "2"}));
+  EXPECT_EQ(set({"includeVideo=", "copyAudio="}, {"-vn", "-acopy"}), Words{});
+  const Outcome lossy = meridianWith({"set", "watermarkText=Hello"}, Words{"stray"});
+  EXPECT_THAT(lossy.errors,
+              AllOf(HasSubstr("-wmt_text \"Hello\" will be read as \"hello\""), HasSubstr("dropped: \"stray\"")));
   EXPECT_EQ(set({"timecode=01:00:00;00"}, {"-tc_match"}), (Words{"-tc_custom", "01:00:00;00"}));
   EXPECT_EQ(set({"ignoredAudioFileTracks=0, 2", "watermarkText=A=B"}, {}),
             (Words{"-ac_omit_0", "", "-ac_omit_2", "", "-wmt_text", "A=B"}));
@@ -248,10 +253,14 @@ TEST(Command, SetEditsThroughTheProperties) {
       {"videoFormat=vp9", 1, "\"vp9\" does not read as videoFormat; it takes a video codec: dnxhd, h264"},
       {"videoDimensions=1280 x 720", 1, "a size, such as 1920x1080"},
       {"gpuDecode=maybe", 1, "true or false"},
-      {"copyAudio=", 1, "true or false"},
+      {"copyAudio=1", 1, "true or false"},
       {"VideoFormat=h264", 1, "there is no property \"VideoFormat\"; there is:\n  inputFiles"},
       {"\x1b[2J=1", 1, "\\x1b[2J"},
       {"ignoredAudioFileTracks=-1", 1, "such as 0,2"},
+      {"ignoredAudioFileTracks=1,", 1, "such as 0,2"},
+      {"videoFrameRate=nan", 1, "a number, such as 23.976"},
+      {"videoBitDepth=-5", 1, "-vbd cannot be \"-5\""},
+      {"outputFile= -overwrite", 1, "is read as a flag"},
       {"timecode=1:2", 1, "a timecode, such as 01:00:00:00"},
       {"videoFormat", 2, "write PROPERTY=VALUE"}};
   for (const auto& [assignment, status, message] : cases) {

@@ -41,7 +41,7 @@ std::optional<std::string> typeWarning(const ExplainedSetting& setting) {
     return std::string(allowed) + " cannot be said on a command line, which is lower-cased in reading";
   }
   return inQuotes(setting.value) + " does not read as " + std::string(description(setting.property->kind)) +
-         "; write " + setting.readableText.value_or(expectedForm(*setting.property));
+         "; write " + setting.readableText.value_or(expectedFormOfFlag(setting.flag));
 }
 
 std::vector<std::string> notesOn(const ExplainedSetting& setting) {
@@ -94,11 +94,10 @@ void printSettings(const TranscodeExplanation& explanation) {
   std::vector<std::vector<Cell>> rows{
       {{"FLAG", Style::faint}, {"VALUE", Style::faint}, {"FROM", Style::faint}, {"NOTE", Style::faint}}};
   for (const ExplainedSetting& setting : explanation.settings) {
-    std::string notes;
+    std::string notes = setting.meaning;
     for (const std::string& note : notesOn(setting)) notes += (notes.empty() ? "" : "; ") + note;
     const Style valueStyle = setting.value.empty() ? Style::faint : Style::plain;
     const Style noteStyle = setting.remark || typeWarning(setting) ? Style::warning : Style::faint;
-    if (!setting.meaning.empty()) notes = setting.meaning + (notes.empty() ? "" : "; ") + notes;
     rows.push_back({{setting.flag, Style::name},
                     {shownValue(setting.flag, setting.value), valueStyle},
                     {sourceOf(setting), setting.source == SettingSource::preset ? Style::good : Style::plain},
@@ -145,10 +144,10 @@ nlohmann::ordered_json typedAsJson(const std::optional<PropertyValue>& typed) {
         } else if constexpr (std::is_same_v<Value, RgbColor>) {
           return {{"red", value.red}, {"green", value.green}, {"blue", value.blue}};
         } else if constexpr (std::is_same_v<Value, float>) {
-          // As the number that was written, not as the float's exact value.
-          return Json::parse(shortestDecimalText(value), nullptr, false).is_number()
-                     ? Json::parse(shortestDecimalText(value))
-                     : Json();
+          // As the number that was written, not as the float's exact value; "inf" and "nan" are no JSON numbers.
+          const std::string text = shortestDecimalText(value);
+          const Json number = Json::parse(text, nullptr, false);
+          return number.is_discarded() ? Json(text) : number;
         } else {
           return value;
         }
@@ -163,8 +162,9 @@ nlohmann::ordered_json asJson(const TranscodeExplanation& explanation) {
     settings.push_back({{"flag", setting.flag},
                         {"value", setting.value},
                         {"source", rawValue(setting.source)},
-                        {"property", setting.property != nullptr ? Json(setting.property->name) : Json()},
+                        {"property", setting.propertyName.empty() ? Json() : Json(setting.propertyName)},
                         {"typed", typedAsJson(setting.typed)},
+                        {"meaning", setting.meaning.empty() ? Json() : Json(setting.meaning)},
                         {"readableText", orNull(setting.readableText)},
                         {"preset", setting.preset ? Json(preset(*setting.preset)) : Json()},
                         {"earlierValues", setting.earlierValues},

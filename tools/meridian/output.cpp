@@ -63,7 +63,7 @@ void printJson(const nlohmann::ordered_json& document) {
 
 void printVector(const std::vector<std::string>& vector, const Arguments& arguments) {
   if (arguments.has("json")) {
-    warnOfInvalidText(arguments.words);
+    warnOfInvalidText(std::vector<std::string_view>(vector.begin(), vector.end()));
     printJson(vector);
     return;
   }

@@ -78,8 +78,8 @@ void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
   }
 }
 
-std::string wordsHint(const std::string& name) {
-  return "the transcoder's words stand behind \"--\": meridian " + name + " -- -vcodec h264 ...";
+std::string wordsHint(const Subcommand& subcommand) {
+  return "the transcoder's words stand behind \"--\": " + subcommand.example.substr(0, subcommand.example.find('\n'));
 }
 
 }  // namespace
@@ -129,12 +129,12 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
       message = "an option is given without its value, or twice: " + message;
     }
     const bool lacksSeparator = chosen() != nullptr && chosen()->takesWords && !hasWords;
-    throw UsageError(message + (lacksSeparator ? "\n" + wordsHint(chosen()->name) : "") + see());
+    throw UsageError(message + (lacksSeparator ? "\n" + wordsHint(*chosen()) : "") + see());
   }
 
   parsed.subcommand = chosen();
   if (parsed.subcommand == nullptr) throw UsageError("no subcommand is given" + see());
-  if (parsed.subcommand->takesWords && !hasWords) throw UsageError(wordsHint(parsed.subcommand->name) + see());
+  if (parsed.subcommand->takesWords && !hasWords) throw UsageError(wordsHint(*parsed.subcommand) + see());
   if (!parsed.subcommand->takesWords && hasWords) {
     throw UsageError("\"meridian " + parsed.subcommand->name + "\" takes no words behind \"--\"" + see());
   }

@@ -1,6 +1,7 @@
 // meridian set: edits an argument vector through the typed properties, and prints the new one.
 #include <algorithm>
 #include <iostream>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/cli/transcode_cli_arguments.h"
+#include "meridian/cli/transcode_explanation.h"
 #include "meridian/cli/transcode_properties.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
@@ -24,47 +26,42 @@ struct JointProperty {
 
 constexpr TranscodeProperty onOff{"", "", PropertyKind::onOff};
 
-template <void (TranscodeCliArguments::*setter)(bool)>
+void setIncludeVideo(TranscodeCliArguments& store, bool include) { store.setOmitVideo(!include); }
+void setIncludeAudio(TranscodeCliArguments& store, bool include) { store.setIncludeAudio(include); }
+void setCopyAudio(TranscodeCliArguments& store, bool copy) { store.setCopyAudio(copy); }
+void setIncludeTimecode(TranscodeCliArguments& store, bool include) { store.setIncludeTimecode(include); }
+
+/// The empty input takes the flag away, which for some properties means that they hold.
+template <void (*setter)(TranscodeCliArguments&, bool), bool withoutFlag>
 bool setSwitch(TranscodeCliArguments& store, std::string_view input) {
   const auto read = readInput(onOff, input);
-  if (!read || input.empty()) return false;
-  (store.*setter)(read->text.has_value());
-  return true;
+  if (read) setter(store, input.empty() ? withoutFlag : read->text.has_value());
+  return read.has_value();
 }
 
-void setIncludeVideo(TranscodeCliArguments& store, bool include) { store.setOmitVideo(!include); }
+constexpr std::string_view inputFilesName = "inputFiles";
 
 constexpr auto jointProperties = std::to_array<JointProperty>({
-    {"inputFiles", "a path; repeated for several files",
-     [](TranscodeCliArguments& store, std::string_view input) {
-       auto files = store.inputFiles().value_or(std::vector<std::string>());
-       files.emplace_back(input);
-       store.setInputFiles(input.empty() ? std::nullopt : std::optional(files));
-       return true;
-     }},
-    {"includeVideo", "true or false",
-     [](TranscodeCliArguments& store, std::string_view input) {
-       const auto read = readInput(onOff, input);
-       if (!read || input.empty()) return false;
-       setIncludeVideo(store, read->text.has_value());
-       return true;
-     }},
-    {"includeAudio", "true or false", &setSwitch<&TranscodeCliArguments::setIncludeAudio>},
-    {"copyAudio", "true or false", &setSwitch<&TranscodeCliArguments::setCopyAudio>},
+    {"includeVideo", "true or false", &setSwitch<setIncludeVideo, true>},
+    {"includeAudio", "true or false", &setSwitch<setIncludeAudio, true>},
+    {"copyAudio", "true or false", &setSwitch<setCopyAudio, false>},
     {"ignoredAudioFileTracks", "the tracks' numbers from 0, such as 0,2",
      [](TranscodeCliArguments& store, std::string_view input) {
        std::vector<std::int64_t> tracks;
        while (!input.empty()) {
          const std::size_t end = input.find(',');
-         const auto track = integerFromText(trimmed(input.substr(0, end)));
-         if (!track || *track < 0) return false;
+         const std::string_view digits = trimmed(input.substr(0, end));
+         const auto track = integerFromText(digits);
+         if (!track || digits.find_first_not_of("0123456789") != std::string_view::npos) return false;
          tracks.push_back(*track);
-         input.remove_prefix(end == std::string_view::npos ? input.size() : end + 1);
+         if (end == std::string_view::npos) break;
+         input.remove_prefix(end + 1);
+         if (input.empty()) return false;
        }
        store.setIgnoredAudioFileTracks(tracks);
        return true;
      }},
-    {"includeTimecode", "true or false", &setSwitch<&TranscodeCliArguments::setIncludeTimecode>},
+    {"includeTimecode", "true or false", &setSwitch<setIncludeTimecode, false>},
     {"timecodeSource", "one of match, creationDate, custom",
      [](TranscodeCliArguments& store, std::string_view input) {
        const auto& cases = allCases<TimecodeSource>();
@@ -81,6 +78,7 @@ std::string allNames() {
   const auto add = [&names](std::string_view name, const std::string& form) {
     names += "\n  " + std::string(name) + std::string(27 - std::min<std::size_t>(name.size(), 26), ' ') + form;
   };
+  add(inputFilesName, "a path; repeated for several files");
   for (const JointProperty& each : jointProperties) add(each.name, std::string(each.expectedForm));
   for (const TranscodeProperty& each : transcodeProperties) add(each.name, expectedForm(each));
   return names;
@@ -90,14 +88,21 @@ std::string allNames() {
   throw Refusal("\"" + printable(input) + "\" does not read as " + std::string(name) + "; it takes " + expected);
 }
 
-void assign(TranscodeCliArguments& store, std::string_view assignment) {
-  const std::size_t equals = assignment.find('=');
-  if (equals == std::string_view::npos) {
-    throw UsageError("\"" + printable(assignment) + "\" is no assignment; write PROPERTY=VALUE");
-  }
-  const std::string_view name = assignment.substr(0, equals);
-  const std::string_view input = assignment.substr(equals + 1);
+struct Assignment {
+  std::string_view name;
+  std::string_view input;
+};
 
+Assignment assignmentOf(std::string_view text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string_view::npos) {
+    throw UsageError("\"" + printable(text) + "\" is no assignment; write PROPERTY=VALUE");
+  }
+  return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+void assign(TranscodeCliArguments& store, const Assignment& assignment) {
+  const auto [name, input] = assignment;
   const auto joint = std::ranges::find(jointProperties, name, &JointProperty::name);
   if (joint != jointProperties.end()) {
     if (!joint->set(store, input)) refuse(name, input, std::string(joint->expectedForm));
@@ -107,28 +112,62 @@ void assign(TranscodeCliArguments& store, std::string_view assignment) {
   if (property == nullptr) {
     throw Refusal("there is no property \"" + printable(name) + "\"; there is:" + allNames());
   }
-  if (property->name == "timecode" && !input.empty()) {
-    // Leaves no other source behind.
-    const auto timecode = TimecodeComponents::fromTimecode(input);
-    if (!timecode) refuse(name, input, expectedForm(*property));
-    store.setTimecode(timecode);
-    return;
-  }
   const auto read = readInput(*property, input);
   if (!read) refuse(name, input, expectedForm(*property));
-  store.setArgumentFlagValue(property->flag, read->text);
+  // These have rules of their own towards other settings.
+  if (property->name == "timecode" && read->text) {
+    store.setTimecode(TimecodeComponents::fromTimecode(*read->text));
+  } else if (property->name == "channelLayout" && !read->text) {
+    store.setChannelLayout(std::nullopt);
+  } else if (property->name == "outputChannels" && !read->text) {
+    store.setOutputChannels(std::nullopt);
+  } else {
+    store.setArgumentFlagValue(property->flag, read->text);
+  }
+}
+
+void assignAll(TranscodeCliArguments& store, std::span<const std::string> texts) {
+  std::vector<Assignment> assignments;
+  std::optional<std::vector<std::string>> inputs;
+  for (const std::string& text : texts) {
+    const Assignment assignment = assignmentOf(text);
+    if (assignment.name != inputFilesName) {
+      assignments.push_back(assignment);
+      continue;
+    }
+    if (!inputs || assignment.input.empty()) inputs.emplace();
+    if (!assignment.input.empty()) inputs->emplace_back(assignment.input);
+  }
+  // All at once: the first replaces the inputs of the words, and the others follow it.
+  if (inputs) store.setInputFiles(inputs);
+  for (const Assignment& assignment : assignments) assign(store, assignment);
+}
+
+/// Refuses values that a command line cannot carry, and says on standard error which ones its reader will see
+/// otherwise, since values are trimmed and mostly lower-cased in reading.
+void checkReading(const TranscodeCliArguments& store) {
+  for (const auto& [flag, value] : store.flagValueLookup()) {
+    if (!trimmed(value).starts_with('-')) continue;
+    throw Refusal(printable(flag) + " cannot be \"" + printable(value) +
+                  "\": a value that begins with \"-\" is read as a flag; a path can begin with \"./\"");
+  }
+  const TranscodeCliArguments read(store.commandLine());
+  for (const auto& [flag, value] : store.flagValueLookup()) {
+    const auto seen = read.argumentFlagValue(flag);
+    if (seen == value) continue;
+    std::cerr << "meridian: warning: " << printable(flag) << " \"" << printable(value) << "\" will be read as "
+              << (seen ? "\"" + printable(*seen) + "\"" : "nothing") << '\n';
+  }
 }
 
 Status setProperties(const Arguments& arguments) {
   TranscodeCliArguments store(arguments.words, arguments.has("keep-order"));
-  const auto assignments = arguments.given.find("assignments");
-  if (assignments != arguments.given.end()) {
-    // The first input replaces those of the words, the next ones follow it.
-    const auto setsInputs = [](const std::string& assignment) { return assignment.starts_with("inputFiles="); };
-    if (std::ranges::any_of(assignments->second, setsInputs)) store.setInputFiles(std::nullopt);
-    for (const std::string& assignment : assignments->second) assign(store, assignment);
-  }
+  assignAll(store, arguments.given.at("assignments"));
+  checkReading(store);
   reportRejected(store);
+  for (const DroppedWord& dropped : explain(arguments.words).droppedWords) {
+    std::cerr << "meridian: dropped: \"" << printable(dropped.word) << "\" belongs to no flag\n";
+  }
   printVector(store.commandLine(), arguments);
   return done;
 }
