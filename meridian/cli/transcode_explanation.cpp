@@ -117,13 +117,17 @@ std::string meaningOf(const TranscodeProperty& property, const PropertyValue& va
   return "";
 }
 
-/// A text near this one that reads as the property: without its blanks, in lower case, or as one of the allowed texts.
+/// A text near this one that reads as the property: without its blanks, with its "x" or its decimal point put right,
+/// with all its digits, or the nearest of the texts that it takes.
 std::optional<std::string> readableTextFor(const TranscodeProperty& property, std::string_view text) {
   const auto reads = [&property](std::string_view candidate) {
     return !candidate.empty() && valueOfText(property, candidate).has_value();
   };
   std::string compact(text);
-  std::erase_if(compact, [](char c) { return c == ' ' || c == '\t'; });
+  // Between the digits of one number a blank may stand for anything.
+  if (property.kind != PropertyKind::number && property.kind != PropertyKind::integer) {
+    std::erase_if(compact, [](char c) { return c == ' ' || c == '\t'; });
+  }
   // A decimal comma, but not a comma that parts thousands.
   std::string withPoint;
   if (const std::size_t comma = compact.find(',');
