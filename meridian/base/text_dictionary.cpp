@@ -34,32 +34,22 @@ std::size_t TextDictionary::slotOf(std::string_view key) const noexcept {
   return place == none ? slotCount() : place;
 }
 
-void TextDictionary::set(std::string_view key, std::string_view value) {
+// Replaces the value in place, or inserts the entry. Texts that are handed over are moved.
+template <typename Key, typename Value>
+void TextDictionary::store(Key&& key, Value&& value) {
   const std::uint64_t hash = hashOf(key);
   if (const Place place = placeOf(key, hash); place != none) {
-    slots_[place].entry.value = value;
+    slots_[place].entry.value = std::forward<Value>(value);
   } else {
-    insert(std::string(key), std::string(value), hash);
+    insert(std::string(std::forward<Key>(key)), std::string(std::forward<Value>(value)), hash);
   }
 }
 
-void TextDictionary::setTaken(std::string_view key, std::string&& value) {
-  const std::uint64_t hash = hashOf(key);
-  if (const Place place = placeOf(key, hash); place != none) {
-    slots_[place].entry.value = std::move(value);
-  } else {
-    insert(std::string(key), std::move(value), hash);
-  }
-}
+void TextDictionary::set(std::string_view key, std::string_view value) { store(key, value); }
 
-void TextDictionary::setMoved(std::string&& key, std::string&& value) {
-  const std::uint64_t hash = hashOf(key);
-  if (const Place place = placeOf(key, hash); place != none) {
-    slots_[place].entry.value = std::move(value);
-  } else {
-    insert(std::move(key), std::move(value), hash);
-  }
-}
+void TextDictionary::setTaken(std::string_view key, std::string&& value) { store(key, std::move(value)); }
+
+void TextDictionary::setMoved(std::string&& key, std::string&& value) { store(std::move(key), std::move(value)); }
 
 bool TextDictionary::setIfAbsent(std::string key, std::string value) {
   const std::uint64_t hash = hashOf(key);

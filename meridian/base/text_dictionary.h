@@ -116,6 +116,8 @@ class MERIDIAN_API TextDictionary {
   [[nodiscard]] bool hasBuckets() const noexcept { return !buckets_.empty(); }
   void setMoved(std::string&& key, std::string&& value);
   void setTaken(std::string_view key, std::string&& value);
+  template <typename Key, typename Value>
+  void store(Key&& key, Value&& value);
   [[nodiscard]] std::uint64_t hashOf(std::string_view key) const noexcept;
   [[nodiscard]] Place placeOf(std::string_view key, std::uint64_t hash) const noexcept;
   void insert(std::string&& key, std::string&& value, std::uint64_t hash);
