@@ -1,4 +1,5 @@
-// Counts the allocations of the program, so that a benchmark can say how many a call makes.
+// Counts the allocations of the program, so that a benchmark can say how many a call makes and how much memory it
+// takes.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -9,6 +10,11 @@ namespace meridian::bench {
 
 /// Allocations through operator new since the program began.
 [[nodiscard]] std::size_t allocationCount() noexcept;
+
+/// Bytes allocated and not given back, the most of them at one time since startPeak(), and the start of that count.
+[[nodiscard]] std::size_t liveBytes() noexcept;
+[[nodiscard]] std::size_t peakBytes() noexcept;
+void startPeak() noexcept;
 
 /// While it lives counts allocations, and at its end gives their number per iteration to the benchmark.
 class AllocationsPerIteration {

@@ -10,6 +10,8 @@ target_compile_options(
   meridian_build_options
   INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
             -Wold-style-cast)
+# A product and a sum stay two roundings, so that every machine gives the same look-up table results.
+target_compile_options(meridian_build_options INTERFACE -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # Calls within a library stay within it and can be inlined, as with Clang.
   target_compile_options(meridian_build_options INTERFACE -fno-semantic-interposition)

@@ -1,0 +1,99 @@
+// Look-up table files of any bytes: read in pieces as they are read whole, and sampled without a crash.
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "fuzz/require.h"
+#include "meridian/base/decimal_number.h"
+#include "meridian/lut/lut_cube.h"
+#include "meridian/lut/lut_interpolator.h"
+#include "meridian/lut/text_lut_reading.h"
+#include "meridian/platform/xml_check.h"
+
+using namespace meridian;
+using fuzz::require;
+
+namespace {
+
+GenericTextLutInterpreter readInPieces(std::string_view text) {
+  GenericTextLutInterpreter lines;
+  const auto source = [&text](std::span<char> memory) {
+    const std::size_t count = std::min(text.size(), memory.size());
+    std::copy_n(text.begin(), count, memory.begin());
+    text.remove_prefix(count);
+    return count;
+  };
+  detail::readTextLut(source, text.size(), lines);
+  return lines;
+}
+
+GenericTextLutInterpreter readWhole(std::string_view text) {
+  GenericTextLutInterpreter lines;
+  if (text.starts_with("\xef\xbb\xbf")) text.remove_prefix(3);
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+    lines.interpret(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return lines;
+}
+
+void checkReading(std::string_view text) {
+  const GenericTextLutInterpreter lines = readInPieces(text);
+  const GenericTextLutInterpreter expected = readWhole(text);
+  require(std::ranges::equal(lines.triplets(), expected.triplets()), "the same rows");
+  require(lines.explicitDimensions() == expected.explicitDimensions(), "the same dimensions");
+  require(lines.explicitMinValue() == expected.explicitMinValue() &&
+              lines.explicitMaxValue() == expected.explicitMaxValue(),
+          "the same range");
+  require(lines.declaredDomain() == expected.declaredDomain(), "the same domain");
+  if (lines.triplets().empty()) return;
+  const auto cube =
+      std::make_shared<const LutCube>(std::make_shared<const LutValueTriplets>(lines.triplets()),
+                                      lines.explicitMinValue()->doubleValue(), lines.explicitMaxValue()->doubleValue());
+  const double high = cube->highValue();
+  for (const double input : {0.0, high, high / 3, -1e300, std::numeric_limits<double>::quiet_NaN()}) {
+    static_cast<void>(TrilinearLutInterpolator(cube).sample(input, high, 0));
+    static_cast<void>(TetrahedralLutInterpolator(cube).sample(0, input, high));
+  }
+}
+
+void checkNumber(const std::string& text) {
+  const auto number = DecimalNumber::fromText(text);
+  if (!number) return;
+  const double expected = std::strtod(text.c_str(), nullptr);
+  require(std::bit_cast<std::uint64_t>(number->doubleValue()) == std::bit_cast<std::uint64_t>(expected),
+          "the double that the C library reads");
+}
+
+void checkXml(std::string_view text) {
+  const auto isDocument = [text](std::size_t pieceSize) {
+    XmlCheck check;
+    bool good = true;
+    for (std::size_t begin = 0; good && begin < text.size(); begin += pieceSize) {
+      good = check.feed(text.substr(begin, pieceSize));
+    }
+    return good && check.finish();
+  };
+  const bool whole = isDocument(text.size() + 1);
+  require(whole == isDocument(7), "the same in pieces");
+  require(!whole || mayBeginXml(text), "every document begins like one");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  checkReading(text);
+  checkNumber(text);
+  checkXml(text);
+  return 0;
+}

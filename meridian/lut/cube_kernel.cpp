@@ -1,0 +1,187 @@
+#include "meridian/lut/cube_kernel.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace meridian::detail {
+namespace {
+
+/// The largest relative error of one rounding to single precision.
+constexpr double roundingError = 0x1p-24;
+
+constexpr std::uint64_t mantissaBits = 0x000FFFFFFFFFFFFF;
+
+constexpr std::array channelValues{&LutColor::red, &LutColor::green, &LutColor::blue};
+
+/// The number with only its eight leading bits.
+float withEightBits(double number) noexcept {
+  int exponent = 0;
+  const double mantissa = std::frexp(number, &exponent);
+  return static_cast<float>(std::ldexp(std::floor(mantissa * 0x1p8), exponent - 8));
+}
+
+float roundedUp(double number) noexcept {
+  const auto rounded = static_cast<float>(number);
+  return rounded < number ? std::nextafter(rounded, std::numeric_limits<float>::infinity()) : rounded;
+}
+
+float roundedDown(double number) noexcept { return -roundedUp(-number); }
+
+}  // namespace
+
+CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<PictureDepths>& pictureDepths)
+    : definition(std::move(cubeDefinition)), depths(pictureDepths) {
+  // With more points per axis their distances would not all be exact in single precision or fit into 32 bits.
+  if (depths) prepareResults();
+  isFast = definition.faceSize >= 2 && definition.faceSize <= 200;
+  for (const AxisRule& axis : definition.axes) isFast = isFast && axis.span > 0 && std::isfinite(axis.span);
+  if (!isFast) return;
+  prepareAxes();
+  prepareLattice();
+}
+
+void CubeKernel::prepareAxes() {
+  const double last = static_cast<double>(definition.faceSize - 1);
+  lastPoint = static_cast<float>(last);
+  // What a sample of 1 is on the axes' scale. Code values for a cube of code values are brought to its depth first.
+  double unit = definition.unit();
+  if (depths && definition.integerDepth) {
+    const auto shiftLeft = static_cast<int>(*definition.integerDepth - depths->source);
+    inputShiftRight = std::max(-shiftLeft, 0);
+    inputFactor = std::ldexp(1.0, std::max(shiftLeft, 0));
+    unit = inputFactor;
+  } else if (depths) {
+    unit = 1 / static_cast<double>(largestCodeValue(depths->source));
+  }
+  limits = depths ? AxisLimits::exactEnd : AxisLimits::both;
+  double largestOffset = 0;
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    const AxisRule& rule = definition.axes[channel];
+    FastAxis& axis = axes[channel];
+    const double scale = unit / rule.span * last;
+    axis.scaleHigh = withEightBits(scale);
+    axis.scaleLow = static_cast<float>(scale - axis.scaleHigh);
+    axis.offset = static_cast<float>(-rule.offset / rule.span * last);
+    largestOffset = std::max(largestOffset, std::fabs(-rule.offset / rule.span * last));
+    axis.low = roundedUp(rule.low / unit);
+    axis.high = roundedDown(rule.high / unit);
+    const AxisPosition lowest = placeOnAxis(rule.position(rule.low, definition.faceSize), definition.faceSize);
+    const AxisPosition inside = lowest.lower == static_cast<std::size_t>(definition.faceSize - 1)
+                                    ? AxisPosition{lowest.lower - 1, lowest.lower, 1}  // the cell below the last point
+                                    : lowest;
+    axis.lowPoint = static_cast<float>(inside.lower);
+    axis.lowFraction = static_cast<float>(inside.fraction);
+    isFast = isFast && std::isnormal(axis.scaleHigh) && std::isfinite(axis.offset) && rule.high >= rule.low;
+    const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit;
+    limits = std::max(limits, rule.low > 0 ? AxisLimits::both : endsExactly ? AxisLimits::exactEnd : AxisLimits::end);
+  }
+  // What is rounded: scaleLow, its product and the sum with the offset, all at most 2^-7 of a place; the offset; and
+  // the last sum, which is about 1.
+  fractionError_ = roundingError * (1 + 4 * (last + largestOffset) * 0x1p-7 + 4 * largestOffset);
+}
+
+void CubeKernel::prepareLattice() {
+  const auto face = static_cast<std::size_t>(definition.faceSize);
+  greenStride = face * 4;
+  redStride = face * greenStride;
+  const LutColor* const colors = definition.cube->lattice().data();
+
+  const double scale = depths ? definition.resultScale(depths->destination) : 1 / definition.unit();
+  double lowest = std::numeric_limits<double>::infinity();
+  double highest = -lowest;
+  double steepest = 0;
+  const auto noteStep = [&](const LutColor& color, const LutColor& neighbour) {
+    for (const auto value : channelValues) {
+      steepest = std::max(steepest, std::fabs(neighbour.*value - color.*value));
+    }
+  };
+  const LutColor* color = colors;
+  for (std::size_t i = 0; i < face; ++i) {
+    for (std::size_t j = 0; j < face; ++j) {
+      for (std::size_t k = 0; k < face; ++k, ++color) {
+        lowest = std::min({lowest, color->red, color->green, color->blue});
+        highest = std::max({highest, color->red, color->green, color->blue});
+        if (i + 1 < face) noteStep(*color, color[face * face]);
+        if (j + 1 < face) noteStep(*color, color[face]);
+        if (k + 1 < face) noteStep(*color, color[1]);
+      }
+    }
+  }
+  lowest *= scale;
+  highest *= scale;
+  steepest *= scale;
+  constexpr double largestExact = 1 << 21;
+  if (depths && !(std::fabs(lowest) < largestExact && std::fabs(highest) < largestExact)) {
+    isFast = false;  // the results are larger than single precision can tell apart
+    return;
+  }
+  if (depths) center = static_cast<std::int32_t>(std::floor((lowest + highest) / 2));
+  const double middle = center;
+  const double largest = std::max(highest - middle, middle - lowest);
+
+  if (!std::isfinite(static_cast<float>(largest))) {
+    isFast = false;
+    return;
+  }
+
+  lattice.resize(face * face * face * 4);
+  float* entry = lattice.data();
+  for (std::size_t red = 0; red < face; ++red) {
+    for (std::size_t green = 0; green < face; ++green) {
+      for (std::size_t blue = 0; blue < face; ++blue) {
+        const LutColor& point =
+            colors[red * definition.strides.red + green * definition.strides.green + blue * definition.strides.blue];
+        const bool beginsCell = std::max({red, green, blue}) + 1 < face;
+        float mark = leastMark;
+        float bit = 0x1p-4F;
+        for (const auto value : channelValues) {
+          *entry++ = static_cast<float>(point.*value * scale - middle);
+          if (beginsCell && isFlat(point, value)) mark += bit;
+          bit *= 2;
+        }
+        *entry++ = mark;
+      }
+    }
+  }
+
+  // Of each channel: the stored points are rounded once; then each of three blends takes a difference, a product and a
+  // sum, and carries the fraction's error. What the definition itself rounds in double precision is far below.
+  const double storedError = roundingError * largest;
+  const double blendError = roundingError * (largest + 4 * steepest) + fractionError_ * steepest;
+  const double definitionError = 0x1p-40 * (std::fabs(lowest) + std::fabs(highest) + steepest * lastPoint);
+  errorBound = roundedUp((storedError + 3 * blendError) * 1.01 + definitionError);
+  constexpr double tooWide = 0.125;  // a quarter of all results would be in doubt
+  isFast = isFast && (!depths || errorBound <= tooWide);
+}
+
+/// Blends of equal points multiply the value with two weights whose rounded sum is 1 and add the products. That leaves
+/// zeros as they are, and powers of two in trilinear blends, since scaling by them changes no rounding.
+bool CubeKernel::isSteady(double value) const noexcept {
+  const bool isTrilinear = definition.interpolation == LutInterpolation::trilinear;
+  return value == 0 || (isTrilinear && (std::bit_cast<std::uint64_t>(value) & mantissaBits) == 0);
+}
+
+/// Whether a channel has the same steady value at all eight points of the cell above a point.
+bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value) const noexcept {
+  if (!isSteady(point.*value)) return false;
+  const LatticeStrides& strides = definition.strides;
+  for (unsigned corner = 1; corner < 8; ++corner) {
+    const std::size_t distance = ((corner & 1U) != 0 ? strides.red : 0) + ((corner & 2U) != 0 ? strides.green : 0) +
+                                 ((corner & 4U) != 0 ? strides.blue : 0);
+    if ((&point)[distance].*value != point.*value) return false;
+  }
+  return true;
+}
+
+void CubeKernel::prepareResults() {
+  shift = static_cast<int>(
+      std::clamp<std::int64_t>(depths->destination - definition.resultDepth(depths->destination), -31, 31));
+  limitAfter = static_cast<std::int32_t>(largestCodeValue(depths->destination));
+  // Just enough to become more than the limit by the shift.
+  limitBefore = shift > 0 ? (limitAfter >> shift) + 1 : std::numeric_limits<std::int32_t>::max();
+}
+
+}  // namespace meridian::detail

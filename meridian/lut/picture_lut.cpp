@@ -1,0 +1,214 @@
+#include "meridian/lut/picture_lut.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "meridian/base/precondition.h"
+#include "meridian/lut/cube_kernel.h"
+#include "meridian/lut/parsed_lut_factory.h"
+#include "meridian/lut/picture_definition.h"
+
+namespace meridian {
+namespace {
+
+using detail::PictureDepths;
+using detail::PixelCodes;
+
+/// The values that a one-dimensional table has for code values, so that a picture needs no more than to look them up.
+class LookedUpTable {
+ public:
+  LookedUpTable(detail::TableDefinition tableDefinition, const std::optional<PictureDepths>& depths)
+      : definition(std::move(tableDefinition)) {
+    if (!depths) return;
+    // A code value above the depth's largest may stand in a sample too.
+    const std::size_t count = depths->source <= 8 ? 256 : 65536;
+    codes_.resize(count);
+    for (std::size_t code = 0; code < count; ++code) {
+      const auto value = static_cast<std::uint16_t>(code);
+      codes_[code] = definition.codeValues({value, value, value}, *depths);
+    }
+  }
+
+  [[nodiscard]] PixelCodes look(const PixelCodes& input, const PictureDepths& depths) const noexcept {
+    if (std::ranges::max(input) >= codes_.size()) return definition.codeValues(input, depths);
+    return {codes_[input[0]][0], codes_[input[1]][1], codes_[input[2]][2]};
+  }
+
+  detail::TableDefinition definition;
+
+ private:
+  std::vector<PixelCodes> codes_;
+};
+
+std::optional<std::int64_t> integerDepthOf(const ParsedLutFile& file) noexcept {
+  const auto* const integers = dynamic_cast<const UnsignedIntegerLutFile*>(&file);
+  return integers == nullptr ? std::nullopt : std::optional(integers->bitDepth());
+}
+
+/// The samples of one pixel, wherever they lie.
+template <typename Sample>
+struct PixelPlace {
+  std::array<Sample*, 3> channels;
+  Sample* alpha;
+};
+
+template <PictureSample Sample>
+PixelPlace<Sample> pixelOf(const PictureView<Sample>& view, std::size_t row, std::size_t column) noexcept {
+  const std::ptrdiff_t offset = view.rowDistance() * static_cast<std::ptrdiff_t>(row) +
+                                static_cast<std::ptrdiff_t>(column * view.samplesPerPixel(view.layout));
+  if (view.layout == PictureLayout::planar) {
+    return {{view.planes[0] + offset, view.planes[1] + offset, view.planes[2] + offset}, nullptr};
+  }
+  Sample* const first = view.planes[0] + offset;
+  return {{first, first + 1, first + 2}, view.layout == PictureLayout::rgba ? first + 3 : nullptr};
+}
+
+void convertPixel(const LookedUpTable& table, const std::optional<PictureDepths>& /*depths*/,
+                  const PixelPlace<const float>& source, const PixelPlace<float>& destination) noexcept {
+  const LutColor color = table.definition.color({*source.channels[0], *source.channels[1], *source.channels[2]});
+  const float alpha = source.alpha != nullptr ? *source.alpha : 1;
+  *destination.channels[0] = static_cast<float>(color.red);
+  *destination.channels[1] = static_cast<float>(color.green);
+  *destination.channels[2] = static_cast<float>(color.blue);
+  if (destination.alpha != nullptr) *destination.alpha = alpha;
+}
+
+template <typename Sample>
+void convertPixel(const LookedUpTable& table, const std::optional<PictureDepths>& depths,
+                  const PixelPlace<const Sample>& source, const PixelPlace<Sample>& destination) noexcept {
+  const PixelCodes codes = table.look({*source.channels[0], *source.channels[1], *source.channels[2]}, *depths);
+  if (destination.alpha != nullptr) {
+    *destination.alpha = static_cast<Sample>(
+        source.alpha != nullptr ? detail::limitedCodeValue(*source.alpha, depths->source, depths->destination)
+                                : largestCodeValue(depths->destination));
+  }
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    *destination.channels[channel] = static_cast<Sample>(codes[channel]);
+  }
+}
+
+/// Calls `work` with the first row and the number of rows of each band, from a thread for each but the first.
+template <typename Work>
+void inBands(std::size_t height, unsigned threads, const Work& work) {
+  if (threads == 0) threads = std::max(1U, std::thread::hardware_concurrency());
+  const std::size_t bands = std::clamp<std::size_t>(height, 1, threads);
+  const std::size_t rows = (height + bands - 1) / bands;
+  std::vector<std::jthread> others;
+  others.reserve(bands - 1);
+  std::size_t band = 1;
+  try {
+    for (; band < bands; ++band) others.emplace_back([&work, band, rows] { work(band * rows, rows); });
+  } catch (const std::system_error&) {
+    // No further thread is to be had: what is left is done here.
+    for (; band < bands; ++band) work(band * rows, rows);
+  }
+  work(0, rows);
+}
+
+}  // namespace
+
+struct PictureLut::Prepared {
+  Prepared(const ParsedLutFile& file, const std::optional<PictureDepths>& pictureDepths,
+           const PictureLutOptions& options)
+      : depths(pictureDepths), table(tableOf(file, pictureDepths, options)) {}
+
+  using Table = std::variant<detail::CubeKernel, LookedUpTable>;
+
+  static Table tableOf(const ParsedLutFile& file, const std::optional<PictureDepths>& depths,
+                       const PictureLutOptions& options) {
+    const LutRGBSampleConverter& converter = file.inputConverter();
+    if (const auto* const cube = dynamic_cast<const ThreeDimensionalLutConverter*>(&converter)) {
+      return Table(
+          std::in_place_type<detail::CubeKernel>,
+          detail::CubeDefinition(cube->interpolator().cube(), integerDepthOf(file), file.declaredDomain(), options),
+          depths);
+    }
+    const auto* const rows = dynamic_cast<const OneDimensionConverter*>(&converter);
+    if (rows == nullptr)
+      preconditionFailed("a picture needs a look-up table that is a cube or a one-dimensional table");
+    return Table(std::in_place_type<LookedUpTable>, detail::TableDefinition(*rows, file.declaredDomain(), options),
+                 depths);
+  }
+
+  std::optional<PictureDepths> depths;
+  Table table;
+};
+
+PictureLut::PictureLut(std::unique_ptr<const Prepared> prepared) noexcept : prepared_(std::move(prepared)) {}
+PictureLut::PictureLut(PictureLut&&) noexcept = default;
+PictureLut& PictureLut::operator=(PictureLut&&) noexcept = default;
+PictureLut::~PictureLut() = default;
+
+std::optional<PictureLut> PictureLut::forCodeValues(const ParsedLutFile& file, int sourceBitDepth,
+                                                    int destinationBitDepth, const PictureLutOptions& options) {
+  constexpr int largest = PictureView<std::uint16_t>::sampleBits;
+  for (const int depth : {sourceBitDepth, destinationBitDepth}) {
+    if (depth < 1 || depth > largest) return std::nullopt;
+  }
+  return PictureLut(
+      std::make_unique<const Prepared>(file, PictureDepths{sourceBitDepth, destinationBitDepth}, options));
+}
+
+PictureLut PictureLut::forFloats(const ParsedLutFile& file, const PictureLutOptions& options) {
+  return PictureLut(std::make_unique<const Prepared>(file, std::nullopt, options));
+}
+
+template <PictureSample Sample>
+std::optional<PictureFault> PictureLut::applyTo(const PictureView<const Sample>& source,
+                                                const PictureView<Sample>& destination, unsigned threads) const {
+  if (const auto fault = source.fault()) return fault;
+  if (const auto fault = destination.fault()) return fault;
+  if (source.width != destination.width || source.height != destination.height) return PictureFault::unequalSizes;
+  const std::optional<PictureDepths>& depths = prepared_->depths;
+  if (depths.has_value() != PictureView<Sample>::hasCodeValues) return PictureFault::otherBitDepth;
+  if (depths && (source.bitDepth != depths->source || destination.bitDepth != depths->destination)) {
+    return PictureFault::otherBitDepth;
+  }
+
+  inBands(source.height, threads, [&](std::size_t first, std::size_t count) {
+    const detail::PixelRows<Sample> rows{source.rows(first, count), destination.rows(first, count)};
+    if (const auto* const cube = std::get_if<detail::CubeKernel>(&prepared_->table)) {
+      detail::applyCube(*cube, rows);
+      return;
+    }
+    const LookedUpTable& table = std::get<LookedUpTable>(prepared_->table);
+    for (std::size_t row = 0; row < rows.source.height; ++row) {
+      for (std::size_t column = 0; column < rows.source.width; ++column) {
+        convertPixel(table, depths, pixelOf(rows.source, row, column), pixelOf(rows.destination, row, column));
+      }
+    }
+  });
+  return std::nullopt;
+}
+
+std::optional<PictureFault> PictureLut::apply(const PictureView<const std::uint8_t>& source,
+                                              const PictureView<std::uint8_t>& destination, unsigned threads) const {
+  return applyTo(source, destination, threads);
+}
+std::optional<PictureFault> PictureLut::apply(const PictureView<const std::uint16_t>& source,
+                                              const PictureView<std::uint16_t>& destination, unsigned threads) const {
+  return applyTo(source, destination, threads);
+}
+std::optional<PictureFault> PictureLut::apply(const PictureView<const float>& source,
+                                              const PictureView<float>& destination, unsigned threads) const {
+  return applyTo(source, destination, threads);
+}
+
+std::array<std::uint16_t, 3> PictureLut::pixel(std::uint16_t red, std::uint16_t green,
+                                               std::uint16_t blue) const noexcept {
+  if (!prepared_->depths) preconditionFailed("code values asked of a look-up table made for floating point");
+  return std::visit(
+      [&](const auto& table) { return table.definition.codeValues({red, green, blue}, *prepared_->depths); },
+      prepared_->table);
+}
+
+LutColor PictureLut::pixel(const LutColor& color) const noexcept {
+  return std::visit([&](const auto& table) { return table.definition.color(color); }, prepared_->table);
+}
+
+}  // namespace meridian

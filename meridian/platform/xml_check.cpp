@@ -1,0 +1,110 @@
+// The only file that uses Expat.
+#include "meridian/platform/xml_check.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <string_view>
+
+namespace meridian {
+namespace {
+
+constexpr std::size_t memoryLimit = std::size_t{16} << 20;
+
+// Expat hands no pointer of ours to its allocation functions. A check runs within one call on one thread, so what the
+// current one has allocated stands here.
+thread_local std::size_t allocated = 0;
+
+/// Each block begins with its size.
+constexpr std::size_t headerSize = alignof(std::max_align_t);
+
+void* allocate(std::size_t size) {
+  if (size > memoryLimit || allocated > memoryLimit - size) return nullptr;
+  auto* const block = static_cast<char*>(std::malloc(headerSize + size));
+  if (block == nullptr) return nullptr;
+  *reinterpret_cast<std::size_t*>(block) = size;
+  allocated += size;
+  return block + headerSize;
+}
+
+void release(void* memory) {
+  if (memory == nullptr) return;
+  char* const block = static_cast<char*>(memory) - headerSize;
+  allocated -= *reinterpret_cast<std::size_t*>(block);
+  std::free(block);
+}
+
+void* reallocate(void* memory, std::size_t size) {
+  if (memory == nullptr) return allocate(size);
+  char* const block = static_cast<char*>(memory) - headerSize;
+  const std::size_t before = *reinterpret_cast<std::size_t*>(block);
+  if (size > memoryLimit || allocated - before > memoryLimit - size) return nullptr;
+  auto* const moved = static_cast<char*>(std::realloc(block, headerSize + size));
+  if (moved == nullptr) return nullptr;
+  *reinterpret_cast<std::size_t*>(moved) = size;
+  allocated += size - before;
+  return moved + headerSize;
+}
+
+constexpr XML_Memory_Handling_Suite boundedMemory{allocate, reallocate, release};
+
+int takeUnknownEncoding(void* /*data*/, const XML_Char* /*name*/, XML_Encoding* encoding) {
+  constexpr int letter = 0xE9;
+  for (int byte = 0; byte < 256; ++byte) encoding->map[byte] = byte < 0x80 ? byte : letter;
+  encoding->data = nullptr;
+  encoding->convert = nullptr;
+  encoding->release = nullptr;
+  return XML_STATUS_OK;
+}
+
+}  // namespace
+
+bool mayBeginXml(std::span<const char> bytes) noexcept {
+  std::string_view text(bytes.data(), bytes.size());
+  for (const std::string_view mark : {"\xef\xbb\xbf", "\xff\xfe", "\xfe\xff"}) {
+    if (text.starts_with(mark)) {
+      text.remove_prefix(mark.size());
+      break;
+    }
+  }
+  constexpr std::string_view blanks(" \t\r\n\0", 5);  // half of each UTF-16 character here is zero
+  const std::size_t first = text.find_first_not_of(blanks);
+  return first == std::string_view::npos || text[first] == '<';
+}
+
+struct XmlCheck::Parser {
+  XML_Parser expat = nullptr;
+  std::size_t allocatedBefore = allocated;
+};
+
+XmlCheck::XmlCheck() : parser_(std::make_unique<Parser>()) {
+  allocated = 0;
+  parser_->expat = XML_ParserCreate_MM(nullptr, &boundedMemory, nullptr);
+  if (parser_->expat == nullptr) return;
+  XML_SetUnknownEncodingHandler(parser_->expat, takeUnknownEncoding, nullptr);
+  // With a default handler of this kind entities are handed over as they are written, not expanded.
+  XML_SetDefaultHandler(parser_->expat, [](void* /*data*/, const XML_Char* /*text*/, int /*length*/) {});
+}
+
+XmlCheck::~XmlCheck() {
+  if (parser_->expat != nullptr) XML_ParserFree(parser_->expat);
+  allocated = parser_->allocatedBefore;
+}
+
+bool XmlCheck::feed(std::span<const char> piece) {
+  constexpr std::size_t largest = std::numeric_limits<int>::max();
+  while (parser_->expat != nullptr && !piece.empty()) {
+    const std::size_t length = std::min(piece.size(), largest);
+    if (XML_Parse(parser_->expat, piece.data(), static_cast<int>(length), XML_FALSE) != XML_STATUS_OK) return false;
+    piece = piece.subspan(length);
+  }
+  return parser_->expat != nullptr;
+}
+
+bool XmlCheck::finish() {
+  return parser_->expat != nullptr && XML_Parse(parser_->expat, nullptr, 0, XML_TRUE) == XML_STATUS_OK;
+}
+
+}  // namespace meridian

@@ -1,0 +1,96 @@
+// Look-up table files and tables made for tests.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "meridian/lut/parsed_lut_factory.h"
+#include "meridian/suite/logger.h"
+
+namespace meridian::test {
+
+/// A folder that goes away with its files.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "meridian-XXXXXX").string();
+    path_ = mkdtemp(pattern.data());
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+
+  /// Writes a file and gives its path.
+  std::string write(const std::string& name, std::string_view content) const {
+    const std::string path = (path_ / name).string();
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+  }
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// Keeps what is logged while it lives.
+class LogKeeper {
+ public:
+  LogKeeper() { setLogger(kept_); }
+  LogKeeper(const LogKeeper&) = delete;
+  LogKeeper& operator=(const LogKeeper&) = delete;
+  ~LogKeeper() { setLogger(nullptr); }
+
+  [[nodiscard]] const std::vector<std::string>& messages() const { return kept_->messages; }
+
+ private:
+  struct Keeper final : Logger {
+    void log(LogLevel level, std::string_view message) override {
+      messages.push_back(std::string(rawValue(level)) + " " + std::string(message));
+    }
+    std::vector<std::string> messages;
+  };
+  std::shared_ptr<Keeper> kept_ = std::make_shared<Keeper>();
+};
+
+inline std::shared_ptr<const LutValueTriplets> rowsOf(const std::vector<LutColor>& colors) {
+  auto rows = std::make_shared<LutValueTriplets>();
+  for (const LutColor& color : colors) rows->append(color);
+  return rows;
+}
+
+inline std::shared_ptr<const LutCube> cubeOf(const std::vector<LutColor>& colors) {
+  return std::make_shared<const LutCube>(rowsOf(colors));
+}
+
+/// The colours of a cube in file order, from a function of red, green and blue on the scale from 0 to 1.
+template <typename Function>
+std::vector<LutColor> cubeColors(int faceSize, const Function& function) {
+  std::vector<LutColor> colors;
+  const double last = faceSize > 1 ? faceSize - 1 : 1;
+  for (int red = 0; red < faceSize; ++red) {
+    for (int green = 0; green < faceSize; ++green) {
+      for (int blue = 0; blue < faceSize; ++blue) colors.push_back(function(red / last, green / last, blue / last));
+    }
+  }
+  return colors;
+}
+
+/// A file of a cube: of code values where a depth is given.
+inline std::unique_ptr<const ParsedLutFile> cubeFile(const std::vector<LutColor>& colors, int integerDepth = 0,
+                                                     const LutDeclaredDomain& domain = {}) {
+  const Url url = Url::fromFilePath("/made.cube");
+  if (integerDepth > 0) {
+    return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalIntegerFile>(url, domain, rowsOf(colors),
+                                                                                 cubeOf(colors), integerDepth);
+  }
+  return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile>(url, domain, rowsOf(colors),
+                                                                                     cubeOf(colors));
+}
+
+}  // namespace meridian::test

@@ -1,0 +1,421 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <random>
+#include <sstream>
+
+#include "tests/lut/lut_files.h"
+
+namespace meridian {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The text of this many rows; each number runs from 0 to `largest`.
+std::string rowsText(std::size_t count, double largest, bool integers = false) {
+  std::ostringstream text;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double value = count == 1 ? largest : largest * static_cast<double>(i) / static_cast<double>(count - 1);
+    const double number = integers ? std::floor(value) : value;
+    text << number << ' ' << number << ' ' << number << '\n';
+  }
+  return text.str();
+}
+
+class LutParsing : public testing::Test {
+ protected:
+  meridian::LutParsing parse(const std::string& name, std::string_view content) {
+    path_ = folder_.write(name, content);
+    return ParsedLutFactory::parsing(Url::fromFilePath(path_));
+  }
+  [[nodiscard]] const std::vector<std::string>& logged() const { return log_.messages(); }
+
+  test::TemporaryFolder folder_;
+  test::LogKeeper log_;
+  std::string path_;
+};
+
+TEST_F(LutParsing, HeadersRowsAndValuesDecideWhatAFileIs) {
+  using Reason = LutRefusalReason;
+  struct Case {
+    std::string what;
+    std::string text;
+    std::string className;  // empty where the file is refused
+    std::int64_t depth = 0;
+    Reason reason = Reason::noRows;
+  };
+  const std::string cubeRows = rowsText(17 * 17 * 17, 1);
+  const std::string one = "ParsedOneDimensionLutFile";
+  const std::string integers = "ParsedThreeDimensionalIntegerFile";
+  const std::string floats = "ParsedThreeDimensionalFloatingPointFile";
+  const Case cases[] = {
+      {"cube by count", cubeRows, floats},
+      {"header, title, domain", "TITLE \"look\"\nLUT_3D_SIZE 33\nDOMAIN_MIN 0 0 0\n" + rowsText(35937, 1), floats},
+      {"maximum 1023", "LUT_3D_SIZE 17\n" + rowsText(4913, 1023, true), integers, 10},
+      {"maximum 4095", rowsText(4913, 4095, true), integers, 12},
+      {"maximum 65535", rowsText(4913, 65535, true), integers, 16},
+      {"maximum 1024, a power of two, has its own exponent", rowsText(4913, 1024, true), integers, 10},
+      {"maximum 1 is floating point", rowsText(4913, 1, true), floats},
+      {"maximum 2", rowsText(4913, 2, true), integers, 1},
+      {"maximum 2.5", rowsText(4913, 2.5), floats},
+      {"a maximum that only its double makes whole", rowsText(4912, 1) + "0 0 1.99999999999999999999\n", floats},
+      {"a maximum beyond 64 bits", rowsText(4912, 1) + "0 0 1e30\n", floats},
+      {"a maximum beyond doubles is no number", rowsText(4913, 1) + "0 0 1e400\n", floats},
+      {"all negative", "LUT_3D_SIZE 2\n-1 -1 -1\n-3 -2 -1\n", floats},
+      {"256 rows", rowsText(256, 1), one},
+      {"1024 code values", rowsText(1024, 1023, true), one},
+      {"an announced table", "LUT_1D_SIZE 256\n" + rowsText(256, 1), one},
+      {"a table by its title", "# A 1d table\n" + rowsText(256, 1), one},
+      {"3d wins over 1d", "# from 1D to 3D\n" + rowsText(256, 1), floats},
+      {"a later header wins over a title", "# 3D\nlut_1d_size 256\n" + rowsText(256, 1), one},
+      {"a header behind rows is none", rowsText(256, 1) + "LUT_3D_SIZE 6\n", one},
+      {"a range line decides nothing, though it says 3D", "LUT_3D_INPUT_RANGE 0 1\n" + rowsText(256, 1), one},
+      {"a cube of an odd number of rows", "LUT_3D_SIZE 5\n" + rowsText(100, 1), floats},
+      {"empty", "", "", 0, Reason::noRows},
+      {"no row", "LUT_3D_SIZE 2\n1 2\n1 2 3 4\nx y z\n1,0 2 3\n", "", 0, Reason::noRows},
+      {"1000 rows", rowsText(1000, 1), "", 0, Reason::unknownDimensions},
+      {"300 rows", rowsText(300, 1), "", 0, Reason::unknownDimensions},
+      {"300 announced rows", "LUT_1D_SIZE 300\n" + rowsText(300, 1), "", 0, Reason::unusableRowCount},
+      {"binary", std::string("\0\x01\xff\xfe 1 2 3\0", 12), "", 0, Reason::noRows},
+      {"UTF-16",
+       std::string("\xff\xfe"
+                   "0\0 \0000\0 \0000\0\n\0",
+                   14),
+       "", 0, Reason::noRows},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.what);
+    const auto parsing = parse("table.cube", each.text);
+    EXPECT_EQ(parsing.file == nullptr, parsing.refusal.has_value());
+    if (each.className.empty()) {
+      ASSERT_TRUE(parsing.refusal);
+      EXPECT_EQ(parsing.refusal->reason, each.reason);
+      continue;
+    }
+    ASSERT_TRUE(parsing.file) << parsing.refusal->message();
+    EXPECT_EQ(parsing.file->className(), each.className);
+    EXPECT_EQ(parsing.file->file().path(), path_);
+    EXPECT_EQ(parsing.file->fileMarkup(), LutMarkupType::txt);
+    EXPECT_EQ(parsing.file->dimensions(), each.className == one ? LutDimensions::oneD : LutDimensions::cube);
+    const auto* const integerFile = dynamic_cast<const UnsignedIntegerLutFile*>(parsing.file.get());
+    EXPECT_EQ(integerFile == nullptr ? 0 : integerFile->bitDepth(), each.depth);
+  }
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(LutParsing, OnlyThreeRefusalsAreLoggedInTheirWords) {
+  const std::string missing = (folder_.path() / "missing.cube").string();
+  EXPECT_EQ(ParsedLutFactory::parsed(Url::fromFilePath(missing)), nullptr);
+  EXPECT_EQ(parse("short.lut", rowsText(128, 1)).refusal->reason, LutRefusalReason::tooFewRows);
+  const std::string shortPath = path_;
+  EXPECT_EQ(parse("clip.mov", rowsText(256, 1)).refusal->reason, LutRefusalReason::unsupportedExtension);
+  EXPECT_THAT(logged(), ElementsAre("error MRD_CLUT_PTFB-Failed to open lut file " + missing,
+                                    "error MRD_PLF_PLWV-Lut file " + shortPath +
+                                        " only containts 128 entries.  Considered not a LUT",
+                                    "info MRD_PLF_PLWV-Lut file " + path_ + " is not a supported format"));
+}
+
+TEST_F(LutParsing, ExtensionsArePermittedByTheirMeaning) {
+  const std::string rows = rowsText(256, 1);
+  for (const std::string name : {"a.cube", "a.CUBE", "a.txt", "a.3dl", "a.mylook"}) {
+    EXPECT_TRUE(parse(name, rows).file) << name;
+  }
+  // A name without extension is that of a folder, which is a known one.
+  for (const std::string name : {"a.mov", "a.MOV", "plain", "a."}) EXPECT_FALSE(parse(name, rows).file) << name;
+  const Url mov = Url::fromFilePath(folder_.write("b.mov", rows));
+  const Url look = Url::fromFilePath(folder_.write("b.mylook", rows));
+  EXPECT_TRUE(ParsedLutFactory::parsing(mov, std::nullopt).file);
+  EXPECT_FALSE(ParsedLutFactory::parsing(look, FileExtensionSet::colorLutFileExtensions(), false).file);
+}
+
+TEST_F(LutParsing, FilesThatCannotBeReadSayWhy) {
+  const auto reasonOf = [](const std::string& path) {
+    return ParsedLutFactory::parsing(Url::fromFilePath(path)).refusal->reason;
+  };
+  std::filesystem::create_directory(folder_.path() / "folder.cube");
+  EXPECT_EQ(reasonOf((folder_.path() / "folder.cube").string()), LutRefusalReason::notOpened);
+  const std::string table = folder_.write("table.cube", rowsText(256, 1));
+  EXPECT_EQ(reasonOf(table + std::string("\0.cube", 6)), LutRefusalReason::notOpened);
+  if (geteuid() != 0) {
+    std::filesystem::permissions(table, std::filesystem::perms::none);
+    const auto parsing = ParsedLutFactory::parsing(Url::fromFilePath(table));
+    EXPECT_EQ(parsing.refusal->systemError, std::errc::permission_denied);
+  }
+}
+
+TEST_F(LutParsing, WellFormedXmlIsRefusedWhateverItsExtension) {
+  std::string laughs = "<!DOCTYPE l [<!ENTITY a \"ha\">";
+  for (char name = 'b'; name < 'z'; ++name) {
+    laughs += std::string("<!ENTITY ") + name + " \"";
+    for (int i = 0; i < 10; ++i) laughs += std::string("&") + static_cast<char>(name - 1) + ";";
+    laughs += "\">";
+  }
+  laughs += "]><l>&y;</l>";
+  std::string wide;
+  for (const char c : std::string("<l>1 2 3</l>")) wide += std::string(1, c) + '\0';
+  const std::string documents[] = {
+      "<a/>",
+      " \n\t<a>" + rowsText(256, 1) + "</a>",
+      "\xef\xbb\xbf<?xml version='1.0'?><a/>",
+      "\xff\xfe" + wide,
+      "<?xml version='1.0' encoding='windows-1252'?><a>\xe9</a>",
+      "<!DOCTYPE a SYSTEM 'http://127.0.0.1:9/none.dtd'><a/>",
+      "<!DOCTYPE a [<!ENTITY e SYSTEM '/dev/zero'>]><a>&e;</a>",
+      "<a>" + std::string(3'000'000, 'x') + "</a>",
+      laughs,
+  };
+  for (const std::string& document : documents) {
+    SCOPED_TRACE(document.substr(0, 60));
+    for (const std::string name : {"a.xml", "a.cube", "a.mov"}) {
+      EXPECT_EQ(parse(name, document).refusal->reason, LutRefusalReason::xmlDocument);
+    }
+  }
+  EXPECT_THAT(logged(), IsEmpty());
+  // What only begins like a document is read as text.
+  EXPECT_TRUE(parse("a.cube", "<a>\n" + rowsText(256, 1)).file);
+  EXPECT_TRUE(parse("a.cube", "  \n" + rowsText(256, 1)).file);
+}
+
+TEST_F(LutParsing, HostileXmlTakesLittleMemory) {
+  const auto peak = [] {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;  // in KiB
+  };
+  std::string nested;
+  std::string names;
+  for (int i = 0; i < 2'000'000; ++i) nested += "<a>";
+  for (int i = 0; i < 1'000'000; ++i) names += "<n" + std::to_string(i) + "/>";
+  const std::string hostile[] = {"<a b='" + std::string(60'000'000, 'x'), std::move(nested), "<a>" + names};
+  for (const std::string& text : hostile) {
+    folder_.write("hostile.cube", text);
+    const auto before = peak();
+    EXPECT_FALSE(parse("hostile.cube", text).file);
+    EXPECT_LT(peak() - before, 64 * 1024);
+  }
+}
+
+/// What a table's rows are when its text is held whole and cut at line ends.
+std::vector<LutColor> plainlyRead(std::string_view text) {
+  GenericTextLutInterpreter lines;
+  if (text.starts_with("\xef\xbb\xbf")) text.remove_prefix(3);
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+    lines.interpret(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  const auto colors = lines.triplets().colors();
+  return {colors.begin(), colors.end()};
+}
+
+TEST_F(LutParsing, ReadingInPiecesGivesTheRowsOfTheWholeText) {
+  std::mt19937 random(5);
+  const auto pick = [&](int count) { return std::uniform_int_distribution<int>(0, count - 1)(random); };
+  const std::vector<std::string> numbers{"0",
+                                         "1",
+                                         "-0.5",
+                                         "+.25",
+                                         "5.",
+                                         "1e-3",
+                                         "2E+2",
+                                         "0.123456",
+                                         "0.1234567890123456789",
+                                         "1023",
+                                         "1e400",
+                                         "0x10",
+                                         "nan",
+                                         "1_0",
+                                         "",
+                                         "12345678.87654321",
+                                         "9007199254740993",
+                                         "1.7976931348623157e308"};
+  const std::vector<std::string> separators{" ", " ", " ", " ", "\t", "  ", "\xc2\xa0", "\x0b", ","};
+  const std::vector<std::string> ends{"\n", "\n", "\r\n", "\r", " \n", "\t\r\n", "\n\n", "\n \n"};
+  for (int round = 0; round < 20; ++round) {
+    std::string text = round % 3 == 0 ? "\xef\xbb\xbf" : "";
+    text += "LUT_3D_SIZE 33" + ends[static_cast<std::size_t>(pick(8))];
+    while (text.size() < 600'000) {
+      if (pick(2000) == 0) text += std::string(static_cast<std::size_t>(pick(300'000)), pick(2) == 0 ? ' ' : 'x');
+      if (pick(8) == 0) text += separators[static_cast<std::size_t>(pick(9))];
+      for (int piece = pick(20) == 0 ? pick(5) : 3; piece > 0; --piece) {
+        text += numbers[static_cast<std::size_t>(pick(pick(4) == 0 ? 18 : 8))];
+        if (piece > 1) text += separators[static_cast<std::size_t>(pick(pick(4) == 0 ? 9 : 5))];
+      }
+      text += ends[static_cast<std::size_t>(pick(8))];
+    }
+    if (round % 2 == 0) text += "0.5 0.5 0.5";  // no line end at the end
+    const auto parsing = parse("table.cube", text);
+    ASSERT_TRUE(parsing.file);
+    const auto colors = parsing.file->orderedValues().colors();
+    const std::vector<LutColor> expected = plainlyRead(text);
+    ASSERT_EQ(colors.size(), expected.size());
+    ASSERT_TRUE(std::ranges::equal(colors, expected)) << "round " << round;
+  }
+}
+
+TEST_F(LutParsing, LinesLongerThanAnyBufferAreReadForWhatTheySay) {
+  const std::string rows = rowsText(256, 1);
+  const std::string blanks(2'500'000, ' ');
+  const std::string letters(2'500'000, 'x');
+  struct Case {
+    std::string text;
+    LutDimensions dimensions;
+    std::size_t rows;
+  };
+  const Case cases[] = {
+      {letters + "LUT_3D_SIZE" + letters + "\n" + rows, LutDimensions::cube, 256},
+      {letters + "1d" + letters + "3D" + letters + "\n" + rows, LutDimensions::cube, 256},
+      {letters + "\n" + rows, LutDimensions::oneD, 256},
+      {"LUT_1D_SIZE\n" + rows + letters + "LUT_3D_SIZE\n" + rows, LutDimensions::oneD, 512},
+      {"LUT_3D_SIZE\n" + blanks + "1 2 3" + blanks + "\n", LutDimensions::cube, 1},
+      {"LUT_3D_SIZE\n1 2" + blanks + "3\n4 5 6\n", LutDimensions::cube, 1},
+      // More digits than a line may have.
+      {"LUT_3D_SIZE\n1 2 3." + std::string(2'500'000, '0') + "\n4 5 6\n", LutDimensions::cube, 1},
+  };
+  for (const Case& each : cases) {
+    const auto parsing = parse("table.cube", each.text);
+    ASSERT_TRUE(parsing.file);
+    EXPECT_EQ(parsing.file->dimensions(), each.dimensions);
+    EXPECT_EQ(parsing.file->orderedValues().size(), each.rows);
+  }
+  // A word is found wherever the pieces are cut.
+  for (std::size_t shift = 0; shift < 40; ++shift) {
+    std::string text(1'200'000, 'x');
+    for (const std::size_t cut : {262'144U, 524'288U, 786'432U, 1'048'576U})
+      text.replace(cut - shift, 11, "LUT_3D_SIZE");
+    EXPECT_EQ(parse("table.cube", text + "\n" + rows).file->dimensions(), LutDimensions::cube);
+  }
+}
+
+TEST_F(LutParsing, DeclaredDomainsAreKeptAside) {
+  const std::string rows = rowsText(4913, 1);
+  const LutDeclaredDomain none;
+  const LutDeclaredDomain wide{{-1, 0, 0.5}, {2, 3, 4}, true};
+  const LutDeclaredDomain range{{0.25, 0.25, 0.25}, {8, 8, 8}, true};
+  const std::pair<std::string, LutDeclaredDomain> cases[] = {
+      {rows, none},
+      {"DOMAIN_MIN -1 0 0.5\nDOMAIN_MAX 2 3 4\n" + rows, wide},
+      {"domain_min -1 0 0.5\r\ndomain_max\t2 3 4 \n" + rows, wide},
+      {"LUT_3D_INPUT_RANGE 0.25 8\n" + rows, range},
+      {"DOMAIN_MIN 0 0 0\nDOMAIN_MAX 0 0 0\n" + rows, none},  // no range at all
+      {"DOMAIN_MAX 2 3\nDOMAIN_MINIMUM 1 1 1\n" + rows, none},
+      {rows + "DOMAIN_MAX 2 3 4\n", none},
+  };
+  for (const auto& [text, domain] : cases) {
+    const auto parsing = parse("table.cube", text);
+    ASSERT_TRUE(parsing.file);
+    EXPECT_EQ(parsing.file->declaredDomain(), domain) << text.substr(0, 40);
+    EXPECT_EQ(parsing.file->inputConverter().highValue(), 1);
+  }
+}
+
+TEST(DecimalNumber, TextsAreReadExactlyOrNotAtAll) {
+  for (const std::string text : {"",   "+",   "-",   ".",   "e5",  "1e",    "1e+",    "--1", "+-1",  "1.2.3",   " 1",
+                                 "1 ", "1,5", "0x1", "inf", "nan", "1e400", "-1e400", "1f",  "1__0", "\xd9\xa1"}) {
+    EXPECT_FALSE(DecimalNumber::fromText(text)) << text;
+  }
+  struct Case {
+    std::string text;
+    std::int64_t integer;
+  };
+  const Case cases[] = {
+      {"9007199254740993", 9007199254740993},
+      {"9223372036854775807", INT64_MAX},
+      {"9223372036854775808", INT64_MAX},
+      {"-9223372036854775808", INT64_MIN},
+      {"-9223372036854775809", INT64_MIN},
+      {"0.99999999999999999999", 0},
+      {"-0.99999999999999999999", 0},
+      {"12345e-2", 123},
+      {"-1.5e1", -15},
+      {"0.00012e5", 12},
+      {"1e18", 1000000000000000000},
+      {"1e19", INT64_MAX},
+      {"0e999999999999999999999", 0},
+      {"1e-999999999999999999999", 0},
+      {"000000000000000000000000000000012", 12},
+      {"1" + std::string(5000, '0') + "e-5000", 1},
+      {"0." + std::string(5000, '0') + "7e5001", 7},
+  };
+  for (const Case& each : cases) {
+    const auto number = DecimalNumber::fromText(each.text);
+    ASSERT_TRUE(number) << each.text;
+    EXPECT_EQ(number->integerValue(), each.integer) << each.text;
+    EXPECT_EQ(number->doubleValue(), std::strtod(each.text.c_str(), nullptr)) << each.text;
+  }
+}
+
+TEST_F(LutParsing, NumbersOfRowsAreCorrectlyRounded) {
+  // Through a file, where short numbers take a fast way.
+  std::mt19937_64 random(7);
+  const auto pick = [&](int count) { return std::uniform_int_distribution<int>(0, count - 1)(random); };
+  std::vector<std::string> numbers;
+  std::string text = "LUT_3D_SIZE\n";
+  for (int i = 0; i < 60'000; ++i) {
+    std::string number = pick(4) == 0 ? "-" : pick(8) == 0 ? "+" : "";
+    const int before = pick(12);
+    const int after = before == 0 ? 1 + pick(19) : pick(20);
+    for (int k = 0; k < before; ++k) number += static_cast<char>('0' + pick(10));
+    if (after > 0 || pick(2) == 0) number += '.';
+    for (int k = 0; k < after; ++k) number += static_cast<char>('0' + pick(10));
+    if (pick(10) == 0) number += "e" + std::to_string(pick(40) - 20);
+    numbers.push_back(number);
+    text += number + (i % 3 == 2 ? "\n" : " ");
+  }
+  const auto parsing = parse("table.cube", text);
+  ASSERT_TRUE(parsing.file);
+  const LutValueTriplets& rows = parsing.file->orderedValues();
+  ASSERT_EQ(rows.size() * 3, numbers.size());
+  std::size_t place = 0;
+  for (const LutValueTriplet& row : rows) {
+    for (const DecimalNumber& number : {row.first, row.second, row.third}) {
+      const std::string& written = numbers[place++];
+      ASSERT_EQ(number.doubleValue(), std::strtod(written.c_str(), nullptr)) << written;
+      ASSERT_EQ(number, DecimalNumber::fromText(written)) << written;
+    }
+  }
+}
+
+TEST(LutCube, RowsFillTheLatticeBlueFirst) {
+  const auto colors = test::cubeColors(3, [](double r, double g, double b) { return LutColor{r, g, b}; });
+  const LutCube cube(test::rowsOf(colors), 0, 1);
+  ASSERT_EQ(cube.faceSize(), 3);
+  for (std::size_t r = 0; r < 3; ++r) {
+    for (std::size_t g = 0; g < 3; ++g) {
+      for (std::size_t b = 0; b < 3; ++b) {
+        const LutColor expected{static_cast<double>(r) / 2, static_cast<double>(g) / 2, static_cast<double>(b) / 2};
+        EXPECT_EQ(cube.lattice()[r][g][b], expected);
+      }
+    }
+  }
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(cube.lattice().data()) % 64, 0U);
+}
+
+TEST(LutCube, MissingPointsGetTheLowestValueAndSurplusRowsAreNotRead) {
+  std::vector<LutColor> colors(25, LutColor{0.5, 0.25, 0.75});
+  const auto few = test::cubeOf(colors);  // of 27 points
+  EXPECT_EQ(few->faceSize(), 3);
+  EXPECT_EQ(few->lattice()[2][2][0], colors[24]);
+  EXPECT_EQ(few->lattice()[2][2][2], (LutColor{0.25, 0.25, 0.25}));
+  EXPECT_EQ(few->lowValue(), 0.25);
+  EXPECT_EQ(few->highValue(), 0.75);
+  colors.resize(30, LutColor{9, 9, 9});
+  EXPECT_EQ(test::cubeOf(colors)->highValue(), 9);
+  colors.resize(27);
+  colors.insert(colors.end(), 3, LutColor{20, 20, 20});
+  EXPECT_EQ(test::cubeOf(colors)->faceSize(), 3);
+  EXPECT_EQ(test::cubeOf(colors)->highValue(), 9);
+  const LutCube empty(test::rowsOf({}));
+  EXPECT_EQ(empty.faceSize(), 0);
+  EXPECT_EQ(empty.lowValue(), 0);
+  EXPECT_EQ(empty.highValue(), 0);
+}
+
+}  // namespace
+}  // namespace meridian
