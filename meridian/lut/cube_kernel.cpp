@@ -76,7 +76,8 @@ void CubeKernel::prepareAxes() {
     axis.lowFraction = static_cast<float>(inside.fraction);
     isFast = isFast && std::isnormal(axis.scaleHigh) && std::isfinite(axis.offset) && rule.high >= rule.low;
     const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit;
-    limits = std::max(limits, rule.low > 0 ? AxisLimits::both : endsExactly ? AxisLimits::exactEnd : AxisLimits::end);
+    const AxisLimits end = endsExactly ? AxisLimits::exactEnd : AxisLimits::end;
+    limits = std::max(limits, rule.low > 0 ? AxisLimits::both : end);
   }
   // What is rounded: scaleLow, its product and the sum with the offset, all at most 2^-7 of a place; the offset; and
   // the last sum, which is about 1.
@@ -114,7 +115,8 @@ void CubeKernel::prepareLattice() {
   highest *= scale;
   steepest *= scale;
   constexpr double largestExact = 1 << 21;
-  if (depths && !(std::fabs(lowest) < largestExact && std::fabs(highest) < largestExact)) {
+  const bool isExact = std::fabs(lowest) < largestExact && std::fabs(highest) < largestExact;
+  if (depths && !isExact) {
     isFast = false;  // the results are larger than single precision can tell apart
     return;
   }
@@ -138,8 +140,9 @@ void CubeKernel::prepareLattice() {
         float mark = leastMark;
         float bit = 0x1p-4F;
         for (const auto value : channelValues) {
-          *entry++ = static_cast<float>(point.*value * scale - middle);
-          if (beginsCell && isFlat(point, value)) mark += bit;
+          *entry = static_cast<float>(point.*value * scale - middle);
+          if (beginsCell && isFlat(point, value, *entry)) mark += bit;
+          ++entry;
           bit *= 2;
         }
         *entry++ = mark;
@@ -157,16 +160,20 @@ void CubeKernel::prepareLattice() {
   isFast = isFast && (!depths || errorBound <= tooWide);
 }
 
-/// Blends of equal points multiply the value with two weights whose rounded sum is 1 and add the products. That leaves
-/// zeros as they are, and powers of two in trilinear blends, since scaling by them changes no rounding.
+/// Whether blends of points with this value give it exactly, by the definition's arithmetic. Trilinear ones multiply it
+/// with two weights whose rounded sum is 1 and add the products; that leaves zeros as they are, and powers of two,
+/// since scaling by them changes no rounding. Tetrahedral ones add multiples of differences, which are 0.
 bool CubeKernel::isSteady(double value) const noexcept {
-  const bool isTrilinear = definition.interpolation == LutInterpolation::trilinear;
-  return value == 0 || (isTrilinear && (std::bit_cast<std::uint64_t>(value) & mantissaBits) == 0);
+  return definition.interpolation == LutInterpolation::tetrahedral || value == 0 ||
+         (std::bit_cast<std::uint64_t>(value) & mantissaBits) == 0;
 }
 
-/// Whether a channel has the same steady value at all eight points of the cell above a point.
-bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value) const noexcept {
+/// Whether a channel has the same steady value at all eight points of the cell above a point, and truncating it in
+/// single precision gives what truncating it in double precision gives.
+bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value, float stored) const noexcept {
   if (!isSteady(point.*value)) return false;
+  const double scaled = depths ? point.*value * definition.resultScale(depths->destination) : 0;
+  if (depths && std::floor(double{stored}) + center != std::floor(scaled)) return false;
   const LatticeStrides& strides = definition.strides;
   for (unsigned corner = 1; corner < 8; ++corner) {
     const std::size_t distance = ((corner & 1U) != 0 ? strides.red : 0) + ((corner & 2U) != 0 ? strides.green : 0) +

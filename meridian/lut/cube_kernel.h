@@ -76,7 +76,7 @@ class CubeKernel {
  private:
   static constexpr float leastMark = 0.25F;
   [[nodiscard]] bool isSteady(double value) const noexcept;
-  [[nodiscard]] bool isFlat(const LutColor& point, double LutColor::* value) const noexcept;
+  [[nodiscard]] bool isFlat(const LutColor& point, double LutColor::* value, float stored) const noexcept;
 
   void prepareAxes();
   void prepareLattice();

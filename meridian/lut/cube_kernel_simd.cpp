@@ -1,4 +1,4 @@
-// Pictures through a cube, compiled once for each instruction set. The comments count in pixels.
+// Pictures through a cube, compiled once for each instruction set.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -18,11 +18,11 @@
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace meridian::detail {
-namespace HWY_NAMESPACE {
+namespace meridian::detail::HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
+// Plain arrays lie as vector instructions need them, and the functions below take their addresses.
+// NOLINTBEGIN(modernize-avoid-c-arrays)
 
 /// Pixels that go through all steps together, so that everything between the steps stays in the nearest cache.
 constexpr std::size_t blockSize = 256;
@@ -88,6 +88,8 @@ constexpr std::size_t pixelStep() {
 }
 
 #else
+
+namespace hn = hwy::HWY_NAMESPACE;
 
 using FloatTag = hn::ScalableTag<float>;
 using IntTag = hn::Rebind<std::int32_t, FloatTag>;
@@ -346,7 +348,7 @@ HWY_INLINE void blendTrilinear(const CubeKernel& kernel, const Places& places, s
   const float* const nextRed = lattice + kernel.redStride;
   const float* const nextGreen = lattice + kernel.greenStride;
   const float* const nextBoth = nextRed + kernel.greenStride;
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
   // Four pixels at a time, two to a register.
   const FloatTag wide;
   const hn::FixedTag<float, 8> pair;
@@ -379,7 +381,7 @@ HWY_INLINE void blendTrilinear(const CubeKernel& kernel, const Places& places, s
     const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 1, 3, 1))};
     hn::Store(blendedFast(wide, lower, upper, hn::TableLookupLanes(blue, eachPixel)), wide, colors + i * 4);
   }
-#elif HWY_TARGET == HWY_AVX2
+#elif HWY_TARGET <= HWY_AVX2
   const hn::FixedTag<float, 8> pair;
   for (std::size_t i = 0; i < count; ++i) {
     const std::int32_t cell = places.cell[i];
@@ -552,6 +554,7 @@ struct ExactColor {
   }
   HWY_INLINE ExactColor times(double factor) const { return {hn::Mul(all, hn::Set(Tag(), factor))}; }
   HWY_INLINE ExactColor plus(const ExactColor& other) const { return {hn::Add(all, other.all)}; }
+  HWY_INLINE ExactColor minus(const ExactColor& other) const { return {hn::Sub(all, other.all)}; }
   HWY_INLINE void store(double* lanes) const { hn::StoreU(all, Tag(), lanes); }
 #else
   using Tag = hn::FixedTag<double, 2>;
@@ -567,6 +570,9 @@ struct ExactColor {
   }
   HWY_INLINE ExactColor plus(const ExactColor& other) const {
     return {hn::Add(redGreen, other.redGreen), hn::Add(blue, other.blue)};
+  }
+  HWY_INLINE ExactColor minus(const ExactColor& other) const {
+    return {hn::Sub(redGreen, other.redGreen), hn::Sub(blue, other.blue)};
   }
   HWY_INLINE void store(double* lanes) const {
     hn::StoreU(redGreen, Tag(), lanes);
@@ -615,13 +621,13 @@ HWY_INLINE ExactColor tetrahedralExactly(const LutColor* lattice, const ExactAxe
   const auto point = [&](double distance)
                          HWY_ATTR { return ExactColor::load(lattice + static_cast<std::ptrdiff_t>(distance)); };
   const double start = axes[0].lower[pixel] + axes[1].lower[pixel] + axes[2].lower[pixel];
-  const double behindFirst = start + first.distance;
-  const double behindSecond = behindFirst + second.distance;
-  return point(start)
-      .times(1 - first.fraction)
-      .plus(point(behindFirst).times(first.fraction - second.fraction))
-      .plus(point(behindSecond).times(second.fraction - third.fraction))
-      .plus(point(behindSecond + third.distance).times(third.fraction));
+  const ExactColor color = point(start);
+  const ExactColor behindFirst = point(start + first.distance);
+  const ExactColor behindSecond = point(start + first.distance + second.distance);
+  const ExactColor behindThird = point(start + first.distance + second.distance + third.distance);
+  return color.plus(behindFirst.minus(color).times(first.fraction))
+      .plus(behindSecond.minus(behindFirst).times(second.fraction))
+      .plus(behindThird.minus(behindSecond).times(third.fraction));
 }
 
 /// Truncates and limits results as limitedCodeValue does.
@@ -872,9 +878,10 @@ void applyWords(const CubeKernel& kernel, const PixelRows<std::uint16_t>& rows) 
 }
 void applyFloats(const CubeKernel& kernel, const PixelRows<float>& rows) { RowConverter<float>(kernel, rows).run(); }
 
+// NOLINTEND(modernize-avoid-c-arrays)
+
 }  // namespace
-}  // namespace HWY_NAMESPACE
-}  // namespace meridian::detail
+}  // namespace meridian::detail::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -48,8 +48,7 @@ struct AxisPosition {
 /// It is divided by `high` alone, not by the span from `low`, on purpose: the points stand for the values from 0 to
 /// `high`, whatever the lowest value is.
 [[nodiscard]] inline AxisPosition axisPosition(double input, double low, double high, std::int64_t faceSize) noexcept {
-  if (input > high) input = high;
-  if (input < low) input = low;
+  input = std::max(std::min(input, high), low);
   return placeOnAxis(input / high * static_cast<double>(faceSize - 1), faceSize);
 }
 
@@ -111,8 +110,9 @@ struct LatticeStrides {
   const LutColor* const third = second + steps[1].distance;
   const LutColor* const fourth = third + steps[2].distance;
   const auto channel = [&](double LutColor::* value) {
-    return first->*value * (1 - steps[0].fraction) + second->*value * (steps[0].fraction - steps[1].fraction) +
-           third->*value * (steps[1].fraction - steps[2].fraction) + fourth->*value * steps[2].fraction;
+    // In this form equal points give exactly their value.
+    return first->*value + (second->*value - first->*value) * steps[0].fraction +
+           (third->*value - second->*value) * steps[1].fraction + (fourth->*value - third->*value) * steps[2].fraction;
   };
   return {channel(&LutColor::red), channel(&LutColor::green), channel(&LutColor::blue)};
 }

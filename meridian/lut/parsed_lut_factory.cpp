@@ -32,7 +32,7 @@ class FileText {
     if (!mayBeginXml(head_)) return false;
     XmlCheck check;
     bool isWellFormed = check.feed(head_);
-    std::vector<char> piece(64 * 1024);
+    std::vector<char> piece(std::size_t{64} * 1024);
     while (isWellFormed) {
       const std::size_t count = reader_.read(piece);
       isWellFormed = check.feed(std::span(piece).first(count));

@@ -30,7 +30,7 @@ struct AxisRule {
   double span = 0;
 
   [[nodiscard]] double position(double input, std::int64_t faceSize) const noexcept {
-    if (input > high) input = high;
+    input = std::min(input, high);
     if (!(input >= low)) input = low;  // what is not a number as well
     return (input - offset) / span * static_cast<double>(faceSize - 1);
   }

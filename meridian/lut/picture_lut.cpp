@@ -135,6 +135,10 @@ struct PictureLut::Prepared {
                  depths);
   }
 
+  /// One of the two.
+  [[nodiscard]] const detail::CubeKernel* cube() const noexcept { return std::get_if<detail::CubeKernel>(&table); }
+  [[nodiscard]] const LookedUpTable* rows() const noexcept { return std::get_if<LookedUpTable>(&table); }
+
   std::optional<PictureDepths> depths;
   Table table;
 };
@@ -172,11 +176,11 @@ std::optional<PictureFault> PictureLut::applyTo(const PictureView<const Sample>&
 
   inBands(source.height, threads, [&](std::size_t first, std::size_t count) {
     const detail::PixelRows<Sample> rows{source.rows(first, count), destination.rows(first, count)};
-    if (const auto* const cube = std::get_if<detail::CubeKernel>(&prepared_->table)) {
+    if (const detail::CubeKernel* const cube = prepared_->cube()) {
       detail::applyCube(*cube, rows);
       return;
     }
-    const LookedUpTable& table = std::get<LookedUpTable>(prepared_->table);
+    const LookedUpTable& table = *prepared_->rows();
     for (std::size_t row = 0; row < rows.source.height; ++row) {
       for (std::size_t column = 0; column < rows.source.width; ++column) {
         convertPixel(table, depths, pixelOf(rows.source, row, column), pixelOf(rows.destination, row, column));
@@ -201,14 +205,17 @@ std::optional<PictureFault> PictureLut::apply(const PictureView<const float>& so
 
 std::array<std::uint16_t, 3> PictureLut::pixel(std::uint16_t red, std::uint16_t green,
                                                std::uint16_t blue) const noexcept {
-  if (!prepared_->depths) preconditionFailed("code values asked of a look-up table made for floating point");
-  return std::visit(
-      [&](const auto& table) { return table.definition.codeValues({red, green, blue}, *prepared_->depths); },
-      prepared_->table);
+  const std::optional<PictureDepths>& depths = prepared_->depths;
+  if (!depths) preconditionFailed("code values asked of a look-up table made for floating point");
+  if (const detail::CubeKernel* const cube = prepared_->cube()) {
+    return cube->definition.codeValues({red, green, blue}, *depths);
+  }
+  return prepared_->rows()->definition.codeValues({red, green, blue}, *depths);
 }
 
 LutColor PictureLut::pixel(const LutColor& color) const noexcept {
-  return std::visit([&](const auto& table) { return table.definition.color(color); }, prepared_->table);
+  const detail::CubeKernel* const cube = prepared_->cube();
+  return cube != nullptr ? cube->definition.color(color) : prepared_->rows()->definition.color(color);
 }
 
 }  // namespace meridian

@@ -59,7 +59,8 @@ struct PictureView {
   int bitDepth = sampleBits;
 
   [[nodiscard]] static constexpr std::size_t samplesPerPixel(PictureLayout layout) noexcept {
-    return layout == PictureLayout::rgb ? 3 : layout == PictureLayout::rgba ? 4 : 1;
+    if (layout == PictureLayout::planar) return 1;
+    return layout == PictureLayout::rgba ? 4 : 3;
   }
 
   /// A picture whose rows follow each other without gaps.

@@ -1,6 +1,7 @@
 #include "meridian/lut/sample_converter.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <string>
@@ -15,8 +16,9 @@ namespace {
 
 /// Truncated toward zero; absent for what is negative, not finite, or beyond 64 bits.
 std::optional<std::uint64_t> codeValue(double value) noexcept {
-  constexpr double limit = 18446744073709551616.0;  // 2^64, the first double beyond the range
-  if (!(value >= 0 && value < limit)) return std::nullopt;
+  constexpr double limit = 18446744073709551616.0;       // 2^64, the first double beyond the range
+  const bool isCodeValue = value >= 0 && value < limit;  // not so for what is not a number
+  if (!isCodeValue) return std::nullopt;
   return static_cast<std::uint64_t>(value);
 }
 
@@ -139,8 +141,8 @@ std::optional<RGBSample> OneDimensionsUnsignedIntegerConverter::convertIfPossibl
     const auto place = rescaledCodeValue(value, inputBitDepth, lutBitDepth());
     return orderedEntries()[static_cast<std::size_t>(std::min(place.value_or(maxInputColor()), maxInputColor()))];
   };
-  const std::int64_t results[] = {rowOf(red).first.integerValue(), rowOf(green).second.integerValue(),
-                                  rowOf(blue).third.integerValue()};
+  const std::array results{rowOf(red).first.integerValue(), rowOf(green).second.integerValue(),
+                           rowOf(blue).third.integerValue()};
   if (std::ranges::min(results) < 0) return std::nullopt;
   return rescaled({static_cast<std::uint64_t>(results[0]), static_cast<std::uint64_t>(results[1]),
                    static_cast<std::uint64_t>(results[2])},

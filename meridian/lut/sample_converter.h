@@ -181,7 +181,7 @@ class MERIDIAN_API OneDimensionFloatingPointConverter final : public OneDimensio
   OneDimensionFloatingPointConverter(std::shared_ptr<const LutValueTriplets> orderedEntries, double lowValue,
                                      double highValue);
 
-  [[nodiscard]] double minInputValue() const noexcept { return 0; }
+  [[nodiscard]] static constexpr double minInputValue() noexcept { return 0; }
   [[nodiscard]] double maxInputValue() const noexcept override { return 1; }
   [[nodiscard]] double lowValue() const noexcept override { return lowValue_; }
   [[nodiscard]] double highValue() const noexcept override { return highValue_; }

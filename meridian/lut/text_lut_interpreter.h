@@ -30,9 +30,9 @@ struct LutHeaderWords {
 class MERIDIAN_API GenericTextLutInterpreter {
  public:
   /// The rows of cubes with 17, 33 and 65 points per axis. The second name is spelled so on purpose.
-  static constexpr std::int64_t seventeenGridCubeSize = 17 * 17 * 17;
-  static constexpr std::int64_t thrityThreeGridCubeSize = 33 * 33 * 33;
-  static constexpr std::int64_t sixtyFiveGridCubeSize = 65 * 65 * 65;
+  static constexpr std::int64_t seventeenGridCubeSize = std::int64_t{17} * 17 * 17;
+  static constexpr std::int64_t thrityThreeGridCubeSize = std::int64_t{33} * 33 * 33;
+  static constexpr std::int64_t sixtyFiveGridCubeSize = std::int64_t{65} * 65 * 65;
 
   /// One line, with or without its end.
   void interpret(std::string_view line);
@@ -44,7 +44,7 @@ class MERIDIAN_API GenericTextLutInterpreter {
   void record(const LutValueTriplet& triplet);
   void record(const LutColor& color);
 
-  [[nodiscard]] LutMarkupType markupType() const noexcept { return LutMarkupType::txt; }
+  [[nodiscard]] static constexpr LutMarkupType markupType() noexcept { return LutMarkupType::txt; }
 
   /// What the header lines say.
   [[nodiscard]] const std::optional<LutDimensions>& explicitDimensions() const noexcept { return explicitDimensions_; }

@@ -12,7 +12,7 @@ namespace meridian::detail {
 namespace {
 
 /// Bytes that are read at a time; small enough to stay in a processor's cache.
-constexpr std::size_t chunkSize = 256 * 1024;
+constexpr std::size_t chunkSize = std::size_t{256} * 1024;
 static_assert(chunkSize <= longestRow);
 
 /// Zeros behind the bytes of a buffer, which end every number.

@@ -6,11 +6,18 @@
 #include <string_view>
 
 namespace meridian {
+namespace {
 
-bool standardOutputShowsColour() noexcept {
+bool takesSequences(int stream) noexcept {
   const char* const terminal = std::getenv("TERM");
-  return isatty(STDOUT_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb" &&
+  return isatty(stream) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb" &&
          !std::string_view(terminal).empty();
 }
+
+}  // namespace
+
+bool standardOutputShowsColour() noexcept { return takesSequences(STDOUT_FILENO); }
+
+bool standardErrorIsRewritable() noexcept { return takesSequences(STDERR_FILENO); }
 
 }  // namespace meridian

@@ -11,7 +11,8 @@ std::optional<std::string> Arguments::value(std::string_view name) const {
 std::vector<Subcommand> allSubcommands() {
   return {parseCommand(),    renderCommand(),    explainCommand(),    setCommand(),
           flagsCommand(),    presetsCommand(),   extensionsCommand(), rateCommand(),
-          timecodeCommand(), dimensionCommand(), completionCommand(), manualCommand()};
+          timecodeCommand(), dimensionCommand(), lutInfoCommand(),    lutSampleCommand(),
+          lutApplyCommand(), lutPlotCommand(),   completionCommand(), manualCommand()};
 }
 
 }  // namespace meridian::command

@@ -1,6 +1,7 @@
 // What a subcommand is: pure definitions, from which the parser, the help, the manual page and the completion are made.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <map>
 #include <optional>
@@ -42,6 +43,8 @@ struct Option {
   bool optional = false;
   /// Whether a positional takes all the words there are.
   bool repeated = false;
+  /// Whether a positional is a path, which a shell completes by itself.
+  bool path = false;
 };
 
 /// What a subcommand was called with.
@@ -56,8 +59,12 @@ struct Arguments {
 };
 
 struct Subcommand {
+  /// The group that it belongs to; empty for one that stands on its own.
+  std::string group = {};
   std::string name;
   std::string description;
+  /// What its own help and the manual say beyond that.
+  std::string details = {};
   /// Command lines that show its use.
   std::string example;
   /// Whether it works on the words behind "--".
@@ -66,7 +73,22 @@ struct Subcommand {
   /// Names of options of which only one may be given.
   std::vector<std::string> exclusive = {};
   std::function<Status(const Arguments&)> action;
+
+  /// As it is called: "parse", "lut info".
+  [[nodiscard]] std::string fullName() const { return group.empty() ? name : group + " " + name; }
 };
+
+/// Subcommands that are called behind a common name.
+struct CommandGroup {
+  std::string_view name;
+  std::string_view description;
+  std::string_view example;
+};
+
+inline constexpr auto commandGroups = std::to_array<CommandGroup>({
+    {"lut", "Look-up tables: what a file holds, and samples and pictures led through it",
+     "meridian lut info look.cube\nmeridian lut apply look.cube in.dpx out.dpx"},
+});
 
 [[nodiscard]] Subcommand parseCommand();
 [[nodiscard]] Subcommand renderCommand();
@@ -78,6 +100,10 @@ struct Subcommand {
 [[nodiscard]] Subcommand rateCommand();
 [[nodiscard]] Subcommand timecodeCommand();
 [[nodiscard]] Subcommand dimensionCommand();
+[[nodiscard]] Subcommand lutInfoCommand();
+[[nodiscard]] Subcommand lutSampleCommand();
+[[nodiscard]] Subcommand lutApplyCommand();
+[[nodiscard]] Subcommand lutPlotCommand();
 [[nodiscard]] Subcommand completionCommand();
 [[nodiscard]] Subcommand manualCommand();
 
@@ -86,13 +112,16 @@ struct Subcommand {
 
 /// What the command as a whole says of itself.
 inline constexpr std::string_view purpose =
-    "Rules of professional media work: command lines, presets, file types, frame rates, timecode";
+    "Rules of professional media work: command lines, presets, file types, frame rates, timecode, look-up tables";
 inline constexpr std::string_view exitStatuses = "0 done, 1 understood but refused, 2 wrong usage";
 inline constexpr std::string_view mainExample =
     "meridian explain -- -preset solvane_cloud -dims 1920x1080 -out /out/a.mov";
 
-/// Explains a realistic command line: what the command shows when it is called with nothing.
+/// What the command shows when it is called with nothing: a realistic command line explained, then a look applied.
 void demonstrate();
+
+/// Makes a look and a picture, and shows the picture before and after.
+void demonstrateLut();
 
 /// Prints the explanation of an argument vector as a table for people.
 void printExplanation(std::span<const std::string_view> words);

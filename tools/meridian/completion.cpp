@@ -1,4 +1,5 @@
 // meridian completion: the shell's completion script, made from the command's own definitions and the vocabulary.
+#include <algorithm>
 #include <iostream>
 #include <utility>
 #include <vector>
@@ -43,6 +44,13 @@ std::string optionNames(const Subcommand& subcommand) {
   return spaced(names);
 }
 
+/// Options to offer, which make way for the names of files where the subcommand takes any.
+std::string optionCase(const Subcommand& subcommand) {
+  const bool takesPath = std::ranges::any_of(subcommand.options, &Option::path);
+  return "    '" + subcommand.fullName() + "':*) " + (takesPath ? "[[ $word == -* ]] && " : "") + "words='" +
+         optionNames(subcommand) + "' ;;\n";
+}
+
 /// The lines of a case statement over "subcommand:word before": what an option of fixed choices takes.
 std::string choiceCases(const Subcommand& subcommand) {
   std::string cases;
@@ -50,7 +58,21 @@ std::string choiceCases(const Subcommand& subcommand) {
     if (option.choices.empty()) continue;
     const bool positional = option.kind == Option::Kind::positional;
     const std::string before = positional ? subcommand.name : "--" + option.name;
-    cases += "    " + subcommand.name + ":" + before + ") words='" + spaced(option.choices) + "' ;;\n";
+    cases += "    '" + subcommand.fullName() + "':" + before + ") words='" + spaced(option.choices) + "' ;;\n";
+  }
+  return cases;
+}
+
+/// The lines of a case statement over the first word: a group's subcommands, of which the second word is one.
+std::string groupCases() {
+  std::string cases;
+  for (const CommandGroup& group : commandGroups) {
+    std::vector<std::string> members;
+    for (const Subcommand& subcommand : allSubcommands()) {
+      if (subcommand.group == group.name) members.push_back(subcommand.name);
+    }
+    cases += "    " + std::string(group.name) + ") ((COMP_CWORD == 2)) && words='" + spaced(members) +
+             " --help' || command+=\" ${COMP_WORDS[2]}\" ;;\n";
   }
   return cases;
 }
@@ -60,8 +82,9 @@ void printBash() {
   std::string optionCases;
   std::string valueCases;
   for (const Subcommand& subcommand : allSubcommands()) {
-    names.push_back(subcommand.name);
-    optionCases += "    " + subcommand.name + ":*) words='" + optionNames(subcommand) + "' ;;\n";
+    std::string first = subcommand.group.empty() ? subcommand.name : subcommand.group;
+    if (names.empty() || names.back() != first) names.push_back(std::move(first));
+    optionCases += optionCase(subcommand);
     valueCases += choiceCases(subcommand);
   }
   std::string flagCases;
@@ -93,7 +116,11 @@ _meridian() {
             << spaced(names) << R"( --help --version' -- "$word"))
     return
   fi
-  case ${COMP_WORDS[1]}:$previous in
+  local command=${COMP_WORDS[1]}
+  case $command in
+)" << groupCases()
+            << R"(  esac
+  case $command:$previous in
 )" << valueCases
             << optionCases << R"(  esac
   COMPREPLY=($(compgen -W "$words" -- "$word"))

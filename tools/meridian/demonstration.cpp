@@ -1,4 +1,5 @@
-// What the command shows when it is called with nothing: a realistic command line, explained and rendered back.
+// What the command shows when it is called with nothing: a realistic command line, explained and rendered
+// back, and a look on a picture.
 #include <array>
 #include <iostream>
 
@@ -51,7 +52,9 @@ void demonstrate() {
   for (std::size_t i = 0; i < vector.size(); i += 2) {
     std::cout << " \\\n    " << shellQuoted(vector[i]) << ' ' << shellQuoted(vector[i + 1]);
   }
-  std::cout << "\n\nmeridian --help shows what else there is.\n";
+  std::cout << "\n\n";
+  demonstrateLut();
+  std::cout << "\nmeridian --help shows what else there is.\n";
 }
 
 }  // namespace meridian::command

@@ -26,7 +26,7 @@ std::string bold(std::string_view text) { return "\\fB" + roff(text) + "\\fR"; }
 std::string italic(std::string_view text) { return "\\fI" + roff(text) + "\\fR"; }
 
 void printSynopsis(const Subcommand& subcommand) {
-  std::cout << bold("meridian " + subcommand.name) << " [" << italic("OPTION") << "...]";
+  std::cout << bold("meridian " + subcommand.fullName()) << " [" << italic("OPTION") << "...]";
   for (const Option& option : subcommand.options) {
     if (option.kind != Option::Kind::positional) continue;
     const std::string name = italic(option.valueName) + (option.repeated ? "..." : "");
@@ -61,7 +61,8 @@ void printManual() {
             << "settings. Words behind the first " << bold("--") << " are the transcoder's argument vector.\n"
             << "Called with nothing, " << bold("meridian") << " shows a demonstration.\n.SH COMMANDS\n";
   for (const Subcommand& subcommand : subcommands) {
-    std::cout << ".SS meridian " << roff(subcommand.name) << '\n' << roff(subcommand.description) << ".\n";
+    std::cout << ".SS meridian " << roff(subcommand.fullName()) << '\n' << roff(subcommand.description) << ".\n";
+    if (!subcommand.details.empty()) std::cout << roff(subcommand.details) << '\n';
     for (const Option& option : subcommand.options) printOption(option);
     std::cout << ".PP\nExample:\n";
     printExample(subcommand.example);

@@ -12,11 +12,6 @@
 namespace meridian::command {
 namespace {
 
-bool showsColour() {
-  static const bool shows = std::getenv("NO_COLOR") == nullptr && standardOutputShowsColour();
-  return shows;
-}
-
 std::string_view sequenceOf(Style style) {
   switch (style) {
     case Style::plain:
@@ -38,6 +33,11 @@ std::string_view sequenceOf(Style style) {
 }
 
 }  // namespace
+
+bool showsColour() {
+  static const bool shows = std::getenv("NO_COLOR") == nullptr && standardOutputShowsColour();
+  return shows;
+}
 
 void warnOfInvalidText(std::span<const std::string_view> words) {
   const auto count = std::ranges::count_if(words, [](std::string_view word) { return !isValidUtf8(word); });

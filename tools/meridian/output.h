@@ -25,9 +25,12 @@ void printJson(const nlohmann::ordered_json& document);
 /// ("null"), or an element a line.
 void printVector(const std::vector<std::string>& vector, const Arguments& arguments);
 
+/// Whether standard output is a terminal that shows colours and the user did not say NO_COLOR.
+[[nodiscard]] bool showsColour();
+
 enum class Style { plain, heading, name, faint, good, warning, bad };
 
-/// The text in a colour, when standard output is a terminal that shows colours and the user did not say NO_COLOR.
+/// The text in a colour, where standard output shows colours.
 [[nodiscard]] std::string styled(Style style, std::string_view text);
 
 /// A text of a table. Text from outside is made safe for a terminal.

@@ -56,8 +56,29 @@ CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& 
     }
   }
   if (subcommand.takesWords) added->formatter(std::make_shared<WordsFormatter>());
-  added->footer(exampleOf(subcommand.example));
+  added->footer((subcommand.details.empty() ? "" : subcommand.details + "\n\n") + exampleOf(subcommand.example));
   return added;
+}
+
+/// The parser's counterpart of a group, made with the first of its subcommands.
+CLI::App& groupApp(CLI::App& app, const std::string& name) {
+  const auto made = app.get_subcommands([&name](const CLI::App* each) { return each->get_name() == name; });
+  if (!made.empty()) return *made.front();
+  const auto& group = *std::ranges::find(commandGroups, name, &CommandGroup::name);
+  CLI::App* const added = app.add_subcommand(name, std::string(group.description));
+  added->require_subcommand(0, 1);
+  added->footer(exampleOf(group.example));
+  return *added;
+}
+
+/// The subcommand that the words led to, or the group or whole that they stopped at.
+const CLI::App& reached(const CLI::App& app) {
+  const auto used = app.get_subcommands();
+  return used.empty() ? app : reached(*used.front());
+}
+
+std::string calledAs(const CLI::App& app) {
+  return app.get_parent() == nullptr ? app.get_name() : calledAs(*app.get_parent()) + " " + app.get_name();
 }
 
 /// A word that the parser does not know is the better clue to what went wrong, so positionals are missed only here.
@@ -93,7 +114,8 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
              ".\nCalled with nothing, meridian shows a demonstration.");
   std::map<const CLI::App*, const Subcommand*> bySubApp;
   for (const Subcommand& subcommand : subcommands) {
-    bySubApp[addSubcommand(app, subcommand, parsed.arguments)] = &subcommand;
+    CLI::App& parent = subcommand.group.empty() ? app : groupApp(app, subcommand.group);
+    bySubApp[addSubcommand(parent, subcommand, parsed.arguments)] = &subcommand;
   }
 
   // Everything behind the first "--" is the transcoder's, whatever it looks like.
@@ -103,12 +125,10 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
   if (hasWords) parsed.arguments.words.assign(separator + 1, all.end());
 
   const auto chosen = [&]() -> const Subcommand* {
-    const auto used = app.get_subcommands();
-    return used.empty() ? nullptr : bySubApp.at(used.front());
+    const auto found = bySubApp.find(&reached(app));
+    return found == bySubApp.end() ? nullptr : found->second;
   };
-  const auto see = [&] {
-    return "\n\"meridian" + (chosen() == nullptr ? "" : " " + chosen()->name) + " --help\" says how it is used.";
-  };
+  const auto see = [&] { return "\n\"" + calledAs(reached(app)) + " --help\" says how it is used."; };
   try {
     std::ranges::reverse(own);  // the parser takes them from the end
     app.parse(std::move(own));
@@ -136,7 +156,7 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
   if (parsed.subcommand == nullptr) throw UsageError("no subcommand is given" + see());
   if (parsed.subcommand->takesWords && !hasWords) throw UsageError(wordsHint(*parsed.subcommand) + see());
   if (!parsed.subcommand->takesWords && hasWords) {
-    throw UsageError("\"meridian " + parsed.subcommand->name + "\" takes no words behind \"--\"" + see());
+    throw UsageError("\"meridian " + parsed.subcommand->fullName() + "\" takes no words behind \"--\"" + see());
   }
   try {
     checkPositionals(*parsed.subcommand, parsed.arguments);

@@ -1,0 +1,115 @@
+// meridian lut info: what look-up table files hold, and why a file is none.
+#include <cstdint>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "meridian/base/numbers.h"
+#include "meridian/base/printable.h"
+#include "meridian/base/text.h"
+#include "meridian/lut/parsed_lut_factory.h"
+#include "tools/meridian/command.h"
+#include "tools/meridian/lut_arguments.h"
+#include "tools/meridian/output.h"
+
+namespace meridian::command {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// The members that tables of one kind alone have.
+void addKindsMembers(Json& document, const ParsedLutFile& lut) {
+  const LutRGBSampleConverter& converter = lut.inputConverter();
+  if (const auto* const cube = dynamic_cast<const ThreeDimensionalLutConverter*>(&converter)) {
+    document["faceSize"] = cube->interpolator().cube()->faceSize();
+  }
+  if (const auto* const integers = dynamic_cast<const UnsignedIntegerLutFile*>(&lut)) {
+    document["bitDepth"] = integers->bitDepth();
+  }
+  if (const auto* const integers = dynamic_cast<const OneDimensionsUnsignedIntegerConverter*>(&converter)) {
+    document["lutBitDepth"] = integers->lutBitDepth();
+  }
+}
+
+Json asJson(const std::string& path, const ParsedLutFile& lut) {
+  Json document{{"file", path},
+                {"class", lut.className()},
+                {"dimensions", rawValue(lut.dimensions())},
+                {"markup", rawValue(lut.fileMarkup())},
+                {"rows", lut.orderedValues().size()}};
+  addKindsMembers(document, lut);
+  document["lowValue"] = lut.inputConverter().lowValue();
+  document["highValue"] = lut.inputConverter().highValue();
+  return document;
+}
+
+Json asJson(const std::string& path, const LutRefusal& refusal) {
+  return {{"file", path}, {"refusal", rawValue(refusal.reason)}, {"message", refusal.message()}};
+}
+
+/// A member of the document as a row of a table; numbers in the library's form.
+std::vector<Cell> rowOf(const std::string& name, const Json& value) {
+  std::string text = value.is_string() ? value.get<std::string>() : value.dump();
+  if (value.is_number_float()) text = shortestDecimalText(value.get<double>());
+  return {{name, Style::name}, {text}};
+}
+
+void printForPeople(const std::string& path, const ParsedLutFile& lut) {
+  const Json document = asJson(path, lut);
+  std::vector<std::vector<Cell>> rows;
+  for (const auto& [name, value] : document.items()) {
+    if (name != "file") rows.push_back(rowOf(name, value));
+  }
+  std::cout << styled(Style::heading, printable(path)) << '\n';
+  printTable(rows);
+}
+
+Status showTables(const Arguments& arguments) {
+  const bool json = arguments.has("json");
+  Json documents = Json::array();
+  Status status = done;
+  bool isFirst = true;
+  for (const std::string& path : arguments.given.at("luts")) {
+    const LutParsing parsing = parseLut(path);
+    if (json && !isValidUtf8(path)) {
+      std::cerr << "meridian: warning: " << inQuotes(path)
+                << " is not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte\n";
+    }
+    if (parsing.refusal) {
+      std::cerr << "meridian: " << refusalText(path, *parsing.refusal) << '\n';
+      status = refused;
+    }
+    if (json) {
+      documents.push_back(parsing.refusal ? asJson(path, *parsing.refusal) : asJson(path, *parsing.file));
+    } else if (parsing.file) {
+      std::cout << (isFirst ? "" : "\n");
+      printForPeople(path, *parsing.file);
+      isFirst = false;
+    }
+  }
+  if (json) printJson(documents);
+  return status;
+}
+
+}  // namespace
+
+Subcommand lutInfoCommand() {
+  Option files = lutFileOption();
+  files.name = "luts";
+  files.help = "Files of text that may hold a look-up table";
+  files.repeated = true;
+  return {
+      .group = "lut",
+      .name = "info",
+      .description = "Show what look-up table files hold, or why they are refused",
+      .details = "A refused file makes the exit status 1; the others are still shown.",
+      .example = "meridian lut info look.cube\nmeridian lut info --json *.cube",
+      .options = {files,
+                  {Option::Kind::flag, "json",
+                   "Print a JSON list with an object for each file: file, class, dimensions, markup, rows, faceSize, "
+                   "bitDepth, lutBitDepth, lowValue, highValue, as far as its kind has them; for a refused file: "
+                   "file, refusal, message"}},
+      .action = showTables,
+  };
+}
+
+}  // namespace meridian::command

@@ -1,0 +1,80 @@
+#include "tools/meridian/replacement_file.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <system_error>
+
+#include "meridian/base/printable.h"
+#include "meridian/platform/interruption.h"
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void refuse(const std::string& path, const std::string& why) {
+  throw Refusal("\"" + printable(path) + "\" cannot be written: " + printable(why));
+}
+
+std::string systemText(int error) { return std::generic_category().message(error); }
+
+/// Opens and closes the file; 0 or what the system says.
+int tryOpening(const std::string& path, const char* mode) {
+  std::FILE* const file = std::fopen(path.c_str(), mode);
+  if (file == nullptr) return errno;
+  static_cast<void>(std::fclose(file));
+  return 0;
+}
+
+/// What stands at the end of a chain of links.
+fs::path targetOf(const std::string& path) {
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (!fs::exists(status)) return path;
+  if (fs::is_directory(status)) refuse(path, systemText(EISDIR));
+  if (!fs::is_regular_file(status)) refuse(path, "it is a device or a pipe");
+  // A rename would replace a file that its owner protected.
+  if (const int fault = tryOpening(path, "r+b"); fault != 0) refuse(path, systemText(fault));
+  return fs::canonical(path, error);
+}
+
+std::string temporaryName(const fs::path& target) {
+  std::random_device random;
+  const std::uint64_t number = (std::uint64_t{random()} << 32U) | random();
+  return ".meridian-" + std::to_string(number) + target.extension().string();
+}
+
+}  // namespace
+
+ReplacementFile::ReplacementFile(const std::string& path) {
+  const fs::path target = targetOf(path);
+  target_ = target.string();
+  const std::string temporary = (target.parent_path() / temporaryName(target)).string();
+  removeFileOnInterruption(temporary);
+  if (const int fault = tryOpening(temporary, "wbx"); fault != 0) {
+    removeFileOnInterruption({});
+    refuse(path, systemText(fault));
+  }
+  temporary_ = temporary;
+}
+
+ReplacementFile::~ReplacementFile() {
+  std::error_code ignored;
+  if (!temporary_.empty()) fs::remove(temporary_, ignored);
+  removeFileOnInterruption({});
+}
+
+void ReplacementFile::take() {
+  std::error_code error;
+  const fs::file_status old = fs::status(target_, error);
+  if (fs::exists(old)) fs::permissions(temporary_, old.permissions(), error);
+  fs::rename(temporary_, target_, error);
+  if (error) refuse(target_, error.message());
+  temporary_.clear();
+}
+
+}  // namespace meridian::command
