@@ -23,32 +23,49 @@ using fuzz::require;
 
 namespace {
 
-GenericTextLutInterpreter readInPieces(std::string_view text) {
+GenericTextLutInterpreter readInPieces(std::string_view text, const detail::TextLutLimits& limits) {
   GenericTextLutInterpreter lines;
+  const std::size_t size = text.size();
   const auto source = [&text](std::span<char> memory) {
     const std::size_t count = std::min(text.size(), memory.size());
     std::copy_n(text.begin(), count, memory.begin());
     text.remove_prefix(count);
     return count;
   };
-  detail::readTextLut(source, text.size(), lines);
+  detail::readTextLut(source, size, lines, limits);
   return lines;
 }
 
-GenericTextLutInterpreter readWhole(std::string_view text) {
+/// The line with two blanks for each longer run of spaces and tabs.
+std::string withShortBlanks(std::string_view line) {
+  std::string result;
+  std::size_t run = 0;
+  for (const char c : line) {
+    run = c == ' ' || c == '\t' ? run + 1 : 0;
+    if (run <= 2) result += c;
+  }
+  return result;
+}
+
+GenericTextLutInterpreter readWhole(std::string_view text, const detail::TextLutLimits& limits) {
   GenericTextLutInterpreter lines;
   if (text.starts_with("\xef\xbb\xbf")) text.remove_prefix(3);
   while (!text.empty()) {
     const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-    lines.interpret(text.substr(0, end));
+    const std::string_view line = text.substr(0, end);
+    if (withShortBlanks(line).size() > limits.longestRow) {
+      lines.interpretOverlong(LutHeaderWords::in(line));
+    } else {
+      lines.interpret(line);
+    }
     text.remove_prefix(std::min(end + 1, text.size()));
   }
   return lines;
 }
 
-void checkReading(std::string_view text) {
-  const GenericTextLutInterpreter lines = readInPieces(text);
-  const GenericTextLutInterpreter expected = readWhole(text);
+void checkReading(std::string_view text, const detail::TextLutLimits& limits) {
+  const GenericTextLutInterpreter lines = readInPieces(text, limits);
+  const GenericTextLutInterpreter expected = readWhole(text, limits);
   require(std::ranges::equal(lines.triplets(), expected.triplets()), "the same rows");
   require(lines.explicitDimensions() == expected.explicitDimensions(), "the same dimensions");
   require(lines.explicitMinValue() == expected.explicitMinValue() &&
@@ -92,7 +109,8 @@ void checkXml(std::string_view text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
-  checkReading(text);
+  checkReading(text, {});
+  checkReading(text, {.chunk = 16, .longestRow = 40});  // so that short texts come in pieces too
   checkNumber(text);
   checkXml(text);
   return 0;

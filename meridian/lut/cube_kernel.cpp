@@ -23,6 +23,9 @@ float withEightBits(double number) noexcept {
   return static_cast<float>(std::ldexp(std::floor(mantissa * 0x1p8), exponent - 8));
 }
 
+/// Whether a product with a number of eight bits is exact.
+bool hasSixteenBits(float number) noexcept { return (std::bit_cast<std::uint32_t>(number) & 0xFFU) == 0; }
+
 float roundedUp(double number) noexcept {
   const auto rounded = static_cast<float>(number);
   return rounded < number ? std::nextafter(rounded, std::numeric_limits<float>::infinity()) : rounded;
@@ -75,13 +78,15 @@ void CubeKernel::prepareAxes() {
     axis.lowPoint = static_cast<float>(inside.lower);
     axis.lowFraction = static_cast<float>(inside.fraction);
     isFast = isFast && std::isnormal(axis.scaleHigh) && std::isfinite(axis.offset) && rule.high >= rule.low;
-    const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit;
+    // An end that takes part in the arithmetic has to be as short as the code values are.
+    const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit && hasSixteenBits(axis.high);
     const AxisLimits end = endsExactly ? AxisLimits::exactEnd : AxisLimits::end;
     limits = std::max(limits, rule.low > 0 ? AxisLimits::both : end);
   }
   // What is rounded: scaleLow, its product and the sum with the offset, all at most 2^-7 of a place; the offset; and
-  // the last sum, which is about 1.
+  // the last sum, which is about 1. The product with scaleHigh is exact, for values of at most 16 bits.
   fractionError_ = roundingError * (1 + 4 * (last + largestOffset) * 0x1p-7 + 4 * largestOffset);
+  flatMargin = roundedUp(2 * fractionError_ + 0x1p-40 * (last + largestOffset));
 }
 
 void CubeKernel::prepareLattice() {

@@ -61,6 +61,8 @@ class CubeKernel {
   std::vector<float, AlignedAllocator<float, 64>> lattice;
   std::int32_t center = 0;
   float errorBound = 0;
+  /// Nearer than this to a cell's border a place may lie in the next cell, by the definition.
+  float flatMargin = 0;
 
   /// The channels that a mark calls flat: red 1, green 2, blue 4.
   [[nodiscard]] static unsigned flatChannels(float mark) noexcept {

@@ -488,6 +488,25 @@ HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, st
   }
 }
 
+/// Whether a pixel's cell is beyond doubt: whether it lies so far from the cell's borders that the definition cannot
+/// see it in the next one. An axis' two ends are no such borders; for tetrahedra, whose fractions are sorted, they
+/// count.
+HWY_INLINE bool isWithinCell(const CubeKernel& kernel, const Places& places, std::size_t pixel) {
+  const float margin = kernel.flatMargin;
+  const auto isWithin = [margin](float fraction) { return fraction > margin && fraction < 1 - margin; };
+  const auto& [red, green, blue] = places.fractions;
+  if (isWithin(red[pixel]) && isWithin(green[pixel]) && isWithin(blue[pixel])) return true;
+  if (kernel.definition.interpolation == LutInterpolation::tetrahedral) return false;
+  const auto cell = static_cast<std::size_t>(places.cell[pixel]);
+  const auto lastCell = static_cast<std::size_t>(kernel.definition.faceSize - 2);
+  const auto isWithinOrEnds = [&](float fraction, std::size_t point) {
+    return (fraction > margin || point == 0) && (fraction < 1 - margin || point == lastCell);
+  };
+  return isWithinOrEnds(red[pixel], cell / kernel.redStride) &&
+         isWithinOrEnds(green[pixel], cell % kernel.redStride / kernel.greenStride) &&
+         isWithinOrEnds(blue[pixel], cell % kernel.greenStride / 4);
+}
+
 /// Calls `report` with the number of every pixel that is in doubt. Where nothing is blended there is no doubt: flat
 /// regions, clipped black and white above all, would be all doubts otherwise.
 template <typename Report>
@@ -500,7 +519,8 @@ HWY_INLINE void forEachDoubt(const CubeKernel& kernel, const Places& places, std
       const std::size_t pixel = word * 16 + shift / 4;
       const auto channels = static_cast<unsigned>(left >> shift) & 15U;
       left &= ~(std::uint64_t{15} << shift);
-      if ((channels & ~CubeKernel::flatChannels(marks[places.cell[pixel]])) != 0) report(pixel);
+      const bool isFlat = (channels & ~CubeKernel::flatChannels(marks[places.cell[pixel]])) == 0;
+      if (!isFlat || !isWithinCell(kernel, places, pixel)) report(pixel);
     }
   }
 }

@@ -6,6 +6,8 @@
 #include <span>
 #include <utility>
 
+#include "meridian/base/precondition.h"
+
 namespace meridian {
 namespace {
 
@@ -42,6 +44,7 @@ LutCube::~LutCube() = default;
 
 LutCube::LutCube(std::shared_ptr<const LutValueTriplets> triplets, double minimum, double maximum)
     : triplets_(std::move(triplets)), lowValue_(minimum), highValue_(maximum) {
+  if (triplets_ == nullptr) preconditionFailed("a look-up table cube needs rows");
   const std::span<const LutColor> rows = triplets_->colors();
   faceSize_ = std::lround(std::cbrt(static_cast<float>(rows.size())));  // halves away from zero
   const auto face = static_cast<std::size_t>(faceSize_);

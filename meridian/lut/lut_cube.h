@@ -61,7 +61,7 @@ class MERIDIAN_API ThreeDimensionalLutCube {
   /// Points per axis.
   [[nodiscard]] virtual std::int64_t faceSize() const noexcept = 0;
 
-  /// The lowest and the highest of the lattice's values.
+  /// The range of the values: as it was given, which for a file is that of all its rows, or that of the lattice.
   [[nodiscard]] virtual double lowValue() const noexcept = 0;
   [[nodiscard]] virtual double highValue() const noexcept = 0;
 };
@@ -75,7 +75,8 @@ class MERIDIAN_API ThreeDimensionalLutCube {
 /// which makes a cube of no points.
 class MERIDIAN_API LutCube final : public ThreeDimensionalLutCube {
  public:
-  /// A cube with its range known. The rows are shared, not copied, where they fill the cube.
+  /// A cube with its range known. The rows are shared, not copied, where they fill the cube. A null pointer stops the
+  /// process.
   LutCube(std::shared_ptr<const LutValueTriplets> triplets, double minimum, double maximum);
 
   /// A cube whose range is that of the values placed in it; 0 to 0 when there is none.

@@ -71,6 +71,8 @@ LutParsing cubeOf(const Url& file, const GenericTextLutInterpreter& lines,
   const DecimalNumber& maximum = *lines.explicitMaxValue();
   const auto cube =
       std::make_shared<const LutCube>(rows, lines.explicitMinValue()->doubleValue(), maximum.doubleValue());
+  // The float is held against the integer that the file's own text gives, so that a maximum which is whole only by
+  // rounding, or larger than 64 bits, means floating point.
   const auto largest = static_cast<float>(maximum.doubleValue());
   const bool hasCodeValues = largest > 1.0F && largest == static_cast<float>(maximum.integerValue());
   if (!hasCodeValues) {

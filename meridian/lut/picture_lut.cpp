@@ -95,8 +95,9 @@ void convertPixel(const LookedUpTable& table, const std::optional<PictureDepths>
 /// Calls `work` with the first row and the number of rows of each band, from a thread for each but the first.
 template <typename Work>
 void inBands(std::size_t height, unsigned threads, const Work& work) {
+  constexpr unsigned most = 256;
   if (threads == 0) threads = std::max(1U, std::thread::hardware_concurrency());
-  const std::size_t bands = std::clamp<std::size_t>(height, 1, threads);
+  const std::size_t bands = std::clamp<std::size_t>(height, 1, std::min(threads, most));
   const std::size_t rows = (height + bands - 1) / bands;
   std::vector<std::jthread> others;
   others.reserve(bands - 1);

@@ -79,8 +79,9 @@ class MERIDIAN_API PictureLut {
 
   /// Leads every pixel of `source` through the table into `destination`, which may be the same samples, but overlaps
   /// them in no other way. The layouts may differ: alpha goes through, at the destination's depth, and is opaque where
-  /// the source has none. `threads` work on bands of rows, 0 as many as the machine runs at once; a caller with threads
-  /// of its own calls for some rows from each. Absent when it is done; a picture with a fault is not touched.
+  /// the source has none. `threads` work on bands of rows, 0 as many as the machine runs at once, 256 at most; a caller
+  /// with threads of its own calls for some rows from each. Absent when it is done; a picture with a fault is not
+  /// touched.
   [[nodiscard]] std::optional<PictureFault> apply(const PictureView<const std::uint8_t>& source,
                                                   const PictureView<std::uint8_t>& destination,
                                                   unsigned threads = 1) const;

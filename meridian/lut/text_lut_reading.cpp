@@ -11,10 +11,6 @@
 namespace meridian::detail {
 namespace {
 
-/// Bytes that are read at a time; small enough to stay in a processor's cache.
-constexpr std::size_t chunkSize = std::size_t{256} * 1024;
-static_assert(chunkSize <= longestRow);
-
 /// Zeros behind the bytes of a buffer, which end every number.
 constexpr std::size_t padding = 16;
 
@@ -58,20 +54,20 @@ std::size_t withShortBlanks(std::span<char> line) noexcept {
 
 class LineCutter {
  public:
-  LineCutter(ByteSource source, std::uint64_t size, GenericTextLutInterpreter& interpreter)
-      : source_(source), size_(size), interpreter_(interpreter) {}
+  LineCutter(ByteSource source, std::uint64_t size, GenericTextLutInterpreter& interpreter, const TextLutLimits& limits)
+      : source_(source), size_(size), interpreter_(interpreter), limits_(limits) {}
 
   void run() {
     while (true) {
-      buffer_.resize(kept_ + chunkSize + padding);
-      const std::size_t count = source_({buffer_.data() + kept_, chunkSize});
+      buffer_.resize(kept_ + limits_.chunk + padding);
+      const std::size_t count = source_({buffer_.data() + kept_, limits_.chunk});
       const std::size_t filled = kept_ + count;
       std::memset(buffer_.data() + filled, 0, padding);
       std::size_t begin = 0;
       if (read_ == 0 && std::string_view(buffer_.data(), filled).starts_with("\xef\xbb\xbf")) begin = 3;
       read_ += count;
       keep(takeLines(begin, filled), filled);
-      if (count < chunkSize) break;
+      if (count < limits_.chunk) break;
       makeRoom();
     }
     endLine({buffer_.data(), kept_});
@@ -105,11 +101,11 @@ class LineCutter {
   /// Hands over a line, or the rest of one that is too long to be a row.
   void endLine(std::string_view rest) {
     std::string shortened;
-    if (!isOverlong_ && rest.size() > longestRow) {
+    if (!isOverlong_ && rest.size() > limits_.longestRow) {
       shortened = rest;
       shortened.resize(withShortBlanks(shortened));
       rest = shortened;
-      isOverlong_ = rest.size() > longestRow;
+      isOverlong_ = rest.size() > limits_.longestRow;
     }
     if (isOverlong_) {
       findWords(rest);
@@ -130,8 +126,8 @@ class LineCutter {
   void keep(std::size_t begin, std::size_t end) {
     std::memmove(buffer_.data(), buffer_.data() + begin, end - begin);
     kept_ = end - begin;
-    if (!isOverlong_ && kept_ > longestRow) kept_ = withShortBlanks({buffer_.data(), kept_});
-    if (!isOverlong_ && kept_ <= longestRow) return;
+    if (!isOverlong_ && kept_ > limits_.longestRow) kept_ = withShortBlanks({buffer_.data(), kept_});
+    if (!isOverlong_ && kept_ <= limits_.longestRow) return;
     isOverlong_ = true;
     findWords({buffer_.data(), kept_});
     const std::size_t tail = std::min(overlap, kept_);
@@ -154,6 +150,7 @@ class LineCutter {
   ByteSource source_;
   std::uint64_t size_;
   GenericTextLutInterpreter& interpreter_;
+  TextLutLimits limits_;
   std::vector<char> buffer_;
   /// Bytes at the buffer's beginning that begin a line.
   std::size_t kept_ = 0;
@@ -165,8 +162,9 @@ class LineCutter {
 
 }  // namespace
 
-void readTextLut(ByteSource source, std::uint64_t size, GenericTextLutInterpreter& interpreter) {
-  LineCutter(source, size, interpreter).run();
+void readTextLut(ByteSource source, std::uint64_t size, GenericTextLutInterpreter& interpreter,
+                 const TextLutLimits& limits) {
+  LineCutter(source, size, interpreter, limits).run();
 }
 
 }  // namespace meridian::detail

@@ -12,9 +12,10 @@ namespace meridian {
 [[nodiscard]] bool mayBeginXml(std::span<const char> bytes) noexcept;
 
 /// Reads a document piece by piece and says whether it is well-formed. Nothing outside of it is read: external entities
-/// and document types are passed over, and internal entities are not expanded. A byte above 0x7F in an encoding
-/// that is none of Expat's own (UTF-8, UTF-16, ISO-8859-1, ASCII) counts as a letter. Memory is bounded by 16 MiB: a
-/// document that needs more, for a single mark or its depth, counts as not well-formed.
+/// and document types are passed over, and internal entities in content are neither expanded nor looked into. A byte
+/// above 0x7F in an encoding that is none of Expat's own (UTF-8, UTF-16, ISO-8859-1, ASCII) counts as a letter. Memory
+/// is bounded by 16 MiB: a document that needs more, for a single mark or its depth, counts as not well-formed. One
+/// check at a time on a thread.
 class XmlCheck {
  public:
   XmlCheck();

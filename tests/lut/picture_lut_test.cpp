@@ -110,7 +110,7 @@ std::vector<NamedTable> manyTables() {
 
 /// Pixels that are random, on lattice points and next to them, at the ends, flat, and beyond the depth.
 template <typename Sample>
-std::vector<Sample> codePixels(std::size_t count, int depth, unsigned seed) {
+std::vector<Sample> codePixels(std::size_t count, int depth, std::uint32_t faceSize, unsigned seed) {
   std::mt19937 generator(seed);
   const auto random = [&generator] { return static_cast<std::uint32_t>(generator()); };
   const std::uint32_t most = (1U << static_cast<unsigned>(depth)) - 1;
@@ -119,8 +119,8 @@ std::vector<Sample> codePixels(std::size_t count, int depth, unsigned seed) {
   for (std::size_t i = 0; i < samples.size(); ++i) {
     std::uint32_t value = random() & most;
     switch ((i / 24) % 6) {
-      case 1:  // on and beside the points of usual cubes
-        value = (random() % 65 * most / 64 + random() % 3 + most) % (most + 1);
+      case 1:  // on and beside the cube's points
+        value = (random() % faceSize * most / std::max(faceSize - 1, 1U) + random() % 3 + most) % (most + 1);
         break;
       case 2:
         value = random() % 2 * most;
@@ -167,12 +167,14 @@ TEST(PictureLut, EveryPixelIsThatOfTheDefinitionOnEveryInstructionSet) {
   unsigned seed = 0;
   for (const NamedTable& table : manyTables()) {
     SCOPED_TRACE(table.name);
+    const auto faceSize = static_cast<std::uint32_t>(
+        std::max(1L, std::lround(std::cbrt(static_cast<double>(table.file->orderedValues().size())))));
     for (const auto& [from, to] : depths) {
       // Each combination of table and depth with two of the eight options, so that all come about often.
       for (int repeat = 0; repeat < 2; ++repeat) {
         SCOPED_TRACE(testing::Message() << from << " to " << to << " bits, option " << seed % options.size());
         const auto lut = PictureLut::forCodeValues(*table.file, from, to, options[seed % options.size()]);
-        const auto source = codePixels<std::uint16_t>(width, from, seed++);
+        const auto source = codePixels<std::uint16_t>(width, from, faceSize, seed++);
         onEveryInstructionSet([&] {
           std::vector<std::uint16_t> result(source.size());
           auto view = PictureView<std::uint16_t>::packed(Layout::rgb, result.data(), width, 1, to);
@@ -180,7 +182,7 @@ TEST(PictureLut, EveryPixelIsThatOfTheDefinitionOnEveryInstructionSet) {
               lut->apply(PictureView<const std::uint16_t>::packed(Layout::rgb, source.data(), width, 1, from), view));
           expectDefinition(*lut, source, result);
           if (from > 8 || to > 8) return;
-          const auto bytes = codePixels<std::uint8_t>(width, from, seed);
+          const auto bytes = codePixels<std::uint8_t>(width, from, faceSize, seed);
           std::vector<std::uint8_t> byteResult(bytes.size());
           ASSERT_FALSE(lut->apply(PictureView<const std::uint8_t>::packed(Layout::rgb, bytes.data(), width, 1, from),
                                   PictureView<std::uint8_t>::packed(Layout::rgb, byteResult.data(), width, 1, to)));
@@ -192,17 +194,20 @@ TEST(PictureLut, EveryPixelIsThatOfTheDefinitionOnEveryInstructionSet) {
   }
 }
 
-/// Pixels of 16 bits with a result so near an integer that single precision cannot tell on which side it lies.
-std::vector<std::uint16_t> pixelsNextToIntegers(const ParsedLutFile& file, const PictureLutOptions& options,
-                                                double unit, std::size_t count) {
+/// Code values with a result so near an integer that single precision cannot tell on which side it lies.
+std::vector<std::uint16_t> pixelsNextToIntegers(const ParsedLutFile& file, const PictureLutOptions& options, int from,
+                                                int to) {
+  constexpr std::size_t count = 3000;
   const PictureLut lut = PictureLut::forFloats(file, options);
+  const double most = std::ldexp(1.0, from) - 1;
+  const double unit = std::ldexp(1.0, to) - 1;
   std::mt19937 random(71);
-  const auto isNear = [&](double value) { return std::fabs(value * unit - std::round(value * unit)) < 0.004; };
+  const auto isNear = [&](double value) { return std::fabs(value * unit - std::round(value * unit)) < 0.01; };
   std::vector<std::uint16_t> pixels;
-  for (int tries = 0; pixels.size() < count * 3 && tries < 1'000'000; ++tries) {
-    const auto code = [&] { return static_cast<std::uint16_t>(random()); };
+  for (int tries = 0; pixels.size() < count * 3 && tries < 200'000; ++tries) {
+    const auto code = [&] { return static_cast<std::uint16_t>(random() % (1U << static_cast<unsigned>(from))); };
     const std::array<std::uint16_t, 3> input{code(), code(), code()};
-    const LutColor color = lut.pixel(LutColor{input[0] / 65535.0, input[1] / 65535.0, input[2] / 65535.0});
+    const LutColor color = lut.pixel(LutColor{input[0] / most, input[1] / most, input[2] / most});
     if (!isNear(color.red) && !isNear(color.green) && !isNear(color.blue)) continue;
     pixels.insert(pixels.end(), input.begin(), input.end());
   }
@@ -210,24 +215,88 @@ std::vector<std::uint16_t> pixelsNextToIntegers(const ParsedLutFile& file, const
 }
 
 TEST(PictureLut, ResultsNextToIntegersAreThoseOfTheDefinition) {
+  const std::vector<PictureLutOptions> options = allOptions();
+  std::size_t turn = 0;
   for (const NamedTable& table : manyTables()) {
     const auto* const integers = dynamic_cast<const UnsignedIntegerLutFile*>(table.file.get());
     if (table.file->dimensions() != LutDimensions::cube || (integers != nullptr && integers->bitDepth() != 16))
       continue;
     SCOPED_TRACE(table.name);
-    for (const auto interpolation : allCases<LutInterpolation>()) {
-      const PictureLutOptions options{.interpolation = interpolation};
-      const auto source = pixelsNextToIntegers(*table.file, options, 65535, 6000);
+    for (const auto& [from, to] : {std::pair{16, 16}, {12, 16}, {13, 15}, {10, 14}}) {
+      if (integers != nullptr && to != 16) continue;
+      const PictureLutOptions& chosen = options[turn++ % options.size()];
+      const auto source = pixelsNextToIntegers(*table.file, chosen, from, to);
       if (source.empty()) continue;
-      const auto lut = PictureLut::forCodeValues(*table.file, 16, 16, options);
+      const auto lut = PictureLut::forCodeValues(*table.file, from, to, chosen);
       onEveryInstructionSet([&] {
         std::vector<std::uint16_t> result(source.size());
-        ASSERT_FALSE(
-            lut->apply(PictureView<const std::uint16_t>::packed(Layout::rgb, source.data(), source.size() / 3, 1),
-                       PictureView<std::uint16_t>::packed(Layout::rgb, result.data(), source.size() / 3, 1)));
+        const std::size_t width = source.size() / 3;
+        ASSERT_FALSE(lut->apply(PictureView<const std::uint16_t>::packed(Layout::rgb, source.data(), width, 1, from),
+                                PictureView<std::uint16_t>::packed(Layout::rgb, result.data(), width, 1, to)));
         expectDefinition(*lut, source, result);
       });
     }
+  }
+}
+
+/// One pixel by both ways.
+void expectDefinition(const ParsedLutFile& file, const PictureLutOptions& options, int from, int to,
+                      std::uint16_t code) {
+  const auto lut = PictureLut::forCodeValues(file, from, to, options);
+  const std::vector<std::uint16_t> source(3 * 16, code);
+  onEveryInstructionSet([&] {
+    std::vector<std::uint16_t> result(source.size());
+    ASSERT_FALSE(lut->apply(PictureView<const std::uint16_t>::packed(Layout::rgb, source.data(), 16, 1, from),
+                            PictureView<std::uint16_t>::packed(Layout::rgb, result.data(), 16, 1, to)));
+    expectDefinition(*lut, source, result);
+  });
+}
+
+TEST(PictureLut, FlatRegionsBeginWhereTheDefinitionSaysSo) {
+  // A code value that lies on a lattice point, and whose place the definition's rounding puts just before it.
+  int found = 0;
+  for (const int depth : {8, 10, 12, 16}) {
+    const int most = (1 << depth) - 1;
+    for (int face = 3; face < 60; ++face) {
+      for (int code = 0; code <= most; ++code) {
+        if (code * (face - 1) % most != 0) continue;
+        const int point = code * (face - 1) / most;
+        const double place = static_cast<double>(code) / most * (face - 1);
+        if (place >= point) continue;
+        ++found;
+        SCOPED_TRACE(testing::Message() << depth << " bits, " << face << " points, code " << code);
+        for (const auto& [before, flat] : {std::pair{0.5, 1.0}, {1.0, 0x1p-12}}) {
+          const auto file = test::cubeFile(test::cubeColors(face, [&](double r, double g, double b) {
+            const double first = std::round(std::min({r, g, b}) * (face - 1));
+            const double value = first >= point ? flat : before;
+            return LutColor{value, value, 1};
+          }));
+          for (const auto interpolation : allCases<LutInterpolation>()) {
+            expectDefinition(*file, {.interpolation = interpolation}, depth, depth, static_cast<std::uint16_t>(code));
+            expectDefinition(*file, {.interpolation = interpolation}, depth, 16, static_cast<std::uint16_t>(code));
+          }
+        }
+        break;  // one code for each cube
+      }
+    }
+  }
+  EXPECT_GT(found, 3);
+}
+
+TEST(PictureLut, AnAxisEndsExactlyWhereItsHighestValueIs) {
+  // The highest value is exact in single precision and yet long, its result just above an integer, its slope steep.
+  constexpr int face = 40;
+  for (int wanted = 3900; wanted < 4000; wanted += 3) {
+    auto end = static_cast<float>(wanted * 255.0 / 4095);
+    while (static_cast<double>(end) / 255 * 4095 < wanted) end = std::nextafter(end, 1000.0F);
+    const double high = static_cast<double>(end) / 255;
+    SCOPED_TRACE(testing::Message() << "highest value " << wanted);
+    const auto file = test::cubeFile(test::cubeColors(face, [&](double r, double g, double b) {
+      const double value = std::min({r, g, b}) == 1 ? high : 0;
+      return LutColor{value, value, value};
+    }));
+    expectDefinition(*file, {}, 8, 12, 255);
+    ASSERT_FALSE(HasFatalFailure());
   }
 }
 
