@@ -27,7 +27,8 @@ template <>
 struct EnumerationTable<LutRefusalReason> {
   static constexpr auto rows = std::to_array<EnumerationRow<LutRefusalReason>>({
       {LutRefusalReason::xmlDocument, "xmlDocument", "it is an XML document, and only tables written as text are read"},
-      {LutRefusalReason::unsupportedExtension, "unsupportedExtension", "its extension is that of another kind of file"},
+      {LutRefusalReason::unsupportedExtension, "unsupportedExtension",
+       "its extension is that of another kind of file, or it has none"},
       {LutRefusalReason::notOpened, "notOpened", "it cannot be opened"},
       {LutRefusalReason::notRead, "notRead", "it cannot be read to its end"},
       {LutRefusalReason::noRows, "noRows", "it has no row of three numbers with one blank between them"},

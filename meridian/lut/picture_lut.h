@@ -60,7 +60,8 @@ struct PictureLutOptions {
 ///
 /// Floating-point samples are on the scale from 0 to 1, which stands for all code values of a table of integers; they
 /// are not truncated. What is not a number counts as the lowest value. Results are computed in single precision, to
-/// about six digits of the table's largest value; the last digit may differ from machine to machine.
+/// about six digits of the table's largest value; the last digit may differ from machine to machine. What is too large
+/// for single precision becomes infinite.
 class MERIDIAN_API PictureLut {
  public:
   /// For pictures of code values, with depths from 1 to 16 bits; absent for other depths.

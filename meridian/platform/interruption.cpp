@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstdlib>
 
 namespace meridian {
 namespace {
@@ -15,8 +16,12 @@ constinit std::array<char, 4096> unfinished{};
 /// Set while the path above is whole.
 constinit volatile std::sig_atomic_t hasUnfinished = 0;
 
-extern "C" void removeUnfinished(int signal) {
+void removeUnfinishedFile() {
   if (hasUnfinished != 0) unlink(unfinished.data());
+}
+
+extern "C" void removeUnfinished(int signal) {
+  removeUnfinishedFile();
   static_cast<void>(std::signal(signal, SIG_DFL));
   static_cast<void>(std::raise(signal));
 }
@@ -28,7 +33,10 @@ void removeFileOnInterruption(const std::string& path) {
   if (path.empty() || path.size() >= unfinished.size()) return;
   *std::ranges::copy(path, unfinished.begin()).out = '\0';
   hasUnfinished = 1;
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  // Some libraries end the process when they meet a fault.
+  static const bool isRegistered = std::atexit(removeUnfinishedFile) == 0;
+  static_cast<void>(isRegistered);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGABRT, SIGXFSZ, SIGXCPU}) {
     // A signal that the process was started to ignore stays ignored.
     if (std::signal(signal, &removeUnfinished) == SIG_IGN) static_cast<void>(std::signal(signal, SIG_IGN));
   }

@@ -406,6 +406,7 @@ TEST_F(LutCommand, ARefusedPictureLeavesOutAsItWasAndNothingBehind) {
   }
   const std::string old = write("old.png", "what was there");
   fs::create_directory(path("folder.png"));
+  fs::create_symlink("not there.png", path("link.png"));
   const struct {
     std::string in, out, says;
   } cases[]{{written("grey.png", 1, TypeDesc::UINT8), old, "has 1 channel; a look-up table needs red, green and blue"},
@@ -418,6 +419,10 @@ TEST_F(LutCommand, ARefusedPictureLeavesOutAsItWasAndNothingBehind) {
             {path("missing\n.png"), old, "missing\\n.png\" cannot be read: No such file or directory"},
             {path("folder.png"), old, "is no file"},
             {path("whole.exr"), old, "hold no samples of the kind \"half\""},
+            {written("seven.tif", 7, TypeDesc::UINT8), path("old.dpx"), "do not hold the 7 channels"},
+            {written("seven.tif", 7, TypeDesc::UINT8), path("old.jpg"), "do not hold the 7 channels"},
+            {written("alpha.png", 4, TypeDesc::UINT8), path("old.jpg"), "do not hold the 4 channels"},
+            {good, path("link.png"), "a link to a file that is not there"},
             {good, path("none/out.png"), "No such file or directory"},
             {good, path("out"), "has no extension"},
             {good, path("out.xyz"), "has the extension \"xyz\""},

@@ -71,7 +71,8 @@ Subcommand lutApplyCommand() {
           "DPX\n"
           "file's 10 and 12, half and float. Other kinds, files of several pictures and deep pictures are refused.\n"
           "Metadata, alpha and further channels stay as they are. OUT's extension says its format, which has to\n"
-          "hold such samples. OUT is made beside its place and put there when it is complete; it may be IN.",
+          "hold such samples and channels. OUT is made beside its place and put there when it is complete and reads\n"
+          "back; it may be IN. It belongs to whoever runs the command, with the permissions that it had.",
       .example =
           "meridian lut apply look.cube in.dpx out.dpx\n"
           "meridian lut apply look.cube shot.exr shot.exr --axis-order red-fastest --domain declared",

@@ -1,6 +1,7 @@
 // meridian lut info: what look-up table files hold, and why a file is none.
 #include <cstdint>
 #include <iostream>
+#include <new>
 #include <nlohmann/json.hpp>
 
 #include "meridian/base/numbers.h"
@@ -63,13 +64,27 @@ void printForPeople(const std::string& path, const ParsedLutFile& lut) {
   printTable(rows);
 }
 
+/// Neither table nor refusal where the memory is too small.
+LutParsing parseWithinMemory(const std::string& path) {
+  try {
+    return parseLut(path);
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
 Status showTables(const Arguments& arguments) {
   const bool json = arguments.has("json");
   Json documents = Json::array();
   Status status = done;
   bool isFirst = true;
   for (const std::string& path : arguments.given.at("luts")) {
-    const LutParsing parsing = parseLut(path);
+    const LutParsing parsing = parseWithinMemory(path);
+    if (!parsing.file && !parsing.refusal) {
+      std::cerr << "meridian: " << inQuotes(path) << " has more rows than fit into memory\n";
+      status = refused;
+      continue;
+    }
     if (json && !isValidUtf8(path)) {
       std::cerr << "meridian: warning: " << inQuotes(path)
                 << " is not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte\n";

@@ -1,6 +1,9 @@
 // meridian lut plot: a look-up table as a picture to look at.
+#include <algorithm>
+#include <cmath>
 #include <string>
 
+#include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/platform/path_text.h"
@@ -14,12 +17,26 @@ namespace {
 
 #ifdef MERIDIAN_HAS_PLOTS
 
+/// Refuses values that would leave nothing to see of the range from 0 to 1.
+void checkIsDrawable(const ParsedLutFile& lut) {
+  constexpr double most = 1e5;
+  const bool hasCodeValues = dynamic_cast<const UnsignedIntegerLutFile*>(&lut) != nullptr;
+  const LutRGBSampleConverter& converter = lut.inputConverter();
+  if (hasCodeValues || lut.dimensions() == LutDimensions::oneD) return;  // drawn on the scale from 0 to 1
+  const double reach = std::max(std::fabs(converter.lowValue()), std::fabs(converter.highValue()));
+  if (reach > most) {
+    throw Refusal("its values reach " + shortestDecimalText(reach) + "; what is drawn goes up to " +
+                  shortestDecimalText(most));
+  }
+}
+
 Status plotTable(const Arguments& arguments) {
   const std::string out = *arguments.value("out");
   if (!equalsIgnoringCase(pathExtension(out), "png")) {
     throw UsageError(inQuotes(out) + " is no name of a PNG picture; write one that ends in .png");
   }
   const auto lut = readLut(arguments);
+  checkIsDrawable(*lut);
   ReplacementFile replacement(out);
   const std::string name(lastPathComponent(*arguments.value("lut")));
   plotLut(*lut, chosenLookUp(arguments), printable(name), replacement.path());

@@ -99,6 +99,10 @@ void checkIsAlone(ImageInput& input, const std::string& path) {
 void checkSamples(const ImageSpec& spec, const std::string& path) {
   if (spec.deep) refuse(path, "is a deep picture, whose pixels hold lists of samples");
   if (spec.depth > 1) refuse(path, "is a volume, and no picture");
+  for (const char* const name : {"tiff:ColorSpace", "jpeg:ColorSpace"}) {
+    if (spec.get_string_attribute(name) == "CMYK")
+      refuse(path, "holds the colours of print (CMYK), not red, green, blue");
+  }
   if (spec.nchannels < 3) {
     refuse(path, "has " + std::to_string(spec.nchannels) + (spec.nchannels == 1 ? " channel" : " channels") +
                      "; a look-up table needs red, green and blue");
@@ -185,6 +189,9 @@ class OpenImageIoFile final : public PictureFile {
   [[nodiscard]] std::size_t channelCount() const { return static_cast<std::size_t>(spec_.nchannels); }
 
   void allocate();
+  void checkIsWhole(const Progress& progress);
+  [[noreturn]] void refuseOutput(std::string why) const;
+  [[nodiscard]] bool keepsChannels(const ImageSpec& wanted) const;
   template <typename Sample>
   [[nodiscard]] Sample* row(std::size_t place) const {
     return reinterpret_cast<Sample*>(samples_.get()) + place * width() * channelCount();
@@ -195,6 +202,7 @@ class OpenImageIoFile final : public PictureFile {
   void changeGathered(const Change& change, std::size_t first, std::size_t count);
 
   std::string path_;
+  std::string outputPath_;
   std::string outputName_;
   std::unique_ptr<ImageInput> input_;
   std::unique_ptr<ImageOutput> output_;
@@ -301,11 +309,21 @@ OpenImageIoFile::OpenImageIoFile(const std::string& path, unsigned threads) : pa
 }
 
 void OpenImageIoFile::beginWriting(const std::string& path, const std::string& name) {
+  outputPath_ = path;
   outputName_ = name;
   output_ = ImageOutput::create(std::string(pathExtension(path)));
   if (!output_) refuse(name, "cannot be written: " + asLine(OIIO::geterror()));
   const ImageSpec wanted = outputSpec(spec_, *output_);
-  if (!output_->open(path, wanted)) refuse(name, "cannot be written: " + faultOf(*output_));
+  // This writer ends the process at more channels instead of saying so.
+  if (std::string_view(output_->format_name()) == "dpx" && wanted.nchannels > 4) {
+    refuse(name, "cannot be written: dpx files do not hold the " + std::to_string(wanted.nchannels) +
+                     " channels of \"" + path_ + "\"");
+  }
+  if (!output_->open(path, wanted)) refuseOutput(faultOf(*output_));
+  if (!keepsChannels(wanted)) {
+    refuse(name, std::string("cannot be written: ") + output_->format_name() + " files do not hold the " +
+                     std::to_string(wanted.nchannels) + " channels of \"" + path_ + "\"");
+  }
   if (output_->spec().format != wanted.format) {
     refuse(name, std::string("cannot be written: ") + output_->format_name() + " files hold no samples of the kind \"" +
                      wanted.format.c_str() + "\", which \"" + path_ + "\" has");
@@ -338,7 +356,43 @@ void OpenImageIoFile::write(const Progress& progress) {
                                               OIIO::AutoStride, &tellProgress, &teller);
   // Closing writes what is still held back, and may fail on its own.
   const bool isClosed = output_->close();
-  if (!isWritten || !isClosed) refuse(outputName_, "cannot be written: " + faultOf(*output_));
+  if (!isWritten || !isClosed) refuseOutput(faultOf(*output_));
+  checkIsWhole(progress);
+}
+
+/// Reads the written file back: not every writer notices that a disk is full. The samples are no longer needed, so
+/// their memory serves.
+void OpenImageIoFile::checkIsWhole(const Progress& progress) {
+  constexpr std::string_view fault = "it does not read back; is there room on the disk?";
+  const auto written = ImageInput::open(outputPath_);
+  static_cast<void>(OIIO::geterror());
+  if (!written) refuseOutput(std::string(fault));
+  const ImageSpec& spec = written->spec();
+  const bool fits = spec.width == spec_.width && spec.height == spec_.height && spec.nchannels == spec_.nchannels;
+  if (!fits) refuseOutput(std::string(fault));
+  if (std::string_view(written->format_name()) == "dpx") checkDpxIsWhole(spec, outputPath_);
+  Progress teller = progress;
+  const bool isRead = written->read_image(0, 0, 0, spec.nchannels, type_, samples_.get(), OIIO::AutoStride,
+                                          OIIO::AutoStride, OIIO::AutoStride, &tellProgress, &teller);
+  if (!isRead || written->has_error()) {
+    static_cast<void>(written->geterror());
+    refuseOutput(std::string(fault));
+  }
+}
+
+/// Refuses with the file's own name in place of the one that it is written under.
+void OpenImageIoFile::refuseOutput(std::string why) const {
+  for (std::size_t place = why.find(outputPath_); place != std::string::npos; place = why.find(outputPath_)) {
+    why.replace(place, outputPath_.size(), outputName_);
+  }
+  refuse(outputName_, "cannot be written: " + why);
+}
+
+/// Whether the writer, which is open, writes every channel.
+bool OpenImageIoFile::keepsChannels(const ImageSpec& wanted) const {
+  const bool hasAlpha = wanted.alpha_channel >= 0;
+  if (output_->spec().nchannels != wanted.nchannels || (hasAlpha && output_->supports("alpha") == 0)) return false;
+  return wanted.nchannels <= (hasAlpha ? 4 : 3) || output_->supports("nchannels") != 0;
 }
 
 }  // namespace

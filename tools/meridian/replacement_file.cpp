@@ -34,7 +34,11 @@ int tryOpening(const std::string& path, const char* mode) {
 fs::path targetOf(const std::string& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
-  if (!fs::exists(status)) return path;
+  if (!fs::exists(status)) {
+    if (error && error != std::errc::no_such_file_or_directory) refuse(path, error.message());
+    if (fs::is_symlink(fs::symlink_status(path, error))) refuse(path, "it is a link to a file that is not there");
+    return path;
+  }
   if (fs::is_directory(status)) refuse(path, systemText(EISDIR));
   if (!fs::is_regular_file(status)) refuse(path, "it is a device or a pipe");
   // A rename would replace a file that its owner protected.
