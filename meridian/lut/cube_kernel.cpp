@@ -37,8 +37,8 @@ float roundedDown(double number) noexcept { return -roundedUp(-number); }
 
 CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<PictureDepths>& pictureDepths)
     : definition(std::move(cubeDefinition)), depths(pictureDepths) {
-  // With more points per axis their distances would not all be exact in single precision or fit into 32 bits.
   if (depths) prepareResults();
+  // With more points per axis their distances would not all be exact in single precision or fit into 32 bits.
   isFast = definition.faceSize >= 2 && definition.faceSize <= 200;
   for (const AxisRule& axis : definition.axes) isFast = isFast && axis.span > 0 && std::isfinite(axis.span);
   if (!isFast) return;
