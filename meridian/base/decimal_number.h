@@ -16,8 +16,9 @@ namespace meridian {
 class DecimalNumber {
  public:
   constexpr DecimalNumber() noexcept = default;
-  /// A finite number that is just this double.
+  /// A number that is just this double, which is finite.
   constexpr explicit DecimalNumber(double number) noexcept : DecimalNumber(number, saturatedInteger(number)) {}
+  /// A number by its double and its integer value, which nothing holds against each other.
   constexpr DecimalNumber(double number, std::int64_t integer) noexcept : double_(number), integer_(integer) {}
 
   /// Reads a whole text: an optional sign, digits with an optional point among, before or behind them, an optional

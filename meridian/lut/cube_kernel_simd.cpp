@@ -105,10 +105,12 @@ constexpr std::size_t pixelStep() {
 
 // ---- Between pictures and planes ----------------------------------------------------------------------------------
 
-HWY_INLINE void loadPlanes(const float* source, std::size_t channelCount, std::size_t count, Planes<float>& planes) {
-  const FloatTag d;
+/// Samples that are the same in planes as in pictures: 16-bit code values and floating point.
+template <typename Sample>
+HWY_INLINE void loadPlanes(const Sample* source, std::size_t channelCount, std::size_t count, Planes<Sample>& planes) {
+  const hn::ScalableTag<Sample> d;
   for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
-    hn::Vec<FloatTag> red, green, blue, alpha;
+    hn::Vec<hn::ScalableTag<Sample>> red, green, blue, alpha;
     if (channelCount == 4) {
       hn::LoadInterleaved4(d, source + i * 4, red, green, blue, alpha);
       hn::Store(alpha, d, planes.alpha + i);
@@ -121,41 +123,10 @@ HWY_INLINE void loadPlanes(const float* source, std::size_t channelCount, std::s
   }
 }
 
-HWY_INLINE void storePlanes(const Planes<float>& planes, std::size_t channelCount, std::size_t count,
-                            float* destination) {
-  const FloatTag d;
-  for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
-    const auto red = hn::Load(d, planes.channels[0] + i);
-    const auto green = hn::Load(d, planes.channels[1] + i);
-    const auto blue = hn::Load(d, planes.channels[2] + i);
-    if (channelCount == 4) {
-      hn::StoreInterleaved4(red, green, blue, hn::Load(d, planes.alpha + i), d, destination + i * 4);
-    } else {
-      hn::StoreInterleaved3(red, green, blue, d, destination + i * 3);
-    }
-  }
-}
-
-HWY_INLINE void loadPlanes(const std::uint16_t* source, std::size_t channelCount, std::size_t count,
-                           Planes<std::uint16_t>& planes) {
-  const CodesTag d;
-  for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
-    hn::Vec<CodesTag> red, green, blue, alpha;
-    if (channelCount == 4) {
-      hn::LoadInterleaved4(d, source + i * 4, red, green, blue, alpha);
-      hn::Store(alpha, d, planes.alpha + i);
-    } else {
-      hn::LoadInterleaved3(d, source + i * 3, red, green, blue);
-    }
-    hn::Store(red, d, planes.channels[0] + i);
-    hn::Store(green, d, planes.channels[1] + i);
-    hn::Store(blue, d, planes.channels[2] + i);
-  }
-}
-
-HWY_INLINE void storePlanes(const Planes<std::uint16_t>& planes, std::size_t channelCount, std::size_t count,
-                            std::uint16_t* destination) {
-  const CodesTag d;
+template <typename Sample>
+HWY_INLINE void storePlanes(const Planes<Sample>& planes, std::size_t channelCount, std::size_t count,
+                            Sample* destination) {
+  const hn::ScalableTag<Sample> d;
   for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
     const auto red = hn::Load(d, planes.channels[0] + i);
     const auto green = hn::Load(d, planes.channels[1] + i);
@@ -528,7 +499,6 @@ HWY_INLINE void forEachDoubt(const CubeKernel& kernel, const Places& places, std
 // ---- Double precision, by the definition ----------------------------------------------------------------------------
 
 using DoubleTag = hn::ScalableTag<double>;
-using Doubles = hn::Vec<DoubleTag>;
 constexpr std::size_t doubleLanes = HWY_LANES(double);
 
 /// Pixels that are converted together.

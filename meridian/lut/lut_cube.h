@@ -10,8 +10,8 @@
 
 namespace meridian {
 
-/// A view of a cube's colours: `lattice[red][green][blue]`, each index from 0 to `faceSize` - 1. The colours lie in one
-/// flat block, the blue index running fastest.
+/// A view of a cube's colours: `lattice[red][green][blue]`, each index from 0 to `faceSize` - 1, which is not checked.
+/// The colours lie in one flat block, the blue index running fastest. Valid while the cube is there.
 class LutLattice {
  public:
   class Line {

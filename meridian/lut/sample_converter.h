@@ -20,6 +20,7 @@ struct RGBSample {
   friend constexpr bool operator==(const RGBSample&, const RGBSample&) noexcept = default;
 };
 
+/// Leads the code values of a pixel to other ones.
 class MERIDIAN_API RGBSampleConverter {
  public:
   RGBSampleConverter() = default;
@@ -65,6 +66,7 @@ class MERIDIAN_API ThreeDimensionalLutConverter {
   [[nodiscard]] virtual const TrilinearLutInterpolator& interpolator() const noexcept = 0;
 };
 
+/// What both converters over cubes have in common. A cube that is null or has no points stops the process.
 class MERIDIAN_API ThreeDimensionalLutRGBSampleConverter : public LutRGBSampleConverter,
                                                            public ThreeDimensionalLutConverter {
  public:
@@ -80,7 +82,8 @@ class MERIDIAN_API ThreeDimensionalLutRGBSampleConverter : public LutRGBSampleCo
 };
 
 /// Converts through a cube of code values of a depth of its own: inputs are brought to that depth, looked up, truncated
-/// toward zero, and brought from that depth to the output's.
+/// toward zero, and brought from that depth to the output's. The depth is in bits; below 1, code values are taken as
+/// they are.
 class MERIDIAN_API Integer3DSampleConverter final : public ThreeDimensionalLutRGBSampleConverter {
  public:
   Integer3DSampleConverter(std::shared_ptr<const ThreeDimensionalLutCube> cube, std::int64_t bitDepth);

@@ -1,8 +1,6 @@
 // Look-up table files and tables made for tests.
 #pragma once
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
@@ -11,32 +9,9 @@
 
 #include "meridian/lut/parsed_lut_factory.h"
 #include "meridian/suite/logger.h"
+#include "tests/support/temporary_folder.h"
 
 namespace meridian::test {
-
-/// A folder that goes away with its files.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "meridian-XXXXXX").string();
-    path_ = mkdtemp(pattern.data());
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-
-  /// Writes a file and gives its path.
-  std::string write(const std::string& name, std::string_view content) const {
-    const std::string path = (path_ / name).string();
-    std::ofstream(path, std::ios::binary) << content;
-    return path;
-  }
-
-  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 /// Keeps what is logged while it lives.
 class LogKeeper {

@@ -15,6 +15,7 @@
 
 #include "meridian/lut/parsed_lut_factory.h"
 #include "tests/support/process.h"
+#include "tests/support/temporary_folder.h"
 
 #ifdef MERIDIAN_HAS_PICTURE_FILES
 #include <OpenImageIO/imageio.h>
@@ -46,19 +47,10 @@ Outcome lut(Words words) {
 /// Files in a folder of their own, which goes away with the test.
 class LutCommand : public testing::Test {
  protected:
-  LutCommand() {
-    const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    folder_ = fs::temp_directory_path() / ("meridian-" + std::string(test->name()));
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
-  }
-  ~LutCommand() override { fs::remove_all(folder_); }
+  [[nodiscard]] std::string path(const std::string& name) const { return (folder_.path() / name).string(); }
 
-  [[nodiscard]] std::string path(const std::string& name) const { return (folder_ / name).string(); }
-
-  std::string write(const std::string& name, const std::string& text) const {
-    std::ofstream(path(name), std::ios::binary) << text;
-    return path(name);
+  [[nodiscard]] std::string write(const std::string& name, const std::string& text) const {
+    return folder_.write(name, text);
   }
 
   /// A cube of three points per axis; `change` makes a colour's row of its place from 0 to 2 on each axis.
@@ -95,13 +87,13 @@ class LutCommand : public testing::Test {
 
   [[nodiscard]] Words fileNames() const {
     Words names;
-    for (const auto& entry : fs::directory_iterator(folder_)) names.push_back(entry.path().filename().string());
+    for (const auto& entry : fs::directory_iterator(folder_.path())) names.push_back(entry.path().filename().string());
     std::ranges::sort(names);
     return names;
   }
 
  private:
-  fs::path folder_;
+  test::TemporaryFolder folder_;
 };
 
 TEST_F(LutCommand, InfoShowsEachKind) {
