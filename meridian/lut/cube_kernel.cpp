@@ -12,6 +12,15 @@ namespace {
 /// The largest relative error of one rounding to single precision.
 constexpr double roundingError = 0x1p-24;
 
+/// The largest error of rounding a number to single precision that is at most as large as the first power of two from
+/// this one on.
+double roundingErrorUpTo(double magnitude) noexcept {
+  if (magnitude == 0) return 0;
+  int exponent = 0;
+  const double mantissa = std::frexp(magnitude, &exponent);
+  return std::ldexp(roundingError, mantissa == 0.5 ? exponent - 2 : exponent - 1);
+}
+
 constexpr std::uint64_t mantissaBits = 0x000FFFFFFFFFFFFF;
 
 constexpr std::array channelValues{&LutColor::red, &LutColor::green, &LutColor::blue};
@@ -155,12 +164,17 @@ void CubeKernel::prepareLattice() {
     }
   }
 
-  // Of each channel: the stored points are rounded once; then each of three blends takes a difference, a product and a
-  // sum, and carries the fraction's error. What the definition itself rounds in double precision is far below.
-  const double storedError = roundingError * largest;
-  const double blendError = roundingError * (largest + 4 * steepest) + fractionError_ * steepest;
+  // Of each channel: the stored points are rounded once; then each of three blends rounds a difference of neighbours
+  // and a sum, and carries the fraction's error. What the definition itself rounds in double precision is far below.
+  const double storedError = roundingErrorUpTo(largest);
+  const double stepError = roundingErrorUpTo(1.5 * steepest + 16 * storedError) + fractionError_ * steepest;
+  // No point is beyond the power of two that `largest` is or is followed by, and a blend goes beyond it by the step's
+  // error alone. Where that is less than half the distance to the next number there, rounding takes it back to the
+  // power of two, nearer to the true sum. Tetrahedral blends go on from sums that have an error already.
+  const bool endsAtPower = definition.interpolation == LutInterpolation::trilinear && stepError <= 2 * storedError;
+  const double sumError = endsAtPower ? storedError : roundingErrorUpTo(1.01 * largest + 8 * stepError);
   const double definitionError = 0x1p-40 * (std::fabs(lowest) + std::fabs(highest) + steepest * lastPoint);
-  errorBound = roundedUp((storedError + 3 * blendError) * 1.01 + definitionError);
+  errorBound = roundedUp((storedError + 3 * (sumError + stepError)) * 1.01 + definitionError);
   constexpr double tooWide = 0.125;  // a quarter of all results would be in doubt
   isFast = isFast && (!depths || errorBound <= tooWide);
 }

@@ -421,7 +421,7 @@ HWY_INLINE void blendColors(const CubeKernel& kernel, const Planes<Sample>& plan
 }
 
 /// Truncates the colours of a block to code values of the destination, four each. Marks those in doubt: four bits for
-/// each pixel, 16 pixels to a word.
+/// each pixel, 16 pixels to a word. What is about 0 or below becomes 0 beyond doubt.
 template <bool isShifted>
 HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, std::size_t count, std::uint16_t* codes,
                                std::uint64_t* doubts) {
@@ -432,6 +432,7 @@ HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, st
   constexpr float toInteger = 0x1.8p23F;
   const auto magic = hn::Set(d, toInteger);
   const auto bound = hn::Set(d, kernel.errorBound);
+  const auto zero = hn::Set(d, toInteger - static_cast<float>(kernel.center));
   const auto offset = hn::Set(di, kernel.center - std::bit_cast<std::int32_t>(toInteger));
   const auto limitBefore = hn::Set(di, kernel.limitBefore);
   const auto limitAfter = hn::Set(dc, static_cast<std::uint16_t>(kernel.limitAfter));
@@ -443,7 +444,7 @@ HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, st
     const auto color = hn::Load(d, colors + i);
     const auto sum = hn::Add(color, magic);
     const auto difference = hn::Sub(color, hn::Sub(sum, magic));  // from the nearest integer, exact
-    const auto inDoubt = hn::Lt(hn::Abs(difference), bound);
+    const auto inDoubt = hn::And(hn::Lt(hn::Abs(difference), bound), hn::Gt(sum, zero));
     alignas(8) std::uint8_t bits[8] = {};
     hn::StoreMaskBits(d, inDoubt, bits);
     std::uint16_t word = 0;
@@ -464,9 +465,10 @@ HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, st
 /// count.
 HWY_INLINE bool isWithinCell(const CubeKernel& kernel, const Places& places, std::size_t pixel) {
   const float margin = kernel.flatMargin;
-  const auto isWithin = [margin](float fraction) { return fraction > margin && fraction < 1 - margin; };
   const auto& [red, green, blue] = places.fractions;
-  if (isWithin(red[pixel]) && isWithin(green[pixel]) && isWithin(blue[pixel])) return true;
+  const float least = std::min({red[pixel], green[pixel], blue[pixel]});
+  const float most = std::max({red[pixel], green[pixel], blue[pixel]});
+  if (least > margin && most < 1 - margin) return true;
   if (kernel.definition.interpolation == LutInterpolation::tetrahedral) return false;
   const auto cell = static_cast<std::size_t>(places.cell[pixel]);
   const auto lastCell = static_cast<std::size_t>(kernel.definition.faceSize - 2);
