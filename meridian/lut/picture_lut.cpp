@@ -1,6 +1,7 @@
 #include "meridian/lut/picture_lut.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <system_error>
 #include <thread>
@@ -92,23 +93,28 @@ void convertPixel(const LookedUpTable& table, const std::optional<PictureDepths>
   }
 }
 
-/// Calls `work` with the first row and the number of rows of each band, from a thread for each but the first.
+/// Calls `work` with the first row and the number of rows of each band. Each thread takes the next band when it has done
+/// one, so that a thread that is kept waiting by the system keeps nobody else waiting.
 template <typename Work>
 void inBands(std::size_t height, unsigned threads, const Work& work) {
   constexpr unsigned most = 256;
+  constexpr std::size_t bandsPerThread = 16;
   if (threads == 0) threads = std::max(1U, std::thread::hardware_concurrency());
-  const std::size_t bands = std::clamp<std::size_t>(height, 1, std::min(threads, most));
-  const std::size_t rows = (height + bands - 1) / bands;
+  const std::size_t workers = std::clamp<std::size_t>(height, 1, std::min(threads, most));
+  const std::size_t bands = workers == 1 ? 1 : workers * bandsPerThread;
+  const std::size_t rows = std::max<std::size_t>((height + bands - 1) / bands, 1);
+  std::atomic<std::size_t> next = 0;
+  const auto takeBands = [&] {
+    for (std::size_t first = next.fetch_add(rows); first < height; first = next.fetch_add(rows)) work(first, rows);
+  };
   std::vector<std::jthread> others;
-  others.reserve(bands - 1);
-  std::size_t band = 1;
+  others.reserve(workers - 1);
   try {
-    for (; band < bands; ++band) others.emplace_back([&work, band, rows] { work(band * rows, rows); });
+    while (others.size() + 1 < workers) others.emplace_back(takeBands);
   } catch (const std::system_error&) {
-    // No further thread is to be had: what is left is done here.
-    for (; band < bands; ++band) work(band * rows, rows);
+    // No further thread is to be had: those that are there do it all.
   }
-  work(0, rows);
+  takeBands();
 }
 
 }  // namespace
