@@ -25,7 +25,7 @@ namespace {
 // NOLINTBEGIN(modernize-avoid-c-arrays)
 
 /// Pixels that go through all steps together, so that everything between the steps stays in the nearest cache.
-constexpr std::size_t blockSize = 256;
+constexpr std::size_t blockSize = 128;
 
 /// Samples of a block in planes of their own.
 template <typename Sample>
