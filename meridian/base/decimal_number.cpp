@@ -4,12 +4,11 @@
 #include <cmath>
 #include <limits>
 
+#include "meridian/base/digits.h"
 #include "meridian/base/numbers.h"
 
 namespace meridian {
 namespace {
-
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 /// The parts of a decimal text that keeps to the grammar.
 struct DecimalText {
@@ -21,7 +20,7 @@ struct DecimalText {
 };
 
 std::string_view takeDigits(std::string_view& text) noexcept {
-  const auto end = std::ranges::find_if_not(text, isDigit);
+  const auto end = std::ranges::find_if_not(text, detail::isDigit);
   const std::string_view digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
   text.remove_prefix(digits.size());
   return digits;

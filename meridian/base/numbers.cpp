@@ -7,6 +7,8 @@
 #include <limits>
 #include <system_error>
 
+#include "meridian/base/digits.h"
+
 namespace meridian {
 namespace {
 
@@ -29,9 +31,9 @@ std::string shortestText(Number number) {
   return result;
 }
 
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
-
-constexpr bool isHexDigit(char c) noexcept { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+constexpr bool isHexDigit(char c) noexcept {
+  return detail::isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
 
 /// What a sign may stand before, in the form that std::from_chars takes.
 struct Magnitude {
@@ -114,7 +116,7 @@ std::optional<std::int64_t> integerFromText(std::string_view text) noexcept {
   // from_chars takes no "+", and after one no further sign may stand.
   if (text.starts_with('+')) {
     text.remove_prefix(1);
-    if (text.empty() || !isDigit(text.front())) return std::nullopt;
+    if (text.empty() || !detail::isDigit(text.front())) return std::nullopt;
   }
   std::int64_t number = 0;
   const char* const last = text.data() + text.size();

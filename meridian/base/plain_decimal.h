@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <cstring>
 
-namespace meridian::detail {
+#include "meridian/base/digits.h"
 
-[[nodiscard]] constexpr bool isPlainDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+namespace meridian::detail {
 
 /// How many of the eight characters, from the first on, are digits.
 [[nodiscard]] inline int leadingDigits(std::uint64_t characters) noexcept {
@@ -49,7 +49,7 @@ struct PlainDecimal {
   const char* place = text + static_cast<std::ptrdiff_t>(negative || *text == '+');
   const char* const first = place;
   std::uint64_t digits = 0;
-  for (; isPlainDigit(*place); ++place) digits = digits * 10 + static_cast<std::uint64_t>(*place - '0');
+  for (; isDigit(*place); ++place) digits = digits * 10 + static_cast<std::uint64_t>(*place - '0');
   std::ptrdiff_t count = place - first;
   std::ptrdiff_t decimals = 0;
   if (*place == '.') {
@@ -65,7 +65,7 @@ struct PlainDecimal {
       place += read;
     }
     if (read == 8) {
-      for (; isPlainDigit(*place); ++place, ++decimals) digits = digits * 10 + static_cast<std::uint64_t>(*place - '0');
+      for (; isDigit(*place); ++place, ++decimals) digits = digits * 10 + static_cast<std::uint64_t>(*place - '0');
     }
     count += decimals;
   }

@@ -12,7 +12,7 @@ namespace {
 
 // Two clips of a camera card, a preset with two of its settings overridden, a flag written twice, a flag in capitals, a
 // typing mistake, a switch that swallows a word, and a word too many.
-constexpr auto words = std::to_array<std::string_view>({
+constexpr auto exampleWords = std::to_array<std::string_view>({
     "-in_0_0",       "/Volumes/A001_C002/CLIPS/A001C001_261121_R4TB.mov",
     "-in_0_1",       "/Volumes/A001_C002/CLIPS/A001C002_261121_R4TB.mov",
     "-out",          "/Volumes/Proxies/A001_C002.mov",
@@ -41,14 +41,14 @@ std::string shellQuoted(const std::string& element) {
 void demonstrate() {
   std::cout << styled(Style::heading, "A transcoder's command line as an application might write it") << "\n\n";
   std::cout << "  meridian explain --";
-  for (const std::string_view word : words) {
+  for (const std::string_view word : exampleWords) {
     std::cout << (word.starts_with('-') ? " \\\n    " : " ") << shellQuoted(std::string(word));
   }
   std::cout << "\n\n" << styled(Style::heading, "How it is understood") << "\n\n";
-  printExplanation(words);
+  printExplanation(exampleWords);
 
   std::cout << '\n' << styled(Style::heading, "The same, rendered back for the transcoder") << "\n\n  transcoder";
-  const std::vector<std::string> vector = TranscodeCliArguments(words, true).commandLine();
+  const std::vector<std::string> vector = TranscodeCliArguments(exampleWords, true).commandLine();
   for (std::size_t i = 0; i < vector.size(); i += 2) {
     std::cout << " \\\n    " << shellQuoted(vector[i]) << ' ' << shellQuoted(vector[i + 1]);
   }
