@@ -93,8 +93,8 @@ void convertPixel(const LookedUpTable& table, const std::optional<PictureDepths>
   }
 }
 
-/// Calls `work` with the first row and the number of rows of each band. Each thread takes the next band when it has done
-/// one, so that a thread that is kept waiting by the system keeps nobody else waiting.
+/// Calls `work` with the first row and the number of rows of each band. Each thread takes the next band when it has
+/// done one, so that a thread that is kept waiting by the system keeps nobody else waiting.
 template <typename Work>
 void inBands(std::size_t height, unsigned threads, const Work& work) {
   constexpr unsigned most = 256;
@@ -109,10 +109,12 @@ void inBands(std::size_t height, unsigned threads, const Work& work) {
   };
   std::vector<std::jthread> others;
   others.reserve(workers - 1);
-  try {
-    while (others.size() + 1 < workers) others.emplace_back(takeBands);
-  } catch (const std::system_error&) {
-    // No further thread is to be had: those that are there do it all.
+  while (others.size() + 1 < workers) {
+    try {
+      others.emplace_back(takeBands);
+    } catch (const std::system_error&) {
+      break;  // no further thread is to be had: those that are there do it all
+    }
   }
   takeBands();
 }

@@ -49,9 +49,7 @@ class LutCommand : public testing::Test {
  protected:
   [[nodiscard]] std::string path(const std::string& name) const { return (folder_.path() / name).string(); }
 
-  [[nodiscard]] std::string write(const std::string& name, const std::string& text) const {
-    return folder_.write(name, text);
-  }
+  std::string write(const std::string& name, const std::string& text) const { return folder_.write(name, text); }
 
   /// A cube of three points per axis; `change` makes a colour's row of its place from 0 to 2 on each axis.
   std::string writeCube(const std::string& name, const std::function<std::string(int, int, int)>& change) const {
