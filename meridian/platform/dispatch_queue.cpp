@@ -1,0 +1,77 @@
+#include "meridian/platform/dispatch_queue.h"
+
+#include <utility>
+
+#include "meridian/base/precondition.h"
+#include "meridian/base/printable.h"
+
+namespace meridian {
+
+/// A block's turn on one queue, from waiting for it to its end. A thread's turns are a list, the innermost first.
+class DispatchQueue::Turn {
+ public:
+  Turn(DispatchQueue& queue, LockAccess access) : queue_(queue), access_(access), outer_(innermost) {
+    for (const Turn* turn = outer_; turn != nullptr; turn = turn->outer_) {
+      if (&turn->queue_ == &queue) {
+        preconditionFailed("DispatchQueue \"" + printable(queue.label_) +
+                           "\": a block that is running on the queue submits to it, and would wait for itself");
+      }
+    }
+    queue.lock_.lock(access);
+    innermost = this;
+  }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+  ~Turn() {
+    innermost = outer_;
+    queue_.lock_.unlock(access_);
+  }
+
+ private:
+  static constinit thread_local const Turn* innermost;
+
+  DispatchQueue& queue_;
+  LockAccess access_;
+  const Turn* outer_;
+};
+
+constinit thread_local const DispatchQueue::Turn* DispatchQueue::Turn::innermost = nullptr;
+
+DispatchQueue::DispatchQueue(std::string label, QualityOfService qualityOfService, DispatchQueueAttributes attributes,
+                             AutoreleaseFrequency autoreleaseFrequency, std::shared_ptr<DispatchQueue> target) noexcept
+    : label_(std::move(label)),
+      qualityOfService_(qualityOfService),
+      attributes_(attributes),
+      autoreleaseFrequency_(autoreleaseFrequency),
+      target_(std::move(target)) {}
+
+const std::shared_ptr<DispatchQueue>& DispatchQueue::global(QualityOfService qualityOfService) {
+  using Queues = std::array<std::shared_ptr<DispatchQueue>, allCases<QualityOfService>().size()>;
+  // Never destroyed, so that destructors of static objects may still use it.
+  static const auto* const queues = [] {
+    auto* const made = new Queues;
+    for (const QualityOfService each : allCases<QualityOfService>()) {
+      auto queue = std::make_shared<DispatchQueue>("meridian.global." + std::string(rawValue(each)), each,
+                                                   DispatchQueueAttributes::concurrent);
+      queue->isGlobal_ = true;
+      (*made)[static_cast<std::size_t>(each)] = std::move(queue);
+    }
+    return made;
+  }();
+  return (*queues)[static_cast<std::size_t>(qualityOfService)];
+}
+
+void DispatchQueue::run(FunctionRef<void()> block, LockAccess access) {
+  if (isGlobal_) {
+    block();
+    return;
+  }
+  const Turn turn(*this, access);
+  if (target_) {
+    target_->run(block, target_->plainAccess());
+  } else {
+    block();
+  }
+}
+
+}  // namespace meridian
