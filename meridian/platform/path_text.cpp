@@ -1,52 +1,21 @@
 #include "meridian/platform/path_text.h"
 
-#include <charconv>
+#include <algorithm>
+
+#include "meridian/platform/url_text.h"
 
 namespace meridian {
 namespace {
 
-/// The part of a URL behind "scheme://"; npos when the text is none.
-std::size_t endOfScheme(std::string_view text) noexcept {
-  constexpr std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-  constexpr std::string_view others = "0123456789+-.";
-  constexpr std::string_view mark = "://";
-  const std::size_t end = text.find(mark);
-  if (end == 0 || end == std::string_view::npos || letters.find(text.front()) == std::string_view::npos) {
-    return std::string_view::npos;
-  }
-  for (const char c : text.substr(0, end)) {
-    if (letters.find(c) == std::string_view::npos && others.find(c) == std::string_view::npos) {
-      return std::string_view::npos;
-    }
-  }
-  return end + mark.size();
-}
-
-std::string percentDecoded(std::string_view text) {
-  std::string result;
-  result.reserve(text.size());
-  while (!text.empty()) {
-    unsigned char byte = 0;
-    if (text.size() >= 3 && text.front() == '%') {
-      const auto [end, error] = std::from_chars(text.data() + 1, text.data() + 3, byte, 16);
-      if (error == std::errc{} && end == text.data() + 3) {
-        result += static_cast<char>(byte);
-        text.remove_prefix(3);
-        continue;
-      }
-    }
-    result += text.front();
-    text.remove_prefix(1);
-  }
-  return result;
+/// The path without separators at its end; empty for separators alone.
+std::string_view withoutTrailingSeparators(std::string_view path) noexcept {
+  return path.substr(0, path.find_last_not_of('/') + 1);  // npos + 1 is 0
 }
 
 }  // namespace
 
 std::string_view lastPathComponent(std::string_view path) noexcept {
-  const std::size_t last = path.find_last_not_of('/');
-  if (last == std::string_view::npos) return {};
-  path = path.substr(0, last + 1);
+  path = withoutTrailingSeparators(path);
   return path.substr(path.rfind('/') + 1);  // npos + 1 is 0: the whole path
 }
 
@@ -56,13 +25,67 @@ std::string_view pathExtension(std::string_view path) noexcept {
   return dot == std::string_view::npos || dot == 0 ? std::string_view() : name.substr(dot + 1);
 }
 
+std::string_view deletingLastPathComponent(std::string_view path) noexcept {
+  const std::size_t nameSize = lastPathComponent(path).size();
+  const std::string_view rest = withoutTrailingSeparators(path);
+  const std::string_view folder = withoutTrailingSeparators(rest.substr(0, rest.size() - nameSize));
+  if (!folder.empty()) return folder;
+  return path.starts_with('/') ? path.substr(0, 1) : ".";
+}
+
+std::string deletingPathExtension(std::string_view path) {
+  const std::size_t extensionSize = pathExtension(path).size();
+  if (extensionSize == 0) return std::string(path);
+  std::string result(path);
+  return result.erase(withoutTrailingSeparators(path).size() - extensionSize - 1, extensionSize + 1);
+}
+
+std::string appendingPathComponent(std::string_view path, std::string_view component) {
+  component.remove_prefix(std::min(component.find_first_not_of('/'), component.size()));
+  std::string result;
+  result.reserve(path.size() + 1 + component.size());
+  result += path;
+  if (!path.empty() && !path.ends_with('/') && !component.empty()) result += '/';
+  return result += component;
+}
+
+std::vector<std::string_view> pathComponents(std::string_view path) {
+  std::vector<std::string_view> components;
+  if (path.starts_with('/')) components.push_back(path.substr(0, 1));
+  for (;;) {
+    const std::size_t begin = path.find_first_not_of('/');
+    if (begin == std::string_view::npos) return components;
+    path.remove_prefix(begin);
+    const std::size_t size = std::min(path.find('/'), path.size());
+    components.push_back(path.substr(0, size));
+    path.remove_prefix(size);
+  }
+}
+
+std::string standardizedPath(std::string_view path) {
+  const bool isAbsolute = path.starts_with('/');
+  std::vector<std::string_view> kept;
+  for (const std::string_view component : pathComponents(path)) {
+    if (component == "/" || component == ".") continue;
+    const bool takesAway = component == ".." && !kept.empty() && kept.back() != "..";
+    if (takesAway) {
+      kept.pop_back();
+    } else if (component != ".." || !isAbsolute) {
+      kept.push_back(component);
+    }
+  }
+  std::string result(isAbsolute ? "/" : "");
+  result.reserve(path.size());
+  for (const std::string_view component : kept) {
+    if (!result.empty() && !result.ends_with('/')) result += '/';
+    result += component;
+  }
+  return result.empty() && !path.empty() ? "." : result;
+}
+
 std::string pathOfUrl(std::string_view pathOrUrl) {
-  const std::size_t behindScheme = endOfScheme(pathOrUrl);
-  if (behindScheme == std::string_view::npos) return std::string(pathOrUrl);
-  std::string_view rest = pathOrUrl.substr(behindScheme);
-  rest = rest.substr(0, rest.find_first_of("?#"));
-  const std::size_t slash = rest.find('/');  // ends the host
-  return slash == std::string_view::npos ? std::string() : percentDecoded(rest.substr(slash));
+  const auto url = splitUrl(pathOrUrl);
+  return url && url->authority ? percentDecoded(url->path) : std::string(pathOrUrl);
 }
 
 }  // namespace meridian

@@ -1,0 +1,28 @@
+#include "meridian/platform/url.h"
+
+#include "meridian/platform/url_text.h"
+
+namespace meridian {
+
+std::optional<Url> Url::fromText(std::string_view text) {
+  const auto url = splitUrl(text);
+  if (!url || !isWellFormed(*url)) return std::nullopt;
+  const std::string_view host = url->authority.value_or("");
+  std::string path = percentDecoded(url->path);
+  if (url->scheme == "file" && (host.empty() || host == "localhost") && url->behindPath.empty()) {
+    return fromFilePath(std::move(path));
+  }
+  const auto beforePath = text.substr(0, text.size() - url->path.size() - url->behindPath.size());
+  return Url(std::move(path),
+             std::make_shared<const Surroundings>(Surroundings{std::string(beforePath), std::string(url->behindPath)}));
+}
+
+std::string Url::text() const {
+  std::string path = percentEncodedPath(path_);
+  if (surroundings_ == nullptr) return (path.starts_with('/') ? "file://" : "file:") + path;
+  // Without a host, two separators at the beginning would read as one.
+  if (!hasAuthority() && path.starts_with("//")) path.replace(1, 1, "%2F");
+  return surroundings_->beforePath + path + surroundings_->behindPath;
+}
+
+}  // namespace meridian
