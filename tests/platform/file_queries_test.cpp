@@ -1,0 +1,76 @@
+#include "meridian/platform/file_queries.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <system_error>
+
+#include "tests/support/temporary_folder.h"
+
+namespace meridian {
+namespace {
+
+namespace filesystem = std::filesystem;
+
+TEST(FileQueries, FollowLinksToWhatTheyLeadTo) {
+  const test::TemporaryFolder folder;
+  const std::string root = folder.path().string();
+  const std::string file = folder.write("\xff\n.mov", "");
+  filesystem::create_directory(root + "/.folder");
+  filesystem::create_directory_symlink(root + "/.folder", root + "/to folder");
+  filesystem::create_symlink("nowhere", root + "/.dangling");
+  filesystem::create_symlink("circle", root + "/circle");
+  using Hidden = std::optional<bool>;
+  const struct {
+    std::string path;
+    bool exists, isDirectory;
+    Hidden isHidden;
+  } cases[] = {
+      {file, true, false, false},
+      {file + "/", false, false, std::nullopt},
+      {root, true, true, false},
+      {root + "/.folder", true, true, true},
+      {root + "/.folder/", true, true, true},
+      {root + "/.folder/.", true, true, false},
+      {root + "/.folder/..", true, true, false},
+      {root + "/to folder", true, true, false},
+      {root + "/.dangling", false, false, true},
+      {root + "/circle", false, false, false},
+      {root + "/.missing", false, false, std::nullopt},
+      {root + std::string("\0/x", 3), false, false, std::nullopt},
+      {root + "/" + std::string(300, '.'), false, false, std::nullopt},
+      {std::string(5000, '/') + "tmp", false, false, std::nullopt},
+      {"", false, false, std::nullopt},
+      {"/", true, true, false},
+  };
+  for (const auto& [path, exists, isDirectory, isHidden] : cases) {
+    EXPECT_EQ(pathExists(path), exists) << path;
+    EXPECT_EQ(pathIsDirectory(path), isDirectory) << path;
+    EXPECT_EQ(pathIsHidden(path), isHidden) << path;
+  }
+}
+
+TEST(FileQueries, AVolumeHoldsTheLinksThatCanBeMadeOnIt) {
+  const test::TemporaryFolder folder;
+  const std::string file = folder.write("file", "");
+  std::error_code symbolic;
+  std::error_code hard;
+  filesystem::create_symlink("file", file + " symbolic", symbolic);
+  filesystem::create_hard_link(file, file + " hard", hard);
+  EXPECT_EQ(volumeLinks(file).symbolic, !symbolic);
+  EXPECT_EQ(volumeLinks(file).hard, !hard);
+  EXPECT_FALSE(volumeLinks("/proc").symbolic);
+  EXPECT_FALSE(volumeLinks("/proc").hard);
+  for (const std::string& missing : {file + "/missing", std::string("/tmp\0x", 6)}) {
+    try {
+      EXPECT_TRUE(volumeLinks(missing).hard);
+      ADD_FAILURE() << "nothing thrown";
+    } catch (const std::system_error& error) {
+      EXPECT_NE(error.code(), std::error_code());
+      EXPECT_THAT(error.what(), testing::HasSubstr(missing.substr(0, 4)));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace meridian
