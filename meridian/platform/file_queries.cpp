@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <system_error>
 
-#include "meridian/base/printable.h"
 #include "meridian/platform/path_text.h"
 
 namespace meridian {
@@ -64,7 +63,7 @@ VolumeLinks volumeLinks(const std::string& path) {
   const int failure = isCutOff(path) ? ENOENT : ::statfs(path.c_str(), &status) != 0 ? errno : 0;
   if (failure != 0) {
     throw std::system_error(failure, std::generic_category(),
-                            "the volume of \"" + printable(path) + "\" cannot be asked for its links");
+                            "the volume of \"" + path + "\" cannot be asked for its links");
   }
   for (const FileSystemRow& row : fileSystems) {
     if (row.type == static_cast<std::uint32_t>(status.f_type)) return row.links;
