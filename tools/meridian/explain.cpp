@@ -13,11 +13,11 @@
 namespace meridian::command {
 namespace {
 
-std::string inQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string withQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
 std::string joined(const std::vector<std::string>& texts) {
   std::string result;
-  for (const std::string& text : texts) result += (result.empty() ? "" : ", ") + inQuotes(text);
+  for (const std::string& text : texts) result += (result.empty() ? "" : ", ") + withQuotes(text);
   return result;
 }
 
@@ -40,7 +40,7 @@ std::optional<std::string> typeWarning(const ExplainedSetting& setting) {
     if (!equalsIgnoringCase(allowed, setting.value)) continue;
     return std::string(allowed) + " cannot be said on a command line, which is lower-cased in reading";
   }
-  return inQuotes(setting.value) + " does not read as " + std::string(description(setting.property->kind)) +
+  return withQuotes(setting.value) + " does not read as " + std::string(description(setting.property->kind)) +
          "; write " + setting.readableText.value_or(expectedFormOfFlag(setting.flag));
 }
 
@@ -52,10 +52,10 @@ std::vector<std::string> notesOn(const ExplainedSetting& setting) {
     notes.push_back("the last one stays; before: " + joined(setting.earlierValues));
   }
   if (setting.source != SettingSource::preset && setting.writtenValue != setting.value) {
-    notes.push_back("lower-cased from " + inQuotes(setting.writtenValue));
+    notes.push_back("lower-cased from " + withQuotes(setting.writtenValue));
   }
   if (setting.presetValue) {
-    notes.push_back("stands over " + std::string(preset(*setting.preset)) + "'s " + inQuotes(*setting.presetValue));
+    notes.push_back("stands over " + std::string(preset(*setting.preset)) + "'s " + withQuotes(*setting.presetValue));
   }
   return notes;
 }
@@ -123,7 +123,7 @@ void printDropped(const TranscodeExplanation& explanation) {
   std::vector<std::vector<Cell>> rows;
   for (const DroppedWord& dropped : explanation.droppedWords) {
     rows.push_back({{"word " + std::to_string(dropped.index + 1), Style::bad},
-                    {inQuotes(dropped.word)},
+                    {withQuotes(dropped.word)},
                     {"belongs to no flag", Style::faint}});
   }
   printTable(rows);

@@ -2,6 +2,7 @@
 
 #include "meridian/base/printable.h"
 #include "meridian/suite/logger.h"
+#include "tools/meridian/output.h"
 
 namespace meridian::command {
 namespace {
@@ -12,8 +13,6 @@ class SilentLogger final : public Logger {
 };
 
 }  // namespace
-
-std::string inQuotes(std::string_view path) { return "\"" + printable(path) + "\""; }
 
 LutParsing parseLut(const std::string& path) {
   setLogger(std::make_shared<SilentLogger>());

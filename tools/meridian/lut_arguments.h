@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "meridian/lut/parsed_lut_factory.h"
@@ -11,9 +10,6 @@
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
-
-/// The path in quotation marks, safe for a terminal.
-[[nodiscard]] std::string inQuotes(std::string_view path);
 
 /// Reads a table. The library's own messages are held back, since the commands say themselves what is wrong.
 [[nodiscard]] LutParsing parseLut(const std::string& path);

@@ -6,7 +6,6 @@
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
-#include "meridian/base/text.h"
 #include "meridian/lut/parsed_lut_factory.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/lut_arguments.h"
@@ -85,10 +84,7 @@ Status showTables(const Arguments& arguments) {
       status = refused;
       continue;
     }
-    if (json && !isValidUtf8(path)) {
-      std::cerr << "meridian: warning: " << inQuotes(path)
-                << " is not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte\n";
-    }
+    if (json) warnOfInvalidPath(path);
     if (parsing.refusal) {
       std::cerr << "meridian: " << refusalText(path, *parsing.refusal) << '\n';
       status = refused;

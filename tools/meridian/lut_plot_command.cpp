@@ -10,6 +10,7 @@
 #include "tools/meridian/command.h"
 #include "tools/meridian/lut_arguments.h"
 #include "tools/meridian/lut_plot.h"
+#include "tools/meridian/output.h"
 #include "tools/meridian/replacement_file.h"
 
 namespace meridian::command {

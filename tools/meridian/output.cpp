@@ -39,6 +39,8 @@ bool showsColour() {
   return shows;
 }
 
+std::string inQuotes(std::string_view text) { return "\"" + printable(text) + "\""; }
+
 void warnOfInvalidText(std::span<const std::string_view> words) {
   const auto count = std::ranges::count_if(words, [](std::string_view word) { return !isValidUtf8(word); });
   if (count == 0) return;
@@ -46,6 +48,12 @@ void warnOfInvalidText(std::span<const std::string_view> words) {
       << "meridian: warning: " << count << (count == 1 ? " word is" : " words are")
       << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte, and flags that differ in these"
          " alone look the same. \"meridian render --null\" gives the bytes as they are.\n";
+}
+
+void warnOfInvalidPath(std::string_view path) {
+  if (isValidUtf8(path)) return;
+  std::cerr << "meridian: warning: " << inQuotes(path)
+            << " is not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte\n";
 }
 
 bool reportRejected(const TranscodeCliArguments& store) {

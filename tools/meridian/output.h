@@ -12,8 +12,14 @@
 
 namespace meridian::command {
 
+/// The text in quotation marks, safe for a terminal.
+[[nodiscard]] std::string inQuotes(std::string_view text);
+
 /// Says on standard error that words are not valid UTF-8, which JSON cannot carry, where that is so.
 void warnOfInvalidText(std::span<const std::string_view> words);
+
+/// Says on standard error that the path is not valid UTF-8, where that is so.
+void warnOfInvalidPath(std::string_view path);
 
 /// Says on standard error which flags the store rejected; whether there were any.
 bool reportRejected(const TranscodeCliArguments& store);
