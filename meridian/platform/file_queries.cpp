@@ -47,6 +47,13 @@ bool pathExists(const std::string& path) noexcept {
   return !isCutOff(path) && ::stat(path.c_str(), &status) == 0;
 }
 
+std::error_code lookUpFault(const std::string& path) {
+  if (isCutOff(path)) return std::make_error_code(std::errc::invalid_argument);
+  struct stat status{};
+  const bool canSay = ::lstat(path.c_str(), &status) == 0 || errno == ENOENT;
+  return canSay ? std::error_code() : std::error_code(errno, std::generic_category());
+}
+
 bool pathIsDirectory(const std::string& path) noexcept {
   struct stat status{};
   return !isCutOff(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);

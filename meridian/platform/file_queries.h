@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "meridian/export.h"
 
@@ -14,6 +15,10 @@ namespace meridian {
 /// Whether there is an item. Links are followed: one that leads nowhere, or in a circle, does not exist. False where
 /// the system cannot say, because a folder on the way may not be searched or the path is too long.
 [[nodiscard]] MERIDIAN_API bool pathExists(const std::string& path) noexcept;
+
+/// Why the system cannot say whether anything has this name: it is too long, or a folder on the way may not be searched
+/// or is none. No error where it can say, and where a folder on the way is missing.
+[[nodiscard]] MERIDIAN_API std::error_code lookUpFault(const std::string& path);
 
 /// Whether there is an item and it is a directory. Links are followed.
 [[nodiscard]] MERIDIAN_API bool pathIsDirectory(const std::string& path) noexcept;
