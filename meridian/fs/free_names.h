@@ -2,7 +2,8 @@
 //
 // The three schemes differ on purpose: a space and a number for a single name ("clip 2.mov"), a hyphen and a number for
 // files that belong together ("clip-2.mov" and "clip-2.xml"). Nothing is made: another process can take the name in the
-// next moment. No folder is listed; each name costs one query, so the time is in proportion to the collisions.
+// next moment, where fs/claimed_files.h makes the file together with the name. No folder is listed; each name costs one
+// query, so the time is in proportion to the collisions.
 //
 // The operations never fail. Where the query cannot see an item (a folder that may not be searched, a name that the
 // number made too long), it says that nothing exists, and the name counts as free.

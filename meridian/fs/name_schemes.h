@@ -1,4 +1,4 @@
-// The three schemes by which output names get a number.
+// The three schemes by which output names get a number, as free names and claimed files share them.
 #pragma once
 
 #include <optional>

@@ -1,0 +1,147 @@
+#include "meridian/fs/claimed_files.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "meridian/fs/name_schemes.h"
+#include "meridian/platform/exclusive_file.h"
+#include "meridian/platform/file_queries.h"
+
+namespace meridian {
+namespace {
+
+/// Makes the files of one claim.
+class FileMaker {
+ public:
+  /// Whether one of the paths is taken; where none is, their files are made. After a refusal none counts as taken,
+  /// since no other number would help.
+  bool areTaken(std::span<const std::string> paths) {
+    // Names that were taken long ago are passed over without making and removing files.
+    if (std::ranges::any_of(paths, pathExists)) return true;
+    // One order for all processes: of two that want the same files one gets them all, and not each the other's last.
+    std::vector<std::string> ordered(paths.begin(), paths.end());
+    std::ranges::sort(ordered);
+    for (std::string& path : ordered) {
+      const ExclusiveFile file = makeExclusiveFile(path);
+      if (file.error) {
+        if (file.error != std::errc::file_exists) {
+          refuse(reasonOf(file.error), path, file.error);
+        } else if (isMade(path)) {
+          refuse(ClaimRefusalReason::sameFile, path, {});
+        }
+        removeMade();
+        return !refusal_;
+      }
+      made_.push_back({std::move(path), file.identity});
+    }
+    return false;
+  }
+
+  [[nodiscard]] const std::optional<ClaimRefusal>& refusal() const noexcept { return refusal_; }
+
+ private:
+  struct MadeFile {
+    std::string path;
+    FileIdentity identity;
+  };
+
+  static ClaimRefusalReason reasonOf(const std::error_code& error) {
+    return error == std::errc::filename_too_long ? ClaimRefusalReason::nameTooLong : ClaimRefusalReason::notMade;
+  }
+
+  /// Whether a file of this claim has the path as another of its names.
+  [[nodiscard]] bool isMade(const std::string& path) const {
+    const auto identity = fileIdentity(path);
+    return identity && std::ranges::find(made_, *identity, &MadeFile::identity) != made_.end();
+  }
+
+  void refuse(ClaimRefusalReason reason, const std::string& path, const std::error_code& error) {
+    refusal_ = ClaimRefusal{reason, Url::fromFilePath(path), error, {}};
+  }
+
+  void removeMade() {
+    for (const MadeFile& file : made_) {
+      const std::error_code error = removeFile(file.path, file.identity);
+      if (!error) continue;
+      if (!refusal_) refuse(ClaimRefusalReason::notRemoved, file.path, error);
+      refusal_->leftBehind.push_back(Url::fromFilePath(file.path));
+    }
+    made_.clear();
+  }
+
+  std::vector<MadeFile> made_;
+  std::optional<ClaimRefusal> refusal_;
+};
+
+/// The claim of the first paths of the scheme that can be had.
+template <typename Scheme>
+FileClaim claimOf(const Scheme& scheme) {
+  FileMaker maker;
+  const std::string suffix =
+      detail::freeSuffix(scheme, [&maker](std::span<const std::string> paths) { return maker.areTaken(paths); });
+  FileClaim claim{{}, maker.refusal()};
+  if (claim.refusal) return claim;
+  for (std::string& path : scheme.paths(suffix)) claim.files.push_back({Url::fromFilePath(std::move(path)), {}});
+  return claim;
+}
+
+FileClaim refusalOfName(std::string_view name) {
+  return {{}, ClaimRefusal{ClaimRefusalReason::unusableName, Url::fromFilePath(std::string(name)), {}, {}}};
+}
+
+/// Whether the text can be part of a file's name.
+bool isNamePart(std::string_view text) {
+  return text.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+/// The directories without those that lead to the folder of another before them, where a file would be in its own way.
+std::vector<Url> distinctFolders(std::span<const Url> directories) {
+  std::vector<Url> distinct;
+  std::vector<FileIdentity> identities;
+  for (const Url& directory : directories) {
+    const auto identity = targetIdentity(directory.path());
+    if (identity && std::ranges::find(identities, *identity) != identities.end()) continue;
+    if (identity) identities.push_back(*identity);
+    distinct.push_back(directory);
+  }
+  return distinct;
+}
+
+}  // namespace
+
+std::string ClaimRefusal::message() const {
+  std::string text(description(reason));
+  if (systemError) text += ": " + systemError.message();
+  if (!leftBehind.empty()) text += " (empty files left behind: " + std::to_string(leftBehind.size()) + ")";
+  return text;
+}
+
+FileClaim claimFile(const Url& path) {
+  if (path.lastPathComponent().empty() || path.path().find('\0') != std::string::npos)
+    return refusalOfName(path.path());
+  return claimOf(detail::PathScheme(path));
+}
+
+FileClaim claimFileAmongstDirectories(std::string_view baseName, std::span<const Url> directories,
+                                      std::optional<std::string_view> pathExtension) {
+  if (baseName.empty() || !isNamePart(baseName)) return refusalOfName(baseName);
+  if (pathExtension && !isNamePart(*pathExtension)) return refusalOfName(*pathExtension);
+  const std::vector<Url> folders = distinctFolders(directories);
+  return claimOf(detail::NameScheme(baseName, folders, pathExtension));
+}
+
+FileClaim claimConsistentFiles(std::span<const Url> directories, std::string_view fileName,
+                               std::span<const std::string> extensions) {
+  if (fileName.empty() || !isNamePart(fileName)) return refusalOfName(fileName);
+  const auto unusable = std::ranges::find_if_not(extensions, isNamePart);
+  if (unusable != extensions.end()) return refusalOfName(*unusable);
+  const std::vector<Url> folders = distinctFolders(directories);
+  const detail::SetScheme scheme(folders, fileName, extensions);
+  FileClaim claim = claimOf(scheme);
+  for (std::size_t place = 0; place < claim.files.size(); ++place) {
+    claim.files[place].extension = scheme.extensions()[place % scheme.extensions().size()];
+  }
+  return claim;
+}
+
+}  // namespace meridian

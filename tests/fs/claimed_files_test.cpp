@@ -1,0 +1,227 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "meridian/fs/claimed_files.h"
+#include "tests/support/temporary_folder.h"
+
+namespace meridian {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+using Texts = std::vector<std::string>;
+
+class ClaimedFiles : public testing::Test {
+ protected:
+  [[nodiscard]] std::string path(const std::string& name) const { return (folder_.path() / name).string(); }
+  [[nodiscard]] Url url(const std::string& name) const { return Url::fromFilePath(path(name)); }
+  void makeDirectories(const Texts& names) const {
+    for (const std::string& name : names) fs::create_directory(folder_.path() / name);
+  }
+
+  /// All that lies below the folder, by its path from there.
+  [[nodiscard]] Texts items() const {
+    Texts names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder_.path())) {
+      names.push_back(entry.path().lexically_relative(folder_.path()).string());
+    }
+    std::ranges::sort(names);
+    return names;
+  }
+
+  /// The files of a claim, by their paths from the folder.
+  [[nodiscard]] Texts madeBy(const FileClaim& claim) const {
+    EXPECT_FALSE(claim.refusal) << claim.refusal->url.path() << ": " << claim.refusal->message();
+    Texts names;
+    for (const ClaimedFile& file : claim.files) {
+      names.push_back(fs::path(file.url.path()).lexically_relative(folder_.path()).string());
+      EXPECT_TRUE(fs::is_regular_file(file.url.path()) && fs::is_empty(file.url.path()));
+    }
+    return names;
+  }
+
+  test::TemporaryFolder folder_;
+};
+
+std::string contentsOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST_F(ClaimedFiles, AreMadeUnderTheFirstNameThatNothingHas) {
+  folder_.write("clip.mov", "mine");
+  fs::create_symlink("nowhere", path("clip 2.mov"));
+  EXPECT_THAT(madeBy(claimFile(url("clip.mov"))), ElementsAre("clip 3.mov"));
+  EXPECT_THAT(madeBy(claimFile(url("clip.mov"))), ElementsAre("clip 4.mov"));
+  EXPECT_THAT(madeBy(claimFile(url("new.mov"))), ElementsAre("new.mov"));
+  EXPECT_EQ(contentsOf(path("clip.mov")), "mine");
+  EXPECT_FALSE(fs::exists(path("nowhere")));
+}
+
+TEST_F(ClaimedFiles, OfOneNameAreMadeInEveryDirectory) {
+  makeDirectories({"a", "b"});
+  folder_.write("b/clip.mov", "");
+  const std::vector<Url> directories{url("b"), url("a"), url("a/../b")};
+  EXPECT_THAT(madeBy(claimFileAmongstDirectories("clip", directories, "mov")),
+              ElementsAre("b/clip 2.mov", "a/clip 2.mov"));
+  EXPECT_THAT(madeBy(claimFileAmongstDirectories("clip", directories, "")), ElementsAre("b/clip", "a/clip"));
+  EXPECT_THAT(madeBy(claimFileAmongstDirectories("clip", directories, "")), ElementsAre("b/clip 2.", "a/clip 2."));
+  EXPECT_THAT(madeBy(claimFileAmongstDirectories("clip", {}, "mov")), IsEmpty());
+}
+
+TEST_F(ClaimedFiles, OfASetShareTheirNumberInEveryDirectory) {
+  makeDirectories({"a", "b"});
+  folder_.write("a/clip.xml", "");
+  fs::create_symlink("nowhere", path("b/clip-2.mov"));
+  const std::vector<Url> directories{url("b"), url("a"), url("b/")};
+  const Texts extensions{"xml", "mov", "xml"};
+  const FileClaim claim = claimConsistentFiles(directories, "clip", extensions);
+  EXPECT_THAT(madeBy(claim), ElementsAre("b/clip-3.xml", "b/clip-3.mov", "a/clip-3.xml", "a/clip-3.mov"));
+  EXPECT_EQ(claim.files[1].extension, "mov");
+  EXPECT_EQ(claim.files[2].extension, "xml");
+  // What was made before the dangling link was met is gone.
+  EXPECT_THAT(items(), UnorderedElementsAre("a", "a/clip.xml", "a/clip-3.xml", "a/clip-3.mov", "b", "b/clip-2.mov",
+                                            "b/clip-3.xml", "b/clip-3.mov"));
+  EXPECT_THAT(madeBy(claimConsistentFiles(directories, "clip", {})), IsEmpty());
+}
+
+TEST_F(ClaimedFiles, AreAllMadeOrNone) {
+  makeDirectories({"a", "b"});
+  folder_.write("file", "");
+  const std::string almostTooLong(251, 'x');
+  folder_.write("a/" + almostTooLong + ".mov", "");
+  const std::vector<Url> good{url("a"), url("b")};
+  const Texts before = items();
+  using Reason = ClaimRefusalReason;
+  const struct {
+    std::string what;
+    FileClaim claim;
+    Reason reason;
+    std::string refused;
+    std::errc error{};
+  } cases[] = {
+      {"missing directory",
+       claimConsistentFiles(std::vector{url("a"), url("z"), url("b")}, "clip", Texts{"mov", "xml"}), Reason::notMade,
+       path("z/clip.mov"), std::errc::no_such_file_or_directory},
+      {"missing directory for a name", claimFileAmongstDirectories("clip", std::vector{url("a"), url("z")}),
+       Reason::notMade, path("z/clip"), std::errc::no_such_file_or_directory},
+      {"missing directory for a path", claimFile(url("z/clip.mov")), Reason::notMade, path("z/clip.mov"),
+       std::errc::no_such_file_or_directory},
+      {"file for a directory", claimConsistentFiles(std::vector{url("a"), url("file")}, "clip", Texts{"mov"}),
+       Reason::notMade, path("file/clip.mov"), std::errc::not_a_directory},
+      {"a long extension of two", claimConsistentFiles(good, "clip", Texts{"mov", std::string(251, 'y')}),
+       Reason::nameTooLong, path("a/clip." + std::string(251, 'y')), std::errc::filename_too_long},
+      {"no room for a number", claimFileAmongstDirectories(almostTooLong, good, "mov"), Reason::nameTooLong,
+       path("a/" + almostTooLong + " 2.mov"), std::errc::filename_too_long},
+      {"no room for a number in a path", claimFile(url("a/" + almostTooLong + ".mov")), Reason::nameTooLong,
+       path("a/" + almostTooLong + " 2.mov"), std::errc::filename_too_long},
+      {"separator in a name", claimConsistentFiles(good, "../clip", Texts{"mov"}), Reason::unusableName, "../clip"},
+      {"separator in an extension", claimFileAmongstDirectories("clip", good, "x/mov"), Reason::unusableName, "x/mov"},
+      {"NUL", claimConsistentFiles(good, "clip", Texts{"mov", std::string("m\0", 2)}), Reason::unusableName,
+       std::string("m\0", 2)},
+      {"NUL in a path", claimFile(url(std::string("c\0.mov", 6))), Reason::unusableName,
+       path(std::string("c\0.mov", 6))},
+      {"empty name", claimConsistentFiles(good, "", Texts{"mov"}), Reason::unusableName, ""},
+      {"empty path", claimFile(Url::fromFilePath("")), Reason::unusableName, ""},
+      {"root", claimFile(Url::fromFilePath("/")), Reason::unusableName, "/"},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.what);
+    EXPECT_THAT(each.claim.files, IsEmpty());
+    ASSERT_TRUE(each.claim.refusal);
+    EXPECT_EQ(each.claim.refusal->reason, each.reason);
+    EXPECT_EQ(each.claim.refusal->url.path(), each.refused);
+    EXPECT_EQ(each.claim.refusal->systemError,
+              each.error == std::errc{} ? std::error_code() : make_error_code(each.error));
+    EXPECT_THAT(each.claim.refusal->leftBehind, IsEmpty());
+    EXPECT_THAT(each.claim.refusal->message(), HasSubstr(std::string(description(each.reason))));
+  }
+  EXPECT_EQ(items(), before);
+}
+
+/// Claims files under one name after the other, as all processes do, and writes into each which process had it.
+void claimManyFiles(const std::string& root, int process, int rounds) {
+  const Url a = Url::fromFilePath(root + "/a");
+  const Url b = Url::fromFilePath(root + "/b");
+  const std::vector<Url> directories = process % 2 == 0 ? std::vector{a, b} : std::vector{b, a};
+  const Texts extensions = process % 3 == 0 ? Texts{"mov", "xml"} : Texts{"xml", "mov"};
+  std::ofstream log(root + "/log" + std::to_string(process));
+  for (int round = 0; round < rounds; ++round) {
+    const std::string name = "clip" + std::to_string(round);
+    // A single file gets into the way of a name for both directories between its first file and its last.
+    const FileClaim single = process % 2 == 0 ? claimFileAmongstDirectories(name, directories, "mov")
+                                              : claimFile(Url::fromFilePath(root + "/b/" + name + ".mov"));
+    for (const FileClaim& claim : {single, claimConsistentFiles(directories, name, extensions)}) {
+      if (claim.refusal) log << "refused: " << claim.refusal->message() << '\n';
+      for (const ClaimedFile& file : claim.files) {
+        std::ofstream(file.url.path(), std::ios::app) << process;
+        log << file.url.path() << '\n';
+      }
+    }
+  }
+  log.flush();
+}
+
+TEST_F(ClaimedFiles, OfSeveralProcessesAreEachOnesOwn) {
+  constexpr int processes = 6;
+  constexpr int rounds = 100;
+  makeDirectories({"a", "b"});
+  folder_.write("b/clip0.mov", "first");
+  int start[2];
+  ASSERT_EQ(pipe(start), 0);
+  std::vector<pid_t> children;
+  for (int process = 0; process < processes; ++process) {
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      close(start[1]);
+      char unused = 0;
+      const bool began = read(start[0], &unused, 1) == 0;  // all begin when the pipe is closed
+      if (began) claimManyFiles(folder_.path().string(), process, rounds);
+      _exit(began ? 0 : 1);
+    }
+    children.push_back(child);
+  }
+  close(start[0]);
+  close(start[1]);
+  for (const pid_t child : children) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+
+  std::map<std::string, std::string> owners{{path("b/clip0.mov"), "first"}};
+  for (int process = 0; process < processes; ++process) {
+    std::ifstream log(path("log" + std::to_string(process)));
+    std::size_t count = 0;
+    for (std::string line; std::getline(log, line); ++count) {
+      EXPECT_TRUE(owners.emplace(line, std::to_string(process)).second) << line << " was claimed twice";
+    }
+    EXPECT_EQ(count, std::size_t{rounds} * (process % 2 == 0 ? 2 + 4 : 1 + 4));
+  }
+  std::map<std::string, std::string> found;
+  for (const char* const directory : {"a", "b"}) {
+    for (const auto& entry : fs::directory_iterator(path(directory))) {
+      found.emplace(entry.path().string(), contentsOf(entry.path().string()));
+    }
+  }
+  EXPECT_EQ(found, owners);
+}
+
+}  // namespace
+}  // namespace meridian
