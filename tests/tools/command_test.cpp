@@ -171,7 +171,7 @@ TEST(Command, WrongUsageEndsWithTwoAndSaysWhatToDo) {
 TEST(Command, EverySubcommandHasHelpWithAnExample) {
   for (const Words& options : {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"},
                                Words{"extensions"}, Words{"set"}, Words{"rate"}, Words{"timecode"}, Words{"dimension"},
-                               Words{"completion"}, Words{"manual"}, Words{}}) {
+                               Words{"free-name"}, Words{"completion"}, Words{"manual"}, Words{}}) {
     Words help = options;
     help.emplace_back("--help");
     const Outcome outcome = meridianWith(help);

@@ -41,9 +41,9 @@ struct Option {
   std::vector<std::string_view> choices = {};
   /// Whether a positional may be left out.
   bool optional = false;
-  /// Whether a positional takes all the words there are.
+  /// Whether it takes all the words there are, up to the next option.
   bool repeated = false;
-  /// Whether a positional is a path, which a shell completes by itself.
+  /// Whether it is a path, which a shell completes by itself.
   bool path = false;
 };
 
@@ -100,6 +100,7 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 [[nodiscard]] Subcommand rateCommand();
 [[nodiscard]] Subcommand timecodeCommand();
 [[nodiscard]] Subcommand dimensionCommand();
+[[nodiscard]] Subcommand freeNameCommand();
 [[nodiscard]] Subcommand lutInfoCommand();
 [[nodiscard]] Subcommand lutSampleCommand();
 [[nodiscard]] Subcommand lutApplyCommand();

@@ -42,7 +42,8 @@ void printOption(const Option& option) {
     std::cout << italic(option.valueName);
   } else {
     std::cout << bold("--" + option.name);
-    if (option.kind == Option::Kind::value) std::cout << ' ' << italic(option.valueName);
+    if (option.kind == Option::Kind::value)
+      std::cout << ' ' << italic(option.valueName) << (option.repeated ? "..." : "");
   }
   std::cout << '\n' << roff(option.help) << '\n';
 }

@@ -37,13 +37,12 @@ CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments
     arguments.given[option.name] = values;
     return true;
   };
-  if (option.kind == Option::Kind::positional) {
-    // Named as its value, so that the help's usage line says what stands there.
-    CLI::Option* const added = app.add_option(option.valueName, store, option.help)->type_name("");
-    if (option.repeated) added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
-    return added;
-  }
-  return app.add_option("--" + option.name, store, option.help)->type_name(option.valueName);
+  // A positional is named as its value, so that the help's usage line says what stands there.
+  CLI::Option* const added = option.kind == Option::Kind::positional
+                                 ? app.add_option(option.valueName, store, option.help)->type_name("")
+                                 : app.add_option("--" + option.name, store, option.help)->type_name(option.valueName);
+  if (option.repeated) added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+  return added;
 }
 
 CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& arguments) {
