@@ -1,0 +1,81 @@
+// Names for output files, beside the plain loop over std::filesystem.
+#include <benchmark/benchmark.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "bench/allocations.h"
+#include "meridian/fs/claimed_files.h"
+#include "meridian/fs/free_names.h"
+
+namespace meridian::bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder in which "clip.mov" and its numbered names are taken, which goes away with its files.
+class TakenNames {
+ public:
+  explicit TakenNames(std::int64_t count) {
+    std::string pattern = (fs::temp_directory_path() / "meridian-bench-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+    for (std::int64_t number = 1; number <= count; ++number) {
+      const std::string suffix = number == 1 ? "" : " " + std::to_string(number);
+      std::ofstream(folder_ / ("clip" + suffix + ".mov"));
+    }
+  }
+  TakenNames(const TakenNames&) = delete;
+  TakenNames& operator=(const TakenNames&) = delete;
+  ~TakenNames() { fs::remove_all(folder_); }
+
+  [[nodiscard]] fs::path clip() const { return folder_ / "clip.mov"; }
+
+ private:
+  fs::path folder_;
+};
+
+void freeNameMeridian(benchmark::State& state) {
+  const TakenNames taken(state.range(0));
+  const Url clip = Url::fromFilePath(taken.clip().string());
+  const AllocationsPerIteration allocations(state);
+  for (auto _ : state) benchmark::DoNotOptimize(filePathAdjustedForCollision(clip));
+}
+
+void freeNameFilesystem(benchmark::State& state) {
+  const TakenNames taken(state.range(0));
+  const fs::path clip = taken.clip();
+  const AllocationsPerIteration allocations(state);
+  for (auto _ : state) {
+    fs::path candidate = clip;
+    for (int number = 2; fs::exists(candidate); ++number) {
+      candidate =
+          clip.parent_path() / (clip.stem().string() + " " + std::to_string(number) + clip.extension().string());
+    }
+    benchmark::DoNotOptimize(candidate);
+  }
+}
+
+void claimFileMeridian(benchmark::State& state) {
+  const TakenNames taken(state.range(0));
+  const Url clip = Url::fromFilePath(taken.clip().string());
+  const AllocationsPerIteration allocations(state);
+  for (auto _ : state) {
+    const FileClaim claim = claimFile(clip);
+    // Within the time, since pausing it takes longer than the call.
+    fs::remove(claim.files.front().url.path());
+  }
+}
+
+BENCHMARK(freeNameMeridian)->Name("free_name/meridian")->Arg(1)->Arg(100)->Arg(10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(freeNameFilesystem)
+    ->Name("free_name/filesystem")
+    ->Arg(1)
+    ->Arg(100)
+    ->Arg(10000)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK(claimFileMeridian)->Name("claim_and_remove")->Arg(1)->Arg(100)->Arg(10000)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+}  // namespace meridian::bench
