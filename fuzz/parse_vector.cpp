@@ -1,4 +1,4 @@
-// Argument vectors of any bytes, one word up to each NUL: the store against the plain reader, its rendering read back,
+// Argument vectors of any bytes: the store against the plain reader, its rendering read back,
 // its encoded form, and its explanation.
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "fuzz/require.h"
+#include "fuzz/words.h"
 #include "meridian/base/text.h"
 #include "meridian/cli/transcode_explanation.h"
 #include "meridian/serialization/transcode_cli_arguments_json.h"
@@ -16,16 +17,6 @@ using namespace meridian;
 using fuzz::require;
 
 namespace {
-
-std::vector<std::string> wordsOf(std::string_view input) {
-  std::vector<std::string> words;
-  while (!input.empty()) {
-    const std::size_t end = input.find('\0');
-    words.emplace_back(input.substr(0, end));
-    input.remove_prefix(end == std::string_view::npos ? input.size() : end + 1);
-  }
-  return words;
-}
 
 void checkRendering(const TranscodeCliArguments& arguments, bool keepOrder) {
   const std::vector<std::string> rendered = arguments.commandLine();
@@ -69,7 +60,7 @@ void checkExplanation(const std::vector<std::string>& words, const TranscodeCliA
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // Without any byte `data` may be null.
   const std::string_view input = size == 0 ? "" : std::string_view(reinterpret_cast<const char*>(data), size);
-  const std::vector<std::string> words = wordsOf(input);
+  const std::vector<std::string> words = fuzz::wordsOf(input);
   for (const bool keepOrder : {false, true}) {
     const TranscodeCliArguments arguments(words, keepOrder);
     require(reference::storeOf(arguments) == reference::parsed(words, keepOrder), "read as by the plain reader");
