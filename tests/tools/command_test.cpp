@@ -380,6 +380,7 @@ TEST(Command, CompletionKnowsCommandsOptionsFlagsAndValues) {
   EXPECT_THAT(completionsOf({"explain", "--", "-vcodec", "prores422"}),
               ElementsAre("prores422", "prores422hq", "prores422lt", "prores422proxy"));
   EXPECT_THAT(completionsOf({"explain", "--", "-out", "/"}), IsEmpty());  // left to file names
+  EXPECT_THAT(completionsOf({"analysis-args", "--check", "--", "-work"}), ElementsAre("-workDirectory"));
   EXPECT_THAT(completionsOf({"extensions", "--group", "side"}), ElementsAre("sidecarFileExtensions"));
   EXPECT_THAT(completionsOf({"completion", ""}), ElementsAre("bash"));
 }

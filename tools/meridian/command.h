@@ -51,7 +51,7 @@ struct Option {
 struct Arguments {
   /// The options given, with their values; none for a flag.
   std::map<std::string, std::vector<std::string>, std::less<>> given;
-  /// The words behind the first "--", which are the transcoder's.
+  /// The words behind the first "--": an argument vector of the transcoder or the analysis tool.
   std::vector<std::string_view> words;
 
   [[nodiscard]] bool has(std::string_view name) const { return given.contains(name); }
@@ -69,6 +69,10 @@ struct Subcommand {
   std::string example;
   /// Whether it works on the words behind "--".
   bool takesWords = false;
+  /// The option that it takes words with; empty where it always does.
+  std::string wordsOption = {};
+  /// The flags that the words may hold, where these are not the transcoder's.
+  std::vector<std::string> wordFlags = {};
   std::vector<Option> options = {};
   /// Names of options of which only one may be given.
   std::vector<std::string> exclusive = {};
@@ -76,6 +80,11 @@ struct Subcommand {
 
   /// As it is called: "parse", "lut info".
   [[nodiscard]] std::string fullName() const { return group.empty() ? name : group + " " + name; }
+  /// Whether words belong behind these options.
+  [[nodiscard]] bool takesWordsWith(const Arguments& arguments) const {
+    return takesWords && (wordsOption.empty() || arguments.has(wordsOption));
+  }
+  [[nodiscard]] bool wordsAreOptional() const { return !wordsOption.empty(); }
 };
 
 /// Subcommands that are called behind a common name.
@@ -101,6 +110,7 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 [[nodiscard]] Subcommand timecodeCommand();
 [[nodiscard]] Subcommand dimensionCommand();
 [[nodiscard]] Subcommand freeNameCommand();
+[[nodiscard]] Subcommand analysisArgsCommand();
 [[nodiscard]] Subcommand lutInfoCommand();
 [[nodiscard]] Subcommand lutSampleCommand();
 [[nodiscard]] Subcommand lutApplyCommand();

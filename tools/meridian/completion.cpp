@@ -44,6 +44,16 @@ std::string optionNames(const Subcommand& subcommand) {
   return spaced(names);
 }
 
+/// The lines of a case statement over the first word: the flags of words that are not the transcoder's.
+std::string wordFlagCases() {
+  std::string cases;
+  for (const Subcommand& subcommand : allSubcommands()) {
+    if (subcommand.wordFlags.empty()) continue;
+    cases += "      " + subcommand.name + ") [[ $word == -* ]] && words='" + spaced(subcommand.wordFlags) + "' ;;\n";
+  }
+  return cases;
+}
+
 /// Options to offer, which make way for the names of files where the subcommand takes any.
 std::string optionCase(const Subcommand& subcommand) {
   const bool takesPath = std::ranges::any_of(subcommand.options, &Option::path);
@@ -103,10 +113,13 @@ _meridian() {
   COMPREPLY=()
   for ((i = 2; i < COMP_CWORD; i++)); do
     [[ ${COMP_WORDS[i]} == -- ]] || continue
-    # Behind "--" stand the transcoder's words.
-    case $previous in
+    # Behind "--" stand the words of an argument vector, mostly the transcoder's.
+    case ${COMP_WORDS[1]} in
+)" << wordFlagCases()
+            << R"(      *) case $previous in
 )" << flagCases
             << R"(      *) [[ $word == -* ]] && words=')" << spaced(flags) << R"(' ;;
+      esac ;;
     esac
     [[ -n $words ]] && COMPREPLY=($(compgen -W "$words" -- "$word"))
     return

@@ -32,7 +32,10 @@ void printSynopsis(const Subcommand& subcommand) {
     const std::string name = italic(option.valueName) + (option.repeated ? "..." : "");
     std::cout << ' ' << (option.optional ? "[" + name + "]" : name);
   }
-  if (subcommand.takesWords) std::cout << ' ' << bold("--") << ' ' << italic("WORD") << "...";
+  if (subcommand.takesWords) {
+    const std::string words = bold("--") + ' ' + italic("WORD") + "...";
+    std::cout << ' ' << (subcommand.wordsAreOptional() ? "[" + words + "]" : words);
+  }
   std::cout << '\n';
 }
 
@@ -42,8 +45,9 @@ void printOption(const Option& option) {
     std::cout << italic(option.valueName);
   } else {
     std::cout << bold("--" + option.name);
-    if (option.kind == Option::Kind::value)
+    if (option.kind == Option::Kind::value) {
       std::cout << ' ' << italic(option.valueName) << (option.repeated ? "..." : "");
+    }
   }
   std::cout << '\n' << roff(option.help) << '\n';
 }
@@ -59,7 +63,8 @@ void printManual() {
     printSynopsis(subcommands[place]);
   }
   std::cout << ".SH DESCRIPTION\nShows and applies the rules by which the suite's applications write and read their\n"
-            << "settings. Words behind the first " << bold("--") << " are the transcoder's argument vector.\n"
+            << "settings. Words behind the first " << bold("--") << " are an argument vector: the transcoder's, where\n"
+            << "nothing else is said.\n"
             << "Called with nothing, " << bold("meridian") << " shows a demonstration.\n.SH COMMANDS\n";
   for (const Subcommand& subcommand : subcommands) {
     std::cout << ".SS meridian " << roff(subcommand.fullName()) << '\n' << roff(subcommand.description) << ".\n";

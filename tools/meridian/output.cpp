@@ -41,13 +41,14 @@ bool showsColour() {
 
 std::string inQuotes(std::string_view text) { return "\"" + printable(text) + "\""; }
 
-void warnOfInvalidText(std::span<const std::string_view> words) {
+void warnOfInvalidText(std::span<const std::string_view> words, std::string_view instead) {
   const auto count = std::ranges::count_if(words, [](std::string_view word) { return !isValidUtf8(word); });
   if (count == 0) return;
   std::cerr
       << "meridian: warning: " << count << (count == 1 ? " word is" : " words are")
       << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte, and flags that differ in these"
-         " alone look the same. \"meridian render --null\" gives the bytes as they are.\n";
+         " alone look the same. "
+      << instead << ".\n";
 }
 
 void warnOfInvalidPath(std::string_view path) {
@@ -71,7 +72,8 @@ void printJson(const nlohmann::ordered_json& document) {
 
 void printVector(const std::vector<std::string>& vector, const Arguments& arguments) {
   if (arguments.has("json")) {
-    warnOfInvalidText(std::vector<std::string_view>(vector.begin(), vector.end()));
+    warnOfInvalidText(std::vector<std::string_view>(vector.begin(), vector.end()),
+                      "--null gives the bytes as they are");
     printJson(vector);
     return;
   }

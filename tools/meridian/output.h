@@ -15,8 +15,10 @@ namespace meridian::command {
 /// The text in quotation marks, safe for a terminal.
 [[nodiscard]] std::string inQuotes(std::string_view text);
 
-/// Says on standard error that words are not valid UTF-8, which JSON cannot carry, where that is so.
-void warnOfInvalidText(std::span<const std::string_view> words);
+/// Says on standard error that words are not valid UTF-8, which JSON cannot carry, where that is so, and what shows the
+/// bytes instead.
+void warnOfInvalidText(std::span<const std::string_view> words,
+                       std::string_view instead = "\"meridian render --null\" gives the bytes as they are");
 
 /// Says on standard error that the path is not valid UTF-8, where that is so.
 void warnOfInvalidPath(std::string_view path);

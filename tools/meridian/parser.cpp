@@ -21,11 +21,16 @@ std::string exampleOf(std::string_view example) {
 /// Help for subcommands that take words: what stands behind "--" never comes to this parser, so it does not know of it.
 class WordsFormatter : public CLI::Formatter {
  public:
+  explicit WordsFormatter(std::string words) : words_(std::move(words)) {}
+
   std::string make_usage(const CLI::App* app, std::string name) const override {
     std::string usage = Formatter::make_usage(app, std::move(name));
-    usage.insert(usage.find_last_not_of('\n') + 1, " -- WORD...");
+    usage.insert(usage.find_last_not_of('\n') + 1, " " + words_);
     return usage;
   }
+
+ private:
+  std::string words_;
 };
 
 CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments) {
@@ -37,10 +42,10 @@ CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments
     arguments.given[option.name] = values;
     return true;
   };
+  const bool positional = option.kind == Option::Kind::positional;
   // A positional is named as its value, so that the help's usage line says what stands there.
-  CLI::Option* const added = option.kind == Option::Kind::positional
-                                 ? app.add_option(option.valueName, store, option.help)->type_name("")
-                                 : app.add_option("--" + option.name, store, option.help)->type_name(option.valueName);
+  CLI::Option* const added = app.add_option(positional ? option.valueName : "--" + option.name, store, option.help);
+  added->type_name(positional ? "" : option.valueName);
   if (option.repeated) added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
   return added;
 }
@@ -54,7 +59,9 @@ CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& 
       if (one < other) byName.at(one)->excludes(byName.at(other));
     }
   }
-  if (subcommand.takesWords) added->formatter(std::make_shared<WordsFormatter>());
+  if (subcommand.takesWords) {
+    added->formatter(std::make_shared<WordsFormatter>(subcommand.wordsAreOptional() ? "[-- WORD...]" : "-- WORD..."));
+  }
   added->footer((subcommand.details.empty() ? "" : subcommand.details + "\n\n") + exampleOf(subcommand.example));
   return added;
 }
@@ -99,7 +106,9 @@ void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
 }
 
 std::string wordsHint(const Subcommand& subcommand) {
-  return "the transcoder's words stand behind \"--\": " + subcommand.example.substr(0, subcommand.example.find('\n'));
+  const std::string& example = subcommand.example;
+  const std::size_t begin = example.rfind('\n', example.find(" -- ")) + 1;  // npos + 1 is 0: the first line
+  return "the argument vector stands behind \"--\": " + example.substr(begin, example.find('\n', begin) - begin);
 }
 
 }  // namespace
@@ -117,7 +126,7 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
     bySubApp[addSubcommand(parent, subcommand, parsed.arguments)] = &subcommand;
   }
 
-  // Everything behind the first "--" is the transcoder's, whatever it looks like.
+  // Everything behind the first "--" belongs to an argument vector, whatever it looks like.
   const auto separator = std::ranges::find(all, "--");
   std::vector<std::string> own(all.begin(), separator);
   const bool hasWords = separator != all.end();
@@ -147,15 +156,18 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
       message = "an option is given without its value, or twice: " + message;
     }
-    const bool lacksSeparator = chosen() != nullptr && chosen()->takesWords && !hasWords;
+    const bool lacksSeparator = chosen() != nullptr && chosen()->takesWordsWith(parsed.arguments) && !hasWords;
     throw UsageError(message + (lacksSeparator ? "\n" + wordsHint(*chosen()) : "") + see());
   }
 
   parsed.subcommand = chosen();
   if (parsed.subcommand == nullptr) throw UsageError("no subcommand is given" + see());
-  if (parsed.subcommand->takesWords && !hasWords) throw UsageError(wordsHint(*parsed.subcommand) + see());
-  if (!parsed.subcommand->takesWords && hasWords) {
-    throw UsageError("\"meridian " + parsed.subcommand->fullName() + "\" takes no words behind \"--\"" + see());
+  const bool takesWords = parsed.subcommand->takesWordsWith(parsed.arguments);
+  if (takesWords && !hasWords) throw UsageError(wordsHint(*parsed.subcommand) + see());
+  if (!takesWords && hasWords) {
+    const std::string& option = parsed.subcommand->wordsOption;
+    throw UsageError("\"meridian " + parsed.subcommand->fullName() + "\" takes no words behind \"--\"" +
+                     (option.empty() ? "" : " without --" + option) + see());
   }
   try {
     checkPositionals(*parsed.subcommand, parsed.arguments);
