@@ -106,6 +106,16 @@ Files filesOfSet(const Arguments& arguments) {
   return visibleFiles(std::move(files));
 }
 
+Files filesAskedFor(const Arguments& arguments) {
+  const bool isAmong = arguments.has("among");
+  const bool isSet = arguments.has("set");
+  if (arguments.has("path") + isAmong + isSet != 1) {
+    throw UsageError("give a PATH, or a name (--base B) and either --among DIR... or --set DIR...");
+  }
+  if (isSet) return filesOfSet(arguments);
+  return isAmong ? filesAmongDirectories(arguments) : filesOfPath(arguments);
+}
+
 nlohmann::ordered_json asJson(const Files& files, bool isSet) {
   auto documents = nlohmann::ordered_json::array();
   for (const ClaimedFile& file : files) {
@@ -117,22 +127,15 @@ nlohmann::ordered_json asJson(const Files& files, bool isSet) {
 }
 
 Status printFreeNames(const Arguments& arguments) {
-  const bool isAmong = arguments.has("among");
-  const bool isSet = arguments.has("set");
-  if (arguments.has("path") + isAmong + isSet != 1) {
-    throw UsageError("give a PATH, or a name (--base B) and either --among DIR... or --set DIR...");
-  }
-  const Files files = isSet     ? filesOfSet(arguments)
-                      : isAmong ? filesAmongDirectories(arguments)
-                                : filesOfPath(arguments);
+  const Files files = filesAskedFor(arguments);
   if (arguments.has("json")) {
     for (const ClaimedFile& file : files) warnOfInvalidPath(file.url.path());
-    printJson(asJson(files, isSet));
+    printJson(asJson(files, arguments.has("set")));
     return done;
   }
   std::vector<std::string> lines;
   for (const ClaimedFile& file : files) lines.push_back(file.url.path());
-  if (isAmong) lines = {std::string(files.front().url.lastPathComponent())};
+  if (arguments.has("among")) lines = {std::string(files.front().url.lastPathComponent())};
   printVector(lines, arguments);
   return done;
 }
