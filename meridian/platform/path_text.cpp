@@ -5,14 +5,10 @@
 #include "meridian/platform/url_text.h"
 
 namespace meridian {
-namespace {
 
-/// The path without separators at its end; empty for separators alone.
 std::string_view withoutTrailingSeparators(std::string_view path) noexcept {
   return path.substr(0, path.find_last_not_of('/') + 1);  // npos + 1 is 0
 }
-
-}  // namespace
 
 std::string_view lastPathComponent(std::string_view path) noexcept {
   path = withoutTrailingSeparators(path);

@@ -13,6 +13,9 @@
 
 namespace meridian {
 
+/// The path without the separators at its end; empty for separators alone.
+[[nodiscard]] MERIDIAN_API std::string_view withoutTrailingSeparators(std::string_view path) noexcept;
+
 /// The part behind the last separator, separators at the end left aside: "/card/clip.mov" and "/card/clip.mov/" give
 /// "clip.mov". Empty for an empty path and for one of separators alone.
 [[nodiscard]] MERIDIAN_API std::string_view lastPathComponent(std::string_view path) noexcept;

@@ -24,6 +24,13 @@ template <TabledEnumeration Enumeration>
   return localized(description(value));
 }
 
+/// The tooltip of an enumeration's case in the user's language, where the enumeration's table has tooltips.
+template <TabledEnumeration Enumeration>
+  requires requires(Enumeration value) { tableRow(value).tooltip; }
+[[nodiscard]] std::string localizedTooltip(Enumeration value) {
+  return localized(tableRow(value).tooltip);
+}
+
 /// Replaces the translator, from any thread; an empty one brings the message catalogue back.
 MERIDIAN_API void setTranslator(Translator translator);
 

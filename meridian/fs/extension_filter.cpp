@@ -1,0 +1,11 @@
+#include "meridian/fs/extension_filter.h"
+
+namespace meridian {
+
+bool ExtensionFilter::permitsExtension(std::string_view extension) const {
+  if (extension.starts_with('.')) extension.remove_prefix(1);
+  const auto known = fileExtensionIgnoringCase(extension);
+  return known ? explicitPermittedExtensions.contains(*known) : evaluateUnrecognizedExtensions;
+}
+
+}  // namespace meridian

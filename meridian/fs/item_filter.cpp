@@ -1,0 +1,170 @@
+#include "meridian/fs/item_filter.h"
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+#include "meridian/base/precondition.h"
+#include "meridian/base/text.h"
+#include "meridian/fs/url_operations.h"
+#include "meridian/platform/file_queries.h"
+
+namespace meridian {
+namespace {
+
+/// The end of a lower-cased name that the entry of an extension list stands for.
+std::string patternOf(std::string_view extension) {
+  std::string pattern = lowercased(extension);
+  return pattern.starts_with('.') ? pattern : "." + pattern;
+}
+
+bool isIgnoredByOption(ItemFilteringOption option, bool isListed) {
+  switch (option) {
+    case ItemFilteringOption::ignoreListedExtensions:
+      return isListed;
+    case ItemFilteringOption::onlyListedExtensions:
+      return !isListed;
+  }
+  preconditionFailed("item filtering option " + std::to_string(static_cast<int>(option)) + " is none of the cases");
+}
+
+/// A name in the two forms that it is compared in. For ASCII they are the same and need no allocation.
+class CaseForms {
+ public:
+  explicit CaseForms(std::string_view name) {
+    unsigned char bits = 0;
+    const std::size_t size = std::min(name.size(), ascii_.size());
+    for (std::size_t i = 0; i < size; ++i) {
+      const char c = name[i];
+      bits |= static_cast<unsigned char>(c);
+      ascii_[i] = static_cast<char>(c + (c >= 'A' && c <= 'Z' ? 'a' - 'A' : 0));
+    }
+    if (size == name.size() && bits < 0x80) {
+      folded_ = lowered_ = std::string_view(ascii_.data(), size);
+    } else {
+      folded_ = foldedText_ = caseFolded(name);
+      lowered_ = loweredText_ = lowercased(name);
+    }
+  }
+  CaseForms(const CaseForms&) = delete;
+  CaseForms& operator=(const CaseForms&) = delete;
+  ~CaseForms() = default;
+
+  [[nodiscard]] std::string_view folded() const noexcept { return folded_; }
+  [[nodiscard]] std::string_view lowered() const noexcept { return lowered_; }
+
+ private:
+  std::array<char, 256> ascii_{};  // a component is at most 255 bytes long
+  std::string foldedText_;
+  std::string loweredText_;
+  std::string_view folded_;
+  std::string_view lowered_;
+};
+
+bool isAmong(const std::vector<std::string>& sorted, std::string_view text) {
+  return std::binary_search(sorted.begin(), sorted.end(), text, std::less<>());
+}
+
+/// Whether the name ends with one of the patterns. Each begins with a dot, so only the name's dots can begin an end.
+bool endsWithAny(std::string_view lowered, const std::vector<std::string>& patterns) {
+  for (std::size_t dot = lowered.find('.'); dot != std::string_view::npos; dot = lowered.find('.', dot + 1)) {
+    if (isAmong(patterns, lowered.substr(dot))) return true;
+  }
+  return false;
+}
+
+std::vector<std::string> sortedOnce(const std::vector<std::string>& texts,
+                                    FunctionRef<std::string(std::string_view)> form) {
+  std::vector<std::string> result;
+  result.reserve(texts.size());
+  for (const std::string& text : texts) result.push_back(form(text));
+  std::ranges::sort(result);
+  const auto repeats = std::ranges::unique(result);
+  result.erase(repeats.begin(), repeats.end());
+  return result;
+}
+
+/// What the file system says of an item, asked at most once.
+class ItemQuestions {
+ public:
+  explicit ItemQuestions(const Url& item) noexcept : path_(item.path()) {}
+
+  bool canBeRead() noexcept {
+    isMissing_ = !pathIsHidden(path_).has_value();
+    return !isMissing_;
+  }
+  [[nodiscard]] bool isDirectory() const noexcept { return !isMissing_ && pathIsDirectory(path_); }
+
+ private:
+  const std::string& path_;
+  bool isMissing_ = false;
+};
+
+}  // namespace
+
+ItemDecision decisionBasedOnSettings(const Url& item, const ItemFilterSettings& settings) {
+  const std::string_view name = item.lastPathComponent();
+  for (const std::string& component : settings.forcePathComponents) {
+    if (equalsIgnoringCase(component, name)) return {true, ItemFilterRule::forcedComponent};
+  }
+  if (settings.ignoreHiddenItems && isHiddenItem(item) == true) return {true, ItemFilterRule::hidden};
+  if (isDirectory(item)) return {false, ItemFilterRule::directory};
+
+  std::set<std::string> patterns;
+  for (const std::string& extension : settings.extensionFilterList) patterns.insert(patternOf(extension));
+  if (patterns.empty()) return {false, ItemFilterRule::noExtensions};
+
+  const std::string lowered = lowercased(name);
+  const bool isListed =
+      std::ranges::any_of(patterns, [&lowered](const std::string& pattern) { return lowered.ends_with(pattern); });
+  return {isIgnoredByOption(settings.filteringOption, isListed), ItemFilterRule::extension};
+}
+
+bool shouldIgnoreBasedOnSettings(const Url& item, const ItemFilterSettings& settings) {
+  return decisionBasedOnSettings(item, settings).isIgnored;
+}
+
+ItemFilter::ItemFilter(const ItemFilterSettings& settings)
+    : forcedNames_(sortedOnce(settings.forcePathComponents, caseFolded)),
+      patterns_(sortedOnce(settings.extensionFilterList, patternOf)),
+      option_(settings.filteringOption),
+      ignoresHidden_(settings.ignoreHiddenItems) {}
+
+bool ItemFilter::isIgnored(std::string_view name, Question canBeRead, Question isDirectory) const {
+  const CaseForms forms(name);
+  if (isAmong(forcedNames_, forms.folded())) return true;
+  if (ignoresHidden_ && nameIsHidden(name) && canBeRead()) return true;
+  if (patterns_.empty()) return false;
+  return isIgnoredByOption(option_, endsWithAny(forms.lowered(), patterns_)) && !isDirectory();
+}
+
+ItemDecision ItemFilter::decision(std::string_view name, Question canBeRead, Question isDirectory) const {
+  const CaseForms forms(name);
+  if (isAmong(forcedNames_, forms.folded())) return {true, ItemFilterRule::forcedComponent};
+  if (ignoresHidden_ && nameIsHidden(name) && canBeRead()) return {true, ItemFilterRule::hidden};
+  if (isDirectory()) return {false, ItemFilterRule::directory};
+  if (patterns_.empty()) return {false, ItemFilterRule::noExtensions};
+  return {isIgnoredByOption(option_, endsWithAny(forms.lowered(), patterns_)), ItemFilterRule::extension};
+}
+
+bool ItemFilter::isIgnored(const Url& item) const {
+  ItemQuestions questions(item);
+  return isIgnored(
+      item.lastPathComponent(), [&] { return questions.canBeRead(); }, [&] { return questions.isDirectory(); });
+}
+
+ItemDecision ItemFilter::decision(const Url& item) const {
+  ItemQuestions questions(item);
+  return decision(
+      item.lastPathComponent(), [&] { return questions.canBeRead(); }, [&] { return questions.isDirectory(); });
+}
+
+bool ItemFilter::isIgnored(std::string_view name, FunctionRef<bool()> isDirectory) const {
+  return isIgnored(name, [] { return true; }, isDirectory);
+}
+
+ItemDecision ItemFilter::decision(std::string_view name, FunctionRef<bool()> isDirectory) const {
+  return decision(name, [] { return true; }, isDirectory);
+}
+
+}  // namespace meridian
