@@ -12,8 +12,8 @@ namespace meridian::test {
 /// A folder that goes away with its files.
 class TemporaryFolder {
  public:
-  TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "meridian-XXXXXX").string();
+  explicit TemporaryFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+    std::string pattern = (parent / "meridian-XXXXXX").string();
     path_ = mkdtemp(pattern.data());
   }
   TemporaryFolder(const TemporaryFolder&) = delete;

@@ -1,0 +1,154 @@
+#include "meridian/fs/tree_walk.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "meridian/platform/open_folder.h"
+
+namespace meridian {
+namespace {
+
+/// Folders kept open below the outermost one. In a deeper tree the outer ones are closed and opened again when
+/// something in them is to be entered.
+constexpr std::size_t openLevels = 32;
+
+/// Walks by a stack of its own, one level for each folder that it is in. The entries of all these folders lie one
+/// behind the other in two arrays, so that an item costs no allocation.
+class TreeWalk {
+ public:
+  TreeWalk(std::string path, const ItemFilter& filter, const TreeVisitor& visit, const UnreadReport& report)
+      : filter_(filter), visit_(visit), report_(report), path_(std::move(path)) {}
+
+  void run() {
+    OpenFolder folder(path_);
+    if (!folder.isOpen()) {
+      report_({path_, folder.error()});
+      return;
+    }
+    if (!path_.ends_with('/')) path_ += '/';
+    enter(std::move(folder));
+    bool stop = false;
+    while (!levels_.empty() && !stop) {
+      if (levels_.back().nextEntry == entries_.size()) {
+        leave();
+      } else {
+        stop = visitNext();
+      }
+    }
+  }
+
+ private:
+  struct Entry {
+    /// Where its name begins in `names_`; a NUL byte stands behind it.
+    std::size_t name;
+    std::uint32_t nameSize;
+    ItemKind kind;
+  };
+
+  struct Level {
+    /// Closed while the walk is deep below it, but for the outermost one.
+    OpenFolder folder;
+    /// Up to and with the separator behind the folder.
+    std::size_t pathSize;
+    std::size_t firstName;
+    std::size_t firstEntry;
+    /// The entry to visit next. While the walk is below this level, the one before it is the folder that it is in.
+    std::size_t nextEntry;
+  };
+
+  [[nodiscard]] std::string_view nameOf(const Entry& entry) const noexcept {
+    return std::string_view(names_).substr(entry.name, entry.nameSize);
+  }
+
+  /// Reads the folder at `path_`, which ends with a separator.
+  void enter(OpenFolder folder) {
+    levels_.push_back({std::move(folder), path_.size(), names_.size(), entries_.size(), entries_.size()});
+    FolderEntries found(levels_.back().folder);
+    while (const auto entry = found.next()) {
+      entries_.push_back({names_.size(), static_cast<std::uint32_t>(entry->name.size()), entry->kind});
+      names_.append(entry->name).push_back('\0');
+    }
+    if (found.error()) report_({path_, found.error()});
+    std::sort(entries_.begin() + static_cast<std::ptrdiff_t>(levels_.back().firstEntry), entries_.end(),
+              [this](const Entry& left, const Entry& right) { return nameOf(left) < nameOf(right); });
+    closeFarAbove(levels_.size() - 1);
+  }
+
+  void leave() {
+    names_.resize(levels_.back().firstName);
+    entries_.resize(levels_.back().firstEntry);
+    levels_.pop_back();
+  }
+
+  /// Gives the next item of the innermost folder, and enters it; whether to stop.
+  bool visitNext() {
+    const Entry entry = entries_[levels_.back().nextEntry++];
+    path_.resize(levels_.back().pathSize);
+    path_ += nameOf(entry);
+    const std::string_view name = std::string_view(path_).substr(levels_.back().pathSize);
+    const auto isDirectory = [this, &entry] {
+      return entry.kind == ItemKind::directory || (entry.kind == ItemKind::symbolicLink && leadsToDirectory(entry));
+    };
+    const ItemDecision decision = filter_.decision(name, isDirectory);
+    bool stop = false;
+    visit_({path_, name, entry.kind, decision}, stop);
+    if (stop || entry.kind != ItemKind::directory || decision.isIgnored) return stop;
+
+    const OpenFolder& parent = reopened(levels_.size() - 1);
+    if (!parent.isOpen()) {
+      report_({path_, parent.error()});
+    } else if (OpenFolder folder(parent, names_.data() + entry.name); folder.isOpen()) {
+      path_ += '/';
+      enter(std::move(folder));
+    } else {
+      report_({path_, folder.error()});
+    }
+    return false;
+  }
+
+  bool leadsToDirectory(const Entry& link) {
+    const OpenFolder& parent = reopened(levels_.size() - 1);
+    return parent.isOpen() && parent.leadsToDirectory(names_.data() + link.name);
+  }
+
+  /// The level's folder, opened again from the next outer one that is open. Not open where that was not possible.
+  const OpenFolder& reopened(std::size_t level) {
+    std::size_t outer = level;
+    while (!levels_[outer].folder.isOpen()) --outer;
+    for (; outer < level; ++outer) {
+      const Entry& inner = entries_[levels_[outer].nextEntry - 1];
+      OpenFolder folder(levels_[outer].folder, names_.data() + inner.name);
+      const bool isOpen = folder.isOpen();
+      levels_[outer + 1].folder = std::move(folder);
+      if (!isOpen) return levels_[outer + 1].folder;
+      closeFarAbove(outer + 1);
+    }
+    return levels_[level].folder;
+  }
+
+  /// Closes the folder that is one too many when this level's is open, unless it is the outermost one.
+  void closeFarAbove(std::size_t level) noexcept {
+    if (level > openLevels) levels_[level - openLevels].folder.close();
+  }
+
+  const ItemFilter& filter_;
+  const TreeVisitor& visit_;
+  const UnreadReport& report_;
+  /// The path of the item at hand.
+  std::string path_;
+  std::string names_;
+  std::vector<Entry> entries_;
+  std::vector<Level> levels_;
+};
+
+}  // namespace
+
+void walkTree(const Url& folder, const ItemFilter& filter, TreeVisitor visit, UnreadReport report) {
+  TreeWalk(folder.path(), filter, visit, report).run();
+}
+
+}  // namespace meridian

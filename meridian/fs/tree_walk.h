@@ -1,0 +1,46 @@
+// Walks through a folder tree for an application that copies it: every item with the filter's decision.
+#pragma once
+
+#include <string_view>
+#include <system_error>
+
+#include "meridian/base/function_ref.h"
+#include "meridian/export.h"
+#include "meridian/fs/item_filter.h"
+#include "meridian/platform/item_kind.h"
+#include "meridian/platform/url.h"
+
+namespace meridian {
+
+/// An item that the walk came to. The views are valid during the call that gives it.
+struct TreeItem {
+  /// The path of the tree's folder, as it was given, with the names below it.
+  std::string_view path;
+  /// The last component of `path`.
+  std::string_view name;
+  ItemKind kind = ItemKind::file;
+  ItemDecision decision;
+};
+
+/// A folder that could not be read, or an item that was a folder and is none any more.
+struct UnreadItem {
+  std::string_view path;
+  std::error_code reason;
+};
+
+using TreeVisitor = FunctionRef<void(const TreeItem& item, bool& stop)>;
+using UnreadReport = FunctionRef<void(const UnreadItem& item)>;
+
+/// Gives every item below the folder to `visit`, ignored ones too, a folder before what lies in it and the items of a
+/// folder by the order of their names' bytes. Setting `stop` ends the walk.
+///
+/// An ignored folder is not entered, and neither is a link, wherever it leads: a link is given as a link, and the
+/// filter counts one that leads to a directory as a directory. The folder itself may be a link; it is not decided on.
+///
+/// What cannot be read goes to `report`, and the walk goes on: the folder itself where it is none, folders that may not
+/// be entered or went away after they were given. Items may be given that go away at the same time, and new ones
+/// missed. Neither the depth of the tree nor the length of its paths is bounded, and at most a few dozen folders are
+/// open at a time.
+MERIDIAN_API void walkTree(const Url& folder, const ItemFilter& filter, TreeVisitor visit, UnreadReport report);
+
+}  // namespace meridian

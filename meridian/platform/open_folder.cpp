@@ -1,0 +1,78 @@
+#include "meridian/platform/open_folder.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace meridian {
+namespace {
+
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+constexpr int openingFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
+
+constexpr ItemKind kindOfEntry(unsigned char type) noexcept {
+  switch (type) {
+    case DT_REG:
+      return ItemKind::file;
+    case DT_DIR:
+      return ItemKind::directory;
+    case DT_LNK:
+      return ItemKind::symbolicLink;
+    default:
+      return ItemKind::other;
+  }
+}
+
+}  // namespace
+
+OpenFolder::OpenFolder(const std::string& path) {
+  if (path.find('\0') != std::string::npos) {  // the system would take the part before it
+    error_ = std::make_error_code(std::errc::no_such_file_or_directory);
+    return;
+  }
+  descriptor_ = ::open(path.c_str(), openingFlags);
+  if (descriptor_ < 0) error_ = lastError();
+}
+
+OpenFolder::OpenFolder(const OpenFolder& parent, const char* name) {
+  descriptor_ = ::openat(parent.descriptor_, name, openingFlags | O_NOFOLLOW);
+  if (descriptor_ < 0) error_ = lastError();
+}
+
+void OpenFolder::close() noexcept {
+  if (isOpen()) ::close(std::exchange(descriptor_, -1));
+}
+
+bool OpenFolder::leadsToDirectory(const char* name) const noexcept {
+  struct stat status{};
+  return ::fstatat(descriptor_, name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::optional<FolderEntry> FolderEntries::next() noexcept {
+  for (;;) {
+    if (place_ == end_) {
+      const ssize_t size = ::getdents64(descriptor_, records_.data(), records_.size());
+      if (size < 0) error_ = lastError();
+      if (size <= 0) return std::nullopt;
+      place_ = 0;
+      end_ = static_cast<std::size_t>(size);
+    }
+    const auto* const record = reinterpret_cast<const dirent64*>(records_.data() + place_);
+    place_ += record->d_reclen;
+    const char* const name = &record->d_name[0];
+    unsigned char type = record->d_type;
+    if (std::string_view(name) == "." || std::string_view(name) == "..") continue;
+    if (struct stat status{}; type == DT_UNKNOWN) {
+      const bool isRead = ::fstatat(descriptor_, name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+      if (!isRead && errno == ENOENT) continue;
+      if (isRead) type = static_cast<unsigned char>(IFTODT(status.st_mode));
+    }
+    return FolderEntry{name, kindOfEntry(type)};
+  }
+}
+
+}  // namespace meridian

@@ -1,0 +1,224 @@
+#include "meridian/fs/tree_walk.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+
+#include "tests/support/process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace meridian {
+namespace {
+
+namespace filesystem = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+struct Found {
+  ItemKind kind;
+  ItemDecision decision;
+
+  friend bool operator==(const Found&, const Found&) = default;
+};
+
+struct Walk {
+  std::map<std::string, Found> items;
+  std::vector<std::string> order;
+  std::vector<std::pair<std::string, std::error_code>> unread;
+};
+
+Walk walked(const std::string& path, const ItemFilter& filter = ItemFilter({})) {
+  Walk walk;
+  walkTree(
+      Url::fromFilePath(path), filter,
+      [&walk](const TreeItem& item, bool& /*stop*/) {
+        EXPECT_EQ(item.name, lastPathComponent(item.path));
+        EXPECT_TRUE(walk.items.emplace(item.path, Found{item.kind, item.decision}).second) << item.path;
+        walk.order.emplace_back(item.path);
+      },
+      [&walk](const UnreadItem& item) { walk.unread.emplace_back(item.path, item.reason); });
+  return walk;
+}
+
+/// The same by the standard library and the plain rule.
+void walkPlainly(const filesystem::path& folder, const ItemFilterSettings& settings,
+                 std::map<std::string, Found>& items) {
+  for (const auto& entry : filesystem::directory_iterator(folder)) {
+    const filesystem::file_status status = entry.symlink_status();
+    const ItemKind kind = is_symlink(status)        ? ItemKind::symbolicLink
+                          : is_directory(status)    ? ItemKind::directory
+                          : is_regular_file(status) ? ItemKind::file
+                                                    : ItemKind::other;
+    const ItemDecision decision = decisionBasedOnSettings(Url::fromFilePath(entry.path().string()), settings);
+    items[entry.path().string()] = {kind, decision};
+    if (kind == ItemKind::directory && !decision.isIgnored) walkPlainly(entry.path(), settings, items);
+  }
+}
+
+TEST(TreeWalk, GivesWhatThePlainWalkGives) {
+  const test::TemporaryFolder folder;
+  std::mt19937 random(3);
+  const std::vector<std::string> names{"DCIM",      "A001.mov", "clip.MOV", ".hidden", ".DS_Store",
+                                       "line\nend", "\xff.mov", "\xc3\xa9", "b.xml",   "x"};
+  std::vector<filesystem::path> folders{folder.path()};
+  for (int i = 0; i < 400; ++i) {
+    const filesystem::path path = folders[random() % folders.size()] / names[random() % names.size()];
+    if (exists(symlink_status(path))) continue;
+    switch (random() % 6) {
+      case 0:
+      case 1:
+        create_directory(path);
+        folders.push_back(path);
+        break;
+      case 2:
+        // Links to folders of the tree, above and below, make loops.
+        create_directory_symlink(folders[random() % folders.size()], path);
+        break;
+      case 3:
+        filesystem::create_symlink(names[random() % names.size()], path);
+        break;
+      case 4:
+        ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+        break;
+      default:
+        std::ofstream(path).close();
+    }
+  }
+  for (int round = 0; round < 40; ++round) {
+    ItemFilterSettings settings{.ignoreHiddenItems = random() % 2 == 0};
+    if (random() % 2 == 0) settings.forcePathComponents = {".ds_store", names[random() % names.size()]};
+    if (random() % 4 != 0) settings.extensionFilterList = {"mov"};
+    settings.filteringOption = allCases<ItemFilteringOption>()[random() % 2];
+    std::map<std::string, Found> plain;
+    walkPlainly(folder.path(), settings, plain);
+    const Walk walk = walked(folder.path().string(), ItemFilter(settings));
+    EXPECT_EQ(walk.items, plain);
+    EXPECT_THAT(walk.unread, IsEmpty());
+  }
+}
+
+TEST(TreeWalk, GivesFoldersBeforeTheirItemsInTheOrderOfNames) {
+  const test::TemporaryFolder folder;
+  const std::string root = folder.path().string();
+  filesystem::create_directories(root + "/b/z");
+  for (const char* const name : {"c", "b/y", "b/z/x", "a", "B", "b.x"}) folder.write(name, "");
+  const std::vector<std::string> expected{"/B", "/a", "/b", "/b/y", "/b/z", "/b/z/x", "/b.x", "/c"};
+  const auto below = [&expected](const std::string& path) {
+    std::vector<std::string> paths;
+    for (const std::string& each : expected) paths.push_back(path + each);
+    return paths;
+  };
+  EXPECT_EQ(walked(root).order, below(root));
+  EXPECT_EQ(walked(root + "/").order, below(root));
+  filesystem::create_directory_symlink(root, root + "-link");
+  EXPECT_EQ(walked(root + "-link").order, below(root + "-link"));
+  filesystem::remove(root + "-link");
+
+  std::vector<std::string> visited;
+  walkTree(
+      Url::fromFilePath(root), ItemFilter({}),
+      [&visited](const TreeItem& item, bool& stop) {
+        visited.emplace_back(item.name);
+        stop = visited.size() == 3;
+      },
+      [](const UnreadItem& /*item*/) { ADD_FAILURE(); });
+  EXPECT_THAT(visited, ElementsAre("B", "a", "b"));
+}
+
+TEST(TreeWalk, ReportsWhatItCannotReadAndGoesOn) {
+  const test::TemporaryFolder folder;
+  const std::string root = folder.path().string();
+  const std::string file = folder.write("a", "");
+  const auto fault = [](std::errc code) { return std::make_error_code(code); };
+  EXPECT_THAT(walked(file).unread, ElementsAre(Pair(file, fault(std::errc::not_a_directory))));
+  for (const std::string& missing : {root + "/none", std::string(), root + std::string("\0x", 2)}) {
+    EXPECT_THAT(walked(missing).unread, ElementsAre(Pair(missing, fault(std::errc::no_such_file_or_directory))));
+  }
+
+  // Folders that go away, or turn into links out of the tree, between being given and being entered.
+  for (const char* const name : {"gone", "link", "sealed", "z"}) filesystem::create_directories(root + "/" + name);
+  folder.write("sealed/x", "");
+  folder.write("z/x", "");
+  filesystem::permissions(root + "/sealed", filesystem::perms::none);
+  std::vector<std::string> given;
+  std::map<std::string, std::error_code> unread;
+  walkTree(
+      Url::fromFilePath(root), ItemFilter({}),
+      [&](const TreeItem& item, bool& /*stop*/) {
+        given.emplace_back(item.path.substr(root.size()));
+        if (item.name == "gone" || item.name == "link") filesystem::remove(item.path);
+        if (item.name == "link") filesystem::create_directory_symlink("/", item.path);
+      },
+      [&](const UnreadItem& item) { unread.emplace(item.path.substr(root.size()), item.reason); });
+  filesystem::permissions(root + "/sealed", filesystem::perms::all);
+
+  EXPECT_EQ(unread["/gone"], fault(std::errc::no_such_file_or_directory));
+  EXPECT_TRUE(unread["/link"]);
+  const bool mayReadAnything = ::geteuid() == 0;
+  EXPECT_EQ(unread["/sealed"], mayReadAnything ? std::error_code() : fault(std::errc::permission_denied));
+  std::vector<std::string> expected{"/a", "/gone", "/link", "/sealed", "/sealed/x", "/z", "/z/x"};
+  if (!mayReadAnything) std::erase(expected, "/sealed/x");
+  EXPECT_EQ(given, expected);
+}
+
+std::size_t openDescriptors() {
+  std::size_t count = 0;
+  for (const auto& entry : filesystem::directory_iterator("/proc/self/fd")) count += entry.exists() ? 1U : 0U;
+  return count;
+}
+
+// Each level holds the next one, and behind it in the order of names a folder with a file: so the walk comes back to
+// every level, long after its folder was closed.
+TEST(TreeWalk, GoesDeeperThanAPathMayBeLong) {
+  constexpr int depth = 5000;
+  // In memory where that is possible: a disk may take half a minute to remove so many folders.
+  const filesystem::path memory = "/dev/shm";
+  const test::TemporaryFolder folder(filesystem::is_directory(memory) ? memory : filesystem::temp_directory_path());
+  const std::string root = folder.path().string() + "/deep";
+  filesystem::create_directory(root);
+  int descriptor = ::open(root.c_str(), O_RDONLY | O_DIRECTORY);
+  for (int level = 0; level < depth; ++level) {
+    ASSERT_EQ(::mkdirat(descriptor, "down", 0700), 0);
+    if (level % 3 == 0) {
+      ASSERT_EQ(::mkdirat(descriptor, "side", 0700), 0);
+      ::close(::openat(descriptor, "side/file", O_WRONLY | O_CREAT, 0600));
+      ASSERT_EQ(::symlinkat("side", descriptor, "to side"), 0);
+    }
+    const int next = ::openat(descriptor, "down", O_RDONLY | O_DIRECTORY);
+    ::close(descriptor);
+    descriptor = next;
+    ASSERT_GE(descriptor, 0);
+  }
+  ::close(descriptor);
+
+  const std::size_t before = openDescriptors();
+  std::size_t mostOpen = 0;
+  std::map<std::string, int, std::less<>> counts;
+  std::size_t longest = 0;
+  walkTree(
+      Url::fromFilePath(root), ItemFilter({.extensionFilterList = {"mov"}}),
+      [&](const TreeItem& item, bool& /*stop*/) {
+        EXPECT_EQ(item.decision.rule, item.name == "file" ? ItemFilterRule::extension : ItemFilterRule::directory);
+        ++counts[std::string(item.name)];
+        longest = std::max(longest, item.path.size());
+        if (counts["down"] % 100 == 0) mostOpen = std::max(mostOpen, openDescriptors());
+      },
+      [](const UnreadItem& item) { ADD_FAILURE() << item.path.size() << " " << item.reason.message(); });
+  EXPECT_THAT(counts, ElementsAre(Pair("down", depth), Pair("file", 1667), Pair("side", 1667), Pair("to side", 1667)));
+  EXPECT_GE(longest, root.size() + 5UL * depth);
+  EXPECT_GT(mostOpen, before + 10);
+  EXPECT_LE(mostOpen, before + 50);
+  EXPECT_EQ(openDescriptors(), before);
+
+  EXPECT_EQ(test::run({"rm", "-rf", root}).status, 0);  // the standard library's way needs a descriptor for each level
+}
+
+}  // namespace
+}  // namespace meridian
