@@ -8,6 +8,7 @@
 #include "meridian/base/text.h"
 #include "meridian/cli/transcode_preset.h"
 #include "meridian/presets/transcode_preset_protobuf_template_factory.h"
+#include "meridian/presets/volume_folder.h"
 #include "tests/cli/random_words.h"
 #include "tests/cli/reference_reading.h"
 
@@ -239,6 +240,14 @@ TEST(StoredPreset, SizesThatFitNoChoiceAreReportedAndMatch) {
   EXPECT_NE(outputOf(static_cast<stored::SizingKind>(9), 1920, 1080), "");
   EXPECT_NE(outputOf(stored::SIZING_KIND_MATCH_SOURCE, 1920, 1080), "");
   EXPECT_EQ(outputOf(stored::SIZING_KIND_MATCH_SOURCE, 0, 0), "");
+}
+
+TEST(StoredPreset, PathsBelowAStoredFolderAreThoseBelowItsPath) {
+  stored::VolumeFolder folder;
+  folder.set_path("/vol/\xff");
+  const Url clip = Url::fromFilePath("/vol/\xff/A/1.mov");
+  EXPECT_EQ(subPath(clip, folder, true), Url::fromFilePath("A"));
+  EXPECT_EQ(subPathString(clip, folder, true), "A");
 }
 
 }  // namespace
