@@ -169,9 +169,10 @@ TEST(Command, WrongUsageEndsWithTwoAndSaysWhatToDo) {
 }
 
 TEST(Command, EverySubcommandHasHelpWithAnExample) {
-  for (const Words& options : {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"},
-                               Words{"extensions"}, Words{"set"}, Words{"rate"}, Words{"timecode"}, Words{"dimension"},
-                               Words{"free-name"}, Words{"completion"}, Words{"manual"}, Words{}}) {
+  for (const Words& options :
+       {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"}, Words{"extensions"},
+        Words{"set"}, Words{"rate"}, Words{"timecode"}, Words{"dimension"}, Words{"filter"}, Words{"free-name"},
+        Words{"clean-name"}, Words{"completion"}, Words{"manual"}, Words{}}) {
     Words help = options;
     help.emplace_back("--help");
     const Outcome outcome = meridianWith(help);

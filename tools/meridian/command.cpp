@@ -9,10 +9,10 @@ std::optional<std::string> Arguments::value(std::string_view name) const {
 }
 
 std::vector<Subcommand> allSubcommands() {
-  return {parseCommand(),    renderCommand(),       explainCommand(), setCommand(),       flagsCommand(),
-          presetsCommand(),  extensionsCommand(),   rateCommand(),    timecodeCommand(),  dimensionCommand(),
-          freeNameCommand(), analysisArgsCommand(), lutInfoCommand(), lutSampleCommand(), lutApplyCommand(),
-          lutPlotCommand(),  completionCommand(),   manualCommand()};
+  return {parseCommand(),     renderCommand(),     explainCommand(),   setCommand(),          flagsCommand(),
+          presetsCommand(),   extensionsCommand(), rateCommand(),      timecodeCommand(),     dimensionCommand(),
+          filterCommand(),    freeNameCommand(),   cleanNameCommand(), analysisArgsCommand(), lutInfoCommand(),
+          lutSampleCommand(), lutApplyCommand(),   lutPlotCommand(),   completionCommand(),   manualCommand()};
 }
 
 }  // namespace meridian::command

@@ -43,6 +43,8 @@ struct Option {
   bool optional = false;
   /// Whether it takes all the words there are, up to the next option.
   bool repeated = false;
+  /// Whether a value may be given several times, one word each.
+  bool severalTimes = false;
   /// Whether it is a path, which a shell completes by itself.
   bool path = false;
 };
@@ -109,7 +111,9 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 [[nodiscard]] Subcommand rateCommand();
 [[nodiscard]] Subcommand timecodeCommand();
 [[nodiscard]] Subcommand dimensionCommand();
+[[nodiscard]] Subcommand filterCommand();
 [[nodiscard]] Subcommand freeNameCommand();
+[[nodiscard]] Subcommand cleanNameCommand();
 [[nodiscard]] Subcommand analysisArgsCommand();
 [[nodiscard]] Subcommand lutInfoCommand();
 [[nodiscard]] Subcommand lutSampleCommand();

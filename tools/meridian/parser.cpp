@@ -46,7 +46,9 @@ CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments
   // A positional is named as its value, so that the help's usage line says what stands there.
   CLI::Option* const added = app.add_option(positional ? option.valueName : "--" + option.name, store, option.help);
   added->type_name(positional ? "" : option.valueName);
-  if (option.repeated) added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+  if (option.repeated || option.severalTimes) {
+    added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(option.repeated);
+  }
   return added;
 }
 
@@ -95,6 +97,21 @@ void checkPositionals(const Subcommand& subcommand, const Arguments& arguments) 
   }
 }
 
+/// Where a subcommand takes no words of the transcoder, "--" ends its options: what follows are positionals, even with
+/// a dash before them.
+void takeWordsAsPositionals(const Subcommand& subcommand, Arguments& arguments) {
+  const auto taker = std::ranges::find_if(subcommand.options, [](const Option& option) {
+    return option.kind == Option::Kind::positional && option.repeated;
+  });
+  if (taker == subcommand.options.end()) {
+    throw UsageError("\"meridian " + subcommand.fullName() + "\" takes no words behind \"--\"" +
+                     (subcommand.wordsOption.empty() ? "" : " without --" + subcommand.wordsOption));
+  }
+  if (arguments.words.empty()) return;
+  std::vector<std::string>& given = arguments.given[taker->name];
+  given.insert(given.end(), arguments.words.begin(), arguments.words.end());
+}
+
 void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
   for (const Option& option : subcommand.options) {
     const auto value = arguments.value(option.name);
@@ -126,7 +143,7 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
     bySubApp[addSubcommand(parent, subcommand, parsed.arguments)] = &subcommand;
   }
 
-  // Everything behind the first "--" belongs to an argument vector, whatever it looks like.
+  // Nothing behind the first "--" is an option, whatever it looks like.
   const auto separator = std::ranges::find(all, "--");
   std::vector<std::string> own(all.begin(), separator);
   const bool hasWords = separator != all.end();
@@ -164,12 +181,8 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
   if (parsed.subcommand == nullptr) throw UsageError("no subcommand is given" + see());
   const bool takesWords = parsed.subcommand->takesWordsWith(parsed.arguments);
   if (takesWords && !hasWords) throw UsageError(wordsHint(*parsed.subcommand) + see());
-  if (!takesWords && hasWords) {
-    const std::string& option = parsed.subcommand->wordsOption;
-    throw UsageError("\"meridian " + parsed.subcommand->fullName() + "\" takes no words behind \"--\"" +
-                     (option.empty() ? "" : " without --" + option) + see());
-  }
   try {
+    if (!takesWords && hasWords) takeWordsAsPositionals(*parsed.subcommand, parsed.arguments);
     checkPositionals(*parsed.subcommand, parsed.arguments);
     checkChoices(*parsed.subcommand, parsed.arguments);
   } catch (const UsageError& error) {

@@ -1,0 +1,174 @@
+// meridian filter: which items of folder trees a copying application would copy, and which rule decides.
+#include <algorithm>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "meridian/base/printable.h"
+#include "meridian/base/text.h"
+#include "meridian/fs/tree_walk.h"
+#include "meridian/platform/file_queries.h"
+#include "tools/meridian/command.h"
+#include "tools/meridian/output.h"
+
+namespace meridian::command {
+namespace {
+
+std::vector<std::string> valuesOf(const Arguments& arguments, std::string_view name) {
+  const auto found = arguments.given.find(name);
+  return found == arguments.given.end() ? std::vector<std::string>() : found->second;
+}
+
+ItemFilterSettings readSettings(const Arguments& arguments) {
+  const bool onlyListed = arguments.has("only-ext");
+  if (onlyListed && arguments.has("ignore-ext")) {
+    throw UsageError("--ignore-ext and --only-ext exclude each other: extensions are either left out or copied alone");
+  }
+  ItemFilterSettings settings{.extensionFilterList = valuesOf(arguments, onlyListed ? "only-ext" : "ignore-ext"),
+                              .filteringOption = onlyListed ? ItemFilteringOption::onlyListedExtensions
+                                                            : ItemFilteringOption::ignoreListedExtensions,
+                              .ignoreHiddenItems = arguments.has("ignore-hidden"),
+                              .forcePathComponents = valuesOf(arguments, "force")};
+  if (arguments.has("default-forced")) {
+    settings.forcePathComponents.insert(settings.forcePathComponents.end(), defaultForceIgnorePathComponents.begin(),
+                                        defaultForceIgnorePathComponents.end());
+  }
+  return settings;
+}
+
+constexpr std::size_t longestRule = [] {
+  std::size_t longest = 0;
+  for (const ItemFilterRule rule : allCases<ItemFilterRule>()) longest = std::max(longest, rawValue(rule).size());
+  return longest;
+}();
+
+/// Writes each decision as soon as it is known, in the form that the options ask for.
+class DecisionPrinter {
+ public:
+  explicit DecisionPrinter(const Arguments& arguments)
+      : form_(arguments.has("json")   ? Form::json
+              : arguments.has("null") ? Form::terminated
+                                      : Form::lines) {
+    if (form_ == Form::json) std::cout << '[';
+  }
+
+  void print(std::string_view path, const ItemDecision& decision) {
+    const std::string_view verdict = decision.isIgnored ? "ignore" : "copy";
+    const std::string_view rule = rawValue(decision.rule);
+    ++(decision.isIgnored ? ignored_ : copied_);
+    if (form_ == Form::terminated) {
+      std::cout << verdict << '\t' << rule << '\t' << path << '\0';
+    } else if (form_ == Form::json) {
+      if (!isValidUtf8(path)) ++invalid_;
+      const nlohmann::ordered_json item{{"path", path}, {"ignored", decision.isIgnored}, {"rule", rule}};
+      std::cout << (copied_ + ignored_ == 1 ? "\n  " : ",\n  ")
+                << item.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    } else {
+      std::cout << styled(decision.isIgnored ? Style::warning : Style::good, verdict)
+                << std::string(8 - verdict.size(), ' ') << styled(Style::faint, rule)
+                << std::string(longestRule + 2 - rule.size(), ' ') << printable(path) << '\n';
+    }
+  }
+
+  /// What stands behind all decisions.
+  void finish() const {
+    if (form_ == Form::json) std::cout << (copied_ + ignored_ == 0 ? "]\n" : "\n]\n");
+    if (form_ == Form::lines) {
+      std::cout << styled(Style::heading,
+                          std::to_string(copied_) + " to copy, " + std::to_string(ignored_) + " ignored")
+                << '\n';
+    }
+    if (invalid_ > 0) {
+      std::cerr << "meridian: warning: " << invalid_ << (invalid_ == 1 ? " path is" : " paths are")
+                << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte. --null gives the bytes"
+                   " as they are.\n";
+    }
+  }
+
+ private:
+  enum class Form { lines, json, terminated };
+
+  Form form_;
+  std::size_t copied_ = 0;
+  std::size_t ignored_ = 0;
+  std::size_t invalid_ = 0;
+};
+
+Status filterItems(const Arguments& arguments) {
+  const ItemFilter filter(readSettings(arguments));
+  DecisionPrinter printer(arguments);
+  Status status = done;
+  for (const std::string& path : arguments.given.at("path")) {
+    const Url url = Url::fromFilePath(path);
+    if (pathIsHidden(path).has_value() && !pathIsDirectory(path)) {  // an item, but nothing to walk through
+      printer.print(path, filter.decision(url));
+      continue;
+    }
+    walkTree(
+        url, filter, [&printer](const TreeItem& item, bool& /*stop*/) { printer.print(item.path, item.decision); },
+        [&status](const UnreadItem& item) {
+          std::cerr << "meridian: " << inQuotes(item.path) << " cannot be read: " << printable(item.reason.message())
+                    << '\n';
+          status = refused;
+        });
+  }
+  printer.finish();
+  return status;
+}
+
+}  // namespace
+
+Subcommand filterCommand() {
+  using enum Option::Kind;
+  return {
+      .name = "filter",
+      .description = "Show which items of folder trees would be copied, and which rule decides",
+      .details =
+          "Each PATH is a folder, whose items are decided on but not the folder itself, or a single item. The first "
+          "of\n"
+          "these rules that fits decides: a \"forced component\" is ignored, and so is a \"hidden\" item; a "
+          "\"directory\"\n"
+          "is copied; with \"no extensions\" given, everything is; else the \"extension\" decides. Names are compared\n"
+          "without regard to case, extensions with the end of the name. Ignored folders are not entered. Nor are "
+          "links,\n"
+          "which count as what they lead to.\n"
+          "What cannot be read is said on standard error; then the exit status is 1.\n"
+          "To copy what is left: meridian filter --null ... | grep -az ^copy | cut -z -f3-",
+      .example =
+          "meridian filter --default-forced --ignore-hidden /card\n"
+          "meridian filter --only-ext mov --only-ext mxf --json /card",
+      .options =
+          {{.kind = value,
+            .name = "ignore-ext",
+            .help = "Ignore files that end with this extension; may be given several times",
+            .valueName = "E",
+            .severalTimes = true},
+           {.kind = value,
+            .name = "only-ext",
+            .help = "Ignore files that end with no such extension; may be given several times",
+            .valueName = "E",
+            .severalTimes = true},
+           {flag, "ignore-hidden", "Ignore items that are hidden: a dot begins their name"},
+           {.kind = value,
+            .name = "force",
+            .help = "Ignore items of this name; may be given several times",
+            .valueName = "NAME",
+            .severalTimes = true},
+           {flag, "default-forced",
+            "Ignore items that systems leave on volumes: .DS_Store, .Spotlight-V100, $RECYCLE.BIN, .Trashes, "
+            ".TemporaryItems, .fseventsd"},
+           {flag, "json", "Print a JSON list with an object for each item: path, ignored, rule"},
+           {flag, "null",
+            "End each item with a NUL, and put a tab behind \"copy\" or \"ignore\" and behind the rule; paths stand "
+            "as they are"},
+           {.kind = positional,
+            .name = "path",
+            .help = "A folder to look through, or a single item",
+            .valueName = "PATH",
+            .repeated = true,
+            .path = true}},
+      .exclusive = {"json", "null"},
+      .action = filterItems,
+  };
+}
+
+}  // namespace meridian::command
