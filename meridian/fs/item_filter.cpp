@@ -14,8 +14,7 @@ namespace {
 
 /// The end of a lower-cased name that the entry of an extension list stands for.
 std::string patternOf(std::string_view extension) {
-  std::string pattern = lowercased(extension);
-  return pattern.starts_with('.') ? pattern : "." + pattern;
+  return (extension.starts_with('.') ? "" : ".") + lowercased(extension);
 }
 
 bool isIgnoredByOption(ItemFilteringOption option, bool isListed) {

@@ -37,14 +37,14 @@ bool hasPrefixDirectory(const Url& url, const Url& prefix) {
 }
 
 std::optional<TextRange> prefixRange(const Url& url, const Url& of) noexcept {
-  if (!hasPrefix(of, url)) return std::nullopt;
+  if (!hasPrefix(of, url.path())) return std::nullopt;
   return TextRange{0, url.path().size()};
 }
 
 bool containsItem(const Url& url, const Url& item, bool ensureItemExists) {
   if (pathIsEqual(url, item)) return false;
   if (pathIsEqual(url.deletingLastPathComponent(), item.deletingLastPathComponent())) return false;
-  return hasPrefix(item, url) && (!ensureItemExists || pathExists(item.path()));
+  return hasPrefix(item, url.path()) && (!ensureItemExists || pathExists(item.path()));
 }
 
 Url trimmingTrailingPathSeparators(const Url& url) {

@@ -67,8 +67,8 @@ std::optional<bool> pathIsHidden(const std::string& path) noexcept {
 
 VolumeLinks volumeLinks(const std::string& path) {
   struct statfs status{};
-  const int failure = isCutOff(path) ? ENOENT : ::statfs(path.c_str(), &status) != 0 ? errno : 0;
-  if (failure != 0) {
+  if (isCutOff(path) || ::statfs(path.c_str(), &status) != 0) {
+    const int failure = isCutOff(path) ? ENOENT : errno;
     throw std::system_error(failure, std::generic_category(),
                             "the volume of \"" + path + "\" cannot be asked for its links");
   }

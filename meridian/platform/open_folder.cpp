@@ -14,7 +14,7 @@ std::error_code lastError() { return {errno, std::generic_category()}; }
 
 constexpr int openingFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
 
-constexpr ItemKind kindOfEntry(unsigned char type) noexcept {
+constexpr ItemKind kindOfType(unsigned char type) noexcept {
   switch (type) {
     case DT_REG:
       return ItemKind::file;
@@ -25,6 +25,16 @@ constexpr ItemKind kindOfEntry(unsigned char type) noexcept {
     default:
       return ItemKind::other;
   }
+}
+
+/// The kind of an item whose entry does not tell it; absent where the item is gone.
+std::optional<ItemKind> askedKind(int folder, const char* name) noexcept {
+  struct stat status{};
+  if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+    return kindOfType(static_cast<unsigned char>(IFTODT(status.st_mode)));
+  }
+  if (errno == ENOENT) return std::nullopt;
+  return ItemKind::other;
 }
 
 }  // namespace
@@ -64,14 +74,9 @@ std::optional<FolderEntry> FolderEntries::next() noexcept {
     const auto* const record = reinterpret_cast<const dirent64*>(records_.data() + place_);
     place_ += record->d_reclen;
     const char* const name = &record->d_name[0];
-    unsigned char type = record->d_type;
     if (std::string_view(name) == "." || std::string_view(name) == "..") continue;
-    if (struct stat status{}; type == DT_UNKNOWN) {
-      const bool isRead = ::fstatat(descriptor_, name, &status, AT_SYMLINK_NOFOLLOW) == 0;
-      if (!isRead && errno == ENOENT) continue;
-      if (isRead) type = static_cast<unsigned char>(IFTODT(status.st_mode));
-    }
-    return FolderEntry{name, kindOfEntry(type)};
+    const auto kind = record->d_type == DT_UNKNOWN ? askedKind(descriptor_, name) : kindOfType(record->d_type);
+    if (kind) return FolderEntry{name, *kind};
   }
 }
 

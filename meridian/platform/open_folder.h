@@ -57,6 +57,7 @@ struct FolderEntry {
 /// `other`.
 class FolderEntries {
  public:
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the system fills the records.
   explicit FolderEntries(const OpenFolder& folder) noexcept : descriptor_(folder.descriptor_) {}
 
   /// The next entry; absent at the end, and after an error.
@@ -69,7 +70,6 @@ class FolderEntries {
   std::size_t place_ = 0;
   std::size_t end_ = 0;
   std::error_code error_;
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the system fills it.
   alignas(std::uint64_t) std::array<char, 32768> records_;
 };
 

@@ -22,7 +22,7 @@ class Url {
  public:
   /// The address of a file, its path as it is given: relative ones stay relative, separators at the end and percent
   /// signs stay.
-  [[nodiscard]] static Url fromFilePath(std::string path) { return Url(std::move(path), nullptr); }
+  [[nodiscard]] static Url fromFilePath(std::string path) { return {std::move(path), nullptr}; }
 
   /// Reads a text by RFC 3986: "https://host/a%20b.mov?x=1". Absent where it is no URL: no scheme, characters that none
   /// may show (blanks, bytes beyond ASCII), a "%" without two hexadecimal digits. "file:" with no host, or "localhost",

@@ -44,10 +44,7 @@ constexpr std::size_t longestRule = [] {
 /// Writes each decision as soon as it is known, in the form that the options ask for.
 class DecisionPrinter {
  public:
-  explicit DecisionPrinter(const Arguments& arguments)
-      : form_(arguments.has("json")   ? Form::json
-              : arguments.has("null") ? Form::terminated
-                                      : Form::lines) {
+  explicit DecisionPrinter(const Arguments& arguments) : form_(formOf(arguments)) {
     if (form_ == Form::json) std::cout << '[';
   }
 
@@ -86,6 +83,11 @@ class DecisionPrinter {
 
  private:
   enum class Form { lines, json, terminated };
+
+  static Form formOf(const Arguments& arguments) {
+    if (arguments.has("json")) return Form::json;
+    return arguments.has("null") ? Form::terminated : Form::lines;
+  }
 
   Form form_;
   std::size_t copied_ = 0;
