@@ -51,11 +51,10 @@ void DistributedMediaAnalysisImageOptions::enumerateArguments(ArgumentBlock bloc
 }
 
 void MediaAnalysisCLICustodialOptions::enumerateArguments(ArgumentBlock block) const {
-  const auto tell = [&block](CLICustodialFlag flag, std::optional<std::int32_t> number) {
-    if (number) block(cliFlag(flag), std::to_string(*number));
-  };
-  tell(CLICustodialFlag::parentPid, parentPid());
-  tell(CLICustodialFlag::parentAppNumber, parentAppNumber());
+  const auto pid = parentPid();
+  if (!pid) return;
+  block(cliFlag(CLICustodialFlag::parentPid), std::to_string(*pid));
+  if (const auto number = parentAppNumber()) block(cliFlag(CLICustodialFlag::parentAppNumber), std::to_string(*number));
 }
 
 }  // namespace meridian

@@ -103,10 +103,11 @@ class MERIDIAN_API MediaAnalysisCLICustodialOptions : public MediaAnalysisCLIOpt
 
   /// The application's process identifier.
   [[nodiscard]] virtual std::optional<std::int32_t> parentPid() const noexcept = 0;
-  /// Which application of the suite it is.
+  /// Which application of the suite it is; says nothing without a process identifier.
   [[nodiscard]] virtual std::optional<std::int32_t> parentAppNumber() const noexcept = 0;
 
-  /// The process identifier and the application's number, each where it is there, in decimal.
+  /// The process identifier and the application's number, each where it is there, in decimal; nothing without a process
+  /// identifier.
   void enumerateArguments(ArgumentBlock block) const final;
 
  protected:

@@ -58,7 +58,7 @@ const std::vector<KnownFlag>& knownFlags() {
 
 /// The place of the flag in `knownFlags`. The sanitizer lets pass whatever contains a known flag; only the whole flag
 /// is taken here, since there is nothing that a longer one could mean.
-std::optional<std::size_t> findFlag(std::string_view written) {
+std::optional<std::size_t> placeOfFlag(std::string_view written) {
   const std::string_view flag = trimmed(written);
   const auto found =
       std::ranges::find_if(knownFlags(), [flag](const KnownFlag& each) { return equalsIgnoringCase(each.text, flag); });
@@ -90,7 +90,7 @@ std::optional<Remark> faultOfValue(MediaAnalysisCLIValue takes, std::optional<st
 
 /// Whether the flag's values stay as they stand: those of an unknown flag do too.
 bool takesText(std::string_view flag) {
-  const auto place = findFlag(flag);
+  const auto place = placeOfFlag(flag);
   return !place || knownFlags()[*place].takes == MediaAnalysisCLIValue::text;
 }
 
@@ -108,7 +108,7 @@ class Collector {
   }
 
   void take(std::string_view flag, std::optional<std::string_view> value) {
-    const auto place = findFlag(flag);
+    const auto place = placeOfFlag(flag);
     if (!place) {
       takeUnknown(flag, value);
       return;
@@ -130,13 +130,19 @@ class Collector {
 
   MediaAnalysisCLIReading reading() && {
     using Basic = MediaAnalysisCLIFlag;
+    using Custodial = CLICustodialFlag;
+    if (auto& numbers = given(Custodial::parentAppNumber).values;
+        !numbers.empty() && given(Custodial::parentPid).values.empty()) {
+      remark(Remark::withoutParentPid, cliFlag(Custodial::parentAppNumber), numbers.back());
+      numbers.clear();
+    }
     MediaAnalysisCLIReading result{
         .basic = {std::move(given(Basic::pathToAnalyze).values), text(Basic::analysisId),
                   text(Basic::workDirectory).value_or(""), text(Basic::resultsFilePath).value_or(""),
                   given(Basic::deepAnalysis).isThere},
         .image = std::nullopt,
-        .custodial = MediaAnalysisCLIArgumentFactory::CustodialOptions(integer(CLICustodialFlag::parentPid),
-                                                                       integer(CLICustodialFlag::parentAppNumber)),
+        .custodial = MediaAnalysisCLIArgumentFactory::CustodialOptions(integer(Custodial::parentPid),
+                                                                       integer(Custodial::parentAppNumber)),
         .remarks = std::move(remarks_)};
     using Image = MediaAnalysisImageCLIFlags;
     if (std::ranges::any_of(allCases<Image>(), [this](Image flag) { return given(flag).isThere; })) {
@@ -267,6 +273,11 @@ std::vector<MediaAnalysisCLILoss> lossesInReading(const MediaAnalysisCLIOptions&
       losses.push_back({*reason, std::string(flag), std::string(*value)});
     }
   });
+  if (const auto* const custodial = dynamic_cast<const MediaAnalysisCLICustodialOptions*>(&options);
+      custodial != nullptr && !custodial->parentPid() && custodial->parentAppNumber()) {
+    losses.push_back({MediaAnalysisCLILossReason::withoutParentPid, cliFlag(CLICustodialFlag::parentAppNumber),
+                      std::to_string(*custodial->parentAppNumber())});
+  }
   return losses;
 }
 

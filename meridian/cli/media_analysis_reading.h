@@ -26,6 +26,7 @@ enum class MediaAnalysisCLIRemarkKind : std::uint8_t {
   unreadableNumber,
   unreadableInteger,
   replacedValue,
+  withoutParentPid,
 };
 
 template <>
@@ -42,6 +43,8 @@ struct EnumerationTable<MediaAnalysisCLIRemarkKind> {
        "it takes a whole number from 0 to 2147483647; this value is dropped"},
       {MediaAnalysisCLIRemarkKind::replacedValue, "replacedValue",
        "it takes one value, and the last one stays; this one is dropped"},
+      {MediaAnalysisCLIRemarkKind::withoutParentPid, "withoutParentPid",
+       "it says nothing without -parentPid and is dropped"},
   });
 };
 
@@ -66,7 +69,7 @@ struct MediaAnalysisCLIReading {
   /// Absent where no image flag stands in the vector. The width is 0 where there is none.
   std::optional<MediaAnalysisCLIArgumentFactory::ImageOptions> image;
   MediaAnalysisCLIArgumentFactory::CustodialOptions custodial;
-  /// In the order of the vector.
+  /// In the order of the vector, and at the end that there is no process identifier to an application's number.
   std::vector<MediaAnalysisCLIRemark> remarks;
 
   /// The flags that are none of the tool's, in order, each once; absent when there are none.
@@ -87,7 +90,7 @@ struct MediaAnalysisCLIReading {
 [[nodiscard]] MERIDIAN_API MediaAnalysisCLIReading readMediaAnalysisArguments(std::span<const std::string_view> words);
 
 /// Why an argument does not come out of a vector as it went in.
-enum class MediaAnalysisCLILossReason : std::uint8_t { readAsFlag, belowZero, holdsNul, notFinite };
+enum class MediaAnalysisCLILossReason : std::uint8_t { readAsFlag, belowZero, holdsNul, notFinite, withoutParentPid };
 
 template <>
 struct EnumerationTable<MediaAnalysisCLILossReason> {
@@ -98,6 +101,7 @@ struct EnumerationTable<MediaAnalysisCLILossReason> {
        "no number below 0 is read, since what begins with \"-\" is a flag"},
       {MediaAnalysisCLILossReason::holdsNul, "holdsNul", "a word of a command line ends at its first NUL"},
       {MediaAnalysisCLILossReason::notFinite, "notFinite", "only finite numbers are read"},
+      {MediaAnalysisCLILossReason::withoutParentPid, "withoutParentPid", "it is not written without -parentPid"},
   });
 };
 
@@ -110,8 +114,8 @@ struct MediaAnalysisCLILoss {
   [[nodiscard]] MERIDIAN_API std::string message() const;
 };
 
-/// The arguments that a program started with the options' vector does not read as they are, in the vector's order. With
-/// none, reading the vector gives the same options.
+/// The options that a program started with their vector does not read as they are, in the vector's order. With none,
+/// reading the vector gives the same options.
 [[nodiscard]] MERIDIAN_API std::vector<MediaAnalysisCLILoss> lossesInReading(const MediaAnalysisCLIOptions& options);
 
 }  // namespace meridian

@@ -6,13 +6,10 @@
 
 #include <cerrno>
 
+#include "meridian/platform/posix_calls.h"
+
 namespace meridian {
 namespace {
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
-
-/// The system would take the part before a NUL for the path.
-bool holdsNul(const std::string& path) { return path.find('\0') != std::string::npos; }
 
 FileIdentity identityOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
 
@@ -20,18 +17,18 @@ FileIdentity identityOf(const struct stat& status) { return {status.st_dev, stat
 
 ExclusiveFile makeExclusiveFile(const std::string& path) {
   constexpr mode_t permissions = 0666;  // less the process's mask
-  if (holdsNul(path)) return {{}, std::make_error_code(std::errc::invalid_argument)};
+  if (detail::holdsNul(path)) return {{}, std::make_error_code(std::errc::invalid_argument)};
   int descriptor = -1;
   do {
     descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
   } while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) return {{}, lastError()};
+  if (descriptor < 0) return {{}, detail::lastError()};
   struct stat status{};
   ExclusiveFile file;
   if (::fstat(descriptor, &status) == 0) {
     file.identity = identityOf(status);
   } else {
-    file.error = lastError();
+    file.error = detail::lastError();
     static_cast<void>(::unlink(path.c_str()));
   }
   ::close(descriptor);
@@ -40,18 +37,18 @@ ExclusiveFile makeExclusiveFile(const std::string& path) {
 
 std::error_code removeFile(const std::string& path, const FileIdentity& identity) {
   if (fileIdentity(path) != identity) return {};
-  return ::unlink(path.c_str()) == 0 || errno == ENOENT ? std::error_code() : lastError();
+  return ::unlink(path.c_str()) == 0 || errno == ENOENT ? std::error_code() : detail::lastError();
 }
 
 std::optional<FileIdentity> fileIdentity(const std::string& path) {
   struct stat status{};
-  if (holdsNul(path) || ::lstat(path.c_str(), &status) != 0) return std::nullopt;
+  if (detail::holdsNul(path) || ::lstat(path.c_str(), &status) != 0) return std::nullopt;
   return identityOf(status);
 }
 
 std::optional<FileIdentity> targetIdentity(const std::string& path) {
   struct stat status{};
-  if (holdsNul(path) || ::stat(path.c_str(), &status) != 0) return std::nullopt;
+  if (detail::holdsNul(path) || ::stat(path.c_str(), &status) != 0) return std::nullopt;
   return identityOf(status);
 }
 

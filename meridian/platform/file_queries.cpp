@@ -9,11 +9,10 @@
 #include <system_error>
 
 #include "meridian/platform/path_text.h"
+#include "meridian/platform/posix_calls.h"
 
 namespace meridian {
 namespace {
-
-bool isCutOff(const std::string& path) noexcept { return path.find('\0') != std::string::npos; }
 
 struct FileSystemRow {
   /// As statfs(2) gives it.
@@ -44,31 +43,31 @@ constexpr auto fileSystems = std::to_array<FileSystemRow>({
 
 bool pathExists(const std::string& path) noexcept {
   struct stat status{};
-  return !isCutOff(path) && ::stat(path.c_str(), &status) == 0;
+  return !detail::holdsNul(path) && ::stat(path.c_str(), &status) == 0;
 }
 
 std::error_code lookUpFault(const std::string& path) {
-  if (isCutOff(path)) return std::make_error_code(std::errc::invalid_argument);
+  if (detail::holdsNul(path)) return std::make_error_code(std::errc::invalid_argument);
   struct stat status{};
   const bool canSay = ::lstat(path.c_str(), &status) == 0 || errno == ENOENT;
-  return canSay ? std::error_code() : std::error_code(errno, std::generic_category());
+  return canSay ? std::error_code() : detail::lastError();
 }
 
 bool pathIsDirectory(const std::string& path) noexcept {
   struct stat status{};
-  return !isCutOff(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  return !detail::holdsNul(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 std::optional<bool> pathIsHidden(const std::string& path) noexcept {
   struct stat status{};
-  if (isCutOff(path) || ::lstat(path.c_str(), &status) != 0) return std::nullopt;
+  if (detail::holdsNul(path) || ::lstat(path.c_str(), &status) != 0) return std::nullopt;
   return nameIsHidden(lastPathComponent(path));
 }
 
 VolumeLinks volumeLinks(const std::string& path) {
   struct statfs status{};
-  if (isCutOff(path) || ::statfs(path.c_str(), &status) != 0) {
-    const int failure = isCutOff(path) ? ENOENT : errno;
+  if (detail::holdsNul(path) || ::statfs(path.c_str(), &status) != 0) {
+    const int failure = detail::holdsNul(path) ? ENOENT : errno;
     throw std::system_error(failure, std::generic_category(),
                             "the volume of \"" + path + "\" cannot be asked for its links");
   }

@@ -6,26 +6,23 @@
 
 #include <cerrno>
 
+#include "meridian/platform/posix_calls.h"
+
 namespace meridian {
-namespace {
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
-
-}  // namespace
 
 FileReader::FileReader(const std::string& path) {
-  if (path.find('\0') != std::string::npos) {  // the system would take the part before it
+  if (detail::holdsNul(path)) {
     error_ = std::make_error_code(std::errc::no_such_file_or_directory);
     return;
   }
   descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor_ < 0) {
-    error_ = lastError();
+    error_ = detail::lastError();
     return;
   }
   struct stat status{};
   if (::fstat(descriptor_, &status) != 0) {
-    error_ = lastError();
+    error_ = detail::lastError();
   } else if (S_ISDIR(status.st_mode)) {
     error_ = std::make_error_code(std::errc::is_a_directory);
   } else {
@@ -48,7 +45,7 @@ std::size_t FileReader::read(std::span<char> memory) noexcept {
     if (count > 0) {
       filled += static_cast<std::size_t>(count);
     } else if (errno != EINTR) {
-      error_ = lastError();
+      error_ = detail::lastError();
       break;
     }
   }
@@ -57,7 +54,7 @@ std::size_t FileReader::read(std::span<char> memory) noexcept {
 
 bool FileReader::rewind() noexcept {
   if (::lseek(descriptor_, 0, SEEK_SET) == 0) return true;
-  error_ = lastError();
+  error_ = detail::lastError();
   return false;
 }
 

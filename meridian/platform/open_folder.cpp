@@ -7,10 +7,10 @@
 
 #include <cerrno>
 
+#include "meridian/platform/posix_calls.h"
+
 namespace meridian {
 namespace {
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
 
 constexpr int openingFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
 
@@ -40,17 +40,17 @@ std::optional<ItemKind> askedKind(int folder, const char* name) noexcept {
 }  // namespace
 
 OpenFolder::OpenFolder(const std::string& path) {
-  if (path.find('\0') != std::string::npos) {  // the system would take the part before it
+  if (detail::holdsNul(path)) {
     error_ = std::make_error_code(std::errc::no_such_file_or_directory);
     return;
   }
   descriptor_ = ::open(path.c_str(), openingFlags);
-  if (descriptor_ < 0) error_ = lastError();
+  if (descriptor_ < 0) error_ = detail::lastError();
 }
 
 OpenFolder::OpenFolder(const OpenFolder& parent, const char* name) {
   descriptor_ = ::openat(parent.descriptor_, name, openingFlags | O_NOFOLLOW);
-  if (descriptor_ < 0) error_ = lastError();
+  if (descriptor_ < 0) error_ = detail::lastError();
 }
 
 void OpenFolder::close() noexcept {
@@ -66,7 +66,7 @@ std::optional<FolderEntry> FolderEntries::next() noexcept {
   for (;;) {
     if (place_ == end_) {
       const ssize_t size = ::getdents64(descriptor_, records_.data(), records_.size());
-      if (size < 0) error_ = lastError();
+      if (size < 0) error_ = detail::lastError();
       if (size <= 0) return std::nullopt;
       place_ = 0;
       end_ = static_cast<std::size_t>(size);

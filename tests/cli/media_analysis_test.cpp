@@ -56,7 +56,7 @@ TEST(MediaAnalysisTest, OptionsRenderInTheirOrder) {
 
   EXPECT_THAT(Factory::custodialOptions(42).commandLineArguments(), ElementsAre("-parentPid", "42"));
   EXPECT_THAT(entriesOf(Factory::CustodialOptions(-1, 3)), ElementsAre("-parentPid=-1", "-parentAppNumber=3"));
-  EXPECT_THAT(entriesOf(Factory::CustodialOptions(std::nullopt)), IsEmpty());
+  EXPECT_THAT(entriesOf(Factory::CustodialOptions(std::nullopt, 3)), IsEmpty());
 }
 
 TEST(MediaAnalysisTest, ImageFlagsGoToTheSanitizer) {
@@ -168,7 +168,7 @@ TEST(MediaAnalysisTest, WhatReadsBackAsItWasIsExactlyWhatHasNoLosses) {
 
     const MediaAnalysisCLIReading read = readingOf(words);
     const Words again = vectorOf({&read.basic, read.image ? &*read.image : nullptr, &read.custodial});
-    ASSERT_EQ(again == written, losses == 0);
+    ASSERT_EQ(again == written && read.custodial == custodial, losses == 0);
     if (losses > 0) continue;
     ++carried;
     ASSERT_EQ(read.basic, basic);
@@ -229,6 +229,9 @@ TEST(MediaAnalysisTest, ReadsVectorsAndRemarksOnTheRest) {
        with({}, {"-parentPid", "2147483647"}),
        {"unreadableInteger -parentAppNumber 2147483648", "unreadableInteger -parentPid x",
         "replacedValue -parentPid\n 12"}},
+      {{"-parentAppNumber", "3", "-deepAnalysis"},
+       with({}, {"-deepAnalysis"}),
+       {"withoutParentPid -parentAppNumber 3"}},
       {{"-pathToAnalyzed", "/a", "b", "--", "-Foo"},
        none,
        {"unknownFlag -pathToAnalyzed /a", "unknownFlag -pathToAnalyzed b", "unknownFlag --", "unknownFlag -Foo"}},

@@ -30,7 +30,7 @@ Size readSize(const Arguments& arguments) {
   return *size;
 }
 
-nlohmann::ordered_json asJson(const Size& size) { return {{"width", size.width}, {"height", size.height}}; }
+Json asJson(const Size& size) { return {{"width", size.width}, {"height", size.height}}; }
 
 Status showDimension(const Arguments& arguments) {
   const Size size = readSize(arguments);

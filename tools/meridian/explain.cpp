@@ -129,12 +129,9 @@ void printDropped(const TranscodeExplanation& explanation) {
   printTable(rows);
 }
 
-nlohmann::ordered_json orNull(const auto& optionalText) {
-  return optionalText ? nlohmann::ordered_json(*optionalText) : nlohmann::ordered_json();
-}
+Json orNull(const auto& optionalText) { return optionalText ? Json(*optionalText) : Json(); }
 
-nlohmann::ordered_json typedAsJson(const std::optional<PropertyValue>& typed) {
-  using Json = nlohmann::ordered_json;
+Json typedAsJson(const std::optional<PropertyValue>& typed) {
   if (!typed) return nullptr;
   return std::visit(
       [](const auto& value) -> Json {
@@ -155,8 +152,7 @@ nlohmann::ordered_json typedAsJson(const std::optional<PropertyValue>& typed) {
       *typed);
 }
 
-nlohmann::ordered_json asJson(const TranscodeExplanation& explanation) {
-  using Json = nlohmann::ordered_json;
+Json asJson(const TranscodeExplanation& explanation) {
   Json settings = Json::array();
   for (const ExplainedSetting& setting : explanation.settings) {
     settings.push_back({{"flag", setting.flag},

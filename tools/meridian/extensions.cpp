@@ -28,7 +28,7 @@ void printGroup(const FileExtensionGroup& group, bool json) {
 
 void printAll(bool json) {
   if (json) {
-    nlohmann::ordered_json groups;
+    Json groups;
     for (const FileExtensionGroup& group : fileExtensionGroups) {
       groups[std::string(group.name)] = rawValuesOf(group.members());
     }

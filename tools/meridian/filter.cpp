@@ -56,9 +56,9 @@ class DecisionPrinter {
       std::cout << verdict << '\t' << rule << '\t' << path << '\0';
     } else if (form_ == Form::json) {
       if (!isValidUtf8(path)) ++invalid_;
-      const nlohmann::ordered_json item{{"path", path}, {"ignored", decision.isIgnored}, {"rule", rule}};
+      const Json item{{"path", path}, {"ignored", decision.isIgnored}, {"rule", rule}};
       std::cout << (copied_ + ignored_ == 1 ? "\n  " : ",\n  ")
-                << item.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+                << item.dump(-1, ' ', false, Json::error_handler_t::replace);
     } else {
       std::cout << styled(decision.isIgnored ? Style::warning : Style::good, verdict)
                 << std::string(8 - verdict.size(), ' ') << styled(Style::faint, rule)

@@ -9,8 +9,8 @@
 namespace meridian::command {
 namespace {
 
-void printAsJson() {
-  nlohmann::ordered_json flags = nlohmann::ordered_json::array();
+void printFlagsAsJson() {
+  Json flags = Json::array();
   for (const FlagDescription& flag : flagDescriptions) {
     flags.push_back({{"group", rawValue(flag.group)},
                      {"text", flag.text},
@@ -20,7 +20,7 @@ void printAsJson() {
   printJson(flags);
 }
 
-void printForPeople() {
+void printFlagsForPeople() {
   for (const FlagGroup group : allCases<FlagGroup>()) {
     std::cout << styled(Style::heading, description(group)) << '\n';
     std::vector<std::vector<Cell>> rows;
@@ -45,7 +45,7 @@ Subcommand flagsCommand() {
                    "Print a JSON list: group, text, takesValue, isKnown (offered, and known to the parser)"}},
       .action =
           [](const Arguments& arguments) {
-            arguments.has("json") ? printAsJson() : printForPeople();
+            arguments.has("json") ? printFlagsAsJson() : printFlagsForPeople();
             return done;
           },
   };

@@ -116,10 +116,10 @@ Files filesAskedFor(const Arguments& arguments) {
   return isAmong ? filesAmongDirectories(arguments) : filesOfPath(arguments);
 }
 
-nlohmann::ordered_json asJson(const Files& files, bool isSet) {
-  auto documents = nlohmann::ordered_json::array();
+Json asJson(const Files& files, bool isSet) {
+  auto documents = Json::array();
   for (const ClaimedFile& file : files) {
-    nlohmann::ordered_json document{{"path", file.url.path()}, {"name", file.url.lastPathComponent()}};
+    Json document{{"path", file.url.path()}, {"name", file.url.lastPathComponent()}};
     if (isSet) document["extension"] = file.extension;
     documents.push_back(std::move(document));
   }

@@ -14,8 +14,6 @@
 namespace meridian::command {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 /// The members that tables of one kind alone have.
 void addKindsMembers(Json& document, const ParsedLutFile& lut) {
   const LutRGBSampleConverter& converter = lut.inputConverter();

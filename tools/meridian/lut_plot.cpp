@@ -19,8 +19,8 @@
 namespace meridian::command {
 namespace {
 
-constexpr int pictureWidth = 1600;
-constexpr int pictureHeight = 900;
+constexpr int plotWidth = 1600;
+constexpr int plotHeight = 900;
 
 constexpr LutColor background{0.105, 0.11, 0.12};
 constexpr LutColor plotGround{0.07, 0.074, 0.082};
@@ -56,9 +56,9 @@ struct TextStyle {
 class Canvas {
  public:
   Canvas()
-      : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, pictureWidth, pictureHeight)),
+      : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, plotWidth, plotHeight)),
         cairo_(cairo_create(surface_.get())) {
-    fill({0, 0, pictureWidth, pictureHeight}, background);
+    fill({0, 0, plotWidth, plotHeight}, background);
   }
 
   void fill(const Area& area, const LutColor& color) {

@@ -92,7 +92,7 @@ Status convertSamples(const Arguments& arguments) {
   const Depths depths = readDepths(arguments);
   const std::vector<RGBSample> samples = readSamples(arguments.given.at("values"));
   const auto lut = readLut(arguments);
-  auto results = nlohmann::ordered_json::array();
+  auto results = Json::array();
   for (const RGBSample& sample : samples) {
     const auto result =
         lut->inputConverter().convertIfPossible(sample.red, sample.green, sample.blue, depths.input, depths.output);

@@ -66,8 +66,8 @@ bool reportRejected(const TranscodeCliArguments& store) {
   return true;
 }
 
-void printJson(const nlohmann::ordered_json& document) {
-  std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+void printJson(const Json& document) {
+  std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 void printVector(const std::vector<std::string>& vector, const Arguments& arguments) {

@@ -12,6 +12,9 @@
 
 namespace meridian::command {
 
+/// Keeps members in the order in which they are added.
+using Json = nlohmann::ordered_json;
+
 /// The text in quotation marks, safe for a terminal.
 [[nodiscard]] std::string inQuotes(std::string_view text);
 
@@ -27,7 +30,7 @@ void warnOfInvalidPath(std::string_view path);
 bool reportRejected(const TranscodeCliArguments& store);
 
 /// Writes the document and a line end to standard output. Bytes that are not valid UTF-8 become U+FFFD.
-void printJson(const nlohmann::ordered_json& document);
+void printJson(const Json& document);
 
 /// Writes an argument vector in the form that the options ask for: a JSON list ("json"), an element up to each NUL
 /// ("null"), or an element a line.

@@ -9,17 +9,17 @@
 namespace meridian::command {
 namespace {
 
-void printAsJson() {
-  nlohmann::ordered_json presets = nlohmann::ordered_json::array();
+void printPresetsAsJson() {
+  Json presets = Json::array();
   for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) {
-    nlohmann::ordered_json pairs = nlohmann::ordered_json::array();
+    Json pairs = Json::array();
     for (const auto& [flag, value] : orderedArguments(each)) pairs.push_back({{"flag", flag}, {"value", value}});
     presets.push_back({{"name", preset(each)}, {"description", description(each)}, {"arguments", pairs}});
   }
   printJson(presets);
 }
 
-void printForPeople() {
+void printPresetsForPeople() {
   for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) {
     std::cout << styled(Style::heading, preset(each)) << "  " << description(each) << '\n';
     std::vector<std::vector<Cell>> rows;
@@ -41,7 +41,7 @@ Subcommand presetsCommand() {
                    "Print a JSON list: name, description, arguments (flag and value, in order)"}},
       .action =
           [](const Arguments& arguments) {
-            arguments.has("json") ? printAsJson() : printForPeople();
+            arguments.has("json") ? printPresetsAsJson() : printPresetsForPeople();
             return done;
           },
   };

@@ -20,7 +20,6 @@ std::optional<FrameRate> choiceOf(const GivenRate& given) {
 }
 
 void printAsJson(const GivenRate& given) {
-  using Json = nlohmann::ordered_json;
   const auto choice = choiceOf(given);
   const auto framesPerSecond = timecodeFramesPerSecond(given.rate);
   printJson({{"videoFrameRate", given.rate},

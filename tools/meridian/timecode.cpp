@@ -91,7 +91,6 @@ Reading readArguments(const Arguments& arguments) {
 }
 
 void printAsJson(const Reading& reading) {
-  using Json = nlohmann::ordered_json;
   Json document{{"properForm", reading.properForm()},
                 {"components", reading.timecode},
                 {"timecodeString", reading.timecode.timecodeString()}};
