@@ -125,14 +125,11 @@ Subcommand filterCommand() {
       .name = "filter",
       .description = "Show which items of folder trees would be copied, and which rule decides",
       .details =
-          "Each PATH is a folder, whose items are decided on but not the folder itself, or a single item. The first "
-          "of\n"
-          "these rules that fits decides: a \"forced component\" is ignored, and so is a \"hidden\" item; a "
-          "\"directory\"\n"
-          "is copied; with \"no extensions\" given, everything is; else the \"extension\" decides. Names are compared\n"
-          "without regard to case, extensions with the end of the name. Ignored folders are not entered. Nor are "
-          "links,\n"
-          "which count as what they lead to.\n"
+          "Each PATH is a folder, whose items are decided on but not the folder itself, or a single item. The first\n"
+          "rule that fits decides: a \"forced component\" is ignored, and so is a \"hidden\" item; a \"directory\" is\n"
+          "copied; with \"no extensions\" given, everything is; else the \"extension\" decides. Names are compared\n"
+          "without regard to case, extensions with the end of the name. Ignored folders are not entered. Nor are\n"
+          "links, which count as what they lead to.\n"
           "What cannot be read is said on standard error; then the exit status is 1.\n"
           "To copy what is left: meridian filter --null ... | grep -az ^copy | cut -z -f3-",
       .example =
