@@ -47,6 +47,7 @@ class Guarded {
 using StandardMutex = Guarded<std::mutex, std::lock_guard<std::mutex>>;
 using StandardSharedMutex = Guarded<std::shared_mutex, std::shared_lock<std::shared_mutex>>;
 
+/// The switches are called through their interface, and the bare peers are not.
 template <typename Switch>
 void registerSwitch(const std::string& kind, const std::shared_ptr<Switch>& shared) {
   benchmark::RegisterBenchmark(("switch_get/" + kind).c_str(), [shared](benchmark::State& state) {
@@ -64,12 +65,14 @@ const bool switchesAreRegistered = [] {
   const std::shared_ptr<AtomicSwitch> queue = QueueBasedAtomicSwitch::withTargetQos(false, "queue", qos);
   const std::shared_ptr<AtomicSwitch> concurrentQueue =
       std::make_shared<ConcurrentQueueBasedAtomicSwitch>(false, "concurrent queue", qos);
-  registerSwitch("unfair_lock/meridian", unfairLock);
-  registerSwitch("unfair_lock/std::atomic", std::make_shared<StandardAtomic>());
-  registerSwitch("unfair_lock/std::mutex", std::make_shared<StandardMutex>());
-  registerSwitch("queue/meridian", queue);
-  registerSwitch("queue/std::mutex", std::make_shared<StandardMutex>());
-  registerSwitch("concurrent_queue/meridian", concurrentQueue);
+  const auto registerBesidePeers = [](const std::string& kind, const std::shared_ptr<AtomicSwitch>& own) {
+    registerSwitch(kind + "/meridian", own);
+    registerSwitch(kind + "/std::atomic", std::make_shared<StandardAtomic>());
+    registerSwitch(kind + "/std::mutex", std::make_shared<StandardMutex>());
+  };
+  registerBesidePeers("unfair_lock", unfairLock);
+  registerBesidePeers("queue", queue);
+  registerBesidePeers("concurrent_queue", concurrentQueue);
   registerSwitch("concurrent_queue/std::shared_mutex", std::make_shared<StandardSharedMutex>());
   return true;
 }();

@@ -1,6 +1,7 @@
 // Hashes many files with at most so many open at a time: hash_files LIMIT FILE...
 #include <meridian/concurrency/task_semaphore.h>
 
+#include <algorithm>
 #include <charconv>
 #include <condition_variable>
 #include <coroutine>
@@ -8,11 +9,13 @@
 #include <deque>
 #include <exception>
 #include <fstream>
+#include <iomanip>
 #include <iostream>
 #include <latch>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -21,8 +24,8 @@ namespace {
 /// Threads that go on with coroutines.
 class Pool {
  public:
-  explicit Pool(unsigned threads) {
-    for (unsigned i = 0; i < threads; ++i) {
+  explicit Pool(std::size_t threads) {
+    for (std::size_t i = 0; i < threads; ++i) {
       threads_.emplace_back([this](const std::stop_token& stop) {
         while (const auto coroutine = next(stop)) coroutine.resume();
       });
@@ -108,9 +111,10 @@ Task run(Hashing& hashing, meridian::TaskSemaphore& semaphore, Pool& pool, std::
 int main(int argc, char** argv) {
   const std::vector<std::string> words(argv + 1, argv + argc);
   int limit = 0;
-  if (!words.empty()) std::from_chars(words[0].data(), words[0].data() + words[0].size(), limit);
-  if (limit < 1) {
-    std::cerr << "usage: hash_files LIMIT FILE..., with a limit of at least 1\n";
+  const std::string text = words.empty() ? "" : words[0];
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
+  if (error != std::errc() || end != text.data() + text.size() || limit < 1 || limit > 64) {
+    std::cerr << "usage: hash_files LIMIT FILE..., with a limit from 1 to 64\n";
     return 2;
   }
   std::vector<Hashing> hashings;
@@ -118,14 +122,14 @@ int main(int argc, char** argv) {
 
   meridian::TaskSemaphore semaphore(limit);
   std::latch done(static_cast<std::ptrdiff_t>(hashings.size()));
-  Pool pool(4);
+  Pool pool(std::min<std::size_t>(static_cast<std::size_t>(limit), hashings.size()));
   for (Hashing& hashing : hashings) run(hashing, semaphore, pool, done);
   done.wait();
 
   int status = 0;
   for (const Hashing& hashing : hashings) {
     if (hashing.hash) {
-      std::cout << std::hex << *hashing.hash << "  " << hashing.path << '\n';
+      std::cout << std::hex << std::setw(16) << std::setfill('0') << *hashing.hash << "  " << hashing.path << '\n';
     } else {
       std::cerr << hashing.path << ": cannot be read\n";
       status = 1;

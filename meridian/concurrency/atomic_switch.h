@@ -12,8 +12,8 @@
 
 namespace meridian {
 
-/// A flag that any thread may read and write; each single get and each single set is atomic. Holders share it through
-/// a `std::shared_ptr`.
+/// A flag that any thread may read and write; each single get and each single set is atomic. Holders share one,
+/// mostly through a `std::shared_ptr`.
 class MERIDIAN_API AtomicSwitch {
  public:
   AtomicSwitch(const AtomicSwitch&) = delete;

@@ -6,8 +6,23 @@
 
 namespace meridian {
 
+/// A thread waits on its own stack alone: with a slot it needs the semaphore no more, which may be gone by then.
 struct TaskSemaphore::WaitingThread : Waiter {
-  std::condition_variable wake;
+  void wait() noexcept {
+    std::unique_lock guard(mutex_);
+    wake_.wait(guard, [this] { return hasSlot_; });
+  }
+
+  void wake() noexcept {
+    const std::lock_guard guard(mutex_);
+    hasSlot_ = true;
+    wake_.notify_one();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable wake_;
+  bool hasSlot_ = false;
 };
 
 /// The coroutines that a thread's signals have given slots, in the order in which the thread resumes them.
@@ -24,18 +39,24 @@ class TaskSemaphore::ResumptionList {
     if (isResuming_) return;
     isResuming_ = true;
     while (!noted_.isEmpty()) {
-      Waiter& next = noted_.takeFirst();
-      next.place = Waiter::Place::none;
+      Waiter& next = *noted_.first();
+      remove(next);
       next.coroutine.resume();
     }
     isResuming_ = false;
   }
 
-  void remove(Waiter& waiter) noexcept { noted_.remove(waiter); }
+  void remove(Waiter& waiter) noexcept {
+    noted_.remove(waiter);
+    waiter.place = Waiter::Place::none;
+    if (waiter.semaphore != nullptr) waiter.semaphore->noted_.fetch_sub(1, std::memory_order_relaxed);
+  }
 
-  void forget(const TaskSemaphore& semaphore) noexcept {
+  void forget(TaskSemaphore& semaphore) noexcept {
     for (Waiter* waiter = noted_.first(); waiter != nullptr; waiter = waiter->next) {
-      if (waiter->semaphore == &semaphore) waiter->semaphore = nullptr;
+      if (waiter->semaphore != &semaphore) continue;
+      waiter->semaphore = nullptr;
+      semaphore.noted_.fetch_sub(1, std::memory_order_relaxed);
     }
   }
 
@@ -46,6 +67,9 @@ class TaskSemaphore::ResumptionList {
 
 TaskSemaphore::~TaskSemaphore() {
   ResumptionList::ofThisThread().forget(*this);
+  if (noted_.load(std::memory_order_relaxed) != 0) {
+    preconditionFailed("TaskSemaphore destroyed while another thread is about to resume a coroutine with a slot of it");
+  }
   const std::lock_guard guard(mutex_);
   while (!line_.isEmpty()) {
     Waiter& waiter = line_.takeFirst();
@@ -57,27 +81,33 @@ TaskSemaphore::~TaskSemaphore() {
 void TaskSemaphore::waitBlocking() noexcept {
   if (tryTakeSlot()) return;
   WaitingThread self;
-  std::unique_lock guard(mutex_);
-  if (standInLine(self)) self.wake.wait(guard, [&] { return self.place == Waiter::Place::none; });
+  bool hasToWait = false;
+  {
+    const std::lock_guard guard(mutex_);
+    hasToWait = standInLine(self);
+  }
+  if (hasToWait) self.wait();
 }
 
 void TaskSemaphore::signal() noexcept {
   while (!tryGiveBackSlot()) {
-    Waiter* coroutine = nullptr;
+    Waiter* first = nullptr;
     {
       const std::lock_guard guard(mutex_);
-      if (line_.isEmpty()) continue;  // the last one gave up meanwhile
-      Waiter& first = *line_.first();
-      leaveLine(first);
-      if (first.coroutine) {
-        first.place = Waiter::Place::noted;
-        coroutine = &first;
-      } else {
-        static_cast<WaitingThread&>(first).wake.notify_one();
+      if (line_.isEmpty()) continue;  // the last one got another slot meanwhile, or gave up
+      first = line_.first();
+      leaveLine(*first);
+      if (first->coroutine) {
+        first->place = Waiter::Place::noted;
+        noted_.fetch_add(1, std::memory_order_relaxed);
       }
     }
     // From here on the semaphore may be gone.
-    if (coroutine != nullptr) ResumptionList::ofThisThread().resume(*coroutine);
+    if (first->coroutine) {
+      ResumptionList::ofThisThread().resume(*first);
+    } else {
+      static_cast<WaitingThread*>(first)->wake();
+    }
     return;
   }
 }

@@ -30,7 +30,8 @@ class MERIDIAN_API TaskSemaphore {
   TaskSemaphore& operator=(const TaskSemaphore&) = delete;
 
   /// Coroutines that still wait are never resumed: who owns them destroys them, before or after this. Those that have
-  /// been given a slot are. A thread that still waits would wait for ever: that stops the process.
+  /// been given a slot and are noted on this thread are. What would go wrong stops the process: a thread that still
+  /// waits, for ever, and a coroutine noted on another thread, which could not know that its semaphore has gone.
   ~TaskSemaphore();
 
   /// `co_await semaphore.wait()` returns when the caller holds a slot, at once where one is free. Never fails. The
@@ -73,6 +74,8 @@ class MERIDIAN_API TaskSemaphore {
   std::atomic<State> state_ = 0;
   std::mutex mutex_;
   LinkedQueue<Waiter> line_;
+  /// How many have been given a slot and are noted to be resumed.
+  std::atomic<std::int64_t> noted_ = 0;
 };
 
 /// Who waits for a slot: a suspended coroutine, or a thread where there is none.

@@ -1,5 +1,6 @@
 #include "meridian/platform/dispatch_queue.h"
 
+#include <string_view>
 #include <utility>
 
 #include "meridian/base/precondition.h"
@@ -11,12 +12,7 @@ namespace meridian {
 class DispatchQueue::Turn {
  public:
   Turn(DispatchQueue& queue, LockAccess access) : queue_(queue), access_(access), outer_(innermost) {
-    for (const Turn* turn = outer_; turn != nullptr; turn = turn->outer_) {
-      if (&turn->queue_ == &queue) {
-        preconditionFailed("DispatchQueue \"" + printable(queue.label_) +
-                           "\": a block that is running on the queue submits to it, and would wait for itself");
-      }
-    }
+    if (isOnThisThread(queue)) fail(queue, "submits to it, and would wait for itself");
     queue.lock_.lock(access);
     innermost = this;
   }
@@ -25,6 +21,19 @@ class DispatchQueue::Turn {
   ~Turn() {
     innermost = outer_;
     queue_.lock_.unlock(access_);
+  }
+
+  /// Whether a block on the queue is running on this thread.
+  static bool isOnThisThread(const DispatchQueue& queue) noexcept {
+    for (const Turn* turn = innermost; turn != nullptr; turn = turn->outer_) {
+      if (&turn->queue_ == &queue) return true;
+    }
+    return false;
+  }
+
+  [[noreturn]] static void fail(const DispatchQueue& queue, std::string_view what) {
+    preconditionFailed("DispatchQueue \"" + printable(queue.label_) + "\": a block that is running on the queue " +
+                       std::string(what));
   }
 
  private:
@@ -44,6 +53,10 @@ DispatchQueue::DispatchQueue(std::string label, QualityOfService qualityOfServic
       attributes_(attributes),
       autoreleaseFrequency_(autoreleaseFrequency),
       target_(std::move(target)) {}
+
+DispatchQueue::~DispatchQueue() {
+  if (Turn::isOnThisThread(*this)) Turn::fail(*this, "destroys it");
+}
 
 const std::shared_ptr<DispatchQueue>& DispatchQueue::global(QualityOfService qualityOfService) {
   using Queues = std::array<std::shared_ptr<DispatchQueue>, allCases<QualityOfService>().size()>;

@@ -62,7 +62,8 @@ class MERIDIAN_API DispatchQueue {
 
   DispatchQueue(const DispatchQueue&) = delete;
   DispatchQueue& operator=(const DispatchQueue&) = delete;
-  ~DispatchQueue() = default;
+  /// Outlives its blocks: destroyed by one of them, it stops the process.
+  ~DispatchQueue();
 
   [[nodiscard]] const std::string& label() const noexcept { return label_; }
   [[nodiscard]] QualityOfService qualityOfService() const noexcept { return qualityOfService_; }

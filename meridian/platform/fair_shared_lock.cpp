@@ -12,12 +12,25 @@ struct FairSharedLock::Waiter {
   Waiter* next = nullptr;
 };
 
+/// Under the mutex: whether access was had after all, since those that kept it out have left; else the state is marked.
+/// It is marked only while it is closed, so that nobody waits who could enter, and someone is inside to hand over.
+bool FairSharedLock::tryLockOrMark(LockAccess access) noexcept {
+  while (!tryLock(access)) {
+    State state = state_.load(std::memory_order_relaxed);
+    if ((state & someWait) != 0) return false;
+    if ((state & closing(access)) != 0 &&
+        state_.compare_exchange_strong(state, state | someWait, std::memory_order_relaxed)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 void FairSharedLock::waitInLine(LockAccess access) noexcept {
   std::unique_lock guard(mutex_);
+  if (tryLockOrMark(access)) return;
   Waiter self{.access = access, .admission = {}};
   line_.append(self);
-  // Nobody is left inside to hand over, when all left since the attempt to enter.
-  if (state_.fetch_or(someWait, std::memory_order_acq_rel) == 0) admitFirst();
   self.admission.wait(guard, [&] { return self.isAdmitted; });
 }
 

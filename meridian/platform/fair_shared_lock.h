@@ -32,8 +32,8 @@ class MERIDIAN_API FairSharedLock {
   }
 
  private:
-  /// Who is inside, as the sum of their weights, and the mark that the line is not empty. Only the last one inside and
-  /// who holds the mutex change a marked state.
+  /// Who is inside, as the sum of their weights, and the mark that the line is not empty. A marked state lets nobody
+  /// in: those inside leave it, and who holds the mutex admits those in line. The mark changes under the mutex alone.
   using State = std::uint64_t;
   static constexpr State oneExclusive = 1;
   static constexpr State someWait = 2;
@@ -45,10 +45,14 @@ class MERIDIAN_API FairSharedLock {
     return access == LockAccess::shared ? oneShared : oneExclusive;
   }
 
+  /// What in the state keeps this access out.
+  static constexpr State closing(LockAccess access) noexcept {
+    return access == LockAccess::shared ? oneExclusive | someWait : ~State{0};
+  }
+
   bool tryLock(LockAccess access) noexcept {
-    const State closing = access == LockAccess::shared ? oneExclusive | someWait : ~State{0};
     State state = state_.load(std::memory_order_relaxed);
-    while ((state & closing) == 0) {
+    while ((state & closing(access)) == 0) {
       if (state_.compare_exchange_weak(state, state + weightOf(access), std::memory_order_acquire,
                                        std::memory_order_relaxed)) {
         return true;
@@ -57,6 +61,7 @@ class MERIDIAN_API FairSharedLock {
     return false;
   }
 
+  bool tryLockOrMark(LockAccess access) noexcept;
   void waitInLine(LockAccess access) noexcept;
   void handOver() noexcept;
   void admitFirst() noexcept;

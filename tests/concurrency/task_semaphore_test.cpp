@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <barrier>
 #include <deque>
 #include <functional>
 #include <list>
@@ -256,6 +257,72 @@ TEST(TaskSemaphore, NeverMoreThanTheLimitAreAtWorkOnManyThreads) {
   for (const auto& own : tasks) {
     for (const Task& task : own) EXPECT_TRUE(task.isDone());
   }
+}
+
+// A plain number, which only the slot guards.
+TEST(TaskSemaphore, OrdersWhatIsDoneUnderASlot) {
+  constexpr int times = 20000;
+  TaskSemaphore semaphore(1);
+  int number = 0;
+  const auto count = [&] {
+    for (int i = 0; i < times; ++i) {
+      semaphore.waitBlocking();
+      const SignalAtScopeEnd atEnd(semaphore);
+      ++number;
+    }
+  };
+  {
+    const std::jthread one(count);
+    const std::jthread other(count);
+  }
+  EXPECT_EQ(number, 2 * times);
+}
+
+TEST(TaskSemaphore, OfTwoSignalsForOneWaiterOneGivesBackTheSlot) {
+  constexpr int rounds = 5000;
+  TaskSemaphore semaphore(1);
+  std::vector<int> noted;
+  std::barrier<> gate(3);
+  const auto signalOften = [&] {
+    for (int round = 0; round < rounds; ++round) {
+      gate.arrive_and_wait();
+      semaphore.signal();
+      gate.arrive_and_wait();
+    }
+  };
+  const std::jthread one(signalOften);
+  const std::jthread other(signalOften);
+  for (int round = 0; round < rounds; ++round) {
+    semaphore.waitBlocking();
+    const Task task = noteWhenItHasASlot(semaphore, noted, round);
+    gate.arrive_and_wait();
+    gate.arrive_and_wait();
+    EXPECT_TRUE(task.isDone());
+    EXPECT_EQ(semaphore.activeTasks(), 0);
+  }
+  EXPECT_EQ(noted.size(), rounds);
+}
+
+TEST(TaskSemaphore, MayGoOnceAThreadHasItsSlot) {
+  for (int round = 0; round < 30; ++round) {
+    auto semaphore = std::make_unique<TaskSemaphore>(0);
+    test::WatchedThread thread([&] { semaphore->waitBlocking(); });
+    ASSERT_TRUE(thread.waitUntilAsleep());
+    semaphore->signal();
+    semaphore.reset();
+  }
+}
+
+TEST(TaskSemaphoreDeathTest, StopsWhenItGoesWhileAnotherThreadHasNotedAWaiter) {
+  auto semaphore = std::make_unique<TaskSemaphore>(0);
+  const std::function<void()> noteAndDestroyElsewhere = [&] {
+    semaphore->signal();
+    std::jthread([&] { semaphore.reset(); }).join();
+  };
+  const std::function<void()> nothing = [] {};
+  const Task first = act(*semaphore, noteAndDestroyElsewhere);
+  const Task second = act(*semaphore, nothing);
+  EXPECT_DEATH(semaphore->signal(), "fatal: TaskSemaphore destroyed while another thread");
 }
 
 TEST(TaskSemaphoreDeathTest, StopsWhenItGoesUnderAWaitingThread) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <latch>
 #include <list>
 #include <mutex>
@@ -52,6 +54,39 @@ TEST(DispatchQueue, RunsBlocksOnTheCallingThreadAndOutlivesWhatTheyThrow) {
     queue->barrierSync([&] { ++runs; });
     EXPECT_EQ(runs, 1);
   }
+}
+
+// Two plain blocks that come while a barrier leaves, each of which waits until the other is in.
+TEST(DispatchQueue, NoPlainBlockWaitsForAnotherWithoutABarrier) {
+  constexpr int rounds = 5000;
+  DispatchQueue queue("queue", Qos::unspecified, DispatchQueueAttributes::concurrent);
+  std::atomic<int> round = 0;
+  std::atomic<int> inside = 0;
+  std::atomic<int> done = 0;
+  std::atomic<bool> isStuck = false;
+  const auto meet = [&] {
+    for (int own = 1; own <= rounds; ++own) {
+      while (round < own) std::this_thread::yield();
+      queue.sync([&] {
+        ++inside;
+        const auto begin = std::chrono::steady_clock::now();
+        while (inside < 2 * own && !isStuck) {
+          if (std::chrono::steady_clock::now() - begin > std::chrono::seconds(20)) isStuck = true;
+          std::this_thread::yield();
+        }
+      });
+      ++done;
+    }
+  };
+  {
+    const std::jthread one(meet);
+    const std::jthread other(meet);
+    for (int own = 1; own <= rounds; ++own) {
+      queue.barrierSync([&] { round = own; });
+      while (done < 2 * own) std::this_thread::yield();
+    }
+  }
+  EXPECT_FALSE(isStuck);
 }
 
 // Each letter is a thread that comes after those before it: r submits a plain block, w a barrier block.
@@ -176,6 +211,8 @@ TEST(DispatchQueueDeathTest, StopsABlockThatWouldWaitForItself) {
   EXPECT_DEATH(above->sync([&] { target->sync([] {}); }), message);
   EXPECT_DEATH(target->sync([&] { above->sync([] {}); }), message);
   EXPECT_DEATH(beside->sync([&] { above->sync([] {}); }), message);
+  Queue owned = serial("owned");
+  EXPECT_DEATH(owned->sync([&] { owned.reset(); }), "\"owned\": a block that is running on the queue destroys it");
   // Two plain blocks would hang as soon as a barrier came between them.
   EXPECT_DEATH(above->sync([&] { above->sync([] {}); }), "\"above\": a block that is running");
 }
