@@ -1,39 +1,33 @@
 // Names for output files, beside the plain loop over std::filesystem.
 #include <benchmark/benchmark.h>
-#include <stdlib.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "bench/allocations.h"
 #include "meridian/fs/claimed_files.h"
 #include "meridian/fs/free_names.h"
+#include "tests/support/temporary_folder.h"
 
 namespace meridian::bench {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder in which "clip.mov" and its numbered names are taken, which goes away with its files.
+/// A folder in which "clip.mov" and its numbered names are taken.
 class TakenNames {
  public:
   explicit TakenNames(std::int64_t count) {
-    std::string pattern = (fs::temp_directory_path() / "meridian-bench-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
     for (std::int64_t number = 1; number <= count; ++number) {
       const std::string suffix = number == 1 ? "" : " " + std::to_string(number);
-      std::ofstream(folder_ / ("clip" + suffix + ".mov"));
+      folder_.write("clip" + suffix + ".mov", "");
     }
   }
-  TakenNames(const TakenNames&) = delete;
-  TakenNames& operator=(const TakenNames&) = delete;
-  ~TakenNames() { fs::remove_all(folder_); }
 
-  [[nodiscard]] fs::path clip() const { return folder_ / "clip.mov"; }
+  [[nodiscard]] fs::path clip() const { return folder_.path() / "clip.mov"; }
 
  private:
-  fs::path folder_;
+  test::TemporaryFolder folder_;
 };
 
 void freeNameMeridian(benchmark::State& state) {
@@ -63,6 +57,7 @@ void claimFileMeridian(benchmark::State& state) {
   const AllocationsPerIteration allocations(state);
   for (auto _ : state) {
     const FileClaim claim = claimFile(clip);
+    if (claim.refusal) return state.SkipWithError(claim.refusal->message().c_str());
     // Within the time, since pausing it takes longer than the call.
     fs::remove(claim.files.front().url.path());
   }

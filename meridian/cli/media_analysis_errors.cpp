@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "meridian/base/printable.h"
-#include "meridian/platform/path_check.h"
+#include "meridian/platform/file_queries.h"
 
 namespace meridian {
 

@@ -122,10 +122,11 @@ class Collector {
     }
     if (!value) return;
     if (!known.repeats && !given.values.empty()) {
-      remark(Remark::replacedValue, flag, given.values.back());
+      remark(Remark::replacedValue, given.flag, given.values.back());
       given.values.clear();
     }
     given.values.emplace_back(*value);
+    given.flag = flag;
   }
 
   MediaAnalysisCLIReading reading() && {
@@ -158,6 +159,8 @@ class Collector {
  private:
   struct Given {
     bool isThere = false;
+    /// As it is written before the last of the values.
+    std::string flag;
     /// Those that the flag can take.
     std::vector<std::string> values;
   };
@@ -193,10 +196,13 @@ class Collector {
 std::optional<MediaAnalysisCLILossReason> lossOf(std::string_view flag, std::string_view value) {
   using enum MediaAnalysisCLILossReason;
   const bool isText = takesText(flag);
-  if (value.starts_with('-')) return isText ? readAsFlag : belowZero;
-  if (value.find('\0') != std::string_view::npos) return holdsNul;
-  if (!isText && !readNumber(value)) return notFinite;
-  return std::nullopt;
+  if (!isText) {
+    const auto number = floatFromText(value);
+    if (!number || !std::isfinite(*number)) return notFinite;
+    return value.starts_with('-') ? std::optional(belowZero) : std::nullopt;
+  }
+  if (value.starts_with('-')) return readAsFlag;
+  return value.find('\0') != std::string_view::npos ? std::optional(holdsNul) : std::nullopt;
 }
 
 std::string quoted(std::string_view text) { return '"' + printable(text) + '"'; }

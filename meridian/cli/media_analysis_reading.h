@@ -38,7 +38,7 @@ struct EnumerationTable<MediaAnalysisCLIRemarkKind> {
        "it needs a value, which cannot begin with \"-\"; a path can begin with \"./\""},
       {MediaAnalysisCLIRemarkKind::unexpectedValue, "unexpectedValue", "it takes no value; this one is dropped"},
       {MediaAnalysisCLIRemarkKind::unreadableNumber, "unreadableNumber",
-       "it takes a number of 0 or more; this value is dropped"},
+       "it takes a number from 0 to 3.4e38; this value is dropped"},
       {MediaAnalysisCLIRemarkKind::unreadableInteger, "unreadableInteger",
        "it takes a whole number from 0 to 2147483647; this value is dropped"},
       {MediaAnalysisCLIRemarkKind::replacedValue, "replacedValue",
@@ -50,7 +50,7 @@ struct EnumerationTable<MediaAnalysisCLIRemarkKind> {
 
 struct MediaAnalysisCLIRemark {
   MediaAnalysisCLIRemarkKind kind = MediaAnalysisCLIRemarkKind::strayWord;
-  /// As it is written; empty for a stray word.
+  /// As it is written before the value; empty for a stray word.
   std::string flag;
   /// Absent where the flag has none; a stray word.
   std::optional<std::string> value;
@@ -69,7 +69,8 @@ struct MediaAnalysisCLIReading {
   /// Absent where no image flag stands in the vector. The width is 0 where there is none.
   std::optional<MediaAnalysisCLIArgumentFactory::ImageOptions> image;
   MediaAnalysisCLIArgumentFactory::CustodialOptions custodial;
-  /// In the order of the vector, and at the end that there is no process identifier to an application's number.
+  /// In the order of the vector, that a value is replaced where the next one stands; at the end that there is no
+  /// process identifier to an application's number.
   std::vector<MediaAnalysisCLIRemark> remarks;
 
   /// The flags that are none of the tool's, in order, each once; absent when there are none.

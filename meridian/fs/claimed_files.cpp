@@ -6,6 +6,7 @@
 #include "meridian/fs/name_schemes.h"
 #include "meridian/platform/exclusive_file.h"
 #include "meridian/platform/file_queries.h"
+#include "meridian/platform/posix_calls.h"
 
 namespace meridian {
 namespace {
@@ -17,10 +18,11 @@ class FileMaker {
   /// since no other number would help.
   bool areTaken(std::span<const std::string> paths) {
     // Names that were taken long ago are passed over without making and removing files.
-    if (std::ranges::any_of(paths, pathExists)) return true;
+    if (std::ranges::any_of(paths, nameIsTaken)) return true;
     // One order for all processes: of two that want the same files one gets them all, and not each the other's last.
     std::vector<std::string> ordered(paths.begin(), paths.end());
     std::ranges::sort(ordered);
+    made_.reserve(ordered.size());
     for (std::string& path : ordered) {
       const ExclusiveFile file = makeExclusiveFile(path);
       if (file.error) {
@@ -89,9 +91,17 @@ FileClaim refusalOfName(std::string_view name) {
   return {{}, ClaimRefusal{ClaimRefusalReason::unusableName, Url::fromFilePath(std::string(name)), {}, {}}};
 }
 
-/// Whether the text can be part of a file's name.
-bool isNamePart(std::string_view text) {
-  return text.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+/// Whether a file can have the name.
+bool isFileName(std::string_view name) {
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+/// The refusal of the first directory that is no file address; absent where all are.
+std::optional<FileClaim> refusalOfDirectories(std::span<const Url> directories) {
+  const auto unusable = std::ranges::find_if_not(directories, &Url::isFile);
+  if (unusable == directories.end()) return std::nullopt;
+  return FileClaim{{}, ClaimRefusal{ClaimRefusalReason::noFileAddress, *unusable, {}, {}}};
 }
 
 /// The directories without those that lead to the folder of another before them, where a file would be in its own way.
@@ -117,26 +127,31 @@ std::string ClaimRefusal::message() const {
 }
 
 FileClaim claimFile(const Url& path) {
-  if (path.lastPathComponent().empty() || path.path().find('\0') != std::string::npos)
+  if (auto refusal = refusalOfDirectories({&path, 1})) return *std::move(refusal);
+  if (!isFileName(path.lastPathComponent()) || path.path().ends_with('/') || detail::holdsNul(path.path()))
     return refusalOfName(path.path());
   return claimOf(detail::PathScheme(path));
 }
 
 FileClaim claimFileAmongstDirectories(std::string_view baseName, std::span<const Url> directories,
                                       std::optional<std::string_view> pathExtension) {
-  if (baseName.empty() || !isNamePart(baseName)) return refusalOfName(baseName);
-  if (pathExtension && !isNamePart(*pathExtension)) return refusalOfName(*pathExtension);
+  if (auto refusal = refusalOfDirectories(directories)) return *std::move(refusal);
   const std::vector<Url> folders = distinctFolders(directories);
-  return claimOf(detail::NameScheme(baseName, folders, pathExtension));
+  const detail::NameScheme scheme(baseName, folders, pathExtension);
+  if (baseName.empty()) return refusalOfName(baseName);
+  if (const std::string name = scheme.name({}); !isFileName(name)) return refusalOfName(name);
+  return claimOf(scheme);
 }
 
 FileClaim claimConsistentFiles(std::span<const Url> directories, std::string_view fileName,
                                std::span<const std::string> extensions) {
-  if (fileName.empty() || !isNamePart(fileName)) return refusalOfName(fileName);
-  const auto unusable = std::ranges::find_if_not(extensions, isNamePart);
-  if (unusable != extensions.end()) return refusalOfName(*unusable);
+  if (auto refusal = refusalOfDirectories(directories)) return *std::move(refusal);
   const std::vector<Url> folders = distinctFolders(directories);
   const detail::SetScheme scheme(folders, fileName, extensions);
+  if (fileName.empty()) return refusalOfName(fileName);
+  for (const std::string& extension : extensions) {
+    if (const std::string name = scheme.name({}, extension); !isFileName(name)) return refusalOfName(name);
+  }
   FileClaim claim = claimOf(scheme);
   for (std::size_t place = 0; place < claim.files.size(); ++place) {
     claim.files[place].extension = scheme.extensions()[place % scheme.extensions().size()];

@@ -2,7 +2,7 @@
 //
 // A name is taken when anything has it, a link that leads nowhere too. A name that another process takes in the
 // meantime is taken as well, and counting goes on. The files are empty and closed. Files that belong together are all
-// made or none: what was made is removed again, unless the process is ended on the way.
+// made or none: what was made is removed again, unless the process or its memory ends on the way.
 #pragma once
 
 #include <cstdint>
@@ -19,13 +19,21 @@
 
 namespace meridian {
 
-enum class ClaimRefusalReason : std::uint8_t { unusableName, nameTooLong, notMade, sameFile, notRemoved };
+enum class ClaimRefusalReason : std::uint8_t {
+  noFileAddress,
+  unusableName,
+  nameTooLong,
+  notMade,
+  sameFile,
+  notRemoved
+};
 
 template <>
 struct EnumerationTable<ClaimRefusalReason> {
   static constexpr auto rows = std::to_array<EnumerationRow<ClaimRefusalReason>>({
+      {ClaimRefusalReason::noFileAddress, "noFileAddress", "it is not the address of a file"},
       {ClaimRefusalReason::unusableName, "unusableName",
-       "it is no file name: one is not empty and holds neither a separator nor a NUL"},
+       "it is no file name: one is not empty, \".\" or \"..\" and holds and ends with neither a separator nor a NUL"},
       {ClaimRefusalReason::nameTooLong, "nameTooLong",
        "its name, with number and extension, or its whole path is too long for its volume"},
       {ClaimRefusalReason::notMade, "notMade", "it cannot be made"},
@@ -38,7 +46,7 @@ struct EnumerationTable<ClaimRefusalReason> {
 /// Why no files were made.
 struct ClaimRefusal {
   ClaimRefusalReason reason = ClaimRefusalReason::notMade;
-  /// The file that it is about; for a name that cannot be used, the part that was given.
+  /// The file that it is about; a name that cannot be used; an address that is no file's.
   Url url;
   /// What the system said.
   std::error_code systemError;
@@ -61,7 +69,8 @@ struct FileClaim {
   std::optional<ClaimRefusal> refusal;
 };
 
-/// Makes the file that `filePathAdjustedForCollision` names.
+/// Makes the file that `filePathAdjustedForCollision` names. A path with a separator at its end names a folder and is
+/// refused.
 [[nodiscard]] MERIDIAN_API FileClaim claimFile(const Url& path);
 
 /// Makes a file of one name in each of the directories, in their order: the name that

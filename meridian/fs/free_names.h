@@ -1,12 +1,13 @@
 // Names for output files that no existing item has: a number is added until a name is free.
 //
-// The three schemes differ on purpose: a space and a number for a single name ("clip 2.mov"), a hyphen and a number for
-// files that belong together ("clip-2.mov" and "clip-2.xml"). Nothing is made: another process can take the name in the
-// next moment, where fs/claimed_files.h makes the file together with the name. No folder is listed; each name costs one
-// query, so the time is in proportion to the collisions.
+// The schemes differ on purpose: a space and a number for a path, and for a name in several directories ("clip 2.mov");
+// a hyphen and a number for files that belong together ("clip-2.mov" and "clip-2.xml"). Nothing is made: another
+// process can take the name in the next moment, where fs/claimed_files.h makes the file together with the name. No
+// folder is listed; each name costs one query, so the time is in proportion to the collisions.
 //
-// The operations never fail. Where the query cannot see an item (a folder that may not be searched, a name that the
-// number made too long), it says that nothing exists, and the name counts as free.
+// Of any address its path counts, be it a file's or not. The operations never fail. Where the query cannot see an item
+// (a folder that may not be searched, a name that the number made too long), it says that nothing exists, and the name
+// counts as free.
 #pragma once
 
 #include <map>
@@ -30,7 +31,7 @@ using UrlsByExtension = std::map<std::string, Url, std::less<>>;
 
 /// The URL itself when nothing exists at its path; else a file URL with a number behind the whole name: "/out/clip.mov"
 /// gives "/out/clip 2.mov", then "/out/clip 3.mov"; "/out/README" gives "/out/README 2". On purpose "clip 2.mov" gives
-/// "clip 2 2.mov". What stands before the name stays as it is written, so that a relative path stays relative.
+/// "clip 2 2.mov". The folder is what `Url::deletingLastPathComponent` gives, so that "clip.mov" gives "./clip 2.mov".
 [[nodiscard]] MERIDIAN_API Url filePathAdjustedForCollision(const Url& path, ExistenceQuery exists = pathExists);
 
 /// A name, such as "clip 2.mov", that exists in none of the directories. Without directories the base name as it is,

@@ -27,10 +27,10 @@ bool isIgnoredByOption(ItemFilteringOption option, bool isListed) {
   preconditionFailed("item filtering option " + std::to_string(static_cast<int>(option)) + " is none of the cases");
 }
 
-/// A name in the two forms that it is compared in. For ASCII they are the same and need no allocation.
+/// A name in the forms that it is compared in. For ASCII they are one and need no allocation.
 class CaseForms {
  public:
-  explicit CaseForms(std::string_view name) {
+  explicit CaseForms(std::string_view name) : name_(name) {
     unsigned char bits = 0;
     const std::size_t size = std::min(name.size(), ascii_.size());
     for (std::size_t i = 0; i < size; ++i) {
@@ -38,33 +38,34 @@ class CaseForms {
       bits |= static_cast<unsigned char>(c);
       ascii_[i] = static_cast<char>(c + (c >= 'A' && c <= 'Z' ? 'a' - 'A' : 0));
     }
-    if (size == name.size() && bits < 0x80) {
-      folded_ = lowered_ = std::string_view(ascii_.data(), size);
-    } else {
-      folded_ = foldedText_ = caseFolded(name);
-      lowered_ = loweredText_ = lowercased(name);
-    }
+    isAscii_ = size == name.size() && bits < 0x80;
   }
-  CaseForms(const CaseForms&) = delete;
-  CaseForms& operator=(const CaseForms&) = delete;
-  ~CaseForms() = default;
 
-  [[nodiscard]] std::string_view folded() const noexcept { return folded_; }
-  [[nodiscard]] std::string_view lowered() const noexcept { return lowered_; }
+  /// Valid until the next form is asked for.
+  [[nodiscard]] std::string_view folded() {
+    if (isAscii_) return {ascii_.data(), name_.size()};
+    return text_ = caseFolded(name_);
+  }
+
+  /// Lower-cased, from the first dot on: that part alone is mostly ASCII. Valid likewise.
+  [[nodiscard]] std::string_view loweredEnd() {
+    const std::size_t dot = std::min(name_.find('.'), name_.size());
+    if (isAscii_) return std::string_view(ascii_.data(), name_.size()).substr(dot);
+    return text_ = lowercased(name_.substr(dot));
+  }
 
  private:
+  std::string_view name_;
+  bool isAscii_ = false;
   std::array<char, 256> ascii_{};  // a component is at most 255 bytes long
-  std::string foldedText_;
-  std::string loweredText_;
-  std::string_view folded_;
-  std::string_view lowered_;
+  std::string text_;
 };
 
 bool isAmong(const std::vector<std::string>& sorted, std::string_view text) {
   return std::binary_search(sorted.begin(), sorted.end(), text, std::less<>());
 }
 
-/// Whether the name ends with one of the patterns. Each begins with a dot, so only the name's dots can begin an end.
+/// Whether a name ends with one of the patterns, by what it holds from its first dot on: each pattern begins with one.
 bool endsWithAny(std::string_view lowered, const std::vector<std::string>& patterns) {
   for (std::size_t dot = lowered.find('.'); dot != std::string_view::npos; dot = lowered.find('.', dot + 1)) {
     if (isAmong(patterns, lowered.substr(dot))) return true;
@@ -89,7 +90,7 @@ class ItemQuestions {
   explicit ItemQuestions(const Url& item) noexcept : path_(item.path()) {}
 
   bool canBeRead() noexcept {
-    isMissing_ = !pathIsHidden(path_).has_value();
+    isMissing_ = !nameIsTaken(path_);
     return !isMissing_;
   }
   [[nodiscard]] bool isDirectory() const noexcept { return !isMissing_ && pathIsDirectory(path_); }
@@ -130,20 +131,25 @@ ItemFilter::ItemFilter(const ItemFilterSettings& settings)
       ignoresHidden_(settings.ignoreHiddenItems) {}
 
 bool ItemFilter::isIgnored(std::string_view name, Question canBeRead, Question isDirectory) const {
-  const CaseForms forms(name);
-  if (isAmong(forcedNames_, forms.folded())) return true;
+  CaseForms forms(name);
+  if (!forcedNames_.empty() && isAmong(forcedNames_, forms.folded())) return true;
   if (ignoresHidden_ && nameIsHidden(name) && canBeRead()) return true;
   if (patterns_.empty()) return false;
-  return isIgnoredByOption(option_, endsWithAny(forms.lowered(), patterns_)) && !isDirectory();
+  const bool isListed = endsWithAny(forms.loweredEnd(), patterns_);
+  // What is copied be it a directory or not needs no question.
+  if (option_ == (isListed ? ItemFilteringOption::onlyListedExtensions : ItemFilteringOption::ignoreListedExtensions)) {
+    return false;
+  }
+  return !isDirectory() && isIgnoredByOption(option_, isListed);
 }
 
 ItemDecision ItemFilter::decision(std::string_view name, Question canBeRead, Question isDirectory) const {
-  const CaseForms forms(name);
-  if (isAmong(forcedNames_, forms.folded())) return {true, ItemFilterRule::forcedComponent};
+  CaseForms forms(name);
+  if (!forcedNames_.empty() && isAmong(forcedNames_, forms.folded())) return {true, ItemFilterRule::forcedComponent};
   if (ignoresHidden_ && nameIsHidden(name) && canBeRead()) return {true, ItemFilterRule::hidden};
   if (isDirectory()) return {false, ItemFilterRule::directory};
   if (patterns_.empty()) return {false, ItemFilterRule::noExtensions};
-  return {isIgnoredByOption(option_, endsWithAny(forms.lowered(), patterns_)), ItemFilterRule::extension};
+  return {isIgnoredByOption(option_, endsWithAny(forms.loweredEnd(), patterns_)), ItemFilterRule::extension};
 }
 
 bool ItemFilter::isIgnored(const Url& item) const {

@@ -73,8 +73,10 @@ class ItemFilter {
   /// Whether it is, and by which rule. Unless its name decides, the file system is asked.
   [[nodiscard]] MERIDIAN_API ItemDecision decision(const Url& item) const;
 
-  /// The same for an item that was found in a folder, by its name. `isDirectory`, which follows links, is called at
-  /// most once, and only where the answer depends on it: a directory entry that knows its kind needs no question.
+  /// The same for an item that was found in a folder, by its name; having been found it counts as one that can be read,
+  /// where a folder that may be listed but not searched hides it from the other two. `isDirectory`, which follows
+  /// links, is called at most once, and only where the answer depends on it: a directory entry that knows its kind
+  /// needs no question.
   [[nodiscard]] MERIDIAN_API bool isIgnored(std::string_view name, FunctionRef<bool()> isDirectory) const;
   [[nodiscard]] MERIDIAN_API ItemDecision decision(std::string_view name, FunctionRef<bool()> isDirectory) const;
 

@@ -11,7 +11,8 @@
 namespace meridian {
 
 /// Whether the listed extensions are those that are not copied, or the only ones that are. An application stores the
-/// case's number. Display text and tooltip are translated by `localizedString` and `localizedTooltip`.
+/// case's number; the table's text is the case's name. Display text and tooltip are translated by `localizedString` and
+/// `localizedTooltip`.
 enum class ItemFilteringOption : std::uint8_t { ignoreListedExtensions = 0, onlyListedExtensions = 1 };
 
 struct ItemFilteringOptionRow {

@@ -33,8 +33,8 @@ class CharacterSet {
     return result;
   }
 
-  /// Whether the set holds a character, given as its UTF-8 bytes. A byte that is part of no character is in no text, so
-  /// that sets of listed characters do not hold it and inverted ones do.
+  /// Whether the set holds one character, given as its UTF-8 bytes. A byte that is part of no character is in no text,
+  /// so that sets of listed characters do not hold it and inverted ones do.
   [[nodiscard]] constexpr bool contains(std::string_view character) const noexcept {
     const bool isStray = character.size() == 1 && static_cast<unsigned char>(character.front()) >= 0x80;
     const bool isListed = !isStray && characters_.find(character) != std::string_view::npos;
@@ -61,8 +61,8 @@ inline constexpr auto legalLtfsCharacters = [] {
 
 }  // namespace detail
 
-/// The 88 visible ASCII characters and the blank, without the illegal ones. "/" and ":" are among them on purpose: only
-/// the desktop forbids them.
+/// The 88 characters of ASCII from the blank to "~" without the illegal ones. "/" and ":" are among them on purpose:
+/// only the desktop forbids them.
 inline constexpr std::string_view legalLtfsCharacters(detail::legalLtfsCharacters.data(),
                                                       detail::legalLtfsCharacters.size());
 inline constexpr CharacterSet validLtfsCharacters(legalLtfsCharacters);

@@ -18,6 +18,7 @@ PathScheme::PathScheme(const Url& path)
 
 std::vector<std::string> PathScheme::paths(std::string_view suffix) const {
   if (suffix.empty()) return {path_};
+  // Below the root it is "/clip 2.mov" on purpose, and not the "//clip 2.mov" of a plain concatenation.
   return {appendingPathComponent(directory_, std::string(base_).append(suffix).append(extensionPart_))};
 }
 
@@ -33,7 +34,7 @@ std::vector<std::string> NameScheme::paths(std::string_view suffix) const {
   const std::string name = this->name(suffix);
   std::vector<std::string> paths;
   paths.reserve(directories_.size());
-  for (const Url& directory : directories_) paths.push_back(appendingPathComponent(directory.path(), name));
+  for (const Url& directory : directories_) paths.push_back(directory.appendingPathComponent(name).path());
   return paths;
 }
 
@@ -54,7 +55,7 @@ std::vector<std::string> SetScheme::paths(std::string_view suffix) const {
   paths.reserve(directories_.size() * extensions_.size());
   for (const Url& directory : directories_) {
     for (const std::string& extension : extensions_) {
-      paths.push_back(appendingPathComponent(directory.path(), name(suffix, extension)));
+      paths.push_back(directory.appendingPathComponent(name(suffix, extension)).path());
     }
   }
   return paths;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -12,8 +14,8 @@
 namespace meridian {
 namespace {
 
-/// Folders kept open below the outermost one. In a deeper tree the outer ones are closed and opened again when
-/// something in them is to be entered.
+/// Folders kept open below the outermost one. In a deeper tree the outer ones are closed, and opened again on the way
+/// back.
 constexpr std::size_t openLevels = 32;
 
 /// Walks by a stack of its own, one level for each folder that it is in. The entries of all these folders lie one
@@ -29,7 +31,6 @@ class TreeWalk {
       report_({path_, folder.error()});
       return;
     }
-    if (!path_.ends_with('/')) path_ += '/';
     enter(std::move(folder));
     bool stop = false;
     while (!levels_.empty() && !stop) {
@@ -52,6 +53,8 @@ class TreeWalk {
   struct Level {
     /// Closed while the walk is deep below it, but for the outermost one.
     OpenFolder folder;
+    /// Which folder it was when it was closed.
+    std::optional<FileIdentity> identity;
     /// Up to and with the separator behind the folder.
     std::size_t pathSize;
     std::size_t firstName;
@@ -64,15 +67,17 @@ class TreeWalk {
     return std::string_view(names_).substr(entry.name, entry.nameSize);
   }
 
-  /// Reads the folder at `path_`, which ends with a separator.
+  /// Reads the folder at `path_`, and puts a separator behind it.
   void enter(OpenFolder folder) {
-    levels_.push_back({std::move(folder), path_.size(), names_.size(), entries_.size(), entries_.size()});
+    const std::size_t pathSize = path_.size() + (path_.ends_with('/') ? 0 : 1);
+    levels_.push_back({std::move(folder), std::nullopt, pathSize, names_.size(), entries_.size(), entries_.size()});
     FolderEntries found(levels_.back().folder);
     while (const auto entry = found.next()) {
       entries_.push_back({names_.size(), static_cast<std::uint32_t>(entry->name.size()), entry->kind});
       names_.append(entry->name).push_back('\0');
     }
     if (found.error()) report_({path_, found.error()});
+    path_.resize(pathSize, '/');
     std::sort(entries_.begin() + static_cast<std::ptrdiff_t>(levels_.back().firstEntry), entries_.end(),
               [this](const Entry& left, const Entry& right) { return nameOf(left) < nameOf(right); });
     closeFarAbove(levels_.size() - 1);
@@ -81,7 +86,17 @@ class TreeWalk {
   void leave() {
     names_.resize(levels_.back().firstName);
     entries_.resize(levels_.back().firstEntry);
+    const OpenFolder left = std::move(levels_.back().folder);
     levels_.pop_back();
+    if (!levels_.empty() && !levels_.back().folder.isOpen() && left.isOpen()) reopenAbove(left);
+  }
+
+  /// Opens the innermost folder from the one below it. One step back costs the same however deep it is. A folder that
+  /// was moved meanwhile leads back to another place, which is not entered.
+  void reopenAbove(const OpenFolder& below) {
+    Level& level = levels_.back();
+    OpenFolder above(below, "..");
+    if (above.isOpen() && level.identity && above.identity() == level.identity) level.folder = std::move(above);
   }
 
   /// Gives the next item of the innermost folder, and enters it; whether to stop.
@@ -101,8 +116,7 @@ class TreeWalk {
     const OpenFolder& parent = reopened(levels_.size() - 1);
     if (!parent.isOpen()) {
       report_({path_, parent.error()});
-    } else if (OpenFolder folder(parent, names_.data() + entry.name); folder.isOpen()) {
-      path_ += '/';
+    } else if (OpenFolder folder = openedWithin(levels_.size() - 1, entry); folder.isOpen()) {
       enter(std::move(folder));
     } else {
       report_({path_, folder.error()});
@@ -112,27 +126,48 @@ class TreeWalk {
 
   bool leadsToDirectory(const Entry& link) {
     const OpenFolder& parent = reopened(levels_.size() - 1);
-    return parent.isOpen() && parent.leadsToDirectory(names_.data() + link.name);
+    std::error_code fault = parent.error();
+    const bool isDirectory = parent.isOpen() && parent.leadsToDirectory(names_.data() + link.name, fault);
+    if (!isDirectory && fault) report_({path_, fault});
+    return isDirectory;
   }
 
-  /// The level's folder, opened again from the next outer one that is open. Not open where that was not possible.
+  /// The level's folder, opened again where the way back did not lead there, from the next outer one that is open. Not
+  /// open where that was not possible.
   const OpenFolder& reopened(std::size_t level) {
     std::size_t outer = level;
     while (!levels_[outer].folder.isOpen()) --outer;
     for (; outer < level; ++outer) {
       const Entry& inner = entries_[levels_[outer].nextEntry - 1];
-      OpenFolder folder(levels_[outer].folder, names_.data() + inner.name);
-      const bool isOpen = folder.isOpen();
-      levels_[outer + 1].folder = std::move(folder);
-      if (!isOpen) return levels_[outer + 1].folder;
+      levels_[outer + 1].folder = openedWithin(outer, inner);
+      if (!levels_[outer + 1].folder.isOpen()) return levels_[outer + 1].folder;
       closeFarAbove(outer + 1);
     }
     return levels_[level].folder;
   }
 
+  /// The folder of an entry of the level, which is open. Where the process may open no more, all but this level and the
+  /// outermost one are closed for it.
+  OpenFolder openedWithin(std::size_t level, const Entry& entry) {
+    const OpenFolder& parent = levels_[level].folder;
+    OpenFolder folder(parent, names_.data() + entry.name);
+    if (folder.error() != std::errc::too_many_files_open && folder.error() != std::errc::too_many_files_open_in_system)
+      return folder;
+    for (std::size_t other = 1; other < levels_.size(); ++other) {
+      if (other != level) close(levels_[other]);
+    }
+    return {parent, names_.data() + entry.name};
+  }
+
   /// Closes the folder that is one too many when this level's is open, unless it is the outermost one.
   void closeFarAbove(std::size_t level) noexcept {
-    if (level > openLevels) levels_[level - openLevels].folder.close();
+    if (level > openLevels) close(levels_[level - openLevels]);
+  }
+
+  static void close(Level& level) noexcept {
+    if (!level.folder.isOpen()) return;
+    level.identity = level.folder.identity();
+    level.folder.close();
   }
 
   const ItemFilter& filter_;

@@ -31,6 +31,7 @@ bool hasPrefix(const Url& url, const Url& prefix) noexcept { return hasPrefix(ur
 bool hasPrefixDirectory(const Url& url, const Url& prefix) {
   const Url standardized = url.standardized();
   const Url standardizedPrefix = prefix.standardized();
+  if (standardizedPrefix.path() == ".") return true;  // no components are left, as of an empty path
   const auto components = standardized.pathComponents();
   const auto first = standardizedPrefix.pathComponents();
   return first.size() <= components.size() && std::equal(first.begin(), first.end(), components.begin());
@@ -43,7 +44,9 @@ std::optional<TextRange> prefixRange(const Url& url, const Url& of) noexcept {
 
 bool containsItem(const Url& url, const Url& item, bool ensureItemExists) {
   if (pathIsEqual(url, item)) return false;
-  if (pathIsEqual(url.deletingLastPathComponent(), item.deletingLastPathComponent())) return false;
+  // The root has no component that could be deleted, and so no neighbours.
+  const bool hasNeighbours = !url.lastPathComponent().empty();
+  if (hasNeighbours && pathIsEqual(url.deletingLastPathComponent(), item.deletingLastPathComponent())) return false;
   return hasPrefix(item, url.path()) && (!ensureItemExists || pathExists(item.path()));
 }
 

@@ -44,7 +44,7 @@ inline constexpr std::array<std::string_view, 2> remoteURLSchemes{"https", "http
 [[nodiscard]] MERIDIAN_API bool hasPrefix(const Url& url, const Url& prefix) noexcept;
 
 /// Whether the path begins with the other's, component by component and both standardized: "/a/./b/c" with "/a/b", but
-/// not "/a/bc". An empty path counts as a prefix of everything.
+/// not "/a/bc". A path of which nothing is left, "" or ".", counts as a prefix of everything.
 [[nodiscard]] MERIDIAN_API bool hasPrefixDirectory(const Url& url, const Url& prefix);
 
 /// A range of bytes in a text.
@@ -60,8 +60,8 @@ struct TextRange {
 [[nodiscard]] MERIDIAN_API std::optional<TextRange> prefixRange(const Url& url, const Url& of) noexcept;
 
 /// Whether the item lies below the address. Nothing contains itself or what lies in the same folder as it, both without
-/// regard to case; what else begins with the path does, as a text: "/a/b" contains "/a/bc/d", on purpose. Where the
-/// item has to exist, the file system is asked last.
+/// regard to case; what else begins with the path does, as a text: "/a/b" contains "/a/bc/d", on purpose. The root "/"
+/// contains all other absolute paths. Where the item has to exist, the file system is asked last.
 [[nodiscard]] MERIDIAN_API bool containsItem(const Url& url, const Url& item, bool ensureItemExists = false);
 
 /// The file address of the path without separators at its end: "/x/y" for "/x/y///", the empty path for "//".
@@ -69,8 +69,8 @@ struct TextRange {
 
 /// The file address of the folder that the item lies in, from a volume's folder on: for "/vol/card/A/1.mov" below
 /// "/vol/card" it is "A". The folder's path is cut off as a text; one that the item's folder does not begin with leaves
-/// the path whole, but for a "/" that begins it. The file's name is never included, on purpose: the last argument has
-/// no effect and stays for those who pass it.
+/// the path whole, but for a "/" that begins it, and one with a "/" at its end does not cut off that very folder. The
+/// file's name is never included, on purpose: the last argument has no effect and stays for those who pass it.
 [[nodiscard]] MERIDIAN_API Url subPath(const Url& url, std::string_view fromVolumeFolder, bool includingFileName);
 
 /// The path of `subPath`, without one more "/" at its beginning.

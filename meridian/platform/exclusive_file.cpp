@@ -9,15 +9,10 @@
 #include "meridian/platform/posix_calls.h"
 
 namespace meridian {
-namespace {
-
-FileIdentity identityOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
-
-}  // namespace
 
 ExclusiveFile makeExclusiveFile(const std::string& path) {
   constexpr mode_t permissions = 0666;  // less the process's mask
-  if (detail::holdsNul(path)) return {{}, std::make_error_code(std::errc::invalid_argument)};
+  if (detail::holdsNul(path)) return {{}, detail::faultOfNul()};
   int descriptor = -1;
   do {
     descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
@@ -36,7 +31,9 @@ ExclusiveFile makeExclusiveFile(const std::string& path) {
 }
 
 std::error_code removeFile(const std::string& path, const FileIdentity& identity) {
-  if (fileIdentity(path) != identity) return {};
+  struct stat status{};
+  const bool isThere = !detail::holdsNul(path) && ::lstat(path.c_str(), &status) == 0;
+  if (!isThere || identityOf(status) != identity || status.st_size != 0) return {};
   return ::unlink(path.c_str()) == 0 || errno == ENOENT ? std::error_code() : detail::lastError();
 }
 

@@ -1,20 +1,13 @@
 // Making a file under a name that nothing has, so that of several processes exactly one gets the name.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <system_error>
 
+#include "meridian/platform/file_identity.h"
+
 namespace meridian {
-
-/// Which item of the file system it is: equal for all the names of one item.
-struct FileIdentity {
-  std::uint64_t device = 0;
-  std::uint64_t number = 0;
-
-  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
-};
 
 /// A file that was made, or why it was not.
 struct ExclusiveFile {
@@ -26,7 +19,9 @@ struct ExclusiveFile {
 /// name already, a link that leads nowhere too.
 [[nodiscard]] ExclusiveFile makeExclusiveFile(const std::string& path);
 
-/// Removes what has this name when it is still that item. Whatever else has the name stays, without an error.
+/// Removes what has this name when it is still that item, and empty. What else has the name, or was written to by
+/// somebody meanwhile, stays, without an error; but what
+/// takes the name in the moment between the look and the removal is removed, since the system has no call for both.
 [[nodiscard]] std::error_code removeFile(const std::string& path, const FileIdentity& identity);
 
 /// The item of this name, a link rather than what it leads to; absent when there is none or it cannot be asked for.

@@ -1,7 +1,9 @@
 #include "meridian/platform/file_queries.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -30,6 +32,12 @@ constexpr auto fileSystems = std::to_array<FileSystemRow>({
     {0x00009660, {true, false}},   // ISO 9660
     {0x00009fa0, {false, false}},  // proc
     {0x62656572, {false, false}},  // sysfs
+    {0x0027e0eb, {false, false}},  // control groups
+    {0x63677270, {false, false}},  // control groups, version 2
+    {0x00001cd1, {false, false}},  // pseudo-terminals
+    {0x64626720, {false, false}},  // debugfs
+    {0x74726163, {false, false}},  // tracefs
+    {0x73636673, {false, false}},  // securityfs
     {0xde5e81e4, {false, false}},  // EFI variables
     {0x786f4256, {true, false}},   // shared folders of VirtualBox
     {0x65735546, {false, false}},  // FUSE
@@ -41,34 +49,53 @@ constexpr auto fileSystems = std::to_array<FileSystemRow>({
 
 }  // namespace
 
-bool pathExists(const std::string& path) noexcept {
+std::error_code faultOfItem(const std::string& path) noexcept {
+  if (detail::holdsNul(path)) return detail::faultOfNul();
   struct stat status{};
-  return !detail::holdsNul(path) && ::stat(path.c_str(), &status) == 0;
+  return ::stat(path.c_str(), &status) == 0 ? std::error_code() : detail::lastError();
 }
 
-std::error_code lookUpFault(const std::string& path) {
-  if (detail::holdsNul(path)) return std::make_error_code(std::errc::invalid_argument);
+std::error_code faultOfFolder(const std::string& path) noexcept {
+  if (detail::holdsNul(path)) return detail::faultOfNul();
   struct stat status{};
-  const bool canSay = ::lstat(path.c_str(), &status) == 0 || errno == ENOENT;
+  if (::stat(path.c_str(), &status) != 0) return detail::lastError();
+  return S_ISDIR(status.st_mode) ? std::error_code() : std::make_error_code(std::errc::not_a_directory);
+}
+
+std::error_code faultOfNewFile(const std::string& path) {
+  if (detail::holdsNul(path)) return detail::faultOfNul();
+  struct stat status{};
+  if (::lstat(path.c_str(), &status) == 0) return std::make_error_code(std::errc::file_exists);
+  if (errno != ENOENT || path.empty()) return detail::lastError();
+  if (path.ends_with('/')) return std::make_error_code(std::errc::is_a_directory);
+  const std::size_t slash = path.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  const bool mayWrite = ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+  return mayWrite ? std::error_code() : detail::lastError();
+}
+
+std::error_code lookUpFault(const std::string& path) noexcept {
+  if (detail::holdsNul(path)) return detail::faultOfNul();
+  struct stat status{};
+  if (::lstat(path.c_str(), &status) != 0) return errno == ENOENT ? std::error_code() : detail::lastError();
+  const bool canSay = ::stat(path.c_str(), &status) == 0 || errno == ENOENT || errno == ELOOP;
   return canSay ? std::error_code() : detail::lastError();
 }
 
-bool pathIsDirectory(const std::string& path) noexcept {
+bool nameIsTaken(const std::string& path) noexcept {
   struct stat status{};
-  return !detail::holdsNul(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  return !detail::holdsNul(path) && ::lstat(path.c_str(), &status) == 0;
 }
 
 std::optional<bool> pathIsHidden(const std::string& path) noexcept {
-  struct stat status{};
-  if (detail::holdsNul(path) || ::lstat(path.c_str(), &status) != 0) return std::nullopt;
+  if (!nameIsTaken(path)) return std::nullopt;
   return nameIsHidden(lastPathComponent(path));
 }
 
 VolumeLinks volumeLinks(const std::string& path) {
   struct statfs status{};
   if (detail::holdsNul(path) || ::statfs(path.c_str(), &status) != 0) {
-    const int failure = detail::holdsNul(path) ? ENOENT : errno;
-    throw std::system_error(failure, std::generic_category(),
+    throw std::system_error(detail::holdsNul(path) ? detail::faultOfNul() : detail::lastError(),
                             "the volume of \"" + path + "\" cannot be asked for its links");
   }
   for (const FileSystemRow& row : fileSystems) {

@@ -12,7 +12,7 @@ namespace meridian {
 
 FileReader::FileReader(const std::string& path) {
   if (detail::holdsNul(path)) {
-    error_ = std::make_error_code(std::errc::no_such_file_or_directory);
+    error_ = detail::faultOfNul();
     return;
   }
   descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);

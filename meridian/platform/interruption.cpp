@@ -20,6 +20,9 @@ void removeUnfinishedFile() {
   if (hasUnfinished != 0) unlink(unfinished.data());
 }
 
+/// What a user or the system ends a process with.
+constexpr std::array endings{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+
 extern "C" void removeUnfinished(int signal) {
   removeUnfinishedFile();
   static_cast<void>(std::signal(signal, SIG_DFL));
@@ -40,6 +43,26 @@ void removeFileOnInterruption(const std::string& path) {
     // A signal that the process was started to ignore stays ignored.
     if (std::signal(signal, &removeUnfinished) == SIG_IGN) static_cast<void>(std::signal(signal, SIG_IGN));
   }
+}
+
+InterruptionsHeld::InterruptionsHeld() noexcept {
+  sigset_t signals;
+  sigset_t before;
+  sigemptyset(&signals);
+  for (const int signal : endings) sigaddset(&signals, signal);
+  if (pthread_sigmask(SIG_BLOCK, &signals, &before) != 0) return;
+  for (std::size_t i = 0; i < endings.size(); ++i) {
+    if (sigismember(&before, endings[i]) == 0) held_ |= 1U << i;
+  }
+}
+
+InterruptionsHeld::~InterruptionsHeld() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (std::size_t i = 0; i < endings.size(); ++i) {
+    if ((held_ & 1U << i) != 0) sigaddset(&signals, endings[i]);
+  }
+  pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
 }  // namespace meridian

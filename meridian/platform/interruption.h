@@ -11,4 +11,18 @@ namespace meridian {
 /// by an exit: the one named last; none after an empty path. The process then ends as it would have.
 MERIDIAN_API void removeFileOnInterruption(const std::string& path);
 
+/// While it lives, this thread is not interrupted by the signals that a user or the system ends a process with; those
+/// that come meanwhile take effect afterwards. For short work of a program with one thread.
+class MERIDIAN_API InterruptionsHeld {
+ public:
+  InterruptionsHeld() noexcept;
+  InterruptionsHeld(const InterruptionsHeld&) = delete;
+  InterruptionsHeld& operator=(const InterruptionsHeld&) = delete;
+  ~InterruptionsHeld();
+
+ private:
+  /// Those that were not held before, a bit each.
+  unsigned held_ = 0;
+};
+
 }  // namespace meridian

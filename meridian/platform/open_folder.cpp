@@ -41,7 +41,7 @@ std::optional<ItemKind> askedKind(int folder, const char* name) noexcept {
 
 OpenFolder::OpenFolder(const std::string& path) {
   if (detail::holdsNul(path)) {
-    error_ = std::make_error_code(std::errc::no_such_file_or_directory);
+    error_ = detail::faultOfNul();
     return;
   }
   descriptor_ = ::open(path.c_str(), openingFlags);
@@ -57,9 +57,17 @@ void OpenFolder::close() noexcept {
   if (isOpen()) ::close(std::exchange(descriptor_, -1));
 }
 
-bool OpenFolder::leadsToDirectory(const char* name) const noexcept {
+std::optional<FileIdentity> OpenFolder::identity() const noexcept {
   struct stat status{};
-  return ::fstatat(descriptor_, name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+  if (::fstat(descriptor_, &status) != 0) return std::nullopt;
+  return identityOf(status);
+}
+
+bool OpenFolder::leadsToDirectory(const char* name, std::error_code& fault) const noexcept {
+  struct stat status{};
+  if (::fstatat(descriptor_, name, &status, 0) == 0) return S_ISDIR(status.st_mode);
+  if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) fault = detail::lastError();
+  return false;
 }
 
 std::optional<FolderEntry> FolderEntries::next() noexcept {

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "meridian/platform/file_identity.h"
 #include "meridian/platform/item_kind.h"
 
 namespace meridian {
@@ -36,8 +37,12 @@ class OpenFolder {
   [[nodiscard]] const std::error_code& error() const noexcept { return error_; }
   void close() noexcept;
 
-  /// Whether an item in the folder is a directory, or a link that leads to one.
-  [[nodiscard]] bool leadsToDirectory(const char* name) const noexcept;
+  /// Which folder it is; absent where the system does not say.
+  [[nodiscard]] std::optional<FileIdentity> identity() const noexcept;
+
+  /// Whether an item in the folder is a directory, or a link that leads to one. Where the system cannot say it is none,
+  /// and the fault tells why; a link that leads nowhere or in a circle has none.
+  [[nodiscard]] bool leadsToDirectory(const char* name, std::error_code& fault) const noexcept;
 
  private:
   friend class FolderEntries;

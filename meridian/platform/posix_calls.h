@@ -15,4 +15,9 @@ namespace meridian::detail {
   return path.find('\0') != std::string_view::npos;
 }
 
+/// What a path with a NUL gets, whatever is asked of it: nothing has such a path.
+[[nodiscard]] inline std::error_code faultOfNul() noexcept {
+  return std::make_error_code(std::errc::no_such_file_or_directory);
+}
+
 }  // namespace meridian::detail

@@ -32,10 +32,14 @@ class Url {
   /// The address as `fromText` reads it back to an equal one. A relative file path gives "file:clip.mov".
   [[nodiscard]] MERIDIAN_API std::string text() const;
 
-  /// As it is written, capitals included; "file" for the address of a file. A view into this address.
+  /// As it is written, capitals included; "file" for the address of a file. A view into this address. Schemes are
+  /// compared as they are written: "FILE:///a" is no address of a file.
   [[nodiscard]] std::string_view scheme() const noexcept {
     return surroundings_ == nullptr ? "file" : std::string_view(surroundings_->beforePath).substr(0, schemeSize());
   }
+
+  /// Whether it is the address of a file.
+  [[nodiscard]] bool isFile() const noexcept { return surroundings_ == nullptr; }
 
   /// The path, percent-decoded.
   [[nodiscard]] const std::string& path() const noexcept { return path_; }

@@ -26,11 +26,13 @@ TEST(UrlOperations, ComparePaths) {
       {"/a/bc/d", "/a/b", false, true, false, true},  // a plain prefix, on purpose
       {"/a/b/c", "/A/b", false, false, false, false},
       {"/a/./x/../b/c", "/a//b/", false, false, true, false},
-      {"/a", "/", false, true, true, false},
+      {"/a", "/", false, true, true, true},
       {"/a/b", "/", false, true, true, true},
       {"a/b", "/a", false, false, false, false},
       {"/a/b", "", false, true, true, true},
-      {"a", "", false, true, true, false},
+      {"a", "", false, true, true, true},
+      {"./a", ".", false, true, true, false},
+      {"a", "x/..", false, false, true, false},
       {"", "", true, true, true, false},
       {"/a", "/a/b", false, false, false, false},
   };
@@ -59,6 +61,7 @@ TEST(UrlOperations, CutPaths) {
       {"/vol/card/A/1.mov", "/vol/card", "A", "A"},
       {"/vol/card/A/1.mov", "/vol/card/", "A", "A"},
       {"/vol/card/1.mov", "/vol/card", "", ""},
+      {"/vol/card/1.mov", "/vol/card/", "vol/card", "vol/card"},
       {"/vol/cards/1.mov", "/vol/card", "s", "s"},
       {"/vol/card//A/1.mov", "/vol/card", "/A", "A"},  // the text loses one more separator
       {"/other/1.mov", "/vol/card", "other", "other"},

@@ -50,6 +50,7 @@ TEST_F(FreeNameCommand, PrintsANameAndMakesTheFileWhenAsked) {
   const std::string clip = folder_.write("cl\xff ip\n.mov", "");
   const std::string second = path("cl\xff ip\n 2.mov");
   EXPECT_EQ(printed({path("new.mov")}), path("new.mov") + "\n");
+  EXPECT_EQ(printed({"--", "-new.mov"}), "-new.mov\n");
   EXPECT_EQ(printed({clip, "--null"}), second + '\0');
   EXPECT_FALSE(fs::exists(second));
   EXPECT_EQ(printed({clip, "--create"}), second + "\n");
@@ -104,6 +105,9 @@ TEST_F(FreeNameCommand, SaysWhyThereIsNoName) {
       {{path("file"), "--set", path("a")}, 2, "give a PATH, or a name"},
       {{path("file"), "--base", "clip"}, 2, "--base and --ext go with"},
       {{"/"}, 2, "names no file"},
+      {{".."}, 2, "names no file"},
+      {{path("a/")}, 2, "names no file"},
+      {{"--", "-x", "-y"}, 2, "not expected: -y"},
       {{""}, 2, "names no file"},
       {{"--among", path("a")}, 2, "--base B"},
       {{"--base", "clip", "--ext", "mov", "xml", "--among", path("a")}, 2, "takes one extension"},

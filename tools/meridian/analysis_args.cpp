@@ -1,6 +1,7 @@
 // meridian analysis-args: writes the media-analysis tool's argument vector, or reads one and reports its errors.
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <iostream>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -33,7 +34,7 @@ std::string required(const Arguments& arguments, std::string_view name) {
 
 float readNumber(std::string_view name, std::string_view text) {
   const auto number = floatFromText(text);
-  if (!number) {
+  if (!number || !std::isfinite(*number)) {
     throw UsageError("--" + std::string(name) + " takes a number such as 0.5, and not \"" + printable(text) + '"');
   }
   return *number;
@@ -228,7 +229,7 @@ Status checkAnalysisVector(const Arguments& arguments) {
   std::ranges::for_each(imageOptionNames, refuseOption);
   const CheckedVector checked(arguments.words);
   if (arguments.has("json")) {
-    warnOfInvalidText(arguments.words, "without --json they are shown in the form \\xff");
+    warnOfInvalidText(arguments.words, "Without --json they are shown in the form \\xff");
     printJson(asJson(checked));
   } else {
     printForPeople(checked);

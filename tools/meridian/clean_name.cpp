@@ -14,6 +14,13 @@ std::string cleaned(const std::string& name, const Arguments& arguments) {
   return removingInvalidLtfsCharacters(removingDisallowedMacOSFilesystemCharacters(name));
 }
 
+/// The characters with blanks before them.
+std::string listOf(std::string_view characters) {
+  std::string list;
+  for (const char character : characters) list.append(" ").push_back(character);
+  return list;
+}
+
 Status cleanNames(const Arguments& arguments) {
   if (arguments.has("ltfs") && arguments.has("desktop")) {
     throw UsageError("--ltfs and --desktop exclude each other; with neither, a name is made fit for both");
@@ -40,11 +47,13 @@ Subcommand cleanNameCommand() {
       .description = "Print names without the characters that a tape or the desktop does not take",
       .details =
           "With neither --ltfs nor --desktop a name is made fit for both. Nothing is put in the place of what goes.\n"
-          "A name of which nothing is left gives an empty one, and the exit status 1. Behind \"--\" a name may begin\n"
-          "with a dash.",
+          "A name of which nothing is left gives an empty one, and the exit status 1. Neither a length nor the names\n"
+          "\".\" and \"..\" are looked at. Behind \"--\" a name may begin with a dash.",
       .example = "meridian clean-name 'Café: Take 1/2.mov'",
-      .options = {{flag, "ltfs", "For a tape: ASCII alone, without control characters and * ? < > \" | \\"},
-                  {flag, "desktop", "For the desktop's file system: without / and :"},
+      .options = {{flag, "ltfs",
+                   "For a tape: ASCII alone, without control characters and" + listOf(standardIllegalLtfsCharacters)},
+                  {flag, "desktop",
+                   "For the desktop's file system: without" + listOf(disallowedMacOSFilesystemCharacters)},
                   {flag, "json", "Print a JSON list"},
                   {flag, "null", "End each name with a NUL, for xargs -0; a name may hold line ends"},
                   {.kind = positional, .name = "name", .help = "A name", .valueName = "NAME", .repeated = true}},

@@ -5,6 +5,7 @@
 
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
+#include "meridian/fs/item_filter.h"
 #include "meridian/fs/tree_walk.h"
 #include "meridian/platform/file_queries.h"
 #include "tools/meridian/command.h"
@@ -33,6 +34,12 @@ ItemFilterSettings readSettings(const Arguments& arguments) {
                                         defaultForceIgnorePathComponents.end());
   }
   return settings;
+}
+
+std::string listOf(std::span<const std::string_view> texts) {
+  std::string list;
+  for (const std::string_view text : texts) list.append(list.empty() ? " " : ", ").append(text);
+  return list;
 }
 
 constexpr std::size_t longestRule = [] {
@@ -101,17 +108,22 @@ Status filterItems(const Arguments& arguments) {
   Status status = done;
   for (const std::string& path : arguments.given.at("path")) {
     const Url url = Url::fromFilePath(path);
-    if (pathIsHidden(path).has_value() && !pathIsDirectory(path)) {  // an item, but nothing to walk through
+    const auto report = [&status](const UnreadItem& item) {
+      std::cerr << "meridian: " << inQuotes(item.path) << " cannot be read: " << printable(item.reason.message())
+                << '\n';
+      status = refused;
+    };
+    if (const auto fault = lookUpFault(path)) {
+      report({path, fault});
+      continue;
+    }
+    if (nameIsTaken(path) && !pathIsDirectory(path)) {  // nothing to walk through
       printer.print(path, filter.decision(url));
       continue;
     }
     walkTree(
         url, filter, [&printer](const TreeItem& item, bool& /*stop*/) { printer.print(item.path, item.decision); },
-        [&status](const UnreadItem& item) {
-          std::cerr << "meridian: " << inQuotes(item.path) << " cannot be read: " << printable(item.reason.message())
-                    << '\n';
-          status = refused;
-        });
+        report);
   }
   printer.finish();
   return status;
@@ -153,8 +165,7 @@ Subcommand filterCommand() {
             .valueName = "NAME",
             .severalTimes = true},
            {flag, "default-forced",
-            "Ignore items that systems leave on volumes: .DS_Store, .Spotlight-V100, $RECYCLE.BIN, .Trashes, "
-            ".TemporaryItems, .fseventsd"},
+            "Ignore items that systems leave on volumes:" + listOf(defaultForceIgnorePathComponents)},
            {flag, "json", "Print a JSON list with an object for each item: path, ignored, rule"},
            {flag, "null",
             "End each item with a NUL, and put a tab behind \"copy\" or \"ignore\" and behind the rule; paths stand "

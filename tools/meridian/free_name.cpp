@@ -2,12 +2,14 @@
 #include <algorithm>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 
 #include "meridian/base/printable.h"
 #include "meridian/fs/claimed_files.h"
 #include "meridian/fs/free_names.h"
 #include "meridian/platform/file_queries.h"
+#include "meridian/platform/interruption.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
 
@@ -71,9 +73,12 @@ std::vector<Url> readDirectories(const Arguments& arguments, std::string_view op
 Files filesOfPath(const Arguments& arguments) {
   if (arguments.has("base") || arguments.has("ext")) throw UsageError("--base and --ext go with --among and --set");
   const Url path = Url::fromFilePath(*arguments.value("path"));
-  if (path.lastPathComponent().empty()) throw UsageError(inQuotes(path.path()) + " names no file");
+  const std::string_view name = path.lastPathComponent();
+  if (name.empty() || name == "." || name == ".." || path.path().ends_with('/')) {
+    throw UsageError(inQuotes(path.path()) + " names no file");
+  }
   if (arguments.has("create")) return claimedFiles(claimFile(path));
-  return visibleFiles({{filePathAdjustedForCollision(path), {}}});
+  return visibleFiles({{filePathAdjustedForCollision(path, nameIsTaken), {}}});
 }
 
 Files filesAmongDirectories(const Arguments& arguments) {
@@ -84,7 +89,7 @@ Files filesAmongDirectories(const Arguments& arguments) {
   std::optional<std::string_view> extension;
   if (!extensions.empty()) extension = extensions.front();
   if (arguments.has("create")) return claimedFiles(claimFileAmongstDirectories(base, directories, extension));
-  const std::string name = lastPathComponentAdjustedForCollision(base, directories, extension);
+  const std::string name = lastPathComponentAdjustedForCollision(base, directories, extension, nameIsTaken);
   Files files;
   for (const Url& directory : directories) files.push_back({directory.appendingPathComponent(name), {}});
   return visibleFiles(std::move(files));
@@ -96,7 +101,8 @@ Files filesOfSet(const Arguments& arguments) {
   if (extensions.empty()) throw UsageError("--set needs the extensions of its files: --ext E...");
   const std::vector<Url> directories = readDirectories(arguments, "set");
   if (arguments.has("create")) return claimedFiles(claimConsistentFiles(directories, base, extensions));
-  const UrlsByExtension urls = consistentFilePathsAdjustedForCollisionAcrossDirectories(directories, base, extensions);
+  const UrlsByExtension urls =
+      consistentFilePathsAdjustedForCollisionAcrossDirectories(directories, base, extensions, nameIsTaken);
   Files files;
   for (const Url& directory : directories) {
     for (const std::string& extension : extensions) {
@@ -127,16 +133,21 @@ Json asJson(const Files& files, bool isSet) {
 }
 
 Status printFreeNames(const Arguments& arguments) {
+  // A set is made whole and told, and then the process may end.
+  std::optional<InterruptionsHeld> held;
+  if (arguments.has("create")) held.emplace();
   const Files files = filesAskedFor(arguments);
   if (arguments.has("json")) {
     for (const ClaimedFile& file : files) warnOfInvalidPath(file.url.path());
     printJson(asJson(files, arguments.has("set")));
+    std::cout.flush();
     return done;
   }
   std::vector<std::string> lines;
   for (const ClaimedFile& file : files) lines.push_back(file.url.path());
   if (arguments.has("among")) lines = {std::string(files.front().url.lastPathComponent())};
   printVector(lines, arguments);
+  std::cout.flush();
   return done;
 }
 
@@ -151,8 +162,9 @@ Subcommand freeNameCommand() {
           "PATH is printed as it is while nothing is there, and with a number otherwise: clip 2.mov.\n"
           "--among prints one name that is free in all the folders: clip.mov, clip 2.mov.\n"
           "--set prints the paths of files that share a number in all the folders: clip-2.mov, clip-2.xml.\n"
-          "Between the printing and the writing another process can take the name. With --create the files are made,\n"
-          "empty, each under a name that nobody else gets: all of them, or none and the exit status 1.",
+          "Whether the folders are there is not asked, and between the printing and the writing another process can\n"
+          "take the name. With --create the files are made, empty, each under a name that nobody else gets: all of\n"
+          "them, or none and the exit status 1. They stand when only the printing fails.",
       .example =
           "meridian free-name /out/clip.mov\n"
           "meridian free-name --base clip --ext mov --among /a /b\n"

@@ -44,11 +44,8 @@ std::string inQuotes(std::string_view text) { return "\"" + printable(text) + "\
 void warnOfInvalidText(std::span<const std::string_view> words, std::string_view instead) {
   const auto count = std::ranges::count_if(words, [](std::string_view word) { return !isValidUtf8(word); });
   if (count == 0) return;
-  std::cerr
-      << "meridian: warning: " << count << (count == 1 ? " word is" : " words are")
-      << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte, and flags that differ in these"
-         " alone look the same. "
-      << instead << ".\n";
+  std::cerr << "meridian: warning: " << count << (count == 1 ? " word is" : " words are")
+            << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte. " << instead << ".\n";
 }
 
 void warnOfInvalidPath(std::string_view path) {

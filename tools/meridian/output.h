@@ -21,7 +21,9 @@ using Json = nlohmann::ordered_json;
 /// Says on standard error that words are not valid UTF-8, which JSON cannot carry, where that is so, and what shows the
 /// bytes instead.
 void warnOfInvalidText(std::span<const std::string_view> words,
-                       std::string_view instead = "\"meridian render --null\" gives the bytes as they are");
+                       std::string_view instead =
+                           "Flags that differ in these alone look the same; \"meridian render "
+                           "--null\" gives the bytes as they are");
 
 /// Says on standard error that the path is not valid UTF-8, where that is so.
 void warnOfInvalidPath(std::string_view path);

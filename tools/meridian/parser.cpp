@@ -46,9 +46,8 @@ CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments
   // A positional is named as its value, so that the help's usage line says what stands there.
   CLI::Option* const added = app.add_option(positional ? option.valueName : "--" + option.name, store, option.help);
   added->type_name(positional ? "" : option.valueName);
-  if (option.repeated || option.severalTimes) {
-    added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(option.repeated);
-  }
+  if (option.repeated) added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+  if (option.severalTimes) added->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   return added;
 }
 
@@ -100,16 +99,15 @@ void checkPositionals(const Subcommand& subcommand, const Arguments& arguments) 
 /// Where a subcommand takes no words of the transcoder, "--" ends its options: what follows are positionals, even with
 /// a dash before them.
 void takeWordsAsPositionals(const Subcommand& subcommand, Arguments& arguments) {
-  const auto taker = std::ranges::find_if(subcommand.options, [](const Option& option) {
-    return option.kind == Option::Kind::positional && option.repeated;
-  });
+  if (arguments.words.empty()) return;
+  const auto taker = std::ranges::find(subcommand.options, Option::Kind::positional, &Option::kind);
   if (taker == subcommand.options.end()) {
     throw UsageError("\"meridian " + subcommand.fullName() + "\" takes no words behind \"--\"" +
                      (subcommand.wordsOption.empty() ? "" : " without --" + subcommand.wordsOption));
   }
-  if (arguments.words.empty()) return;
   std::vector<std::string>& given = arguments.given[taker->name];
   given.insert(given.end(), arguments.words.begin(), arguments.words.end());
+  if (given.size() > 1 && !taker->repeated) throw UsageError("not expected: " + printable(given[1]));
 }
 
 void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
