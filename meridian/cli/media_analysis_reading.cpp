@@ -132,10 +132,10 @@ class Collector {
   MediaAnalysisCLIReading reading() && {
     using Basic = MediaAnalysisCLIFlag;
     using Custodial = CLICustodialFlag;
-    if (auto& numbers = given(Custodial::parentAppNumber).values;
-        !numbers.empty() && given(Custodial::parentPid).values.empty()) {
-      remark(Remark::withoutParentPid, cliFlag(Custodial::parentAppNumber), numbers.back());
-      numbers.clear();
+    if (Given& number = given(Custodial::parentAppNumber);
+        !number.values.empty() && given(Custodial::parentPid).values.empty()) {
+      remark(Remark::withoutParentPid, number.flag, number.values.back());
+      number.values.clear();
     }
     MediaAnalysisCLIReading result{
         .basic = {std::move(given(Basic::pathToAnalyze).values), text(Basic::analysisId),

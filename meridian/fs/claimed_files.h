@@ -2,7 +2,8 @@
 //
 // A name is taken when anything has it, a link that leads nowhere too. A name that another process takes in the
 // meantime is taken as well, and counting goes on. The files are empty and closed. Files that belong together are all
-// made or none: what was made is removed again, unless the process or its memory ends on the way.
+// made or none: what was made is removed again, unless the process or its memory ends on the way or
+// somebody wrote to it.
 #pragma once
 
 #include <cstdint>
@@ -33,7 +34,7 @@ struct EnumerationTable<ClaimRefusalReason> {
   static constexpr auto rows = std::to_array<EnumerationRow<ClaimRefusalReason>>({
       {ClaimRefusalReason::noFileAddress, "noFileAddress", "it is not the address of a file"},
       {ClaimRefusalReason::unusableName, "unusableName",
-       "it is no file name: one is not empty, \".\" or \"..\" and holds and ends with neither a separator nor a NUL"},
+       "it names no file: a file's name is not empty, \".\" or \"..\", and holds neither a separator nor a NUL"},
       {ClaimRefusalReason::nameTooLong, "nameTooLong",
        "its name, with number and extension, or its whole path is too long for its volume"},
       {ClaimRefusalReason::notMade, "notMade", "it cannot be made"},

@@ -92,7 +92,7 @@ class TreeWalk {
   }
 
   /// Opens the innermost folder from the one below it. One step back costs the same however deep it is. A folder that
-  /// was moved meanwhile leads back to another place, which is not entered.
+  /// was moved meanwhile leads back to another place; then the path counts.
   void reopenAbove(const OpenFolder& below) {
     Level& level = levels_.back();
     OpenFolder above(below, "..");

@@ -40,7 +40,7 @@ using UnreadReport = FunctionRef<void(const UnreadItem& item)>;
 /// filter counts one that leads to a directory as a directory. The folder itself may be a link; it is not decided on.
 ///
 /// What cannot be read goes to `report`, and the walk goes on: the folder itself where it is none, folders that may not
-/// be entered or went away after they were given, links that cannot be followed to their end for lack of permission.
+/// be entered or went away after they were given, links that cannot be followed to their end.
 /// Items may be given that go away at the same time, and new ones missed. Neither the depth of the tree nor the length
 /// of its paths is bounded, and at most 34 folders are open at a time; fewer where the process may open no more, but
 /// three have to be possible.

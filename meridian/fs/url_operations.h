@@ -61,7 +61,8 @@ struct TextRange {
 
 /// Whether the item lies below the address. Nothing contains itself or what lies in the same folder as it, both without
 /// regard to case; what else begins with the path does, as a text: "/a/b" contains "/a/bc/d", on purpose. The root "/"
-/// contains all other absolute paths. Where the item has to exist, the file system is asked last.
+/// contains all other absolute paths, and the empty path all other paths. Where the item has to exist, the file system
+/// is asked last.
 [[nodiscard]] MERIDIAN_API bool containsItem(const Url& url, const Url& item, bool ensureItemExists = false);
 
 /// The file address of the path without separators at its end: "/x/y" for "/x/y///", the empty path for "//".

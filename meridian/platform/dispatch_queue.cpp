@@ -56,6 +56,7 @@ DispatchQueue::DispatchQueue(std::string label, QualityOfService qualityOfServic
 
 DispatchQueue::~DispatchQueue() {
   if (Turn::isOnThisThread(*this)) Turn::fail(*this, "destroys it");
+  if (!lock_.isFree()) preconditionFailed("DispatchQueue \"" + printable(label_) + "\" destroyed under its blocks");
 }
 
 const std::shared_ptr<DispatchQueue>& DispatchQueue::global(QualityOfService qualityOfService) {

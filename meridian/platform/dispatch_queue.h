@@ -62,7 +62,7 @@ class MERIDIAN_API DispatchQueue {
 
   DispatchQueue(const DispatchQueue&) = delete;
   DispatchQueue& operator=(const DispatchQueue&) = delete;
-  /// Outlives its blocks: destroyed by one of them, it stops the process.
+  /// Outlives its blocks: destroyed by one of them, or while one runs or waits on another thread, it stops the process.
   ~DispatchQueue();
 
   [[nodiscard]] const std::string& label() const noexcept { return label_; }

@@ -15,9 +15,15 @@ struct FairSharedLock::Waiter {
 /// Under the mutex: whether access was had after all, since those that kept it out have left; else the state is marked.
 /// It is marked only while it is closed, so that nobody waits who could enter, and someone is inside to hand over.
 bool FairSharedLock::tryLockOrMark(LockAccess access) noexcept {
+  if ((state_.load(std::memory_order_relaxed) & someWait) != 0) return false;
+  if (access == LockAccess::exclusive) {
+    // In one step, whoever comes and goes meanwhile. Nobody comes into a state with the mark alone, and nobody leaves.
+    if (state_.fetch_or(someWait, std::memory_order_acquire) != 0) return false;
+    state_.store(oneExclusive, std::memory_order_relaxed);
+    return true;
+  }
   while (!tryLock(access)) {
     State state = state_.load(std::memory_order_relaxed);
-    if ((state & someWait) != 0) return false;
     if ((state & closing(access)) != 0 &&
         state_.compare_exchange_strong(state, state | someWait, std::memory_order_relaxed)) {
       return false;

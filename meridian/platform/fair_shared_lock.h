@@ -25,6 +25,9 @@ class MERIDIAN_API FairSharedLock {
     if (!tryLock(access)) waitInLine(access);
   }
 
+  /// Whether nobody is inside or waits, for who knows that nobody comes.
+  [[nodiscard]] bool isFree() const noexcept { return state_.load(std::memory_order_relaxed) == 0; }
+
   /// Gives back what `lock` with the same access took.
   void unlock(LockAccess access) noexcept {
     const State weight = weightOf(access);

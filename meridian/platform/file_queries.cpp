@@ -78,7 +78,7 @@ std::error_code lookUpFault(const std::string& path) noexcept {
   if (detail::holdsNul(path)) return detail::faultOfNul();
   struct stat status{};
   if (::lstat(path.c_str(), &status) != 0) return errno == ENOENT ? std::error_code() : detail::lastError();
-  const bool canSay = ::stat(path.c_str(), &status) == 0 || errno == ENOENT || errno == ELOOP;
+  const bool canSay = ::stat(path.c_str(), &status) == 0 || errno == ENOENT || errno == ENOTDIR || errno == ELOOP;
   return canSay ? std::error_code() : detail::lastError();
 }
 

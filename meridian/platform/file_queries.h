@@ -24,9 +24,9 @@ namespace meridian {
 /// watches the folder sees one come and go; what only making a file shows, such as a full volume, stays unseen.
 [[nodiscard]] MERIDIAN_API std::error_code faultOfNewFile(const std::string& path);
 
-/// Why the system cannot say whether anything exists at the path: it is too long, or a folder on the way, or on the way
-/// of a link there, may not be searched or is none. No error where it can say, and where a folder on the way is
-/// missing.
+/// Why the system cannot say whether anything exists at the path: it is too long, or a folder on the way may not be
+/// searched or is none. No error where it can say: where a folder on the way is missing, and for a link that leads
+/// nowhere or in a circle. Of a link the way that it leads has to be searchable too.
 [[nodiscard]] MERIDIAN_API std::error_code lookUpFault(const std::string& path) noexcept;
 
 /// Whether there is an item. Links are followed: one that leads nowhere, or in a circle, does not exist. False where

@@ -191,9 +191,9 @@ TEST(TreeWalk, GoesOnWhereThreeFoldersMayBeOpen) {
   static_cast<void>(foldersWithin(folder.path().string() + "/root"));
   rlimit before{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-  const int lowestFree = ::dup(0);
-  ::close(lowestFree);
-  const rlimit few{static_cast<rlim_t>(lowestFree) + 3, before.rlim_max};
+  const int free[] = {::dup(0), ::dup(0), ::dup(0)};
+  for (const int descriptor : free) ::close(descriptor);
+  const rlimit few{static_cast<rlim_t>(free[2]) + 1, before.rlim_max};
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
   int files = 0;
   int unread = 0;

@@ -20,14 +20,19 @@ TEST(FileQueries, FollowLinksToWhatTheyLeadTo) {
   filesystem::create_directory_symlink(root + "/.folder", root + "/to folder");
   filesystem::create_symlink("nowhere", root + "/.dangling");
   filesystem::create_symlink("circle", root + "/circle");
+  filesystem::create_symlink(std::filesystem::path(file).filename().string() + "/x", root + "/to below a file");
+  filesystem::create_symlink(std::string(300, 'x'), root + "/too far");
   using Hidden = std::optional<bool>;
   const struct {
     std::string path;
     bool exists, isDirectory;
     Hidden isHidden;
+    std::errc lookUpFault = {};
   } cases[] = {
       {file, true, false, false},
-      {file + "/", false, false, std::nullopt},
+      {file + "/", false, false, std::nullopt, std::errc::not_a_directory},
+      {root + "/to below a file", false, false, false},
+      {root + "/too far", false, false, false, std::errc::filename_too_long},
       {root, true, true, false},
       {root + "/.folder", true, true, true},
       {root + "/.folder/", true, true, true},
@@ -37,16 +42,18 @@ TEST(FileQueries, FollowLinksToWhatTheyLeadTo) {
       {root + "/.dangling", false, false, true},
       {root + "/circle", false, false, false},
       {root + "/.missing", false, false, std::nullopt},
-      {root + std::string("\0/x", 3), false, false, std::nullopt},
-      {root + "/" + std::string(300, '.'), false, false, std::nullopt},
-      {std::string(5000, '/') + "tmp", false, false, std::nullopt},
+      {root + std::string("\0/x", 3), false, false, std::nullopt, std::errc::no_such_file_or_directory},
+      {root + "/" + std::string(300, '.'), false, false, std::nullopt, std::errc::filename_too_long},
+      {std::string(5000, '/') + "tmp", false, false, std::nullopt, std::errc::filename_too_long},
       {"", false, false, std::nullopt},
       {"/", true, true, false},
   };
-  for (const auto& [path, exists, isDirectory, isHidden] : cases) {
+  for (const auto& [path, exists, isDirectory, isHidden, fault] : cases) {
     EXPECT_EQ(pathExists(path), exists) << path;
     EXPECT_EQ(pathIsDirectory(path), isDirectory) << path;
     EXPECT_EQ(pathIsHidden(path), isHidden) << path;
+    EXPECT_EQ(nameIsTaken(path), isHidden.has_value()) << path;
+    EXPECT_EQ(lookUpFault(path), fault == std::errc() ? std::error_code() : make_error_code(fault)) << path;
   }
 }
 

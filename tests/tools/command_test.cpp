@@ -150,6 +150,7 @@ TEST(Command, WrongUsageEndsWithTwoAndSaysWhatToDo) {
       {{"rate", "abc"}, "write a number (23.976) or a ratio (24000/1001)"},
       {{"rate", "1/2/3"}, "no ratio of two integers"},
       {{"timecode"}, "a timecode is missing"},
+      {{"dimension", "--", "1920", "1080", "-3"}, "not expected: -3"},
       {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
       {{"timecode", "--rate", "25", "--frames", "1.5"}, "no number of frames"},
       {{"dimension", "1920"}, "write 1920 1080 or 1920x1080"},

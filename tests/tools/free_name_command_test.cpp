@@ -108,6 +108,7 @@ TEST_F(FreeNameCommand, SaysWhyThereIsNoName) {
       {{".."}, 2, "names no file"},
       {{path("a/")}, 2, "names no file"},
       {{"--", "-x", "-y"}, 2, "not expected: -y"},
+      {{"--base", "..", "--among", path("a"), "--create"}, 2, "names a folder"},
       {{""}, 2, "names no file"},
       {{"--among", path("a")}, 2, "--base B"},
       {{"--base", "clip", "--ext", "mov", "xml", "--among", path("a")}, 2, "takes one extension"},

@@ -115,7 +115,7 @@ Status filterItems(const Arguments& arguments) {
     };
     if (const auto fault = lookUpFault(path)) {
       report({path, fault});
-      continue;
+      if (!nameIsTaken(path)) continue;
     }
     if (nameIsTaken(path) && !pathIsDirectory(path)) {  // nothing to walk through
       printer.print(path, filter.decision(url));

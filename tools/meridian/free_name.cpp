@@ -57,6 +57,7 @@ std::vector<std::string> readExtensions(const Arguments& arguments) {
 std::string readBase(const Arguments& arguments) {
   std::string base = readNamePart("base", arguments.value("base").value_or(""));
   if (base.empty()) throw UsageError("--among and --set need a name: --base B");
+  if (base == "." || base == "..") throw UsageError(inQuotes(base) + " names a folder, and --base a file");
   return base;
 }
 
@@ -133,21 +134,20 @@ Json asJson(const Files& files, bool isSet) {
 }
 
 Status printFreeNames(const Arguments& arguments) {
-  // A set is made whole and told, and then the process may end.
-  std::optional<InterruptionsHeld> held;
-  if (arguments.has("create")) held.emplace();
-  const Files files = filesAskedFor(arguments);
+  const Files files = [&arguments] {
+    std::optional<InterruptionsHeld> held;  // until the files are made, all or none
+    if (arguments.has("create")) held.emplace();
+    return filesAskedFor(arguments);
+  }();
   if (arguments.has("json")) {
     for (const ClaimedFile& file : files) warnOfInvalidPath(file.url.path());
     printJson(asJson(files, arguments.has("set")));
-    std::cout.flush();
     return done;
   }
   std::vector<std::string> lines;
   for (const ClaimedFile& file : files) lines.push_back(file.url.path());
   if (arguments.has("among")) lines = {std::string(files.front().url.lastPathComponent())};
   printVector(lines, arguments);
-  std::cout.flush();
   return done;
 }
 

@@ -97,17 +97,20 @@ void checkPositionals(const Subcommand& subcommand, const Arguments& arguments) 
 }
 
 /// Where a subcommand takes no words of the transcoder, "--" ends its options: what follows are positionals, even with
-/// a dash before them.
+/// a dash before them, each for the first that takes one more.
 void takeWordsAsPositionals(const Subcommand& subcommand, Arguments& arguments) {
   if (arguments.words.empty()) return;
-  const auto taker = std::ranges::find(subcommand.options, Option::Kind::positional, &Option::kind);
-  if (taker == subcommand.options.end()) {
+  if (std::ranges::find(subcommand.options, Option::Kind::positional, &Option::kind) == subcommand.options.end()) {
     throw UsageError("\"meridian " + subcommand.fullName() + "\" takes no words behind \"--\"" +
                      (subcommand.wordsOption.empty() ? "" : " without --" + subcommand.wordsOption));
   }
-  std::vector<std::string>& given = arguments.given[taker->name];
-  given.insert(given.end(), arguments.words.begin(), arguments.words.end());
-  if (given.size() > 1 && !taker->repeated) throw UsageError("not expected: " + printable(given[1]));
+  for (const std::string_view word : arguments.words) {
+    const auto taker = std::ranges::find_if(subcommand.options, [&arguments](const Option& option) {
+      return option.kind == Option::Kind::positional && (option.repeated || !arguments.has(option.name));
+    });
+    if (taker == subcommand.options.end()) throw UsageError("not expected: " + printable(word));
+    arguments.given[taker->name].emplace_back(word);
+  }
 }
 
 void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
