@@ -71,7 +71,7 @@ void append(std::string& text, utf8proc_int32_t character) {
 template <typename Mapping>
 std::string mapped(std::string_view text, Mapping appendMapped) {
   std::string result;
-  result.reserve(text.size() + 4);
+  result.reserve(text.size());
   for (std::size_t offset = 0; offset < text.size();) {
     if (isAscii(text[offset])) {
       result += asciiLower(text[offset++]);

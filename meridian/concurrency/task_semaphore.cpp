@@ -1,6 +1,7 @@
 #include "meridian/concurrency/task_semaphore.h"
 
 #include <condition_variable>
+#include <thread>
 
 #include "meridian/base/precondition.h"
 
@@ -9,20 +10,23 @@ namespace meridian {
 /// A thread waits on its own stack alone: with a slot it needs the semaphore no more, which may be gone by then.
 struct TaskSemaphore::WaitingThread : Waiter {
   void wait() noexcept {
+    // A slot often comes sooner than the system could put the thread to sleep and wake it.
+    for (int turn = 0; turn < 32 && !hasSlot_.load(std::memory_order_relaxed); ++turn) std::this_thread::yield();
+    // Under the mutex, so that who gave the slot is done with this object.
     std::unique_lock guard(mutex_);
-    wake_.wait(guard, [this] { return hasSlot_; });
+    wake_.wait(guard, [this] { return hasSlot_.load(std::memory_order_relaxed); });
   }
 
   void wake() noexcept {
     const std::lock_guard guard(mutex_);
-    hasSlot_ = true;
+    hasSlot_.store(true, std::memory_order_relaxed);
     wake_.notify_one();
   }
 
  private:
   std::mutex mutex_;
   std::condition_variable wake_;
-  bool hasSlot_ = false;
+  std::atomic<bool> hasSlot_ = false;
 };
 
 /// The coroutines that a thread's signals have given slots, in the order in which the thread resumes them.

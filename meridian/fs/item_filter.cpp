@@ -65,6 +65,16 @@ bool isAmong(const std::vector<std::string>& sorted, std::string_view text) {
   return std::binary_search(sorted.begin(), sorted.end(), text, std::less<>());
 }
 
+/// Whether the folding of a name can be among sorted ones, by its first character: most forced names begin with a dot,
+/// hardly any other does, and folding a whole name takes long where it is not ASCII.
+bool mayBeAmong(const std::vector<std::string>& sortedFoldings, std::string_view name) {
+  if (sortedFoldings.empty()) return false;
+  if (name.empty() || static_cast<unsigned char>(name.front()) >= 0x80) return true;
+  const std::string first = caseFolded(name.substr(0, 1));
+  const auto candidate = std::ranges::lower_bound(sortedFoldings, first);
+  return candidate != sortedFoldings.end() && candidate->starts_with(first);
+}
+
 /// Whether a name ends with one of the patterns, by what it holds from its first dot on: each pattern begins with one.
 bool endsWithAny(std::string_view lowered, const std::vector<std::string>& patterns) {
   for (std::size_t dot = lowered.find('.'); dot != std::string_view::npos; dot = lowered.find('.', dot + 1)) {
@@ -132,7 +142,7 @@ ItemFilter::ItemFilter(const ItemFilterSettings& settings)
 
 bool ItemFilter::isIgnored(std::string_view name, Question canBeRead, Question isDirectory) const {
   CaseForms forms(name);
-  if (!forcedNames_.empty() && isAmong(forcedNames_, forms.folded())) return true;
+  if (mayBeAmong(forcedNames_, name) && isAmong(forcedNames_, forms.folded())) return true;
   if (ignoresHidden_ && nameIsHidden(name) && canBeRead()) return true;
   if (patterns_.empty()) return false;
   const bool isListed = endsWithAny(forms.loweredEnd(), patterns_);
@@ -145,7 +155,8 @@ bool ItemFilter::isIgnored(std::string_view name, Question canBeRead, Question i
 
 ItemDecision ItemFilter::decision(std::string_view name, Question canBeRead, Question isDirectory) const {
   CaseForms forms(name);
-  if (!forcedNames_.empty() && isAmong(forcedNames_, forms.folded())) return {true, ItemFilterRule::forcedComponent};
+  if (mayBeAmong(forcedNames_, name) && isAmong(forcedNames_, forms.folded()))
+    return {true, ItemFilterRule::forcedComponent};
   if (ignoresHidden_ && nameIsHidden(name) && canBeRead()) return {true, ItemFilterRule::hidden};
   if (isDirectory()) return {false, ItemFilterRule::directory};
   if (patterns_.empty()) return {false, ItemFilterRule::noExtensions};
