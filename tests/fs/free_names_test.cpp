@@ -107,6 +107,10 @@ TEST(FreeNames, FilesOfASetShareAHyphenAndANumber) {
   EXPECT_THAT(freeSet({"/a/clip."}, {"", ".MOV"}),
               ElementsAre(Pair("", urlOf("/a/clip-2.")), Pair(".MOV", urlOf("/a/clip-2..MOV"))));
   EXPECT_THAT(freeSet({"/a/clip"}, {}), IsEmpty());
+  // What is asked for is what the map holds, also at an address without a path.
+  EXPECT_THAT(consistentFilePathsAdjustedForCollision(*Url::fromText("https://host"), "clip", Texts{"mov"},
+                                                      Items{{"/clip.mov"}, {}}),
+              ElementsAre(Pair("mov", *Url::fromText("https://host/clip-2.mov"))));
 
   const auto across = [&](const Texts& directories, const std::set<std::string>& taken) {
     return consistentFilePathsAdjustedForCollisionAcrossDirectories(urlsOf(directories), "clip", extensions,

@@ -85,6 +85,10 @@ TEST(ItemFilter, StopsTheProcessForAnOptionThatIsNoCase) {
   const Url item = Url::fromFilePath("/missing");
   EXPECT_DEATH((void)shouldIgnoreBasedOnSettings(item, settings), "filtering option 2");
   EXPECT_DEATH((void)ItemFilter(settings).isIgnored(item), "filtering option 2");
+  // Directories and empty lists are decided before it.
+  const Url directory = Url::fromFilePath("/");
+  EXPECT_FALSE(shouldIgnoreBasedOnSettings(directory, settings));
+  EXPECT_FALSE(ItemFilter(settings).isIgnored(directory));
   EXPECT_FALSE(shouldIgnoreBasedOnSettings(item, {.filteringOption = wrong}));
   EXPECT_FALSE(ItemFilter({.filteringOption = wrong}).isIgnored(item));
 }
