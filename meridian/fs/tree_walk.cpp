@@ -151,8 +151,9 @@ class TreeWalk {
   OpenFolder openedWithin(std::size_t level, const Entry& entry) {
     const OpenFolder& parent = levels_[level].folder;
     OpenFolder folder(parent, names_.data() + entry.name);
-    if (folder.error() != std::errc::too_many_files_open && folder.error() != std::errc::too_many_files_open_in_system)
-      return folder;
+    const bool needsDescriptors = !folder.isOpen() && (folder.error() == std::errc::too_many_files_open ||
+                                                       folder.error() == std::errc::too_many_files_open_in_system);
+    if (!needsDescriptors) return folder;
     for (std::size_t other = 1; other < levels_.size(); ++other) {
       if (other != level) close(levels_[other]);
     }
