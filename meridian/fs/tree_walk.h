@@ -23,8 +23,8 @@ struct TreeItem {
 };
 
 /// A folder that could not be read, an item that was a folder and is none any more, or a link of which the system does
-/// not say where it leads, and which then counts as a file. The path is that of the item as
-/// it was given; of the tree's folder as it was given to the walk.
+/// not say where it leads, and which then counts as a file. The path is that of the item as it was given; of the tree's
+/// folder as it was given to the walk.
 struct UnreadItem {
   std::string_view path;
   std::error_code reason;
@@ -40,10 +40,9 @@ using UnreadReport = FunctionRef<void(const UnreadItem& item)>;
 /// filter counts one that leads to a directory as a directory. The folder itself may be a link; it is not decided on.
 ///
 /// What cannot be read goes to `report`, and the walk goes on: the folder itself where it is none, folders that may not
-/// be entered or went away after they were given, links that cannot be followed to their end.
-/// Items may be given that go away at the same time, and new ones missed. Neither the depth of the tree nor the length
-/// of its paths is bounded, and at most 34 folders are open at a time; fewer where the process may open no more, but
-/// three have to be possible.
+/// be entered or went away after they were given, links that cannot be followed to their end. Items may be given that
+/// go away at the same time, and new ones missed. Neither the depth of the tree nor the length of its paths is bounded,
+/// and at most 34 folders are open at a time; fewer where the process may open no more, but three have to be possible.
 MERIDIAN_API void walkTree(const Url& folder, const ItemFilter& filter, TreeVisitor visit, UnreadReport report);
 
 }  // namespace meridian

@@ -29,9 +29,9 @@ bool hasPrefix(const Url& url, std::string_view prefix) noexcept { return url.pa
 bool hasPrefix(const Url& url, const Url& prefix) noexcept { return hasPrefix(url, prefix.path()); }
 
 bool hasPrefixDirectory(const Url& url, const Url& prefix) {
-  const Url standardized = url.standardized();
   const Url standardizedPrefix = prefix.standardized();
   if (standardizedPrefix.path() == ".") return true;  // no components are left, as of an empty path
+  const Url standardized = url.standardized();
   const auto components = standardized.pathComponents();
   const auto first = standardizedPrefix.pathComponents();
   return first.size() <= components.size() && std::equal(first.begin(), first.end(), components.begin());

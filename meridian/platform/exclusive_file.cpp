@@ -32,8 +32,8 @@ ExclusiveFile makeExclusiveFile(const std::string& path) {
 
 std::error_code removeFile(const std::string& path, const FileIdentity& identity) {
   struct stat status{};
-  const bool isThere = !detail::holdsNul(path) && ::lstat(path.c_str(), &status) == 0;
-  if (!isThere || identityOf(status) != identity || status.st_size != 0) return {};
+  if (detail::holdsNul(path) || ::lstat(path.c_str(), &status) != 0) return {};
+  if (identityOf(status) != identity || status.st_size != 0) return {};
   return ::unlink(path.c_str()) == 0 || errno == ENOENT ? std::error_code() : detail::lastError();
 }
 

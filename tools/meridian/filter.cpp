@@ -81,11 +81,7 @@ class DecisionPrinter {
                           std::to_string(copied_) + " to copy, " + std::to_string(ignored_) + " ignored")
                 << '\n';
     }
-    if (invalid_ > 0) {
-      std::cerr << "meridian: warning: " << invalid_ << (invalid_ == 1 ? " path is" : " paths are")
-                << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte. --null gives the bytes"
-                   " as they are.\n";
-    }
+    warnOfInvalid(invalid_, "path", "--null gives the bytes as they are");
   }
 
  private:

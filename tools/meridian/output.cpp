@@ -41,11 +41,15 @@ bool showsColour() {
 
 std::string inQuotes(std::string_view text) { return "\"" + printable(text) + "\""; }
 
+void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead) {
+  if (count == 0) return;
+  std::cerr << "meridian: warning: " << count << ' ' << noun << (count == 1 ? " is" : "s are")
+            << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte. " << instead << ".\n";
+}
+
 void warnOfInvalidText(std::span<const std::string_view> words, std::string_view instead) {
   const auto count = std::ranges::count_if(words, [](std::string_view word) { return !isValidUtf8(word); });
-  if (count == 0) return;
-  std::cerr << "meridian: warning: " << count << (count == 1 ? " word is" : " words are")
-            << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte. " << instead << ".\n";
+  warnOfInvalid(static_cast<std::size_t>(count), "word", instead);
 }
 
 void warnOfInvalidPath(std::string_view path) {

@@ -1,6 +1,7 @@
 // How the command writes: one JSON document, or tables for people.
 #pragma once
 
+#include <cstddef>
 #include <nlohmann/json_fwd.hpp>
 #include <span>
 #include <string>
@@ -17,6 +18,10 @@ using Json = nlohmann::ordered_json;
 
 /// The text in quotation marks, safe for a terminal.
 [[nodiscard]] std::string inQuotes(std::string_view text);
+
+/// Says on standard error that so many words, or whatever one of them is called, are not valid UTF-8, which JSON cannot
+/// carry, and what helps. Says nothing of none.
+void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead);
 
 /// Says on standard error that words are not valid UTF-8, which JSON cannot carry, where that is so, and what shows the
 /// bytes instead.
