@@ -1,4 +1,4 @@
-// Look-up tables: reading files, single samples and whole pictures, beside OpenColorIO where that is present.
+// Look-up tables: reading files, single samples and whole images, beside OpenColorIO where that is present.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -17,8 +17,8 @@
 
 #include "bench/allocations.h"
 #include "meridian/base/numbers.h"
+#include "meridian/lut/image_lut.h"
 #include "meridian/lut/parsed_lut_factory.h"
-#include "meridian/lut/picture_lut.h"
 
 #ifdef MERIDIAN_BENCH_OPENCOLORIO
 #include <OpenColorIO/OpenColorIO.h>
@@ -87,11 +87,11 @@ std::unique_ptr<const ParsedLutFile> cube(int faceSize) {
 }
 
 /// The published meaning of a file, which is the one that OpenColorIO knows.
-constexpr PictureLutOptions published{.axisOrder = LutAxisOrder::redFastest, .domain = LutInputDomain::declared};
+constexpr ImageLutOptions published{.axisOrder = LutAxisOrder::redFastest, .domain = LutInputDomain::declared};
 
-/// A picture with smooth shades, a little grain, and colours up to the ends of the range, as a camera gives it.
+/// An image with smooth shades, a little grain, and colours up to the ends of the range, as a camera gives it.
 template <typename Sample>
-const std::vector<Sample>& picture() {
+const std::vector<Sample>& image() {
   static const std::vector<Sample> samples = [] {
     std::mt19937 random(1);
     std::normal_distribution<double> grain(0, 0.004);
@@ -131,16 +131,16 @@ void parseMeridian(benchmark::State& state, int faceSize) {
 }
 
 template <typename Sample>
-void applyMeridian(benchmark::State& state, int faceSize, unsigned threads, const PictureLutOptions& options) {
+void applyMeridian(benchmark::State& state, int faceSize, unsigned threads, const ImageLutOptions& options) {
   const auto file = cube(faceSize);
-  const auto source = PictureView<const Sample>::packed(PictureLayout::rgb, picture<Sample>().data(), width, height);
+  const auto source = ImageView<const Sample>::packed(ImageLayout::rgb, image<Sample>().data(), width, height);
   std::vector<Sample> result(width * height * 3);
-  const auto destination = PictureView<Sample>::packed(PictureLayout::rgb, result.data(), width, height);
-  std::optional<PictureLut> lut;
+  const auto destination = ImageView<Sample>::packed(ImageLayout::rgb, result.data(), width, height);
+  std::optional<ImageLut> lut;
   if constexpr (std::is_same_v<Sample, float>) {
-    lut = PictureLut::forFloats(*file, options);
+    lut = ImageLut::forFloats(*file, options);
   } else {
-    lut = PictureLut::forCodeValues(*file, source.bitDepth, source.bitDepth, options);
+    lut = ImageLut::forCodeValues(*file, source.bitDepth, source.bitDepth, options);
   }
   for (auto _ : state) benchmark::DoNotOptimize(lut->apply(source, destination, threads));
   setPixelRate(state);
@@ -148,7 +148,7 @@ void applyMeridian(benchmark::State& state, int faceSize, unsigned threads, cons
 
 void prepareMeridian(benchmark::State& state, int faceSize) {
   const auto file = cube(faceSize);
-  for (auto _ : state) benchmark::DoNotOptimize(PictureLut::forCodeValues(*file, 16, 16, published));
+  for (auto _ : state) benchmark::DoNotOptimize(ImageLut::forCodeValues(*file, 16, 16, published));
 }
 
 void sampleMeridian(benchmark::State& state) {
@@ -187,7 +187,7 @@ void applyOpenColorIO(benchmark::State& state, int faceSize) {
                                                        : ocio::BIT_DEPTH_UINT16;
   const auto processor =
       processorOf(cubePath(faceSize))->getOptimizedCPUProcessor(depth, depth, ocio::OPTIMIZATION_DEFAULT);
-  std::vector<Sample> source = picture<Sample>();
+  std::vector<Sample> source = image<Sample>();
   std::vector<Sample> result(source.size());
   const auto described = [&](std::vector<Sample>& samples) {
     return ocio::PackedImageDesc(samples.data(), width, height, ocio::CHANNEL_ORDERING_RGB, depth, ocio::AutoStride,
@@ -209,7 +209,7 @@ void registerCase(const std::string& name, Function function, Arguments... argum
 }
 
 const bool areRegistered = [] {
-  constexpr PictureLutOptions tetrahedral{
+  constexpr ImageLutOptions tetrahedral{
       .interpolation = LutInterpolation::tetrahedral, .axisOrder = published.axisOrder, .domain = published.domain};
   for (const int faceSize : {33, 65}) {
     const std::string size = std::to_string(faceSize);

@@ -5,7 +5,7 @@
 #include <limits>
 #include <new>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Allocates memory that begins at a multiple of `alignment` bytes, a power of two.
 template <typename Type, std::size_t alignment>
@@ -34,4 +34,4 @@ class AlignedAllocator {
   friend bool operator==(const AlignedAllocator&, const AlignedAllocator&) noexcept { return true; }
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <type_traits>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 namespace detail {
 
@@ -39,4 +39,4 @@ template <typename... Members>
   return static_cast<std::size_t>(hash);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

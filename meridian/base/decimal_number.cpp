@@ -4,10 +4,10 @@
 #include <cmath>
 #include <limits>
 
-#include "meridian/base/digits.h"
+#include "meridian/base/ascii.h"
 #include "meridian/base/numbers.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// The parts of a decimal text that keeps to the grammar.
@@ -90,4 +90,4 @@ std::optional<DecimalNumber> DecimalNumber::fromText(std::string_view text) noex
   return DecimalNumber(*number, integerOf(*parts));
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -8,7 +8,7 @@
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A number as a decimal text gives it. Its double is correctly rounded and always finite. Its integer value is that
 /// of the text, which the double cannot hold from 2^53 on, and which the double may have been rounded up to
@@ -45,4 +45,4 @@ class DecimalNumber {
   std::int64_t integer_ = 0;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

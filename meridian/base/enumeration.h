@@ -12,7 +12,7 @@
 
 #include "meridian/base/text_index.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// One line of an enumeration's table. `description` is the display text; where it is empty, the raw value serves.
 template <typename Enumeration>
@@ -95,4 +95,4 @@ template <TabledEnumeration Enumeration>
   return row.description.empty() ? row.rawValue : row.description;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

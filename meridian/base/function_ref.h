@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 template <typename Signature>
 class FunctionRef;
@@ -49,4 +49,4 @@ class FunctionRef<Result(Arguments...)> {
   Result (*call_)(Referent, Arguments...);
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

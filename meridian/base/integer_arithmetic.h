@@ -7,7 +7,7 @@
 #include <optional>
 #include <type_traits>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The product; absent when it leaves the range of the type.
 template <std::integral Integer>
@@ -35,6 +35,15 @@ template <std::integral Integer>
   return static_cast<std::int64_t>(number);
 }
 
+/// Returns the number truncated toward zero; absent when it is negative, not finite, or outside the unsigned 64-bit
+/// range.
+[[nodiscard]] constexpr std::optional<std::uint64_t> truncatedUnsignedInteger(double number) noexcept {
+  constexpr double limit = 18446744073709551616.0;  // 2^64, the first double beyond the range
+  const bool fits = number >= 0 && number < limit;  // false for NaN
+  if (!fits) return std::nullopt;
+  return static_cast<std::uint64_t>(number);
+}
+
 /// The greatest common divisor of two positive numbers; of 0 and a number, that number. With a negative number among
 /// the two the result is the greater of them, on purpose: stored settings were reduced by this rule, which takes
 /// positive terms for granted.
@@ -50,4 +59,4 @@ template <std::integral Integer>
   return large;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

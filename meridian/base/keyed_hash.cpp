@@ -7,7 +7,7 @@
 #include <exception>
 #include <random>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 using Key = std::array<std::uint64_t, 2>;
@@ -81,4 +81,4 @@ std::uint64_t keyedHash(std::string_view text) noexcept {
   return state.finish();
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -1,7 +1,7 @@
 // First in, first out over nodes that carry their own links: nothing is allocated, and any node can leave at once.
 #pragma once
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Nodes in the order in which they were appended. `Node` has two members `Node* previous` and `Node* next`, which
 /// belong to the one queue that it stands in. The nodes are the caller's and stay at their address meanwhile.
@@ -38,4 +38,4 @@ class LinkedQueue {
   Node* last_ = nullptr;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

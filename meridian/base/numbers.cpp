@@ -1,15 +1,17 @@
 #include "meridian/base/numbers.h"
 
+#include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale is POSIX
+#include <stdlib.h>  // NOLINT(modernize-deprecated-headers): so is strtod_l
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <system_error>
 
-#include "meridian/base/digits.h"
+#include "meridian/base/ascii.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 template <typename Number>
@@ -31,65 +33,33 @@ std::string shortestText(Number number) {
   return result;
 }
 
-constexpr bool isHexDigit(char c) noexcept {
-  return detail::isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+/// The "C" locale, whatever the process has set.
+locale_t cLocale() noexcept {
+  static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+  return locale;
 }
 
-/// What a sign may stand before, in the form that std::from_chars takes.
-struct Magnitude {
-  std::string_view digits;
-  std::chars_format format = std::chars_format::general;
-};
-
-Magnitude magnitudeOf(std::string_view unsignedText) noexcept {
-  // After "0x" from_chars would take a sign, "inf" and "nan" as well, which C does not.
-  if (unsignedText.size() > 2 && unsignedText[0] == '0' && (unsignedText[1] == 'x' || unsignedText[1] == 'X') &&
-      (isHexDigit(unsignedText[2]) || unsignedText[2] == '.')) {
-    return {unsignedText.substr(2), std::chars_format::hex};
-  }
-  return {unsignedText, std::chars_format::general};
-}
-
-/// Whether a well-formed number too large or too small for its type is the former: whether its leading digit, other
-/// than 0, stands at or before the units place. The numbers between are in range, so nothing finer is needed.
-bool isTooLarge(const Magnitude& magnitude) noexcept {
-  const bool hex = magnitude.format == std::chars_format::hex;
-  const std::size_t exponentMark = magnitude.digits.find_first_of(hex ? "pP" : "eE");
-  const std::string_view mantissa = magnitude.digits.substr(0, exponentMark);
-
-  const std::size_t leading = mantissa.find_first_not_of("0.");
-  const std::size_t point = mantissa.find('.') == std::string_view::npos ? mantissa.size() : mantissa.find('.');
-  const std::int64_t placesPerDigit = hex ? 4 : 1;
-  const std::int64_t place = (static_cast<std::int64_t>(point) - static_cast<std::int64_t>(leading)) * placesPerDigit;
-
-  if (exponentMark == std::string_view::npos) return place > 0;
-  const std::string_view exponentText = magnitude.digits.substr(exponentMark + 1);
-  const bool negative = exponentText.starts_with('-');
-  const auto exponent = integerFromText(exponentText);
-  if (!exponent) return !negative;  // an exponent beyond 64 bits outweighs any mantissa that fits into memory
-  // The exponent is the larger part wherever a sum could overflow, since a place is bounded by the text's length.
-  constexpr std::int64_t limit = std::numeric_limits<std::int64_t>::max() / 2;
-  if (*exponent > limit || *exponent < -limit) return !negative;
-  return place + *exponent > 0;
-}
+float parsed(const char* text, char** end, float /*type*/) noexcept { return strtof_l(text, end, cLocale()); }
+double parsed(const char* text, char** end, double /*type*/) noexcept { return strtod_l(text, end, cLocale()); }
 
 template <typename Number>
 std::optional<Number> numberFromText(std::string_view text) noexcept {
-  const bool negative = text.starts_with('-');
-  if (negative || text.starts_with('+')) text.remove_prefix(1);
-  if (text.empty() || text.front() == '-' || text.front() == '+') return std::nullopt;
-
-  const Magnitude magnitude = magnitudeOf(text);
-  // libstdc++ takes two signs in a hexadecimal number's exponent ("0x1p+-1").
-  if (magnitude.format == std::chars_format::hex && text.find("+-") != std::string_view::npos) return std::nullopt;
-  Number number = 0;
-  const char* const last = magnitude.digits.data() + magnitude.digits.size();
-  const auto [end, error] = std::from_chars(magnitude.digits.data(), last, number, magnitude.format);
-  if (error == std::errc::invalid_argument || end != last) return std::nullopt;
-  if (error == std::errc::result_out_of_range) {
-    number = isTooLarge(magnitude) ? std::numeric_limits<Number>::infinity() : Number{0};
+  // strtod skips leading white space.
+  if (text.empty() || detail::isAsciiWhiteSpace(text.front())) return std::nullopt;
+  // strtod needs a NUL after the text. Nearly every number is short.
+  std::array<char, 64> shortText;  // NOLINT(cppcoreguidelines-pro-type-member-init): only what is copied is read
+  std::string longText;
+  const char* begin = shortText.data();
+  if (text.size() < shortText.size()) {
+    *std::ranges::copy(text, shortText.begin()).out = '\0';
+  } else {
+    longText = text;
+    begin = longText.c_str();
   }
-  return negative ? -number : number;
+  char* end = nullptr;
+  const Number number = parsed(begin, &end, Number{});
+  if (end != begin + text.size()) return std::nullopt;
+  return number;
 }
 
 }  // namespace
@@ -125,4 +95,4 @@ std::optional<std::int64_t> integerFromText(std::string_view text) noexcept {
   return number;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

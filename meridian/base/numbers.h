@@ -8,7 +8,7 @@
 
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The shortest decimal text that reads back as the same number, with a point: "30.0", "23.976", "100000.0", "0.0001".
 /// Plain form from 1e-7 up to, not including, 1e21, where a large whole number has all its digits; beyond, an exponent
@@ -31,4 +31,4 @@ namespace meridian {
 /// else and for a number outside the signed 64-bit range.
 [[nodiscard]] MERIDIAN_API std::optional<std::int64_t> integerFromText(std::string_view text) noexcept;
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

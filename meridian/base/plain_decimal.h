@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "meridian/base/digits.h"
+#include "meridian/base/ascii.h"
 
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 
 /// How many of the eight characters, from the first on, are digits.
 [[nodiscard]] inline int leadingDigits(std::uint64_t characters) noexcept {
@@ -75,4 +75,4 @@ struct PlainDecimal {
   return {negative ? -number : number, place};
 }
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail

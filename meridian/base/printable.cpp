@@ -5,7 +5,7 @@
 
 #include "meridian/base/text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 bool isHarmless(const TextUnit& unit) noexcept {
@@ -47,4 +47,6 @@ std::string printable(std::string_view text) {
   return result;
 }
 
-}  // namespace meridian
+std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }
+
+}  // namespace meridian::inline v0_2

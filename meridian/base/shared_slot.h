@@ -5,7 +5,7 @@
 #include <mutex>
 #include <utility>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Holds one object. `get` gives a share of it, so that a user keeps the object that it got, whatever is set meanwhile.
 template <typename Object>
@@ -29,4 +29,4 @@ class SharedSlot {
   std::shared_ptr<Object> object_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -8,14 +8,12 @@
 #include <cstdint>
 #include <cstring>
 
-namespace meridian {
+#include "meridian/base/ascii.h"
+
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr bool isAscii(char c) noexcept { return static_cast<unsigned char>(c) < 0x80; }
-
-constexpr char asciiLower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
-constexpr bool isAsciiWhiteSpace(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // Eight characters at a time, as the bytes of one word.
 constexpr std::uint64_t everyByte(unsigned char byte) noexcept { return byte * std::uint64_t{0x0101010101010101}; }
@@ -55,7 +53,7 @@ TextUnit lastUnit(std::string_view text) noexcept {
 
 bool isWhiteSpace(const TextUnit& unit) noexcept {
   if (!unit.isCharacter) return false;
-  if (unit.value < 0x80) return isAsciiWhiteSpace(static_cast<char>(unit.value));
+  if (unit.value < 0x80) return detail::isAsciiWhiteSpace(static_cast<char>(unit.value));
   if (unit.value == 0x85) return true;
   const auto category = utf8proc_category(static_cast<utf8proc_int32_t>(unit.value));
   return category == UTF8PROC_CATEGORY_ZS || category == UTF8PROC_CATEGORY_ZL || category == UTF8PROC_CATEGORY_ZP;
@@ -74,7 +72,7 @@ std::string mapped(std::string_view text, Mapping appendMapped) {
   result.reserve(text.size());
   for (std::size_t offset = 0; offset < text.size();) {
     if (isAscii(text[offset])) {
-      result += asciiLower(text[offset++]);
+      result += detail::lowercasedAscii(text[offset++]);
       continue;
     }
     const TextUnit unit = firstUnit(text.substr(offset));
@@ -108,7 +106,7 @@ std::string lowerOrMapped(std::string_view text, Mapping appendMapped) {
   } else {
     for (char& c : result) {
       all |= static_cast<unsigned char>(c);
-      c = asciiLower(c);
+      c = detail::lowercasedAscii(c);
     }
   }
   if ((all & highBits) != 0) result = mapped(text, appendMapped);
@@ -181,7 +179,7 @@ std::string caseFolded(std::string_view text) { return lowerOrMapped(text, appen
 bool equalsIgnoringCase(std::string_view left, std::string_view right) {
   if (isAsciiOnly(left) && isAsciiOnly(right)) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return asciiLower(a) == asciiLower(b); });
+                      [](char a, char b) { return detail::lowercasedAscii(a) == detail::lowercasedAscii(b); });
   }
   return caseFolded(left) == caseFolded(right);
 }
@@ -189,7 +187,8 @@ bool equalsIgnoringCase(std::string_view left, std::string_view right) {
 bool containsIgnoringCase(std::string_view text, std::string_view piece) {
   if (isAsciiOnly(text) && isAsciiOnly(piece)) {
     return std::search(text.begin(), text.end(), piece.begin(), piece.end(),
-                       [](char a, char b) { return asciiLower(a) == asciiLower(b); }) != text.end() ||
+                       [](char a, char b) { return detail::lowercasedAscii(a) == detail::lowercasedAscii(b); }) !=
+               text.end() ||
            piece.empty();
   }
   return units(caseFolded(text)).find(units(caseFolded(piece))) != std::u32string::npos;
@@ -216,4 +215,4 @@ std::size_t displayWidth(std::string_view text) noexcept {
   return width;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

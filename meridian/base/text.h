@@ -11,7 +11,7 @@
 
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The text with every character lower-cased by its full, context-free Unicode mapping, whatever the locale:
 /// "ProRes" gives "prores", "ÉTÉ" gives "été". U+0130 (capital I with dot) gives "i" and U+0307, so it never turns into
@@ -66,4 +66,4 @@ inline std::string_view trimmed(std::string_view text) noexcept {
   return detail::trimmedAtBothEnds(text);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -6,7 +6,7 @@
 
 #include "meridian/base/keyed_hash.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 TextDictionary::TextDictionary(std::initializer_list<std::pair<std::string_view, std::string_view>> pairs) {
   reserve(pairs.size());
@@ -174,4 +174,4 @@ bool operator==(const TextDictionary& left, const TextDictionary& right) noexcep
          });
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

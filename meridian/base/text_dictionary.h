@@ -15,7 +15,7 @@
 #include "meridian/base/function_ref.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A dictionary from text to text. Iterating visits the entries in the order in which their keys were first stored;
 /// storing under a key that is present keeps its place. Looking up, storing and removing take constant time on average,
@@ -169,4 +169,4 @@ class TextDictionary::Iterator {
 inline TextDictionary::Iterator TextDictionary::begin() const noexcept { return {*this, first_}; }
 inline TextDictionary::Iterator TextDictionary::end() const noexcept { return {*this, none}; }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -10,7 +10,7 @@
 #include <span>
 #include <string_view>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The places of `Count` different texts in their list. A list with a text twice does not compile.
 template <std::size_t Count>
@@ -59,4 +59,4 @@ class TextIndex {
   std::array<std::uint16_t, bucketCount> buckets_{};
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <type_traits>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Base of a string-valued type with an open set of members: named constants are the known members, and any other text
 /// can be wrapped as well. Two members are equal when their texts are equal byte for byte.
@@ -49,7 +49,7 @@ class TypedText {
 template <typename Type>
 concept TypedTextType = std::is_base_of_v<TypedText<Type>, Type>;
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 template <meridian::TypedTextType Type>
 struct std::hash<Type> {

@@ -6,7 +6,7 @@
 #include "meridian/base/text.h"
 #include "meridian/cli/transcode_flags.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr CLISanitizationOptions pathValue = CLISanitizationOptions::trimWhiteSpace;
@@ -93,4 +93,4 @@ void readArgumentVector(std::span<const std::string_view> words, FunctionRef<voi
   }
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

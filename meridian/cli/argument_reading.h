@@ -11,7 +11,7 @@
 #include "meridian/base/function_ref.h"
 #include "meridian/cli/sanitizer.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The form in which flags are stored and compared: lower-cased and trimmed.
 [[nodiscard]] std::string normalizedFlag(std::string_view word);
@@ -63,4 +63,4 @@ struct ReadFlag {
 void readArgumentVector(std::span<const std::string_view> words, FunctionRef<void(ReadFlag&&)> foundFlag,
                         FunctionRef<void(std::size_t index)> foundStrayWord);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

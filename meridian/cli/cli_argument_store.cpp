@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 template <typename Text>
@@ -55,4 +55,4 @@ void CliArgumentStore::enumerateListValues(std::string_view list, FunctionRef<vo
   }
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

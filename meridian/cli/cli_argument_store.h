@@ -10,7 +10,7 @@
 #include "meridian/base/text_dictionary.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// An ordered command-line store of flags and values.
 ///
@@ -51,4 +51,4 @@ class MERIDIAN_API CliArgumentStore {
   CliArgumentStore& operator=(CliArgumentStore&&) = default;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -2,7 +2,7 @@
 
 #include "meridian/base/numbers.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::optional<Size> sizeFromDimensionsText(std::string_view text) noexcept {
   constexpr std::string_view separators = "xX";
@@ -21,4 +21,4 @@ std::string dimensionsTextOfSize(const Size& size) {
   return fixedDecimalText(size.width, 6) + "x" + fixedDecimalText(size.height, 6);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 using Factory = MediaAnalysisCLIArgumentFactory;
 
@@ -71,4 +71,4 @@ Factory::CustodialOptions Factory::custodialOptions(std::int32_t forParentProces
   return CustodialOptions(forParentProcessId);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

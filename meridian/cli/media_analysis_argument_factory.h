@@ -11,7 +11,7 @@
 #include "meridian/cli/media_analysis_options.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Builds options for the analysis tool. Nothing is checked: `MediaAnalysisCLIOptions` says who does.
 class MERIDIAN_API MediaAnalysisCLIArgumentFactory {
@@ -101,4 +101,4 @@ class MERIDIAN_API MediaAnalysisCLIArgumentFactory::CustodialOptions final : pub
   TextDictionary lookup_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

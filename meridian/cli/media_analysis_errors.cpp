@@ -6,11 +6,11 @@
 #include "meridian/base/printable.h"
 #include "meridian/platform/file_queries.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string MediaAnalysisCLIFault::message() const {
   std::string text(description(error));
-  if (!path.empty()) text += ": \"" + printable(path) + '"';
+  if (!path.empty()) text += ": " + inQuotes(path);
   if (systemError) text += " (" + systemError.message() + ")";
   return text + "; " + std::string(tableRow(error).remedy);
 }
@@ -69,4 +69,4 @@ std::vector<MediaAnalysisCLIImageError> errorsOf(const DistributedMediaAnalysisI
   return errors;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -12,7 +12,7 @@
 #include "meridian/cli/media_analysis_options.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// One line of a table of the tool's errors: what is wrong, and what to do about it.
 template <typename Error>
@@ -98,4 +98,4 @@ struct MediaAnalysisCLIFault {
 [[nodiscard]] MERIDIAN_API std::vector<MediaAnalysisCLIImageError> errorsOf(
     const DistributedMediaAnalysisImageOptions& options);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string cliFlag(MediaAnalysisCLIFlag flag) { return "-" + std::string(rawValue(flag)); }
 
@@ -17,4 +17,4 @@ CLIArgumentSanitizer sanitizeAll(CLISanitizationOptions options) {
   return CLIArgumentSanitizer(std::move(flags), options);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

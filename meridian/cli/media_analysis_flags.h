@@ -10,7 +10,7 @@
 #include "meridian/cli/sanitizer.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// What follows a flag of the analysis tool.
 enum class MediaAnalysisCLIValue : std::uint8_t {
@@ -85,4 +85,4 @@ struct EnumerationTable<MediaAnalysisImageCLIFlags> {
 /// A reader that knows the image flags and no others, and treats every word by these options before it looks for flags.
 [[nodiscard]] MERIDIAN_API CLIArgumentSanitizer sanitizeAll(CLISanitizationOptions options);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

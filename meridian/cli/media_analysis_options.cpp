@@ -4,7 +4,7 @@
 #include "meridian/cli/media_analysis_flags.h"
 #include "meridian/cli/sanitizer.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 MediaAnalysisCLIOptions::~MediaAnalysisCLIOptions() = default;
 BasicMediaAnalysisCLIOptions::~BasicMediaAnalysisCLIOptions() = default;
@@ -57,4 +57,4 @@ void MediaAnalysisCLICustodialOptions::enumerateArguments(ArgumentBlock block) c
   if (const auto number = parentAppNumber()) block(cliFlag(CLICustodialFlag::parentAppNumber), std::to_string(*number));
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

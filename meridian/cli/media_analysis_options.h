@@ -12,7 +12,7 @@
 #include "meridian/cli/cli_argument_store.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Options of the analysis tool. Nothing is checked: what a command line cannot carry is told by `lossesInReading`, and
 /// what the tool would refuse by `faultsOf` and `errorsOf`.
@@ -118,4 +118,4 @@ class MERIDIAN_API MediaAnalysisCLICustodialOptions : public MediaAnalysisCLIOpt
   MediaAnalysisCLICustodialOptions& operator=(MediaAnalysisCLICustodialOptions&&) = default;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

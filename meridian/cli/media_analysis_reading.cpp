@@ -13,7 +13,7 @@
 #include "meridian/cli/nearest_text.h"
 #include "meridian/cli/sanitizer.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 using Remark = MediaAnalysisCLIRemarkKind;
@@ -205,8 +205,6 @@ std::optional<MediaAnalysisCLILossReason> lossOf(std::string_view flag, std::str
   return value.find('\0') != std::string_view::npos ? std::optional(holdsNul) : std::nullopt;
 }
 
-std::string quoted(std::string_view text) { return '"' + printable(text) + '"'; }
-
 }  // namespace
 
 std::optional<std::string> MediaAnalysisCLIRemark::suggestion() const {
@@ -220,7 +218,7 @@ std::optional<std::string> MediaAnalysisCLIRemark::suggestion() const {
 
 std::string MediaAnalysisCLIRemark::message() const {
   std::string text = printable(flag);
-  if (value) text += (text.empty() ? "" : " ") + quoted(*value);
+  if (value) text += (text.empty() ? "" : " ") + inQuotes(*value);
   text += ": " + std::string(description(kind));
   if (const auto nearest = suggestion()) text += "; did you mean " + *nearest + "?";
   return text;
@@ -268,7 +266,7 @@ MediaAnalysisCLIReading readMediaAnalysisArguments(std::span<const std::string_v
 }
 
 std::string MediaAnalysisCLILoss::message() const {
-  return flag + " cannot be " + quoted(value) + ": " + std::string(description(reason));
+  return flag + " cannot be " + inQuotes(value) + ": " + std::string(description(reason));
 }
 
 std::vector<MediaAnalysisCLILoss> lossesInReading(const MediaAnalysisCLIOptions& options) {
@@ -287,4 +285,4 @@ std::vector<MediaAnalysisCLILoss> lossesInReading(const MediaAnalysisCLIOptions&
   return losses;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -15,7 +15,7 @@
 #include "meridian/cli/media_analysis_options.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// What reading could not put into the options.
 enum class MediaAnalysisCLIRemarkKind : std::uint8_t {
@@ -119,4 +119,4 @@ struct MediaAnalysisCLILoss {
 /// reading the vector gives the same options.
 [[nodiscard]] MERIDIAN_API std::vector<MediaAnalysisCLILoss> lossesInReading(const MediaAnalysisCLIOptions& options);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -4,7 +4,7 @@
 #include <numeric>
 #include <vector>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// The restricted Damerau-Levenshtein distance (optimal string alignment).
@@ -46,4 +46,4 @@ std::optional<std::string_view> nearestText(std::string_view text, std::span<con
   return nearest;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

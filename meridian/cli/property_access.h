@@ -18,7 +18,7 @@
 #include "meridian/cli/transcode_values.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Specialised for each kind but `onOff`: `Value`, `read(text)`, and `write(value)`, whose result is or becomes a text.
 template <PropertyKind kind>
@@ -162,4 +162,4 @@ void setProperty(TextDictionary& store, const std::optional<typename AccessOf<na
   }
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

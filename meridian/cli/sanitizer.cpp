@@ -5,7 +5,7 @@
 
 #include "meridian/base/text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string CLISanitizationOptions::sanitize(std::string_view text) const {
   // Trimming and lower-casing do not meet: no character becomes white space, or stops being it, in lower case.
@@ -50,4 +50,4 @@ void CLIArgumentSanitizer::enumerateSanitizedCLIEntries(std::span<const std::str
 
 std::string cliFlag(CLICustodialFlag flag) { return "-" + std::string(rawValue(flag)); }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

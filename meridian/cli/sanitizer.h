@@ -14,7 +14,7 @@
 #include "meridian/base/function_ref.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A set of treatments of one text.
 class CLISanitizationOptions {
@@ -105,4 +105,4 @@ struct EnumerationTable<CLICustodialFlag> {
   return options | CLISanitizationOptions::trimWhiteSpace;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

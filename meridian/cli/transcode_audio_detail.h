@@ -8,7 +8,7 @@
 #include "meridian/cli/transcode_values.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The audio settings of a transcode, wherever they are held.
 class MERIDIAN_API TranscodeAudioDetail {
@@ -64,4 +64,4 @@ class MERIDIAN_API MutableTranscodeAudioDetail : public TranscodeAudioDetail {
   MutableTranscodeAudioDetail& operator=(MutableTranscodeAudioDetail&&) = default;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -10,7 +10,7 @@
 #include "meridian/cli/argument_reading.h"
 #include "meridian/cli/transcode_preset.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 std::vector<std::string_view> viewsOf(std::span<const std::string> texts) { return {texts.begin(), texts.end()}; }
@@ -285,4 +285,4 @@ std::optional<std::string_view> TranscodeCliArguments::firstInputFile() const {
   return first->path;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

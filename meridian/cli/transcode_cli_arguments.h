@@ -21,7 +21,7 @@
 #include "meridian/cli/transcode_video_detail.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The settings of one transcode, as its command line says them.
 ///
@@ -293,7 +293,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   /// Copies all timecode settings from another holder, absent ones too.
   void updateFromTimecodeDetail(const TranscodeTimecodeDetail& detail);
 
-  /// The picture that is burnt in as a watermark, where and how large.
+  /// The image that is burnt in as a watermark, where and how large.
   [[nodiscard]] std::optional<Url> watermarkFile() const;
   void setWatermarkFile(const std::optional<Url>& file);
   [[nodiscard]] std::optional<SAVTranscodeArgumentOverlayAnchorValue> watermarkFileAnchor() const;
@@ -338,4 +338,4 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   Stored stored_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

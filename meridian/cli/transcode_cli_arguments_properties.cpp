@@ -7,7 +7,7 @@
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/cli/transcode_detail_modifier.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// The track that a flag leaves out; absent for a flag that leaves out none.
@@ -482,4 +482,4 @@ bool TranscodeCliArguments::sourceFileAnalysisRequired() const noexcept {
          *scaling != SAVMatchSourceRatio.rawValue();
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

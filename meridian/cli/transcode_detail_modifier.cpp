@@ -1,6 +1,6 @@
 #include "meridian/cli/transcode_detail_modifier.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 TranscodeVideoDetail::~TranscodeVideoDetail() = default;
 MutableTranscodeVideoDetail::~MutableTranscodeVideoDetail() = default;
@@ -61,4 +61,4 @@ MutableTranscodeTimecodeDetail& TranscodeDetailModifier::updatedTimecode(Mutable
   return detail;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

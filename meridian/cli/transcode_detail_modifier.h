@@ -6,7 +6,7 @@
 #include "meridian/cli/transcode_video_detail.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Copies a group of settings from a model onto a target: every member of the model is read once and assigned to the
 /// target, in the order of the interface, absent values and false included; nothing is compared, skipped or merged. The
@@ -27,4 +27,4 @@ class MERIDIAN_API TranscodeDetailModifier {
                                                          const TranscodeTimecodeDetail& toMatch);
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -9,9 +9,9 @@
 #include "meridian/cli/transcode_flags.h"
 #include "meridian/cli/transcode_values.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
-/// Where a picture is held when it is cropped. The raw value is the text of "-crop_anchor".
+/// Where an image is held when it is cropped. The raw value is the text of "-crop_anchor".
 enum class VideoCropAnchor : std::uint8_t {
   topLeft,
   topCenter,
@@ -93,4 +93,4 @@ struct EnumerationTable<TimecodeSource> {
   });
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

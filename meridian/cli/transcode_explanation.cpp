@@ -13,7 +13,7 @@
 #include "meridian/cli/transcode_detail_values.h"
 #include "meridian/media/video_frame_rate.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr auto presetTexts = [] {
@@ -227,7 +227,7 @@ std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
     notes.push_back("of the timecode sources " + sources + " one counts: " + std::string(rawValue(*source)));
   }
   if (arguments.sourceFileAnalysisRequired()) {
-    notes.emplace_back("the source has to be analysed first, for the shape of its picture");
+    notes.emplace_back("the source has to be analysed first, for the shape of its image");
   }
   return notes;
 }
@@ -322,4 +322,4 @@ TranscodeExplanation explain(std::span<const std::string_view> words, bool maint
   return explanation;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -15,7 +15,7 @@
 #include "meridian/cli/transcode_properties.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Where a setting's value came from: written once, written more than once (the last one stays), or from a preset.
 enum class SettingSource : std::uint8_t { given, repeated, preset };
@@ -130,4 +130,4 @@ struct TranscodeExplanation {
 [[nodiscard]] MERIDIAN_API TranscodeExplanation explain(std::span<const std::string_view> words,
                                                         bool maintainOriginalOrdering = false);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

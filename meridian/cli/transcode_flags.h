@@ -14,7 +14,7 @@
 #include "meridian/base/text_index.h"
 #include "meridian/base/typed_text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The groups of flags, in the order in which the list of all known flags names them.
 enum class FlagGroup : std::uint8_t {
@@ -442,4 +442,4 @@ inline constexpr auto allKnownCommandFlags = detail::AllFlagGroups::caseTexts();
   return place ? &flagDescriptions[*place] : nullptr;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -1,6 +1,8 @@
 #include "meridian/cli/transcode_preset.h"
 
-namespace meridian {
+#include "meridian/base/no_destructor.h"
+
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr auto cloudPairs = std::to_array<TranscodeCliPair>({
@@ -30,16 +32,16 @@ std::span<const TranscodeCliPair> orderedArguments(TranscodeCliPreset preset) no
 }
 
 const TextDictionary& presetArguments(TranscodeCliPreset preset) {
-  // Never destroyed, so that static objects may still ask for them in their destructors.
-  static const auto& dictionaries = *[] {
-    auto* const result = new std::array<TextDictionary, pairsOfPresets.size()>;
+  using Dictionaries = std::array<TextDictionary, pairsOfPresets.size()>;
+  static const NoDestructor<Dictionaries> dictionaries([] {
+    Dictionaries result;
     for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) {
-      TextDictionary& dictionary = (*result)[static_cast<std::size_t>(each)];
+      TextDictionary& dictionary = result[static_cast<std::size_t>(each)];
       for (const auto& [flag, value] : orderedArguments(each)) dictionary.set(flag, value);
     }
     return result;
-  }();
-  return dictionaries[static_cast<std::size_t>(preset)];
+  }());
+  return (*dictionaries)[static_cast<std::size_t>(preset)];
 }
 
 std::vector<std::string> orderedArgumentsAsList(TranscodeCliPreset preset) {
@@ -51,4 +53,4 @@ std::vector<std::string> orderedArgumentsAsList(TranscodeCliPreset preset) {
   return elements;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -14,7 +14,7 @@
 #include "meridian/cli/transcode_values.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The presets: small H.264 proxies for the suite's cloud service, and a mastering format. The raw value is the text
 /// after "-preset".
@@ -46,4 +46,4 @@ struct TranscodeCliPair {
 /// The preset's settings as an argument vector: two elements a setting, the second possibly empty.
 [[nodiscard]] MERIDIAN_API std::vector<std::string> orderedArgumentsAsList(TranscodeCliPreset preset);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

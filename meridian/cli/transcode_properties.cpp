@@ -7,7 +7,7 @@
 #include "meridian/base/text.h"
 #include "meridian/cli/property_access.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 template <typename Access>
@@ -127,4 +127,4 @@ std::string expectedFormOfFlag(std::string_view flag) {
   return forms;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

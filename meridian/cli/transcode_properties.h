@@ -18,7 +18,7 @@
 #include "meridian/media/size.h"
 #include "meridian/media/timecode_components.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// How a property stands in the text of its flag. The kinds from `fileFormat` on take one of a list of texts.
 enum class PropertyKind : std::uint8_t {
@@ -186,4 +186,4 @@ struct PropertyInput {
 /// The texts that a property takes one of, in their order; empty for a property of another kind.
 [[nodiscard]] MERIDIAN_API std::vector<std::string_view> allowedTexts(const TranscodeProperty& property);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

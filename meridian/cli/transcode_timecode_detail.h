@@ -10,7 +10,7 @@
 #include "meridian/media/rgb_color.h"
 #include "meridian/media/timecode_components.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The timecode settings of a transcode, wherever they are held. They belong together: a timecode is given for a custom
 /// source and for no other, and timecode is included when there is a track or a burn-in. A holder that says otherwise
@@ -67,4 +67,4 @@ class MERIDIAN_API MutableTranscodeTimecodeDetail : public TranscodeTimecodeDeta
   MutableTranscodeTimecodeDetail& operator=(MutableTranscodeTimecodeDetail&&) = default;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -15,7 +15,7 @@
 #include "meridian/cli/transcode_flags.h"
 #include "meridian/media/file_extension.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Specialised for each value type with the member `rows`, whose elements have at least the members of ValueRow.
 template <typename Value>
@@ -183,7 +183,7 @@ struct ValueTable<SAVTranscodeArgumentVideoCodecValue> {
   });
 };
 
-/// Value of "-aspect_scaling": how a picture fits a frame of another shape.
+/// Value of "-aspect_scaling": how an image fits a frame of another shape.
 class SAVTranscodeArgumentAspectRatioValue : public ValueText<SAVTranscodeArgumentAspectRatioValue> {
  public:
   using ValueText::ValueText;
@@ -406,4 +406,4 @@ SAVTranscodeArgumentVideoCodecValue::allProResFormats() noexcept {
   return detail::codecsOfFamily<VideoCodecFamily::proRes>;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

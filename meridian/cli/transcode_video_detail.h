@@ -11,7 +11,7 @@
 #include "meridian/media/size.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The video settings of a transcode, wherever they are held.
 class MERIDIAN_API TranscodeVideoDetail {
@@ -34,7 +34,7 @@ class MERIDIAN_API TranscodeVideoDetail {
   [[nodiscard]] virtual std::optional<std::int64_t> keyFrames() const = 0;
   /// The colour look-up table to apply.
   [[nodiscard]] virtual std::optional<Url> lutFile() const = 0;
-  /// How a picture fits a frame of another shape.
+  /// How an image fits a frame of another shape.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentAspectRatioValue> aspectScaling() const = 0;
   [[nodiscard]] virtual std::optional<VideoCropAnchor> videoCropAnchor() const = 0;
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpace() const = 0;
@@ -77,4 +77,4 @@ class MERIDIAN_API MutableTranscodeVideoDetail : public TranscodeVideoDetail {
   MutableTranscodeVideoDetail& operator=(MutableTranscodeVideoDetail&&) = default;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <utility>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 AtomicSwitch::~AtomicSwitch() = default;
 
@@ -61,4 +61,4 @@ void ConcurrentQueueBasedAtomicSwitch::setIsOn(bool isOn) noexcept {
   dispatchQueue_.barrierSync([&] { isOn_ = isOn; });
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

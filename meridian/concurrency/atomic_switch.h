@@ -10,7 +10,7 @@
 #include "meridian/platform/quality_of_service.h"
 #include "meridian/platform/unfair_lock.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A flag that any thread may read and write; each single get and each single set is atomic. Holders share one,
 /// mostly through a `std::shared_ptr`.
@@ -89,4 +89,4 @@ class MERIDIAN_API ConcurrentQueueBasedAtomicSwitch final : public AtomicSwitch 
   bool isOn_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -5,7 +5,7 @@
 
 #include "meridian/base/precondition.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A thread waits on its own stack alone: with a slot it needs the semaphore no more, which may be gone by then.
 struct TaskSemaphore::WaitingThread : Waiter {
@@ -179,4 +179,4 @@ void TaskSemaphore::Wait::giveUp() noexcept {
   }
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

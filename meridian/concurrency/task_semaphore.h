@@ -9,7 +9,7 @@
 #include "meridian/base/linked_queue.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Limits how many tasks are at work at once: each holds a slot from `wait` to its `signal`. First in, first out, with
 /// coroutines and threads in one line; a slot that is given back while others wait passes straight to the first of
@@ -124,4 +124,4 @@ class SignalAtScopeEnd {
   TaskSemaphore& semaphore_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

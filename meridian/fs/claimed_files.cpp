@@ -8,7 +8,7 @@
 #include "meridian/platform/file_queries.h"
 #include "meridian/platform/posix_calls.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// Makes the files of one claim.
@@ -159,4 +159,4 @@ FileClaim claimConsistentFiles(std::span<const Url> directories, std::string_vie
   return claim;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

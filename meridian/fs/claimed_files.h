@@ -18,7 +18,7 @@
 #include "meridian/export.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 enum class ClaimRefusalReason : std::uint8_t {
   noFileAddress,
@@ -88,4 +88,4 @@ claimFileAmongstDirectories(std::string_view baseName, std::span<const Url> dire
 [[nodiscard]] MERIDIAN_API FileClaim claimConsistentFiles(std::span<const Url> directories, std::string_view fileName,
                                                           std::span<const std::string> extensions);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -1,6 +1,6 @@
 #include "meridian/fs/extension_filter.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 bool ExtensionFilter::permitsExtension(std::string_view extension) const {
   if (extension.starts_with('.')) extension.remove_prefix(1);
@@ -8,4 +8,4 @@ bool ExtensionFilter::permitsExtension(std::string_view extension) const {
   return known ? explicitPermittedExtensions.contains(*known) : evaluateUnrecognizedExtensions;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

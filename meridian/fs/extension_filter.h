@@ -6,7 +6,7 @@
 #include "meridian/export.h"
 #include "meridian/media/file_extension.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Which extensions are copied: those listed, and on demand those that the suite does not know.
 struct ExtensionFilter {
@@ -20,4 +20,4 @@ struct ExtensionFilter {
   friend bool operator==(const ExtensionFilter&, const ExtensionFilter&) = default;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -4,7 +4,7 @@
 
 #include "meridian/fs/name_schemes.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 template <typename Scheme>
@@ -49,4 +49,4 @@ UrlsByExtension consistentFilePathsAdjustedForCollisionAcrossDirectories(std::sp
   return urls;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

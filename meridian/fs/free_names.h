@@ -21,7 +21,7 @@
 #include "meridian/platform/file_queries.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Whether an item exists at a path.
 using ExistenceQuery = FunctionRef<bool(const std::string& path)>;
@@ -54,4 +54,4 @@ consistentFilePathsAdjustedForCollision(const Url& outputDirectory, std::string_
     std::span<const Url> directories, std::string_view fileName, std::span<const std::string> extensions,
     ExistenceQuery exists = pathExists);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

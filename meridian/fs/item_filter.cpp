@@ -4,12 +4,13 @@
 #include <functional>
 #include <set>
 
+#include "meridian/base/ascii.h"
 #include "meridian/base/precondition.h"
 #include "meridian/base/text.h"
 #include "meridian/fs/url_operations.h"
 #include "meridian/platform/file_queries.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// The end of a lower-cased name that the entry of an extension list stands for.
@@ -36,7 +37,7 @@ class CaseForms {
     for (std::size_t i = 0; i < size; ++i) {
       const char c = name[i];
       bits |= static_cast<unsigned char>(c);
-      ascii_[i] = static_cast<char>(c + (c >= 'A' && c <= 'Z' ? 'a' - 'A' : 0));
+      ascii_[i] = detail::lowercasedAscii(c);
     }
     isAscii_ = size == name.size() && bits < 0x80;
   }
@@ -183,4 +184,4 @@ ItemDecision ItemFilter::decision(std::string_view name, FunctionRef<bool()> isD
   return decision(name, [] { return true; }, isDirectory);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

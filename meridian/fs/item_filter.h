@@ -13,7 +13,7 @@
 #include "meridian/fs/item_filtering_option.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Names to leave out everywhere, for an application that passes them as `forcePathComponents`. The first is written
 /// in capitals on purpose; names are compared without regard to case.
@@ -93,4 +93,4 @@ class ItemFilter {
   bool ignoresHidden_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

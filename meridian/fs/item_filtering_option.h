@@ -8,7 +8,7 @@
 
 #include "meridian/base/enumeration.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Whether the listed extensions are those that are not copied, or the only ones that are. An application stores the
 /// case's number; the table's text is the case's name. Display text and tooltip are translated by `localizedString` and
@@ -40,4 +40,4 @@ struct EnumerationTable<ItemFilteringOption> {
   return std::nullopt;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

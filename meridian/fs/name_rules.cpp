@@ -2,7 +2,7 @@
 
 #include "meridian/base/text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string removingDisallowedCharacters(std::string_view text, CharacterSet disallowedCharactersSet) {
   std::string result;
@@ -27,4 +27,4 @@ std::string removingDisallowedMacOSFilesystemCharacters(std::string_view text) {
   return removingDisallowedCharacters(text, disallowedMacOSCharacters);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -8,7 +8,7 @@
 
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The text without the prefix, or as it is where it does not begin with it. Compares bytes; gives a view into `text`.
 [[nodiscard]] constexpr std::string_view deletingPrefix(std::string_view text, std::string_view prefix) noexcept {
@@ -85,4 +85,4 @@ inline constexpr CharacterSet disallowedMacOSCharacters(disallowedMacOSFilesyste
 /// The name as the desktop's file system takes it: "a/b: c" gives "ab c".
 [[nodiscard]] MERIDIAN_API std::string removingDisallowedMacOSFilesystemCharacters(std::string_view text);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -6,7 +6,7 @@
 #include "meridian/base/precondition.h"
 #include "meridian/platform/path_text.h"
 
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 
 PathScheme::PathScheme(const Url& path)
     : path_(path.path()), directory_(deletingLastPathComponent(path_)), base_(path.lastPathComponent()) {
@@ -68,4 +68,4 @@ std::string nextSuffix(char mark, std::int64_t& number) {
   return mark + std::to_string(number);
 }
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail

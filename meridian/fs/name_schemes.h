@@ -10,7 +10,7 @@
 #include "meridian/base/function_ref.h"
 #include "meridian/platform/url.h"
 
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 
 /// A single path: "/out/clip.mov", "/out/clip 2.mov".
 class PathScheme {
@@ -79,4 +79,4 @@ template <typename Scheme>
   return suffix;
 }
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail

@@ -11,7 +11,7 @@
 
 #include "meridian/platform/open_folder.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// Folders kept open below the outermost one. In a deeper tree the outer ones are closed, and opened again on the way
@@ -187,4 +187,4 @@ void walkTree(const Url& folder, const ItemFilter& filter, TreeVisitor visit, Un
   TreeWalk(folder.path(), filter, visit, report).run();
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -10,7 +10,7 @@
 #include "meridian/platform/item_kind.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// An item that the walk came to. The views are valid during the call that gives it.
 struct TreeItem {
@@ -45,4 +45,4 @@ using UnreadReport = FunctionRef<void(const UnreadItem& item)>;
 /// and at most 34 folders are open at a time; fewer where the process may open no more, but three have to be possible.
 MERIDIAN_API void walkTree(const Url& folder, const ItemFilter& filter, TreeVisitor visit, UnreadReport report);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -6,7 +6,7 @@
 #include "meridian/fs/name_rules.h"
 #include "meridian/platform/file_queries.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 bool isDirectory(const Url& url) noexcept { return pathIsDirectory(url.path()); }
 
@@ -63,4 +63,4 @@ std::string subPathString(const Url& url, std::string_view fromVolumeFolder, boo
   return std::string(deletingPrefix(subPath(url, fromVolumeFolder, includingFileName).path(), "/"));
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -13,7 +13,7 @@
 #include "meridian/export.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 inline constexpr std::array<std::string_view, 2> remoteURLSchemes{"https", "http"};
 
@@ -78,4 +78,4 @@ struct TextRange {
 [[nodiscard]] MERIDIAN_API std::string subPathString(const Url& url, std::string_view fromVolumeFolder,
                                                      bool includingFileName);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

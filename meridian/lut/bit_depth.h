@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A code value of depth `from` at depth `to`: to fewer bits by a shift to the right (64 bits and more leave 0), to
 /// more by a multiplication with a power of two. Unchanged where the depths are equal or one is not above 0. Absent
@@ -30,4 +30,4 @@ namespace meridian {
   return value <= 1 ? 0 : static_cast<std::int64_t>(std::bit_width(static_cast<std::uint64_t>(value) - 1));
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

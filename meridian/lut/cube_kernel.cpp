@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 namespace {
 
 /// The largest relative error of one rounding to single precision.
@@ -44,8 +44,8 @@ float roundedDown(double number) noexcept { return -roundedUp(-number); }
 
 }  // namespace
 
-CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<PictureDepths>& pictureDepths)
-    : definition(std::move(cubeDefinition)), depths(pictureDepths) {
+CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<ImageDepths>& imageDepths)
+    : definition(std::move(cubeDefinition)), depths(imageDepths) {
   if (depths) prepareResults();
   // With more points per axis their distances would not all be exact in single precision or fit into 32 bits.
   isFast = definition.faceSize >= 2 && definition.faceSize <= 200;
@@ -210,4 +210,4 @@ void CubeKernel::prepareResults() {
   limitBefore = shift > 0 ? (limitAfter >> shift) + 1 : std::numeric_limits<std::int32_t>::max();
 }
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "meridian/base/aligned_allocator.h"
-#include "meridian/lut/picture_definition.h"
-#include "meridian/lut/picture_view.h"
+#include "meridian/lut/image_definition.h"
+#include "meridian/lut/image_view.h"
 
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 
 /// How single precision finds a place on an axis: at `value` * (scaleHigh + scaleLow) + offset. `scaleHigh` has so few
 /// bits that its product with a code value of 16 bits is exact, and so is the difference of that product and the point
@@ -30,17 +30,17 @@ struct FastAxis {
 /// before its beginning as well.
 enum class AxisLimits : std::uint8_t { exactEnd, end, both };
 
-/// A cube for pictures of one kind. Single precision gives each result with an error of at most `errorBound`; where
+/// A cube for images of one kind. Single precision gives each result with an error of at most `errorBound`; where
 /// that leaves open which integer a result is truncated to, the definition in double precision decides. So the results
 /// are those of the definition, at nearly the speed of single precision.
 class CubeKernel {
  public:
   /// For code values, with depths, or for floating point, without.
-  CubeKernel(CubeDefinition cubeDefinition, const std::optional<PictureDepths>& pictureDepths);
+  CubeKernel(CubeDefinition cubeDefinition, const std::optional<ImageDepths>& imageDepths);
 
   CubeDefinition definition;
   /// Absent for floating point.
-  std::optional<PictureDepths> depths;
+  std::optional<ImageDepths> depths;
 
   /// Whether single precision is of use at all.
   bool isFast = false;
@@ -89,15 +89,15 @@ class CubeKernel {
 };
 
 /// Rows of pixels that lie beside each other or in planes.
-template <PictureSample Sample>
+template <ImageSample Sample>
 struct PixelRows {
-  PictureView<const Sample> source;
-  PictureView<Sample> destination;
+  ImageView<const Sample> source;
+  ImageView<Sample> destination;
 };
 
-/// Leads the rows through the cube with the best instructions that this machine has. The pictures have no fault.
+/// Leads the rows through the cube with the best instructions that this machine has. The images have no fault.
 void applyCube(const CubeKernel& kernel, const PixelRows<std::uint8_t>& rows);
 void applyCube(const CubeKernel& kernel, const PixelRows<std::uint16_t>& rows);
 void applyCube(const CubeKernel& kernel, const PixelRows<float>& rows);
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail

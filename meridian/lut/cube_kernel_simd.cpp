@@ -1,4 +1,4 @@
-// Pictures through a cube, compiled once for each instruction set.
+// Images through a cube, compiled once for each instruction set.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -18,7 +18,7 @@
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace meridian::detail::HWY_NAMESPACE {
+namespace meridian::inline v0_2::detail::HWY_NAMESPACE {
 namespace {
 
 // Plain arrays lie as vector instructions need them, and the functions below take their addresses.
@@ -103,9 +103,9 @@ constexpr std::size_t pixelStep() {
   return std::max<std::size_t>(HWY_LANES(Sample), 4);
 }
 
-// ---- Between pictures and planes ----------------------------------------------------------------------------------
+// ---- Between images and planes ----------------------------------------------------------------------------------
 
-/// Samples that are the same in planes as in pictures: 16-bit code values and floating point.
+/// Samples that are the same in planes as in images: 16-bit code values and floating point.
 template <typename Sample>
 HWY_INLINE void loadPlanes(const Sample* source, std::size_t channelCount, std::size_t count, Planes<Sample>& planes) {
   const hn::ScalableTag<Sample> d;
@@ -724,7 +724,7 @@ template <typename Sample>
 using PlaneSample = std::conditional_t<std::is_same_v<Sample, float>, float, std::uint16_t>;
 
 void rescaleAlpha(const CubeKernel& kernel, std::uint16_t* alpha, std::size_t count) {
-  const PictureDepths& depths = *kernel.depths;
+  const ImageDepths& depths = *kernel.depths;
   if (depths.source == depths.destination) return;
   for (std::size_t i = 0; i < count; ++i) alpha[i] = limitedCodeValue(alpha[i], depths.source, depths.destination);
 }
@@ -777,7 +777,7 @@ class RowConverter {
   }
 
   HWY_INLINE void load(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
-    if (rows_.source.layout == PictureLayout::planar) {
+    if (rows_.source.layout == ImageLayout::planar) {
       for (std::size_t channel = 0; channel < 3; ++channel) {
         const Sample* const from = rowOf<const Sample>(rows_.source, channel, row) + column;
         Plane* const into = planes_.channels[channel];
@@ -797,16 +797,16 @@ class RowConverter {
   }
 
   HWY_INLINE void store(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
-    const PictureLayout layout = rows_.destination.layout;
-    if (layout == PictureLayout::planar) {
+    const ImageLayout layout = rows_.destination.layout;
+    if (layout == ImageLayout::planar) {
       for (std::size_t channel = 0; channel < 3; ++channel) {
         Sample* const into = rowOf<Sample>(rows_.destination, channel, row) + column;
         for (std::size_t i = 0; i < count; ++i) into[i] = static_cast<Sample>(planes_.channels[channel][i]);
       }
       return;
     }
-    if (layout == PictureLayout::rgba) {
-      if (rows_.source.layout == PictureLayout::rgba) {
+    if (layout == ImageLayout::rgba) {
+      if (rows_.source.layout == ImageLayout::rgba) {
         rescaleAlpha(kernel_, planes_.alpha, rounded);
       } else {
         std::fill_n(planes_.alpha, rounded, opaque<Plane>(kernel_));
@@ -840,7 +840,7 @@ class RowConverter {
     if constexpr (!std::is_same_v<Sample, float>) {
       if (doubtful_.count == 0) return;
       convertExactly(kernel_, doubtful_);
-      const bool isPlanar = rows_.destination.layout == PictureLayout::planar;
+      const bool isPlanar = rows_.destination.layout == ImageLayout::planar;
       const std::size_t channelCount = rows_.destination.samplesPerPixel(rows_.destination.layout);
       for (std::size_t place = 0; place < doubtful_.count; ++place) {
         for (std::size_t channel = 0; channel < 3; ++channel) {
@@ -873,11 +873,11 @@ void applyFloats(const CubeKernel& kernel, const PixelRows<float>& rows) { RowCo
 // NOLINTEND(modernize-avoid-c-arrays)
 
 }  // namespace
-}  // namespace meridian::detail::HWY_NAMESPACE
+}  // namespace meridian::inline v0_2::detail::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 
 HWY_EXPORT(applyBytes);
 HWY_EXPORT(applyWords);
@@ -893,5 +893,5 @@ void applyCube(const CubeKernel& kernel, const PixelRows<float>& rows) {
   HWY_DYNAMIC_DISPATCH(applyFloats)(kernel, rows);
 }
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail
 #endif  // HWY_ONCE

@@ -8,7 +8,7 @@
 
 #include "meridian/base/precondition.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// Follows the lowest and the highest number among all that it sees; 0 and 0 before it has seen any.
@@ -67,4 +67,4 @@ LutCube::LutCube(std::shared_ptr<const LutValueTriplets> triplets) : LutCube(std
   highValue_ = range.high();
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

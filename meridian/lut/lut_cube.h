@@ -8,7 +8,7 @@
 #include "meridian/export.h"
 #include "meridian/lut/lut_values.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A view of a cube's colours: `lattice[red][green][blue]`, each index from 0 to `faceSize` - 1, which is not checked.
 /// The colours lie in one flat block, the blue index running fastest. Valid while the cube is there.
@@ -68,7 +68,7 @@ class MERIDIAN_API ThreeDimensionalLutCube {
 
 /// The cube that rows in file order make: the rows fill the lattice with its last index running fastest, so that the
 /// rows that follow each other in the file lie along the blue axis. Published `.cube` files run along the red axis
-/// first; the order here is kept on purpose, and whole pictures can be had either way (LutAxisOrder).
+/// first; the order here is kept on purpose, and whole images can be had either way (LutAxisOrder).
 ///
 /// The points per axis are the cube root of the number of rows, rounded. Rows beyond the cube are not read; points
 /// beyond the rows get the lowest value placed, in all three channels, or 0 when there is no row at all,
@@ -99,4 +99,4 @@ class MERIDIAN_API LutCube final : public ThreeDimensionalLutCube {
   double highValue_ = 0;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -2,7 +2,7 @@
 
 #include "meridian/lut/lut_refusal.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 LutFile::~LutFile() = default;
 
@@ -13,4 +13,4 @@ std::string LutRefusal::message() const {
   return text;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -10,7 +10,7 @@
 #include "meridian/lut/sample_converter.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// How a look-up table file is written. Every file that is read here is `txt`; XML documents are refused.
 enum class LutMarkupType : std::uint8_t { xml, txt };
@@ -58,4 +58,4 @@ class MERIDIAN_API UnsignedIntegerLutFile : public ParsedLutFile {
   [[nodiscard]] virtual std::int64_t bitDepth() const noexcept = 0;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

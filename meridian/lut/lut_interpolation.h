@@ -12,7 +12,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/lut/lut_values.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 enum class LutInterpolation : std::uint8_t { trilinear, tetrahedral };
 
@@ -126,4 +126,4 @@ struct LatticeStrides {
 
 }  // namespace detail
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -5,7 +5,7 @@
 #include "meridian/base/precondition.h"
 #include "meridian/lut/lut_interpolation.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 std::shared_ptr<const ThreeDimensionalLutCube> withPoints(std::shared_ptr<const ThreeDimensionalLutCube> cube) {
@@ -43,4 +43,4 @@ LutColor TetrahedralLutInterpolator::sample(double red, double green, double blu
   return interpolate(LutInterpolation::tetrahedral, *cube_, red, green, blue);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -6,7 +6,7 @@
 #include "meridian/export.h"
 #include "meridian/lut/lut_cube.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Finds the colour that a cube has for an input, in double precision. All interpolators limit each input to the cube's
 /// range from `lowValue` to `highValue` and divide it by `highValue` alone, not by the span from `lowValue`, on
@@ -54,4 +54,4 @@ class MERIDIAN_API TetrahedralLutInterpolator final : public ThreeDimensionalLut
   std::shared_ptr<const ThreeDimensionalLutCube> cube_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -10,7 +10,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 enum class LutRefusalReason : std::uint8_t {
   xmlDocument,
@@ -53,4 +53,4 @@ struct LutRefusal {
   [[nodiscard]] MERIDIAN_API std::string message() const;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

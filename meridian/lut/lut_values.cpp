@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 LutEssence::~LutEssence() = default;
 
@@ -25,4 +25,4 @@ LutValueTriplet LutValueTriplets::exactTriplet(std::size_t place) const noexcept
   return {numberAt(place * 3, color.red), numberAt(place * 3 + 1, color.green), numberAt(place * 3 + 2, color.blue)};
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -15,7 +15,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// What a table is indexed by: each channel on its own, or all three together.
 enum class LutDimensions : std::uint8_t { oneD, cube };
@@ -145,4 +145,4 @@ class MERIDIAN_API LutEssence {
   [[nodiscard]] virtual const LutValueTriplets& orderedValues() const noexcept = 0;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -13,7 +13,7 @@
 #include "meridian/platform/xml_check.h"
 #include "meridian/suite/logger.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// The rows that a one-dimensional table has at least: one for each code value of 8 bits.
@@ -170,4 +170,4 @@ ParsedLutFactory::ParsedOneDimensionLutFile::~ParsedOneDimensionLutFile() = defa
 ParsedLutFactory::ParsedThreeDimensionalIntegerFile::~ParsedThreeDimensionalIntegerFile() = default;
 ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile::~ParsedThreeDimensionalFloatingPointFile() = default;
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

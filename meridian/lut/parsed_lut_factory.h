@@ -1,4 +1,4 @@
-// Look-up table files: from a path to a table that samples and pictures can be led through.
+// Look-up table files: from a path to a table that samples and images can be led through.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@
 #include "meridian/media/file_extension.h"
 #include "meridian/platform/url.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// What the reading of a file gave: the table, or why there is none. Of the two exactly one is there.
 struct LutParsing {
@@ -129,4 +129,4 @@ class MERIDIAN_API ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile fin
   NormalizedFloatingPoint3DSampleConverter inputConverter_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

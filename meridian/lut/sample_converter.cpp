@@ -7,25 +7,18 @@
 #include <string>
 #include <utility>
 
+#include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/precondition.h"
 #include "meridian/lut/bit_depth.h"
 #include "meridian/lut/lut_interpolation.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
-/// Truncated toward zero; absent for what is negative, not finite, or beyond 64 bits.
-std::optional<std::uint64_t> codeValue(double value) noexcept {
-  constexpr double limit = 18446744073709551616.0;       // 2^64, the first double beyond the range
-  const bool isCodeValue = value >= 0 && value < limit;  // not so for what is not a number
-  if (!isCodeValue) return std::nullopt;
-  return static_cast<std::uint64_t>(value);
-}
-
 std::optional<RGBSample> codeValues(const LutColor& color) noexcept {
-  const auto red = codeValue(color.red);
-  const auto green = codeValue(color.green);
-  const auto blue = codeValue(color.blue);
+  const auto red = truncatedUnsignedInteger(color.red);
+  const auto green = truncatedUnsignedInteger(color.green);
+  const auto blue = truncatedUnsignedInteger(color.blue);
   if (!red || !green || !blue) return std::nullopt;
   return RGBSample{*red, *green, *blue};
 }
@@ -173,4 +166,4 @@ std::optional<RGBSample> OneDimensionFloatingPointConverter::convertIfPossible(
                           outputBitDepth.value_or(inputBitDepth));
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

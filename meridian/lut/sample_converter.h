@@ -9,7 +9,7 @@
 #include "meridian/lut/lut_interpolator.h"
 #include "meridian/lut/lut_values.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A pixel's code values.
 struct RGBSample {
@@ -203,4 +203,4 @@ class MERIDIAN_API OneDimensionFloatingPointConverter final : public OneDimensio
   double highValue_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

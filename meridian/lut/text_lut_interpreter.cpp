@@ -9,7 +9,7 @@
 
 #include "meridian/base/text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr std::string_view oneDimensionalSizeWord = "LUT_1D_SIZE";
@@ -190,4 +190,4 @@ LutDeclaredDomain GenericTextLutInterpreter::declaredDomain() const noexcept {
   return isAbove(declared.maximum, declared.minimum) ? declared : undeclared;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

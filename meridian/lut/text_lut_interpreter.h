@@ -10,7 +10,7 @@
 #include "meridian/lut/lut_file.h"
 #include "meridian/lut/lut_values.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The words of header lines, whatever their case and wherever they stand in the line.
 struct LutHeaderWords {
@@ -89,4 +89,4 @@ class MERIDIAN_API GenericTextLutInterpreter {
   std::optional<LutColor> domainMaximum_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

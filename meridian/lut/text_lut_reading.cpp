@@ -8,7 +8,7 @@
 
 #include "meridian/base/plain_decimal.h"
 
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 namespace {
 
 /// Zeros behind the bytes of a buffer, which end every number.
@@ -167,4 +167,4 @@ void readTextLut(ByteSource source, std::uint64_t size, GenericTextLutInterprete
   LineCutter(source, size, interpreter, limits).run();
 }
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail

@@ -8,7 +8,7 @@
 #include "meridian/base/function_ref.h"
 #include "meridian/lut/text_lut_interpreter.h"
 
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 
 /// Hands the next bytes out: fills the memory, and says how many bytes it gave; fewer than asked for at the end.
 using ByteSource = FunctionRef<std::size_t(std::span<char>)>;
@@ -28,4 +28,4 @@ struct TextLutLimits {
 void readTextLut(ByteSource source, std::uint64_t size, GenericTextLutInterpreter& interpreter,
                  const TextLutLimits& limits = {});
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail

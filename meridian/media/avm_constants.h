@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A constant by its name.
 struct AvmConstant {
@@ -196,9 +196,9 @@ inline constexpr std::string_view kAVMUseGPUAccelerationKey = detail::avmValue("
 inline constexpr std::string_view kAVMVideoFormatKey = detail::avmValue("kAVMVideoFormatKey");
 inline constexpr std::string_view kAVMVideoQualityLevel = detail::avmValue("kAVMVideoQualityLevel");
 
-/// The range of `kAVMVideoQualityLevel`: from the smallest file to the best picture.
+/// The range of `kAVMVideoQualityLevel`: from the smallest file to the best image.
 inline constexpr double kAVMVideoQualityLevelMax = 1.0;
 /// Spelled so.
 inline constexpr double kAVMVideoQualityLvelMin = 0.0;
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

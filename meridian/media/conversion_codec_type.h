@@ -7,7 +7,7 @@
 
 #include "meridian/base/enumeration.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The codec of a stored conversion setting. The raw value is the case's name, the description the display text.
 enum class ConversionCodecType : std::uint8_t {
@@ -41,4 +41,4 @@ struct EnumerationTable<ConversionCodecType> {
   });
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

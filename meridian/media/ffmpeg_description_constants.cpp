@@ -3,9 +3,10 @@
 #include <memory>
 #include <utility>
 
+#include "meridian/base/no_destructor.h"
 #include "meridian/base/shared_slot.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 class SettableText {
@@ -26,8 +27,7 @@ struct Texts {
 };
 
 Texts& texts() {
-  // Never destroyed, so that static objects may still ask for them in their destructors.
-  static auto* const instance = new Texts;
+  static NoDestructor<Texts> instance;
   return *instance;
 }
 
@@ -49,4 +49,4 @@ void FFmpegDescriptionConstants::setHandlerNameMetadataKey(std::string key) {
   texts().handlerNameMetadataKey.set(std::move(key));
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -5,7 +5,7 @@
 
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Texts that an application may replace for the whole process. All may be read and set from any thread.
 class MERIDIAN_API FFmpegDescriptionConstants {
@@ -29,4 +29,4 @@ class MERIDIAN_API FFmpegDescriptionConstants {
   static void setHandlerNameMetadataKey(std::string key);
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

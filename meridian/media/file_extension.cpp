@@ -3,7 +3,7 @@
 #include "meridian/base/text.h"
 #include "meridian/platform/path_text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::optional<FileExtension> fileExtensionIgnoringCase(std::string_view text) {
   return fromRawValue<FileExtension>(caseFolded(text));
@@ -20,4 +20,4 @@ bool FileExtensionSet::contains(std::string_view pathOrUrl) const {
   return extension && contains(*extension);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -14,7 +14,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A file extension. The raw value is the extension in lower case without its dot; where that is no C++ name, the case
 /// is spelled out. `directory` has the empty text, because a folder has no extension; the raw value of `targz` is
@@ -401,7 +401,7 @@ class FileExtensionSet {
   [[nodiscard]] static constexpr FileExtensionSet rawImageSequenceFileExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet solvaneReportFileExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet colorLutFileExtensions() noexcept;
-  /// Everything that can hold moving pictures or sound.
+  /// Everything that can hold moving images or sound.
   [[nodiscard]] static constexpr FileExtensionSet multimediaFileExtensions() noexcept;
   /// Everything that cannot.
   [[nodiscard]] static constexpr FileExtensionSet extensionsWithoutVideoMedia() noexcept;
@@ -512,4 +512,4 @@ inline constexpr auto fileExtensionGroups = std::to_array<FileExtensionGroup>({
     {"extensionsWithoutVideoMedia", &FileExtensionSet::extensionsWithoutVideoMedia},
 });
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -18,7 +18,7 @@
 #include "meridian/media/timecode_components.h"
 #include "meridian/media/video_frame_rate.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Why a timecode labels no frame. The description says it in a sentence.
 enum class TimecodeFault : std::uint8_t {
@@ -178,4 +178,4 @@ constexpr FrameNumberResult readFrameNumber(const TimecodeComponents& timecode, 
   return TimecodeComponents{minutes / 60, minutes % 60, label / *perSecond, label % *perSecond, true};
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -5,7 +5,7 @@
 #include "meridian/platform/system_log.h"
 #include "meridian/suite/localization.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 /// "24 fps", "23.97 fps".
@@ -48,4 +48,4 @@ std::vector<FrameRate> FrameRate::filterExactFrameRateOptions(std::span<const Fr
   return membersAmong(exactFrameRateOptions(), from);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

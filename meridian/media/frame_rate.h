@@ -16,7 +16,7 @@
 #include "meridian/export.h"
 #include "meridian/media/conversion_codec_type.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The cases of FrameRate. The raw value is the case's name; display texts are FrameRate's own.
 enum class FrameRateKind : std::uint8_t {
@@ -170,7 +170,7 @@ constexpr std::span<const FrameRate> FrameRate::wellDefinedCases() noexcept { re
 constexpr std::span<const FrameRate> FrameRate::scaleOptions() noexcept { return allCases().first(2); }
 constexpr std::span<const FrameRate> FrameRate::exactFrameRateOptions() noexcept { return allCases().subspan(2); }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 template <>
 struct std::hash<meridian::FrameRate> {

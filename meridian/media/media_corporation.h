@@ -8,7 +8,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/media/media_names.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A maker. The raw value is the case's name, the description the maker's own.
 enum class MediaCorporation : std::uint8_t {
@@ -76,4 +76,4 @@ inline constexpr auto cameraManufacturers = std::to_array<MediaCorporation>({
   return std::ranges::find(cameraManufacturers, corporation) != cameraManufacturers.end();
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -2,9 +2,10 @@
 
 #include <span>
 
+#include "meridian/base/no_destructor.h"
 #include "meridian/base/text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr auto listedCorporations = std::to_array<std::string_view>({
@@ -49,8 +50,7 @@ MediaFormatConstants::MediaFormatConstants()
       } {}
 
 const MediaFormatConstants& MediaFormatConstants::sharedInstance() {
-  // Never destroyed, so that static objects may still ask for it in their destructors.
-  static const auto* const instance = new MediaFormatConstants;
+  static const NoDestructor<MediaFormatConstants> instance;
   return *instance;
 }
 
@@ -75,4 +75,4 @@ void MediaFormatConstants::alphabeticalEnumerationOfCorporations(
   if (block) enumerate(listedCorporations, block);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -11,7 +11,7 @@
 #include "meridian/export.h"
 #include "meridian/media/media_names.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The containers, in the order in which they are searched.
 inline constexpr auto mediaFileContainers = std::to_array<std::string_view>({
@@ -26,6 +26,9 @@ inline constexpr auto mediaFileContainers = std::to_array<std::string_view>({
     SLVMediaFileContainerCINE,
     SLVMediaFileContainerImageSequence,
 });
+
+template <typename Object>
+class NoDestructor;
 
 /// Lookups in the table of containers. The table is built on first use and only read afterwards, from any thread.
 class MERIDIAN_API MediaFormatConstants {
@@ -59,10 +62,12 @@ class MERIDIAN_API MediaFormatConstants {
       const std::function<void(std::string_view name, bool& stop)>& block);
 
  private:
+  friend class NoDestructor<MediaFormatConstants>;
+
   MediaFormatConstants();
   ~MediaFormatConstants() = default;
 
   std::map<std::string_view, std::vector<std::string_view>> cachedContainerFileExtensionLookup_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

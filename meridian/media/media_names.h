@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 // Makers of cameras and software.
 inline constexpr std::string_view SLVMediaCorporationAdobe = "Adobe";
@@ -74,4 +74,4 @@ inline constexpr std::string_view SLVVideoCodecProRes4444 = "ProRes 4444";
 inline constexpr std::string_view SLVVideoCodecProResRaw = "ProRes RAW";
 inline constexpr std::string_view SLVVideoCodecRedcodeRaw = "REDCODE RAW";
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

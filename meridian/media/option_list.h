@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The members of the list that are among the options, in the list's order.
 template <typename Option>
@@ -17,4 +17,4 @@ template <typename Option>
   return members;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -3,7 +3,7 @@
 #include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 std::string textOf(const NumericRational& ratio) {
@@ -28,4 +28,4 @@ void sizeOutOfRange(const Size& size) {
 
 std::string MediaRational::roundedDecimalString() const { return fixedDecimalText(rawValue(), 2); }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

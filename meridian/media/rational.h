@@ -14,7 +14,7 @@
 #include "meridian/export.h"
 #include "meridian/media/size.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A ratio: two terms, whose number type the ratio names as `RawValue`.
 template <typename Ratio>
@@ -107,7 +107,7 @@ struct NumericRational {
   }
 };
 
-/// A ratio of two doubles, such as of a picture's sides.
+/// A ratio of two doubles, such as of an image's sides.
 struct CGFloatRational {
   using RawValue = double;
 
@@ -176,7 +176,7 @@ struct MediaRational {
 static_assert(RatioRepresentable<NumericRational> && RatioRepresentable<CGFloatRational> &&
               RatioRepresentable<MediaRational>);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 /// The same for all ratios: any two are joined by a chain of equal ones (1/2 == 1/0 == 5/0 == 5/7), so no other hash
 /// agrees with `==`. For a container keyed by ratios, use the two terms as the key.

@@ -5,7 +5,7 @@
 
 #include "meridian/base/text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 std::optional<std::uint8_t> codeValue(std::string_view digits, int base) noexcept {
@@ -57,4 +57,4 @@ std::string RgbColor::text() const {
   return std::to_string(red) + "," + std::to_string(green) + "," + std::to_string(blue);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -11,7 +11,7 @@
 #include "meridian/base/combined_hash.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A colour by its code values, 0 to 255.
 struct RgbColor {
@@ -29,7 +29,7 @@ struct RgbColor {
   friend constexpr bool operator==(const RgbColor&, const RgbColor&) = default;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 template <>
 struct std::hash<meridian::RgbColor> {

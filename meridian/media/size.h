@@ -6,7 +6,7 @@
 
 #include "meridian/base/combined_hash.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A width and a height: pixels, unless a function says that they are factors of another size.
 struct Size {
@@ -16,7 +16,7 @@ struct Size {
   friend constexpr bool operator==(const Size&, const Size&) = default;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 template <>
 struct std::hash<meridian::Size> {

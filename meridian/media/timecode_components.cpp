@@ -3,7 +3,7 @@
 #include <array>
 #include <charconv>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string TimecodeComponents::timecodeString() const {
   // Four numbers of up to 20 characters, each with a "0" in front, and three separators.
@@ -21,4 +21,4 @@ std::string TimecodeComponents::timecodeString() const {
   return {text.data(), end};
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

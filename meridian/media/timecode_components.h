@@ -11,9 +11,10 @@
 #include <utility>
 
 #include "meridian/base/combined_hash.h"
+#include "meridian/base/integer_arithmetic.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// What a text says of each component of a timecode.
 struct DecomposedTimecode {
@@ -94,10 +95,10 @@ struct TimecodeFields {
 constexpr std::optional<std::int64_t> checkedTimecodeNumber(std::string_view digits) noexcept {
   std::int64_t number = 0;
   for (const char c : digits) {
-    if (__builtin_mul_overflow(number, std::int64_t{10}, &number) ||
-        __builtin_add_overflow(number, std::int64_t{c - '0'}, &number)) {
-      return std::nullopt;
-    }
+    const auto tenfold = checkedProduct<std::int64_t>(number, 10);
+    const auto sum = tenfold ? checkedSum<std::int64_t>(*tenfold, c - '0') : std::nullopt;
+    if (!sum) return std::nullopt;
+    number = *sum;
   }
   return number;
 }
@@ -180,7 +181,7 @@ constexpr TimecodeComponents TimecodeComponents::sanitizedTimecode(std::string_v
           read.isDropFrame};
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 template <>
 struct std::hash<meridian::TimecodeComponents> {

@@ -7,7 +7,7 @@
 #include "meridian/media/option_list.h"
 #include "meridian/suite/localization.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string VideoDimension::description() const {
   if (isCustom() && size_.width > 0 && size_.height > 0) {
@@ -41,4 +41,4 @@ std::vector<VideoDimension> VideoDimension::allAllowedOptions(ConversionCodecTyp
   return options;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

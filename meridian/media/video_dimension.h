@@ -18,7 +18,7 @@
 #include "meridian/media/conversion_codec_type.h"
 #include "meridian/media/size.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The cases of VideoDimension. The raw value is the case's name.
 enum class VideoDimensionKind : std::uint8_t {
@@ -234,7 +234,7 @@ constexpr std::optional<VideoDimension> VideoDimension::fromStored(VideoSizingKi
   return std::nullopt;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 template <>
 struct std::hash<meridian::VideoDimension> {

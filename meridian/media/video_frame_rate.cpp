@@ -5,7 +5,7 @@
 #include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 namespace detail {
 
@@ -22,4 +22,4 @@ std::string VideoFrameRate::formattedString() const {
   return fixedDecimalText(rate, std::fmod(rate, 1.0) == 0 ? 0 : 2) + " FPS";
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

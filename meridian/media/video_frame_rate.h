@@ -15,7 +15,7 @@
 #include "meridian/export.h"
 #include "meridian/media/rational.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The cases of VideoFrameRate. The raw value is the key under which a rate is encoded; its text is VideoFrameRate's
 /// `formattedString`.
@@ -159,7 +159,7 @@ inline constexpr auto standardVideoFrameRates = std::to_array<VideoFrameRate>(
      VideoFrameRate::p48, VideoFrameRate::p50, VideoFrameRate::ntsc60p, VideoFrameRate::p60, VideoFrameRate::p72,
      VideoFrameRate::ntsc120p, VideoFrameRate::p120, VideoFrameRate::p300, VideoFrameRate::p600});
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 template <>
 struct std::hash<meridian::VideoFrameRate> {

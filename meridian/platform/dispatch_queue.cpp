@@ -3,10 +3,11 @@
 #include <string_view>
 #include <utility>
 
+#include "meridian/base/no_destructor.h"
 #include "meridian/base/precondition.h"
 #include "meridian/base/printable.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A block's turn on one queue, from waiting for it to its end. A thread's turns are a list, the innermost first.
 class DispatchQueue::Turn {
@@ -32,7 +33,7 @@ class DispatchQueue::Turn {
   }
 
   [[noreturn]] static void fail(const DispatchQueue& queue, std::string_view what) {
-    preconditionFailed("DispatchQueue \"" + printable(queue.label_) + "\": a block that is running on the queue " +
+    preconditionFailed("DispatchQueue " + inQuotes(queue.label_) + ": a block that is running on the queue " +
                        std::string(what));
   }
 
@@ -56,22 +57,21 @@ DispatchQueue::DispatchQueue(std::string label, QualityOfService qualityOfServic
 
 DispatchQueue::~DispatchQueue() {
   if (Turn::isOnThisThread(*this)) Turn::fail(*this, "destroys it");
-  if (!lock_.isFree()) preconditionFailed("DispatchQueue \"" + printable(label_) + "\" destroyed under its blocks");
+  if (!lock_.isFree()) preconditionFailed("DispatchQueue " + inQuotes(label_) + " destroyed under its blocks");
 }
 
 const std::shared_ptr<DispatchQueue>& DispatchQueue::global(QualityOfService qualityOfService) {
   using Queues = std::array<std::shared_ptr<DispatchQueue>, allCases<QualityOfService>().size()>;
-  // Never destroyed, so that destructors of static objects may still use it.
-  static const auto* const queues = [] {
-    auto* const made = new Queues;
+  static const NoDestructor<Queues> queues([] {
+    Queues made;
     for (const QualityOfService each : allCases<QualityOfService>()) {
       auto queue = std::make_shared<DispatchQueue>("meridian.global." + std::string(rawValue(each)), each,
                                                    DispatchQueueAttributes::concurrent);
       queue->isGlobal_ = true;
-      (*made)[static_cast<std::size_t>(each)] = std::move(queue);
+      made[static_cast<std::size_t>(each)] = std::move(queue);
     }
     return made;
-  }();
+  }());
   return (*queues)[static_cast<std::size_t>(qualityOfService)];
 }
 
@@ -88,4 +88,4 @@ void DispatchQueue::run(FunctionRef<void()> block, LockAccess access) {
   }
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -12,7 +12,7 @@
 #include "meridian/platform/fair_shared_lock.h"
 #include "meridian/platform/quality_of_service.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Whether a queue is serial, which is one without attributes, or concurrent.
 enum class DispatchQueueAttributes : std::uint8_t { none, concurrent };
@@ -95,4 +95,4 @@ class MERIDIAN_API DispatchQueue {
   FairSharedLock lock_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -8,7 +8,7 @@
 
 #include "meridian/platform/posix_calls.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 ExclusiveFile makeExclusiveFile(const std::string& path) {
   constexpr mode_t permissions = 0666;  // less the process's mask
@@ -49,4 +49,4 @@ std::optional<FileIdentity> targetIdentity(const std::string& path) {
   return identityOf(status);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -7,7 +7,7 @@
 
 #include "meridian/platform/file_identity.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A file that was made, or why it was not.
 struct ExclusiveFile {
@@ -30,4 +30,4 @@ struct ExclusiveFile {
 /// The item that a path leads to through all links, absent likewise.
 [[nodiscard]] std::optional<FileIdentity> targetIdentity(const std::string& path);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -2,7 +2,7 @@
 
 #include <condition_variable>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 struct FairSharedLock::Waiter {
   LockAccess access;
@@ -60,4 +60,4 @@ void FairSharedLock::admitFirst() noexcept {
   state_.store(line_.isEmpty() ? inside : inside | someWait, std::memory_order_release);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

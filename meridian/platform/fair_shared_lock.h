@@ -8,7 +8,7 @@
 #include "meridian/base/linked_queue.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 enum class LockAccess : std::uint8_t { shared, exclusive };
 
@@ -74,4 +74,4 @@ class MERIDIAN_API FairSharedLock {
   LinkedQueue<Waiter> line_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Equal for all the names of one item.
 struct FileIdentity {
@@ -19,4 +19,4 @@ struct FileIdentity {
   return {status.st_dev, status.st_ino};
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -10,10 +10,11 @@
 #include <cstdint>
 #include <system_error>
 
+#include "meridian/base/printable.h"
 #include "meridian/platform/path_text.h"
 #include "meridian/platform/posix_calls.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 struct FileSystemRow {
@@ -96,7 +97,7 @@ VolumeLinks volumeLinks(const std::string& path) {
   struct statfs status{};
   if (detail::holdsNul(path) || ::statfs(path.c_str(), &status) != 0) {
     throw std::system_error(detail::holdsNul(path) ? detail::faultOfNul() : detail::lastError(),
-                            "the volume of \"" + path + "\" cannot be asked for its links");
+                            "the volume of " + inQuotes(path) + " cannot be asked for its links");
   }
   for (const FileSystemRow& row : fileSystems) {
     if (row.type == static_cast<std::uint32_t>(status.f_type)) return row.links;
@@ -104,4 +105,4 @@ VolumeLinks volumeLinks(const std::string& path) {
   return {.symbolic = true, .hard = true};
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -11,7 +11,7 @@
 
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Why nothing is found at the path, links followed; no error where something is.
 [[nodiscard]] MERIDIAN_API std::error_code faultOfItem(const std::string& path) noexcept;
@@ -60,4 +60,4 @@ struct VolumeLinks {
 /// `std::system_error`, with the path in its message, where the item cannot be asked.
 [[nodiscard]] MERIDIAN_API VolumeLinks volumeLinks(const std::string& path);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -8,7 +8,7 @@
 
 #include "meridian/platform/posix_calls.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 FileReader::FileReader(const std::string& path) {
   if (detail::holdsNul(path)) {
@@ -58,4 +58,4 @@ bool FileReader::rewind() noexcept {
   return false;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

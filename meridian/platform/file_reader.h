@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A file opened for reading. A folder counts as a file that cannot be opened.
 class FileReader {
@@ -40,4 +40,4 @@ class FileReader {
   std::error_code error_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The kind of the item itself: a link counts as a link.
 enum class ItemKind : std::uint8_t { file, directory, symbolicLink, other };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -2,7 +2,7 @@
 
 #include <libintl.h>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string catalogueText(std::string_view text) {
   // The empty text is the catalogue's own header, and one with a NUL inside could only be found in part.
@@ -10,4 +10,4 @@ std::string catalogueText(std::string_view text) {
   return dgettext("meridian", std::string(text).c_str());
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

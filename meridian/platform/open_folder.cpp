@@ -9,7 +9,7 @@
 
 #include "meridian/platform/posix_calls.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr int openingFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
@@ -88,4 +88,4 @@ std::optional<FolderEntry> FolderEntries::next() noexcept {
   }
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -13,7 +13,7 @@
 #include "meridian/platform/file_identity.h"
 #include "meridian/platform/item_kind.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// An open folder, or why it could not be opened.
 class OpenFolder {
@@ -78,4 +78,4 @@ class FolderEntries {
   alignas(std::uint64_t) std::array<char, 32768> records_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

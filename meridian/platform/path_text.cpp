@@ -4,7 +4,7 @@
 
 #include "meridian/platform/url_text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string_view withoutTrailingSeparators(std::string_view path) noexcept {
   return path.substr(0, path.find_last_not_of('/') + 1);  // npos + 1 is 0
@@ -84,4 +84,4 @@ std::string pathOfUrl(std::string_view pathOrUrl) {
   return url && url->authority ? percentDecoded(url->path) : std::string(pathOrUrl);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -11,7 +11,7 @@
 
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The path without the separators at its end; empty for separators alone.
 [[nodiscard]] MERIDIAN_API std::string_view withoutTrailingSeparators(std::string_view path) noexcept;
@@ -52,4 +52,4 @@ namespace meridian {
 /// digits behind it stands for itself.
 [[nodiscard]] MERIDIAN_API std::string pathOfUrl(std::string_view pathOrUrl);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace meridian::detail {
+namespace meridian::inline v0_2::detail {
 
 /// Why the last call of the system failed.
 [[nodiscard]] inline std::error_code lastError() noexcept { return {errno, std::generic_category()}; }
@@ -20,4 +20,4 @@ namespace meridian::detail {
   return std::make_error_code(std::errc::no_such_file_or_directory);
 }
 
-}  // namespace meridian::detail
+}  // namespace meridian::inline v0_2::detail

@@ -6,7 +6,7 @@
 
 #include "meridian/base/enumeration.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// From the most to the least urgent. `unspecified` says nothing, `default_` that nothing special is known.
 enum class QualityOfService : std::uint8_t {
@@ -30,4 +30,4 @@ struct EnumerationTable<QualityOfService> {
   });
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -2,7 +2,7 @@
 
 #include "meridian/platform/url_text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::optional<Url> Url::fromText(std::string_view text) {
   const auto url = splitUrl(text);
@@ -25,4 +25,4 @@ std::string Url::text() const {
   return surroundings_->beforePath + path + surroundings_->behindPath;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -13,7 +13,7 @@
 #include "meridian/export.h"
 #include "meridian/platform/path_text.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// An address: a scheme, a path of any bytes, and for what is no plain file what else its text says. The operations on
 /// the path follow the rules of path_text.h, ask the file system nothing, and leave everything beside the path as it
@@ -93,7 +93,7 @@ class Url {
   std::shared_ptr<const Surroundings> surroundings_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2
 
 template <>
 struct std::hash<meridian::Url> {

@@ -2,7 +2,9 @@
 
 #include <charconv>
 
-namespace meridian {
+#include "meridian/base/ascii.h"
+
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr std::string_view ofUserInformation = "-._~!$&'()*+,;=:";
@@ -10,8 +12,8 @@ constexpr std::string_view ofHost = "-._~!$&'()*+,;=";
 constexpr std::string_view ofPath = "-._~!$&'()*+,;=:@/";
 constexpr std::string_view ofQuery = "-._~!$&'()*+,;=:@/?";
 
-constexpr bool isLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+using detail::isDigit;
+using detail::isLetter;
 
 /// The byte that "%2F" at the text's beginning stands for.
 std::optional<unsigned char> encodedByte(std::string_view text) noexcept {
@@ -110,4 +112,4 @@ std::string percentEncodedPath(std::string_view path) {
   return result;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The parts of a URL as they are written; each a view into the text.
 struct UrlText {
@@ -30,4 +30,4 @@ struct UrlText {
 /// The path as it stands in a URL: every byte that a path may not show there becomes "%" and two digits.
 [[nodiscard]] std::string percentEncodedPath(std::string_view path);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -8,7 +8,7 @@
 #include <limits>
 #include <string_view>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr std::size_t memoryLimit = std::size_t{16} << 20;
@@ -107,4 +107,4 @@ bool XmlCheck::finish() {
   return parser_->expat != nullptr && XML_Parse(parser_->expat, nullptr, 0, XML_TRUE) == XML_STATUS_OK;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

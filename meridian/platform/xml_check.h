@@ -5,7 +5,7 @@
 #include <memory>
 #include <span>
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Whether a document can begin with these bytes: with "<" behind a byte-order mark and white space, in UTF-8 or
 /// UTF-16. True as well while all bytes are white space, since "<" may follow.
@@ -36,4 +36,4 @@ class XmlCheck {
   std::unique_ptr<Parser> parser_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -11,7 +11,7 @@
 #include "meridian/cli/transcode_flags.h"
 #include "meridian/cli/transcode_values.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 using google::protobuf::FieldDescriptor;
@@ -379,4 +379,4 @@ void setCodecType(PresetInformation& preset, std::optional<ConversionCodecType> 
                                                 : stored::CODEC_TYPE_UNSPECIFIED);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -11,7 +11,7 @@
 #include "meridian/media/video_dimension.h"
 #include "meridian/presets/stored_preset.pb.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// A stored preset with this name and the store's settings.
 ///
@@ -51,4 +51,4 @@ MERIDIAN_API void setFrameRate(stored::PresetInformation& preset, const FrameRat
 /// Stores the codec, or none, in place of any text that was kept for it.
 MERIDIAN_API void setCodecType(stored::PresetInformation& preset, std::optional<ConversionCodecType> codec);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -2,7 +2,7 @@
 
 #include "meridian/presets/stored_preset.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string TranscodePresetProtobufTemplateFactory::templateName(TranscodeCliPreset preset) {
   return std::string(templateNamePrefix) + std::string(meridian::preset(preset));
@@ -25,4 +25,4 @@ std::vector<stored::PresetInformation> TranscodePresetProtobufTemplateFactory::a
   return templates;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -10,7 +10,7 @@
 #include "meridian/export.h"
 #include "meridian/presets/stored_preset.pb.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Makes the stored preset of each built-in preset: the templates from which an application makes its users' own.
 class MERIDIAN_API TranscodePresetProtobufTemplateFactory {
@@ -32,4 +32,4 @@ class MERIDIAN_API TranscodePresetProtobufTemplateFactory {
   [[nodiscard]] static std::vector<stored::PresetInformation> allTemplates();
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

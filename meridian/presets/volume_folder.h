@@ -7,7 +7,7 @@
 #include "meridian/fs/url_operations.h"
 #include "meridian/presets/stored_preset.pb.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// `subPath` and `subPathString` below the path of a stored folder.
 [[nodiscard]] inline Url subPath(const Url& url, const stored::VolumeFolder& fromVolumeFolder, bool includingFileName) {
@@ -18,4 +18,4 @@ namespace meridian {
   return subPathString(url, std::string_view(fromVolumeFolder.path()), includingFileName);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -4,11 +4,11 @@
 
 #include "meridian/base/printable.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 DecodingError::DecodingError(std::string path, std::string_view message)
     : std::runtime_error((path.empty() ? std::string("the record") : printable(path)) + ": " + printable(message)),
       path_(std::move(path)),
       message_(message) {}
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -7,7 +7,7 @@
 
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Thrown when a document cannot be decoded. `what()` says where, what was wrong and what was expected,
 /// with control characters of the document escaped.
@@ -25,4 +25,4 @@ class MERIDIAN_API DecodingError : public std::runtime_error {
   std::string message_;
 };
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -1,6 +1,6 @@
 #include "meridian/serialization/json_reading.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 std::string memberPath(const std::string& parent, std::string_view name) {
   std::string path = parent + "/";
@@ -16,4 +16,4 @@ std::string memberPath(const std::string& parent, std::string_view name) {
   return path;
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

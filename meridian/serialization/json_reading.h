@@ -11,7 +11,7 @@
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/serialization/decoding_error.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// The JSON pointer of a member or element.
 [[nodiscard]] std::string memberPath(const std::string& parent, std::string_view name);
@@ -75,4 +75,4 @@ void requireRecordOf(const Json& json, const std::string& path, std::initializer
   }
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

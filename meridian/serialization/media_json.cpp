@@ -4,7 +4,7 @@
 
 #include "meridian/serialization/json_reading.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 template <typename Json>
@@ -108,4 +108,4 @@ void from_json(const nlohmann::ordered_json& json, TimecodeComponents& timecode)
   timecode = decodedTimecodeComponents(json);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

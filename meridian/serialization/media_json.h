@@ -18,7 +18,7 @@
 #include "meridian/media/video_frame_rate.h"
 #include "meridian/serialization/decoding_error.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 MERIDIAN_API void to_json(nlohmann::json& json, const NumericRational& ratio);
 MERIDIAN_API void to_json(nlohmann::ordered_json& json, const NumericRational& ratio);
@@ -44,4 +44,4 @@ MERIDIAN_API void to_json(nlohmann::ordered_json& json, const TimecodeComponents
 MERIDIAN_API void from_json(const nlohmann::json& json, TimecodeComponents& timecode);
 MERIDIAN_API void from_json(const nlohmann::ordered_json& json, TimecodeComponents& timecode);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

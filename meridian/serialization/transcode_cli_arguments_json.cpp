@@ -7,7 +7,7 @@
 
 #include "meridian/serialization/json_reading.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 constexpr std::string_view lookupKey = "flagValueLookup";
@@ -89,4 +89,4 @@ void from_json(const nlohmann::json& json, TranscodeCliArguments& arguments) { a
 
 void from_json(const nlohmann::ordered_json& json, TranscodeCliArguments& arguments) { arguments = decoded(json); }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

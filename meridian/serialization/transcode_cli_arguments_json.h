@@ -19,7 +19,7 @@
 #include "meridian/export.h"
 #include "meridian/serialization/decoding_error.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Encodes the three stored properties as they are.
 MERIDIAN_API void to_json(nlohmann::json& json, const TranscodeCliArguments& arguments);
@@ -30,4 +30,4 @@ MERIDIAN_API void to_json(nlohmann::ordered_json& json, const TranscodeCliArgume
 MERIDIAN_API void from_json(const nlohmann::json& json, TranscodeCliArguments& arguments);
 MERIDIAN_API void from_json(const nlohmann::ordered_json& json, TranscodeCliArguments& arguments);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -3,15 +3,15 @@
 #include <memory>
 #include <utility>
 
+#include "meridian/base/no_destructor.h"
 #include "meridian/base/shared_slot.h"
 #include "meridian/platform/message_catalogue.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 SharedSlot<const Translator>& translatorInUse() {
-  // Never destroyed, so that static objects may still ask for texts in their destructors.
-  static auto* const slot = new SharedSlot<const Translator>(std::make_shared<const Translator>(catalogueText));
+  static NoDestructor<SharedSlot<const Translator>> slot(std::make_shared<const Translator>(catalogueText));
   return *slot;
 }
 
@@ -24,4 +24,4 @@ void setTranslator(Translator translator) {
   translatorInUse().set(std::make_shared<const Translator>(std::move(translator)));
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

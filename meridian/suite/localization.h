@@ -8,7 +8,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 /// Gives the translation of a display text, or the text itself. May be called from any thread.
 using Translator = std::function<std::string(std::string_view text)>;
@@ -34,4 +34,4 @@ template <TabledEnumeration Enumeration>
 /// Replaces the translator, from any thread; an empty one brings the message catalogue back.
 MERIDIAN_API void setTranslator(Translator translator);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

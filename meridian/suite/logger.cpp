@@ -3,10 +3,11 @@
 #include <cstdio>
 #include <utility>
 
+#include "meridian/base/no_destructor.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/shared_slot.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 namespace {
 
 class StandardErrorLogger final : public Logger {
@@ -22,8 +23,7 @@ class StandardErrorLogger final : public Logger {
 };
 
 SharedSlot<Logger>& loggerInUse() {
-  // Never destroyed, so that messages from destructors of static objects still find it.
-  static auto* const slot = new SharedSlot<Logger>(std::make_shared<StandardErrorLogger>());
+  static NoDestructor<SharedSlot<Logger>> slot(std::make_shared<StandardErrorLogger>());
   return *slot;
 }
 
@@ -44,4 +44,4 @@ void log(LogLevel level, LogTag tag, std::string_view text) {
   currentLogger()->log(level, message);
 }
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -10,7 +10,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/export.h"
 
-namespace meridian {
+namespace meridian::inline v0_2 {
 
 enum class LogLevel : std::uint8_t { error, info };
 
@@ -76,4 +76,4 @@ MERIDIAN_API void setLogger(std::shared_ptr<Logger> logger);
 /// Hands the tag followed by the text to the logger in use.
 MERIDIAN_API void log(LogLevel level, LogTag tag, std::string_view text);
 
-}  // namespace meridian
+}  // namespace meridian::inline v0_2

@@ -17,7 +17,7 @@
 #include "tests/support/process.h"
 #include "tests/support/temporary_folder.h"
 
-#ifdef MERIDIAN_HAS_PICTURE_FILES
+#ifdef MERIDIAN_HAS_IMAGE_FILES
 #include <OpenImageIO/imageio.h>
 #endif
 
@@ -230,34 +230,34 @@ TEST_F(LutCommand, TheGroupIsThereInHelpCompletionAndManual) {
   EXPECT_EQ(completions("lut info ''"), "\n");  // left to file names
 }
 
-#ifdef MERIDIAN_HAS_PICTURE_FILES
+#ifdef MERIDIAN_HAS_IMAGE_FILES
 
 using OIIO::ImageInput;
 using OIIO::ImageOutput;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
-/// A picture as OpenImageIO gives it: single precision holds every sample of the kinds that are tried here.
-struct Picture {
+/// An image as OpenImageIO gives it: single precision holds every sample of the kinds that are tried here.
+struct Image {
   ImageSpec spec;
   std::vector<float> samples;
 };
 
-void writePicture(const std::string& path, const ImageSpec& spec, const std::vector<float>& samples) {
+void writeImage(const std::string& path, const ImageSpec& spec, const std::vector<float>& samples) {
   const auto output = ImageOutput::create(path);
   ASSERT_TRUE(output && output->open(path, spec)) << path;
   ASSERT_TRUE(output->write_image(TypeDesc::FLOAT, samples.data()) && output->close()) << output->geterror();
 }
 
-Picture readPicture(const std::string& path) {
+Image readImage(const std::string& path) {
   ImageSpec wishes;
   wishes.attribute("oiio:UnassociatedAlpha", 1);
   const auto input = ImageInput::open(path, &wishes);
   if (!input) throw std::runtime_error(OIIO::geterror());
-  Picture picture{input->spec(), {}};
-  picture.samples.resize(picture.spec.image_pixels() * static_cast<std::size_t>(picture.spec.nchannels));
-  EXPECT_TRUE(input->read_image(0, 0, 0, picture.spec.nchannels, TypeDesc::FLOAT, picture.samples.data()));
-  return picture;
+  Image image{input->spec(), {}};
+  image.samples.resize(image.spec.image_pixels() * static_cast<std::size_t>(image.spec.nchannels));
+  EXPECT_TRUE(input->read_image(0, 0, 0, image.spec.nchannels, TypeDesc::FLOAT, image.samples.data()));
+  return image;
 }
 
 /// Every code value that the depth has, or as many samples of floating point, each channel in another order.
@@ -295,16 +295,16 @@ ImageSpec specOf(const Kind& kind) {
   return spec;
 }
 
-TEST_F(LutCommand, ApplyingTheIdentityLeavesEveryKindOfPictureAsItIs) {
+TEST_F(LutCommand, ApplyingTheIdentityLeavesEveryKindOfImageAsItIs) {
   for (const Kind& kind : kinds) {
-    writePicture(path(kind.name), specOf(kind), ramps(specOf(kind), kind.bits));
-    const Picture before = readPicture(path(kind.name));
+    writeImage(path(kind.name), specOf(kind), ramps(specOf(kind), kind.bits));
+    const Image before = readImage(path(kind.name));
     const bool hasCodeValues = kind.type == TypeDesc::UINT8 || kind.type == TypeDesc::UINT16;
     const std::string cube = hasCodeValues ? exactIdentityCube() : identityCube();
     const Outcome outcome = lut({"apply", cube, path(kind.name), path("out-" + kind.name), "--threads", "1"});
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_THAT(outcome.output + outcome.errors, IsEmpty());
-    const Picture after = readPicture(path("out-" + kind.name));
+    const Image after = readImage(path("out-" + kind.name));
     EXPECT_TRUE(before.samples == after.samples) << kind.name;
     EXPECT_EQ(after.spec.format, before.spec.format) << kind.name;
     EXPECT_EQ(after.spec.channelnames, before.spec.channelnames) << kind.name;
@@ -317,11 +317,11 @@ TEST_F(LutCommand, ApplyingTheIdentityLeavesEveryKindOfPictureAsItIs) {
 TEST_F(LutCommand, ApplyChangesTheColoursAloneAndMayDoSoInPlace) {
   for (const Kind& kind : kinds) {
     const std::string file = path(kind.name);
-    writePicture(file, specOf(kind), ramps(specOf(kind), kind.bits));
+    writeImage(file, specOf(kind), ramps(specOf(kind), kind.bits));
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
-    const Picture before = readPicture(file);
+    const Image before = readImage(file);
     ASSERT_EQ(lut({"apply", inverseCube(), file, file}).status, 0);
-    const Picture after = readPicture(file);
+    const Image after = readImage(file);
     // One code value, spread over a sample: results are truncated.
     const float tolerance = kind.type == TypeDesc::FLOAT ? 1e-6F : 1.2F / static_cast<float>((1 << kind.bits) - 1);
     int wrong = 0;
@@ -336,13 +336,13 @@ TEST_F(LutCommand, ApplyChangesTheColoursAloneAndMayDoSoInPlace) {
   }
 }
 
-TEST_F(LutCommand, ApplyGivesWhatSampleGivesAtAPicturesRealDepth) {
+TEST_F(LutCommand, ApplyGivesWhatSampleGivesAtAnImagesRealDepth) {
   const std::string file = path("ten.dpx");
-  writePicture(file, specOf(kinds[0]), ramps(specOf(kinds[0]), 10));
-  const Picture before = readPicture(file);
+  writeImage(file, specOf(kinds[0]), ramps(specOf(kinds[0]), 10));
+  const Image before = readImage(file);
   for (const std::string& cube : {inverseCube(), table()}) {
     ASSERT_EQ(lut({"apply", cube, file, path("out.dpx")}).status, 0);
-    const Picture after = readPicture(path("out.dpx"));
+    const Image after = readImage(path("out.dpx"));
     const auto converter = ParsedLutFactory::parsed(Url::fromFilePath(cube));
     const auto code = [](float sample) { return static_cast<std::uint64_t>(std::lround(sample * 1023)); };
     for (std::size_t place = 0; place < before.samples.size(); place += 3) {
@@ -359,24 +359,24 @@ TEST_F(LutCommand, ApplyTakesItsOptions) {
   // Red comes out as what was blue when the rows are read in the other order.
   const std::string cube = identityCube();
   const ImageSpec spec(1, 1, 3, TypeDesc::UINT8);
-  writePicture(path("in.png"), spec, {1, 0, 0});
+  writeImage(path("in.png"), spec, {1, 0, 0});
   ASSERT_EQ(lut({"apply", cube, path("in.png"), path("out.png"), "--axis-order", "red-fastest"}).status, 0);
-  EXPECT_EQ(readPicture(path("out.png")).samples, (std::vector<float>{0, 0, 1}));
+  EXPECT_EQ(readImage(path("out.png")).samples, (std::vector<float>{0, 0, 1}));
   const std::string half = writeCube("half.cube", [](int red, int green, int blue) {
     return std::to_string(red * 0.25) + " " + std::to_string(green * 0.25) + " " + std::to_string(blue * 0.25);
   });
   for (const auto& [domain, red] : {std::pair{"data", 0.5F}, {"declared", 0.25F}}) {
-    writePicture(path("in.exr"), ImageSpec(1, 1, 3, TypeDesc::FLOAT), {0.5F, 0, 0});
+    writeImage(path("in.exr"), ImageSpec(1, 1, 3, TypeDesc::FLOAT), {0.5F, 0, 0});
     ASSERT_EQ(lut({"apply", half, path("in.exr"), path("out.exr"), "--domain", domain}).status, 0);
-    EXPECT_NEAR(readPicture(path("out.exr")).samples[0], red, 1e-6) << domain;
+    EXPECT_NEAR(readImage(path("out.exr")).samples[0], red, 1e-6) << domain;
   }
 }
 
-TEST_F(LutCommand, ARefusedPictureLeavesOutAsItWasAndNothingBehind) {
+TEST_F(LutCommand, ARefusedImageLeavesOutAsItWasAndNothingBehind) {
   const std::string cube = identityCube();
   const auto written = [this](const std::string& name, int channels, TypeDesc type) {
-    writePicture(path(name), ImageSpec(64, 64, channels, type),
-                 std::vector<float>(static_cast<std::size_t>(64 * 64 * channels), 0.5F));
+    writeImage(path(name), ImageSpec(64, 64, channels, type),
+               std::vector<float>(static_cast<std::size_t>(64 * 64 * channels), 0.5F));
     return path(name);
   };
   const auto cut = [this](const std::string& from, const std::string& name) {
@@ -401,11 +401,11 @@ TEST_F(LutCommand, ARefusedPictureLeavesOutAsItWasAndNothingBehind) {
     std::string in, out, says;
   } cases[]{{written("grey.png", 1, TypeDesc::UINT8), old, "has 1 channel; a look-up table needs red, green and blue"},
             {written("double.tif", 3, TypeDesc::DOUBLE), path("old.tif"), "double"},
-            {several, path("old.tif"), "holds several pictures"},
+            {several, path("old.tif"), "holds several images"},
             {cut(written("whole.tif", 3, TypeDesc::FLOAT), "cut.tif"), path("old.tif"), "cannot be read"},
             {cut(written("whole.dpx", 3, TypeDesc::UINT16), "cut.dpx"), path("old.dpx"), "ends before its last row"},
             {cut(written("whole.exr", 3, TypeDesc::HALF), "cut.exr"), path("old.exr"), "be read: OpenEXR"},
-            {write("text.png", "no picture"), old, "is no picture that can be read"},
+            {write("text.png", "no image"), old, "is no image that can be read"},
             {path("missing\n.png"), old, "missing\\n.png\" cannot be read: No such file or directory"},
             {path("folder.png"), old, "is no file"},
             {path("whole.exr"), old, "hold no samples of the kind \"half\""},
@@ -431,9 +431,9 @@ TEST_F(LutCommand, ARefusedPictureLeavesOutAsItWasAndNothingBehind) {
 }
 
 TEST_F(LutCommand, ApplyLeavesNothingBehindWhenItIsInterrupted) {
-  // Packing such a picture takes far longer than the signal.
-  writePicture(path("in.tif"), ImageSpec(2000, 1500, 3, TypeDesc::UINT16),
-               ramps(ImageSpec(2000, 1500, 3, TypeDesc::UINT16), 16));
+  // Packing such an image takes far longer than the signal.
+  writeImage(path("in.tif"), ImageSpec(2000, 1500, 3, TypeDesc::UINT16),
+             ramps(ImageSpec(2000, 1500, 3, TypeDesc::UINT16), 16));
   const Outcome outcome =
       test::run({"bash", "-c",
                  "(cd \"$1\" && exec \"$0\" lut apply table.lut in.tif out.png) & "
@@ -447,23 +447,23 @@ TEST_F(LutCommand, ApplyLeavesNothingBehindWhenItIsInterrupted) {
 
 #else
 
-TEST_F(LutCommand, ApplySaysThatThisBuildHasNoPictures) {
+TEST_F(LutCommand, ApplySaysThatThisBuildHasNoImages) {
   const Outcome outcome = lut({"apply", table(), "in.png", "out.png"});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.errors, HasSubstr("cannot read and write pictures"));
+  EXPECT_THAT(outcome.errors, HasSubstr("cannot read and write images"));
 }
 
 #endif
 
 #ifdef MERIDIAN_HAS_PLOTS
 
-TEST_F(LutCommand, PlotWritesAPictureOfItsSize) {
+TEST_F(LutCommand, PlotWritesAnImageOfItsSize) {
   for (const std::string& file : {identityCube(), table()}) {
     const Outcome outcome = lut({"plot", file, path("plot.png")});
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
-    const std::string picture = contentsOf(path("plot.png"));
-    EXPECT_EQ(picture.substr(0, 8), "\x89PNG\r\n\x1a\n");
-    EXPECT_EQ(picture.substr(16, 8), std::string("\0\0\x06\x40\0\0\x03\x84", 8));  // 1600 x 900
+    const std::string image = contentsOf(path("plot.png"));
+    EXPECT_EQ(image.substr(0, 8), "\x89PNG\r\n\x1a\n");
+    EXPECT_EQ(image.substr(16, 8), std::string("\0\0\x06\x40\0\0\x03\x84", 8));  // 1600 x 900
     fs::rename(path("plot.png"), path("last.png"));
     if (file != table()) fs::rename(path("last.png"), path("cube.png"));
   }
@@ -482,7 +482,7 @@ TEST_F(LutCommand, PlotSaysThatThisBuildCannotDraw) {
 
 #endif
 
-TEST(LutDemonstration, ShowsAPictureBeforeAndAfterAndLeavesNothingBehind) {
+TEST(LutDemonstration, ShowsAImageBeforeAndAfterAndLeavesNothingBehind) {
   const fs::path folder = fs::temp_directory_path() / "meridian-demonstration";
   fs::create_directories(folder);
   const test::Surroundings surroundings{{"TMPDIR=" + folder.string(), "TERM=xterm"}, {}};

@@ -97,7 +97,7 @@ struct CommandGroup {
 };
 
 inline constexpr auto commandGroups = std::to_array<CommandGroup>({
-    {"lut", "Look-up tables: what a file holds, and samples and pictures led through it",
+    {"lut", "Look-up tables: what a file holds, and samples and images led through it",
      "meridian lut info look.cube\nmeridian lut apply look.cube in.dpx out.dpx"},
 });
 
@@ -135,7 +135,7 @@ inline constexpr std::string_view mainExample =
 /// What the command shows when it is called with nothing: a realistic command line explained, then a look applied.
 void demonstrate();
 
-/// Makes a look and a picture, and shows the picture before and after.
+/// Makes a look and an image, and shows the image before and after.
 void demonstrateLut();
 
 /// Prints the explanation of an argument vector as a table for people.

@@ -1,5 +1,5 @@
 // What the command shows when it is called with nothing: a realistic command line, explained and rendered
-// back, and a look on a picture.
+// back, and a look on an image.
 #include <array>
 #include <iostream>
 

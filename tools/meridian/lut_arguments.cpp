@@ -60,8 +60,8 @@ std::vector<Option> lookUpOptions() {
            {rawValue(LutInterpolation::trilinear), rawValue(LutInterpolation::tetrahedral)}}};
 }
 
-PictureLutOptions chosenLookUp(const Arguments& arguments) {
-  PictureLutOptions chosen;
+ImageLutOptions chosenLookUp(const Arguments& arguments) {
+  ImageLutOptions chosen;
   if (arguments.value("axis-order") == "red-fastest") chosen.axisOrder = LutAxisOrder::redFastest;
   if (arguments.value("domain") == "declared") chosen.domain = LutInputDomain::declared;
   if (arguments.value("interpolation") == rawValue(LutInterpolation::tetrahedral)) {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "meridian/lut/image_lut.h"
 #include "meridian/lut/parsed_lut_factory.h"
-#include "meridian/lut/picture_lut.h"
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
@@ -25,6 +25,6 @@ namespace meridian::command {
 
 /// The options that say how colours are looked up, and what was chosen.
 [[nodiscard]] std::vector<Option> lookUpOptions();
-[[nodiscard]] PictureLutOptions chosenLookUp(const Arguments& arguments);
+[[nodiscard]] ImageLutOptions chosenLookUp(const Arguments& arguments);
 
 }  // namespace meridian::command

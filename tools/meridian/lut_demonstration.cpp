@@ -1,4 +1,4 @@
-// The demonstration of look-up tables: a look made on the spot, and a picture before and after it.
+// The demonstration of look-up tables: a look made on the spot, and an image before and after it.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "meridian/base/numbers.h"
+#include "meridian/lut/image_lut.h"
 #include "meridian/lut/parsed_lut_factory.h"
-#include "meridian/lut/picture_lut.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/lut_arguments.h"
 #include "tools/meridian/output.h"
@@ -26,8 +26,8 @@ namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr int facePoints = 33;
-constexpr std::size_t pictureWidth = 3840;
-constexpr std::size_t pictureHeight = 2160;
+constexpr std::size_t imageWidth = 3840;
+constexpr std::size_t imageHeight = 2160;
 
 /// A folder that goes away with everything in it.
 class TemporaryFolder {
@@ -115,8 +115,8 @@ std::array<double, 3> sweep(double place, double lightness) {
   return color;
 }
 
-/// The picture's colour at a place from 0 to 1: hues above, greys between, a chart below.
-std::array<double, 3> pictureColor(double x, double y) {
+/// The image's colour at a place from 0 to 1: hues above, greys between, a chart below.
+std::array<double, 3> imageColor(double x, double y) {
   if (y < 0.4) return sweep(x, 1 - y / 0.4);
   if (y < 0.5) return {x, x, x};
   const std::size_t row = y < 0.75 ? 0 : 1;
@@ -125,13 +125,13 @@ std::array<double, 3> pictureColor(double x, double y) {
 
 using Samples = std::vector<std::uint16_t>;
 
-Samples makePicture() {
+Samples makeImage() {
   Samples samples;
-  samples.reserve(pictureWidth * pictureHeight * 3);
-  for (std::size_t row = 0; row < pictureHeight; ++row) {
-    for (std::size_t column = 0; column < pictureWidth; ++column) {
+  samples.reserve(imageWidth * imageHeight * 3);
+  for (std::size_t row = 0; row < imageHeight; ++row) {
+    for (std::size_t column = 0; column < imageWidth; ++column) {
       for (const double value :
-           pictureColor(static_cast<double>(column) / pictureWidth, static_cast<double>(row) / pictureHeight)) {
+           imageColor(static_cast<double>(column) / imageWidth, static_cast<double>(row) / imageHeight)) {
         samples.push_back(static_cast<std::uint16_t>(std::lround(value * 65535)));
       }
     }
@@ -140,9 +140,9 @@ Samples makePicture() {
 }
 
 const std::uint16_t* sampleAt(const Samples& samples, double x, double y) {
-  const auto column = static_cast<std::size_t>(x * pictureWidth);
-  const auto row = static_cast<std::size_t>(y * pictureHeight);
-  return samples.data() + (row * pictureWidth + column) * 3;
+  const auto column = static_cast<std::size_t>(x * imageWidth);
+  const auto row = static_cast<std::size_t>(y * imageHeight);
+  return samples.data() + (row * imageWidth + column) * 3;
 }
 
 std::string colorSequence(std::string_view kind, const std::uint16_t* sample) {
@@ -151,8 +151,8 @@ std::string colorSequence(std::string_view kind, const std::uint16_t* sample) {
   return text + "m";
 }
 
-/// A line of two rows of the picture: the upper one in the half blocks, the lower one behind them.
-std::string pictureLine(const Samples& samples, std::size_t line, std::size_t lines, std::size_t columns) {
+/// A line of two rows of the image: the upper one in the half blocks, the lower one behind them.
+std::string imageLine(const Samples& samples, std::size_t line, std::size_t lines, std::size_t columns) {
   std::string text;
   for (std::size_t column = 0; column < columns; ++column) {
     const double x = (static_cast<double>(column) + 0.5) / static_cast<double>(columns);
@@ -168,7 +168,7 @@ void showInColours(const Samples& before, const Samples& after) {
   constexpr std::size_t columns = 36;
   std::cout << "  before" << std::string(columns - 4, ' ') << "after\n";
   for (std::size_t line = 0; line < lines; ++line) {
-    std::cout << "  " << pictureLine(before, line, lines, columns) << "  " << pictureLine(after, line, lines, columns)
+    std::cout << "  " << imageLine(before, line, lines, columns) << "  " << imageLine(after, line, lines, columns)
               << '\n';
   }
 }
@@ -193,7 +193,7 @@ std::string milliseconds(Clock::duration duration) {
 }  // namespace
 
 void demonstrateLut() {
-  std::cout << styled(Style::heading, "A look from a .cube file, on a picture") << "\n\n";
+  std::cout << styled(Style::heading, "A look from a .cube file, on an image") << "\n\n";
   const TemporaryFolder folder;
   const std::string path = (folder.path() / "warm_contrast.cube").string();
   writeLook(path);
@@ -203,25 +203,23 @@ void demonstrateLut() {
   if (!parsing.file) throw std::runtime_error(refusalText(path, *parsing.refusal));
   const auto afterParsing = Clock::now();
   // The file is written as published .cube files are, so it is read so too.
-  const auto lut = PictureLut::forCodeValues(
-      *parsing.file, 16, 16, {.axisOrder = LutAxisOrder::redFastest, .domain = LutInputDomain::declared});
+  const auto lut = ImageLut::forCodeValues(*parsing.file, 16, 16,
+                                           {.axisOrder = LutAxisOrder::redFastest, .domain = LutInputDomain::declared});
 
-  const Samples before = makePicture();
+  const Samples before = makeImage();
   Samples after(before.size());
-  const auto source =
-      PictureView<const std::uint16_t>::packed(PictureLayout::rgb, before.data(), pictureWidth, pictureHeight);
-  const auto destination =
-      PictureView<std::uint16_t>::packed(PictureLayout::rgb, after.data(), pictureWidth, pictureHeight);
+  const auto source = ImageView<const std::uint16_t>::packed(ImageLayout::rgb, before.data(), imageWidth, imageHeight);
+  const auto destination = ImageView<std::uint16_t>::packed(ImageLayout::rgb, after.data(), imageWidth, imageHeight);
   const auto beforeApplying = Clock::now();
   if (const auto fault = lut->apply(source, destination, 0)) throw std::runtime_error(std::string(description(*fault)));
   const auto applying = Clock::now() - beforeApplying;
 
   showsColour() ? showInColours(before, after) : showAsTable(before, after);
   const double pixelsPerSecond =
-      static_cast<double>(pictureWidth * pictureHeight) / std::chrono::duration<double>(applying).count();
+      static_cast<double>(imageWidth * imageHeight) / std::chrono::duration<double>(applying).count();
   std::cout << "\n  read: a cube of " << facePoints << " points per axis, " << parsing.file->orderedValues().size()
-            << " rows, in " << milliseconds(afterParsing - beginning) << "\n  applied: to " << pictureWidth << " x "
-            << pictureHeight << " pixels of 16 bits in " << milliseconds(applying) << ", "
+            << " rows, in " << milliseconds(afterParsing - beginning) << "\n  applied: to " << imageWidth << " x "
+            << imageHeight << " pixels of 16 bits in " << milliseconds(applying) << ", "
             << fixedDecimalText(pixelsPerSecond / 1e6, 0) << " million pixels a second\n";
 }
 

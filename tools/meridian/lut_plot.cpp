@@ -52,7 +52,7 @@ struct TextStyle {
   bool isBold = false;
 };
 
-/// The picture to draw on.
+/// The image to draw on.
 class Canvas {
  public:
   Canvas()
@@ -141,7 +141,7 @@ class Canvas {
     const auto rows = static_cast<int>(area.height);
     const Surface image(cairo_image_surface_create(CAIRO_FORMAT_RGB24, columns, rows));
     unsigned char* const samples = cairo_image_surface_get_data(image.get());
-    if (samples == nullptr) return;  // the status says so when the picture is written
+    if (samples == nullptr) return;  // the status says so when the image is written
     const int stride = cairo_image_surface_get_stride(image.get());
     for (int row = 0; row < rows; ++row) {
       auto* const line = reinterpret_cast<std::uint32_t*>(samples + static_cast<std::ptrdiff_t>(row) * stride);
@@ -371,7 +371,7 @@ std::string kindText(const ParsedLutFile& lut) {
          shortestDecimalText(converter.highValue());
 }
 
-std::string optionsText(const ParsedLutFile& lut, const PictureLutOptions& options) {
+std::string optionsText(const ParsedLutFile& lut, const ImageLutOptions& options) {
   std::string text = options.domain == LutInputDomain::declared ? "declared domain" : "domain of the data";
   if (lut.dimensions() != LutDimensions::cube) return text;
   text += options.axisOrder == LutAxisOrder::redFastest ? ", red fastest" : ", blue fastest";
@@ -380,9 +380,9 @@ std::string optionsText(const ParsedLutFile& lut, const PictureLutOptions& optio
 
 }  // namespace
 
-void plotLut(const ParsedLutFile& lut, const PictureLutOptions& options, const std::string& title,
+void plotLut(const ParsedLutFile& lut, const ImageLutOptions& options, const std::string& title,
              const std::string& path) {
-  const PictureLut prepared = PictureLut::forFloats(lut, options);
+  const ImageLut prepared = ImageLut::forFloats(lut, options);
   const LookUp lookUp = [&prepared](const LutColor& color) { return prepared.pixel(color); };
   Canvas canvas;
   const TextStyle titleStyle{.size = 26, .color = strongText, .isBold = true};

@@ -7,7 +7,7 @@
 
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
-#include "meridian/platform/terminal.h"
+#include "tools/meridian/terminal.h"
 
 namespace meridian::command {
 namespace {
@@ -38,8 +38,6 @@ bool showsColour() {
   static const bool shows = std::getenv("NO_COLOR") == nullptr && standardOutputShowsColour();
   return shows;
 }
-
-std::string inQuotes(std::string_view text) { return "\"" + printable(text) + "\""; }
 
 void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead) {
   if (count == 0) return;

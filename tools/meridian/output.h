@@ -16,9 +16,6 @@ namespace meridian::command {
 /// Keeps members in the order in which they are added.
 using Json = nlohmann::ordered_json;
 
-/// The text in quotation marks, safe for a terminal.
-[[nodiscard]] std::string inQuotes(std::string_view text);
-
 /// Says on standard error that so many words, or whatever one of them is called, are not valid UTF-8, which JSON cannot
 /// carry, and what helps. Says nothing of none.
 void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead);

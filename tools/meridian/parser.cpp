@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "meridian/base/printable.h"
+#include "meridian/version.h"
 
 namespace meridian::command {
 namespace {
@@ -117,7 +118,7 @@ void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
   for (const Option& option : subcommand.options) {
     const auto value = arguments.value(option.name);
     if (!value || option.choices.empty() || std::ranges::find(option.choices, *value) != option.choices.end()) continue;
-    std::string message = "there is no " + option.name + " \"" + printable(*value) + "\"; there is:";
+    std::string message = "there is no " + option.name + " " + inQuotes(*value) + "; there is:";
     for (const std::string_view choice : option.choices) message += "\n  " + std::string(choice);
     throw UsageError(message);
   }
@@ -134,7 +135,7 @@ std::string wordsHint(const Subcommand& subcommand) {
 Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::string_view> all) {
   Parsed parsed;
   CLI::App app(std::string(purpose), "meridian");
-  app.set_version_flag("--version", "meridian " MERIDIAN_VERSION);
+  app.set_version_flag("--version", "meridian " + std::string(versionText()));
   app.require_subcommand(0, 1);
   app.footer(exampleOf(mainExample) + "\n\nExit status: " + std::string(exitStatuses) +
              ".\nCalled with nothing, meridian shows a demonstration.");

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <string>
 
-#include "meridian/platform/terminal.h"
+#include "tools/meridian/terminal.h"
 
 namespace meridian::command {
 

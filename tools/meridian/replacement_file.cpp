@@ -8,8 +8,8 @@
 #include <system_error>
 
 #include "meridian/base/printable.h"
-#include "meridian/platform/interruption.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/interruption.h"
 
 namespace meridian::command {
 namespace {
@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void refuse(const std::string& path, const std::string& why) {
-  throw Refusal("\"" + printable(path) + "\" cannot be written: " + printable(why));
+  throw Refusal(inQuotes(path) + " cannot be written: " + printable(why));
 }
 
 std::string systemText(int error) { return std::generic_category().message(error); }

@@ -1,0 +1,77 @@
+// meridian dimension: which output-size choice a size is.
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "meridian/base/numbers.h"
+#include "meridian/base/printable.h"
+#include "meridian/cli/dimensions_text.h"
+#include "meridian/media/video_dimension.h"
+#include "tools/meridian/command.h"
+#include "tools/meridian/output.h"
+
+namespace meridian::command {
+namespace {
+
+double readPixels(std::string_view text, std::string_view name) {
+  const auto pixels = doubleFromText(text);
+  if (!pixels) throw UsageError(inQuotes(text) + " is no " + std::string(name) + " in pixels; write a number");
+  return *pixels;
+}
+
+/// Two numbers, or one text as it stands on the transcoder's command line.
+Size readSize(const Arguments& arguments) {
+  const std::string width = *arguments.value("width");
+  const auto height = arguments.value("height");
+  if (height) return {readPixels(width, "width"), readPixels(*height, "height")};
+  const auto size = sizeFromDimensionsText(width);
+  if (!size) throw UsageError(inQuotes(width) + " is no size; write 1920 1080 or 1920x1080");
+  return *size;
+}
+
+Json asJson(const Size& size) { return {{"width", size.width}, {"height", size.height}}; }
+
+Status showDimension(const Arguments& arguments) {
+  const Size size = readSize(arguments);
+  const auto choice = VideoDimension::fromStored(VideoSizingKind::pixels, size);
+  if (!choice) {
+    throw std::runtime_error(shortestDecimalText(size.width) + " x " + shortestDecimalText(size.height) +
+                             " is no size: width and height have to be above 0 and finite");
+  }
+  if (arguments.has("json")) {
+    printJson({{"case", rawValue(choice->kind())},
+               {"description", choice->description()},
+               {"pickerDescription", choice->pickerDescription()},
+               {"tag", choice->tag()},
+               {"size", asJson(choice->size())},
+               {"previewSize", asJson(choice->previewSize())}});
+    return done;
+  }
+  std::cout << styled(Style::heading, choice->description()) << '\n';
+  printTable({{{"case", Style::name}, {std::string(rawValue(choice->kind()))}},
+              {{"in a list", Style::name}, {choice->pickerDescription()}},
+              {{"tag", Style::name}, {choice->tag()}}});
+  return done;
+}
+
+}  // namespace
+
+Subcommand dimensionCommand() {
+  return {
+      .name = "dimension",
+      .description = "Show which output-size choice a size in pixels is",
+      .example = "meridian dimension 1920 1080",
+      .options = {{Option::Kind::positional, "width", "The width in pixels", "WIDTH"},
+                  {Option::Kind::positional,
+                   "height",
+                   "The height in pixels; left out after a WIDTHxHEIGHT",
+                   "HEIGHT",
+                   {},
+                   true},
+                  {Option::Kind::flag, "json",
+                   "Print JSON: case, description, pickerDescription, tag, size, previewSize"}},
+      .action = showDimension,
+  };
+}
+
+}  // namespace meridian::command

@@ -1,0 +1,99 @@
+// meridian manual: the manual page, made from the command's own definitions.
+#include <iostream>
+
+#include "meridian/version.h"
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+namespace {
+
+/// Text as roff takes it literally.
+std::string roff(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    if (c == '\\') {
+      result += "\\e";
+    } else if (c == '-') {
+      result += "\\-";
+    } else {
+      if ((c == '.' || c == '\'') && (result.empty() || result.back() == '\n')) result += "\\&";
+      result += c;
+    }
+  }
+  return result;
+}
+
+std::string bold(std::string_view text) { return "\\fB" + roff(text) + "\\fR"; }
+std::string italic(std::string_view text) { return "\\fI" + roff(text) + "\\fR"; }
+
+void printSynopsis(const Subcommand& subcommand) {
+  std::cout << bold("meridian " + subcommand.fullName()) << " [" << italic("OPTION") << "...]";
+  for (const Option& option : subcommand.options) {
+    if (option.kind != Option::Kind::positional) continue;
+    const std::string name = italic(option.valueName) + (option.repeated ? "..." : "");
+    std::cout << ' ' << (option.optional ? "[" + name + "]" : name);
+  }
+  if (subcommand.takesWords) {
+    const std::string words = bold("--") + ' ' + italic("WORD") + "...";
+    std::cout << ' ' << (subcommand.wordsAreOptional() ? "[" + words + "]" : words);
+  }
+  std::cout << '\n';
+}
+
+void printOption(const Option& option) {
+  std::cout << ".TP\n";
+  if (option.kind == Option::Kind::positional) {
+    std::cout << italic(option.valueName);
+  } else {
+    std::cout << bold("--" + option.name);
+    if (option.kind == Option::Kind::value) {
+      std::cout << ' ' << italic(option.valueName) << (option.repeated ? "..." : "");
+    }
+  }
+  std::cout << '\n' << roff(option.help) << '\n';
+}
+
+void printExample(std::string_view example) { std::cout << ".EX\n" << roff(example) << "\n.EE\n"; }
+
+void printManual() {
+  const std::vector<Subcommand> subcommands = allSubcommands();
+  std::cout << ".TH MERIDIAN 1 \"" MERIDIAN_DATE "\" \"meridian " << versionText() << "\"\n"
+            << ".SH NAME\nmeridian \\- " << roff(purpose) << "\n.SH SYNOPSIS\n";
+  for (std::size_t place = 0; place < subcommands.size(); ++place) {
+    if (place > 0) std::cout << ".br\n";
+    printSynopsis(subcommands[place]);
+  }
+  std::cout << ".SH DESCRIPTION\nShows and applies the rules by which the suite's applications write and read their\n"
+            << "settings. Words behind the first " << bold("--") << " are an argument vector: the transcoder's, where\n"
+            << "nothing else is said.\n"
+            << "Called with nothing, " << bold("meridian") << " shows a demonstration.\n.SH COMMANDS\n";
+  for (const Subcommand& subcommand : subcommands) {
+    std::cout << ".SS meridian " << roff(subcommand.fullName()) << '\n' << roff(subcommand.description) << ".\n";
+    if (!subcommand.details.empty()) std::cout << roff(subcommand.details) << '\n';
+    for (const Option& option : subcommand.options) printOption(option);
+    std::cout << ".PP\nExample:\n";
+    printExample(subcommand.example);
+  }
+  std::cout << ".PP\nEach command takes " << bold("--help") << ", and " << bold("meridian --version")
+            << " prints the version.\n.SH ENVIRONMENT\n.TP\n"
+            << bold("NO_COLOR") << "\nNo colours are written while it is set, even to nothing.\n";
+  std::cout << ".SH EXIT STATUS\n" << roff(exitStatuses) << ".\n.SH EXAMPLES\n";
+  printExample(mainExample);
+}
+
+}  // namespace
+
+Subcommand manualCommand() {
+  return {
+      .name = "manual",
+      .description = "Print the manual page",
+      .example = "meridian manual | man -l -",
+      .action =
+          [](const Arguments&) {
+            printManual();
+            return done;
+          },
+  };
+}
+
+}  // namespace meridian::command

@@ -1,0 +1,23 @@
+#include "tools/meridian/terminal.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string_view>
+
+namespace meridian::command {
+namespace {
+
+bool takesSequences(int stream) noexcept {
+  const char* const terminal = std::getenv("TERM");
+  return isatty(stream) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb" &&
+         !std::string_view(terminal).empty();
+}
+
+}  // namespace
+
+bool standardOutputShowsColour() noexcept { return takesSequences(STDOUT_FILENO); }
+
+bool standardErrorIsRewritable() noexcept { return takesSequences(STDERR_FILENO); }
+
+}  // namespace meridian::command
