@@ -14,7 +14,7 @@
 namespace meridian::command {
 
 /// Exit statuses. Every subcommand ends with one of these.
-enum Status : int { done = 0, refused = 1, wrongUsage = 2 };
+enum Status : int { done = 0, failed = 1, wrongUsage = 2 };
 
 /// A command line that says something else than the user can have meant; ends the command with `wrongUsage`.
 class UsageError : public std::runtime_error {
@@ -22,8 +22,8 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Words that were understood but are refused; ends the command with `refused`. The text is safe for a terminal.
-class Refusal : public std::runtime_error {
+/// Words that were understood but are refused; ends the command with `failed`. The text is safe for a terminal.
+class CommandError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };

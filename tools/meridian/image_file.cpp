@@ -28,7 +28,7 @@ using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
 [[noreturn]] void refuse(const std::string& path, const std::string& why) {
-  throw Refusal(inQuotes(path) + " " + printable(why));
+  throw CommandError(inQuotes(path) + " " + printable(why));
 }
 
 /// The library's words as one line.

@@ -13,7 +13,8 @@
 
 namespace meridian::command {
 
-/// An image on its way from one file to another. What goes wrong throws Refusal, with the file's name and the fault.
+/// An image on its way from one file to another. What goes wrong throws CommandError, with the file's name and the
+/// fault.
 class ImageFile {
  public:
   /// Red, green and blue of some rows; code values at their real depth, which may be less than their samples have bits.
@@ -50,7 +51,7 @@ class ImageFile {
 /// What the module of image files offers. It is a module of its own because its library takes a third of a second to
 /// load, which no other subcommand should pay for.
 struct ImageFileModule {
-  /// Throws Refusal where no writer of images knows the path's extension.
+  /// Throws CommandError where no writer of images knows the path's extension.
   void (*checkExtension)(const std::string& path);
 
   /// Opens the file, and refuses what would not come through whole: several images in one file, samples of other

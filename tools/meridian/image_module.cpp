@@ -12,7 +12,7 @@ const ImageFileModule& imageFileModule() {
   using Entry = const ImageFileModule* (*)();
   const ModuleSymbol symbol = moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
   if (symbol.address == nullptr) {
-    throw Refusal(
+    throw CommandError(
         "this installation of meridian cannot read and write images; it was built without OpenImageIO, or "
         "the module is not there: " +
         printable(symbol.fault));

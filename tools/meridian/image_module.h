@@ -5,7 +5,7 @@
 
 namespace meridian::command {
 
-/// Loads the module. Throws Refusal where it is not installed or cannot be loaded.
+/// Loads the module. Throws CommandError where it is not installed or cannot be loaded.
 [[nodiscard]] const ImageFileModule& imageFileModule();
 
 }  // namespace meridian::command

@@ -28,7 +28,7 @@ std::string refusalText(const std::string& path, const LutRefusal& refusal) {
 std::unique_ptr<const ParsedLutFile> readLut(const Arguments& arguments) {
   const std::string path = *arguments.value("lut");
   LutParsing parsing = parseLut(path);
-  if (parsing.refusal) throw Refusal(refusalText(path, *parsing.refusal));
+  if (parsing.refusal) throw CommandError(refusalText(path, *parsing.refusal));
   return std::move(parsing.file);
 }
 

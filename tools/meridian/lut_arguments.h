@@ -17,7 +17,7 @@ namespace meridian::command {
 /// What to say of a file that was refused.
 [[nodiscard]] std::string refusalText(const std::string& path, const LutRefusal& refusal);
 
-/// The table that FILE names. Throws Refusal where it is none.
+/// The table that FILE names. Throws CommandError where it is none.
 [[nodiscard]] std::unique_ptr<const ParsedLutFile> readLut(const Arguments& arguments);
 
 /// The positional FILE.

@@ -36,11 +36,11 @@ int main(int argc, char** argv) {
   } catch (const UsageError& error) {
     std::cerr << "meridian: " << error.what() << '\n';
     return wrongUsage;
-  } catch (const Refusal& error) {
+  } catch (const CommandError& error) {
     std::cerr << "meridian: " << error.what() << '\n';
-    return refused;
+    return failed;
   } catch (const std::exception& error) {
     std::cerr << "meridian: " << meridian::printable(error.what()) << '\n';
-    return refused;
+    return failed;
   }
 }

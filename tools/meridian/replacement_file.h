@@ -9,7 +9,8 @@ namespace meridian::command {
 /// took the place of `path`. Where `path` is a symbolic link, the file that it leads to is replaced.
 class ReplacementFile {
  public:
-  /// Throws Refusal where no file can be made there, or where something stands that is no file that may be written to.
+  /// Throws CommandError where no file can be made there, or where something stands that is no file that may be written
+  /// to.
   explicit ReplacementFile(const std::string& path);
   ReplacementFile(const ReplacementFile&) = delete;
   ReplacementFile& operator=(const ReplacementFile&) = delete;

@@ -107,7 +107,7 @@ Status printAnalysisVector(const Arguments& arguments) {
   for (const std::string& refusal : refusalsOf(basic, image, all)) {
     message += (message.empty() ? "" : "\nmeridian: ") + refusal;
   }
-  if (!message.empty()) throw Refusal(message);
+  if (!message.empty()) throw CommandError(message);
 
   std::vector<std::string> vector;
   for (const MediaAnalysisCLIOptions* const options : all) {
@@ -234,7 +234,7 @@ Status checkAnalysisVector(const Arguments& arguments) {
   } else {
     printForPeople(checked);
   }
-  return checked.isSound() ? done : refused;
+  return checked.isSound() ? done : failed;
 }
 
 std::vector<std::string> analysisFlags() {

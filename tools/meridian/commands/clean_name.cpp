@@ -32,7 +32,7 @@ Status cleanNames(const Arguments& arguments) {
     names.push_back(cleaned(name, arguments));
     if (names.back().empty()) {
       std::cerr << "meridian: nothing is left of " << inQuotes(name) << '\n';
-      status = refused;
+      status = failed;
     }
   }
   printVector(names, arguments);

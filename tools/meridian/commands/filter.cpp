@@ -107,7 +107,7 @@ Status filterItems(const Arguments& arguments) {
     const auto report = [&status](const UnreadItem& item) {
       std::cerr << "meridian: " << inQuotes(item.path) << " cannot be read: " << printable(item.reason.message())
                 << '\n';
-      status = refused;
+      status = failed;
     };
     if (const auto fault = lookUpFault(path)) {
       report({path, fault});

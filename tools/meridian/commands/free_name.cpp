@@ -18,20 +18,21 @@ namespace {
 
 using Files = std::vector<ClaimedFile>;
 
-/// The files of a claim. Throws Refusal where there are none.
+/// The files of a claim. Throws CommandError where there are none.
 Files claimedFiles(FileClaim claim) {
   if (!claim.refusal) return std::move(claim.files);
   const ClaimRefusal& refusal = *claim.refusal;
   std::string text = inQuotes(refusal.url.path()) + ": " + printable(refusal.message());
   for (const Url& url : refusal.leftBehind) text += "\n  left behind: " + printable(url.path());
-  throw Refusal(text);
+  throw CommandError(text);
 }
 
-/// The files, which nobody made. Throws Refusal where the system does not say whether one is there.
+/// The files, which nobody made. Throws CommandError where the system does not say whether one is there.
 Files visibleFiles(Files files) {
   for (const ClaimedFile& file : files) {
     if (const auto fault = lookUpFault(file.url.path())) {
-      throw Refusal(inQuotes(file.url.path()) + ": whether it is free cannot be seen: " + printable(fault.message()));
+      throw CommandError(inQuotes(file.url.path()) +
+                         ": whether it is free cannot be seen: " + printable(fault.message()));
     }
   }
   return files;

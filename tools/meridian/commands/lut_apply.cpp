@@ -49,7 +49,7 @@ Status applyToImage(const Arguments& arguments) {
   image->read(step("reading"));
   const ImageLut lut = preparedLut(*file, *image, chosenLookUp(arguments));
   const auto lookUp = [&lut, threads](const auto& view) {
-    if (const auto fault = lut.apply(view, view, threads)) throw Refusal(std::string(description(*fault)));
+    if (const auto fault = lut.apply(view, view, threads)) throw CommandError(std::string(description(*fault)));
   };
   image->changeColors([&lookUp](const ImageFile::Colors& colors) { std::visit(lookUp, colors); }, step("applying"));
   image->write(step("writing"));

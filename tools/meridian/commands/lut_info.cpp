@@ -79,13 +79,13 @@ Status showTables(const Arguments& arguments) {
     const LutParsing parsing = parseWithinMemory(path);
     if (!parsing.file && !parsing.refusal) {
       std::cerr << "meridian: " << inQuotes(path) << " has more rows than fit into memory\n";
-      status = refused;
+      status = failed;
       continue;
     }
     if (json) warnOfInvalidPath(path);
     if (parsing.refusal) {
       std::cerr << "meridian: " << refusalText(path, *parsing.refusal) << '\n';
-      status = refused;
+      status = failed;
     }
     if (json) {
       documents.push_back(parsing.refusal ? asJson(path, *parsing.refusal) : asJson(path, *parsing.file));

@@ -26,8 +26,8 @@ void checkIsDrawable(const ParsedLutFile& lut) {
   if (hasCodeValues || lut.dimensions() == LutDimensions::oneD) return;  // drawn on the scale from 0 to 1
   const double reach = std::max(std::fabs(converter.lowValue()), std::fabs(converter.highValue()));
   if (reach > most) {
-    throw Refusal("its values reach " + shortestDecimalText(reach) + "; what is drawn goes up to " +
-                  shortestDecimalText(most));
+    throw CommandError("its values reach " + shortestDecimalText(reach) + "; what is drawn goes up to " +
+                       shortestDecimalText(most));
   }
 }
 
@@ -48,7 +48,7 @@ Status plotTable(const Arguments& arguments) {
 #else
 
 Status plotTable(const Arguments& /*arguments*/) {
-  throw Refusal("this build of meridian cannot draw: cairo was not there when it was built");
+  throw CommandError("this build of meridian cannot draw: cairo was not there when it was built");
 }
 
 #endif

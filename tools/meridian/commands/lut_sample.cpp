@@ -95,9 +95,9 @@ Status convertSamples(const Arguments& arguments) {
     const auto result =
         lut->inputConverter().convertIfPossible(sample.red, sample.green, sample.blue, depths.input, depths.output);
     if (!result) {
-      throw Refusal("sample " + std::to_string(results.size() + 1) + " (" + std::to_string(sample.red) + ", " +
-                    std::to_string(sample.green) + ", " + std::to_string(sample.blue) +
-                    ") has no code value: " + fault(*lut, sample, depths));
+      throw CommandError("sample " + std::to_string(results.size() + 1) + " (" + std::to_string(sample.red) + ", " +
+                         std::to_string(sample.green) + ", " + std::to_string(sample.blue) +
+                         ") has no code value: " + fault(*lut, sample, depths));
     }
     results.push_back({result->red, result->green, result->blue});
   }

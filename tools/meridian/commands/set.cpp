@@ -85,7 +85,7 @@ std::string allNames() {
 }
 
 [[noreturn]] void refuse(std::string_view name, std::string_view input, const std::string& expected) {
-  throw Refusal(inQuotes(input) + " does not read as " + std::string(name) + "; it takes " + expected);
+  throw CommandError(inQuotes(input) + " does not read as " + std::string(name) + "; it takes " + expected);
 }
 
 struct Assignment {
@@ -110,7 +110,7 @@ void assign(TranscodeCliArguments& store, const Assignment& assignment) {
   }
   const TranscodeProperty* const property = findProperty(name);
   if (property == nullptr) {
-    throw Refusal("there is no property " + inQuotes(name) + "; there is:" + allNames());
+    throw CommandError("there is no property " + inQuotes(name) + "; there is:" + allNames());
   }
   const auto read = readInput(*property, input);
   if (!read) refuse(name, input, expectedForm(*property));
@@ -148,8 +148,8 @@ void assignAll(TranscodeCliArguments& store, std::span<const std::string> texts)
 void checkReading(const TranscodeCliArguments& store) {
   for (const auto& [flag, value] : store.flagValueLookup()) {
     if (!trimmed(value).starts_with('-')) continue;
-    throw Refusal(printable(flag) + " cannot be " + inQuotes(value) +
-                  ": a value that begins with \"-\" is read as a flag; a path can begin with \"./\"");
+    throw CommandError(printable(flag) + " cannot be " + inQuotes(value) +
+                       ": a value that begins with \"-\" is read as a flag; a path can begin with \"./\"");
   }
   const TranscodeCliArguments read(store.commandLine());
   for (const auto& [flag, value] : store.flagValueLookup()) {
