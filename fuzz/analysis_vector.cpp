@@ -1,4 +1,4 @@
-// Argument vectors of the analysis tool of any bytes: what was read is written and read again without a loss.
+// Argument vectors of the analysis tool from any bytes: options that were read are written and read back unchanged.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -22,16 +22,16 @@ MediaAnalysisCLIReading readingOf(const std::vector<std::string>& words) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // Without any byte `data` may be null.
+  // Without input, `data` may be null.
   const std::string_view input = size == 0 ? "" : std::string_view(reinterpret_cast<const char*>(data), size);
   const MediaAnalysisCLIReading read = readingOf(fuzz::wordsOf(input));
-  for (const MediaAnalysisCLIRemark& remark : read.remarks)
-    require(!remark.message().empty(), "each remark says something");
-  require(read.allFlagsAreValid() == !read.unknownFlags().has_value(), "unknown flags are named");
+  for (const MediaAnalysisCLIWarning& warning : read.warnings)
+    require(!warning.message().empty(), "each warning has a message");
+  require(read.allFlagsAreValid() == !read.unknownFlags().has_value(), "unknown flags are listed");
 
   std::vector<std::string> words;
   const auto write = [&words](const MediaAnalysisCLIOptions& options) {
-    require(lossesInReading(options).empty(), "what was read can be read");
+    require(warningsOfWriting(options).empty(), "options that were read can be written");
     for (std::string& word : options.commandLineArguments()) words.push_back(std::move(word));
   };
   write(read.basic);
@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const MediaAnalysisCLIReading again = readingOf(words);
   require(again.basic == read.basic && again.image == read.image && again.custodial == read.custodial,
           "written options read back");
-  require(again.remarks.empty(), "a written vector has no remarks");
-  require(missingOptions(again.basic) == missingOptions(read.basic), "the same is missing");
+  require(again.warnings.empty(), "a written vector reads without warnings");
+  require(errorsOfMissingOptions(again.basic) == errorsOfMissingOptions(read.basic), "the same options are missing");
   return 0;
 }

@@ -1,4 +1,9 @@
-// Builds the options that an application hands to the media-analysis tool.
+/// \file
+/// Builds the options that an application passes to the media-analysis tool. For example:
+///
+///     using Factory = MediaAnalysisCLIArgumentFactory;
+///     const auto basic = Factory::buildBasicOptions({"/card/a.mov"}, "/tmp", "/out/a.json", std::nullopt, true);
+///     const auto image = Factory::buildImageOptions({0.5F}, 1920, std::nullopt, false, std::nullopt);
 #pragma once
 
 #include <cstdint>
@@ -13,29 +18,32 @@
 
 namespace meridian::inline v0_2 {
 
-/// Builds options for the analysis tool. Nothing is checked: `MediaAnalysisCLIOptions` says who does.
+/// Builds options for the analysis tool. Accepts every value; see `MediaAnalysisCLIOptions` for what checks them.
 class MERIDIAN_API MediaAnalysisCLIArgumentFactory {
  public:
   class BasicOptions;
   class ImageOptions;
   class CustodialOptions;
 
+  /// Builds what is analysed, and where the results go.
   [[nodiscard]] static BasicOptions buildBasicOptions(std::vector<std::string> pathsToAnalyze,
                                                       std::string workDirectory, std::string resultsFilePath,
                                                       std::optional<std::string> analysisId, bool deep);
 
-  /// Images no wider than this, with a height that follows from the media's own shape.
+  /// Builds options for images no wider than `maxImageWidth` pixels, with the media's own aspect ratio.
   [[nodiscard]] static ImageOptions buildImageOptions(std::vector<float> snapshotLocations, float maxImageWidth,
                                                       std::optional<float> compressionFactor, bool allowFinderImages,
                                                       std::optional<std::string> lutToApply);
-  /// Images of this width and height.
+  /// Builds options for images of this width and height in pixels.
   [[nodiscard]] static ImageOptions buildImageOptions(std::vector<float> snapshotLocations, float imageWidth,
                                                       float imageHeight, std::optional<float> compressionFactor,
                                                       bool allowFinderImages, std::optional<std::string> lutToApply);
 
+  /// Builds the options that name the process that starts the tool.
   [[nodiscard]] static CustodialOptions custodialOptions(std::int32_t forParentProcessId);
 };
 
+/// Holds what is analysed, and where the results go.
 class MERIDIAN_API MediaAnalysisCLIArgumentFactory::BasicOptions final : public BasicMediaAnalysisCLIOptions {
  public:
   BasicOptions(std::vector<std::string> pathsToAnalyze, std::optional<std::string> analysisId,
@@ -59,6 +67,7 @@ class MERIDIAN_API MediaAnalysisCLIArgumentFactory::BasicOptions final : public 
   TextDictionary lookup_;
 };
 
+/// Holds which still images are taken.
 class MERIDIAN_API MediaAnalysisCLIArgumentFactory::ImageOptions final : public DistributedMediaAnalysisImageOptions {
  public:
   ImageOptions(std::vector<float> snapshotLocations, float maxImageWidth, std::optional<float> imageHeight,
@@ -84,6 +93,7 @@ class MERIDIAN_API MediaAnalysisCLIArgumentFactory::ImageOptions final : public 
   TextDictionary lookup_;
 };
 
+/// Holds which application starts the tool.
 class MERIDIAN_API MediaAnalysisCLIArgumentFactory::CustodialOptions final : public MediaAnalysisCLICustodialOptions {
  public:
   explicit CustodialOptions(std::optional<std::int32_t> parentPid,

@@ -2,70 +2,63 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
+#include <system_error>
 
-#include "meridian/base/printable.h"
 #include "meridian/platform/file_queries.h"
 
 namespace meridian::inline v0_2 {
 
-std::string MediaAnalysisCLIFault::message() const {
-  std::string text(description(error));
-  if (!path.empty()) text += ": " + inQuotes(path);
-  if (systemError) text += " (" + systemError.message() + ")";
-  return text + "; " + std::string(tableRow(error).remedy);
-}
+namespace {
 
-std::string message(MediaAnalysisCLIImageError error) {
-  return std::string(description(error)) + "; " + std::string(tableRow(error).remedy);
-}
+std::vector<MediaAnalysisBasicOptionsError> errorsOf(const BasicMediaAnalysisCLIOptions& options, bool asksFileSystem) {
+  using enum MediaAnalysisCLIError;
+  std::vector<MediaAnalysisBasicOptionsError> errors;
+  const auto add = [&errors](MediaAnalysisCLIError code, const std::string& path, std::error_code systemError) {
+    errors.push_back({.code = code, .place = path, .systemError = systemError});
+  };
 
-std::vector<MediaAnalysisCLIError> missingOptions(const BasicMediaAnalysisCLIOptions& options) {
-  std::vector<MediaAnalysisCLIError> errors;
   if (std::ranges::all_of(options.pathsToAnalyze(), &std::string::empty)) {
-    errors.push_back(MediaAnalysisCLIError::pathToAnalyzeNotSupplied);
+    add(pathToAnalyzeNotSupplied, {}, {});
+  } else if (asksFileSystem) {
+    for (const std::string& path : options.pathsToAnalyze()) {
+      if (const auto systemError = faultOfItem(path)) add(pathToAnalyzeDoesNotExist, path, systemError);
+    }
   }
-  if (options.workDirectory().empty()) errors.push_back(MediaAnalysisCLIError::workDirectoryNotSupplied);
-  if (options.resultsFilePath().empty()) errors.push_back(MediaAnalysisCLIError::resultsFilePathNotSupplied);
+  if (const std::string path(options.workDirectory()); path.empty()) {
+    add(workDirectoryNotSupplied, {}, {});
+  } else if (asksFileSystem) {
+    if (const auto systemError = faultOfFolder(path)) add(workDirectoryDoesNotExist, path, systemError);
+  }
+  if (const std::string path(options.resultsFilePath()); path.empty()) {
+    add(resultsFilePathNotSupplied, {}, {});
+  } else if (asksFileSystem) {
+    const std::error_code systemError = faultOfNewFile(path);
+    if (systemError == std::errc::file_exists) {
+      add(resultsFileAlreadyExists, path, {});
+    } else if (systemError) {
+      add(resultsFilePathNotCreated, path, systemError);
+    }
+  }
   return errors;
 }
 
-std::vector<MediaAnalysisCLIFault> faultsOf(const BasicMediaAnalysisCLIOptions& options) {
-  const std::vector<MediaAnalysisCLIError> missing = missingOptions(options);
-  std::vector<MediaAnalysisCLIFault> faults;
-  const auto reportedAsMissing = [&](MediaAnalysisCLIError error) {
-    if (std::ranges::find(missing, error) == missing.end()) return false;
-    faults.push_back({error, {}, {}});
-    return true;
-  };
+}  // namespace
 
-  if (!reportedAsMissing(MediaAnalysisCLIError::pathToAnalyzeNotSupplied)) {
-    for (const std::string& path : options.pathsToAnalyze()) {
-      const std::error_code fault = faultOfItem(path);
-      if (fault) faults.push_back({MediaAnalysisCLIError::pathToAnalyzeDoesNotExist, path, fault});
-    }
-  }
-  if (!reportedAsMissing(MediaAnalysisCLIError::workDirectoryNotSupplied)) {
-    const std::string path(options.workDirectory());
-    const std::error_code fault = faultOfFolder(path);
-    if (fault) faults.push_back({MediaAnalysisCLIError::workDirectoryDoesNotExist, path, fault});
-  }
-  if (!reportedAsMissing(MediaAnalysisCLIError::resultsFilePathNotSupplied)) {
-    const std::string path(options.resultsFilePath());
-    const std::error_code fault = faultOfNewFile(path);
-    if (fault == std::errc::file_exists) {
-      faults.push_back({MediaAnalysisCLIError::resultsFileAlreadyExists, path, {}});
-    } else if (fault) {
-      faults.push_back({MediaAnalysisCLIError::resultsFilePathNotCreated, path, fault});
-    }
-  }
-  return faults;
+std::vector<MediaAnalysisBasicOptionsError> errorsOfMissingOptions(const BasicMediaAnalysisCLIOptions& options) {
+  return errorsOf(options, false);
 }
 
-std::vector<MediaAnalysisCLIImageError> errorsOf(const DistributedMediaAnalysisImageOptions& options) {
-  std::vector<MediaAnalysisCLIImageError> errors;
-  if (options.snapshotLocations().empty()) errors.push_back(MediaAnalysisCLIImageError::missingSnapshotLocations);
+std::vector<MediaAnalysisBasicOptionsError> errorsOf(const BasicMediaAnalysisCLIOptions& options) {
+  return errorsOf(options, true);
+}
+
+std::vector<MediaAnalysisImageOptionsError> errorsOf(const DistributedMediaAnalysisImageOptions& options) {
+  using enum MediaAnalysisCLIImageError;
+  std::vector<MediaAnalysisImageOptionsError> errors;
+  if (options.snapshotLocations().empty()) errors.push_back({.code = missingSnapshotLocations});
   const float width = options.maxImageWidth();
-  if (!(width > 0) || std::isinf(width)) errors.push_back(MediaAnalysisCLIImageError::missingMaxImageWidth);
+  if (!(width > 0) || std::isinf(width)) errors.push_back({.code = missingMaxImageWidth});
   return errors;
 }
 

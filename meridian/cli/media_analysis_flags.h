@@ -1,4 +1,8 @@
-// The flags of the media-analysis tool's command line, and what follows each of them.
+/// \file
+/// The flags of the media-analysis tool's command line, and which values they accept. For example:
+///
+///     cliFlag(MediaAnalysisCLIFlag::workDirectory);                   // "-workDirectory"
+///     tableRow(MediaAnalysisImageCLIFlags::snapshotLocation).repeats  // true
 #pragma once
 
 #include <array>
@@ -12,23 +16,24 @@
 
 namespace meridian::inline v0_2 {
 
-/// What follows a flag of the analysis tool.
+/// The kind of value that follows a flag of the analysis tool.
 enum class MediaAnalysisCLIValue : std::uint8_t {
   none,
-  /// A path or an identifier: any text that does not begin with "-", as it stands.
+  /// A path or an identifier: any text that does not begin with "-", kept as written.
   text,
-  /// A finite 32-bit float of 0 or more.
+  /// A finite 32-bit float, 0 or more.
   number,
-  /// A whole number from 0 to the greatest of 32 bits with a sign.
+  /// A whole number from 0 to 2147483647.
   integer,
 };
 
-/// One line of a table of the analysis tool's flags. The values of a flag that repeats make up a list.
+/// One line of a table of the analysis tool's flags. If `repeats` is true, all values of the flag count; otherwise the
+/// last one.
 template <typename Flag>
 struct MediaAnalysisFlagRow {
   Flag value;
   std::string_view rawValue;
-  MediaAnalysisCLIValue takes = MediaAnalysisCLIValue::none;
+  MediaAnalysisCLIValue accepts = MediaAnalysisCLIValue::none;
   bool repeats = false;
   std::string_view description = {};
 };
@@ -75,14 +80,15 @@ struct EnumerationTable<MediaAnalysisImageCLIFlags> {
   });
 };
 
-/// The flag as it is written on a command line: "-pathToAnalyze", "-snapshotLocation".
+/// Returns the flag as it is written on a command line: "-pathToAnalyze", "-snapshotLocation".
 [[nodiscard]] MERIDIAN_API std::string cliFlag(MediaAnalysisCLIFlag flag);
 [[nodiscard]] MERIDIAN_API std::string cliFlag(MediaAnalysisImageCLIFlags flag);
 
-/// The flag that stands before each snapshot location: "-snapshotLocation".
+/// Returns the flag that is written before each snapshot location: "-snapshotLocation".
 [[nodiscard]] MERIDIAN_API std::string snapShotLocationsCLIValue();
 
-/// A reader that knows the image flags and no others, and treats every word by these options before it looks for flags.
+/// Returns a sanitizer that knows the image flags alone, and applies the options to every word before it looks for
+/// flags.
 [[nodiscard]] MERIDIAN_API CLIArgumentSanitizer sanitizeAll(CLISanitizationOptions options);
 
 }  // namespace meridian::inline v0_2

@@ -1,4 +1,8 @@
-// The options of the media-analysis tool as interfaces, each with the argument vector that says them.
+/// \file
+/// The options of the media-analysis tool as interfaces, each of which renders its argument vector. For example:
+///
+///     for (const std::string& word : options.commandLineArguments()) std::cout << word << '\n';
+///     // -pathToAnalyze, /card/a.mov, -workDirectory, /tmp, -resultsFilePath, /out/a.json, -deepAnalysis
 #pragma once
 
 #include <cstdint>
@@ -14,19 +18,19 @@
 
 namespace meridian::inline v0_2 {
 
-/// Options of the analysis tool. Nothing is checked: what a command line cannot carry is told by `lossesInReading`, and
-/// what the tool would refuse by `faultsOf` and `errorsOf`.
+/// Options of the analysis tool. They may hold anything: `warningsOfWriting` finds what a command line cannot carry,
+/// and `errorsOf` what the tool cannot work with.
 class MERIDIAN_API MediaAnalysisCLIOptions : public CliArgumentStore {
  public:
-  /// A flag and its value, or none. The texts live for the length of the call.
+  /// Receives a flag and its value, or none. The texts are valid during the call only.
   using ArgumentBlock = FunctionRef<void(std::string_view flag, std::optional<std::string_view> value)>;
 
   ~MediaAnalysisCLIOptions() override;
 
-  /// Calls the block with each flag in the order of the argument vector; a flag that repeats comes once for each value.
+  /// Calls the block with each flag in the order of the argument vector, once for each value of a flag that repeats.
   virtual void enumerateArguments(ArgumentBlock block) const = 0;
 
-  /// The argument vector, without a program path. A flag without a value is one element, and not two.
+  /// Returns the argument vector, without a program path. A flag without a value is one element, not two.
   [[nodiscard]] std::vector<std::string> commandLineArguments() const override;
 
  protected:
@@ -36,7 +40,8 @@ class MERIDIAN_API MediaAnalysisCLIOptions : public CliArgumentStore {
   MediaAnalysisCLIOptions(MediaAnalysisCLIOptions&&) = default;
   MediaAnalysisCLIOptions& operator=(MediaAnalysisCLIOptions&&) = default;
 
-  /// The arguments as a dictionary in the same order: a flag that repeats keeps its first place and its last value.
+  /// Returns the arguments as a dictionary in the same order: a flag that repeats has its first place and its last
+  /// value.
   [[nodiscard]] TextDictionary dictionaryOfArguments() const;
 };
 
@@ -45,18 +50,18 @@ class MERIDIAN_API BasicMediaAnalysisCLIOptions : public MediaAnalysisCLIOptions
  public:
   ~BasicMediaAnalysisCLIOptions() override;
 
-  /// The media to analyse, in the caller's order.
+  /// Returns the paths of the media to analyse, in the caller's order.
   [[nodiscard]] virtual std::span<const std::string> pathsToAnalyze() const noexcept = 0;
-  /// Names the run.
+  /// Returns the name of the run, if it has one.
   [[nodiscard]] virtual std::optional<std::string_view> analysisId() const noexcept = 0;
-  /// A folder for scratch files.
+  /// Returns the directory for scratch files.
   [[nodiscard]] virtual std::string_view workDirectory() const noexcept = 0;
-  /// The file that the tool writes its results to.
+  /// Returns the path of the file that the tool writes its results to.
   [[nodiscard]] virtual std::string_view resultsFilePath() const noexcept = 0;
-  /// Whether the deep pass is asked for.
+  /// Returns true if the deep analysis is requested.
   [[nodiscard]] virtual bool deepAnalysis() const noexcept = 0;
 
-  /// The paths, the work directory, the results file, the identifier, the deep pass.
+  /// Enumerates the paths, the work directory, the results file, the identifier, the deep analysis.
   void enumerateArguments(ArgumentBlock block) const final;
 
  protected:
@@ -72,20 +77,21 @@ class MERIDIAN_API DistributedMediaAnalysisImageOptions : public MediaAnalysisCL
  public:
   ~DistributedMediaAnalysisImageOptions() override;
 
-  /// The positions at which images are taken.
+  /// Returns the positions in the media at which images are taken.
   [[nodiscard]] virtual std::span<const float> snapshotLocations() const noexcept = 0;
-  /// The largest width of an image.
+  /// Returns the largest width of an image, in pixels.
   [[nodiscard]] virtual float maxImageWidth() const noexcept = 0;
-  /// The height of every image, where it is fixed.
+  /// Returns the height of every image in pixels, if it is fixed.
   [[nodiscard]] virtual std::optional<float> imageHeight() const noexcept = 0;
+  /// Returns the compression factor of the images, if one is given.
   [[nodiscard]] virtual std::optional<float> compressionFactor() const noexcept = 0;
-  /// Whether the desktop's file browser may show the images.
+  /// Returns true if the desktop's file browser may show the images.
   [[nodiscard]] virtual bool allowFinderImages() const noexcept = 0;
-  /// The path of the look-up table file that the images are led through.
+  /// Returns the path of the LUT file that is applied to the images, if one is.
   [[nodiscard]] virtual std::optional<std::string_view> lutToApply() const noexcept = 0;
 
-  /// The locations, the width, the height, the compression, the file browser, the look-up table; numbers as the
-  /// shortest text that reads back ("0.5", "1920.0").
+  /// Enumerates the locations, the width, the height, the compression, the file browser, the LUT; numbers as the
+  /// shortest text that parses as the same 32-bit float ("0.5", "1920.0").
   void enumerateArguments(ArgumentBlock block) const final;
 
  protected:
@@ -101,13 +107,13 @@ class MERIDIAN_API MediaAnalysisCLICustodialOptions : public MediaAnalysisCLIOpt
  public:
   ~MediaAnalysisCLICustodialOptions() override;
 
-  /// The application's process identifier.
+  /// Returns the application's process identifier, if it is known.
   [[nodiscard]] virtual std::optional<std::int32_t> parentPid() const noexcept = 0;
-  /// Which application of the suite it is; says nothing without a process identifier.
+  /// Returns which application of the suite it is; has no meaning without a process identifier.
   [[nodiscard]] virtual std::optional<std::int32_t> parentAppNumber() const noexcept = 0;
 
-  /// The process identifier and the application's number, each where it is there, in decimal; nothing without a process
-  /// identifier.
+  /// Enumerates the process identifier and the application's number in decimal, as far as they are present; nothing
+  /// without a process identifier.
   void enumerateArguments(ArgumentBlock block) const final;
 
  protected:

@@ -16,12 +16,12 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-using Remark = MediaAnalysisCLIRemarkKind;
+using Code = MediaAnalysisCLIWarningCode;
 
 /// A flag of the analysis tool, whichever of the three enumerations it belongs to.
 struct KnownFlag {
   std::string text;
-  MediaAnalysisCLIValue takes;
+  MediaAnalysisCLIValue accepts;
   bool repeats = false;
 };
 
@@ -43,10 +43,10 @@ const std::vector<KnownFlag>& knownFlags() {
   static const std::vector<KnownFlag> flags = [] {
     std::vector<KnownFlag> all;
     for (const auto& row : EnumerationTable<MediaAnalysisCLIFlag>::rows) {
-      all.push_back({cliFlag(row.value), row.takes, row.repeats});
+      all.push_back({cliFlag(row.value), row.accepts, row.repeats});
     }
     for (const auto& row : EnumerationTable<MediaAnalysisImageCLIFlags>::rows) {
-      all.push_back({cliFlag(row.value), row.takes, row.repeats});
+      all.push_back({cliFlag(row.value), row.accepts, row.repeats});
     }
     for (const CLICustodialFlag flag : allCases<CLICustodialFlag>()) {
       all.push_back({cliFlag(flag), MediaAnalysisCLIValue::integer});
@@ -56,8 +56,8 @@ const std::vector<KnownFlag>& knownFlags() {
   return flags;
 }
 
-/// The place of the flag in `knownFlags`. The sanitizer lets pass whatever contains a known flag; only the whole flag
-/// is taken here, since there is nothing that a longer one could mean.
+/// The place of the flag in `knownFlags`. The sanitizer accepts any flag that contains a known one; only the whole flag
+/// is known here, since a longer one has no meaning of its own.
 std::optional<std::size_t> placeOfFlag(std::string_view written) {
   const std::string_view flag = trimmed(written);
   const auto found =
@@ -66,7 +66,7 @@ std::optional<std::size_t> placeOfFlag(std::string_view written) {
   return static_cast<std::size_t>(found - knownFlags().begin());
 }
 
-/// "-0.0" counts as below 0: it could not be written again.
+/// "-0.0" counts as below 0, since it begins with "-" when it is written again.
 std::optional<float> readNumber(std::string_view text) noexcept {
   const auto number = floatFromText(text);
   return number && std::isfinite(*number) && !std::signbit(*number) ? number : std::nullopt;
@@ -78,51 +78,51 @@ std::optional<std::int32_t> readInteger(std::string_view text) noexcept {
   return static_cast<std::int32_t>(*number);
 }
 
-/// Why a flag cannot take the value; absent where it can.
-std::optional<Remark> faultOfValue(MediaAnalysisCLIValue takes, std::optional<std::string_view> value) noexcept {
+/// Why the flag cannot have the value; absent if it can.
+std::optional<Code> warningOfValue(MediaAnalysisCLIValue accepts, std::optional<std::string_view> value) noexcept {
   using enum MediaAnalysisCLIValue;
-  if (takes == none) return value ? std::optional(Remark::unexpectedValue) : std::nullopt;
-  if (!value) return Remark::missingValue;
-  if (takes == number && !readNumber(*value)) return Remark::unreadableNumber;
-  if (takes == integer && !readInteger(*value)) return Remark::unreadableInteger;
+  if (accepts == none) return value ? std::optional(Code::unexpectedValue) : std::nullopt;
+  if (!value) return Code::missingValue;
+  if (accepts == number && !readNumber(*value)) return Code::unreadableNumber;
+  if (accepts == integer && !readInteger(*value)) return Code::unreadableInteger;
   return std::nullopt;
 }
 
-/// Whether the flag's values stay as they stand: those of an unknown flag do too.
-bool takesText(std::string_view flag) {
+/// Whether the flag's values are kept as written; those of an unknown flag are, too.
+bool acceptsText(std::string_view flag) {
   const auto place = placeOfFlag(flag);
-  return !place || knownFlags()[*place].takes == MediaAnalysisCLIValue::text;
+  return !place || knownFlags()[*place].accepts == MediaAnalysisCLIValue::text;
 }
 
 CLISanitizationOptions optionsForValuesOf(std::string_view flag) {
-  return takesText(flag) ? CLISanitizationOptions() : CLISanitizationOptions::trimWhiteSpace;
+  return acceptsText(flag) ? CLISanitizationOptions() : CLISanitizationOptions::trimWhiteSpace;
 }
 
-/// Takes a vector's flags and values as they come.
+/// Collects a vector's flags and values in the order in which they come.
 class Collector {
  public:
-  void takeStrayWord(std::string_view word) { remark(Remark::strayWord, {}, word); }
+  void addStrayWord(std::string_view word) { warn(Code::strayWord, word, std::nullopt); }
 
-  void takeUnknown(std::string_view flag, std::optional<std::string_view> value) {
-    remark(Remark::unknownFlag, flag, value);
+  void addUnknown(std::string_view flag, std::optional<std::string_view> value) {
+    warn(Code::unknownFlag, flag, value);
   }
 
-  void take(std::string_view flag, std::optional<std::string_view> value) {
+  void add(std::string_view flag, std::optional<std::string_view> value) {
     const auto place = placeOfFlag(flag);
     if (!place) {
-      takeUnknown(flag, value);
+      addUnknown(flag, value);
       return;
     }
     const KnownFlag& known = knownFlags()[*place];
     Given& given = given_[*place];
     given.isThere = true;
-    if (const auto fault = faultOfValue(known.takes, value)) {
-      remark(*fault, flag, value);
+    if (const auto code = warningOfValue(known.accepts, value)) {
+      warn(*code, flag, value);
       return;
     }
     if (!value) return;
     if (!known.repeats && !given.values.empty()) {
-      remark(Remark::replacedValue, given.flag, given.values.back());
+      warn(Code::replacedValue, given.flag, given.values.back());
       given.values.clear();
     }
     given.values.emplace_back(*value);
@@ -134,7 +134,7 @@ class Collector {
     using Custodial = CLICustodialFlag;
     if (Given& number = given(Custodial::parentAppNumber);
         !number.values.empty() && given(Custodial::parentPid).values.empty()) {
-      remark(Remark::withoutParentPid, number.flag, number.values.back());
+      warn(Code::withoutParentPid, number.flag, number.values.back());
       number.values.clear();
     }
     MediaAnalysisCLIReading result{
@@ -144,7 +144,7 @@ class Collector {
         .image = std::nullopt,
         .custodial = MediaAnalysisCLIArgumentFactory::CustodialOptions(integer(Custodial::parentPid),
                                                                        integer(Custodial::parentAppNumber)),
-        .remarks = std::move(remarks_)};
+        .warnings = std::move(warnings_)};
     using Image = MediaAnalysisImageCLIFlags;
     if (std::ranges::any_of(allCases<Image>(), [this](Image flag) { return given(flag).isThere; })) {
       std::vector<float> locations;
@@ -159,14 +159,14 @@ class Collector {
  private:
   struct Given {
     bool isThere = false;
-    /// As it is written before the last of the values.
+    /// The flag as written before the last of the values.
     std::string flag;
-    /// Those that the flag can take.
+    /// The values that the flag can have.
     std::vector<std::string> values;
   };
 
-  void remark(Remark kind, std::string_view flag, std::optional<std::string_view> value) {
-    remarks_.push_back({kind, std::string(flag), value ? std::optional(std::string(*value)) : std::nullopt});
+  void warn(Code code, std::string_view place, std::optional<std::string_view> value) {
+    warnings_.push_back({{.code = code, .place = std::string(place)}, std::optional<std::string>(value)});
   }
 
   template <typename Flag>
@@ -190,38 +190,34 @@ class Collector {
   }
 
   std::array<Given, placeOf(CLICustodialFlag::parentAppNumber) + 1> given_;
-  std::vector<MediaAnalysisCLIRemark> remarks_;
+  std::vector<MediaAnalysisCLIWarning> warnings_;
 };
 
-std::optional<MediaAnalysisCLILossReason> lossOf(std::string_view flag, std::string_view value) {
-  using enum MediaAnalysisCLILossReason;
-  const bool isText = takesText(flag);
-  if (!isText) {
-    const auto number = floatFromText(value);
-    if (!number || !std::isfinite(*number)) return notFinite;
-    return value.starts_with('-') ? std::optional(belowZero) : std::nullopt;
+std::optional<MediaAnalysisCLIWritingWarningCode> warningOfWriting(std::string_view flag, std::string_view value) {
+  using enum MediaAnalysisCLIWritingWarningCode;
+  const bool isReadAsFlag = value.starts_with('-');
+  if (acceptsText(flag)) {
+    if (isReadAsFlag) return readAsFlag;
+    return value.find('\0') != std::string_view::npos ? std::optional(holdsNul) : std::nullopt;
   }
-  if (value.starts_with('-')) return readAsFlag;
-  return value.find('\0') != std::string_view::npos ? std::optional(holdsNul) : std::nullopt;
+  const auto number = floatFromText(value);
+  if (!number || !std::isfinite(*number)) return notFinite;
+  return isReadAsFlag ? std::optional(belowZero) : std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::string> MediaAnalysisCLIRemark::suggestion() const {
-  if (kind != Remark::unknownFlag) return std::nullopt;
+std::optional<std::string> MediaAnalysisCLIWarning::suggestion() const {
+  if (code != Code::unknownFlag) return std::nullopt;
   std::vector<std::string_view> texts;
   for (const KnownFlag& each : knownFlags()) texts.push_back(each.text);
-  const auto nearest = nearestText(trimmed(flag), texts);
-  if (!nearest) return std::nullopt;
-  return std::string(*nearest);
+  return std::optional<std::string>(nearestText(trimmed(place), texts));
 }
 
-std::string MediaAnalysisCLIRemark::message() const {
-  std::string text = printable(flag);
-  if (value) text += (text.empty() ? "" : " ") + inQuotes(*value);
-  text += ": " + std::string(description(kind));
-  if (const auto nearest = suggestion()) text += "; did you mean " + *nearest + "?";
-  return text;
+std::string MediaAnalysisCLIWarning::message() const {
+  const auto nearest = suggestion();
+  return detail::messageOf(place, text(), value ? inQuotes(*value) : "",
+                           nearest ? "did you mean " + *nearest + "?" : std::string(remedy()));
 }
 
 std::optional<std::vector<std::string>> MediaAnalysisCLIReading::unknownFlags() const {
@@ -235,54 +231,51 @@ std::optional<std::vector<std::string>> MediaAnalysisCLIReading::unknownFlags() 
 }
 
 bool MediaAnalysisCLIReading::allFlagsAreValid() const noexcept {
-  return std::ranges::find(remarks, Remark::unknownFlag, &MediaAnalysisCLIRemark::kind) == remarks.end();
+  return std::ranges::find(warnings, Code::unknownFlag, &MediaAnalysisCLIWarning::code) == warnings.end();
 }
 
 void MediaAnalysisCLIReading::enumerateUnknownFlags(
     FunctionRef<void(std::string_view flag, std::string_view value)> unknownFlagFound) const {
-  for (const MediaAnalysisCLIRemark& remark : remarks) {
-    if (remark.kind != Remark::unknownFlag) continue;
-    unknownFlagFound(remark.flag, remark.value ? std::string_view(*remark.value) : std::string_view());
+  for (const MediaAnalysisCLIWarning& warning : warnings) {
+    if (warning.code != Code::unknownFlag) continue;
+    unknownFlagFound(warning.place, warning.value ? std::string_view(*warning.value) : std::string_view());
   }
 }
 
 MediaAnalysisCLIReading readMediaAnalysisArguments(std::span<const std::string_view> words) {
   Collector collector;
-  // The sanitizer passes over these in silence.
+  // The sanitizer skips these without reporting them.
   for (const std::string_view word : words) {
     if (word.starts_with('-')) break;
-    collector.takeStrayWord(word);
+    collector.addStrayWord(word);
   }
   std::vector<std::string> validFlags;
   for (const KnownFlag& each : knownFlags()) validFlags.push_back(each.text);
   const CLIArgumentSanitizer sanitizer(std::move(validFlags));
   sanitizer.enumerateSanitizedCLIEntries(
       words, optionsForValuesOf,
-      [&collector](std::string_view flag, std::optional<std::string_view> value) { collector.take(flag, value); },
+      [&collector](std::string_view flag, std::optional<std::string_view> value) { collector.add(flag, value); },
       [&collector](std::string_view flag, std::optional<std::string_view> value) {
-        collector.takeUnknown(flag, value);
+        collector.addUnknown(flag, value);
       });
   return std::move(collector).reading();
 }
 
-std::string MediaAnalysisCLILoss::message() const {
-  return flag + " cannot be " + inQuotes(value) + ": " + std::string(description(reason));
-}
-
-std::vector<MediaAnalysisCLILoss> lossesInReading(const MediaAnalysisCLIOptions& options) {
-  std::vector<MediaAnalysisCLILoss> losses;
-  options.enumerateArguments([&losses](std::string_view flag, std::optional<std::string_view> value) {
+std::vector<MediaAnalysisCLIWritingWarning> warningsOfWriting(const MediaAnalysisCLIOptions& options) {
+  std::vector<MediaAnalysisCLIWritingWarning> warnings;
+  options.enumerateArguments([&warnings](std::string_view flag, std::optional<std::string_view> value) {
     if (!value) return;
-    if (const auto reason = lossOf(flag, *value)) {
-      losses.push_back({*reason, std::string(flag), std::string(*value)});
+    if (const auto code = warningOfWriting(flag, *value)) {
+      warnings.push_back({.code = *code, .place = std::string(flag), .detail = std::string(*value)});
     }
   });
   if (const auto* const custodial = dynamic_cast<const MediaAnalysisCLICustodialOptions*>(&options);
       custodial != nullptr && !custodial->parentPid() && custodial->parentAppNumber()) {
-    losses.push_back({MediaAnalysisCLILossReason::withoutParentPid, cliFlag(CLICustodialFlag::parentAppNumber),
-                      std::to_string(*custodial->parentAppNumber())});
+    warnings.push_back({.code = MediaAnalysisCLIWritingWarningCode::withoutParentPid,
+                        .place = cliFlag(CLICustodialFlag::parentAppNumber),
+                        .detail = std::to_string(*custodial->parentAppNumber())});
   }
-  return losses;
+  return warnings;
 }
 
 }  // namespace meridian::inline v0_2

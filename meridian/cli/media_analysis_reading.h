@@ -1,4 +1,10 @@
-// Reads the media-analysis tool's argument vector back into options, and tells what a vector cannot carry.
+/// \file
+/// Reads the media-analysis tool's argument vector back into options, and warns of options that would not read back.
+/// For example:
+///
+///     const auto read = readMediaAnalysisArguments(words);
+///     for (const auto& warning : read.warnings) std::cerr << warning.message() << '\n';
+///     // "-maxImageWidth": needs a number from 0 to 3.4e38, so this value is ignored: "wide"
 #pragma once
 
 #include <array>
@@ -9,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "meridian/base/enumeration.h"
+#include "meridian/base/error.h"
 #include "meridian/base/function_ref.h"
 #include "meridian/cli/media_analysis_argument_factory.h"
 #include "meridian/cli/media_analysis_options.h"
@@ -17,8 +23,8 @@
 
 namespace meridian::inline v0_2 {
 
-/// What reading could not put into the options.
-enum class MediaAnalysisCLIRemarkKind : std::uint8_t {
+/// Which words of a vector are not in the options that were read from it, and why.
+enum class MediaAnalysisCLIWarningCode : std::uint8_t {
   strayWord,
   unknownFlag,
   missingValue,
@@ -30,93 +36,95 @@ enum class MediaAnalysisCLIRemarkKind : std::uint8_t {
 };
 
 template <>
-struct EnumerationTable<MediaAnalysisCLIRemarkKind> {
-  static constexpr auto rows = std::to_array<EnumerationRow<MediaAnalysisCLIRemarkKind>>({
-      {MediaAnalysisCLIRemarkKind::strayWord, "strayWord", "it stands before the first flag and is dropped"},
-      {MediaAnalysisCLIRemarkKind::unknownFlag, "unknownFlag", "no flag of the analysis tool"},
-      {MediaAnalysisCLIRemarkKind::missingValue, "missingValue",
-       "it needs a value, which cannot begin with \"-\"; a path can begin with \"./\""},
-      {MediaAnalysisCLIRemarkKind::unexpectedValue, "unexpectedValue", "it takes no value; this one is dropped"},
-      {MediaAnalysisCLIRemarkKind::unreadableNumber, "unreadableNumber",
-       "it takes a number from 0 to 3.4e38; this value is dropped"},
-      {MediaAnalysisCLIRemarkKind::unreadableInteger, "unreadableInteger",
-       "it takes a whole number from 0 to 2147483647; this value is dropped"},
-      {MediaAnalysisCLIRemarkKind::replacedValue, "replacedValue",
-       "it takes one value, and the last one stays; this one is dropped"},
-      {MediaAnalysisCLIRemarkKind::withoutParentPid, "withoutParentPid",
-       "it says nothing without -parentPid and is dropped"},
+struct EnumerationTable<MediaAnalysisCLIWarningCode> {
+  static constexpr auto rows = std::to_array<ErrorRow<MediaAnalysisCLIWarningCode>>({
+      {MediaAnalysisCLIWarningCode::strayWord, "strayWord", "comes before the first flag and is ignored"},
+      {MediaAnalysisCLIWarningCode::unknownFlag, "unknownFlag", "is not a flag of the analysis tool"},
+      {MediaAnalysisCLIWarningCode::missingValue, "missingValue", "needs a value",
+       "put \"./\" before a path that begins with \"-\""},
+      {MediaAnalysisCLIWarningCode::unexpectedValue, "unexpectedValue", "is a switch, so its value is ignored"},
+      {MediaAnalysisCLIWarningCode::unreadableNumber, "unreadableNumber",
+       "needs a number from 0 to 3.4e38, so this value is ignored"},
+      {MediaAnalysisCLIWarningCode::unreadableInteger, "unreadableInteger",
+       "needs a whole number from 0 to 2147483647, so this value is ignored"},
+      {MediaAnalysisCLIWarningCode::replacedValue, "replacedValue",
+       "keeps only its last value, so this one is ignored"},
+      {MediaAnalysisCLIWarningCode::withoutParentPid, "withoutParentPid", "is ignored without -parentPid"},
   });
 };
 
-struct MediaAnalysisCLIRemark {
-  MediaAnalysisCLIRemarkKind kind = MediaAnalysisCLIRemarkKind::strayWord;
-  /// As it is written before the value; empty for a stray word.
-  std::string flag;
-  /// Absent where the flag has none; a stray word.
-  std::optional<std::string> value;
+/// Says which word of a vector is not in the options, and why. `place` is the flag as written, or the stray word;
+/// `detail` is empty.
+struct MediaAnalysisCLIWarning : Warning<MediaAnalysisCLIWarningCode> {
+  /// The flag's value as it was read; absent if the flag has none, and for a stray word.
+  std::optional<std::string> value{};
 
-  /// For an unknown flag the known one that comes nearest; absent when none is near.
+  /// Returns the known flag that is nearest to an unknown one; absent if none is near, and for every other code.
   [[nodiscard]] MERIDIAN_API std::optional<std::string> suggestion() const;
-  /// The remark for a person, safe for a terminal, with the flag and the value.
+  /// Returns the whole warning for a person, safe for a terminal, with the value and the suggestion.
   [[nodiscard]] MERIDIAN_API std::string message() const;
 
-  friend bool operator==(const MediaAnalysisCLIRemark&, const MediaAnalysisCLIRemark&) = default;
+  friend bool operator==(const MediaAnalysisCLIWarning&, const MediaAnalysisCLIWarning&) = default;
 };
 
-/// An argument vector as options, with whatever is none of them.
+/// An argument vector as options, with warnings of the words that are not in them.
 struct MediaAnalysisCLIReading {
   MediaAnalysisCLIArgumentFactory::BasicOptions basic;
-  /// Absent where no image flag stands in the vector. The width is 0 where there is none.
+  /// Absent if the vector has no image flag. The width is 0 if the vector has none.
   std::optional<MediaAnalysisCLIArgumentFactory::ImageOptions> image;
   MediaAnalysisCLIArgumentFactory::CustodialOptions custodial;
-  /// In the order of the vector, that a value is replaced where the next one stands; at the end that there is no
-  /// process identifier to an application's number.
-  std::vector<MediaAnalysisCLIRemark> remarks;
+  /// In the order of the vector. A replaced value is reported at the value that replaces it, and `withoutParentPid`
+  /// comes last.
+  std::vector<MediaAnalysisCLIWarning> warnings;
 
-  /// The flags that are none of the tool's, in order, each once; absent when there are none.
+  /// Returns the flags that the tool does not know, in order, each once; absent if there are none.
   [[nodiscard]] MERIDIAN_API std::optional<std::vector<std::string>> unknownFlags() const;
+  /// Returns true if the tool knows every flag of the vector.
   [[nodiscard]] MERIDIAN_API bool allFlagsAreValid() const noexcept;
-  /// Calls the block with each unknown flag and each of its values, or the empty text.
+  /// Calls the block with each unknown flag and each of its values, or with the empty text if it has none.
   MERIDIAN_API void enumerateUnknownFlags(
       FunctionRef<void(std::string_view flag, std::string_view value)> unknownFlagFound) const;
 };
 
 /// Reads an argument vector, without a program path, through the sanitizer.
 ///
-/// Flags may stand in any order and any case. A word that begins with "-" is a flag, as it stands, and takes all words
-/// up to the next one; a path to analyze and a snapshot location take them all, every other flag the last one. Texts
-/// stay as they are, blanks at their ends too, since a file's name may end in one; numbers are trimmed. What a number
-/// cannot be ("nan", "inf", "1e999", below 0, any other text) is dropped with a remark. Never fails: a setting that is
-/// not there is absent, empty or 0, and `faultsOf` and `errorsOf` say whether the tool can do without.
+/// Flags may come in any order and any case. A word whose first character is "-" is a flag, and every word up to the
+/// next flag is one of its values: all values count for a path to analyze and a snapshot location, and the last one for
+/// every other flag. Texts keep the white space at their ends, since a file's name may end in one; numbers are trimmed.
+/// Anything else than a number ("nan", "inf", "1e999", a number below 0, any other text) is ignored with a warning.
+/// Never fails: a setting that is not in the vector is absent, empty or 0, and `errorsOf` finds what the tool needs.
 [[nodiscard]] MERIDIAN_API MediaAnalysisCLIReading readMediaAnalysisArguments(std::span<const std::string_view> words);
 
-/// Why an argument does not come out of a vector as it went in.
-enum class MediaAnalysisCLILossReason : std::uint8_t { readAsFlag, belowZero, holdsNul, notFinite, withoutParentPid };
+/// Why an option does not read back from its own vector.
+enum class MediaAnalysisCLIWritingWarningCode : std::uint8_t {
+  readAsFlag,
+  belowZero,
+  holdsNul,
+  notFinite,
+  withoutParentPid
+};
 
 template <>
-struct EnumerationTable<MediaAnalysisCLILossReason> {
-  static constexpr auto rows = std::to_array<EnumerationRow<MediaAnalysisCLILossReason>>({
-      {MediaAnalysisCLILossReason::readAsFlag, "readAsFlag",
-       "what begins with \"-\" is read as a flag; a path can begin with \"./\""},
-      {MediaAnalysisCLILossReason::belowZero, "belowZero",
-       "no number below 0 is read, since what begins with \"-\" is a flag"},
-      {MediaAnalysisCLILossReason::holdsNul, "holdsNul", "a word of a command line ends at its first NUL"},
-      {MediaAnalysisCLILossReason::notFinite, "notFinite", "only finite numbers are read"},
-      {MediaAnalysisCLILossReason::withoutParentPid, "withoutParentPid", "it is not written without -parentPid"},
+struct EnumerationTable<MediaAnalysisCLIWritingWarningCode> {
+  static constexpr auto rows = std::to_array<ErrorRow<MediaAnalysisCLIWritingWarningCode>>({
+      {MediaAnalysisCLIWritingWarningCode::readAsFlag, "readAsFlag",
+       "has a value that begins with \"-\", which is read as a flag",
+       "put \"./\" before a path that begins with \"-\""},
+      {MediaAnalysisCLIWritingWarningCode::belowZero, "belowZero",
+       "has a value below 0, which is read as a flag because it begins with \"-\""},
+      {MediaAnalysisCLIWritingWarningCode::holdsNul, "holdsNul",
+       "has a value with a NUL, which ends a word of a command line"},
+      {MediaAnalysisCLIWritingWarningCode::notFinite, "notFinite", "has a value that is not a finite number"},
+      {MediaAnalysisCLIWritingWarningCode::withoutParentPid, "withoutParentPid", "is not written without -parentPid"},
   });
 };
 
-struct MediaAnalysisCLILoss {
-  MediaAnalysisCLILossReason reason = MediaAnalysisCLILossReason::readAsFlag;
-  std::string flag;
-  std::string value;
+/// Says which option does not read back, and why. `place` is the flag, `detail` the value.
+using MediaAnalysisCLIWritingWarning = Warning<MediaAnalysisCLIWritingWarningCode>;
 
-  /// The loss for a person, safe for a terminal, with the flag and the value.
-  [[nodiscard]] MERIDIAN_API std::string message() const;
-};
-
-/// The options that a program started with their vector does not read as they are, in the vector's order. With none,
-/// reading the vector gives the same options.
-[[nodiscard]] MERIDIAN_API std::vector<MediaAnalysisCLILoss> lossesInReading(const MediaAnalysisCLIOptions& options);
+/// Returns a warning for each option that a program started with the options' vector would not read as it is, in the
+/// vector's order. Without warnings, reading the vector gives the same options.
+[[nodiscard]] MERIDIAN_API std::vector<MediaAnalysisCLIWritingWarning> warningsOfWriting(
+    const MediaAnalysisCLIOptions& options);
 
 }  // namespace meridian::inline v0_2

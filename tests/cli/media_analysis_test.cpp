@@ -67,7 +67,7 @@ TEST(MediaAnalysisTest, ImageFlagsGoToTheSanitizer) {
   EXPECT_EQ(snapShotLocationsCLIValue(), "-snapshotLocation");
 }
 
-/// Random options, with all that is easy to get wrong.
+/// Random options, with the values that are easy to get wrong.
 class RandomOptions {
  public:
   std::string text() {
@@ -148,7 +148,7 @@ Words vectorOf(std::vector<const MediaAnalysisCLIOptions*> parts, std::size_t fi
   return words;
 }
 
-TEST(MediaAnalysisTest, WhatReadsBackAsItWasIsExactlyWhatHasNoLosses) {
+TEST(MediaAnalysisTest, OptionsReadBackExactlyWhenWritingThemGivesNoWarnings) {
   RandomOptions random;
   int carried = 0;
   for (int round = 0; round < 20000; ++round) {
@@ -156,11 +156,11 @@ TEST(MediaAnalysisTest, WhatReadsBackAsItWasIsExactlyWhatHasNoLosses) {
     const auto image = random.chance() ? std::optional(random.image()) : std::nullopt;
     const auto custodial = random.custodial();
     const std::vector<const MediaAnalysisCLIOptions*> parts{&basic, image ? &*image : nullptr, &custodial};
-    std::size_t losses = 0;
+    std::size_t warnings = 0;
     Words written;
     for (const MediaAnalysisCLIOptions* const part : parts) {
       if (part == nullptr) continue;
-      losses += lossesInReading(*part).size();
+      warnings += warningsOfWriting(*part).size();
       std::ranges::copy(part->commandLineArguments(), std::back_inserter(written));
     }
     const Words words = vectorOf(parts, random.below(3));
@@ -168,35 +168,49 @@ TEST(MediaAnalysisTest, WhatReadsBackAsItWasIsExactlyWhatHasNoLosses) {
 
     const MediaAnalysisCLIReading read = readingOf(words);
     const Words again = vectorOf({&read.basic, read.image ? &*read.image : nullptr, &read.custodial});
-    ASSERT_EQ(again == written && read.custodial == custodial, losses == 0);
-    if (losses > 0) continue;
+    ASSERT_EQ(again == written && read.custodial == custodial, warnings == 0);
+    if (warnings > 0) continue;
     ++carried;
     ASSERT_EQ(read.basic, basic);
     ASSERT_EQ(read.image, image);
     ASSERT_EQ(read.custodial, custodial);
-    ASSERT_THAT(read.remarks, IsEmpty());
+    ASSERT_THAT(read.warnings, IsEmpty());
   }
   EXPECT_GT(carried, 1000);
 }
 
-TEST(MediaAnalysisTest, LossesSayWhatAndWhy) {
-  const auto losses =
-      lossesInReading(Factory::buildBasicOptions({"/a", "-b\x1b"}, "/w", std::string("/r\0s", 4), "-1", true));
-  ASSERT_EQ(losses.size(), 3U);
-  EXPECT_THAT(losses[0].message(), HasSubstr("-pathToAnalyze cannot be \"-b\\x1b\": what begins with \"-\""));
-  EXPECT_THAT(losses[1].message(), HasSubstr("NUL"));
-  EXPECT_EQ(losses[2].flag, "-analysisId");
+TEST(MediaAnalysisTest, WarningsOfWritingNameTheOptionAndItsValue) {
+  using enum MediaAnalysisCLIWritingWarningCode;
+  const auto warnings =
+      warningsOfWriting(Factory::buildBasicOptions({"/a", "-b\x1b"}, "/w", std::string("/r\0s", 4), "-1", true));
+  EXPECT_THAT(warnings,
+              ElementsAre(MediaAnalysisCLIWritingWarning{readAsFlag, "-pathToAnalyze", "-b\x1b"},
+                          MediaAnalysisCLIWritingWarning{holdsNul, "-resultsFilePath", std::string("/r\0s", 4)},
+                          MediaAnalysisCLIWritingWarning{readAsFlag, "-analysisId", "-1"}));
+  EXPECT_EQ(
+      warnings[0].message(),
+      "\"-pathToAnalyze\": has a value that begins with \"-\", which is read as a flag: -b\\x1b; put \"./\" before "
+      "a path that begins with \"-\"");
+  EXPECT_THAT(warningsOfWriting(Factory::CustodialOptions(-1, INT32_MIN)),
+              ElementsAre(MediaAnalysisCLIWritingWarning{belowZero, "-parentPid", "-1"},
+                          MediaAnalysisCLIWritingWarning{belowZero, "-parentAppNumber", "-2147483648"}));
+  EXPECT_THAT(warningsOfWriting(Factory::CustodialOptions(std::nullopt, 3)),
+              ElementsAre(MediaAnalysisCLIWritingWarning{withoutParentPid, "-parentAppNumber", "3"}));
+  EXPECT_THAT(warningsOfWriting(Factory::buildImageOptions({std::nanf(""), -0.0F}, 1, std::nullopt, false, "-l")),
+              ElementsAre(MediaAnalysisCLIWritingWarning{notFinite, "-snapshotLocation", "nan"},
+                          MediaAnalysisCLIWritingWarning{belowZero, "-snapshotLocation", "-0.0"},
+                          MediaAnalysisCLIWritingWarning{readAsFlag, "-lutFile", "-l"}));
 }
 
 struct ReadingCase {
   Words words;
   /// The vector of what was read.
   Words read;
-  /// Each remark: its kind, its flag, its value where there is one.
-  Words remarks;
+  /// Each warning: its code, its place, its value if there is one.
+  Words warnings;
 };
 
-TEST(MediaAnalysisTest, ReadsVectorsAndRemarksOnTheRest) {
+TEST(MediaAnalysisTest, ReadsVectorsAndWarnsOfTheRest) {
   const Words none{"-workDirectory", "", "-resultsFilePath", ""};
   const auto with = [&none](const Words& before, const Words& after = {}) {
     Words words = before;
@@ -208,7 +222,7 @@ TEST(MediaAnalysisTest, ReadsVectorsAndRemarksOnTheRest) {
       {{}, none, {}},
       {{"stray", "", " -parentPid", "3"},
        none,
-       {"strayWord  stray", "strayWord  ", "strayWord   -parentPid", "strayWord  3"}},
+       {"strayWord stray", "strayWord ", "strayWord  -parentPid", "strayWord 3"}},
       {{"-pathToAnalyze", "/a ", "/b", "-deepAnalysis", "-PATHTOANALYZE", " -c\n"},
        with({"-pathToAnalyze", "/a ", "-pathToAnalyze", "/b", "-pathToAnalyze", " -c\n"}, {"-deepAnalysis"}),
        {}},
@@ -236,16 +250,16 @@ TEST(MediaAnalysisTest, ReadsVectorsAndRemarksOnTheRest) {
        none,
        {"unknownFlag -pathToAnalyzed /a", "unknownFlag -pathToAnalyzed b", "unknownFlag --", "unknownFlag -Foo"}},
   };
-  for (const auto& [words, expected, expectedRemarks] : cases) {
+  for (const auto& [words, expected, expectedWarnings] : cases) {
     SCOPED_TRACE(shown(words));
     const MediaAnalysisCLIReading read = readingOf(words);
     EXPECT_EQ(vectorOf({&read.basic, read.image ? &*read.image : nullptr, &read.custodial}), expected);
-    Words remarks;
-    for (const MediaAnalysisCLIRemark& remark : read.remarks) {
-      remarks.push_back(std::string(rawValue(remark.kind)) + " " + remark.flag +
-                        (remark.value ? " " + *remark.value : ""));
+    Words warnings;
+    for (const MediaAnalysisCLIWarning& warning : read.warnings) {
+      warnings.push_back(std::string(rawValue(warning.code)) + " " + warning.place +
+                         (warning.value ? " " + *warning.value : ""));
     }
-    EXPECT_EQ(remarks, expectedRemarks);
+    EXPECT_EQ(warnings, expectedWarnings);
   }
 }
 
@@ -258,35 +272,43 @@ TEST(MediaAnalysisTest, UnknownFlagsAreReportedWithAllTheirValues) {
     found.push_back(std::string(flag) + "=" + std::string(value));
   });
   EXPECT_THAT(found, ElementsAre("-workDirectry=/w", "-workDirectry=x", "-b=", "-workDirectry=y"));
-  EXPECT_EQ(read.remarks[0].message(),
-            "-workDirectry \"/w\": no flag of the analysis tool; did you mean -workDirectory?");
+  EXPECT_EQ(read.warnings[0].message(),
+            "\"-workDirectry\": is not a flag of the analysis tool: \"/w\"; did you mean -workDirectory?");
+  EXPECT_EQ(readingOf({"stray\x1b"}).warnings[0].message(),
+            "\"stray\\x1b\": comes before the first flag and is ignored");
   EXPECT_TRUE(readingOf({"stray", "-parentPid"}).allFlagsAreValid());
   EXPECT_EQ(readingOf({"stray", "-parentPid"}).unknownFlags(), std::nullopt);
 }
 
-TEST(MediaAnalysisTest, ImageErrorsAreThoseOfTheOptions) {
+std::vector<MediaAnalysisCLIImageError> imageErrorCodesOf(const Factory::ImageOptions& options) {
+  std::vector<MediaAnalysisCLIImageError> codes;
+  for (const MediaAnalysisImageOptionsError& error : errorsOf(options)) codes.push_back(error.code);
+  return codes;
+}
+
+TEST(MediaAnalysisTest, ImageOptionsNeedAPositionAndAWidth) {
   using enum MediaAnalysisCLIImageError;
-  EXPECT_THAT(errorsOf(Factory::buildImageOptions({0}, 1, std::nullopt, false, std::nullopt)), IsEmpty());
+  EXPECT_THAT(imageErrorCodesOf(Factory::buildImageOptions({0}, 1, std::nullopt, false, std::nullopt)), IsEmpty());
   for (const float width : {0.0F, -1.0F, std::numeric_limits<float>::infinity(), std::nanf("")}) {
-    EXPECT_THAT(errorsOf(Factory::buildImageOptions({}, width, std::nullopt, false, std::nullopt)),
+    EXPECT_THAT(imageErrorCodesOf(Factory::buildImageOptions({}, width, std::nullopt, false, std::nullopt)),
                 ElementsAre(missingSnapshotLocations, missingMaxImageWidth));
   }
   EXPECT_FALSE(readingOf({"-parentPid", "1"}).image);
-  EXPECT_THAT(errorsOf(*readingOf({"-allowFinderImages"}).image),
+  EXPECT_THAT(imageErrorCodesOf(*readingOf({"-allowFinderImages"}).image),
               ElementsAre(missingSnapshotLocations, missingMaxImageWidth));
-  EXPECT_THAT(message(missingMaxImageWidth), HasSubstr("-maxImageWidth"));
+  EXPECT_EQ(errorsOf(*readingOf({"-allowFinderImages"}).image)[1].message(),
+            "no image width above 0 is given; give one with -maxImageWidth");
 }
 
-/// Each fault: its error, and its path below the folder.
-Words faultsIn(const std::string& folder, const Words& paths, const std::string& workDirectory,
+/// Each error: its code, and its path below the folder.
+Words errorsIn(const std::string& folder, const Words& paths, const std::string& workDirectory,
                const std::string& results) {
-  Words faults;
-  for (const auto& fault : faultsOf(Factory::buildBasicOptions(paths, workDirectory, results, std::nullopt, false))) {
-    const std::string path = fault.path.starts_with(folder) ? fault.path.substr(folder.size()) : fault.path;
-    faults.push_back(std::string(rawValue(fault.error)) + " " + path);
-    EXPECT_THAT(fault.message(), HasSubstr(std::string(description(fault.error))));
+  Words errors;
+  for (const auto& error : errorsOf(Factory::buildBasicOptions(paths, workDirectory, results, std::nullopt, false))) {
+    const std::string path = error.place.starts_with(folder) ? error.place.substr(folder.size()) : error.place;
+    errors.push_back(std::string(rawValue(error.code)) + " " + path);
   }
-  return faults;
+  return errors;
 }
 
 TEST(MediaAnalysisTest, BasicErrorsAreFoundInTheirOrderAndLeaveNothingBehind) {
@@ -294,43 +316,46 @@ TEST(MediaAnalysisTest, BasicErrorsAreFoundInTheirOrderAndLeaveNothingBehind) {
   const std::string folder = temporary.path().string();
   const std::string media = temporary.write("media \n.mov", "x");
   std::filesystem::create_symlink(folder + "/nowhere", folder + "/dangling");
-  const auto faults = [&folder](const Words& paths, const std::string& workDirectory, const std::string& results) {
-    return faultsIn(folder, paths, workDirectory, results);
+  const auto errors = [&folder](const Words& paths, const std::string& workDirectory, const std::string& results) {
+    return errorsIn(folder, paths, workDirectory, results);
   };
 
-  EXPECT_THAT(faults({media, folder}, folder, folder + "/results.json"), IsEmpty());
-  EXPECT_THAT(faults({}, "", ""),
+  EXPECT_THAT(errors({media, folder}, folder, folder + "/results.json"), IsEmpty());
+  EXPECT_THAT(errors({}, "", ""),
               ElementsAre("pathToAnalyzeNotSupplied ", "workDirectoryNotSupplied ", "resultsFilePathNotSupplied "));
-  EXPECT_THAT(faults({""}, folder, folder + "/r"), ElementsAre("pathToAnalyzeNotSupplied "));
+  EXPECT_THAT(errors({""}, folder, folder + "/r"), ElementsAre("pathToAnalyzeNotSupplied "));
   EXPECT_THAT(
-      faults({folder + "/b", media, "", folder + "/dangling", media + std::string(1, '\0')}, media, media),
+      errors({folder + "/b", media, "", folder + "/dangling", media + std::string(1, '\0')}, media, media),
       ElementsAre("pathToAnalyzeDoesNotExist /b", "pathToAnalyzeDoesNotExist ", "pathToAnalyzeDoesNotExist /dangling",
                   std::string("pathToAnalyzeDoesNotExist /media \n.mov") + '\0',
                   "workDirectoryDoesNotExist /media \n.mov", "resultsFileAlreadyExists /media \n.mov"));
-  EXPECT_THAT(faults({media}, "", folder), ElementsAre("workDirectoryNotSupplied ", "resultsFileAlreadyExists "));
-  EXPECT_THAT(faults({media}, folder, folder + "/dangling"), ElementsAre("resultsFileAlreadyExists /dangling"));
+  EXPECT_THAT(errors({media}, "", folder), ElementsAre("workDirectoryNotSupplied ", "resultsFileAlreadyExists "));
+  EXPECT_THAT(errors({media}, folder, folder + "/dangling"), ElementsAre("resultsFileAlreadyExists /dangling"));
   const std::string longName(300, 'n');
   for (const std::string results : {"/missing/r", "/media \n.mov/r", "/new/", longName.c_str()}) {
-    EXPECT_THAT(faults({media}, folder, folder + "/" + results), ElementsAre("resultsFilePathNotCreated /" + results));
+    EXPECT_THAT(errors({media}, folder, folder + "/" + results), ElementsAre("resultsFilePathNotCreated /" + results));
   }
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2);
 
-  const auto fault = faultsOf(Factory::buildBasicOptions({"/\x1b/x"}, folder, folder + "/r", std::nullopt, false));
-  ASSERT_EQ(fault.size(), 1U);
-  EXPECT_THAT(fault[0].message(), HasSubstr("a path to analyze does not exist: \"/\\x1b/x\" (No such file"));
+  const auto missing = errorsOf(Factory::buildBasicOptions({"/\x1b/x"}, folder, folder + "/r", std::nullopt, false));
+  ASSERT_EQ(missing.size(), 1U);
+  EXPECT_EQ(
+      missing[0].message(),
+      "\"/\\x1b/x\": the path to analyze does not exist: No such file or directory; check the spelling and that the "
+      "volume is mounted");
 }
 
-TEST(MediaAnalysisTest, AFolderThatMayNotBeWrittenToTakesNoResults) {
+TEST(MediaAnalysisTest, ResultsCannotBeCreatedInADirectoryWithoutWritePermission) {
   const test::TemporaryFolder temporary;
   const std::string media = temporary.write("a.mov", "");
   std::filesystem::permissions(temporary.path(), std::filesystem::perms(0555));
   const uid_t user = geteuid();
-  if (user == 0) static_cast<void>(seteuid(65534));  // root is refused nothing
-  const Words faults =
-      faultsIn(temporary.path().string(), {media}, temporary.path().string(), (temporary.path() / "r").string());
+  if (user == 0) static_cast<void>(seteuid(65534));  // root may write anywhere
+  const Words errors =
+      errorsIn(temporary.path().string(), {media}, temporary.path().string(), (temporary.path() / "r").string());
   if (user == 0) static_cast<void>(seteuid(user));
   std::filesystem::permissions(temporary.path(), std::filesystem::perms::owner_all);
-  EXPECT_THAT(faults, ElementsAre("resultsFilePathNotCreated /r"));
+  EXPECT_THAT(errors, ElementsAre("resultsFilePathNotCreated /r"));
 }
 
 }  // namespace

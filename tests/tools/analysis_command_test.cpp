@@ -43,7 +43,7 @@ Words piecesOf(const std::string& text) {
   return pieces;
 }
 
-TEST(AnalysisArgsCommand, WritesWhatTheFactoryWritesAndReadsItBack) {
+TEST(AnalysisArgsCommand, WritesTheVectorOfTheFactoryAndReadsItBack) {
   const test::TemporaryFolder folder;
   const std::string media = folder.write("A \"1\"\n\xff.mov", "");
   const std::string results = (folder.path() / "r.json").string();
@@ -51,7 +51,8 @@ TEST(AnalysisArgsCommand, WritesWhatTheFactoryWritesAndReadsItBack) {
       {"--path", media, "/nowhere", "--path=-c", "--work-dir", folder.path(), "--results", results, "--null"});
   EXPECT_EQ(written.status, 1);
   EXPECT_THAT(written.output, IsEmpty());
-  EXPECT_THAT(written.errors, HasSubstr("-pathToAnalyze cannot be \"-c\""));
+  EXPECT_THAT(written.errors,
+              HasSubstr("\"-pathToAnalyze\": has a value that begins with \"-\", which is read as a flag: -c;"));
 
   const Words options{"--path",     media,           media,          "--path",
                       media,        "--work-dir",    folder.path(),  "--results",
@@ -104,7 +105,7 @@ TEST(AnalysisArgsCommand, WritesWhatTheFactoryWritesAndReadsItBack) {
   EXPECT_FALSE(std::filesystem::exists(results));
 }
 
-TEST(AnalysisArgsCommand, CheckReportsEveryErrorAndEveryWordThatIsNotRead) {
+TEST(AnalysisArgsCommand, CheckReportsEveryErrorAndEveryWarning) {
   const test::TemporaryFolder folder;
   const std::string results = folder.write("r.json", "{}");
   const Words words{"stray\x1b", "-pathToAnalyze", "/nowhere", "-resultsFilePath",
@@ -112,24 +113,30 @@ TEST(AnalysisArgsCommand, CheckReportsEveryErrorAndEveryWordThatIsNotRead) {
   const Outcome shown = checkOf(words);
   EXPECT_EQ(shown.status, 1);
   EXPECT_THAT(shown.output,
-              AllOf(HasSubstr("a path to analyze does not exist: \"/nowhere\" (No such file or directory)"),
-                    HasSubstr("there is no work directory"), HasSubstr("the results file exists already"),
-                    HasSubstr("there is no position"), HasSubstr("there is no width"),
-                    HasSubstr("\"stray\\x1b\": it stands"), HasSubstr("-maxImageWidth \"wide\": it takes a number"),
+              AllOf(HasSubstr("\"/nowhere\": the path to analyze does not exist: No such file or directory; check"),
+                    HasSubstr("no work directory is given"), HasSubstr("the results file already exists"),
+                    HasSubstr("no position to take an image at"), HasSubstr("no image width above 0"),
+                    HasSubstr("\"stray\\x1b\": comes before"), HasSubstr("\"-maxImageWidth\": needs a number"),
                     HasSubstr("did you mean -deepAnalysis?"), Not(HasSubstr("\x1b"))));
   const json document = json::parse(checkOf(words, {"--json"}).output);
   Words errors;
-  for (const json& error : document["errors"]) errors.push_back(error["error"]);
+  for (const json& error : document["errors"]) errors.push_back(error["code"]);
   EXPECT_EQ(errors, (Words{"pathToAnalyzeDoesNotExist", "workDirectoryNotSupplied", "resultsFileAlreadyExists"}));
   EXPECT_EQ(document["imageErrors"].size(), 2U);
-  EXPECT_EQ(document["remarks"].size(), 3U);
+  EXPECT_EQ(document["errors"][0]["place"], "/nowhere");
+  Words warnings;
+  for (const json& warning : document["warnings"]) warnings.push_back(warning["code"]);
+  EXPECT_EQ(warnings, (Words{"strayWord", "unreadableNumber", "unknownFlag"}));
+  EXPECT_EQ(document["warnings"][1]["value"], "wide");
+  EXPECT_EQ(document["warnings"][2]["value"], nullptr);
+  EXPECT_EQ(document["warnings"][2]["suggestion"], "-deepAnalysis");
   EXPECT_EQ(checkOf({}).status, 1);
-  // A word that is not read is an error of its own.
+  // A warning alone makes the exit status 1.
   const Words sound{"-pathToAnalyze", "/", "-workDirectory", "/", "-resultsFilePath", folder.path() / "new"};
   EXPECT_EQ(checkOf(sound).status, 0);
-  Words spoilt = sound;
-  spoilt.emplace_back("-deep");
-  EXPECT_EQ(checkOf(spoilt).status, 1);
+  Words withUnknown = sound;
+  withUnknown.emplace_back("-deep");
+  EXPECT_EQ(checkOf(withUnknown).status, 1);
 }
 
 TEST(AnalysisArgsCommand, SaysWhatIsWrongWithItsOptions) {
@@ -139,18 +146,22 @@ TEST(AnalysisArgsCommand, SaysWhatIsWrongWithItsOptions) {
     std::string says;
   };
   const Case cases[]{
-      {{"--height", "3"}, 2, "images need --snapshot as well"},
-      {{"--snapshot", "3"}, 2, "images need --max-width as well"},
-      {{"--snapshot", "3", "--max-width", "wide"}, 2, "--max-width takes a number such as 0.5, and not \"wide\""},
-      {{"--snapshot", "3", "--max-width", "0"}, 1, "there is no width above 0"},
-      {{"--snapshot=-0.5", "--max-width", "9"}, 1, "\"-0.5\": no number below 0 is read"},
-      {{"--snapshot", "1e39", "--max-width", "9"}, 2, "takes a number such as 0.5, and not \"1e39\""},
-      {{"--parent-pid", "4294967296"}, 2, "takes a process identifier"},
+      {{"--height", "3"}, 2, "images also need --snapshot"},
+      {{"--snapshot", "3"}, 2, "images also need --max-width"},
+      {{"--snapshot", "3", "--max-width", "wide"},
+       2,
+       "\"wide\" is not a number for --max-width; expected one such as 0.5"},
+      {{"--snapshot", "3", "--max-width", "0"}, 1, "no image width above 0 is given"},
+      {{"--snapshot=-0.5", "--max-width", "9"},
+       1,
+       "has a value below 0, which is read as a flag because it begins with \"-\": -0.5"},
+      {{"--snapshot", "1e39", "--max-width", "9"}, 2, "\"1e39\" is not a number for --snapshot"},
+      {{"--parent-pid", "4294967296"}, 2, "\"4294967296\" is not a process identifier for --parent-pid"},
       {{"--id", ""}, 0, ""},
-      {{"--work-dir", "/w"}, 2, "or twice"},
-      {{"--json", "--null"}, 2, "excludes"},
-      {{"--", "-x"}, 2, "takes no words behind \"--\" without --check"},
-      {{"--check", "--", "-x"}, 2, "--check reads a vector and takes no --path"},
+      {{"--work-dir", "/w"}, 2, "--work-dir is given more than once"},
+      {{"--json", "--null"}, 2, "--json and --null cannot be used together"},
+      {{"--", "-x"}, 2, "accepts no words after \"--\" without --check"},
+      {{"--check", "--", "-x"}, 2, "--check reads a vector and cannot be used with --path"},
       {{"--check"}, 2, "meridian analysis-args --check -- -pathToAnalyze"},
   };
   for (const auto& [more, status, says] : cases) {
@@ -165,7 +176,7 @@ TEST(AnalysisArgsCommand, SaysWhatIsWrongWithItsOptions) {
   EXPECT_THAT(analysisArgs({"--path", "a", "--results", "r"}).errors, StartsWith("meridian: --work-dir is missing"));
   const Outcome empty = analysisArgs({"--path", "", "--work-dir", "", "--results", "/r"});
   EXPECT_EQ(empty.status, 1);
-  EXPECT_THAT(empty.errors, AllOf(HasSubstr("there is no path to analyze"), HasSubstr("there is no work directory")));
+  EXPECT_THAT(empty.errors, AllOf(HasSubstr("no path to analyze is given"), HasSubstr("no work directory is given")));
   EXPECT_THAT(analysisArgs({"--help"}).output, AllOf(HasSubstr("[-- WORD...]"), HasSubstr("Example:\n  ")));
 }
 

@@ -1,4 +1,11 @@
-// What a subcommand is: pure definitions, from which the parser, the help, the manual page and the completion are made.
+/// \file
+/// Defines what a subcommand is. The parser, the help, the manual page and the completion are made from these
+/// definitions. For example:
+///
+///     Subcommand manualCommand() {
+///       return {.name = "manual", .description = "Print the manual page", .example = "meridian manual | man -l -",
+///               .action = [](const Arguments&) { printManual(); return done; }};
+///     }
 #pragma once
 
 #include <array>
@@ -11,23 +18,40 @@
 #include <string_view>
 #include <vector>
 
+#include "meridian/base/error.h"
+#include "meridian/base/expected.h"
+
 namespace meridian::command {
 
 /// Exit statuses. Every subcommand ends with one of these.
 enum Status : int { done = 0, failed = 1, wrongUsage = 2 };
 
-/// A command line that says something else than the user can have meant; ends the command with `wrongUsage`.
+/// The command line is wrong; ends the command with `wrongUsage`. The message must be safe for a terminal.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// Words that were understood but are refused; ends the command with `failed`. The text is safe for a terminal.
+/// The command line is right, but what it asks for failed; ends the command with `failed`.
 class CommandError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  /// Takes a message that is safe for a terminal.
+  explicit CommandError(const std::string& message) : std::runtime_error(message) {}
+  /// Makes the message `"PLACE": WHY` of any two texts; escapes what is not safe for a terminal.
+  CommandError(std::string_view place, std::string_view why);
+  /// Takes the message of an error of the library.
+  template <ErrorCode Code>
+  explicit CommandError(const Error<Code>& error) : std::runtime_error(error.message()) {}
 };
 
+/// Returns the value, or throws the error as a CommandError.
+template <typename Value, typename E>
+[[nodiscard]] Value valueOf(Expected<Value, E> result) {
+  if (!result) throw CommandError(result.error());
+  if constexpr (!std::is_void_v<Value>) return *std::move(result);
+}
+
+/// An option or a positional argument of a subcommand.
 struct Option {
   enum class Kind { flag, value, positional };
 
@@ -35,61 +59,66 @@ struct Option {
   /// Without dashes.
   std::string name;
   std::string help;
-  /// What the help calls the value.
+  /// What the help calls the value: "FILE".
   std::string valueName = {};
-  /// The values that it takes; empty for any.
+  /// The values that it accepts; empty if it accepts any.
   std::vector<std::string_view> choices = {};
-  /// Whether a positional may be left out.
+  /// True if a positional may be left out.
   bool optional = false;
-  /// Whether it takes all the words there are, up to the next option.
+  /// True if it accepts several values, up to the next option.
   bool repeated = false;
-  /// Whether a value may be given several times, one word each.
+  /// True if it may be given several times, each time with one value.
   bool severalTimes = false;
-  /// Whether it is a path, which a shell completes by itself.
+  /// True if it is a path, which a shell completes by itself.
   bool path = false;
 };
 
 /// What a subcommand was called with.
 struct Arguments {
-  /// The options given, with their values; none for a flag.
+  /// The options and positionals that were given, by name, with their values; a flag has none.
   std::map<std::string, std::vector<std::string>, std::less<>> given;
-  /// The words behind the first "--": an argument vector of the transcoder or the analysis tool.
+  /// The words after the first "--": an argument vector of the transcoder or the analysis tool.
   std::vector<std::string_view> words;
 
+  /// Returns true if the option was given.
   [[nodiscard]] bool has(std::string_view name) const { return given.contains(name); }
+  /// Returns the option's last value; absent if it was not given or has none.
   [[nodiscard]] std::optional<std::string> value(std::string_view name) const;
 };
 
+/// A subcommand: what it is called, what its help says, what it accepts, and what it does.
 struct Subcommand {
-  /// The group that it belongs to; empty for one that stands on its own.
+  /// The group that it belongs to: "lut"; empty if it belongs to none.
   std::string group = {};
   std::string name;
+  /// One line, without a full stop.
   std::string description;
   /// What its own help and the manual say beyond that.
   std::string details = {};
-  /// Command lines that show its use.
+  /// Command lines that show its use, one a line.
   std::string example;
-  /// Whether it works on the words behind "--".
+  /// True if it reads the words after "--".
   bool takesWords = false;
-  /// The option that it takes words with; empty where it always does.
+  /// The option with which it reads words; empty if it always does.
   std::string wordsOption = {};
-  /// The flags that the words may hold, where these are not the transcoder's.
+  /// The flags that the words may contain, if these are not the transcoder's.
   std::vector<std::string> wordFlags = {};
   std::vector<Option> options = {};
   /// Names of options of which only one may be given.
   std::vector<std::string> exclusive = {};
   std::function<Status(const Arguments&)> action;
 
-  /// As it is called: "parse", "lut info".
+  /// Returns the name with which it is called: "parse", "lut info".
   [[nodiscard]] std::string fullName() const { return group.empty() ? name : group + " " + name; }
-  /// Whether words belong behind these options.
+  /// Returns true if words after "--" are required with these options.
   [[nodiscard]] bool takesWordsWith(const Arguments& arguments) const {
     return takesWords && (wordsOption.empty() || arguments.has(wordsOption));
   }
+  /// Returns true if it reads words with one of its options only.
   [[nodiscard]] bool wordsAreOptional() const { return !wordsOption.empty(); }
 };
 
-/// Subcommands that are called behind a common name.
+/// Subcommands with a common first name: "lut info", "lut apply".
 struct CommandGroup {
   std::string_view name;
   std::string_view description;
@@ -97,7 +126,7 @@ struct CommandGroup {
 };
 
 inline constexpr auto commandGroups = std::to_array<CommandGroup>({
-    {"lut", "Look-up tables: what a file holds, and samples and images led through it",
+    {"lut", "Show, sample, apply and plot LUT files",
      "meridian lut info look.cube\nmeridian lut apply look.cube in.dpx out.dpx"},
 });
 
@@ -122,20 +151,20 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 [[nodiscard]] Subcommand completionCommand();
 [[nodiscard]] Subcommand manualCommand();
 
-/// All subcommands, in the order of the help.
+/// Returns all subcommands, in the order of the help.
 [[nodiscard]] std::vector<Subcommand> allSubcommands();
 
-/// What the command as a whole says of itself.
+/// What the command as a whole does.
 inline constexpr std::string_view purpose =
-    "Rules of professional media work: command lines, presets, file types, frame rates, timecode, look-up tables";
-inline constexpr std::string_view exitStatuses = "0 done, 1 understood but refused, 2 wrong usage";
+    "Rules of professional media work: command lines, presets, file types, frame rates, timecode, LUTs";
+inline constexpr std::string_view exitStatuses = "0 done, 1 failed, 2 wrong usage";
 inline constexpr std::string_view mainExample =
     "meridian explain -- -preset solvane_cloud -dims 1920x1080 -out /out/a.mov";
 
-/// What the command shows when it is called with nothing: a realistic command line explained, then a look applied.
+/// Prints what `meridian` shows without arguments: a realistic command line explained, then a LUT applied.
 void demonstrate();
 
-/// Makes a look and an image, and shows the image before and after.
+/// Creates a LUT and an image, and prints the image before and after.
 void demonstrateLut();
 
 /// Prints the explanation of an argument vector as a table for people.

@@ -1,4 +1,4 @@
-// The meridian command: a person's view of the rules of the library.
+// The meridian command: the rules of the library for people and scripts.
 #include <algorithm>
 #include <exception>
 #include <iostream>
@@ -22,6 +22,11 @@ Status runCommand(std::span<const std::string_view> words) {
   return done;
 }
 
+Status report(std::string_view message, Status status) {
+  std::cerr << "meridian: " << message << '\n';
+  return status;
+}
+
 }  // namespace
 }  // namespace meridian::command
 
@@ -31,16 +36,13 @@ int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
     const std::vector<std::string_view> words(argv + std::min(argc, 1), argv + argc);
     const Status status = runCommand(words);
-    if (!std::cout.flush()) throw std::runtime_error("standard output could not be written");
+    if (!std::cout.flush()) throw CommandError("standard output cannot be written");
     return status;
   } catch (const UsageError& error) {
-    std::cerr << "meridian: " << error.what() << '\n';
-    return wrongUsage;
+    return report(error.what(), wrongUsage);
   } catch (const CommandError& error) {
-    std::cerr << "meridian: " << error.what() << '\n';
-    return failed;
+    return report(error.what(), failed);
   } catch (const std::exception& error) {
-    std::cerr << "meridian: " << meridian::printable(error.what()) << '\n';
-    return failed;
+    return report(meridian::printable(error.what()), failed);
   }
 }

@@ -42,7 +42,7 @@ bool showsColour() {
 void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead) {
   if (count == 0) return;
   std::cerr << "meridian: warning: " << count << ' ' << noun << (count == 1 ? " is" : "s are")
-            << " not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte. " << instead << ".\n";
+            << " not valid UTF-8, which JSON cannot carry; U+FFFD replaces each such byte. " << instead << ".\n";
 }
 
 void warnOfInvalidText(std::span<const std::string_view> words, std::string_view instead) {
@@ -53,15 +53,16 @@ void warnOfInvalidText(std::span<const std::string_view> words, std::string_view
 void warnOfInvalidPath(std::string_view path) {
   if (isValidUtf8(path)) return;
   std::cerr << "meridian: warning: " << inQuotes(path)
-            << " is not valid UTF-8, which JSON cannot carry; U+FFFD stands for each such byte\n";
+            << " is not valid UTF-8, which JSON cannot carry; U+FFFD replaces each such byte\n";
 }
 
-bool reportRejected(const TranscodeCliArguments& store) {
+bool reportUnknownFlags(const TranscodeCliArguments& store) {
   if (store.allFlagsAreValid()) return false;
   store.enumerateUnknownFlags([](std::string_view flag, std::string_view value) {
-    std::cerr << "meridian: rejected: " << printable(flag) << (value.empty() ? "" : " ") << printable(value) << '\n';
+    std::cerr << "meridian: unknown flag: " << printable(flag) << (value.empty() ? "" : " ") << printable(value)
+              << '\n';
   });
-  std::cerr << "meridian: \"meridian explain\" with the same words says what may have been meant\n";
+  std::cerr << "meridian: \"meridian explain\" with the same words suggests corrections\n";
   return true;
 }
 
@@ -71,8 +72,7 @@ void printJson(const Json& document) {
 
 void printVector(const std::vector<std::string>& vector, const Arguments& arguments) {
   if (arguments.has("json")) {
-    warnOfInvalidText(std::vector<std::string_view>(vector.begin(), vector.end()),
-                      "--null gives the bytes as they are");
+    warnOfInvalidText(std::vector<std::string_view>(vector.begin(), vector.end()), "--null writes the bytes unchanged");
     printJson(vector);
     return;
   }
@@ -100,7 +100,7 @@ void printTable(const std::vector<std::vector<Cell>>& rows) {
   }
   for (std::size_t row = 0; row < rows.size(); ++row) {
     std::string line;
-    std::size_t pending = 2;  // blanks to write before the next text, so that no line ends in blanks
+    std::size_t pending = 2;  // spaces before the next text; written late, so that no line ends in spaces
     for (std::size_t column = 0; column < rows[row].size(); ++column) {
       const std::string& text = texts[row][column];
       const std::size_t width = displayWidth(text);

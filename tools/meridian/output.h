@@ -1,4 +1,7 @@
-// How the command writes: one JSON document, or tables for people.
+/// \file
+/// Writes the command's results: one JSON document, or tables for people. For example:
+///
+///     printTable({{{"-vcodec", Style::name}, {"h264"}}, {{"-out", Style::name}, {"/out/a.mov"}}});
 #pragma once
 
 #include <cstddef>
@@ -16,46 +19,45 @@ namespace meridian::command {
 /// Keeps members in the order in which they are added.
 using Json = nlohmann::ordered_json;
 
-/// Says on standard error that so many words, or whatever one of them is called, are not valid UTF-8, which JSON cannot
-/// carry, and what helps. Says nothing of none.
+/// Warns on standard error that `count` items, each of which is called `noun`, are not valid UTF-8, which JSON cannot
+/// carry; `instead` is a sentence without its full stop that says what helps. Does nothing if `count` is 0.
 void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead);
 
-/// Says on standard error that words are not valid UTF-8, which JSON cannot carry, where that is so, and what shows the
-/// bytes instead.
+/// Warns on standard error of words that are not valid UTF-8. `instead` is as in `warnOfInvalid`.
 void warnOfInvalidText(std::span<const std::string_view> words,
                        std::string_view instead =
-                           "Flags that differ in these alone look the same; \"meridian render "
-                           "--null\" gives the bytes as they are");
+                           "Flags that differ in these bytes alone look the same; \"meridian render "
+                           "--null\" writes the bytes unchanged");
 
-/// Says on standard error that the path is not valid UTF-8, where that is so.
+/// Warns on standard error if the path is not valid UTF-8.
 void warnOfInvalidPath(std::string_view path);
 
-/// Says on standard error which flags the store rejected; whether there were any.
-bool reportRejected(const TranscodeCliArguments& store);
+/// Lists the flags that the store does not know on standard error. Returns true if there are any.
+bool reportUnknownFlags(const TranscodeCliArguments& store);
 
-/// Writes the document and a line end to standard output. Bytes that are not valid UTF-8 become U+FFFD.
+/// Writes the document and a newline to standard output. Bytes that are not valid UTF-8 become U+FFFD.
 void printJson(const Json& document);
 
-/// Writes an argument vector in the form that the options ask for: a JSON list ("json"), an element up to each NUL
-/// ("null"), or an element a line.
+/// Writes an argument vector as a JSON list with the option "json", with a NUL after each element with "null", and
+/// otherwise an element a line.
 void printVector(const std::vector<std::string>& vector, const Arguments& arguments);
 
-/// Whether standard output is a terminal that shows colours and the user did not say NO_COLOR.
+/// Returns true if standard output is a terminal that shows colours and NO_COLOR is not set.
 [[nodiscard]] bool showsColour();
 
 enum class Style { plain, heading, name, faint, good, warning, bad };
 
-/// The text in a colour, where standard output shows colours.
+/// Returns the text in the style's colour if standard output shows colours, and otherwise unchanged.
 [[nodiscard]] std::string styled(Style style, std::string_view text);
 
-/// A text of a table. Text from outside is made safe for a terminal.
+/// One text of a table. Any text is allowed: `printTable` makes it safe for a terminal.
 struct Cell {
   std::string text;
   Style style = Style::plain;
 };
 
-/// Writes the rows with their columns aligned, indented by two blanks. A text too long for its column pushes the rest
-/// of its row to the right rather than making the column wide for all.
+/// Writes the rows with their columns aligned, indented by two spaces. A text of more than 60 columns does not widen
+/// its column; it moves the rest of its own row to the right.
 void printTable(const std::vector<std::vector<Cell>>& rows);
 
 }  // namespace meridian::command

@@ -13,13 +13,20 @@
 namespace meridian::command {
 namespace {
 
+/// Each name on a line of its own.
+std::string asList(const std::vector<std::string_view>& names) {
+  std::string list;
+  for (const std::string_view name : names) list += "\n  " + std::string(name);
+  return list;
+}
+
 std::string exampleOf(std::string_view example) {
   std::string text = "Example:\n  ";
   for (const char c : example) text += c == '\n' ? std::string("\n  ") : std::string(1, c);
   return text;
 }
 
-/// Help for subcommands that take words: what stands behind "--" never comes to this parser, so it does not know of it.
+/// Adds the words after "--" to the help. CLI11 never sees them, so it does not know of them.
 class WordsFormatter : public CLI::Formatter {
  public:
   explicit WordsFormatter(std::string words) : words_(std::move(words)) {}
@@ -44,11 +51,12 @@ CLI::Option* addOption(CLI::App& app, const Option& option, Arguments& arguments
     return true;
   };
   const bool positional = option.kind == Option::Kind::positional;
-  // A positional is named as its value, so that the help's usage line says what stands there.
+  // A positional has its value's name, so that the help's usage line shows what it is.
   CLI::Option* const added = app.add_option(positional ? option.valueName : "--" + option.name, store, option.help);
   added->type_name(positional ? "" : option.valueName);
   if (option.repeated) added->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
-  if (option.severalTimes) added->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  // An option that is given more than once by mistake is reported by checkRepetitions, which names it in plain words.
+  if (!positional) added->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   return added;
 }
 
@@ -68,7 +76,7 @@ CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& 
   return added;
 }
 
-/// The parser's counterpart of a group, made with the first of its subcommands.
+/// CLI11's counterpart of a group, created with the first of its subcommands.
 CLI::App& groupApp(CLI::App& app, const std::string& name) {
   const auto made = app.get_subcommands([&name](const CLI::App* each) { return each->get_name() == name; });
   if (!made.empty()) return *made.front();
@@ -79,7 +87,7 @@ CLI::App& groupApp(CLI::App& app, const std::string& name) {
   return *added;
 }
 
-/// The subcommand that the words led to, or the group or whole that they stopped at.
+/// The subcommand that was called, or the group or the whole command if the words name no subcommand.
 const CLI::App& reached(const CLI::App& app) {
   const auto used = app.get_subcommands();
   return used.empty() ? app : reached(*used.front());
@@ -89,7 +97,8 @@ std::string calledAs(const CLI::App& app) {
   return app.get_parent() == nullptr ? app.get_name() : calledAs(*app.get_parent()) + " " + app.get_name();
 }
 
-/// A word that the parser does not know is the better clue to what went wrong, so positionals are missed only here.
+/// CLI11 does not know which positionals are required: an unknown word explains more than a missing one, so it has to
+/// be reported first.
 void checkPositionals(const Subcommand& subcommand, const Arguments& arguments) {
   for (const Option& option : subcommand.options) {
     if (option.kind != Option::Kind::positional || option.optional || arguments.has(option.name)) continue;
@@ -97,19 +106,19 @@ void checkPositionals(const Subcommand& subcommand, const Arguments& arguments) 
   }
 }
 
-/// Where a subcommand takes no words of the transcoder, "--" ends its options: what follows are positionals, even with
-/// a dash before them, each for the first that takes one more.
+/// In a subcommand that reads no words, "--" ends the options: the words after it are positionals, even if they begin
+/// with "-", and each goes to the first positional that accepts another value.
 void takeWordsAsPositionals(const Subcommand& subcommand, Arguments& arguments) {
   if (arguments.words.empty()) return;
   if (std::ranges::find(subcommand.options, Option::Kind::positional, &Option::kind) == subcommand.options.end()) {
-    throw UsageError("\"meridian " + subcommand.fullName() + "\" takes no words behind \"--\"" +
+    throw UsageError("\"meridian " + subcommand.fullName() + "\" accepts no words after \"--\"" +
                      (subcommand.wordsOption.empty() ? "" : " without --" + subcommand.wordsOption));
   }
   for (const std::string_view word : arguments.words) {
     const auto taker = std::ranges::find_if(subcommand.options, [&arguments](const Option& option) {
       return option.kind == Option::Kind::positional && (option.repeated || !arguments.has(option.name));
     });
-    if (taker == subcommand.options.end()) throw UsageError("not expected: " + printable(word));
+    if (taker == subcommand.options.end()) throw UsageError("unexpected argument: " + printable(word));
     arguments.given[taker->name].emplace_back(word);
   }
 }
@@ -118,16 +127,81 @@ void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
   for (const Option& option : subcommand.options) {
     const auto value = arguments.value(option.name);
     if (!value || option.choices.empty() || std::ranges::find(option.choices, *value) != option.choices.end()) continue;
-    std::string message = "there is no " + option.name + " " + inQuotes(*value) + "; there is:";
-    for (const std::string_view choice : option.choices) message += "\n  " + std::string(choice);
-    throw UsageError(message);
+    throw UsageError("unknown " + option.name + " " + inQuotes(*value) + "; known values:" + asList(option.choices));
   }
+}
+
+void checkRepetitions(const Subcommand& subcommand, const Arguments& arguments) {
+  for (const Option& option : subcommand.options) {
+    if (option.kind != Option::Kind::value || option.repeated || option.severalTimes) continue;
+    const auto given = arguments.given.find(option.name);
+    if (given == arguments.given.end() || given->second.size() < 2) continue;
+    throw UsageError("--" + option.name + " is given more than once");
+  }
+}
+
+/// The first name of each subcommand, or within a group the second one, in the order of the help.
+std::vector<std::string_view> namesWithin(std::string_view group, std::span<const Subcommand> subcommands) {
+  std::vector<std::string_view> names;
+  for (const Subcommand& each : subcommands) {
+    const std::string_view name = group.empty() && !each.group.empty() ? each.group : each.name;
+    const bool belongs = group.empty() || each.group == group;
+    if (belongs && std::ranges::find(names, name) == names.end()) names.push_back(name);
+  }
+  return names;
+}
+
+/// Which words CLI11 does not know.
+std::string unknownWords(const CLI::App& app, const Subcommand* chosen, std::span<const Subcommand> subcommands) {
+  const std::vector<std::string> words = app.remaining(true);
+  const std::string& first = words.front();
+  if (first.starts_with("--") || (first.starts_with('-') && chosen == nullptr)) {
+    std::vector<std::string_view> known{"help"};
+    if (&reached(app) == &app) known.emplace_back("version");
+    if (chosen != nullptr) {
+      for (const Option& option : chosen->options) {
+        if (option.kind != Option::Kind::positional) known.push_back(option.name);
+      }
+    }
+    std::string message = "unknown option " + printable(first) + "; known options:";
+    for (const std::string_view name : known) message += " --" + std::string(name);
+    return message;
+  }
+  if (chosen == nullptr) {
+    const CLI::App& group = reached(app);
+    return "unknown subcommand " + inQuotes(first) + "; known subcommands:" +
+           asList(namesWithin(group.get_parent() == nullptr ? "" : group.get_name(), subcommands));
+  }
+  std::string message = words.size() == 1 ? "unexpected argument:" : "unexpected arguments:";
+  for (const std::string& word : words) message += " " + printable(word);
+  return message;
+}
+
+/// CLI11's error in plain words. Its own messages give the words backwards, or say "1 required TEXT missing".
+std::string plainMessage(const CLI::ParseError& error, const CLI::App& app, const Subcommand* chosen,
+                         std::span<const Subcommand> subcommands) {
+  std::string message = printable(error.what());
+  if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) return unknownWords(app, chosen, subcommands);
+  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && chosen != nullptr) {
+    const std::string name = message.substr(0, message.find(':'));
+    const auto isNamed = [&name](const Option& option) { return "--" + option.name == name; };
+    const auto option = std::ranges::find_if(chosen->options, isNamed);
+    return name + " needs a value" + (option == chosen->options.end() ? "" : ": " + option->valueName);
+  }
+  if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr) {
+    constexpr std::string_view verb = " excludes ";
+    if (const std::size_t place = message.find(verb); place != std::string::npos) {
+      return message.replace(place, verb.size(), " and ") + " cannot be used together";
+    }
+  }
+  return message;
 }
 
 std::string wordsHint(const Subcommand& subcommand) {
   const std::string& example = subcommand.example;
   const std::size_t begin = example.rfind('\n', example.find(" -- ")) + 1;  // npos + 1 is 0: the first line
-  return "the argument vector stands behind \"--\": " + example.substr(begin, example.find('\n', begin) - begin);
+  return "put the argument vector after \"--\", for example: " +
+         example.substr(begin, example.find('\n', begin) - begin);
 }
 
 }  // namespace
@@ -138,14 +212,14 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
   app.set_version_flag("--version", "meridian " + std::string(versionText()));
   app.require_subcommand(0, 1);
   app.footer(exampleOf(mainExample) + "\n\nExit status: " + std::string(exitStatuses) +
-             ".\nCalled with nothing, meridian shows a demonstration.");
+             ".\nWithout arguments, meridian shows a demonstration.");
   std::map<const CLI::App*, const Subcommand*> bySubApp;
   for (const Subcommand& subcommand : subcommands) {
     CLI::App& parent = subcommand.group.empty() ? app : groupApp(app, subcommand.group);
     bySubApp[addSubcommand(parent, subcommand, parsed.arguments)] = &subcommand;
   }
 
-  // Nothing behind the first "--" is an option, whatever it looks like.
+  // No word after the first "--" is an option, even if it begins with "-".
   const auto separator = std::ranges::find(all, "--");
   std::vector<std::string> own(all.begin(), separator);
   const bool hasWords = separator != all.end();
@@ -155,9 +229,9 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
     const auto found = bySubApp.find(&reached(app));
     return found == bySubApp.end() ? nullptr : found->second;
   };
-  const auto see = [&] { return "\n\"" + calledAs(reached(app)) + " --help\" says how it is used."; };
+  const auto see = [&] { return "\n\"" + calledAs(reached(app)) + " --help\" shows the usage."; };
   try {
-    std::ranges::reverse(own);  // the parser takes them from the end
+    std::ranges::reverse(own);  // CLI11 takes them from the end
     app.parse(std::move(own));
   } catch (const CLI::CallForHelp&) {
     parsed.text = app.help();
@@ -166,15 +240,7 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
     parsed.text = std::string(version.what()) + "\n";
     return parsed;
   } catch (const CLI::ParseError& error) {
-    std::string message = printable(error.what());
-    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
-      // The parser's own message names them backwards.
-      message = "not expected:";
-      for (const std::string& word : app.remaining(true)) message += " " + printable(word);
-    }
-    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
-      message = "an option is given without its value, or twice: " + message;
-    }
+    const std::string message = plainMessage(error, app, chosen(), subcommands);
     const bool lacksSeparator = chosen() != nullptr && chosen()->takesWordsWith(parsed.arguments) && !hasWords;
     throw UsageError(message + (lacksSeparator ? "\n" + wordsHint(*chosen()) : "") + see());
   }
@@ -186,6 +252,7 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
   try {
     if (!takesWords && hasWords) takeWordsAsPositionals(*parsed.subcommand, parsed.arguments);
     checkPositionals(*parsed.subcommand, parsed.arguments);
+    checkRepetitions(*parsed.subcommand, parsed.arguments);
     checkChoices(*parsed.subcommand, parsed.arguments);
   } catch (const UsageError& error) {
     throw UsageError(error.what() + see());

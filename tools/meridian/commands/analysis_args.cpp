@@ -35,7 +35,7 @@ std::string required(const Arguments& arguments, std::string_view name) {
 float readNumber(std::string_view name, std::string_view text) {
   const auto number = floatFromText(text);
   if (!number || !std::isfinite(*number)) {
-    throw UsageError("--" + std::string(name) + " takes a number such as 0.5, and not " + inQuotes(text));
+    throw UsageError(inQuotes(text) + " is not a number for --" + std::string(name) + "; expected one such as 0.5");
   }
   return *number;
 }
@@ -52,10 +52,10 @@ Factory::BasicOptions basicOptions(const Arguments& arguments) {
 }
 
 std::optional<Factory::ImageOptions> imageOptions(const Arguments& arguments) {
-  const bool isAsked = std::ranges::any_of(imageOptionNames, [&](const char* name) { return arguments.has(name); });
-  if (!isAsked) return std::nullopt;
+  const bool isAny = std::ranges::any_of(imageOptionNames, [&](const char* name) { return arguments.has(name); });
+  if (!isAny) return std::nullopt;
   for (const char* const name : {"snapshot", "max-width"}) {
-    if (!arguments.has(name)) throw UsageError("images need --" + std::string(name) + " as well");
+    if (!arguments.has(name)) throw UsageError("images also need --" + std::string(name));
   }
   std::vector<float> locations;
   for (const std::string& text : arguments.given.at("snapshot")) locations.push_back(readNumber("snapshot", text));
@@ -75,24 +75,27 @@ std::optional<Factory::CustodialOptions> custodialOptions(const Arguments& argum
   if (!text) return std::nullopt;
   const auto number = integerFromText(*text);
   if (!number || *number < Limits::min() || *number > Limits::max()) {
-    throw UsageError("--parent-pid takes a process identifier, and not " + inQuotes(*text));
+    throw UsageError(inQuotes(*text) + " is not a process identifier for --parent-pid; expected a whole number");
   }
   return Factory::custodialOptions(static_cast<std::int32_t>(*number));
 }
 
-/// What would make the tool read something else, or else what it could not work with.
-std::vector<std::string> refusalsOf(const Factory::BasicOptions& basic,
-                                    const std::optional<Factory::ImageOptions>& image,
-                                    std::span<const MediaAnalysisCLIOptions* const> all) {
-  std::vector<std::string> refusals;
-  for (const MediaAnalysisCLIOptions* const options : all) {
-    for (const MediaAnalysisCLILoss& loss : lossesInReading(*options)) refusals.push_back(loss.message());
-  }
-  if (!refusals.empty()) return refusals;
-  for (const MediaAnalysisCLIError error : missingOptions(basic)) refusals.emplace_back(description(error));
-  if (!image) return refusals;
-  for (const MediaAnalysisCLIImageError error : errorsOf(*image)) refusals.emplace_back(description(error));
-  return refusals;
+/// The messages of all `errors`, or of warnings that count as errors here.
+template <typename Errors>
+void appendMessages(std::vector<std::string>& messages, const Errors& errors) {
+  for (const auto& error : errors) messages.push_back(error.message());
+}
+
+/// Why the vector is not written: options that would not read back, or else options that are missing.
+std::vector<std::string> errorMessagesOf(const Factory::BasicOptions& basic,
+                                         const std::optional<Factory::ImageOptions>& image,
+                                         std::span<const MediaAnalysisCLIOptions* const> all) {
+  std::vector<std::string> messages;
+  for (const MediaAnalysisCLIOptions* const options : all) appendMessages(messages, warningsOfWriting(*options));
+  if (!messages.empty()) return messages;
+  appendMessages(messages, errorsOfMissingOptions(basic));
+  if (image) appendMessages(messages, errorsOf(*image));
+  return messages;
 }
 
 Status printAnalysisVector(const Arguments& arguments) {
@@ -103,11 +106,11 @@ Status printAnalysisVector(const Arguments& arguments) {
   if (image) all.push_back(&*image);
   if (custodial) all.push_back(&*custodial);
 
-  std::string message;
-  for (const std::string& refusal : refusalsOf(basic, image, all)) {
-    message += (message.empty() ? "" : "\nmeridian: ") + refusal;
+  std::string text;
+  for (const std::string& message : errorMessagesOf(basic, image, all)) {
+    text += (text.empty() ? "" : "\nmeridian: ") + message;
   }
-  if (!message.empty()) throw CommandError(message);
+  if (!text.empty()) throw CommandError(text);
 
   std::vector<std::string> vector;
   for (const MediaAnalysisCLIOptions* const options : all) {
@@ -117,21 +120,21 @@ Status printAnalysisVector(const Arguments& arguments) {
   return done;
 }
 
-/// A vector as it is read, with all that is wrong with it.
+/// A vector as the tool reads it, with all errors.
 struct CheckedVector {
   MediaAnalysisCLIReading read;
-  std::vector<MediaAnalysisCLIFault> errors;
-  std::vector<MediaAnalysisCLIImageError> imageErrors;
+  std::vector<MediaAnalysisBasicOptionsError> errors;
+  std::vector<MediaAnalysisImageOptionsError> imageErrors;
 
   explicit CheckedVector(std::span<const std::string_view> words)
-      : read(readMediaAnalysisArguments(words)), errors(faultsOf(read.basic)) {
+      : read(readMediaAnalysisArguments(words)), errors(errorsOf(read.basic)) {
     if (read.image) imageErrors = errorsOf(*read.image);
   }
 
-  [[nodiscard]] bool isSound() const { return errors.empty() && imageErrors.empty() && read.remarks.empty(); }
+  [[nodiscard]] bool isFlawless() const { return errors.empty() && imageErrors.empty() && read.warnings.empty(); }
 };
 
-/// As the number that was written, not as the float's exact value.
+/// The number as it is written in the vector ("0.1"), not the float's exact value as a double (0.10000000149...).
 Json asJson(float number) { return *doubleFromText(shortestDecimalText(number)); }
 
 template <typename Value>
@@ -155,24 +158,29 @@ Json asJson(const Factory::ImageOptions& image) {
           {"lutToApply", orNull(image.lutToApply())}};
 }
 
+template <ErrorCode Code>
+Json asJson(const std::vector<Error<Code>>& errors) {
+  Json list = Json::array();
+  for (const Error<Code>& error : errors) {
+    list.push_back({{"code", rawValue(error.code)}, {"place", error.place}, {"message", error.message()}});
+  }
+  return list;
+}
+
+Json asJson(const std::vector<MediaAnalysisCLIWarning>& warnings) {
+  Json list = Json::array();
+  for (const MediaAnalysisCLIWarning& warning : warnings) {
+    list.push_back({{"code", rawValue(warning.code)},
+                    {"place", warning.place},
+                    {"value", orNull(warning.value)},
+                    {"suggestion", orNull(warning.suggestion())},
+                    {"message", warning.message()}});
+  }
+  return list;
+}
+
 Json asJson(const CheckedVector& checked) {
-  const auto& [read, faults, imageFaults] = checked;
-  Json errors = Json::array();
-  for (const MediaAnalysisCLIFault& fault : faults) {
-    errors.push_back({{"error", rawValue(fault.error)}, {"path", fault.path}, {"message", fault.message()}});
-  }
-  Json imageErrors = Json::array();
-  for (const MediaAnalysisCLIImageError error : imageFaults) {
-    imageErrors.push_back({{"error", rawValue(error)}, {"message", message(error)}});
-  }
-  Json remarks = Json::array();
-  for (const MediaAnalysisCLIRemark& remark : read.remarks) {
-    remarks.push_back({{"remark", rawValue(remark.kind)},
-                       {"flag", remark.flag},
-                       {"value", orNull(remark.value)},
-                       {"suggestion", orNull(remark.suggestion())},
-                       {"message", remark.message()}});
-  }
+  const MediaAnalysisCLIReading& read = checked.read;
   const std::vector<std::string> paths(read.basic.pathsToAnalyze().begin(), read.basic.pathsToAnalyze().end());
   return {{"basic",
            {{"pathsToAnalyze", paths},
@@ -184,9 +192,15 @@ Json asJson(const CheckedVector& checked) {
           {"custodial",
            {{"parentPid", orNull(read.custodial.parentPid())},
             {"parentAppNumber", orNull(read.custodial.parentAppNumber())}}},
-          {"errors", errors},
-          {"imageErrors", imageErrors},
-          {"remarks", remarks}};
+          {"errors", asJson(checked.errors)},
+          {"imageErrors", asJson(checked.imageErrors)},
+          {"warnings", asJson(read.warnings)}};
+}
+
+void printMessages(std::string_view heading, Style style, const std::vector<std::string>& messages) {
+  if (messages.empty()) return;
+  std::cout << '\n' << styled(Style::heading, heading) << '\n';
+  for (const std::string& message : messages) std::cout << "  " << styled(style, message) << '\n';
 }
 
 void printForPeople(const CheckedVector& checked) {
@@ -204,37 +218,33 @@ void printForPeople(const CheckedVector& checked) {
   std::cout << styled(Style::heading, "Read as") << '\n';
   printTable(rows);
 
-  if (checked.isSound()) {
-    std::cout << '\n' << styled(Style::good, "No errors") << '\n';
+  if (checked.isFlawless()) {
+    std::cout << '\n' << styled(Style::good, "No errors and no warnings") << '\n';
     return;
   }
-  if (!checked.errors.empty() || !checked.imageErrors.empty()) {
-    std::cout << '\n' << styled(Style::heading, "Errors") << '\n';
-    for (const auto& fault : checked.errors) std::cout << "  " << styled(Style::bad, fault.message()) << '\n';
-    for (const auto error : checked.imageErrors) std::cout << "  " << styled(Style::bad, message(error)) << '\n';
-  }
-  if (!checked.read.remarks.empty()) {
-    std::cout << '\n' << styled(Style::heading, "Not read") << '\n';
-    for (const auto& remark : checked.read.remarks) {
-      std::cout << "  " << styled(Style::warning, remark.message()) << '\n';
-    }
-  }
+  std::vector<std::string> errors;
+  appendMessages(errors, checked.errors);
+  appendMessages(errors, checked.imageErrors);
+  printMessages("Errors", Style::bad, errors);
+  std::vector<std::string> warnings;
+  appendMessages(warnings, checked.read.warnings);
+  printMessages("Warnings", Style::warning, warnings);
 }
 
 Status checkAnalysisVector(const Arguments& arguments) {
-  const auto refuseOption = [&arguments](const char* name) {
-    if (arguments.has(name)) throw UsageError("--check reads a vector and takes no --" + std::string(name));
+  const auto requireAbsent = [&arguments](const char* name) {
+    if (arguments.has(name)) throw UsageError("--check reads a vector and cannot be used with --" + std::string(name));
   };
-  std::ranges::for_each(otherOptionNames, refuseOption);
-  std::ranges::for_each(imageOptionNames, refuseOption);
+  std::ranges::for_each(otherOptionNames, requireAbsent);
+  std::ranges::for_each(imageOptionNames, requireAbsent);
   const CheckedVector checked(arguments.words);
   if (arguments.has("json")) {
-    warnOfInvalidText(arguments.words, "Without --json they are shown in the form \\xff");
+    warnOfInvalidText(arguments.words, "Without --json, such bytes are shown as \\xff");
     printJson(asJson(checked));
   } else {
     printForPeople(checked);
   }
-  return checked.isSound() ? done : failed;
+  return checked.isFlawless() ? done : failed;
 }
 
 std::vector<std::string> analysisFlags() {
@@ -253,53 +263,49 @@ Subcommand analysisArgsCommand() {
       .name = "analysis-args",
       .description = "Print the media-analysis tool's argument vector, or check one",
       .details =
-          "--path, --work-dir and --results are needed, and --snapshot and --max-width for images. The paths need not\n"
-          "exist. What the tool would not read as it is given, such as a path that begins with \"-\", is refused with\n"
-          "status 1. With --check the words behind \"--\" are read as the tool reads them; the exit status is 1 when\n"
-          "there is an error or a word that is not read. Nothing is created.",
+          "--path, --work-dir and --results are required, and --snapshot and --max-width for images. The paths need\n"
+          "not exist. Options that the tool would not read as they are, such as a path that begins with \"-\", are\n"
+          "errors. With --check, the words after \"--\" are read as the tool reads them, and the exit status is 1 if\n"
+          "there is an error or a warning. No file is created.",
       .example =
           "meridian analysis-args --path /card/a.mov --work-dir /tmp --results /out/a.json --deep\n"
           "meridian analysis-args --check -- -pathToAnalyze /card/a.mov -workDirectory /tmp",
       .takesWords = true,
       .wordsOption = "check",
       .wordFlags = analysisFlags(),
-      .options = {{.kind = value,
-                   .name = "path",
-                   .help = "The media to analyze",
-                   .valueName = "PATH",
-                   .repeated = true,
-                   .path = true},
-                  {.kind = value,
-                   .name = "work-dir",
-                   .help = "A folder for scratch files",
-                   .valueName = "FOLDER",
-                   .path = true},
-                  {.kind = value,
-                   .name = "results",
-                   .help = "The file that the results are written to",
-                   .valueName = "FILE",
-                   .path = true},
-                  {value, "id", "The identifier of the run", "TEXT"},
-                  {flag, "deep", "Ask for the deep analysis"},
-                  {.kind = value,
-                   .name = "snapshot",
-                   .help = "The positions to take images at",
-                   .valueName = "POSITION",
-                   .repeated = true},
-                  {value, "max-width", "The largest width of an image", "WIDTH"},
-                  {value, "height", "The height of every image", "HEIGHT"},
-                  {value, "compression", "The compression factor of the images", "FACTOR"},
-                  {flag, "finder-images", "Let the desktop's file browser show the images"},
-                  {.kind = value,
-                   .name = "lut",
-                   .help = "A look-up table to lead the images through",
-                   .valueName = "FILE",
-                   .path = true},
-                  {value, "parent-pid", "The process identifier of the application that starts the tool", "NUMBER"},
-                  {flag, "check", "Read the vector behind \"--\" and report its errors"},
-                  {flag, "json",
-                   "Print a JSON list; with --check: basic, image, custodial, errors, imageErrors, remarks"},
-                  {flag, "null", "End each element with a NUL, for xargs -0; an element may hold line ends"}},
+      .options =
+          {{.kind = value,
+            .name = "path",
+            .help = "The media to analyze",
+            .valueName = "PATH",
+            .repeated = true,
+            .path = true},
+           {.kind = value,
+            .name = "work-dir",
+            .help = "A directory for scratch files",
+            .valueName = "DIR",
+            .path = true},
+           {.kind = value,
+            .name = "results",
+            .help = "The file to write the results to; must not exist",
+            .valueName = "FILE",
+            .path = true},
+           {value, "id", "A name for the run", "TEXT"},
+           {flag, "deep", "Request the deep analysis"},
+           {.kind = value,
+            .name = "snapshot",
+            .help = "The positions in the media to take images at",
+            .valueName = "POSITION",
+            .repeated = true},
+           {value, "max-width", "The largest width of an image, in pixels", "WIDTH"},
+           {value, "height", "The height of every image, in pixels", "HEIGHT"},
+           {value, "compression", "The compression factor of the images", "FACTOR"},
+           {flag, "finder-images", "Let the desktop's file browser show the images"},
+           {.kind = value, .name = "lut", .help = "A LUT to apply to the images", .valueName = "FILE", .path = true},
+           {value, "parent-pid", "The process identifier of the application that starts the tool", "NUMBER"},
+           {flag, "check", "Read the vector after \"--\" and report its errors"},
+           {flag, "json", "Print a JSON list; with --check: basic, image, custodial, errors, imageErrors, warnings"},
+           {flag, "null", "End each element with a NUL instead of a newline, for xargs -0"}},
       .exclusive = {"json", "null"},
       .action =
           [](const Arguments& arguments) {

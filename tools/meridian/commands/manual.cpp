@@ -1,4 +1,4 @@
-// meridian manual: the manual page, made from the command's own definitions.
+// meridian manual: the manual page, generated from the definitions of the subcommands.
 #include <iostream>
 
 #include "meridian/version.h"
@@ -7,7 +7,7 @@
 namespace meridian::command {
 namespace {
 
-/// Text as roff takes it literally.
+/// The text with everything escaped that roff would interpret.
 std::string roff(std::string_view text) {
   std::string result;
   for (const char c : text) {
@@ -64,9 +64,10 @@ void printManual() {
     printSynopsis(subcommands[place]);
   }
   std::cout << ".SH DESCRIPTION\nShows and applies the rules by which the suite's applications write and read their\n"
-            << "settings. Words behind the first " << bold("--") << " are an argument vector: the transcoder's, where\n"
-            << "nothing else is said.\n"
-            << "Called with nothing, " << bold("meridian") << " shows a demonstration.\n.SH COMMANDS\n";
+            << "settings. The words after the first " << bold("--")
+            << " are an argument vector of the transcoder, unless\n"
+            << "a command says otherwise.\n"
+            << "Without arguments, " << bold("meridian") << " shows a demonstration.\n.SH COMMANDS\n";
   for (const Subcommand& subcommand : subcommands) {
     std::cout << ".SS meridian " << roff(subcommand.fullName()) << '\n' << roff(subcommand.description) << ".\n";
     if (!subcommand.details.empty()) std::cout << roff(subcommand.details) << '\n';
@@ -74,9 +75,9 @@ void printManual() {
     std::cout << ".PP\nExample:\n";
     printExample(subcommand.example);
   }
-  std::cout << ".PP\nEach command takes " << bold("--help") << ", and " << bold("meridian --version")
+  std::cout << ".PP\nEach command accepts " << bold("--help") << ", and " << bold("meridian --version")
             << " prints the version.\n.SH ENVIRONMENT\n.TP\n"
-            << bold("NO_COLOR") << "\nNo colours are written while it is set, even to nothing.\n";
+            << bold("NO_COLOR") << "\nIf it is set, even to the empty text, no colours are written.\n";
   std::cout << ".SH EXIT STATUS\n" << roff(exitStatuses) << ".\n.SH EXAMPLES\n";
   printExample(mainExample);
 }

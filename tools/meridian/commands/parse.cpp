@@ -11,7 +11,7 @@ Status parse(const Arguments& arguments) {
   const TranscodeCliArguments store(arguments.words, arguments.has("keep-order"));
   warnOfInvalidText(arguments.words);
   printJson(store);
-  return arguments.has("strict") && reportRejected(store) ? failed : done;
+  return arguments.has("strict") && reportUnknownFlags(store) ? failed : done;
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 
 Status render(const Arguments& arguments) {
   const TranscodeCliArguments store(arguments.words, arguments.has("keep-order"));
-  reportRejected(store);
+  reportUnknownFlags(store);
   if (arguments.has("cli-string")) {
     std::cout << store.cliString() << '\n';
     return done;

@@ -164,7 +164,7 @@ Status setProperties(const Arguments& arguments) {
   TranscodeCliArguments store(arguments.words, arguments.has("keep-order"));
   assignAll(store, arguments.given.at("assignments"));
   checkReading(store);
-  reportRejected(store);
+  reportUnknownFlags(store);
   for (const DroppedWord& dropped : explain(arguments.words).droppedWords) {
     std::cerr << "meridian: dropped: \"" << printable(dropped.word) << "\" belongs to no flag\n";
   }
