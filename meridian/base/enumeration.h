@@ -1,20 +1,29 @@
-// Closed enumerations with texts: each has one table, and the functions here read every table alike.
+/// \file
+/// Closed enumerations with texts. Each has one table, which the functions here read. For example:
+///
+///     enum class Shade : std::uint8_t { light, dark };
+///     template <>
+///     struct EnumerationTable<Shade> {
+///       static constexpr auto rows =
+///           std::to_array<EnumerationRow<Shade>>({{Shade::light, "light"}, {Shade::dark, "dark", "Dark grey"}});
+///     };
+///     rawValue(Shade::dark);         // "dark"
+///     description(Shade::dark);      // "Dark grey"
+///     fromRawValue<Shade>("light");  // Shade::light
 #pragma once
 
 #include <array>
 #include <concepts>
 #include <cstddef>
 #include <optional>
-#include <span>
 #include <string_view>
 #include <type_traits>
-#include <utility>
 
 #include "meridian/base/text_index.h"
 
 namespace meridian::inline v0_2 {
 
-/// One line of an enumeration's table. `description` is the display text; where it is empty, the raw value serves.
+/// One line of an enumeration's table. `description` is the display text; if it is empty, the raw value is displayed.
 template <typename Enumeration>
 struct EnumerationRow {
   Enumeration value;
@@ -22,11 +31,12 @@ struct EnumerationRow {
   std::string_view description = {};
 };
 
-/// Specialised for each enumeration with a member `rows`: an array of all cases in declaration order, whose elements
-/// have at least the members of EnumerationRow.
+/// The table of an enumeration. Specialise it with a member `rows`: an array of all cases in declaration order, whose
+/// elements have at least the members of EnumerationRow. Another order, or a raw value twice, does not compile.
 template <typename Enumeration>
 struct EnumerationTable;
 
+/// Any enumeration that has a table.
 template <typename Type>
 concept TabledEnumeration = std::is_enum_v<Type> && requires { EnumerationTable<Type>::rows; };
 
@@ -51,7 +61,7 @@ consteval auto indexOfTable() {
   for (std::size_t place = 0; place < texts.size(); ++place) {
     texts[place] = EnumerationTable<Enumeration>::rows[place].rawValue;
   }
-  return TextIndex<texts.size()>{std::span<const std::string_view, texts.size()>(texts)};
+  return TextIndex(texts);
 }
 
 template <TabledEnumeration Enumeration>
@@ -62,25 +72,25 @@ inline constexpr auto rawValueIndex = indexOfTable<Enumeration>();
 
 }  // namespace detail
 
-/// All cases in declaration order.
+/// Returns all cases in declaration order.
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr const auto& allCases() noexcept {
   return detail::cases<Enumeration>;
 }
 
-/// The case's line of the table, with all that the table says of it.
+/// Returns the case's line of the table, with all its columns.
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr const auto& tableRow(Enumeration value) noexcept {
   return EnumerationTable<Enumeration>::rows[static_cast<std::size_t>(value)];
 }
 
-/// The case's raw value, as it is written and stored.
+/// Returns the case's raw value, the text in which it is written and stored.
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr std::string_view rawValue(Enumeration value) noexcept {
   return tableRow(value).rawValue;
 }
 
-/// The case with exactly this raw value; absent when there is none. Takes the same time for every text.
+/// Returns the case with exactly this raw value; absent if there is none. O(1).
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr std::optional<Enumeration> fromRawValue(std::string_view text) noexcept {
   const auto place = detail::rawValueIndex<Enumeration>.find(text);
@@ -88,7 +98,7 @@ template <TabledEnumeration Enumeration>
   return detail::cases<Enumeration>[*place];
 }
 
-/// The case's display text in the source language.
+/// Returns the case's display text in the source language, English.
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr std::string_view description(Enumeration value) noexcept {
   const auto& row = tableRow(value);

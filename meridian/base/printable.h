@@ -1,4 +1,7 @@
-// Text from outside in a form that is safe to show on a terminal and in a log line.
+/// \file
+/// Makes text from outside safe to show on a terminal and in a log line. For example:
+///
+///     inQuotes("clip\n\x1b[31m.mov");  // "\"clip\\n\\x1b[31m.mov\"", on one line and without a colour change
 #pragma once
 
 #include <string>
@@ -8,12 +11,12 @@
 
 namespace meridian::inline v0_2 {
 
-/// The text with every control character (C0, DEL, C1), every mark that reorders a line's direction or cannot be seen,
-/// and every byte that is not valid UTF-8 written as "\x1b" or "\u{202e}", and "\n", "\r", "\t" for those three. A
-/// backslash stays as it is: the result is for reading, not for reading back.
+/// Escapes every control character (C0, DEL, C1), every invisible character or mark that changes a line's direction,
+/// and every byte that is not valid UTF-8, as "\x1b" or "\u{202e}"; newline, carriage return and tab as "\n", "\r",
+/// "\t". A backslash is not escaped: the result is for people and cannot be parsed back.
 [[nodiscard]] MERIDIAN_API std::string printable(std::string_view text);
 
-/// Returns the text in quotation marks, made printable: how every message quotes what a user wrote.
+/// Returns the printable text in quotation marks, the form in which every message quotes what a user wrote.
 [[nodiscard]] MERIDIAN_API std::string inQuotes(std::string_view text);
 
 }  // namespace meridian::inline v0_2

@@ -26,9 +26,9 @@ std::uint64_t wordAt(const char* text) noexcept {
   return word;
 }
 
-/// Lower-cases eight ASCII characters. Adding to a byte sets its high bit from a given character on; the bits that are
-/// set from "A" on and not from "[" on mark the capitals, and two places further down are the bit that makes them
-/// small.
+/// Lower-cases eight ASCII characters. An addition sets a byte's high bit if the character is "A" or greater, another
+/// one if it is greater than "Z"; where only the first is set, the character is a capital, and the high bit shifted by
+/// two is the bit 0x20 that turns it into a small letter.
 constexpr std::uint64_t asciiLower(std::uint64_t word) noexcept {
   const std::uint64_t fromA = word + everyByte(0x80 - 'A');
   const std::uint64_t beyondZ = word + everyByte(0x80 - 'Z' - 1);
@@ -86,8 +86,8 @@ std::string mapped(std::string_view text, Mapping appendMapped) {
   return result;
 }
 
-/// The text lower-cased if it is all ASCII, and otherwise mapped. Nearly every text is ASCII, so it is lower-cased on
-/// the way to finding out.
+/// The text lower-cased if it is all ASCII, and otherwise mapped. Nearly every text is ASCII, so it is lower-cased
+/// while that is found out.
 template <typename Mapping>
 std::string lowerOrMapped(std::string_view text, Mapping appendMapped) {
   std::string result(text);
@@ -101,7 +101,7 @@ std::string lowerOrMapped(std::string_view text, Mapping appendMapped) {
   const std::size_t size = result.size();
   if (size >= wordSize) {
     for (std::size_t at = 0; at + wordSize <= size; at += wordSize) lowerWord(result.data() + at);
-    // The last characters once more, together with some that are done already.
+    // The last word overlaps the one before; lower-casing twice changes nothing.
     if (size % wordSize != 0) lowerWord(result.data() + size - wordSize);
   } else {
     for (char& c : result) {
@@ -131,8 +131,8 @@ void appendCaseFolded(std::string& text, utf8proc_int32_t character) {
   for (utf8proc_ssize_t i = 0; i < count; ++i) append(text, folded[static_cast<std::size_t>(i)]);
 }
 
-/// The text as one number a unit, so that a search can neither begin nor end inside a character: a character's code
-/// point, or for a byte outside any character a number above all code points.
+/// The text as one number for each unit, so that a match cannot begin or end inside a character: a character's code
+/// point, or for a byte that is not part of a character a number above all code points.
 std::u32string units(std::string_view text) {
   constexpr char32_t firstBeyondUnicode = 0x110000;
   std::u32string result;

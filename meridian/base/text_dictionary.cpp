@@ -29,12 +29,12 @@ const std::string* TextDictionary::find(std::string_view key) const noexcept {
   return place == none ? nullptr : &slots_[place].entry.value;
 }
 
-std::size_t TextDictionary::slotOf(std::string_view key) const noexcept {
+std::optional<std::size_t> TextDictionary::slotOf(std::string_view key) const noexcept {
   const Place place = placeOf(key, hashOf(key));
-  return place == none ? slotCount() : place;
+  return place == none ? std::nullopt : std::optional<std::size_t>(place);
 }
 
-// Replaces the value in place, or inserts the entry. Texts that are handed over are moved.
+// Replaces the value, or inserts the entry. Moves from temporary strings.
 template <typename Key, typename Value>
 void TextDictionary::store(Key&& key, Value&& value) {
   const std::uint64_t hash = hashOf(key);
@@ -74,9 +74,9 @@ bool TextDictionary::erase(std::string_view key) noexcept {
 }
 
 void TextDictionary::eraseIf(FunctionRef<bool(const Entry&)> predicate) {
-  // One pass over the whole costs less than many removals, and leaves no free slots behind.
+  // Moving what is kept is faster than many removals, and leaves no free slots.
   TextDictionary kept;
-  kept.reserve(size_);  // before anything is moved, so that a failure leaves the dictionary as it was
+  kept.reserve(size_);  // allocates before anything is moved, so that a failure changes nothing
   for (Place place = first_; place != none; place = slots_[place].next) {
     Slot& slot = slots_[place];
     if (predicate(slot.entry)) continue;
@@ -93,7 +93,7 @@ void TextDictionary::reserve(std::size_t count) {
 
 TextDictionary::Place TextDictionary::placeOf(std::string_view key, std::uint64_t hash) const noexcept {
   if (!hasBuckets()) {
-    // Flags that are equally long mostly differ in their last letter; that spares most comparisons.
+    // Flags of the same length mostly differ in their last letter, which is compared first.
     const auto isKey = [key](std::string_view other) {
       return other.size() == key.size() && (key.empty() || (other.back() == key.back() && other == key));
     };
@@ -110,7 +110,7 @@ TextDictionary::Place TextDictionary::placeOf(std::string_view key, std::uint64_
 }
 
 void TextDictionary::insert(std::string&& key, std::string&& value, std::uint64_t hash) {
-  // All that can fail comes first, so that a failure leaves the dictionary as it was.
+  // Everything that can throw comes first, so that a failure changes nothing.
   const bool grows = hasBuckets() ? 2 * (size_ + 1) > buckets_.size() : size_ + 1 > mostWithoutBuckets;
   if (grows) {
     rebuildBuckets(std::bit_ceil(4 * (size_ + 1)));
@@ -156,7 +156,8 @@ void TextDictionary::leaveBucket(Place place) noexcept {
   std::size_t hole = slots_[place].hash & mask;
   while (buckets_[hole] != place) hole = (hole + 1) & mask;
 
-  // Moves each later entry of the run into the hole, if it may stand there, so that no search stops too early.
+  // Closes the hole with a later entry of the run whose search passes it, and so on with the hole which that one
+  // leaves, since a search ends at the first empty bucket.
   for (std::size_t bucket = (hole + 1) & mask; buckets_[bucket] != none; bucket = (bucket + 1) & mask) {
     const std::size_t home = slots_[buckets_[bucket]].hash & mask;
     if (((bucket - home) & mask) >= ((bucket - hole) & mask)) {

@@ -1,4 +1,10 @@
-// A dictionary from text to text that keeps its entries in the order in which their keys came in.
+/// \file
+/// A dictionary from text to text that keeps its entries in the order in which their keys were first stored. For
+/// example:
+///
+///     TextDictionary dictionary{{"-out", "/a.mov"}, {"-vr", "25"}};
+///     dictionary.set("-out", "/b.mov");                               // keeps its place
+///     for (const auto& [key, value] : dictionary) print(key, value);  // -out /b.mov, -vr 25
 #pragma once
 
 #include <concepts>
@@ -6,6 +12,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <iterator>
+#include <optional>
 #include <ranges>
 #include <string>
 #include <string_view>
@@ -17,11 +24,12 @@
 
 namespace meridian::inline v0_2 {
 
-/// A dictionary from text to text. Iterating visits the entries in the order in which their keys were first stored;
-/// storing under a key that is present keeps its place. Looking up, storing and removing take constant time on average,
-/// whoever chose the keys. Keys are compared byte for byte. Holds up to 2^32 - 2 entries.
+/// A dictionary from text to text. Iterating visits the entries in the order in which their keys were first stored; a
+/// key that is stored again keeps its place. Keys are compared byte for byte. Looking up, storing and removing are O(1)
+/// on average, even if the keys were chosen to collide. Holds up to 2^32 - 2 entries; one more throws
+/// std::length_error. An operation that throws leaves the dictionary unchanged.
 ///
-/// Views of keys and values, and iterators, stay valid until the dictionary is changed.
+/// Views of keys and values, and iterators, are valid until the dictionary is changed.
 class MERIDIAN_API TextDictionary {
  public:
   struct Entry {
@@ -33,9 +41,9 @@ class MERIDIAN_API TextDictionary {
   using const_iterator = Iterator;
 
   TextDictionary() noexcept = default;
-  /// Stores the pairs in order; of pairs with one key the last one's value stays.
+  /// Stores the pairs in order; of pairs with the same key, the last value wins.
   TextDictionary(std::initializer_list<std::pair<std::string_view, std::string_view>> pairs);
-  /// Stores the pairs of any range of two texts, such as a std::map, in the range's order.
+  /// Stores the pairs of any range of pairs of texts, such as a std::map, in the range's order.
   template <std::ranges::input_range Pairs>
   [[nodiscard]] static TextDictionary fromPairs(const Pairs& pairs) {
     TextDictionary dictionary;
@@ -54,64 +62,68 @@ class MERIDIAN_API TextDictionary {
   ~TextDictionary() = default;
   void swap(TextDictionary& other) noexcept;
 
+  /// Returns the number of entries.
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
   [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
 
-  /// The value under the key; null when the key is not stored.
+  /// Returns the value stored under the key; null if the key is not stored.
   [[nodiscard]] const std::string* find(std::string_view key) const noexcept;
   [[nodiscard]] bool contains(std::string_view key) const noexcept { return find(key) != nullptr; }
 
   /// Stores the value under the key, replacing an earlier value.
   void set(std::string_view key, std::string_view value);
-  /// The same with a value that is taken over.
+  /// Moves the value in.
   template <std::same_as<std::string> Text>
   void set(std::string_view key, Text&& value) {
     setTaken(key, std::forward<Text>(value));
   }
-  /// The same for two temporary strings, which are taken over.
+  /// Moves the key and the value in.
   template <std::same_as<std::string> Text>
   void set(Text&& key, Text&& value) {
     setMoved(std::forward<Text>(key), std::forward<Text>(value));
   }
-  /// Stores the value unless the key is present; says whether it did.
+  /// Stores the value if the key is not stored yet. Returns true if it did.
   bool setIfAbsent(std::string key, std::string value);
-  /// Removes the entry; says whether there was one.
+  /// Removes the entry. Returns true if there was one.
   bool erase(std::string_view key) noexcept;
-  /// Removes every entry for which the predicate holds. The predicate is asked once an entry, in order, and must not
+  /// Removes every entry for which the predicate returns true. Calls it once for each entry, in order; it must not
   /// throw.
   void eraseIf(FunctionRef<bool(const Entry&)> predicate);
+  /// Removes all entries and frees the memory.
   void clear() noexcept { TextDictionary().swap(*this); }
-  /// Makes room for this many entries.
+  /// Allocates memory for this many entries.
   void reserve(std::size_t count);
 
-  /// Entries in order.
+  /// Iterate over the entries in order.
   [[nodiscard]] Iterator begin() const noexcept;
   [[nodiscard]] Iterator end() const noexcept;
-  /// The place of an entry's key among `slotCount()` numbers, as long as the dictionary is not changed; the number
-  /// `slotCount()` itself when the key is not stored. For callers that tick entries off.
-  [[nodiscard]] std::size_t slotOf(std::string_view key) const noexcept;
+  /// Returns a number below `slotCount()` that identifies the key's entry until the dictionary is changed, so that a
+  /// caller can mark entries in a vector; absent if the key is not stored.
+  [[nodiscard]] std::optional<std::size_t> slotOf(std::string_view key) const noexcept;
+  /// Returns the number of slots, at least `size()`: removing an entry leaves its slot free until it is used again.
   [[nodiscard]] std::size_t slotCount() const noexcept { return slots_.size(); }
+  /// Returns the entry in a slot that `slotOf` or an iterator returned; undefined for any other slot.
   [[nodiscard]] const Entry& entryAt(std::size_t slot) const noexcept { return slots_[slot].entry; }
 
-  /// Whether both hold the same values under the same keys, in whatever order.
+  /// Returns true if both have the same keys with the same values, in any order.
   MERIDIAN_API friend bool operator==(const TextDictionary& left, const TextDictionary& right) noexcept;
 
  private:
   using Place = std::uint32_t;
   static constexpr Place none = UINT32_MAX;
 
-  // The slots form a linked list in the entries' order, so that removing one moves nothing. A free slot is out of the
-  // list and its `next` leads to the next free one.
+  // The slots form a linked list in the order of the entries, so that removing one moves no other. A free slot is not
+  // in that list; its `next` is the next free slot.
   struct Slot {
     Slot(std::string&& key, std::string&& value) noexcept : entry{std::move(key), std::move(value)} {}
 
     Entry entry;
-    std::uint64_t hash = 0;  // only while there are buckets
+    std::uint64_t hash = 0;  // of the key; only set while there are buckets
     Place previous = none;
     Place next = none;
   };
 
-  // A dictionary of few entries has no buckets: looking at each key costs less than hashing one.
+  // A small dictionary has no buckets: comparing every key is faster than hashing one.
   static constexpr std::size_t mostWithoutBuckets = 16;
   [[nodiscard]] bool hasBuckets() const noexcept { return !buckets_.empty(); }
   void setMoved(std::string&& key, std::string&& value);
@@ -126,14 +138,14 @@ class MERIDIAN_API TextDictionary {
   void leaveBucket(Place place) noexcept;
 
   std::vector<Slot> slots_;
-  std::vector<Place> buckets_;  // open addressing; none, or a power of two, at most half full
+  std::vector<Place> buckets_;  // open addressing with linear probing; empty, or a power of two, at most half full
   Place first_ = none;
   Place last_ = none;
   Place free_ = none;
   std::size_t size_ = 0;
 };
 
-/// A forward iterator over a dictionary's entries.
+/// A forward iterator over a dictionary's entries, in their order.
 class TextDictionary::Iterator {
  public:
   using iterator_category = std::forward_iterator_tag;
@@ -154,7 +166,7 @@ class TextDictionary::Iterator {
     ++*this;
     return before;
   }
-  /// The entry's number as `slotOf` gives it.
+  /// Returns the entry's slot, as `slotOf` does for its key.
   [[nodiscard]] std::size_t slot() const noexcept { return place_; }
   friend bool operator==(const Iterator& left, const Iterator& right) noexcept { return left.place_ == right.place_; }
 

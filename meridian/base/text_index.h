@@ -1,4 +1,8 @@
-// A fixed list of texts, indexed at compile time: finding a text costs one hash, however long the list is.
+/// \file
+/// A fixed list of texts, indexed at compile time; finding a text is O(1). For example:
+///
+///     constexpr TextIndex index(std::to_array<std::string_view>({"mov", "mxf"}));
+///     static_assert(index.find("mxf") == 1 && !index.find("mp4"));
 #pragma once
 
 #include <algorithm>
@@ -7,28 +11,25 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string_view>
 
 namespace meridian::inline v0_2 {
 
-/// The places of `Count` different texts in their list. A list with a text twice does not compile.
+/// Finds the place of a text in a list of `Count` texts. A list that contains a text twice does not compile.
 template <std::size_t Count>
 class TextIndex {
  public:
-  consteval explicit TextIndex(std::span<const std::string_view, Count> texts) {
+  /// Indexes the texts, which must outlive the index.
+  consteval explicit TextIndex(const std::array<std::string_view, Count>& texts) : texts_(texts) {
     for (std::size_t place = 0; place < Count; ++place) {
-      texts_[place] = texts[place];
+      if (find(texts[place])) throw "the list contains a text twice";
       std::size_t bucket = hash(texts[place]) % bucketCount;
-      while (buckets_[bucket] != 0) {
-        if (texts_[buckets_[bucket] - 1] == texts[place]) throw "a text stands twice in the list";
-        bucket = (bucket + 1) % bucketCount;
-      }
+      while (buckets_[bucket] != 0) bucket = (bucket + 1) % bucketCount;
       buckets_[bucket] = static_cast<std::uint16_t>(place + 1);
     }
   }
 
-  /// The place of the text in the list; absent when the list does not hold exactly this text.
+  /// Returns the place of the text in the list, from 0; absent if the list does not contain exactly this text.
   [[nodiscard]] constexpr std::optional<std::size_t> find(std::string_view text) const noexcept {
     for (std::size_t bucket = hash(text) % bucketCount; buckets_[bucket] != 0; bucket = (bucket + 1) % bucketCount) {
       const std::size_t place = buckets_[bucket] - std::size_t{1};
@@ -41,8 +42,8 @@ class TextIndex {
   static_assert(Count < UINT16_MAX);
   static constexpr std::size_t bucketCount = std::bit_ceil(2 * Count + 1);
 
-  // A sum over the length and five letters spread over the text: vocabularies are short words, and a text of a megabyte
-  // is turned away as fast as one of ten bytes. The factors are arbitrary odd numbers.
+  // Sums the length and five bytes spread over the text: the texts are short words, and a text of a megabyte costs no
+  // more than one of ten bytes. The factors are arbitrary odd numbers.
   static constexpr std::size_t hash(std::string_view text) noexcept {
     if (text.empty()) return 0;
     const auto letter = [text](std::size_t place) -> std::uint32_t {
@@ -55,7 +56,8 @@ class TextIndex {
     return sum ^ (sum >> 15);
   }
 
-  std::array<std::string_view, Count> texts_{};
+  std::array<std::string_view, Count> texts_;
+  // Open addressing: a text's place plus 1, or 0 for an empty bucket. At most half full, so every search ends.
   std::array<std::uint16_t, bucketCount> buckets_{};
 };
 

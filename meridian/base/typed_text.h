@@ -1,7 +1,13 @@
-// Typed texts: text that says in its type what it means, such as a video flag or a codec.
+/// \file
+/// Typed texts: text whose type says what it means, such as a video flag or a codec. For example:
+///
+///     struct Codec : TypedText<Codec> { using TypedText::TypedText; };
+///     inline constexpr Codec proRes422{"prores422"};
+///     Codec(given) == proRes422;  // true if `given` is "prores422", byte for byte
 #pragma once
 
 #include <compare>
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <ostream>
@@ -11,27 +17,26 @@
 
 namespace meridian::inline v0_2 {
 
-/// Base of a string-valued type with an open set of members: named constants are the known members, and any other text
-/// can be wrapped as well. Two members are equal when their texts are equal byte for byte.
+/// Base of a type with text values, of which the named constants are the known ones and any other text is allowed, too.
+/// Values are equal if their texts are equal byte for byte.
 ///
-/// A member is a view: it refers to text that lives elsewhere, for the constants in the program itself. A temporary
-/// `std::string` is refused at compile time; other text must outlive the member.
+/// A value is a view: the text of a constant is in the program itself, and any other text must outlive the value. A
+/// temporary `std::string` cannot be wrapped; it is rejected at compile time.
 template <typename Derived>
 class TypedText {
  public:
-  /// Wraps the text as it stands, known or not.
+  /// Wraps the text unchanged, known or not.
   constexpr explicit TypedText(std::string_view text) noexcept : text_(text) {}
-  constexpr explicit TypedText(const char* text) noexcept : text_(text) {}
 
-  /// A temporary string would be gone before the member is used.
+  /// Rejects a temporary string, which would be destroyed before the value is used.
   template <typename Text>
-    requires(std::is_same_v<std::remove_cv_t<Text>, std::string> && !std::is_lvalue_reference_v<Text>)
+    requires std::same_as<std::remove_const_t<Text>, std::string>
   explicit TypedText(Text&&) = delete;
 
-  /// The exact text that stands on the command line.
+  /// Returns the text exactly as it is written on the command line.
   [[nodiscard]] constexpr std::string_view rawValue() const noexcept { return text_; }
 
-  /// The raw value as a text of its own.
+  /// Returns a copy of the raw value.
   [[nodiscard]] std::string string() const { return std::string(text_); }
 
   friend constexpr bool operator==(const Derived& left, const Derived& right) noexcept {
@@ -40,20 +45,21 @@ class TypedText {
   friend constexpr std::strong_ordering operator<=>(const Derived& left, const Derived& right) noexcept {
     return left.rawValue() <=> right.rawValue();
   }
-  friend std::ostream& operator<<(std::ostream& stream, const Derived& member) { return stream << member.rawValue(); }
+  friend std::ostream& operator<<(std::ostream& stream, const Derived& value) { return stream << value.rawValue(); }
 
  private:
   std::string_view text_;
 };
 
+/// Any type of typed text.
 template <typename Type>
-concept TypedTextType = std::is_base_of_v<TypedText<Type>, Type>;
+concept TypedTextType = std::derived_from<Type, TypedText<Type>>;
 
 }  // namespace meridian::inline v0_2
 
 template <meridian::TypedTextType Type>
 struct std::hash<Type> {
-  [[nodiscard]] std::size_t operator()(const Type& member) const noexcept {
-    return std::hash<std::string_view>{}(member.rawValue());
+  [[nodiscard]] std::size_t operator()(const Type& value) const noexcept {
+    return std::hash<std::string_view>{}(value.rawValue());
   }
 };

@@ -8,7 +8,7 @@
 namespace meridian::inline v0_2 {
 
 std::string CLISanitizationOptions::sanitize(std::string_view text) const {
-  // Trimming and lower-casing do not meet: no character becomes white space, or stops being it, in lower case.
+  // Trimmed first, which gives the same: no character becomes white space, or stops being it, in lower case.
   const std::string_view kept = contains(trimWhiteSpace) ? trimmed(text) : text;
   return contains(lowercase) ? lowercased(kept) : std::string(kept);
 }

@@ -213,8 +213,8 @@ std::vector<std::string> TranscodeCliArguments::commandLineArguments() const {
   for (const std::string& flag : *stored_.orderedFlags) {
     if (expected != lookup.end() && expected->key == flag) {
       render((expected++).slot());
-    } else if (const std::size_t slot = lookup.slotOf(flag); slot != lookup.slotCount()) {
-      render(slot);
+    } else if (const auto slot = lookup.slotOf(flag)) {
+      render(*slot);
     }
   }
   for (auto entry = lookup.begin(); entry != lookup.end(); ++entry) render(entry.slot());

@@ -425,8 +425,7 @@ using AllFlagGroups =
                SAVTranscodeWatermarkTextArgumentFlag, SAVTranscodeArriLookArgumentFlag>;
 
 inline constexpr auto flagTexts = AllFlagGroups::texts();
-inline constexpr TextIndex<AllFlagGroups::flagCount> flagTextIndex{
-    std::span<const std::string_view, AllFlagGroups::flagCount>(flagTexts)};
+inline constexpr auto flagTextIndex = TextIndex(flagTexts);
 
 }  // namespace detail
 

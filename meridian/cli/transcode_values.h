@@ -59,8 +59,7 @@ consteval auto valueTexts() {
 }
 
 template <typename Value>
-inline constexpr TextIndex<valueCases<Value>.size()> valueIndex{
-    std::span<const std::string_view, valueCases<Value>.size()>(valueTexts<Value>())};
+inline constexpr auto valueIndex = TextIndex(valueTexts<Value>());
 
 }  // namespace detail
 
