@@ -1,5 +1,9 @@
-// Counts the allocations of the program, so that a benchmark can say how many a call makes and how much memory it
-// takes.
+/// \file
+/// Counts the program's allocations, so that a benchmark can report how many a call makes, and how much memory it
+/// needs. For example:
+///
+///     const bench::AllocationsPerIteration allocations(state);
+///     for (auto _ : state) benchmark::DoNotOptimize(parse(words));
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -8,15 +12,17 @@
 
 namespace meridian::bench {
 
-/// Allocations through operator new since the program began.
+/// Returns the number of allocations through operator new since the program started.
 [[nodiscard]] std::size_t allocationCount() noexcept;
 
-/// Bytes allocated and not given back, the most of them at one time since startPeak(), and the start of that count.
+/// Returns the number of bytes that are allocated now.
 [[nodiscard]] std::size_t liveBytes() noexcept;
+/// Returns the greatest number of bytes that were allocated at one time since `startPeak`.
 [[nodiscard]] std::size_t peakBytes() noexcept;
+/// Sets the peak to the bytes that are allocated now.
 void startPeak() noexcept;
 
-/// While it lives counts allocations, and at its end gives their number per iteration to the benchmark.
+/// Counts allocations during its lifetime, and adds their number per iteration to the benchmark when it is destroyed.
 class AllocationsPerIteration {
  public:
   explicit AllocationsPerIteration(benchmark::State& state) : state_(state), before_(allocationCount()) {}

@@ -1,4 +1,4 @@
-// Runs the benchmarks and, for every case that a peer does as well, prints how the peer's time compares.
+// Runs the benchmarks, and prints the ratio of the times for every case that a peer is measured in, too.
 #include <benchmark/benchmark.h>
 
 #include <iostream>
@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The usual table, and under it the ratios of "case/peer" to "case/meridian".
+/// Prints the usual table, and below it the ratio of each "case/peer" to "case/meridian".
 class RatioReporter final : public benchmark::ConsoleReporter {
  public:
   RatioReporter() : ConsoleReporter(OO_Tabular) {}
@@ -15,7 +15,7 @@ class RatioReporter final : public benchmark::ConsoleReporter {
   void ReportRuns(const std::vector<Run>& runs) override {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
-      // Of repeated runs the median counts.
+      // If runs are repeated, their median counts.
       if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median") continue;
       const std::string name = run.run_name.function_name;
       if (const std::size_t slash = name.rfind('/'); slash != std::string::npos) {
@@ -29,8 +29,8 @@ class RatioReporter final : public benchmark::ConsoleReporter {
       const auto own = times.find("meridian");
       if (own == times.end()) continue;
       for (const auto& [peer, time] : times) {
-        if (peer != "meridian")
-          std::cout << test << ": " << peer << " takes " << time / own->second << " times as long\n";
+        if (peer == "meridian") continue;
+        std::cout << test << ": " << peer << " needs " << time / own->second << " times the time of meridian\n";
       }
     }
   }

@@ -1,4 +1,4 @@
-// The text and number rules on any bytes: what must hold whatever the text is.
+// The text and number rules on any bytes: properties that hold for every text.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -18,7 +18,7 @@ using fuzz::require;
 
 namespace {
 
-/// The place of the first unit's end at or after the middle.
+/// Where the first unit ends that ends at or after the middle.
 std::size_t middleOf(std::string_view text) {
   std::size_t place = 0;
   while (place < text.size() / 2) place += firstUnit(text.substr(place)).length;
@@ -34,9 +34,10 @@ void checkText(const std::string& text) {
   require(caseFolded(lower) == folded, "lower case folds as the text does");
   require(trimmed(kept) == kept, "trimming twice changes nothing");
   require(trimmed("\t\u00A0" + text + "\u3000\n") == kept, "added white space is trimmed");
-  require(trimmed(lower) == lowercased(kept), "trimming and lower-casing may change places");
+  require(trimmed(lower) == lowercased(kept), "trimming and lower-casing can be exchanged");
   const bool valid = isValidUtf8(text);
-  require(isValidUtf8(lower) == valid && isValidUtf8(folded) == valid, "valid stays valid, and nothing becomes it");
+  require(isValidUtf8(lower) == valid && isValidUtf8(folded) == valid,
+          "valid text stays valid, and invalid text invalid");
 
   const std::string_view whole = text;
   const std::string_view head = whole.substr(0, middleOf(text));
@@ -50,13 +51,13 @@ void checkText(const std::string& text) {
   }
   require(
       containsIgnoringCase(head, tail) == containsIgnoringCase(lowercased(head) + "\u00E9", tail) || !isValidUtf8(head),
-      "the fast path answers as the general one");
+      "the fast path gives the result of the general one");
   require(equalsIgnoringCase(head, tail) ==
               (containsIgnoringCase(head, tail) && caseFolded(head).size() == caseFolded(tail).size()),
           "equal texts contain each other");
 }
 
-/// The number whose bytes begin the text.
+/// The number in the first bytes of the text.
 template <typename Number>
 Number numberOf(const std::string& text) {
   Number number = 0;
@@ -67,26 +68,26 @@ Number numberOf(const std::string& text) {
 template <typename Number>
 void checkNumber(Number number, std::optional<Number> (*read)(std::string_view) noexcept) {
   const auto again = read(shortestDecimalText(number));
-  require(again.has_value(), "a written number reads");
+  require(again.has_value(), "a written number parses");
   require(std::isnan(number) ? std::isnan(*again) : *again == number && std::signbit(*again) == std::signbit(number),
-          "a written number reads back as itself");
+          "a written number parses as itself");
 }
 
 template <typename Number>
 void checkReading(const std::string& text, std::optional<Number> (*read)(std::string_view) noexcept,
                   Number (*readByC)(const char*, char**)) {
   const auto number = read(text);
-  // C skips white space in front, stops at a NUL, and takes more forms of "nan".
+  // C skips leading white space, stops at a NUL, and accepts more forms of "nan".
   const bool comparable = !text.empty() && std::strchr(" \t\n\v\f\r", text[0]) == nullptr &&
                           text.find('\0') == std::string::npos && text.find('(') == std::string::npos;
   if (!comparable) return;
   char* end = nullptr;
   const Number expected = readByC(text.c_str(), &end);
-  require(number.has_value() == (end == text.c_str() + text.size()), "reads what C reads");
+  require(number.has_value() == (end == text.c_str() + text.size()), "parses the texts that C parses");
   if (!number) return;
   require(std::isnan(expected) ? std::isnan(*number)
                                : *number == expected && std::signbit(*number) == std::signbit(expected),
-          "reads the number that C reads");
+          "parses the number that C parses");
   checkNumber(*number, read);
 }
 
@@ -98,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   checkReading<float>(text, floatFromText, std::strtof);
   checkReading<double>(text, doubleFromText, std::strtod);
   if (const auto number = integerFromText(text)) {
-    require(integerFromText(std::to_string(*number)) == number, "a written integer reads back as itself");
+    require(integerFromText(std::to_string(*number)) == number, "a written integer parses as itself");
     require(doubleFromText(text) == static_cast<double>(*number), "an integer is the same number as a double");
   }
   checkNumber<double>(numberOf<double>(text), doubleFromText);

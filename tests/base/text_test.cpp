@@ -10,7 +10,7 @@
 namespace meridian {
 namespace {
 
-/// The bits of a character in UTF-8, of a surrogate too.
+/// The character in UTF-8, surrogates included.
 std::string utf8(char32_t c) {
   const auto rest = [c](int shift) { return static_cast<char>(0x80 | (c >> shift & 0x3f)); };
   if (c < 0x80) return {static_cast<char>(c)};
@@ -39,21 +39,24 @@ TEST(Text, MapsCaseByUnicode) {
       {"\u0130T\u00c9", "i\u0307t\u00e9", "i\u0307t\u00e9"},
       {"\u212a\u212b", "k\u00e5", "k\u00e5"},  // the Kelvin and the Angstrom sign
       {"\u017f\u00df\u1e9e\ufb03", "\u017f\u00df\u00df\ufb03", "sssssffi"},
-      {"\u03a3\u0391\u03a3\u03c2", "\u03c3\u03b1\u03c3\u03c2", "\u03c3\u03b1\u03c3\u03c3"},  // no final sigma apart
+      {"\u03a3\u0391\u03a3\u03c2", "\u03c3\u03b1\u03c3\u03c2",
+       "\u03c3\u03b1\u03c3\u03c3"},  // the final sigma is not special
       {"\uff21\u01c5\U00010400", "\uff41\u01c6\U00010428", "\uff41\u01c6\U00010428"},
       {"\u0131e\u0301", "\u0131e\u0301", "\u0131e\u0301"},
   };
   for (const auto& [text, lower, folded] : cases) {
     EXPECT_EQ(lowercased(text), lower);
     EXPECT_EQ(caseFolded(text), folded);
-    EXPECT_TRUE(equalsIgnoringCase(text, folded) && containsIgnoringCase(folded, text)) << text;
+    EXPECT_TRUE(equalsIgnoringCase(text, folded) && equalsIgnoringCase(folded, text)) << text;
+    EXPECT_TRUE(containsIgnoringCase(text, folded) && containsIgnoringCase(folded, text)) << text;
   }
+  EXPECT_TRUE(containsIgnoringCase("", "") && !containsIgnoringCase("", "a"));
   EXPECT_TRUE(containsIgnoringCase("mask", "\u212a") && !equalsIgnoringCase("\u0130", "i"));
 }
 
-TEST(Text, EveryCharacterKeepsTheRules) {
+TEST(Text, EveryCharacterFollowsTheRules) {
   std::string whiteSpace;
-  for (char32_t c = 0; c < 0x20000; ++c) {  // neither case nor white space lies beyond
+  for (char32_t c = 0; c < 0x20000; ++c) {  // characters beyond have neither case nor white space
     const std::string text = utf8(c);
     const std::string lower = lowercased(text);
     const std::string folded = caseFolded(text);
@@ -67,8 +70,8 @@ TEST(Text, EveryCharacterKeepsTheRules) {
             "\u2028\u2029\u202f\u205f\u3000");
 }
 
-TEST(Text, InvalidBytesPassUntouchedBesideAnything) {
-  // Stray (some white space in Latin-1), overlong (A and blanks), surrogates, beyond Unicode, cut short.
+TEST(Text, InvalidBytesAreKeptBesideAnyText) {
+  // Stray bytes (some are white space in Latin-1), overlong forms ("A", spaces), surrogates, beyond Unicode, truncated.
   for (const std::string bytes :
        {"\x80", "\x85", "\xa0", "\xff", "\xc1\x81", "\xc0\xa0", "\xe0\x82\xa0", "\xf0\x80\x80\xa0", "\xed\xa0\x80",
         "\xed\xb3\xbf", "\xf4\x90\x80\x80", "\xf8\x88\x80\x80\x80", "\xe3\x80", "\xe2\x84", "\xc3", "\xf0\x90\x90"}) {
@@ -84,7 +87,7 @@ TEST(Text, InvalidBytesPassUntouchedBesideAnything) {
   }
 }
 
-TEST(Text, KeepsItsPropertiesForAnyBytes) {
+TEST(Text, HasItsPropertiesForAnyBytes) {
   const auto pieces = unitsOf(
       "AaBbZz@[`{\x7f \n\u00c9\u0130\u212a\u017f\u00df\u1e9e\u03a3\u03c2\uff21\u00a0\u2028\u3000\u200b\U0001f3ac"
       "\xc0\xe2\x80\x84\xe3\x80\xc1\x81\xf0\x90\xc2\x85\xa0\xaa\xff\xed\xa0\xc3\x89");
@@ -106,30 +109,33 @@ TEST(Text, KeepsItsPropertiesForAnyBytes) {
     for (const std::string_view unit : unitsOf(text)) {
       head += unit;
       const std::string tail = text.substr(head.size());
-      // A head of ASCII alone takes the fast path, a whole that goes beyond takes the general one.
+      // If only the head is ASCII, it takes the fast path and the whole the general one.
       ASSERT_EQ(lowercased(head) + lowercased(tail), lower);
       ASSERT_EQ(caseFolded(head) + caseFolded(tail), folded);
       ASSERT_TRUE(containsIgnoringCase(text, head) && containsIgnoringCase(lower, tail)) << text;
       ASSERT_EQ(equalsIgnoringCase(head, tail), caseFolded(head) == caseFolded(tail)) << text;
-      // A byte is found where it stands for itself, never within a character.
+      // A byte is found on its own, never within a character.
       const std::string last = head.substr(head.size() - 1);
       ASSERT_EQ(containsIgnoringCase(text, last), last[0] > 0 || invalidBytes(text).find(last) != std::string::npos);
     }
   }
 }
 
-TEST(Text, PrintableEscapesWhatCouldForgeALineOrSpeakToATerminal) {
+TEST(Text, PrintableEscapesWhatCouldForgeALineOrControlATerminal) {
   const std::pair<std::string_view, std::string_view> cases[] = {
       {"clip\nerror: forged\r\t", R"(clip\nerror: forged\r\t)"},
       {{"\x1b[31m\0\a\x7f", 8}, R"(\x1b[31m\x00\x07\x7f)"},
       {"\u0085\u009b31m\u2028\u2029", R"(\u{0085}\u{009b}31m\u{2028}\u{2029})"},
       {"a\u202eb\u2066c\u2069\u200f\u061c", R"(a\u{202e}b\u{2066}c\u{2069}\u{200f}\u{061c})"},
+      {"\u009f|\u00ad\u200b\u2060\u2064\ufeff\U000e0000\U000e007f",
+       R"(\u{009f}|\u{00ad}\u{200b}\u{2060}\u{2064}\u{feff}\u{e0000}\u{e007f})"},
       {"\x9b\xff|\xc0\x8a|\xed\xa0\x80|\xe3\x81", R"(\x9b\xff|\xc0\x8a|\xed\xa0\x80|\xe3\x81)"},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(printable(text), expected);
   constexpr std::string_view ordinary = "C:\\new \u6620\u50cf \U0001f468\u200d\U0001f469 \u05e9\u05dc e\u0301\u00a0~";
   EXPECT_EQ(printable(ordinary), ordinary);
   EXPECT_EQ(displayWidth(ordinary), 23U);
+  EXPECT_EQ(displayWidth("\xff\u00e9\xc3"), 3U);
 }
 
 }  // namespace

@@ -39,13 +39,13 @@ struct Colour : TypedText<Colour> {
 constexpr Flavour mild("mild");
 static_assert(Flavour("mild") == mild && Flavour("Mild") != mild && Flavour("hot") < mild);
 
-// Text that lives elsewhere can be wrapped, on request; a string that is about to go cannot. Meanings do not mix.
+// Text that outlives the value can be wrapped, but only explicitly; a temporary string cannot. Types do not mix.
 static_assert(std::constructible_from<Flavour, std::string&> && std::constructible_from<Flavour, const std::string&>);
 static_assert(!std::constructible_from<Flavour, std::string> && !std::constructible_from<Flavour, const std::string>);
 static_assert(!std::convertible_to<const char*, Flavour> && !std::convertible_to<std::string_view, Flavour>);
 static_assert(!std::equality_comparable_with<Flavour, Colour> && !std::constructible_from<Flavour, Colour>);
 
-TEST(TypedText, IsAViewAndEqualByItsBytes) {
+TEST(TypedText, IsAViewThatComparesByBytes) {
   const std::string text = "mild";
   const Flavour member(text);
   EXPECT_EQ(member.rawValue().data(), text.data());

@@ -37,7 +37,7 @@ TEST(CliArgumentStoreTest, BuildsLists) {
   EXPECT_EQ(CliArgumentStore::buildCLIList(std::vector<std::string>{"", "a b", "", "c]"}), "[ a b  c]");
 }
 
-TEST(CliArgumentStoreTest, SplitsListsWithoutFilteringThePieces) {
+TEST(CliArgumentStoreTest, SplitsListsAndKeepsEmptyPieces) {
   EXPECT_THAT(piecesOf("[a  b"), ElementsAre("a", "", "b"));
   EXPECT_THAT(piecesOf("a b"), ElementsAre("a", "b"));
   EXPECT_THAT(piecesOf("[[a [b [["), ElementsAre("a", "[b", ""));
@@ -46,7 +46,7 @@ TEST(CliArgumentStoreTest, SplitsListsWithoutFilteringThePieces) {
   EXPECT_THAT(piecesOf("[["), ElementsAre(""));
 }
 
-TEST(CliArgumentStoreTest, ListsOfValuesWithoutBlanksAndPrefixesReadBack) {
+TEST(CliArgumentStoreTest, ListsOfValuesWithoutSpacesReadBack) {
   RandomWords random(1);
   for (int round = 0; round < 2000; ++round) {
     std::vector<std::string> values = random.vector();

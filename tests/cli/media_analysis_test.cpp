@@ -243,6 +243,10 @@ TEST(MediaAnalysisTest, ReadsVectorsAndWarnsOfTheRest) {
        with({}, {"-parentPid", "2147483647"}),
        {"unreadableInteger -parentAppNumber 2147483648", "unreadableInteger -parentPid x",
         "replacedValue -parentPid 12"}},
+      {{"-compressionFactor", " -0.0", "-parentPid", " -1", "-parentAppNumber", "0"},
+       with({}, {"-maxImageWidth", "0.0"}),
+       {"unreadableNumber -compressionFactor -0.0", "unreadableInteger -parentPid -1",
+        "withoutParentPid -parentAppNumber 0"}},
       {{"-parentappnumber", "3", "-deepAnalysis"},
        with({}, {"-deepAnalysis"}),
        {"withoutParentPid -parentappnumber 3"}},
@@ -274,6 +278,7 @@ TEST(MediaAnalysisTest, UnknownFlagsAreReportedWithAllTheirValues) {
   EXPECT_THAT(found, ElementsAre("-workDirectry=/w", "-workDirectry=x", "-b=", "-workDirectry=y"));
   EXPECT_EQ(read.warnings[0].message(),
             "\"-workDirectry\": is not a flag of the analysis tool: \"/w\"; did you mean -workDirectory?");
+  EXPECT_EQ(readingOf({"-workDirectry" + std::string(20, ' ')}).warnings[0].suggestion(), "-workDirectory");
   EXPECT_EQ(readingOf({"stray\x1b"}).warnings[0].message(),
             "\"stray\\x1b\": comes before the first flag and is ignored");
   EXPECT_TRUE(readingOf({"stray", "-parentPid"}).allFlagsAreValid());
@@ -343,6 +348,16 @@ TEST(MediaAnalysisTest, BasicErrorsAreFoundInTheirOrderAndLeaveNothingBehind) {
       missing[0].message(),
       "\"/\\x1b/x\": the path to analyze does not exist: No such file or directory; check the spelling and that the "
       "volume is mounted");
+}
+
+TEST(MediaAnalysisTest, MissingOptionsAreFoundWithoutTheFileSystem) {
+  using enum MediaAnalysisCLIError;
+  EXPECT_THAT(errorsOfMissingOptions(Factory::buildBasicOptions({"", "/none"}, "/none", "/", std::nullopt, false)),
+              IsEmpty());
+  EXPECT_THAT(errorsOfMissingOptions(Factory::buildBasicOptions({"", ""}, "", "", std::nullopt, false)),
+              ElementsAre(MediaAnalysisBasicOptionsError{pathToAnalyzeNotSupplied},
+                          MediaAnalysisBasicOptionsError{workDirectoryNotSupplied},
+                          MediaAnalysisBasicOptionsError{resultsFilePathNotSupplied}));
 }
 
 TEST(MediaAnalysisTest, ResultsCannotBeCreatedInADirectoryWithoutWritePermission) {

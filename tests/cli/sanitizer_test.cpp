@@ -16,8 +16,8 @@ using OptionalOptions = std::optional<Options>;
 /// Valid or not, the flag, and one of its values or none.
 using Report = std::tuple<bool, std::string, std::optional<std::string>>;
 
-/// Different options for flags of different lengths: those of "-b" trim, those of "-bb" lower-case too, those of "-bbb"
-/// do nothing.
+/// Different options for flags of different lengths: "-b" trims its values, "-bb" lower-cases them, too, "-bbb" keeps
+/// them.
 Options optionsFor(std::string_view flag) { return Options(flag.size() % 4); }
 
 std::vector<Report> reportsOf(const CLIArgumentSanitizer& sanitizer, const std::vector<std::string>& words) {
@@ -38,7 +38,7 @@ std::string treated(std::string text, OptionalOptions options) {
   return text;
 }
 
-/// First all flags are found, then each is reported with the words up to the next one.
+/// The plain definition: find all flags, then report each with the words up to the next one.
 std::vector<Report> plainReportsOf(const CLIArgumentSanitizer& sanitizer, const std::vector<std::string>& words) {
   std::vector<std::pair<std::size_t, std::string>> flags;
   for (std::size_t i = 0; i < words.size(); ++i) {
@@ -59,7 +59,7 @@ std::vector<Report> plainReportsOf(const CLIArgumentSanitizer& sanitizer, const 
   return reports;
 }
 
-TEST(SanitizerTest, GivesEachFlagAllValuesUpToTheNext) {
+TEST(SanitizerTest, ReportsEachFlagWithAllValuesUpToTheNextFlag) {
   CLIArgumentSanitizer sanitizer({"-a", "-b"});
   const std::vector<std::string> words{"x", "-b", " Y ", "", "-BB", " Y ", "-b", "-abb", " Y ", "- a", " -a", "-a "};
   EXPECT_EQ(reportsOf(sanitizer, words), (std::vector<Report>{{true, "-b", "Y"},
@@ -75,7 +75,7 @@ TEST(SanitizerTest, GivesEachFlagAllValuesUpToTheNext) {
   EXPECT_EQ(reportsOf(CLIArgumentSanitizer({}), {"-a", "x"}), (std::vector<Report>{{false, "-a", "x"}}));
 }
 
-TEST(SanitizerTest, ReportsWhatThePlainReaderReports) {
+TEST(SanitizerTest, AgreesWithThePlainDefinition) {
   RandomWords random(2);
   for (int round = 0; round < 10000; ++round) {
     std::vector<std::string> known;
@@ -88,16 +88,17 @@ TEST(SanitizerTest, ReportsWhatThePlainReaderReports) {
   }
 }
 
-TEST(SanitizerTest, OptionsTreatATextAsTheirBitsSay) {
+TEST(SanitizerTest, EachBitOfTheOptionsIsOneTreatment) {
   const std::string text = "\u00A0 \u00C9T\u00C9 \n";
   const std::array expected{text, std::string("\u00A0 \u00E9t\u00E9 \n"), std::string("\u00C9T\u00C9"),
                             std::string("\u00E9t\u00E9")};
   for (std::size_t bits = 0; bits < 4; ++bits) EXPECT_EQ(Options(bits).sanitize(text), expected[bits]) << bits;
   EXPECT_EQ((Options::lowercase | Options::trimWhiteSpace).rawValue(), 3U);
   EXPECT_FALSE(Options::lowercase.contains(Options::trimWhiteSpace));
+  EXPECT_FALSE(Options::lowercase.contains(Options::lowercase | Options::trimWhiteSpace));
 }
 
-TEST(SanitizerTest, HousekeepingFlagsKeepTheirCapitalsAndHaveTheirValuesTrimmed) {
+TEST(SanitizerTest, ValuesOfHousekeepingFlagsAreTrimmed) {
   EXPECT_EQ(cliFlag(CLICustodialFlag::parentPid), "-parentPid");
   EXPECT_EQ(cliFlag(CLICustodialFlag::parentAppNumber), "-parentAppNumber");
   for (const CLICustodialFlag flag : allCases<CLICustodialFlag>()) {
