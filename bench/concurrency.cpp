@@ -47,16 +47,19 @@ class Guarded {
 using StandardMutex = Guarded<std::mutex, std::lock_guard<std::mutex>>;
 using StandardSharedMutex = Guarded<std::shared_mutex, std::shared_lock<std::shared_mutex>>;
 
-/// The switches are called through their interface, and the bare peers are not.
+/// Measures one thread alone, and two threads that contend. The switches are called through their interface, the bare
+/// peers directly.
 template <typename Switch>
 void registerSwitch(const std::string& kind, const std::shared_ptr<Switch>& shared) {
-  benchmark::RegisterBenchmark(("switch_get/" + kind).c_str(), [shared](benchmark::State& state) {
+  const auto get = [shared](benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(shared->isOn());
-  });
-  benchmark::RegisterBenchmark(("switch_set/" + kind).c_str(), [shared](benchmark::State& state) {
+  };
+  const auto set = [shared](benchmark::State& state) {
     bool isOn = false;
     for (auto _ : state) shared->setIsOn(isOn = !isOn);
-  });
+  };
+  benchmark::RegisterBenchmark(("switch_get/" + kind).c_str(), get)->ThreadRange(1, 2)->UseRealTime();
+  benchmark::RegisterBenchmark(("switch_set/" + kind).c_str(), set)->ThreadRange(1, 2)->UseRealTime();
 }
 
 const bool switchesAreRegistered = [] {
