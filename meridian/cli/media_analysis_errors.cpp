@@ -40,18 +40,18 @@ std::vector<MediaAnalysisCLIFault> faultsOf(const BasicMediaAnalysisCLIOptions& 
 
   if (!reportedAsMissing(MediaAnalysisCLIError::pathToAnalyzeNotSupplied)) {
     for (const std::string& path : options.pathsToAnalyze()) {
-      const std::error_code fault = faultOfItem(path);
+      const std::error_code fault = itemError(path);
       if (fault) faults.push_back({MediaAnalysisCLIError::pathToAnalyzeDoesNotExist, path, fault});
     }
   }
   if (!reportedAsMissing(MediaAnalysisCLIError::workDirectoryNotSupplied)) {
     const std::string path(options.workDirectory());
-    const std::error_code fault = faultOfFolder(path);
+    const std::error_code fault = directoryError(path);
     if (fault) faults.push_back({MediaAnalysisCLIError::workDirectoryDoesNotExist, path, fault});
   }
   if (!reportedAsMissing(MediaAnalysisCLIError::resultsFilePathNotSupplied)) {
     const std::string path(options.resultsFilePath());
-    const std::error_code fault = faultOfNewFile(path);
+    const std::error_code fault = newFileError(path);
     if (fault == std::errc::file_exists) {
       faults.push_back({MediaAnalysisCLIError::resultsFileAlreadyExists, path, {}});
     } else if (fault) {
