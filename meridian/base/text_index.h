@@ -10,6 +10,8 @@
 #include <span>
 #include <string_view>
 
+#include "meridian/base/precondition.h"
+
 namespace meridian::inline v0_2 {
 
 /// The places of `Count` different texts in their list. A list with a text twice does not compile.
@@ -21,7 +23,9 @@ class TextIndex {
       texts_[place] = texts[place];
       std::size_t bucket = hash(texts[place]) % bucketCount;
       while (buckets_[bucket] != 0) {
-        if (texts_[buckets_[bucket] - 1] == texts[place]) throw "a text stands twice in the list";
+        if (texts_[buckets_[bucket] - 1] == texts[place]) {
+          preconditionFailed("TextIndex: a text is listed twice");
+        }
         bucket = (bucket + 1) % bucketCount;
       }
       buckets_[bucket] = static_cast<std::uint16_t>(place + 1);
