@@ -14,15 +14,15 @@ std::optional<Url> Url::fromText(std::string_view text) {
   }
   const auto beforePath = text.substr(0, text.size() - url->path.size() - url->afterPath.size());
   return Url(std::move(path),
-             std::make_shared<const Surroundings>(Surroundings{std::string(beforePath), std::string(url->afterPath)}));
+             std::make_shared<const Affixes>(Affixes{std::string(beforePath), std::string(url->afterPath)}));
 }
 
 std::string Url::text() const {
   std::string path = percentEncodedPath(path_);
-  if (surroundings_ == nullptr) return (path.starts_with('/') ? "file://" : "file:") + path;
+  if (affixes_ == nullptr) return (path.starts_with('/') ? "file://" : "file:") + path;
   // Without an authority, a path that begins with two separators would parse as one.
   if (!hasAuthority() && path.starts_with("//")) path.replace(1, 1, "%2F");
-  return surroundings_->beforePath + path + surroundings_->afterPath;
+  return affixes_->beforePath + path + affixes_->afterPath;
 }
 
 }  // namespace meridian::inline v0_2

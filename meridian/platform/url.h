@@ -38,11 +38,11 @@ class Url {
   /// Returns the scheme as written, capitals included, as a view into this URL; "file" for a file URL. Schemes are
   /// case-sensitive here: "FILE:///a" is not a file URL.
   [[nodiscard]] std::string_view scheme() const noexcept {
-    return surroundings_ == nullptr ? "file" : std::string_view(surroundings_->beforePath).substr(0, schemeSize());
+    return affixes_ == nullptr ? "file" : std::string_view(affixes_->beforePath).substr(0, schemeSize());
   }
 
   /// Returns true for a file URL.
-  [[nodiscard]] bool isFile() const noexcept { return surroundings_ == nullptr; }
+  [[nodiscard]] bool isFile() const noexcept { return affixes_ == nullptr; }
 
   /// Returns the path, percent-decoded.
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
@@ -65,27 +65,27 @@ class Url {
 
   /// Compares all parts byte for byte.
   friend bool operator==(const Url& left, const Url& right) noexcept {
-    const Surroundings* const a = left.surroundings_.get();
-    const Surroundings* const b = right.surroundings_.get();
+    const Affixes* const a = left.affixes_.get();
+    const Affixes* const b = right.affixes_.get();
     return left.path_ == right.path_ && (a == b || (a != nullptr && b != nullptr && *a == *b));
   }
 
  private:
   /// The text before and after the path of a URL that is not a file URL.
-  struct Surroundings {
+  struct Affixes {
     std::string beforePath;
     std::string afterPath;
 
-    bool operator==(const Surroundings&) const = default;
+    bool operator==(const Affixes&) const = default;
   };
 
-  Url(std::string path, std::shared_ptr<const Surroundings> surroundings)
-      : path_(std::move(path)), surroundings_(std::move(surroundings)) {}
+  Url(std::string path, std::shared_ptr<const Affixes> affixes)
+      : path_(std::move(path)), affixes_(std::move(affixes)) {}
 
-  [[nodiscard]] Url withPath(std::string path) const { return {std::move(path), surroundings_}; }
-  [[nodiscard]] std::size_t schemeSize() const noexcept { return surroundings_->beforePath.find(':'); }
+  [[nodiscard]] Url withPath(std::string path) const { return {std::move(path), affixes_}; }
+  [[nodiscard]] std::size_t schemeSize() const noexcept { return affixes_->beforePath.find(':'); }
   [[nodiscard]] bool hasAuthority() const noexcept {
-    return surroundings_ != nullptr && surroundings_->beforePath.size() > schemeSize() + 1;
+    return affixes_ != nullptr && affixes_->beforePath.size() > schemeSize() + 1;
   }
   [[nodiscard]] std::string_view rootedPath() const noexcept {
     return hasAuthority() && path_.empty() ? std::string_view("/") : path_;
@@ -93,7 +93,7 @@ class Url {
 
   std::string path_;
   /// Null for a file URL, which then costs no more than its path.
-  std::shared_ptr<const Surroundings> surroundings_;
+  std::shared_ptr<const Affixes> affixes_;
 };
 
 }  // namespace meridian::inline v0_2
