@@ -26,7 +26,7 @@ namespace meridian::inline v0_2 {
 /// `signal`, from a coroutine resumed in this way, only schedules the next waiter, which is resumed once the coroutine
 /// before it suspends or ends. A chain of any length therefore uses constant stack, and a resumed coroutine that blocks
 /// its thread delays those scheduled after it. No lock is held while a coroutine runs.
-class MERIDIAN_API TaskSemaphore {
+class TaskSemaphore {
  public:
   class Wait;
 
@@ -39,7 +39,7 @@ class MERIDIAN_API TaskSemaphore {
   /// Coroutines that still wait are never resumed; their owners destroy them, before or after the semaphore. Coroutines
   /// that have a slot and are scheduled on this thread are still resumed. Terminates the process if a thread still
   /// waits or another thread is about to resume a coroutine.
-  ~TaskSemaphore();
+  MERIDIAN_API ~TaskSemaphore();
 
   /// `co_await semaphore.wait()` returns once the caller holds a slot, at once if one is free. Never fails. The
   /// `co_await` enters the queue, not this call.
@@ -49,11 +49,11 @@ class MERIDIAN_API TaskSemaphore {
   [[nodiscard]] Wait wait() noexcept;
 
   /// Blocks the calling thread until it holds a slot.
-  void waitBlocking() noexcept;
+  MERIDIAN_API void waitBlocking() noexcept;
 
   /// Releases one slot; no effect without waiters and slots in use. An exception that leaves a coroutine resumed here
   /// terminates the process.
-  void signal() noexcept;
+  MERIDIAN_API void signal() noexcept;
 
   /// Returns how many slots are in use. A slot that passes to a waiter stays in use; a slot that a surplus `signal`
   /// grants beyond the limit is not counted.
@@ -72,7 +72,7 @@ class MERIDIAN_API TaskSemaphore {
   static constexpr State hasWaiters = 1;
   static constexpr State oneSlot = 2;
 
-  bool tryTakeSlot() noexcept;
+  MERIDIAN_API bool tryTakeSlot() noexcept;
   bool tryReleaseSlot() noexcept;
   bool takeSlotOrEnqueue(Waiter& waiter) noexcept;
   void dequeue(Waiter& waiter) noexcept;
@@ -98,7 +98,7 @@ struct TaskSemaphore::Waiter {
 };
 
 /// The result of `wait`, only for `co_await`.
-class MERIDIAN_API TaskSemaphore::Wait {
+class TaskSemaphore::Wait {
  public:
   explicit Wait(TaskSemaphore& semaphore) noexcept { waiter_.semaphore = &semaphore; }
   Wait(const Wait&) = delete;
@@ -108,11 +108,11 @@ class MERIDIAN_API TaskSemaphore::Wait {
   }
 
   [[nodiscard]] bool await_ready() const noexcept { return waiter_.semaphore->tryTakeSlot(); }
-  bool await_suspend(std::coroutine_handle<> coroutine) noexcept;
+  MERIDIAN_API bool await_suspend(std::coroutine_handle<> coroutine) noexcept;
   void await_resume() const noexcept {}
 
  private:
-  void giveUp() noexcept;
+  MERIDIAN_API void giveUp() noexcept;
 
   Waiter waiter_;
 };

@@ -49,23 +49,24 @@ struct EnumerationTable<AutoreleaseFrequency> {
 /// A block that submits to a queue on which it is already running, directly, from a nested block or through a target,
 /// would deadlock: this terminates the process with a message that names the queue. Deadlocks between two threads, each
 /// with a block that submits to the other's queue, are not detected.
-class MERIDIAN_API DispatchQueue {
+class DispatchQueue {
  public:
   /// The label is for people and need not be unique. The quality of service is stored but has no effect: a block has
   /// the priority of the thread that submits it. A queue without a target is independent of all others.
-  explicit DispatchQueue(std::string label, QualityOfService qualityOfService = QualityOfService::unspecified,
-                         DispatchQueueAttributes attributes = DispatchQueueAttributes::none,
-                         AutoreleaseFrequency autoreleaseFrequency = AutoreleaseFrequency::inherit,
-                         std::shared_ptr<DispatchQueue> target = nullptr) noexcept;
+  MERIDIAN_API explicit DispatchQueue(std::string label,
+                                      QualityOfService qualityOfService = QualityOfService::unspecified,
+                                      DispatchQueueAttributes attributes = DispatchQueueAttributes::none,
+                                      AutoreleaseFrequency autoreleaseFrequency = AutoreleaseFrequency::inherit,
+                                      std::shared_ptr<DispatchQueue> target = nullptr) noexcept;
 
   /// Returns the process-wide queue of this class. It is concurrent and no block ever waits on it: its barriers are
   /// plain blocks, and its blocks may submit to it.
-  [[nodiscard]] static const std::shared_ptr<DispatchQueue>& global(QualityOfService qualityOfService);
+  [[nodiscard]] MERIDIAN_API static const std::shared_ptr<DispatchQueue>& global(QualityOfService qualityOfService);
 
   DispatchQueue(const DispatchQueue&) = delete;
   DispatchQueue& operator=(const DispatchQueue&) = delete;
   /// Terminates the process if a block is still running or waiting, or if a block of the queue destroys it.
-  ~DispatchQueue();
+  MERIDIAN_API ~DispatchQueue();
 
   [[nodiscard]] const std::string& label() const noexcept { return label_; }
   [[nodiscard]] QualityOfService qualityOfService() const noexcept { return qualityOfService_; }
@@ -86,7 +87,7 @@ class MERIDIAN_API DispatchQueue {
   [[nodiscard]] LockAccess plainAccess() const noexcept {
     return attributes_ == DispatchQueueAttributes::concurrent ? LockAccess::shared : LockAccess::exclusive;
   }
-  void run(FunctionRef<void()> block, LockAccess access);
+  MERIDIAN_API void run(FunctionRef<void()> block, LockAccess access);
 
   std::string label_;
   QualityOfService qualityOfService_;

@@ -12,7 +12,6 @@
 #include <mutex>
 
 #include "meridian/base/linked_queue.h"
-#include "meridian/export.h"
 
 namespace meridian::inline v0_2 {
 
@@ -22,8 +21,8 @@ enum class LockAccess : std::uint8_t { shared, exclusive };
 /// Grants access strictly in FIFO order: shared access requested after waiting exclusive access waits for it, so
 /// neither readers nor writers starve. Consecutive shared requests are granted together. Not recursive.
 ///
-/// Without waiters, locking and unlocking cost one atomic operation each.
-class MERIDIAN_API FairSharedLock {
+/// Without waiters, locking and unlocking cost one atomic operation each. Not exported: a part of DispatchQueue.
+class FairSharedLock {
  public:
   FairSharedLock() = default;
   FairSharedLock(const FairSharedLock&) = delete;
