@@ -1,4 +1,4 @@
-// Switches and the task semaphore, beside what the standard library has.
+// Switches and the task semaphore, compared with the standard library.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -47,16 +47,19 @@ class Guarded {
 using StandardMutex = Guarded<std::mutex, std::lock_guard<std::mutex>>;
 using StandardSharedMutex = Guarded<std::shared_mutex, std::shared_lock<std::shared_mutex>>;
 
-/// The switches are called through their interface, and the bare peers are not.
+/// Measures one thread alone, and two threads that contend. The switches are called through their interface, the bare
+/// peers directly.
 template <typename Switch>
 void registerSwitch(const std::string& kind, const std::shared_ptr<Switch>& shared) {
-  benchmark::RegisterBenchmark(("switch_get/" + kind).c_str(), [shared](benchmark::State& state) {
+  const auto get = [shared](benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(shared->isOn());
-  });
-  benchmark::RegisterBenchmark(("switch_set/" + kind).c_str(), [shared](benchmark::State& state) {
+  };
+  const auto set = [shared](benchmark::State& state) {
     bool isOn = false;
     for (auto _ : state) shared->setIsOn(isOn = !isOn);
-  });
+  };
+  benchmark::RegisterBenchmark(("switch_get/" + kind).c_str(), get)->ThreadRange(1, 2)->UseRealTime();
+  benchmark::RegisterBenchmark(("switch_set/" + kind).c_str(), set)->ThreadRange(1, 2)->UseRealTime();
 }
 
 const bool switchesAreRegistered = [] {
@@ -77,7 +80,7 @@ const bool switchesAreRegistered = [] {
   return true;
 }();
 
-/// A coroutine that begins at once and is destroyed where it is suspended.
+/// A coroutine that begins at once and is destroyed while it is suspended.
 class Task {
  public:
   struct promise_type {
@@ -129,22 +132,22 @@ void waitSignalStandard(benchmark::State& state) {
 }
 BENCHMARK(waitSignalStandard)->Name("semaphore_wait_signal/std::counting_semaphore");
 
-Task waitForEver(TaskSemaphore& semaphore) {
+Task waitForever(TaskSemaphore& semaphore) {
   for (;;) co_await semaphore.wait();
 }
 
-/// One iteration hands a slot to a coroutine, resumes it, and suspends it again at the end of the line.
+/// One iteration grants a slot to a coroutine, resumes it, and suspends it again at the end of the queue.
 void handOverBetweenCoroutines(benchmark::State& state) {
   TaskSemaphore semaphore(0);
-  const Task tasks[] = {waitForEver(semaphore), waitForEver(semaphore), waitForEver(semaphore)};
+  const Task tasks[] = {waitForever(semaphore), waitForever(semaphore), waitForever(semaphore)};
   const AllocationsPerIteration allocations(state);
   for (auto _ : state) semaphore.signal();
 }
 BENCHMARK(handOverBetweenCoroutines)->Name("semaphore_hand_over/coroutines");
 
-/// One iteration is the way to another thread and back.
+/// One iteration signals another thread and waits for its answer.
 template <typename Signal, typename Wait>
-void passToAndFro(benchmark::State& state, Signal signal, Wait wait) {
+void signalBackAndForth(benchmark::State& state, Signal signal, Wait wait) {
   std::jthread other([&](const std::stop_token& stop) {
     for (wait(0); !stop.stop_requested(); wait(0)) signal(1);
   });
@@ -159,13 +162,14 @@ void passToAndFro(benchmark::State& state, Signal signal, Wait wait) {
 void handOverBetweenThreadsMeridian(benchmark::State& state) {
   TaskSemaphore semaphores[] = {TaskSemaphore(1), TaskSemaphore(1)};
   for (TaskSemaphore& semaphore : semaphores) semaphore.waitBlocking();
-  passToAndFro(state, [&](int way) { semaphores[way].signal(); }, [&](int way) { semaphores[way].waitBlocking(); });
+  signalBackAndForth(
+      state, [&](int way) { semaphores[way].signal(); }, [&](int way) { semaphores[way].waitBlocking(); });
 }
 BENCHMARK(handOverBetweenThreadsMeridian)->Name("semaphore_to_thread_and_back/meridian")->UseRealTime();
 
 void handOverBetweenThreadsStandard(benchmark::State& state) {
   std::binary_semaphore semaphores[] = {std::binary_semaphore(0), std::binary_semaphore(0)};
-  passToAndFro(state, [&](int way) { semaphores[way].release(); }, [&](int way) { semaphores[way].acquire(); });
+  signalBackAndForth(state, [&](int way) { semaphores[way].release(); }, [&](int way) { semaphores[way].acquire(); });
 }
 BENCHMARK(handOverBetweenThreadsStandard)->Name("semaphore_to_thread_and_back/std::counting_semaphore")->UseRealTime();
 

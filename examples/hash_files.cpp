@@ -1,4 +1,4 @@
-// Hashes many files with at most so many open at a time: hash_files LIMIT FILE...
+// Hashes files, at most LIMIT at a time: hash_files LIMIT FILE...
 #include <meridian/concurrency/task_semaphore.h>
 
 #include <algorithm>
@@ -21,7 +21,7 @@
 
 namespace {
 
-/// Threads that go on with coroutines.
+/// Threads that resume coroutines.
 class Pool {
  public:
   explicit Pool(std::size_t threads) {
@@ -32,7 +32,7 @@ class Pool {
     }
   }
 
-  /// `co_await pool.thread()` goes on on one of the pool's threads.
+  /// `co_await pool.thread()` continues on one of the pool's threads.
   auto thread() {
     struct Move {
       Pool& pool;
@@ -50,7 +50,7 @@ class Pool {
     someAreReady_.notify_one();
   }
 
-  /// Null when the pool goes.
+  /// Returns the next coroutine to resume; null once the pool is being destroyed.
   std::coroutine_handle<> next(const std::stop_token& stop) {
     std::unique_lock guard(mutex_);
     if (!someAreReady_.wait(guard, stop, [this] { return !ready_.empty(); })) return nullptr;
@@ -65,7 +65,7 @@ class Pool {
   std::vector<std::jthread> threads_;
 };
 
-/// A coroutine that nobody holds: it begins at once and goes at its end.
+/// A detached coroutine: begins at once, and is destroyed at its end.
 struct Task {
   struct promise_type {
     Task get_return_object() { return {}; }
@@ -76,15 +76,15 @@ struct Task {
   };
 };
 
-/// The 64-bit FNV-1a hash of a file's bytes; absent when it cannot be read.
+/// Returns the 64-bit FNV-1a hash of a file's bytes; absent if it cannot be read.
 std::optional<std::uint64_t> hashOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::uint64_t hash = 0xcbf29ce484222325;
-  std::vector<char> piece(std::size_t{1} << 16);
+  std::vector<char> buffer(std::size_t{1} << 16);
   while (file) {
-    file.read(piece.data(), static_cast<std::streamsize>(piece.size()));
+    file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
     for (std::streamsize i = 0; i < file.gcount(); ++i) {
-      hash = (hash ^ static_cast<unsigned char>(piece[static_cast<std::size_t>(i)])) * 0x100000001b3;
+      hash = (hash ^ static_cast<unsigned char>(buffer[static_cast<std::size_t>(i)])) * 0x100000001b3;
     }
   }
   if (!file.eof()) return std::nullopt;

@@ -19,6 +19,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "meridian/base/precondition.h"
 #include "meridian/base/text_index.h"
 
 namespace meridian::inline v0_2 {
@@ -50,7 +51,9 @@ consteval auto casesOfTable() {
   std::array<Enumeration, caseCount<Enumeration>> cases{};
   for (std::size_t place = 0; place < cases.size(); ++place) {
     cases[place] = EnumerationTable<Enumeration>::rows[place].value;
-    if (static_cast<std::size_t>(cases[place]) != place) throw "the table's rows are not in declaration order";
+    if (static_cast<std::size_t>(cases[place]) != place) {
+      preconditionFailed("EnumerationTable: the rows are not in declaration order");
+    }
   }
   return cases;
 }

@@ -5,17 +5,17 @@
 namespace meridian::inline v0_2 {
 
 std::string detail::messageOf(std::string_view place, std::string_view text, std::string_view detail,
-                              std::string_view remedy) {
-  std::string message;
-  const auto append = [&message](std::string_view separator, const std::string& part) {
+                              const std::error_code& systemError, std::string_view remedy) {
+  std::string message = place.empty() ? "" : inQuotes(place);
+  const auto append = [&message](std::string_view separator, std::string_view part) {
     if (part.empty()) return;
     if (!message.empty()) message += separator;
     message += part;
   };
-  if (!place.empty()) message = inQuotes(place);
-  append(": ", std::string(text));
+  append(": ", text);
   append(": ", printable(detail));
-  append("; ", std::string(remedy));
+  if (systemError) append(": ", printable(systemError.message()));
+  append("; ", remedy);
   return message;
 }
 

@@ -1,13 +1,18 @@
 /// \file
-/// A result or the reason why there is none. For example:
+/// A result, or the error that explains why there is none. For example:
 ///
 ///     Expected<int, std::string> half(int number) {
 ///       if (number % 2 != 0) return Unexpected(std::string("an odd number"));
 ///       return number / 2;
 ///     }
+///
+///     half(6).value();     // 3
+///     half(7).error();     // "an odd number"
+///     half(7).value_or(0); // 0
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -17,7 +22,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// Wraps an error on its way into an `Expected`.
+/// Wraps an error, to be returned as an `Expected`.
 template <typename E>
 class Unexpected {
  public:
@@ -30,8 +35,8 @@ class Unexpected {
   E error_;
 };
 
-/// Holds a value or an error, never both. Has the shape and the names of C++23's std::expected, which will replace it;
-/// but where that throws or is undefined, reading a value or an error that is not held terminates the process.
+/// Holds a value or an error. Has the shape and names of C++23's std::expected, which will replace it. One difference:
+/// reading a value or an error that is not held terminates the process, where std::expected throws or is undefined.
 template <typename T, typename E>
 class [[nodiscard]] Expected {
  public:
@@ -43,40 +48,47 @@ class [[nodiscard]] Expected {
       : content_(std::in_place_index<0>) {}
   template <typename Value = T>
     requires(!std::same_as<std::remove_cvref_t<Value>, Expected> && std::convertible_to<Value, T>)
-  // NOLINTNEXTLINE(google-explicit-constructor): a value is returned as it is.
+  // NOLINTNEXTLINE(google-explicit-constructor): values convert, so that functions can return them as they are.
   constexpr Expected(Value&& value) : content_(std::in_place_index<0>, std::forward<Value>(value)) {}
   template <typename Error>
     requires std::convertible_to<Error, E>
-  // NOLINTNEXTLINE(google-explicit-constructor): an error is returned as it is.
+  // NOLINTNEXTLINE(google-explicit-constructor): likewise for errors.
   constexpr Expected(Unexpected<Error> error) : content_(std::in_place_index<1>, std::move(error).error()) {}
 
   [[nodiscard]] constexpr bool has_value() const noexcept { return content_.index() == 0; }
-  constexpr explicit operator bool() const noexcept { return has_value(); }
+  [[nodiscard]] constexpr explicit operator bool() const noexcept { return has_value(); }
 
-  [[nodiscard]] constexpr const T& value() const& noexcept { return *checked(std::get_if<0>(&content_)); }
-  [[nodiscard]] constexpr T& value() & noexcept { return *checked(std::get_if<0>(&content_)); }
-  [[nodiscard]] constexpr T&& value() && noexcept { return std::move(*checked(std::get_if<0>(&content_))); }
-  constexpr const T& operator*() const& noexcept { return value(); }
-  constexpr T& operator*() & noexcept { return value(); }
-  constexpr T&& operator*() && noexcept { return std::move(*this).value(); }
-  constexpr const T* operator->() const noexcept { return std::addressof(value()); }
-  constexpr T* operator->() noexcept { return std::addressof(value()); }
+  [[nodiscard]] constexpr const T& value() const& noexcept { return *held<0>(content_); }
+  [[nodiscard]] constexpr T& value() & noexcept { return *held<0>(content_); }
+  [[nodiscard]] constexpr T&& value() && noexcept { return std::move(*held<0>(content_)); }
+  [[nodiscard]] constexpr const T& operator*() const& noexcept { return value(); }
+  [[nodiscard]] constexpr T& operator*() & noexcept { return value(); }
+  [[nodiscard]] constexpr T&& operator*() && noexcept { return std::move(value()); }
+  [[nodiscard]] constexpr const T* operator->() const noexcept { return std::addressof(value()); }
+  [[nodiscard]] constexpr T* operator->() noexcept { return std::addressof(value()); }
 
-  [[nodiscard]] constexpr const E& error() const& noexcept { return *checked(std::get_if<1>(&content_)); }
-  [[nodiscard]] constexpr E&& error() && noexcept { return std::move(*checked(std::get_if<1>(&content_))); }
+  [[nodiscard]] constexpr const E& error() const& noexcept { return *held<1>(content_); }
+  [[nodiscard]] constexpr E& error() & noexcept { return *held<1>(content_); }
+  [[nodiscard]] constexpr E&& error() && noexcept { return std::move(*held<1>(content_)); }
 
+  /// Returns the value, or `otherwise` if an error is held.
   template <typename Default>
   [[nodiscard]] constexpr T value_or(Default&& otherwise) const& {
-    return has_value() ? **this : static_cast<T>(std::forward<Default>(otherwise));
+    return has_value() ? value() : static_cast<T>(std::forward<Default>(otherwise));
+  }
+  template <typename Default>
+  [[nodiscard]] constexpr T value_or(Default&& otherwise) && {
+    return has_value() ? std::move(value()) : static_cast<T>(std::forward<Default>(otherwise));
   }
 
   friend constexpr bool operator==(const Expected&, const Expected&) = default;
 
  private:
-  template <typename Held>
-  static constexpr Held* checked(Held* held) noexcept {
-    if (held == nullptr) preconditionFailed("Expected: the value or error that is read is not held");
-    return held;
+  template <std::size_t index, typename Content>
+  static constexpr auto* held(Content& content) noexcept {
+    auto* const found = std::get_if<index>(&content);
+    if (found == nullptr) preconditionFailed(index == 0 ? "Expected: holds no value" : "Expected: holds no error");
+    return found;
   }
 
   std::variant<T, E> content_;
@@ -92,13 +104,14 @@ class [[nodiscard]] Expected<void, E> {
   constexpr Expected() noexcept = default;
   template <typename Error>
     requires std::convertible_to<Error, E>
-  // NOLINTNEXTLINE(google-explicit-constructor): an error is returned as it is.
+  // NOLINTNEXTLINE(google-explicit-constructor): errors convert, so that functions can return them as they are.
   constexpr Expected(Unexpected<Error> error) : content_(std::move(error)) {}
 
   [[nodiscard]] constexpr bool has_value() const noexcept { return content_.has_value(); }
-  constexpr explicit operator bool() const noexcept { return has_value(); }
+  [[nodiscard]] constexpr explicit operator bool() const noexcept { return has_value(); }
   [[nodiscard]] constexpr const E& error() const& noexcept { return content_.error(); }
-  [[nodiscard]] constexpr E&& error() && noexcept { return std::move(content_).error(); }
+  [[nodiscard]] constexpr E& error() & noexcept { return content_.error(); }
+  [[nodiscard]] constexpr E&& error() && noexcept { return std::move(content_.error()); }
 
   friend constexpr bool operator==(const Expected&, const Expected&) = default;
 

@@ -1,4 +1,8 @@
-// A view of any callable, for the library's callback enumerations: nothing is copied or allocated.
+/// \file
+/// A reference to any callable, for callback parameters: nothing is copied or allocated. For example:
+///
+///     void enumerateFlags(FunctionRef<void(std::string_view flag, bool& stop)> visit);
+///     enumerateFlags([&](std::string_view flag, bool& stop) { stop = flag == "-vf"; });
 #pragma once
 
 #include <functional>
@@ -11,8 +15,8 @@ namespace meridian::inline v0_2 {
 template <typename Signature>
 class FunctionRef;
 
-/// Refers to a callable for the length of one call that takes it as a parameter. Like a reference it does not extend
-/// the callable's life, so it is never stored.
+/// Refers to a callable while a call that has it as a parameter lasts. Does not extend the callable's lifetime: never
+/// store it.
 template <typename Result, typename... Arguments>
 class FunctionRef<Result(Arguments...)> {
  public:
@@ -39,7 +43,7 @@ class FunctionRef<Result(Arguments...)> {
   Result operator()(Arguments... arguments) const { return call_(referent_, std::forward<Arguments>(arguments)...); }
 
  private:
-  // A function's address does not fit into an object pointer everywhere.
+  // Not every platform can convert a function pointer to an object pointer.
   union Referent {
     void* object;
     void (*function)();

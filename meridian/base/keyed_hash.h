@@ -1,4 +1,7 @@
-// The hash behind tables whose keys come from outside.
+/// \file
+/// A hash for tables whose keys come from outside. For example:
+///
+///     const std::size_t bucket = keyedHash(flag) % buckets.size();
 #pragma once
 
 #include <cstdint>
@@ -6,8 +9,8 @@
 
 namespace meridian::inline v0_2 {
 
-/// SipHash-1-3 (Aumasson and Bernstein, 2012) of the text under a key drawn once per process, so that nobody can
-/// prepare keys that all fall into one bucket. Differs from run to run: nothing that a user sees may depend on it.
+/// Returns the SipHash-1-3 (Aumasson and Bernstein, 2012) of the text, under a random key for each process, so that
+/// outside input cannot be prepared to collide. Differs from run to run: nothing that a user sees may depend on it.
 [[nodiscard]] std::uint64_t keyedHash(std::string_view text) noexcept;
 
 }  // namespace meridian::inline v0_2

@@ -1,16 +1,22 @@
-// First in, first out over nodes that carry their own links: nothing is allocated, and any node can leave at once.
+/// \file
+/// Intrusive FIFO queue. For example:
+///
+///     struct Waiter { Waiter* previous = nullptr; Waiter* next = nullptr; };
+///     LinkedQueue<Waiter> queue;
+///     queue.append(waiter);
+///     Waiter& first = queue.takeFirst();
 #pragma once
 
 namespace meridian::inline v0_2 {
 
-/// Nodes in the order in which they were appended. `Node` has two members `Node* previous` and `Node* next`, which
-/// belong to the one queue that it stands in. The nodes are the caller's and stay at their address meanwhile.
+/// Keeps nodes in the order in which they were appended, and never allocates. `Node` has two members `Node* previous`
+/// and `Node* next`, so it can be in one queue at a time. The caller owns the nodes and must not move them meanwhile.
 template <typename Node>
 class LinkedQueue {
  public:
   [[nodiscard]] constexpr bool isEmpty() const noexcept { return first_ == nullptr; }
 
-  /// Null in an empty queue.
+  /// Returns the first node; null if the queue is empty.
   [[nodiscard]] constexpr Node* first() const noexcept { return first_; }
 
   constexpr void append(Node& node) noexcept {
@@ -20,13 +26,13 @@ class LinkedQueue {
     last_ = &node;
   }
 
-  /// Takes a node out, wherever in this queue it stands.
+  /// Removes a node of this queue, in O(1).
   constexpr void remove(Node& node) noexcept {
     (node.previous == nullptr ? first_ : node.previous->next) = node.next;
     (node.next == nullptr ? last_ : node.next->previous) = node.previous;
   }
 
-  /// Takes the first node out of a queue that is not empty.
+  /// Removes and returns the first node of a queue that is not empty.
   [[nodiscard]] constexpr Node& takeFirst() noexcept {
     Node& node = *first_;
     remove(node);

@@ -1,4 +1,7 @@
-// What happens to a call that breaks a precondition: the process stops and says why.
+/// \file
+/// Misuse terminates the process. For example:
+///
+///     if (rows == 0) preconditionFailed("LutCube: 0 rows");
 #pragma once
 
 #include <string_view>
@@ -7,8 +10,8 @@
 
 namespace meridian::inline v0_2 {
 
-/// Writes "meridian: fatal: " and the message as a line to standard error, then aborts the process. The message names
-/// the operation and its operands. Never reached in a constant expression: there, the call does not compile.
+/// Writes "meridian: fatal: " and the message as a line to standard error, and aborts the process. The message names
+/// the operation and its operands. In a constant expression, reaching this call is a compile error.
 [[noreturn]] MERIDIAN_API void preconditionFailed(std::string_view message) noexcept;
 
 }  // namespace meridian::inline v0_2

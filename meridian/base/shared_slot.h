@@ -1,4 +1,8 @@
-// A place for one shared object that any thread may replace while others use it.
+/// \file
+/// A shared object that any thread may replace while others use it. For example:
+///
+///     SharedSlot<Logger> slot(std::make_shared<StandardErrorLogger>());
+///     slot.get()->log(level, message);
 #pragma once
 
 #include <memory>
@@ -7,7 +11,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// Holds one object. `get` gives a share of it, so that a user keeps the object that it got, whatever is set meanwhile.
+/// Holds one object. `get` returns shared ownership, so callers keep their object when it is replaced meanwhile.
 template <typename Object>
 class SharedSlot {
  public:
@@ -19,7 +23,7 @@ class SharedSlot {
   }
 
   void set(std::shared_ptr<Object> object) {
-    // The old object goes with the parameter, after the lock: its destructor may use this place.
+    // The parameter destroys the old object after the lock is released: its destructor may use this slot.
     const std::lock_guard lock(mutex_);
     object_.swap(object);
   }

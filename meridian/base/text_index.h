@@ -13,6 +13,8 @@
 #include <optional>
 #include <string_view>
 
+#include "meridian/base/precondition.h"
+
 namespace meridian::inline v0_2 {
 
 /// Finds the place of a text in a list of `Count` texts. A list that contains a text twice does not compile.
@@ -22,7 +24,7 @@ class TextIndex {
   /// Indexes the texts, which must outlive the index.
   consteval explicit TextIndex(const std::array<std::string_view, Count>& texts) : texts_(texts) {
     for (std::size_t place = 0; place < Count; ++place) {
-      if (find(texts[place])) throw "the list contains a text twice";
+      if (find(texts[place])) preconditionFailed("TextIndex: a text is listed twice");
       std::size_t bucket = hash(texts[place]) % bucketCount;
       while (buckets_[bucket] != 0) bucket = (bucket + 1) % bucketCount;
       buckets_[bucket] = static_cast<std::uint16_t>(place + 1);

@@ -22,18 +22,18 @@ std::vector<MediaAnalysisBasicOptionsError> errorsOf(const BasicMediaAnalysisCLI
     add(pathToAnalyzeNotSupplied, {}, {});
   } else if (asksFileSystem) {
     for (const std::string& path : options.pathsToAnalyze()) {
-      if (const auto systemError = faultOfItem(path)) add(pathToAnalyzeDoesNotExist, path, systemError);
+      if (const auto systemError = itemError(path)) add(pathToAnalyzeDoesNotExist, path, systemError);
     }
   }
   if (const std::string path(options.workDirectory()); path.empty()) {
     add(workDirectoryNotSupplied, {}, {});
   } else if (asksFileSystem) {
-    if (const auto systemError = faultOfFolder(path)) add(workDirectoryDoesNotExist, path, systemError);
+    if (const auto systemError = directoryError(path)) add(workDirectoryDoesNotExist, path, systemError);
   }
   if (const std::string path(options.resultsFilePath()); path.empty()) {
     add(resultsFilePathNotSupplied, {}, {});
   } else if (asksFileSystem) {
-    const std::error_code systemError = faultOfNewFile(path);
+    const std::error_code systemError = newFileError(path);
     if (systemError == std::errc::file_exists) {
       add(resultsFileAlreadyExists, path, {});
     } else if (systemError) {

@@ -1,4 +1,8 @@
-// On/off flags that threads share, each guarded in another way behind one interface.
+/// \file
+/// On/off flags that threads share, guarded in different ways with one interface. For example:
+///
+///     const auto isPaused = QueueBasedAtomicSwitch::withQos(false, "copy", QualityOfService::utility);
+///     isPaused->setIsOn(true);
 #pragma once
 
 #include <memory>
@@ -12,8 +16,8 @@
 
 namespace meridian::inline v0_2 {
 
-/// A flag that any thread may read and write; each single get and each single set is atomic. Holders share one,
-/// mostly through a `std::shared_ptr`.
+/// A flag that any thread may read and write; each get and each set is atomic. Usually shared through a
+/// `std::shared_ptr`.
 class MERIDIAN_API AtomicSwitch {
  public:
   AtomicSwitch(const AtomicSwitch&) = delete;
@@ -25,16 +29,16 @@ class MERIDIAN_API AtomicSwitch {
   [[nodiscard]] virtual bool isOn() const noexcept = 0;
   virtual void setIsOn(bool isOn) noexcept = 0;
 
-  /// Gets the flag, and in a second, separate step sets it to what `change` makes of it. On purpose not atomic, with
-  /// every kind of switch: of two threads that toggle at once one toggle may be lost. Who needs test-and-set keeps a
-  /// guard of its own around it.
+  /// Gets the flag, and sets it to what `change` returns in a second step. Deliberately not atomic, for every kind of
+  /// switch: if two threads toggle at once, one toggle may be lost. Callers that need test-and-set must lock
+  /// externally.
   void getThenSet(FunctionRef<bool(bool isOn)> change) { setIsOn(change(isOn())); }
 
  protected:
   AtomicSwitch() = default;
 };
 
-/// Guarded by an unfair lock: the fastest, for any thread.
+/// Guarded by an unfair lock: the fastest.
 class MERIDIAN_API UnfairLockBasedAtomicSwitch final : public AtomicSwitch {
  public:
   explicit UnfairLockBasedAtomicSwitch(bool isOn) noexcept : isOn_(isOn) {}
@@ -47,15 +51,15 @@ class MERIDIAN_API UnfairLockBasedAtomicSwitch final : public AtomicSwitch {
   bool isOn_;
 };
 
-/// Guarded by a serial queue of its own, so that gets and sets are ordered with everything else that goes through the
-/// queue. To use it from a block that is running on that queue stops the process.
+/// Guarded by its own serial queue, which orders gets and sets with all other blocks on the queue. Using it from a
+/// block on that queue terminates the process.
 class MERIDIAN_API QueueBasedAtomicSwitch final : public AtomicSwitch {
  public:
-  /// On a queue of unspecified quality of service, whose target is the global queue of the given class.
+  /// Makes a switch on a queue of unspecified quality of service that targets the global queue of the given class.
   [[nodiscard]] static std::shared_ptr<QueueBasedAtomicSwitch> withTargetQos(bool startingState, std::string label,
                                                                              QualityOfService targetQos);
 
-  /// On a queue of the given quality of service, without a target.
+  /// Makes a switch on a queue of the given quality of service without a target.
   [[nodiscard]] static std::shared_ptr<QueueBasedAtomicSwitch> withQos(bool startingState, std::string label,
                                                                        QualityOfService qos);
 
@@ -72,11 +76,11 @@ class MERIDIAN_API QueueBasedAtomicSwitch final : public AtomicSwitch {
   bool isOn_;
 };
 
-/// Guarded by a concurrent queue of its own: gets run side by side, a set waits for those before it and keeps those
-/// after it waiting. To use it from a block that is running on that queue stops the process.
+/// Guarded by its own concurrent queue: gets run concurrently, sets are barriers. Using it from a block on that queue
+/// terminates the process.
 class MERIDIAN_API ConcurrentQueueBasedAtomicSwitch final : public AtomicSwitch {
  public:
-  /// On a queue of unspecified quality of service, whose target is the global queue of the given class.
+  /// Uses a queue of unspecified quality of service that targets the global queue of the given class.
   ConcurrentQueueBasedAtomicSwitch(bool startingState, std::string label, QualityOfService qos);
 
   [[nodiscard]] bool isOn() const noexcept override;

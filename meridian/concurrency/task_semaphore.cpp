@@ -7,12 +7,13 @@
 
 namespace meridian::inline v0_2 {
 
-/// A thread waits on its own stack alone: with a slot it needs the semaphore no more, which may be gone by then.
+/// Lives on the waiting thread's stack. A thread with a slot does not touch the semaphore, which may be destroyed by
+/// then.
 struct TaskSemaphore::WaitingThread : Waiter {
   void wait() noexcept {
-    // A slot often comes sooner than the system could put the thread to sleep and wake it.
+    // A slot often arrives sooner than the system could put the thread to sleep and wake it.
     for (int turn = 0; turn < 32 && !hasSlot_.load(std::memory_order_relaxed); ++turn) std::this_thread::yield();
-    // Under the mutex, so that who gave the slot is done with this object.
+    // Under the mutex, so that `wake` is done with this object.
     std::unique_lock guard(mutex_);
     wake_.wait(guard, [this] { return hasSlot_.load(std::memory_order_relaxed); });
   }
@@ -29,7 +30,7 @@ struct TaskSemaphore::WaitingThread : Waiter {
   std::atomic<bool> hasSlot_ = false;
 };
 
-/// The coroutines that a thread's signals have given slots, in the order in which the thread resumes them.
+/// The coroutines that a thread has granted slots to, in the order in which it resumes them.
 class TaskSemaphore::ResumptionList {
  public:
   static ResumptionList& ofThisThread() noexcept {
@@ -37,13 +38,13 @@ class TaskSemaphore::ResumptionList {
     return list;
   }
 
-  /// Notes the waiter, and unless that is going on already, resumes all that are noted and will be meanwhile.
+  /// Schedules the waiter. The outermost call resumes all scheduled coroutines, including those added meanwhile.
   void resume(Waiter& waiter) noexcept {
-    noted_.append(waiter);
+    scheduled_.append(waiter);
     if (isResuming_) return;
     isResuming_ = true;
-    while (!noted_.isEmpty()) {
-      Waiter& next = *noted_.first();
+    while (!scheduled_.isEmpty()) {
+      Waiter& next = *scheduled_.first();
       remove(next);
       next.coroutine.resume();
     }
@@ -51,33 +52,34 @@ class TaskSemaphore::ResumptionList {
   }
 
   void remove(Waiter& waiter) noexcept {
-    noted_.remove(waiter);
+    scheduled_.remove(waiter);
     waiter.place = Waiter::Place::none;
-    if (waiter.semaphore != nullptr) waiter.semaphore->noted_.fetch_sub(1, std::memory_order_relaxed);
+    if (waiter.semaphore != nullptr) waiter.semaphore->scheduled_.fetch_sub(1, std::memory_order_relaxed);
   }
 
   void forget(TaskSemaphore& semaphore) noexcept {
-    for (Waiter* waiter = noted_.first(); waiter != nullptr; waiter = waiter->next) {
+    for (Waiter* waiter = scheduled_.first(); waiter != nullptr; waiter = waiter->next) {
       if (waiter->semaphore != &semaphore) continue;
       waiter->semaphore = nullptr;
-      semaphore.noted_.fetch_sub(1, std::memory_order_relaxed);
+      semaphore.scheduled_.fetch_sub(1, std::memory_order_relaxed);
     }
   }
 
  private:
-  LinkedQueue<Waiter> noted_;
+  LinkedQueue<Waiter> scheduled_;
   bool isResuming_ = false;
 };
 
 TaskSemaphore::~TaskSemaphore() {
   ResumptionList::ofThisThread().forget(*this);
-  if (noted_.load(std::memory_order_relaxed) != 0) {
-    preconditionFailed("TaskSemaphore destroyed while another thread is about to resume a coroutine with a slot of it");
+  if (scheduled_.load(std::memory_order_relaxed) != 0) {
+    preconditionFailed(
+        "TaskSemaphore destroyed while another thread is about to resume a coroutine with one of its slots");
   }
   const std::lock_guard guard(mutex_);
-  while (!line_.isEmpty()) {
-    Waiter& waiter = line_.takeFirst();
-    if (!waiter.coroutine) preconditionFailed("TaskSemaphore destroyed while a thread waits for a slot of it");
+  while (!waiters_.isEmpty()) {
+    Waiter& waiter = waiters_.takeFirst();
+    if (!waiter.coroutine) preconditionFailed("TaskSemaphore destroyed while a thread waits for one of its slots");
     waiter.place = Waiter::Place::none;
   }
 }
@@ -85,28 +87,28 @@ TaskSemaphore::~TaskSemaphore() {
 void TaskSemaphore::waitBlocking() noexcept {
   if (tryTakeSlot()) return;
   WaitingThread self;
-  bool hasToWait = false;
+  bool isEnqueued = false;
   {
     const std::lock_guard guard(mutex_);
-    hasToWait = standInLine(self);
+    isEnqueued = !takeSlotOrEnqueue(self);
   }
-  if (hasToWait) self.wait();
+  if (isEnqueued) self.wait();
 }
 
 void TaskSemaphore::signal() noexcept {
-  while (!tryGiveBackSlot()) {
+  while (!tryReleaseSlot()) {
     Waiter* first = nullptr;
     {
       const std::lock_guard guard(mutex_);
-      if (line_.isEmpty()) continue;  // the last one got another slot meanwhile, or gave up
-      first = line_.first();
-      leaveLine(*first);
+      if (waiters_.isEmpty()) continue;  // the last waiter got another slot meanwhile, or gave up
+      first = waiters_.first();
+      dequeue(*first);
       if (first->coroutine) {
-        first->place = Waiter::Place::noted;
-        noted_.fetch_add(1, std::memory_order_relaxed);
+        first->place = Waiter::Place::scheduled;
+        scheduled_.fetch_add(1, std::memory_order_relaxed);
       }
     }
-    // From here on the semaphore may be gone.
+    // From here on the semaphore may be destroyed.
     if (first->coroutine) {
       ResumptionList::ofThisThread().resume(*first);
     } else {
@@ -116,7 +118,7 @@ void TaskSemaphore::signal() noexcept {
   }
 }
 
-/// Takes a slot where one is free. None is while someone waits.
+/// Takes a slot if one is free, which it never is while others wait.
 bool TaskSemaphore::tryTakeSlot() noexcept {
   State state = state_.load(std::memory_order_relaxed);
   while (state / oneSlot < limit_) {
@@ -127,10 +129,10 @@ bool TaskSemaphore::tryTakeSlot() noexcept {
   return false;
 }
 
-/// False while someone waits, to whom the slot has to pass. A surplus one is given back by doing nothing.
-bool TaskSemaphore::tryGiveBackSlot() noexcept {
+/// Returns false if there are waiters, to which the slot must pass. Releasing a surplus slot has no effect.
+bool TaskSemaphore::tryReleaseSlot() noexcept {
   State state = state_.load(std::memory_order_relaxed);
-  while ((state & someWait) == 0) {
+  while ((state & hasWaiters) == 0) {
     if (state == 0 ||
         state_.compare_exchange_weak(state, state - oneSlot, std::memory_order_release, std::memory_order_relaxed)) {
       return true;
@@ -139,40 +141,40 @@ bool TaskSemaphore::tryGiveBackSlot() noexcept {
   return false;
 }
 
-/// Appends to the line, under the mutex, unless a slot has come free: false when the waiter has that one.
-bool TaskSemaphore::standInLine(Waiter& waiter) noexcept {
-  while (!tryTakeSlot()) {
-    State state = state_.load(std::memory_order_relaxed);
-    if (state / oneSlot >= limit_ &&
-        state_.compare_exchange_strong(state, state | someWait, std::memory_order_relaxed)) {
-      waiter.place = Waiter::Place::inLine;
-      line_.append(waiter);
-      return true;
-    }
-  }
+/// Takes a slot if one has become free meanwhile, and otherwise enqueues the waiter. Needs the mutex.
+bool TaskSemaphore::takeSlotOrEnqueue(Waiter& waiter) noexcept {
+  State state = state_.load(std::memory_order_relaxed);
+  bool isFree = false;
+  do {
+    isFree = state / oneSlot < limit_;
+  } while (!state_.compare_exchange_weak(state, isFree ? state + oneSlot : state | hasWaiters,
+                                         std::memory_order_acquire, std::memory_order_relaxed));
+  if (isFree) return true;
+  waiter.place = Waiter::Place::enqueued;
+  waiters_.append(waiter);
   return false;
 }
 
-/// Takes a waiter out of the line, under the mutex.
-void TaskSemaphore::leaveLine(Waiter& waiter) noexcept {
-  line_.remove(waiter);
+/// Removes a waiter from the queue. Needs the mutex.
+void TaskSemaphore::dequeue(Waiter& waiter) noexcept {
+  waiters_.remove(waiter);
   waiter.place = Waiter::Place::none;
-  if (line_.isEmpty()) state_.fetch_sub(someWait, std::memory_order_relaxed);
+  if (waiters_.isEmpty()) state_.fetch_sub(hasWaiters, std::memory_order_relaxed);
 }
 
 bool TaskSemaphore::Wait::await_suspend(std::coroutine_handle<> coroutine) noexcept {
   waiter_.coroutine = coroutine;
   TaskSemaphore& semaphore = *waiter_.semaphore;
-  // When the mutex is released another thread may resume the coroutine, and this object may be gone.
+  // Once the mutex is released, another thread may resume the coroutine, which may destroy this object.
   const std::lock_guard guard(semaphore.mutex_);
-  return semaphore.standInLine(waiter_);
+  return !semaphore.takeSlotOrEnqueue(waiter_);
 }
 
-/// Of a coroutine that is destroyed while it is suspended.
+/// Called for a coroutine that is destroyed while it is suspended.
 void TaskSemaphore::Wait::giveUp() noexcept {
-  if (waiter_.place == Waiter::Place::inLine) {
+  if (waiter_.place == Waiter::Place::enqueued) {
     const std::lock_guard guard(waiter_.semaphore->mutex_);
-    waiter_.semaphore->leaveLine(waiter_);
+    waiter_.semaphore->dequeue(waiter_);
   } else {
     ResumptionList::ofThisThread().remove(waiter_);
     if (waiter_.semaphore != nullptr) waiter_.semaphore->signal();

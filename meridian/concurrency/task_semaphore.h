@@ -1,4 +1,11 @@
-// A counting semaphore that coroutines wait for without blocking a thread, and threads in the same line.
+/// \file
+/// A counting semaphore for coroutines, which wait without blocking a thread, and for threads. For example:
+///
+///     Task copyCard(Card& card, TaskSemaphore& semaphore) {
+///       co_await semaphore.wait();
+///       const SignalAtScopeEnd slot(semaphore);
+///       co_await card.copy();
+///     }
 #pragma once
 
 #include <atomic>
@@ -11,45 +18,45 @@
 
 namespace meridian::inline v0_2 {
 
-/// Limits how many tasks are at work at once: each holds a slot from `wait` to its `signal`. First in, first out, with
-/// coroutines and threads in one line; a slot that is given back while others wait passes straight to the first of
-/// them. Every function but the destructor may be called from any thread at any time.
+/// Limits how many tasks run at once: each holds a slot from `wait` to its `signal`. Coroutines and threads share one
+/// FIFO queue; a slot that is released while others wait passes directly to the first of them. Every function except
+/// the destructor may be called from any thread at any time.
 ///
-/// A coroutine that gets its slot from `signal` is resumed by the thread that signals, before its outermost `signal`
-/// returns. A `signal` called meanwhile on that thread, by a coroutine resumed so, only notes the next one, which is
-/// resumed when the one before it suspends or ends; so a chain of any length takes no stack. A resumed coroutine that
-/// blocks its thread therefore holds up those noted behind it. No lock is held while a coroutine runs.
-class MERIDIAN_API TaskSemaphore {
+/// `signal` resumes the coroutine that gets the slot on its own thread, before the outermost `signal` returns. A nested
+/// `signal`, from a coroutine resumed in this way, only schedules the next waiter, which is resumed once the coroutine
+/// before it suspends or ends. A chain of any length therefore uses constant stack, and a resumed coroutine that blocks
+/// its thread delays those scheduled after it. No lock is held while a coroutine runs.
+class TaskSemaphore {
  public:
   class Wait;
 
-  /// With a limit of 0 or less every wait lasts until a `signal` hands it a slot.
+  /// With a limit of 0 or less every wait lasts until a `signal` grants it a slot.
   explicit TaskSemaphore(std::int64_t limit) noexcept : limit_(limit) {}
 
   TaskSemaphore(const TaskSemaphore&) = delete;
   TaskSemaphore& operator=(const TaskSemaphore&) = delete;
 
-  /// Coroutines that still wait are never resumed: who owns them destroys them, before or after this. Those that have
-  /// been given a slot and are noted on this thread are. What would go wrong stops the process: a thread that still
-  /// waits, for ever, and a coroutine noted on another thread, which could not know that its semaphore has gone.
-  ~TaskSemaphore();
+  /// Coroutines that still wait are never resumed; their owners destroy them, before or after the semaphore. Coroutines
+  /// that have a slot and are scheduled on this thread are still resumed. Terminates the process if a thread still
+  /// waits or another thread is about to resume a coroutine.
+  MERIDIAN_API ~TaskSemaphore();
 
-  /// `co_await semaphore.wait()` returns when the caller holds a slot, at once where one is free. Never fails. The
-  /// place in line is taken by the `co_await`, not by this call.
+  /// `co_await semaphore.wait()` returns once the caller holds a slot, at once if one is free. Never fails. The
+  /// `co_await` enters the queue, not this call.
   ///
-  /// A suspended coroutine may be destroyed, which gives up its place, or its slot where it was given one but not
-  /// resumed yet; while a `signal` on another thread may be resuming it, it may not.
+  /// A suspended coroutine may be destroyed: it leaves the queue, or passes on a slot with which it was not resumed
+  /// yet. It must not be destroyed while a `signal` on another thread may be resuming it.
   [[nodiscard]] Wait wait() noexcept;
 
-  /// The same for a thread, which blocks meanwhile.
-  void waitBlocking() noexcept;
+  /// Blocks the calling thread until it holds a slot.
+  MERIDIAN_API void waitBlocking() noexcept;
 
-  /// Gives one slot back. Without a waiter and a slot in use it does nothing. An exception that leaves a coroutine
-  /// resumed by it ends the process.
-  void signal() noexcept;
+  /// Releases one slot; no effect without waiters and slots in use. An exception that leaves a coroutine resumed here
+  /// terminates the process.
+  MERIDIAN_API void signal() noexcept;
 
-  /// How many slots are in use. One that passes to a waiter stays in use; one that is handed out beyond the limit, by a
-  /// surplus `signal`, does not count.
+  /// Returns how many slots are in use. A slot that passes to a waiter stays in use; a slot that a surplus `signal`
+  /// grants beyond the limit is not counted.
   [[nodiscard]] std::int64_t activeTasks() const noexcept { return state_.load(std::memory_order_relaxed) / oneSlot; }
 
   [[nodiscard]] std::int64_t limit() const noexcept { return limit_; }
@@ -59,30 +66,30 @@ class MERIDIAN_API TaskSemaphore {
   struct WaitingThread;
   class ResumptionList;
 
-  /// The slots in use, counted in `oneSlot`, and the mark that someone waits. A marked state changes under the mutex
-  /// alone, which guards the line.
+  /// The slots in use, in units of `oneSlot`, and a flag for waiters. While the flag is set, the state only changes
+  /// under the mutex, which also guards the queue.
   using State = std::int64_t;
-  static constexpr State someWait = 1;
+  static constexpr State hasWaiters = 1;
   static constexpr State oneSlot = 2;
 
-  bool tryTakeSlot() noexcept;
-  bool tryGiveBackSlot() noexcept;
-  bool standInLine(Waiter& waiter) noexcept;
-  void leaveLine(Waiter& waiter) noexcept;
+  MERIDIAN_API bool tryTakeSlot() noexcept;
+  bool tryReleaseSlot() noexcept;
+  bool takeSlotOrEnqueue(Waiter& waiter) noexcept;
+  void dequeue(Waiter& waiter) noexcept;
 
   const std::int64_t limit_;
   std::atomic<State> state_ = 0;
   std::mutex mutex_;
-  LinkedQueue<Waiter> line_;
-  /// How many have been given a slot and are noted to be resumed.
-  std::atomic<std::int64_t> noted_ = 0;
+  LinkedQueue<Waiter> waiters_;
+  /// Coroutines that have a slot and are scheduled to be resumed.
+  std::atomic<std::int64_t> scheduled_ = 0;
 };
 
-/// Who waits for a slot: a suspended coroutine, or a thread where there is none.
+/// A suspended coroutine, or a thread if `coroutine` is null.
 struct TaskSemaphore::Waiter {
-  enum class Place : std::uint8_t { none, inLine, noted };
+  enum class Place : std::uint8_t { none, enqueued, scheduled };
 
-  /// Null when the semaphore has gone.
+  /// Null once the semaphore is destroyed.
   TaskSemaphore* semaphore = nullptr;
   std::coroutine_handle<> coroutine;
   Place place = Place::none;
@@ -90,8 +97,8 @@ struct TaskSemaphore::Waiter {
   Waiter* next = nullptr;
 };
 
-/// What `wait` gives, for `co_await` alone.
-class MERIDIAN_API TaskSemaphore::Wait {
+/// The result of `wait`, only for `co_await`.
+class TaskSemaphore::Wait {
  public:
   explicit Wait(TaskSemaphore& semaphore) noexcept { waiter_.semaphore = &semaphore; }
   Wait(const Wait&) = delete;
@@ -101,18 +108,18 @@ class MERIDIAN_API TaskSemaphore::Wait {
   }
 
   [[nodiscard]] bool await_ready() const noexcept { return waiter_.semaphore->tryTakeSlot(); }
-  bool await_suspend(std::coroutine_handle<> coroutine) noexcept;
+  MERIDIAN_API bool await_suspend(std::coroutine_handle<> coroutine) noexcept;
   void await_resume() const noexcept {}
 
  private:
-  void giveUp() noexcept;
+  MERIDIAN_API void giveUp() noexcept;
 
   Waiter waiter_;
 };
 
 inline TaskSemaphore::Wait TaskSemaphore::wait() noexcept { return Wait(*this); }
 
-/// Gives back a slot that its owner holds already, at the end of a scope.
+/// Releases a slot that its owner already holds at the end of a scope.
 class SignalAtScopeEnd {
  public:
   explicit SignalAtScopeEnd(TaskSemaphore& semaphore) noexcept : semaphore_(semaphore) {}

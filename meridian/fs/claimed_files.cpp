@@ -24,17 +24,17 @@ class FileMaker {
     std::ranges::sort(ordered);
     made_.reserve(ordered.size());
     for (std::string& path : ordered) {
-      const ExclusiveFile file = makeExclusiveFile(path);
-      if (file.error) {
-        if (file.error != std::errc::file_exists) {
-          refuse(reasonOf(file.error), path, file.error);
+      const auto identity = createExclusiveFile(path);
+      if (!identity) {
+        if (identity.error() != std::errc::file_exists) {
+          refuse(reasonOf(identity.error()), path, identity.error());
         } else if (isMade(path)) {
           refuse(ClaimRefusalReason::sameFile, path, {});
         }
         removeMade();
         return !refusal_;
       }
-      made_.push_back({std::move(path), file.identity});
+      made_.push_back({std::move(path), *identity});
     }
     return false;
   }
@@ -63,7 +63,7 @@ class FileMaker {
 
   void removeMade() {
     for (const MadeFile& file : made_) {
-      const std::error_code error = removeFile(file.path, file.identity);
+      const std::error_code error = removeEmptyFile(file.path, file.identity);
       if (!error) continue;
       if (!refusal_) refuse(ClaimRefusalReason::notRemoved, file.path, error);
       refusal_->leftBehind.push_back(Url::fromFilePath(file.path));

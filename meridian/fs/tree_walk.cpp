@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "meridian/platform/open_folder.h"
+#include "meridian/platform/open_directory.h"
 
 namespace meridian::inline v0_2 {
 namespace {
@@ -26,7 +26,7 @@ class TreeWalk {
       : filter_(filter), visit_(visit), report_(report), path_(std::move(path)) {}
 
   void run() {
-    OpenFolder folder(path_);
+    OpenDirectory folder(path_);
     if (!folder.isOpen()) {
       report_({path_, folder.error()});
       return;
@@ -52,7 +52,7 @@ class TreeWalk {
 
   struct Level {
     /// Closed while the walk is deep below it, but for the outermost one.
-    OpenFolder folder;
+    OpenDirectory folder;
     /// Which folder it was when it was closed.
     std::optional<FileIdentity> identity;
     /// Up to and with the separator behind the folder.
@@ -68,10 +68,10 @@ class TreeWalk {
   }
 
   /// Reads the folder at `path_`, and puts a separator behind it.
-  void enter(OpenFolder folder) {
+  void enter(OpenDirectory folder) {
     const std::size_t pathSize = path_.size() + (path_.ends_with('/') ? 0 : 1);
     levels_.push_back({std::move(folder), std::nullopt, pathSize, names_.size(), entries_.size(), entries_.size()});
-    FolderEntries found(levels_.back().folder);
+    DirectoryEntries found(levels_.back().folder);
     while (const auto entry = found.next()) {
       entries_.push_back({names_.size(), static_cast<std::uint32_t>(entry->name.size()), entry->kind});
       names_.append(entry->name).push_back('\0');
@@ -86,16 +86,16 @@ class TreeWalk {
   void leave() {
     names_.resize(levels_.back().firstName);
     entries_.resize(levels_.back().firstEntry);
-    const OpenFolder left = std::move(levels_.back().folder);
+    const OpenDirectory left = std::move(levels_.back().folder);
     levels_.pop_back();
     if (!levels_.empty() && !levels_.back().folder.isOpen() && left.isOpen()) reopenAbove(left);
   }
 
   /// Opens the innermost folder from the one below it. One step back costs the same however deep it is. A folder that
   /// was moved meanwhile leads back to another place; then the path counts.
-  void reopenAbove(const OpenFolder& below) {
+  void reopenAbove(const OpenDirectory& below) {
     Level& level = levels_.back();
-    OpenFolder above(below, "..");
+    OpenDirectory above(below, "..");
     if (above.isOpen() && level.identity && above.identity() == level.identity) level.folder = std::move(above);
   }
 
@@ -113,10 +113,10 @@ class TreeWalk {
     visit_({path_, name, entry.kind, decision}, stop);
     if (stop || entry.kind != ItemKind::directory || decision.isIgnored) return stop;
 
-    const OpenFolder& parent = reopened(levels_.size() - 1);
+    const OpenDirectory& parent = reopened(levels_.size() - 1);
     if (!parent.isOpen()) {
       report_({path_, parent.error()});
-    } else if (OpenFolder folder = openedWithin(levels_.size() - 1, entry); folder.isOpen()) {
+    } else if (OpenDirectory folder = openedWithin(levels_.size() - 1, entry); folder.isOpen()) {
       enter(std::move(folder));
     } else {
       report_({path_, folder.error()});
@@ -125,16 +125,14 @@ class TreeWalk {
   }
 
   bool leadsToDirectory(const Entry& link) {
-    const OpenFolder& parent = reopened(levels_.size() - 1);
-    std::error_code fault = parent.error();
-    const bool isDirectory = parent.isOpen() && parent.leadsToDirectory(names_.data() + link.name, fault);
-    if (!isDirectory && fault) report_({path_, fault});
-    return isDirectory;
+    const auto result = reopened(levels_.size() - 1).leadsToDirectory(names_.data() + link.name);
+    if (!result) report_({path_, result.error()});
+    return result.value_or(false);
   }
 
   /// The level's folder, opened again where the way back did not lead there, from the next outer one that is open. Not
   /// open where that was not possible.
-  const OpenFolder& reopened(std::size_t level) {
+  const OpenDirectory& reopened(std::size_t level) {
     std::size_t outer = level;
     while (!levels_[outer].folder.isOpen()) --outer;
     for (; outer < level; ++outer) {
@@ -148,9 +146,9 @@ class TreeWalk {
 
   /// The folder of an entry of the level, which is open. Where the process may open no more, all but this level and the
   /// outermost one are closed for it.
-  OpenFolder openedWithin(std::size_t level, const Entry& entry) {
-    const OpenFolder& parent = levels_[level].folder;
-    OpenFolder folder(parent, names_.data() + entry.name);
+  OpenDirectory openedWithin(std::size_t level, const Entry& entry) {
+    const OpenDirectory& parent = levels_[level].folder;
+    OpenDirectory folder(parent, names_.data() + entry.name);
     const bool needsDescriptors = !folder.isOpen() && (folder.error() == std::errc::too_many_files_open ||
                                                        folder.error() == std::errc::too_many_files_open_in_system);
     if (!needsDescriptors) return folder;

@@ -9,11 +9,11 @@
 
 namespace meridian::inline v0_2 {
 
-/// A block's turn on one queue, from waiting for it to its end. A thread's turns are a list, the innermost first.
+/// A block's turn on one queue: waits for it, and ends it. The turns of a thread are a list, the innermost first.
 class DispatchQueue::Turn {
  public:
   Turn(DispatchQueue& queue, LockAccess access) : queue_(queue), access_(access), outer_(innermost) {
-    if (isOnThisThread(queue)) fail(queue, "submits to it, and would wait for itself");
+    if (isOnThisThread(queue)) fail(queue, "submits to it and would wait for itself");
     queue.lock_.lock(access);
     innermost = this;
   }
@@ -57,20 +57,21 @@ DispatchQueue::DispatchQueue(std::string label, QualityOfService qualityOfServic
 
 DispatchQueue::~DispatchQueue() {
   if (Turn::isOnThisThread(*this)) Turn::fail(*this, "destroys it");
-  if (!lock_.isFree()) preconditionFailed("DispatchQueue " + inQuotes(label_) + " destroyed under its blocks");
+  if (!lock_.isFree())
+    preconditionFailed("DispatchQueue " + inQuotes(label_) + " destroyed while a block is running or waiting");
 }
 
 const std::shared_ptr<DispatchQueue>& DispatchQueue::global(QualityOfService qualityOfService) {
   using Queues = std::array<std::shared_ptr<DispatchQueue>, allCases<QualityOfService>().size()>;
   static const NoDestructor<Queues> queues([] {
-    Queues made;
+    Queues created;
     for (const QualityOfService each : allCases<QualityOfService>()) {
       auto queue = std::make_shared<DispatchQueue>("meridian.global." + std::string(rawValue(each)), each,
                                                    DispatchQueueAttributes::concurrent);
       queue->isGlobal_ = true;
-      made[static_cast<std::size_t>(each)] = std::move(queue);
+      created[static_cast<std::size_t>(each)] = std::move(queue);
     }
-    return made;
+    return created;
   }());
   return (*queues)[static_cast<std::size_t>(qualityOfService)];
 }

@@ -1,4 +1,8 @@
-// Queues that run blocks one after another, or side by side with barriers between them.
+/// \file
+/// Queues that run blocks one after another, or concurrently with barriers between them. For example:
+///
+///     DispatchQueue queue("cards");
+///     queue.sync([&] { cards.push_back(card); });
 #pragma once
 
 #include <array>
@@ -14,7 +18,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// Whether a queue is serial, which is one without attributes, or concurrent.
+/// Without attributes a queue is serial.
 enum class DispatchQueueAttributes : std::uint8_t { none, concurrent };
 
 template <>
@@ -25,8 +29,7 @@ struct EnumerationTable<DispatchQueueAttributes> {
   });
 };
 
-/// When a queue empties pools of released objects. There are none on this platform: it can be asked for and does
-/// nothing.
+/// When a queue drains its autorelease pools. This platform has no such pools, so the setting has no effect.
 enum class AutoreleaseFrequency : std::uint8_t { inherit };
 
 template <>
@@ -36,34 +39,34 @@ struct EnumerationTable<AutoreleaseFrequency> {
   });
 };
 
-/// Runs blocks on the thread that submits them, which waits for its turn: first in, first out. A serial queue runs one
-/// block at a time. A concurrent one runs plain blocks side by side and a barrier block alone: the barrier waits for
-/// the blocks before it, and the blocks after it wait for the barrier.
+/// Runs blocks on the submitting thread, which waits for its turn in FIFO order. A serial queue runs one block at a
+/// time. A concurrent queue runs plain blocks concurrently and a barrier block alone: the barrier waits for the blocks
+/// before it, and the blocks after it wait for the barrier.
 ///
-/// A block runs on its queue, on that queue's target, and so on: it holds a turn on each of them, so that queues with a
-/// serial target run one block at a time between them. On the target it is a plain block, also where it is a barrier on
-/// the queue itself.
+/// A block holds a turn on its queue, on that queue's target, and so on. Queues that share a serial target therefore
+/// run one block at a time between them. On a target every block is a plain block, even a barrier of the queue itself.
 ///
-/// A block that submits to a queue on which it is running already, directly, from a block within or through a target,
-/// would wait for itself: that stops the process with a message that names the queue. Two threads that each submit to
-/// the queue of the other's block still wait for each other for ever.
-class MERIDIAN_API DispatchQueue {
+/// A block that submits to a queue on which it is already running, directly, from a nested block or through a target,
+/// would deadlock: this terminates the process with a message that names the queue. Deadlocks between two threads, each
+/// with a block that submits to the other's queue, are not detected.
+class DispatchQueue {
  public:
-  /// The label is for people and need not be unique. The quality of service can be asked for and changes nothing: a
-  /// block has the priority of the thread that runs it. Without a target a queue depends on no other.
-  explicit DispatchQueue(std::string label, QualityOfService qualityOfService = QualityOfService::unspecified,
-                         DispatchQueueAttributes attributes = DispatchQueueAttributes::none,
-                         AutoreleaseFrequency autoreleaseFrequency = AutoreleaseFrequency::inherit,
-                         std::shared_ptr<DispatchQueue> target = nullptr) noexcept;
+  /// The label is for people and need not be unique. The quality of service is stored but has no effect: a block has
+  /// the priority of the thread that submits it. A queue without a target is independent of all others.
+  MERIDIAN_API explicit DispatchQueue(std::string label,
+                                      QualityOfService qualityOfService = QualityOfService::unspecified,
+                                      DispatchQueueAttributes attributes = DispatchQueueAttributes::none,
+                                      AutoreleaseFrequency autoreleaseFrequency = AutoreleaseFrequency::inherit,
+                                      std::shared_ptr<DispatchQueue> target = nullptr) noexcept;
 
-  /// The queue of this class that the whole process shares. It is concurrent and keeps nobody waiting: barriers are
-  /// plain blocks on it, and blocks on it may submit to it.
-  [[nodiscard]] static const std::shared_ptr<DispatchQueue>& global(QualityOfService qualityOfService);
+  /// Returns the process-wide queue of this class. It is concurrent and no block ever waits on it: its barriers are
+  /// plain blocks, and its blocks may submit to it.
+  [[nodiscard]] MERIDIAN_API static const std::shared_ptr<DispatchQueue>& global(QualityOfService qualityOfService);
 
   DispatchQueue(const DispatchQueue&) = delete;
   DispatchQueue& operator=(const DispatchQueue&) = delete;
-  /// Outlives its blocks: destroyed by one of them, or while one runs or waits on another thread, it stops the process.
-  ~DispatchQueue();
+  /// Terminates the process if a block is still running or waiting, or if a block of the queue destroys it.
+  MERIDIAN_API ~DispatchQueue();
 
   [[nodiscard]] const std::string& label() const noexcept { return label_; }
   [[nodiscard]] QualityOfService qualityOfService() const noexcept { return qualityOfService_; }
@@ -71,11 +74,11 @@ class MERIDIAN_API DispatchQueue {
   [[nodiscard]] AutoreleaseFrequency autoreleaseFrequency() const noexcept { return autoreleaseFrequency_; }
   [[nodiscard]] const std::shared_ptr<DispatchQueue>& target() const noexcept { return target_; }
 
-  /// Runs the block on the calling thread when its turn has come, and returns when it is done. What the block throws
-  /// comes out of here and ends its turn.
+  /// Runs the block on the calling thread in its turn, and returns when it is done. An exception that the block throws
+  /// ends its turn and is passed on.
   void sync(FunctionRef<void()> block) { run(block, plainAccess()); }
 
-  /// The same as a barrier block; on a serial queue every block is one.
+  /// Runs the block as a barrier; on a serial queue every block is one.
   void barrierSync(FunctionRef<void()> block) { run(block, LockAccess::exclusive); }
 
  private:
@@ -84,7 +87,7 @@ class MERIDIAN_API DispatchQueue {
   [[nodiscard]] LockAccess plainAccess() const noexcept {
     return attributes_ == DispatchQueueAttributes::concurrent ? LockAccess::shared : LockAccess::exclusive;
   }
-  void run(FunctionRef<void()> block, LockAccess access);
+  MERIDIAN_API void run(FunctionRef<void()> block, LockAccess access);
 
   std::string label_;
   QualityOfService qualityOfService_;

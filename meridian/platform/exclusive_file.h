@@ -1,33 +1,27 @@
-// Making a file under a name that nothing has, so that of several processes exactly one gets the name.
+/// \file
+/// Create a file under a name that no item has yet. Of several processes that try, exactly one gets the name. For
+/// example:
+///
+///     const auto identity = createExclusiveFile("/out/clip.mov");
+///     if (!identity) return Unexpected(identity.error());
+///     ...
+///     removeEmptyFile("/out/clip.mov", *identity);
 #pragma once
 
-#include <optional>
 #include <string>
 #include <system_error>
 
+#include "meridian/base/expected.h"
 #include "meridian/platform/file_identity.h"
 
 namespace meridian::inline v0_2 {
 
-/// A file that was made, or why it was not.
-struct ExclusiveFile {
-  FileIdentity identity;
-  std::error_code error;
-};
+/// Creates an empty file with the permissions of any new file, and returns its identity. The error is
+/// `std::errc::file_exists` if any item has the name, even a dangling link.
+[[nodiscard]] Expected<FileIdentity, std::error_code> createExclusiveFile(const std::string& path);
 
-/// Makes an empty file with the permissions of any new one. The error is std::errc::file_exists where anything has the
-/// name already, a link that leads nowhere too.
-[[nodiscard]] ExclusiveFile makeExclusiveFile(const std::string& path);
-
-/// Removes what has this name when it is still that item, and empty. What else has the name, or was written to by
-/// somebody meanwhile, stays, without an error; but what
-/// takes the name in the moment between the look and the removal is removed, since the system has no call for both.
-[[nodiscard]] std::error_code removeFile(const std::string& path, const FileIdentity& identity);
-
-/// The item of this name, a link rather than what it leads to; absent when there is none or it cannot be asked for.
-[[nodiscard]] std::optional<FileIdentity> fileIdentity(const std::string& path);
-
-/// The item that a path leads to through all links, absent likewise.
-[[nodiscard]] std::optional<FileIdentity> targetIdentity(const std::string& path);
+/// Removes the file at the path if it still has this identity and is still empty. Leaves any other item alone, without
+/// an error. Not race-free: POSIX has no atomic check-and-unlink.
+[[nodiscard]] std::error_code removeEmptyFile(const std::string& path, const FileIdentity& identity);
 
 }  // namespace meridian::inline v0_2

@@ -12,52 +12,42 @@ struct FairSharedLock::Waiter {
   Waiter* next = nullptr;
 };
 
-/// Under the mutex: whether access was had after all, since those that kept it out have left; else the state is marked.
-/// It is marked only while it is closed, so that nobody waits who could enter, and someone is inside to hand over.
-bool FairSharedLock::tryLockOrMark(LockAccess access) noexcept {
-  if ((state_.load(std::memory_order_relaxed) & someWait) != 0) return false;
-  if (access == LockAccess::exclusive) {
-    // In one step, whoever comes and goes meanwhile. Nobody comes into a state with the mark alone, and nobody leaves.
-    if (state_.fetch_or(someWait, std::memory_order_acquire) != 0) return false;
-    state_.store(oneExclusive, std::memory_order_relaxed);
-    return true;
+void FairSharedLock::lock(LockAccess access) noexcept {
+  State state = state_.load(std::memory_order_relaxed);
+  while (admits(state, access)) {
+    if (state_.compare_exchange_weak(state, state + holder(access), std::memory_order_acquire)) return;
   }
-  while (!tryLock(access)) {
-    State state = state_.load(std::memory_order_relaxed);
-    if ((state & closing(access)) != 0 &&
-        state_.compare_exchange_strong(state, state | someWait, std::memory_order_relaxed)) {
-      return false;
-    }
-  }
-  return true;
-}
 
-void FairSharedLock::waitInLine(LockAccess access) noexcept {
   std::unique_lock guard(mutex_);
-  if (tryLockOrMark(access)) return;
+  // In one step: enters if the holders have left meanwhile, and otherwise makes those that are left hand over.
+  bool enters = false;
+  do {
+    enters = admits(state, access);
+  } while (!state_.compare_exchange_weak(state, enters ? state + holder(access) : state | hasWaiters,
+                                         std::memory_order_acquire));
+  if (enters) return;
   Waiter self{.access = access, .admission = {}};
-  line_.append(self);
+  waiters_.append(self);
   self.admission.wait(guard, [&] { return self.isAdmitted; });
 }
 
-void FairSharedLock::handOver() noexcept {
-  const std::lock_guard guard(mutex_);
-  admitFirst();
+void FairSharedLock::unlock(LockAccess access) noexcept {
+  const State before = state_.fetch_sub(holder(access), std::memory_order_acq_rel);
+  if (before - holder(access) == hasWaiters) handOver();
 }
 
-/// Lets in the first in line, and with shared access all such that come right after it. Nobody is inside and the mutex
-/// is held, so that who is admitted goes on only when the state is true.
-void FairSharedLock::admitFirst() noexcept {
-  State inside = 0;
-  LockAccess access{};
+/// Admits the first waiter, and with shared access all shared ones right after it. The lock is unheld, and its flag
+/// keeps it so meanwhile.
+void FairSharedLock::handOver() noexcept {
+  const std::lock_guard guard(mutex_);
+  State state = 0;
   do {
-    Waiter& waiter = line_.takeFirst();
-    access = waiter.access;
-    inside += weightOf(access);
+    Waiter& waiter = waiters_.takeFirst();
+    state += holder(waiter.access);
     waiter.isAdmitted = true;
     waiter.admission.notify_one();
-  } while (access == LockAccess::shared && !line_.isEmpty() && line_.first()->access == LockAccess::shared);
-  state_.store(line_.isEmpty() ? inside : inside | someWait, std::memory_order_release);
+  } while (!waiters_.isEmpty() && admits(state, waiters_.first()->access));
+  state_.store(waiters_.isEmpty() ? state : state | hasWaiters, std::memory_order_release);
 }
 
 }  // namespace meridian::inline v0_2

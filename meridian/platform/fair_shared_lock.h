@@ -1,4 +1,10 @@
-// A lock for readers and writers that lets them in strictly in the order in which they came.
+/// \file
+/// A reader-writer lock that grants access in FIFO order. For example:
+///
+///     FairSharedLock lock;
+///     lock.lock(LockAccess::shared);
+///     read(clips);
+///     lock.unlock(LockAccess::shared);
 #pragma once
 
 #include <atomic>
@@ -6,72 +12,53 @@
 #include <mutex>
 
 #include "meridian/base/linked_queue.h"
-#include "meridian/export.h"
 
 namespace meridian::inline v0_2 {
 
+/// Any number of threads may hold shared access at once; exclusive access is held alone.
 enum class LockAccess : std::uint8_t { shared, exclusive };
 
-/// Many with shared access hold it at once, or one with exclusive access. Who cannot enter waits in line, and nobody
-/// overtakes the line: shared access that comes after waiting exclusive access waits for it, so neither starves. Not
-/// recursive.
-class MERIDIAN_API FairSharedLock {
+/// Grants access strictly in FIFO order: shared access requested after waiting exclusive access waits for it, so
+/// neither readers nor writers starve. Consecutive shared requests are granted together. Not recursive.
+///
+/// Without waiters, locking and unlocking cost one atomic operation each. Not exported: a part of DispatchQueue.
+class FairSharedLock {
  public:
   FairSharedLock() = default;
   FairSharedLock(const FairSharedLock&) = delete;
   FairSharedLock& operator=(const FairSharedLock&) = delete;
 
-  void lock(LockAccess access) noexcept {
-    if (!tryLock(access)) waitInLine(access);
-  }
+  /// Blocks until access is granted.
+  void lock(LockAccess access) noexcept;
 
-  /// Whether nobody is inside or waits, for who knows that nobody comes.
+  /// Releases what `lock` granted with the same access.
+  void unlock(LockAccess access) noexcept;
+
+  /// Returns true if unheld and without waiters; only meaningful when no other thread can arrive.
   [[nodiscard]] bool isFree() const noexcept { return state_.load(std::memory_order_relaxed) == 0; }
 
-  /// Gives back what `lock` with the same access took.
-  void unlock(LockAccess access) noexcept {
-    const State weight = weightOf(access);
-    if (state_.fetch_sub(weight, std::memory_order_acq_rel) == weight + someWait) handOver();
-  }
-
  private:
-  /// Who is inside, as the sum of their weights, and the mark that the line is not empty. A marked state lets nobody
-  /// in: those inside leave it, and who holds the mutex admits those in line. The mark changes under the mutex alone.
-  using State = std::uint64_t;
-  static constexpr State oneExclusive = 1;
-  static constexpr State someWait = 2;
-  static constexpr State oneShared = 4;
-
   struct Waiter;
 
-  static constexpr State weightOf(LockAccess access) noexcept {
-    return access == LockAccess::shared ? oneShared : oneExclusive;
-  }
-
-  /// What in the state keeps this access out.
-  static constexpr State closing(LockAccess access) noexcept {
-    return access == LockAccess::shared ? oneExclusive | someWait : ~State{0};
-  }
-
-  bool tryLock(LockAccess access) noexcept {
-    State state = state_.load(std::memory_order_relaxed);
-    while ((state & closing(access)) == 0) {
-      if (state_.compare_exchange_weak(state, state + weightOf(access), std::memory_order_acquire,
-                                       std::memory_order_relaxed)) {
-        return true;
-      }
-    }
-    return false;
-  }
-
-  bool tryLockOrMark(LockAccess access) noexcept;
-  void waitInLine(LockAccess access) noexcept;
   void handOver() noexcept;
-  void admitFirst() noexcept;
+
+  /// The sum of the holders, and a flag for waiters. The flag keeps everyone else out and changes under the mutex only.
+  /// It is only set while the lock is held, so there is always a holder to hand over.
+  using State = std::uint64_t;
+  static constexpr State exclusiveHolder = 1;
+  static constexpr State hasWaiters = 2;
+  static constexpr State sharedHolder = 4;
+
+  static constexpr State holder(LockAccess access) noexcept {
+    return access == LockAccess::shared ? sharedHolder : exclusiveHolder;
+  }
+  static constexpr bool admits(State state, LockAccess access) noexcept {
+    return access == LockAccess::shared ? (state & (exclusiveHolder | hasWaiters)) == 0 : state == 0;
+  }
 
   std::atomic<State> state_ = 0;
   std::mutex mutex_;
-  LinkedQueue<Waiter> line_;
+  LinkedQueue<Waiter> waiters_;
 };
 
 }  // namespace meridian::inline v0_2

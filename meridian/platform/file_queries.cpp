@@ -18,12 +18,12 @@ namespace meridian::inline v0_2 {
 namespace {
 
 struct FileSystemRow {
-  /// As statfs(2) gives it.
+  /// `f_type` of statfs(2).
   std::uint32_t type;
   VolumeLinks links;
 };
 
-// File systems that do not hold both kinds of links, or do not say.
+// File systems that do not support both kinds of links, or do not say. Types from linux/magic.h and statfs(2).
 constexpr auto fileSystems = std::to_array<FileSystemRow>({
     {0x00004d44, {false, false}},  // FAT
     {0x2011bab0, {false, false}},  // exFAT
@@ -40,7 +40,7 @@ constexpr auto fileSystems = std::to_array<FileSystemRow>({
     {0x74726163, {false, false}},  // tracefs
     {0x73636673, {false, false}},  // securityfs
     {0xde5e81e4, {false, false}},  // EFI variables
-    {0x786f4256, {true, false}},   // shared folders of VirtualBox
+    {0x786f4256, {true, false}},   // VirtualBox shared folders
     {0x65735546, {false, false}},  // FUSE
     {0x01021997, {false, false}},  // 9P
     {0x0000517b, {false, false}},  // SMB
@@ -50,33 +50,33 @@ constexpr auto fileSystems = std::to_array<FileSystemRow>({
 
 }  // namespace
 
-std::error_code faultOfItem(const std::string& path) noexcept {
-  if (detail::holdsNul(path)) return detail::faultOfNul();
+std::error_code itemError(const std::string& path) noexcept {
+  if (detail::holdsNul(path)) return detail::nulError();
   struct stat status{};
   return ::stat(path.c_str(), &status) == 0 ? std::error_code() : detail::lastError();
 }
 
-std::error_code faultOfFolder(const std::string& path) noexcept {
-  if (detail::holdsNul(path)) return detail::faultOfNul();
+std::error_code directoryError(const std::string& path) noexcept {
+  if (detail::holdsNul(path)) return detail::nulError();
   struct stat status{};
   if (::stat(path.c_str(), &status) != 0) return detail::lastError();
   return S_ISDIR(status.st_mode) ? std::error_code() : std::make_error_code(std::errc::not_a_directory);
 }
 
-std::error_code faultOfNewFile(const std::string& path) {
-  if (detail::holdsNul(path)) return detail::faultOfNul();
+std::error_code newFileError(const std::string& path) {
+  if (detail::holdsNul(path)) return detail::nulError();
   struct stat status{};
   if (::lstat(path.c_str(), &status) == 0) return std::make_error_code(std::errc::file_exists);
   if (errno != ENOENT || path.empty()) return detail::lastError();
   if (path.ends_with('/')) return std::make_error_code(std::errc::is_a_directory);
   const std::size_t slash = path.rfind('/');
-  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-  const bool mayWrite = ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+  const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  const bool mayWrite = ::faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
   return mayWrite ? std::error_code() : detail::lastError();
 }
 
-std::error_code lookUpFault(const std::string& path) noexcept {
-  if (detail::holdsNul(path)) return detail::faultOfNul();
+std::error_code lookupError(const std::string& path) noexcept {
+  if (detail::holdsNul(path)) return detail::nulError();
   struct stat status{};
   if (::lstat(path.c_str(), &status) != 0) return errno == ENOENT ? std::error_code() : detail::lastError();
   const bool canSay = ::stat(path.c_str(), &status) == 0 || errno == ENOENT || errno == ENOTDIR || errno == ELOOP;
@@ -96,8 +96,8 @@ std::optional<bool> pathIsHidden(const std::string& path) noexcept {
 VolumeLinks volumeLinks(const std::string& path) {
   struct statfs status{};
   if (detail::holdsNul(path) || ::statfs(path.c_str(), &status) != 0) {
-    throw std::system_error(detail::holdsNul(path) ? detail::faultOfNul() : detail::lastError(),
-                            "the volume of " + inQuotes(path) + " cannot be asked for its links");
+    throw std::system_error(detail::holdsNul(path) ? detail::nulError() : detail::lastError(),
+                            "cannot determine which links the volume of " + inQuotes(path) + " supports");
   }
   for (const FileSystemRow& row : fileSystems) {
     if (row.type == static_cast<std::uint32_t>(status.f_type)) return row.links;

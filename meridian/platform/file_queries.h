@@ -1,7 +1,10 @@
-// What the file system answers about the item at a path.
-//
-// A path is the bytes that the system takes. One with a NUL byte, which the system would cut off there, names nothing:
-// `std::errc::no_such_file_or_directory`.
+/// \file
+/// Ask the file system about the item at a path. For example:
+///
+///     if (const std::error_code error = directoryError("/Volumes/CARD01")) return error.message();
+///
+/// A path is passed to the system byte for byte. No item has a path with a NUL byte:
+/// `std::errc::no_such_file_or_directory`.
 #pragma once
 
 #include <optional>
@@ -13,51 +16,50 @@
 
 namespace meridian::inline v0_2 {
 
-/// Why nothing is found at the path, links followed; no error where something is.
-[[nodiscard]] MERIDIAN_API std::error_code faultOfItem(const std::string& path) noexcept;
+/// Returns why the path does not exist; no error if it does. Follows links.
+[[nodiscard]] MERIDIAN_API std::error_code itemError(const std::string& path) noexcept;
 
-/// Why no folder is found at the path, links followed; no error where one is.
-[[nodiscard]] MERIDIAN_API std::error_code faultOfFolder(const std::string& path) noexcept;
+/// Returns why the path is not a directory; no error if it is. Follows links.
+[[nodiscard]] MERIDIAN_API std::error_code directoryError(const std::string& path) noexcept;
 
-/// Why no new file can be made at the path; no error where one can. `std::errc::file_exists` where something stands
-/// there already, be it a link that leads nowhere. Permissions are asked for and no file is made, so that nobody who
-/// watches the folder sees one come and go; what only making a file shows, such as a full volume, stays unseen.
-[[nodiscard]] MERIDIAN_API std::error_code faultOfNewFile(const std::string& path);
+/// Returns why no new file can be created at the path; no error if one can. `std::errc::file_exists` if any item has
+/// the name, even a dangling link. Only checks permissions, so that programs that watch the directory do not see a file
+/// come and go; errors that only creating a file shows, such as a full volume, are not found.
+[[nodiscard]] MERIDIAN_API std::error_code newFileError(const std::string& path);
 
-/// Why the system cannot say whether anything exists at the path: it is too long, or a folder on the way may not be
-/// searched or is none. No error where it can say: where a folder on the way is missing, and for a link that leads
-/// nowhere or in a circle. Of a link the way that it leads has to be searchable too.
-[[nodiscard]] MERIDIAN_API std::error_code lookUpFault(const std::string& path) noexcept;
+/// Returns why the system cannot say whether the path exists: it is too long, or a component of it is not a directory
+/// or may not be searched. No error if the system can say, also for a missing directory on the way and for a dangling
+/// or circular link. The target of a link must be searchable as well.
+[[nodiscard]] MERIDIAN_API std::error_code lookupError(const std::string& path) noexcept;
 
-/// Whether there is an item. Links are followed: one that leads nowhere, or in a circle, does not exist. False where
-/// the system cannot say, because a folder on the way may not be searched or the path is too long.
-[[nodiscard]] inline bool pathExists(const std::string& path) noexcept { return !faultOfItem(path); }
+/// Returns true if the path exists. Follows links: dangling and circular ones do not exist. False if the system cannot
+/// say; `lookupError` says why.
+[[nodiscard]] inline bool pathExists(const std::string& path) noexcept { return !itemError(path); }
 
-/// Whether anything has this name, a link too that leads nowhere. False where the system cannot say.
+/// Returns true if any item has this name, even a dangling link. False if the system cannot say.
 [[nodiscard]] MERIDIAN_API bool nameIsTaken(const std::string& path) noexcept;
 
-/// Whether there is an item and it is a directory. Links are followed.
-[[nodiscard]] inline bool pathIsDirectory(const std::string& path) noexcept { return !faultOfFolder(path); }
+/// Returns true if the path is a directory. Follows links.
+[[nodiscard]] inline bool pathIsDirectory(const std::string& path) noexcept { return !directoryError(path); }
 
-/// Whether an item of this name is hidden: it begins with a dot. "." and "..", which name a folder from within, do not
-/// hide it.
+/// Returns true if items of this name are hidden: it begins with a dot, and is neither "." nor "..".
 [[nodiscard]] constexpr bool nameIsHidden(std::string_view name) noexcept {
   return name.starts_with('.') && name != "." && name != "..";
 }
 
-/// Whether the item is hidden; absent where it cannot be read. Of a link the link itself counts, wherever it leads.
+/// Returns whether the item is hidden; absent if there is none or the system cannot say. Does not follow links.
 [[nodiscard]] MERIDIAN_API std::optional<bool> pathIsHidden(const std::string& path) noexcept;
 
-/// The kinds of links that a volume can hold.
+/// The kinds of links that a volume supports.
 struct VolumeLinks {
   bool symbolic = false;
   bool hard = false;
 };
 
-/// The links that the volume holds on which the item lies, by the type of its file system: none on the FAT family
-/// (exFAT too) and in the system's own views (/proc, /sys), symbolic ones alone on ISO 9660. SMB, 9P and file systems
-/// of user processes do not say what lies behind them, which counts as none. All others count as holding both. Throws
-/// `std::system_error`, with the path in its message, where the item cannot be asked.
+/// Returns which links the volume of the item supports, by the type of its file system: none on the FAT family
+/// (including exFAT) and in /proc, /sys and the like; only symbolic ones on ISO 9660; none on SMB, 9P and FUSE, which
+/// do not say what they are mounted from; both on all others. Throws `std::system_error`, with the path in its message,
+/// if the system cannot say.
 [[nodiscard]] MERIDIAN_API VolumeLinks volumeLinks(const std::string& path);
 
 }  // namespace meridian::inline v0_2

@@ -12,7 +12,7 @@ namespace meridian::inline v0_2 {
 
 FileReader::FileReader(const std::string& path) {
   if (detail::holdsNul(path)) {
-    error_ = detail::faultOfNul();
+    error_ = detail::nulError();
     return;
   }
   descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);

@@ -1,4 +1,7 @@
-// The operating system's catalogues of translated texts.
+/// \file
+/// The operating system's catalogues of translated texts. For example:
+///
+///     catalogueText("Half Step");  // "Halbe Rate" in a German locale
 #pragma once
 
 #include <string>
@@ -6,8 +9,8 @@
 
 namespace meridian::inline v0_2 {
 
-/// The text in the catalogue "meridian" of the process's language; the text itself when there is no catalogue or it
-/// does not hold the text.
+/// Returns the text's translation from the catalogue "meridian" in the process's language; the text itself if there is
+/// no catalogue or no translation.
 [[nodiscard]] std::string catalogueText(std::string_view text);
 
 }  // namespace meridian::inline v0_2

@@ -24,8 +24,8 @@ std::string_view pathExtension(std::string_view path) noexcept {
 std::string_view deletingLastPathComponent(std::string_view path) noexcept {
   const std::size_t nameSize = lastPathComponent(path).size();
   const std::string_view rest = withoutTrailingSeparators(path);
-  const std::string_view folder = withoutTrailingSeparators(rest.substr(0, rest.size() - nameSize));
-  if (!folder.empty()) return folder;
+  const std::string_view directory = withoutTrailingSeparators(rest.substr(0, rest.size() - nameSize));
+  if (!directory.empty()) return directory;
   return path.starts_with('/') ? path.substr(0, 1) : ".";
 }
 
@@ -63,8 +63,8 @@ std::string standardizedPath(std::string_view path) {
   std::vector<std::string_view> kept;
   for (const std::string_view component : pathComponents(path)) {
     if (component == "/" || component == ".") continue;
-    const bool takesAway = component == ".." && !kept.empty() && kept.back() != "..";
-    if (takesAway) {
+    const bool removesLast = component == ".." && !kept.empty() && kept.back() != "..";
+    if (removesLast) {
       kept.pop_back();
     } else if (component != ".." || !isAbsolute) {
       kept.push_back(component);

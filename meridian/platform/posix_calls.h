@@ -1,4 +1,5 @@
-// What every call of the system with a path needs.
+/// \file
+/// What every system call with a path needs.
 #pragma once
 
 #include <cerrno>
@@ -7,16 +8,16 @@
 
 namespace meridian::inline v0_2::detail {
 
-/// Why the last call of the system failed.
+/// Returns why the last system call failed.
 [[nodiscard]] inline std::error_code lastError() noexcept { return {errno, std::generic_category()}; }
 
-/// Whether the path holds a NUL: the system would take the part before it for the whole.
+/// Returns true if the path holds a NUL, where the system would cut it off.
 [[nodiscard]] constexpr bool holdsNul(std::string_view path) noexcept {
   return path.find('\0') != std::string_view::npos;
 }
 
-/// What a path with a NUL gets, whatever is asked of it: nothing has such a path.
-[[nodiscard]] inline std::error_code faultOfNul() noexcept {
+/// Returns the error for a path with a NUL: no item has such a path.
+[[nodiscard]] inline std::error_code nulError() noexcept {
   return std::make_error_code(std::errc::no_such_file_or_directory);
 }
 

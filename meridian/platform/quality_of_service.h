@@ -1,4 +1,7 @@
-// The classes of work that the suite's applications tell apart by how soon a person needs its result.
+/// \file
+/// Classes of work by how soon a person needs the result. For example:
+///
+///     DispatchQueue::global(QualityOfService::utility)->sync(verifyCopy);
 #pragma once
 
 #include <array>
@@ -8,7 +11,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// From the most to the least urgent. `unspecified` says nothing, `default_` that nothing special is known.
+/// From the most to the least urgent. `default_` is ordinary work; `unspecified` makes no statement.
 enum class QualityOfService : std::uint8_t {
   userInteractive,
   userInitiated,

@@ -1,12 +1,15 @@
-// The plain lock of the platform, for sections of a few instructions.
+/// \file
+/// The platform's plain lock, for critical sections of a few instructions. For example:
+///
+///     const std::lock_guard guard(lock);
 #pragma once
 
 #include <mutex>
 
 namespace meridian::inline v0_2 {
 
-/// Whoever comes first when it is released gets it, in no order. Here the standard mutex is that lock: one atomic
-/// exchange while it is free, and a thread that has to wait sleeps.
+/// A lock without an order among waiters. Here that is the standard mutex: one atomic exchange if it is free, and
+/// waiting threads sleep.
 using UnfairLock = std::mutex;
 
 }  // namespace meridian::inline v0_2

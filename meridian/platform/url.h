@@ -1,4 +1,9 @@
-// Addresses of files and of what lies elsewhere.
+/// \file
+/// URLs of files and other resources. For example:
+///
+///     const Url clip = Url::fromFilePath("/card/clip.mov");
+///     clip.deletingPathExtension().path();        // "/card/clip"
+///     Url::fromText("https://host/a%20b.mov")->path();  // "/a b.mov"
 #pragma once
 
 #include <cstddef>
@@ -15,36 +20,34 @@
 
 namespace meridian::inline v0_2 {
 
-/// An address: a scheme, a path of any bytes, and for what is no plain file what else its text says. The operations on
-/// the path follow the rules of path_text.h, ask the file system nothing, and leave everything beside the path as it
-/// is.
+/// Holds a scheme, a path of any bytes, and, unless it is a file URL, the text before and after the path. Operations on
+/// the path follow path_text.h, do not ask the file system, and keep everything except the path.
 class Url {
  public:
-  /// The address of a file, its path as it is given: relative ones stay relative, separators at the end and percent
-  /// signs stay.
+  /// Makes a file URL with the path as given: relative paths stay relative, trailing separators and percent signs stay.
   [[nodiscard]] static Url fromFilePath(std::string path) { return {std::move(path), nullptr}; }
 
-  /// Reads a text by RFC 3986: "https://host/a%20b.mov?x=1". Absent where it is no URL: no scheme, characters that none
-  /// may show (blanks, bytes beyond ASCII), a "%" without two hexadecimal digits. "file:" with no host, or "localhost",
-  /// and nothing behind its path is the address of a file. An encoded "/" in a path becomes a separator.
+  /// Parses a URL (RFC 3986): "https://host/a%20b.mov?x=1". Absent if it has no scheme, an invalid character (a blank,
+  /// a byte beyond ASCII) or a "%" without two hexadecimal digits. "file:" without a host or with "localhost", and
+  /// without a query or fragment, gives a file URL. An encoded "/" in a path becomes a separator.
   [[nodiscard]] MERIDIAN_API static std::optional<Url> fromText(std::string_view text);
 
-  /// The address as `fromText` reads it back to an equal one. A relative file path gives "file:clip.mov".
+  /// Returns the text that `fromText` parses to an equal URL. A relative file path gives "file:clip.mov".
   [[nodiscard]] MERIDIAN_API std::string text() const;
 
-  /// As it is written, capitals included; "file" for the address of a file. A view into this address. Schemes are
-  /// compared as they are written: "FILE:///a" is no address of a file.
+  /// Returns the scheme as written, capitals included, as a view into this URL; "file" for a file URL. Schemes are
+  /// case-sensitive here: "FILE:///a" is not a file URL.
   [[nodiscard]] std::string_view scheme() const noexcept {
-    return surroundings_ == nullptr ? "file" : std::string_view(surroundings_->beforePath).substr(0, schemeSize());
+    return affixes_ == nullptr ? "file" : std::string_view(affixes_->beforePath).substr(0, schemeSize());
   }
 
-  /// Whether it is the address of a file.
-  [[nodiscard]] bool isFile() const noexcept { return surroundings_ == nullptr; }
+  /// Returns true for a file URL.
+  [[nodiscard]] bool isFile() const noexcept { return affixes_ == nullptr; }
 
-  /// The path, percent-decoded.
+  /// Returns the path, percent-decoded.
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
-  /// Views into this address.
+  /// Return views into this URL.
   [[nodiscard]] std::string_view lastPathComponent() const noexcept { return meridian::lastPathComponent(path_); }
   [[nodiscard]] std::string_view pathExtension() const noexcept { return meridian::pathExtension(path_); }
   [[nodiscard]] std::vector<std::string_view> pathComponents() const { return meridian::pathComponents(path_); }
@@ -52,7 +55,7 @@ class Url {
   [[nodiscard]] Url deletingPathExtension() const { return withPath(meridian::deletingPathExtension(path_)); }
   [[nodiscard]] Url standardized() const { return withPath(standardizedPath(path_)); }
 
-  /// As on its path; but where the address has a host, an empty path counts as its root "/".
+  /// In a URL with a host, an empty path counts as the root "/".
   [[nodiscard]] Url deletingLastPathComponent() const {
     return withPath(std::string(meridian::deletingLastPathComponent(rootedPath())));
   }
@@ -60,37 +63,37 @@ class Url {
     return withPath(meridian::appendingPathComponent(rootedPath(), component));
   }
 
-  /// Whether all parts are the same, byte for byte.
+  /// Compares all parts byte for byte.
   friend bool operator==(const Url& left, const Url& right) noexcept {
-    const Surroundings* const a = left.surroundings_.get();
-    const Surroundings* const b = right.surroundings_.get();
+    const Affixes* const a = left.affixes_.get();
+    const Affixes* const b = right.affixes_.get();
     return left.path_ == right.path_ && (a == b || (a != nullptr && b != nullptr && *a == *b));
   }
 
  private:
-  /// What stands before and behind the path in the text of an address that is no plain file's.
-  struct Surroundings {
+  /// The text before and after the path of a URL that is not a file URL.
+  struct Affixes {
     std::string beforePath;
-    std::string behindPath;
+    std::string afterPath;
 
-    bool operator==(const Surroundings&) const = default;
+    bool operator==(const Affixes&) const = default;
   };
 
-  Url(std::string path, std::shared_ptr<const Surroundings> surroundings)
-      : path_(std::move(path)), surroundings_(std::move(surroundings)) {}
+  Url(std::string path, std::shared_ptr<const Affixes> affixes)
+      : path_(std::move(path)), affixes_(std::move(affixes)) {}
 
-  [[nodiscard]] Url withPath(std::string path) const { return {std::move(path), surroundings_}; }
-  [[nodiscard]] std::size_t schemeSize() const noexcept { return surroundings_->beforePath.find(':'); }
+  [[nodiscard]] Url withPath(std::string path) const { return {std::move(path), affixes_}; }
+  [[nodiscard]] std::size_t schemeSize() const noexcept { return affixes_->beforePath.find(':'); }
   [[nodiscard]] bool hasAuthority() const noexcept {
-    return surroundings_ != nullptr && surroundings_->beforePath.size() > schemeSize() + 1;
+    return affixes_ != nullptr && affixes_->beforePath.size() > schemeSize() + 1;
   }
   [[nodiscard]] std::string_view rootedPath() const noexcept {
     return hasAuthority() && path_.empty() ? std::string_view("/") : path_;
   }
 
   std::string path_;
-  /// Null for the address of a file, so that one is as cheap as its path.
-  std::shared_ptr<const Surroundings> surroundings_;
+  /// Null for a file URL, which then costs no more than its path.
+  std::shared_ptr<const Affixes> affixes_;
 };
 
 }  // namespace meridian::inline v0_2

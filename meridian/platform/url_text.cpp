@@ -7,15 +7,15 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-constexpr std::string_view ofUserInformation = "-._~!$&'()*+,;=:";
-constexpr std::string_view ofHost = "-._~!$&'()*+,;=";
-constexpr std::string_view ofPath = "-._~!$&'()*+,;=:@/";
-constexpr std::string_view ofQuery = "-._~!$&'()*+,;=:@/?";
+constexpr std::string_view userInformationMarks = "-._~!$&'()*+,;=:";
+constexpr std::string_view hostMarks = "-._~!$&'()*+,;=";
+constexpr std::string_view pathMarks = "-._~!$&'()*+,;=:@/";
+constexpr std::string_view queryMarks = "-._~!$&'()*+,;=:@/?";
 
 using detail::isDigit;
 using detail::isLetter;
 
-/// The byte that "%2F" at the text's beginning stands for.
+/// Returns the byte that a sequence such as "%2F" at the beginning of the text encodes.
 std::optional<unsigned char> encodedByte(std::string_view text) noexcept {
   unsigned char byte = 0;
   if (text.size() < 3 || text.front() != '%') return std::nullopt;
@@ -24,7 +24,7 @@ std::optional<unsigned char> encodedByte(std::string_view text) noexcept {
   return byte;
 }
 
-/// Whether the text is made of letters, digits, encoded bytes and these marks.
+/// Whether the text consists of letters, digits, encoded bytes and these marks.
 bool holdsOnly(std::string_view text, std::string_view marks) noexcept {
   while (!text.empty()) {
     const char c = text.front();
@@ -37,17 +37,17 @@ bool holdsOnly(std::string_view text, std::string_view marks) noexcept {
 
 bool isAuthority(std::string_view text) noexcept {
   if (const std::size_t at = text.find('@'); at != std::string_view::npos) {
-    if (!holdsOnly(text.substr(0, at), ofUserInformation)) return false;
+    if (!holdsOnly(text.substr(0, at), userInformationMarks)) return false;
     text.remove_prefix(at + 1);
   }
   std::string_view port;
   if (text.starts_with('[')) {
     const std::size_t end = text.find(']');
-    if (end == std::string_view::npos || !holdsOnly(text.substr(1, end - 1), ofUserInformation)) return false;
+    if (end == std::string_view::npos || !holdsOnly(text.substr(1, end - 1), userInformationMarks)) return false;
     port = text.substr(end + 1);
   } else {
     const std::size_t end = text.find(':');
-    if (!holdsOnly(text.substr(0, end), ofHost)) return false;
+    if (!holdsOnly(text.substr(0, end), hostMarks)) return false;
     if (end != std::string_view::npos) port = text.substr(end);
   }
   if (port.empty()) return true;
@@ -66,7 +66,7 @@ std::optional<UrlText> splitUrl(std::string_view text) noexcept {
   }
   text.remove_prefix(colon + 1);
   if (const std::size_t end = text.find_first_of("?#"); end != std::string_view::npos) {
-    url.behindPath = text.substr(end);
+    url.afterPath = text.substr(end);
     text = text.substr(0, end);
   }
   if (text.starts_with("//")) {
@@ -79,11 +79,11 @@ std::optional<UrlText> splitUrl(std::string_view text) noexcept {
 }
 
 bool isWellFormed(const UrlText& url) noexcept {
-  const std::size_t mark = url.behindPath.find('#');
-  const std::string_view query = url.behindPath.substr(0, mark);
-  const std::string_view fragment = mark == std::string_view::npos ? "" : url.behindPath.substr(mark + 1);
-  return (!url.authority || isAuthority(*url.authority)) && holdsOnly(url.path, ofPath) && holdsOnly(query, ofQuery) &&
-         holdsOnly(fragment, ofQuery);
+  const std::size_t mark = url.afterPath.find('#');
+  const std::string_view query = url.afterPath.substr(0, mark);
+  const std::string_view fragment = mark == std::string_view::npos ? "" : url.afterPath.substr(mark + 1);
+  return (!url.authority || isAuthority(*url.authority)) && holdsOnly(url.path, pathMarks) &&
+         holdsOnly(query, queryMarks) && holdsOnly(fragment, queryMarks);
 }
 
 std::string percentDecoded(std::string_view text) {
@@ -102,7 +102,7 @@ std::string percentEncodedPath(std::string_view path) {
   std::string result;
   result.reserve(path.size());
   for (const char c : path) {
-    if (isLetter(c) || isDigit(c) || ofPath.find(c) != std::string_view::npos) {
+    if (isLetter(c) || isDigit(c) || pathMarks.find(c) != std::string_view::npos) {
       result += c;
     } else {
       const auto byte = static_cast<unsigned char>(c);

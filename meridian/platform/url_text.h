@@ -1,4 +1,8 @@
-// URLs as text: their parts as RFC 3986 cuts them, and percent-encoding.
+/// \file
+/// Split URLs as text into their parts (RFC 3986), and percent-encode paths. For example:
+///
+///     splitUrl("https://host/a%20b?x=1")->path;  // "/a%20b"
+///     percentDecoded("/a%20b");                  // "/a b"
 #pragma once
 
 #include <optional>
@@ -7,27 +11,27 @@
 
 namespace meridian::inline v0_2 {
 
-/// The parts of a URL as they are written; each a view into the text.
+/// The parts of a URL, still encoded, as views into the text.
 struct UrlText {
   std::string_view scheme;
-  /// Absent where no "//" follows the scheme; it may be empty.
+  /// What follows "//"; may be empty. Absent without "//".
   std::optional<std::string_view> authority;
   std::string_view path;
-  /// The query and the fragment with the marks "?" and "#" that begin them; empty where there are none.
-  std::string_view behindPath;
+  /// The query and the fragment, including their leading "?" and "#"; empty if there are none.
+  std::string_view afterPath;
 };
 
-/// Cuts a text that begins with a scheme and ":"; absent for one that does not. The parts' characters are not looked
-/// at.
+/// Splits a text that begins with a scheme and ":"; absent if it does not. Only the scheme's characters are checked.
 [[nodiscard]] std::optional<UrlText> splitUrl(std::string_view text) noexcept;
 
-/// Whether RFC 3986 allows each part's characters. Within the brackets of an IP address they are not looked at closer.
+/// Returns true if all characters of the authority, path, query and fragment are valid there (RFC 3986). The text in
+/// the brackets of an IP address is not parsed further.
 [[nodiscard]] bool isWellFormed(const UrlText& url) noexcept;
 
-/// The bytes that a text stands for. A "%" without two hexadecimal digits behind it stands for itself.
+/// Returns the text with its "%2F" sequences decoded. A "%" without two hexadecimal digits after it is kept.
 [[nodiscard]] std::string percentDecoded(std::string_view text);
 
-/// The path as it stands in a URL: every byte that a path may not show there becomes "%" and two digits.
+/// Returns the path as a URL spells it, with every byte that is not valid in a URL's path as "%" and two digits.
 [[nodiscard]] std::string percentEncodedPath(std::string_view path);
 
 }  // namespace meridian::inline v0_2

@@ -10,18 +10,18 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-SharedSlot<const Translator>& translatorInUse() {
+SharedSlot<const Translator>& translatorSlot() {
   static NoDestructor<SharedSlot<const Translator>> slot(std::make_shared<const Translator>(catalogueText));
   return *slot;
 }
 
 }  // namespace
 
-std::string localized(std::string_view text) { return (*translatorInUse().get())(text); }
+std::string localized(std::string_view text) { return (*translatorSlot().get())(text); }
 
 void setTranslator(Translator translator) {
   if (!translator) translator = catalogueText;
-  translatorInUse().set(std::make_shared<const Translator>(std::move(translator)));
+  translatorSlot().set(std::make_shared<const Translator>(std::move(translator)));
 }
 
 }  // namespace meridian::inline v0_2

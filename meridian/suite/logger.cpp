@@ -17,12 +17,12 @@ class StandardErrorLogger final : public Logger {
     line += ": ";
     line += printable(message);
     line += '\n';
-    // One call a line: the stream's own lock keeps lines of several threads apart.
+    // One call per line, so that lines of different threads do not mix.
     std::fwrite(line.data(), 1, line.size(), stderr);
   }
 };
 
-SharedSlot<Logger>& loggerInUse() {
+SharedSlot<Logger>& loggerSlot() {
   static NoDestructor<SharedSlot<Logger>> slot(std::make_shared<StandardErrorLogger>());
   return *slot;
 }
@@ -31,11 +31,11 @@ SharedSlot<Logger>& loggerInUse() {
 
 Logger::~Logger() = default;
 
-std::shared_ptr<Logger> currentLogger() { return loggerInUse().get(); }
+std::shared_ptr<Logger> currentLogger() { return loggerSlot().get(); }
 
 void setLogger(std::shared_ptr<Logger> logger) {
   if (!logger) logger = std::make_shared<StandardErrorLogger>();
-  loggerInUse().set(std::move(logger));
+  loggerSlot().set(std::move(logger));
 }
 
 void log(LogLevel level, LogTag tag, std::string_view text) {

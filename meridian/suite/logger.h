@@ -1,4 +1,8 @@
-// The suite's logging, as seen from here: where the library's messages go.
+/// \file
+/// Where the library's messages go. For example:
+///
+///     setLogger(std::make_shared<ApplicationLogger>());
+///     log(LogLevel::error, "MRD_CLUT_PTFB-", "no such LUT");
 #pragma once
 
 #include <cstddef>
@@ -8,6 +12,7 @@
 #include <string_view>
 
 #include "meridian/base/enumeration.h"
+#include "meridian/base/precondition.h"
 #include "meridian/export.h"
 
 namespace meridian::inline v0_2 {
@@ -22,13 +27,13 @@ struct EnumerationTable<LogLevel> {
   });
 };
 
-/// The tag that begins every message and says which place in the library wrote it: "MRD_", the area, "_", a code and
+/// The tag that begins every message and says which place in the library logged it: "MRD_", the area, "_", a code and
 /// "-", in capitals and digits ("MRD_CLUT_PTFB-"). A tag of another form does not compile.
 class LogTag {
  public:
   // NOLINTNEXTLINE(google-explicit-constructor): a tag is written as the text that it is.
   consteval LogTag(const char* text) : text_(text) {
-    if (!isTag(text_)) throw "a log tag has the form MRD_AREA_CODE-";
+    if (!isTag(text_)) preconditionFailed("LogTag: not of the form MRD_AREA_CODE-");
   }
 
   [[nodiscard]] constexpr std::string_view text() const noexcept { return text_; }
@@ -50,8 +55,8 @@ class LogTag {
   std::string_view text_;
 };
 
-/// Takes the library's messages. An application implements it to lead them into its own log; it may be called from any
-/// thread, and from several at once.
+/// Receives the library's messages. Applications implement it to forward them to their own log. Called from any thread,
+/// and from several at once.
 class MERIDIAN_API Logger {
  public:
   Logger() = default;
@@ -61,19 +66,19 @@ class MERIDIAN_API Logger {
   Logger& operator=(Logger&&) = delete;
   virtual ~Logger();
 
-  /// `message` begins with its tag, has no line end of its own, and may hold any bytes that came in from outside.
+  /// `message` begins with its tag and has no newline at its end. It may hold any bytes from outside input.
   virtual void log(LogLevel level, std::string_view message) = 0;
 };
 
-/// The logger in use. At first, and after a null logger was set, one that writes each message as a line to standard
-/// error ("error: MRD_..."), with control characters written as "\x1b", so that no file name can forge a line or speak
-/// to a terminal.
+/// Returns the current logger. The default one writes each message as a line to standard error ("error: MRD_..."), with
+/// control characters escaped ("\x1b"), so that no file name can forge a line or send terminal sequences.
 [[nodiscard]] MERIDIAN_API std::shared_ptr<Logger> currentLogger();
 
-/// Replaces the logger, from any thread. A message on its way on another thread may still reach the old one.
+/// Replaces the logger, from any thread; null restores the default. A message that another thread is logging may still
+/// reach the old one.
 MERIDIAN_API void setLogger(std::shared_ptr<Logger> logger);
 
-/// Hands the tag followed by the text to the logger in use.
+/// Passes the tag followed by the text to the current logger.
 MERIDIAN_API void log(LogLevel level, LogTag tag, std::string_view text);
 
 }  // namespace meridian::inline v0_2

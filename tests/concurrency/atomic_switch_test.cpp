@@ -17,7 +17,7 @@ std::vector<std::shared_ptr<AtomicSwitch>> switches(bool isOn) {
           std::make_shared<ConcurrentQueueBasedAtomicSwitch>(isOn, "c", Qos::background)};
 }
 
-TEST(AtomicSwitch, KeepsWhatWasSet) {
+TEST(AtomicSwitch, ReturnsTheValueSetLast) {
   for (const bool start : {false, true}) {
     for (const auto& each : switches(start)) {
       EXPECT_EQ(each->isOn(), start);
@@ -31,7 +31,7 @@ TEST(AtomicSwitch, KeepsWhatWasSet) {
   }
 }
 
-TEST(AtomicSwitch, GetThenSetLosesAToggleThatComesBetweenItsSteps) {
+TEST(AtomicSwitch, GetThenSetLosesAToggleBetweenItsTwoSteps) {
   for (const auto& each : switches(false)) {
     each->getThenSet([&](bool isOn) {
       each->getThenSet([](bool inner) { return !inner; });
@@ -42,7 +42,7 @@ TEST(AtomicSwitch, GetThenSetLosesAToggleThatComesBetweenItsSteps) {
   }
 }
 
-TEST(AtomicSwitch, ShowsOtherThreadsWhatWasWrittenBeforeIt) {
+TEST(AtomicSwitch, PublishesWhatWasWrittenBeforeASet) {
   for (const auto& each : switches(false)) {
     std::vector<int> found(2);
     int written = 0;
@@ -63,7 +63,7 @@ TEST(AtomicSwitch, ShowsOtherThreadsWhatWasWrittenBeforeIt) {
   }
 }
 
-TEST(AtomicSwitch, QueuesAreAsAskedFor) {
+TEST(AtomicSwitch, QueuesHaveTheRequestedSettings) {
   const auto targeted = QueueBasedAtomicSwitch::withTargetQos(true, "copying", Qos::utility);
   const auto plain = QueueBasedAtomicSwitch::withQos(true, "verifying", Qos::userInitiated);
   const ConcurrentQueueBasedAtomicSwitch concurrent(true, "reading", Qos::background);
@@ -90,12 +90,12 @@ TEST(AtomicSwitch, QueuesAreAsAskedFor) {
   }
 }
 
-TEST(AtomicSwitchDeathTest, StopsWhenUsedFromItsOwnQueue) {
+TEST(AtomicSwitchDeathTest, TerminatesIfUsedFromItsOwnQueue) {
   const auto serial = QueueBasedAtomicSwitch::withQos(true, "copying", Qos::utility);
   const ConcurrentQueueBasedAtomicSwitch concurrent(true, "reading", Qos::utility);
   EXPECT_DEATH(serial->dispatchQueue().sync([&] { static_cast<void>(serial->isOn()); }), "\"copying\"");
   EXPECT_DEATH(concurrent.dispatchQueue().sync([&] { static_cast<void>(concurrent.isOn()); }), "\"reading\"");
-  // Others may be used from there.
+  // Other switches may be used there.
   bool isOn = false;
   serial->dispatchQueue().sync([&] { isOn = concurrent.isOn(); });
   EXPECT_TRUE(isOn);

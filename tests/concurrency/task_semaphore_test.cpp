@@ -26,12 +26,12 @@ using test::Task;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-Task noteWhenItHasASlot(TaskSemaphore& semaphore, std::vector<int>& noted, int number) {
+Task recordWhenItHasASlot(TaskSemaphore& semaphore, std::vector<int>& recorded, int number) {
   co_await semaphore.wait();
-  noted.push_back(number);
+  recorded.push_back(number);
 }
 
-TEST(TaskSemaphore, DoesWhatThePlainModelDoes) {
+TEST(TaskSemaphore, MatchesAPlainModel) {
   std::mt19937 random(71);
   for (const int limit : {-5, 0, 1, 2, 7}) {
     TaskSemaphore semaphore(limit);
@@ -40,7 +40,7 @@ TEST(TaskSemaphore, DoesWhatThePlainModelDoes) {
     std::vector<int> expected;
 
     std::vector<std::optional<Task>> tasks;
-    std::vector<int> noted;
+    std::vector<int> recorded;
     for (int step = 0; step < 5000; ++step) {
       const unsigned choice = random() % 16;
       if (choice < 7) {
@@ -51,7 +51,7 @@ TEST(TaskSemaphore, DoesWhatThePlainModelDoes) {
           ++count;
           expected.push_back(number);
         }
-        tasks.emplace_back(noteWhenItHasASlot(semaphore, noted, number));
+        tasks.emplace_back(recordWhenItHasASlot(semaphore, recorded, number));
       } else if (choice < 15) {
         if (!waiting.empty()) {
           expected.push_back(waiting.front());
@@ -66,30 +66,30 @@ TEST(TaskSemaphore, DoesWhatThePlainModelDoes) {
         waiting.erase(leaving);
       }
       ASSERT_EQ(semaphore.activeTasks(), count);
-      ASSERT_EQ(noted, expected);
+      ASSERT_EQ(recorded, expected);
     }
     EXPECT_EQ(semaphore.limit(), limit);
   }
 }
 
-Task noteAndPassOn(TaskSemaphore& semaphore, std::vector<int>& noted, int number) {
+Task recordAndPassOn(TaskSemaphore& semaphore, std::vector<int>& recorded, int number) {
   co_await semaphore.wait();
   const SignalAtScopeEnd atEnd(semaphore);
-  noted.push_back(number);
+  recorded.push_back(number);
 }
 
-TEST(TaskSemaphore, AChainOfAMillionTakesNoStack) {
+TEST(TaskSemaphore, AChainOfAMillionUsesConstantStack) {
   constexpr int many = 1'000'000;
   TaskSemaphore semaphore(1);
   semaphore.waitBlocking();
-  std::vector<int> noted;
+  std::vector<int> recorded;
   std::vector<Task> tasks;
   tasks.reserve(many);
-  for (int i = 0; i < many; ++i) tasks.push_back(noteAndPassOn(semaphore, noted, i));
-  EXPECT_THAT(noted, IsEmpty());
+  for (int i = 0; i < many; ++i) tasks.push_back(recordAndPassOn(semaphore, recorded, i));
+  EXPECT_THAT(recorded, IsEmpty());
   semaphore.signal();
-  EXPECT_EQ(noted.size(), many);
-  EXPECT_TRUE(std::ranges::is_sorted(noted));
+  EXPECT_EQ(recorded.size(), many);
+  EXPECT_TRUE(std::ranges::is_sorted(recorded));
   EXPECT_EQ(semaphore.activeTasks(), 0);
 }
 
@@ -100,7 +100,7 @@ Task waitOften(TaskSemaphore& semaphore, int times) {
   }
 }
 
-TEST(TaskSemaphore, AMillionSlotsTakenAtOnceTakeNoStack) {
+TEST(TaskSemaphore, AMillionImmediateSlotsUseConstantStack) {
   TaskSemaphore semaphore(1);
   EXPECT_TRUE(waitOften(semaphore, 1'000'000).isDone());
   EXPECT_EQ(semaphore.activeTasks(), 0);
@@ -108,31 +108,31 @@ TEST(TaskSemaphore, AMillionSlotsTakenAtOnceTakeNoStack) {
 
 struct Stage {
   TaskSemaphore semaphore{0};
-  std::vector<std::string> noted;
+  std::vector<std::string> recorded;
 };
 
-Task noteAround(Stage& stage, std::string name, const std::function<void()>& act) {
+Task recordAround(Stage& stage, std::string name, const std::function<void()>& act) {
   co_await stage.semaphore.wait();
-  stage.noted.push_back(name + " begins");
+  stage.recorded.push_back(name + " begins");
   act();
-  stage.noted.push_back(name + " ends");
+  stage.recorded.push_back(name + " ends");
 }
 
-TEST(TaskSemaphore, SignalsOfAResumedCoroutineResumeAfterIt) {
+TEST(TaskSemaphore, ANestedSignalResumesItsWaiterLater) {
   Stage stage;
   const std::function<void()> signalTwice = [&] {
     stage.semaphore.signal();
     stage.semaphore.signal();
   };
   const std::function<void()> nothing = [] {};
-  const Task a = noteAround(stage, "a", signalTwice);
-  const Task b = noteAround(stage, "b", nothing);
-  const Task c = noteAround(stage, "c", nothing);
+  const Task a = recordAround(stage, "a", signalTwice);
+  const Task b = recordAround(stage, "b", nothing);
+  const Task c = recordAround(stage, "c", nothing);
   stage.semaphore.signal();
-  EXPECT_THAT(stage.noted, ElementsAre("a begins", "a ends", "b begins", "b ends", "c begins", "c ends"));
+  EXPECT_THAT(stage.recorded, ElementsAre("a begins", "a ends", "b begins", "b ends", "c begins", "c ends"));
 }
 
-TEST(TaskSemaphore, AWaiterThatGoesWhileItsSlotIsOnTheWayPassesItOn) {
+TEST(TaskSemaphore, AScheduledWaiterThatIsDestroyedPassesItsSlotOn) {
   Stage stage;
   std::optional<Task> second;
   const std::function<void()> signalAndDestroy = [&] {
@@ -140,21 +140,21 @@ TEST(TaskSemaphore, AWaiterThatGoesWhileItsSlotIsOnTheWayPassesItOn) {
     second.reset();
   };
   const std::function<void()> nothing = [] {};
-  const Task first = noteAround(stage, "first", signalAndDestroy);
-  second.emplace(noteAround(stage, "second", nothing));
-  const Task third = noteAround(stage, "third", nothing);
+  const Task first = recordAround(stage, "first", signalAndDestroy);
+  second.emplace(recordAround(stage, "second", nothing));
+  const Task third = recordAround(stage, "third", nothing);
   stage.semaphore.signal();
-  EXPECT_THAT(stage.noted, ElementsAre("first begins", "first ends", "third begins", "third ends"));
+  EXPECT_THAT(stage.recorded, ElementsAre("first begins", "first ends", "third begins", "third ends"));
 }
 
-TEST(TaskSemaphore, WaitersLeftBehindAreNeverResumedAndMayGoBeforeOrAfter) {
-  std::vector<int> noted;
+TEST(TaskSemaphore, WaitersMayBeDestroyedBeforeOrAfterTheSemaphore) {
+  std::vector<int> recorded;
   auto semaphore = std::make_unique<TaskSemaphore>(0);
   std::vector<Task> tasks;
-  for (int i = 0; i < 4; ++i) tasks.push_back(noteWhenItHasASlot(*semaphore, noted, i));
+  for (int i = 0; i < 4; ++i) tasks.push_back(recordWhenItHasASlot(*semaphore, recorded, i));
   tasks.pop_back();
   semaphore.reset();
-  EXPECT_THAT(noted, IsEmpty());
+  EXPECT_THAT(recorded, IsEmpty());
   for (const Task& task : tasks) EXPECT_FALSE(task.isDone());
 }
 
@@ -164,7 +164,7 @@ Task act(TaskSemaphore& semaphore, const std::function<void()>& action) {
 }
 
 TEST(TaskSemaphore, AResumedCoroutineMayDestroyTheSemaphore) {
-  std::vector<int> noted;
+  std::vector<int> recorded;
   auto semaphore = std::make_unique<TaskSemaphore>(0);
   std::optional<Task> destroyed;
   const std::function<void()> destroy = [&] {
@@ -173,36 +173,36 @@ TEST(TaskSemaphore, AResumedCoroutineMayDestroyTheSemaphore) {
     destroyed.reset();
   };
   const Task destroyer = act(*semaphore, destroy);
-  destroyed.emplace(noteWhenItHasASlot(*semaphore, noted, 1));
-  const Task withSlot = noteWhenItHasASlot(*semaphore, noted, 2);
-  const Task withoutSlot = noteWhenItHasASlot(*semaphore, noted, 3);
+  destroyed.emplace(recordWhenItHasASlot(*semaphore, recorded, 1));
+  const Task withSlot = recordWhenItHasASlot(*semaphore, recorded, 2);
+  const Task withoutSlot = recordWhenItHasASlot(*semaphore, recorded, 3);
   semaphore->signal();
   EXPECT_TRUE(destroyer.isDone());
-  EXPECT_THAT(noted, ElementsAre(2));
+  EXPECT_THAT(recorded, ElementsAre(2));
   EXPECT_FALSE(withoutSlot.isDone());
 }
 
-TEST(TaskSemaphore, ThreadsAndCoroutinesStandInOneLine) {
+TEST(TaskSemaphore, ThreadsAndCoroutinesShareOneQueue) {
   TaskSemaphore semaphore(1);
   semaphore.waitBlocking();
-  std::vector<int> noted;
+  std::vector<int> recorded;
   std::list<test::WatchedThread> threads;
   std::vector<Task> tasks;
   for (int i = 0; i < 8; ++i) {
     if (i % 3 == 0) {
-      tasks.push_back(noteAndPassOn(semaphore, noted, i));
+      tasks.push_back(recordAndPassOn(semaphore, recorded, i));
     } else {
-      threads.emplace_back([&semaphore, &noted, i] {
+      threads.emplace_back([&semaphore, &recorded, i] {
         semaphore.waitBlocking();
         const SignalAtScopeEnd atEnd(semaphore);
-        noted.push_back(i);
+        recorded.push_back(i);
       });
       ASSERT_TRUE(threads.back().waitUntilAsleep());
     }
   }
   semaphore.signal();
   threads.clear();
-  EXPECT_THAT(noted, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
+  EXPECT_THAT(recorded, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
   EXPECT_EQ(semaphore.activeTasks(), 0);
 }
 
@@ -232,7 +232,7 @@ Task workOften(Workshop& workshop, int times) {
   }
 }
 
-TEST(TaskSemaphore, NeverMoreThanTheLimitAreAtWorkOnManyThreads) {
+TEST(TaskSemaphore, NeverMoreThanTheLimitRunOnManyThreads) {
   constexpr int times = 150;
   Workshop workshop;
   std::vector<std::vector<Task>> tasks(4);
@@ -259,8 +259,8 @@ TEST(TaskSemaphore, NeverMoreThanTheLimitAreAtWorkOnManyThreads) {
   }
 }
 
-// A plain number, which only the slot guards.
-TEST(TaskSemaphore, OrdersWhatIsDoneUnderASlot) {
+// The number is guarded by the slot only.
+TEST(TaskSemaphore, OrdersMemoryAccessesUnderASlot) {
   constexpr int times = 20000;
   TaskSemaphore semaphore(1);
   int number = 0;
@@ -278,10 +278,10 @@ TEST(TaskSemaphore, OrdersWhatIsDoneUnderASlot) {
   EXPECT_EQ(number, 2 * times);
 }
 
-TEST(TaskSemaphore, OfTwoSignalsForOneWaiterOneGivesBackTheSlot) {
+TEST(TaskSemaphore, OfTwoSignalsForOneWaiterOneReleasesTheSlot) {
   constexpr int rounds = 5000;
   TaskSemaphore semaphore(1);
-  std::vector<int> noted;
+  std::vector<int> recorded;
   std::barrier<> gate(3);
   const auto signalOften = [&] {
     for (int round = 0; round < rounds; ++round) {
@@ -294,16 +294,16 @@ TEST(TaskSemaphore, OfTwoSignalsForOneWaiterOneGivesBackTheSlot) {
   const std::jthread other(signalOften);
   for (int round = 0; round < rounds; ++round) {
     semaphore.waitBlocking();
-    const Task task = noteWhenItHasASlot(semaphore, noted, round);
+    const Task task = recordWhenItHasASlot(semaphore, recorded, round);
     gate.arrive_and_wait();
     gate.arrive_and_wait();
     EXPECT_TRUE(task.isDone());
     EXPECT_EQ(semaphore.activeTasks(), 0);
   }
-  EXPECT_EQ(noted.size(), rounds);
+  EXPECT_EQ(recorded.size(), rounds);
 }
 
-TEST(TaskSemaphore, MayGoOnceAThreadHasItsSlot) {
+TEST(TaskSemaphore, MayBeDestroyedOnceAThreadHasItsSlot) {
   for (int round = 0; round < 30; ++round) {
     auto semaphore = std::make_unique<TaskSemaphore>(0);
     test::WatchedThread thread([&] { semaphore->waitBlocking(); });
@@ -313,19 +313,19 @@ TEST(TaskSemaphore, MayGoOnceAThreadHasItsSlot) {
   }
 }
 
-TEST(TaskSemaphoreDeathTest, StopsWhenItGoesWhileAnotherThreadHasNotedAWaiter) {
+TEST(TaskSemaphoreDeathTest, TerminatesIfDestroyedWhileAnotherThreadHasScheduledAWaiter) {
   auto semaphore = std::make_unique<TaskSemaphore>(0);
-  const std::function<void()> noteAndDestroyElsewhere = [&] {
+  const std::function<void()> scheduleAndDestroyElsewhere = [&] {
     semaphore->signal();
     std::jthread([&] { semaphore.reset(); }).join();
   };
   const std::function<void()> nothing = [] {};
-  const Task first = act(*semaphore, noteAndDestroyElsewhere);
+  const Task first = act(*semaphore, scheduleAndDestroyElsewhere);
   const Task second = act(*semaphore, nothing);
   EXPECT_DEATH(semaphore->signal(), "fatal: TaskSemaphore destroyed while another thread");
 }
 
-TEST(TaskSemaphoreDeathTest, StopsWhenItGoesUnderAWaitingThread) {
+TEST(TaskSemaphoreDeathTest, TerminatesIfDestroyedWhileAThreadWaits) {
   EXPECT_DEATH(
       {
         auto semaphore = std::make_unique<TaskSemaphore>(0);

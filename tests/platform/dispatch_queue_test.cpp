@@ -29,7 +29,7 @@ Queue concurrent(const std::string& label, Queue target = nullptr) {
                                          AutoreleaseFrequency::inherit, std::move(target));
 }
 
-TEST(DispatchQueue, CanBeAskedForItsSettings) {
+TEST(DispatchQueue, ReturnsItsSettings) {
   const Queue queue = concurrent("cards", DispatchQueue::global(Qos::background));
   EXPECT_EQ(queue->label(), "cards");
   EXPECT_EQ(queue->qualityOfService(), Qos::utility);
@@ -43,7 +43,7 @@ TEST(DispatchQueue, CanBeAskedForItsSettings) {
   }
 }
 
-TEST(DispatchQueue, RunsBlocksOnTheCallingThreadAndOutlivesWhatTheyThrow) {
+TEST(DispatchQueue, RunsBlocksOnTheCallingThreadAndPassesExceptionsOn) {
   for (const Queue& queue : {serial("serial"), concurrent("concurrent", serial("target"))}) {
     std::thread::id thread;
     queue->sync([&] { thread = std::this_thread::get_id(); });
@@ -56,8 +56,8 @@ TEST(DispatchQueue, RunsBlocksOnTheCallingThreadAndOutlivesWhatTheyThrow) {
   }
 }
 
-// Two plain blocks that come while a barrier leaves, each of which waits until the other is in.
-TEST(DispatchQueue, NoPlainBlockWaitsForAnotherWithoutABarrier) {
+// Two plain blocks arrive while a barrier ends, and each waits inside for the other: a lost wake-up would hang.
+TEST(DispatchQueue, PlainBlocksThatArriveAsABarrierEndsRunTogether) {
   constexpr int rounds = 5000;
   DispatchQueue queue("queue", Qos::unspecified, DispatchQueueAttributes::concurrent);
   std::atomic<int> round = 0;
@@ -89,12 +89,12 @@ TEST(DispatchQueue, NoPlainBlockWaitsForAnotherWithoutABarrier) {
   EXPECT_FALSE(isStuck);
 }
 
-// Each letter is a thread that comes after those before it: r submits a plain block, w a barrier block.
-TEST(DispatchQueue, LetsBlocksInAsTheyCame) {
+// Each letter is a thread that arrives after those before it: r submits a plain block, w a barrier block.
+TEST(DispatchQueue, RunsBlocksInFifoOrder) {
   struct Case {
     DispatchQueueAttributes attributes;
-    char first;                       // has its turn while the others come
-    std::vector<std::string> groups;  // how they come, and who is let in together
+    char first;                       // has its turn while the others arrive
+    std::vector<std::string> groups;  // in order of arrival; a group runs together
   };
   const Case cases[] = {
       {DispatchQueueAttributes::concurrent, 'w', {"rr", "w", "r", "w", "w", "rrr"}},
@@ -108,28 +108,28 @@ TEST(DispatchQueue, LetsBlocksInAsTheyCame) {
     };
     std::mutex mutex;
     std::vector<std::size_t> entered;
-    std::list<std::latch> groupIsIn;
-    std::latch othersHaveCome(1);
+    std::list<std::latch> groupIsRunning;
+    std::latch othersHaveArrived(1);
     std::list<test::WatchedThread> threads;
-    threads.emplace_back([&] { submit(each.first, [&] { othersHaveCome.wait(); }); });
+    threads.emplace_back([&] { submit(each.first, [&] { othersHaveArrived.wait(); }); });
     ASSERT_TRUE(threads.back().waitUntilAsleep());
     for (std::size_t group = 0; group < each.groups.size(); ++group) {
-      // Blocks of one group are inside together, or none of them gets on.
-      groupIsIn.emplace_back(static_cast<std::ptrdiff_t>(each.groups[group].size()));
+      // No block of a group ends before all of them have begun.
+      groupIsRunning.emplace_back(static_cast<std::ptrdiff_t>(each.groups[group].size()));
       for (const char kind : each.groups[group]) {
-        threads.emplace_back([&, kind, group, &isIn = groupIsIn.back()] {
+        threads.emplace_back([&, kind, group, &isRunning = groupIsRunning.back()] {
           submit(kind, [&] {
             {
               const std::lock_guard guard(mutex);
               entered.push_back(group);
             }
-            isIn.arrive_and_wait();
+            isRunning.arrive_and_wait();
           });
         });
         EXPECT_TRUE(threads.back().waitUntilAsleep()) << "overtook: " << kind << " of group " << group;
       }
     }
-    othersHaveCome.count_down();
+    othersHaveArrived.count_down();
     threads.clear();
     EXPECT_TRUE(std::ranges::is_sorted(entered));
   }
@@ -138,13 +138,13 @@ TEST(DispatchQueue, LetsBlocksInAsTheyCame) {
 TEST(DispatchQueue, NeitherReadersNorWritersStarve) {
   const Queue queue = concurrent("queue");
   constexpr int writes = 300;
-  // Two halves of one value, without a guard of their own: the sanitizer sees what the queue does not keep apart.
+  // Not guarded by anything else, so that the thread sanitizer sees a queue that does not exclude.
   int left = 0;
   int right = 0;
   std::vector<std::jthread> threads;
   for (int i = 0; i < 3; ++i) {
     threads.emplace_back([&] {
-      // Readers come without a pause until all is written.
+      // Readers arrive without a pause until everything is written.
       for (int seen = 0; seen < 2 * writes;) {
         queue->sync([&] {
           EXPECT_EQ(left, -right);
@@ -167,14 +167,14 @@ TEST(DispatchQueue, NeitherReadersNorWritersStarve) {
   EXPECT_EQ(left, 2 * writes);
 }
 
-TEST(DispatchQueue, TargetDecidesWhichQueuesKeepEachOtherWaiting) {
+TEST(DispatchQueue, QueuesWithACommonSerialTargetExcludeEachOther) {
   const Queue serialTarget = serial("serial target");
   const Queue concurrentTarget = concurrent("concurrent target", DispatchQueue::global(Qos::utility));
   const Queue global = DispatchQueue::global(Qos::utility);
   struct Case {
     Queue one;
     Queue other;
-    bool isSideBySide;
+    bool isConcurrent;
   };
   const Case cases[] = {
       {serial("a"), serial("b"), true},
@@ -182,12 +182,12 @@ TEST(DispatchQueue, TargetDecidesWhichQueuesKeepEachOtherWaiting) {
       {serial("a", serialTarget), serial("b", serialTarget), false},
       {serial("a", serial("between", serialTarget)), serialTarget, false},
       {concurrent("a", serialTarget), concurrent("b", serialTarget), false},
-      {concurrent("a", concurrentTarget), concurrent("b", concurrentTarget), true},  // a barrier only on a itself
+      {concurrent("a", concurrentTarget), concurrent("b", concurrentTarget), true},  // a barrier on "a" only
       {serial("a", concurrentTarget), concurrentTarget, true},
       {concurrentTarget, serial("b", concurrentTarget), false},
       {global, global, true},
   };
-  for (const auto& [one, other, isSideBySide] : cases) {
+  for (const auto& [one, other, isConcurrent] : cases) {
     bool otherWaited = false;
     {
       std::list<test::WatchedThread> thread;
@@ -196,11 +196,11 @@ TEST(DispatchQueue, TargetDecidesWhichQueuesKeepEachOtherWaiting) {
         otherWaited = thread.back().waitUntilAsleep();
       });
     }
-    EXPECT_EQ(otherWaited, !isSideBySide) << one->label() << " and " << other->label();
+    EXPECT_EQ(otherWaited, !isConcurrent) << one->label() << " and " << other->label();
   }
 }
 
-TEST(DispatchQueueDeathTest, StopsABlockThatWouldWaitForItself) {
+TEST(DispatchQueueDeathTest, TerminatesIfABlockWouldWaitForItself) {
   const Queue target = serial("the\x1bqueue");
   const Queue above = concurrent("above", target);
   const Queue beside = serial("beside", target);
@@ -213,11 +213,11 @@ TEST(DispatchQueueDeathTest, StopsABlockThatWouldWaitForItself) {
   EXPECT_DEATH(beside->sync([&] { above->sync([] {}); }), message);
   Queue owned = serial("owned");
   EXPECT_DEATH(owned->sync([&] { owned.reset(); }), "\"owned\": a block that is running on the queue destroys it");
-  // Two plain blocks would hang as soon as a barrier came between them.
+  // Two plain blocks would deadlock as soon as a barrier arrived between them.
   EXPECT_DEATH(above->sync([&] { above->sync([] {}); }), "\"above\": a block that is running");
 }
 
-TEST(DispatchQueue, SubmitsFromABlockToOtherQueuesAndAfterwardsAgain) {
+TEST(DispatchQueue, BlocksMaySubmitToOtherQueues) {
   const Queue global = DispatchQueue::global(Qos::default_);
   const Queue one = serial("one", global);
   const Queue two = serial("two", global);
@@ -225,7 +225,7 @@ TEST(DispatchQueue, SubmitsFromABlockToOtherQueuesAndAfterwardsAgain) {
   const auto count = [&] { ++runs; };
   one->sync([&] { two->sync([&] { global->barrierSync([&] { global->sync(count); }); }); });
   two->sync([&] { one->sync(count); });
-  // Another thread has turns of its own.
+  // Turns belong to a thread.
   one->sync([&] { std::jthread([&] { two->sync(count); }); });
   EXPECT_EQ(runs, 3);
 }

@@ -12,12 +12,12 @@ namespace {
 
 namespace filesystem = std::filesystem;
 
-TEST(FileQueries, FollowLinksToWhatTheyLeadTo) {
-  const test::TemporaryFolder folder;
-  const std::string root = folder.path().string();
-  const std::string file = folder.write("\xff\n.mov", "");
-  filesystem::create_directory(root + "/.folder");
-  filesystem::create_directory_symlink(root + "/.folder", root + "/to folder");
+TEST(FileQueries, FollowLinks) {
+  const test::TemporaryFolder temporary;
+  const std::string root = temporary.path().string();
+  const std::string file = temporary.write("\xff\n.mov", "");
+  filesystem::create_directory(root + "/.directory");
+  filesystem::create_directory_symlink(root + "/.directory", root + "/to directory");
   filesystem::create_symlink("nowhere", root + "/.dangling");
   filesystem::create_symlink("circle", root + "/circle");
   filesystem::create_symlink(std::filesystem::path(file).filename().string() + "/x", root + "/to below a file");
@@ -27,18 +27,18 @@ TEST(FileQueries, FollowLinksToWhatTheyLeadTo) {
     std::string path;
     bool exists, isDirectory;
     Hidden isHidden;
-    std::errc lookUpFault = {};
+    std::errc lookupError = {};
   } cases[] = {
       {file, true, false, false},
       {file + "/", false, false, std::nullopt, std::errc::not_a_directory},
       {root + "/to below a file", false, false, false},
       {root + "/too far", false, false, false, std::errc::filename_too_long},
       {root, true, true, false},
-      {root + "/.folder", true, true, true},
-      {root + "/.folder/", true, true, true},
-      {root + "/.folder/.", true, true, false},
-      {root + "/.folder/..", true, true, false},
-      {root + "/to folder", true, true, false},
+      {root + "/.directory", true, true, true},
+      {root + "/.directory/", true, true, true},
+      {root + "/.directory/.", true, true, false},
+      {root + "/.directory/..", true, true, false},
+      {root + "/to directory", true, true, false},
       {root + "/.dangling", false, false, true},
       {root + "/circle", false, false, false},
       {root + "/.missing", false, false, std::nullopt},
@@ -48,18 +48,18 @@ TEST(FileQueries, FollowLinksToWhatTheyLeadTo) {
       {"", false, false, std::nullopt},
       {"/", true, true, false},
   };
-  for (const auto& [path, exists, isDirectory, isHidden, fault] : cases) {
+  for (const auto& [path, exists, isDirectory, isHidden, error] : cases) {
     EXPECT_EQ(pathExists(path), exists) << path;
     EXPECT_EQ(pathIsDirectory(path), isDirectory) << path;
     EXPECT_EQ(pathIsHidden(path), isHidden) << path;
     EXPECT_EQ(nameIsTaken(path), isHidden.has_value()) << path;
-    EXPECT_EQ(lookUpFault(path), fault == std::errc() ? std::error_code() : make_error_code(fault)) << path;
+    EXPECT_EQ(lookupError(path), error == std::errc() ? std::error_code() : make_error_code(error)) << path;
   }
 }
 
-TEST(FileQueries, AVolumeHoldsTheLinksThatCanBeMadeOnIt) {
-  const test::TemporaryFolder folder;
-  const std::string file = folder.write("file", "");
+TEST(FileQueries, AVolumeSupportsTheLinksThatCanBeCreatedOnIt) {
+  const test::TemporaryFolder temporary;
+  const std::string file = temporary.write("file", "");
   std::error_code symbolic;
   std::error_code hard;
   filesystem::create_symlink("file", file + " symbolic", symbolic);

@@ -11,9 +11,9 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Url, CutsPathsAtTheirComponents) {
+TEST(Url, SplitsPathsIntoComponents) {
   const struct {
-    std::string_view path, last, extension, folder, withoutExtension, standardized;
+    std::string_view path, last, extension, directory, withoutExtension, standardized;
   } cases[] = {
       {"/card/clip.mov", "clip.mov", "mov", "/card", "/card/clip", "/card/clip.mov"},
       {"/card//clip.mov//", "clip.mov", "mov", "/card", "/card//clip//", "/card/clip.mov"},
@@ -37,13 +37,13 @@ TEST(Url, CutsPathsAtTheirComponents) {
       {"/a%20b.m%2Fv", "a%20b.m%2Fv", "m%2Fv", "/", "/a%20b", "/a%20b.m%2Fv"},
       {"/\xff\n.\xfe", "\xff\n.\xfe", "\xfe", "/", "/\xff\n", "/\xff\n.\xfe"},
   };
-  for (const auto& [path, last, extension, folder, withoutExtension, standardized] : cases) {
+  for (const auto& [path, last, extension, directory, withoutExtension, standardized] : cases) {
     const Url url = Url::fromFilePath(std::string(path));
     EXPECT_EQ(url.path(), path);
     EXPECT_EQ(url.scheme(), "file");
     EXPECT_EQ(url.lastPathComponent(), last) << path;
     EXPECT_EQ(url.pathExtension(), extension) << path;
-    EXPECT_EQ(url.deletingLastPathComponent().path(), folder) << path;
+    EXPECT_EQ(url.deletingLastPathComponent().path(), directory) << path;
     EXPECT_EQ(url.deletingPathExtension().path(), withoutExtension) << path;
     EXPECT_EQ(url.standardized().path(), standardized) << path;
   }
@@ -53,7 +53,7 @@ TEST(Url, CutsPathsAtTheirComponents) {
   EXPECT_THAT(Url::fromFilePath("/").pathComponents(), ElementsAre("/"));
 }
 
-TEST(Url, JoinsComponentsByOneSeparator) {
+TEST(Url, AppendsComponentsAfterOneSeparator) {
   const struct {
     std::string_view path, component, joined;
   } cases[] = {
@@ -79,13 +79,13 @@ std::string randomText(std::mt19937& random, std::string_view characters, std::s
   return text;
 }
 
-TEST(Url, PathsAreMadeOfTheirPieces) {
+TEST(Url, APathEqualsItsPartsJoined) {
   std::mt19937 random(5);
   for (int round = 0; round < 20000; ++round) {
     const Url url = Url::fromFilePath(randomText(random, "/.ab", 9));
     const std::string name(url.lastPathComponent());
     if (!name.empty()) {
-      // Deleting the last component and joining it again gives the same item.
+      // Deleting the last component and appending it again names the same item.
       const Url again = url.deletingLastPathComponent().appendingPathComponent(name);
       EXPECT_EQ(again.lastPathComponent(), name);
       EXPECT_EQ(again.standardized(), url.standardized()) << url.path();
@@ -101,7 +101,7 @@ TEST(Url, PathsAreMadeOfTheirPieces) {
   }
 }
 
-TEST(Url, ReadsTextsAsRfc3986Does) {
+TEST(Url, ParsesTextByRfc3986) {
   const auto url = Url::fromText("HTTPS://me:p%40@[::1]:8080/a%20b/100%25.mov?x=/1#t=2");
   ASSERT_TRUE(url);
   EXPECT_EQ(url->scheme(), "HTTPS");
@@ -123,7 +123,8 @@ TEST(Url, ReadsTextsAsRfc3986Does) {
       {"file:////a", "//a"},     {"file:///%FF%0a", "/\xff\n"}, {"file:", ""},
   };
   for (const auto& [text, path] : files) EXPECT_EQ(Url::fromText(text), Url::fromFilePath(std::string(path))) << text;
-  for (const std::string_view text : {"FILE:///a", "file://server/a", "file:///a?x", "mailto:a@b", "x:/%2Fa"}) {
+  for (const std::string_view text : {"FILE:///a", "file://server/a", "file:///a?x", "mailto:a@b", "x:/%2Fa",
+                                      "https://[::1]:8080/a", "https://[::1]/a", "https://[::1]:/a"}) {
     ASSERT_TRUE(Url::fromText(text)) << text;
     EXPECT_EQ(Url::fromText(text)->text(), text);
   }
@@ -141,8 +142,12 @@ TEST(Url, ReadsTextsAsRfc3986Does) {
                                       "http://h/%2",
                                       "http://h/%+1",
                                       "http://h:80x/",
+                                      "http://h:x/",
+                                      "http://[<]/",
                                       "http://h[1]/",
                                       "http://[::1/",
+                                      "http://[::1]8080/",
+                                      "http://[::1]:80x/",
                                       "http://a@b@c/",
                                       "http://h/[",
                                       "http://h/?a b",
@@ -153,7 +158,7 @@ TEST(Url, ReadsTextsAsRfc3986Does) {
   }
 }
 
-TEST(Url, EveryAddressComesBackFromItsText) {
+TEST(Url, RoundTripsThroughItsText) {
   std::mt19937 random(7);
   std::string bytes;
   for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);

@@ -20,9 +20,9 @@
 namespace meridian {
 namespace {
 
-TEST(Localization, TranslatorMayBeReplacedWhileOthersUseIt) {
+TEST(Localization, TheTranslatorMayBeReplacedWhileInUse) {
   EXPECT_EQ(localized("text"), "text");
-  // Each translator owns its mark, so that the use of one that is gone shows.
+  // Each translator owns its mark, so that the sanitizers see the use of a destroyed one.
   const auto setMark = [](int i) {
     const auto mark = std::make_shared<std::string>(100, static_cast<char>('0' + i % 10));
     setTranslator([mark](std::string_view text) { return *mark + std::string(text); });
@@ -47,12 +47,12 @@ TEST(Localization, TranslatorMayBeReplacedWhileOthersUseIt) {
   EXPECT_EQ(localized("text"), "text");
 }
 
-TEST(Localization, DefaultReadsTheCatalogueOfTheLanguageInUse) {
+TEST(Localization, TheDefaultReadsTheCatalogueOfTheCurrentLocale) {
   if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr) GTEST_SKIP() << "no locale C.UTF-8";
-  unsetenv("LANGUAGE");  // it would outrank the locale
+  unsetenv("LANGUAGE");  // it overrides the locale
   const auto root = std::filesystem::path(testing::TempDir()) / ("meridian-test-" + std::to_string(getpid()));
-  const auto folder = root / "C.UTF-8/LC_MESSAGES";
-  std::filesystem::create_directories(folder);
+  const auto directory = root / "C.UTF-8/LC_MESSAGES";
+  std::filesystem::create_directories(directory);
   std::ofstream(root / "meridian.po") << R"po(
 msgid ""
 msgstr "Content-Type: text/plain; charset=UTF-8\n"
@@ -65,9 +65,9 @@ msgstr "Eigene Größe"
 msgid "Canon"
 msgstr "キヤノン"
 )po";
-  const test::Outcome made =
-      test::run({"msgfmt", "--check", "-o", (folder / "meridian.mo").string(), (root / "meridian.po").string()});
-  ASSERT_EQ(made.status, 0) << made.errors;
+  const test::Outcome compiled =
+      test::run({"msgfmt", "--check", "-o", (directory / "meridian.mo").string(), (root / "meridian.po").string()});
+  ASSERT_EQ(compiled.status, 0) << compiled.errors;
   bindtextdomain("meridian", root.c_str());
 
   EXPECT_EQ(VideoDimension::sevenTwentyP.localizedString(), "HD \u2013 1280 \u00d7 720");

@@ -12,28 +12,28 @@ namespace meridian {
 namespace {
 
 std::mutex mutex;
-std::vector<std::string> noted;
+std::vector<std::string> recorded;
 
-struct NotingLogger : Logger {
+struct RecordingLogger : Logger {
   void log(LogLevel level, std::string_view message) override {
     const std::lock_guard lock(mutex_);
-    noted.push_back(std::string(rawValue(level)) + ": " + std::string(message));
+    recorded.push_back(std::string(rawValue(level)) + ": " + std::string(message));
   }
-  std::mutex& mutex_ = mutex;  // a member, gone with the object
+  std::mutex& mutex_ = mutex;  // a member, so that the sanitizers see the use of a destroyed logger
 };
 
-struct LoggerThatLogsAsItGoes : NotingLogger {
-  ~LoggerThatLogsAsItGoes() override { meridian::log(LogLevel::info, "MRD_TEST_D-", "gone"); }
+struct LoggerThatLogsInItsDestructor : RecordingLogger {
+  ~LoggerThatLogsInItsDestructor() override { meridian::log(LogLevel::info, "MRD_TEST_D-", "destroyed"); }
 };
 
 class LoggerTest : public testing::Test {
  protected:
-  LoggerTest() { noted.clear(); }
+  LoggerTest() { recorded.clear(); }
   ~LoggerTest() override { setLogger(nullptr); }
 };
 
 TEST_F(LoggerTest, EveryMessageReachesOneLoggerWhileLoggersAreReplaced) {
-  setLogger(std::make_shared<NotingLogger>());
+  setLogger(std::make_shared<RecordingLogger>());
   std::atomic<int> running = 3;
   std::vector<std::thread> threads;
   std::vector<std::string> expected;
@@ -43,30 +43,30 @@ TEST_F(LoggerTest, EveryMessageReachesOneLoggerWhileLoggersAreReplaced) {
       for (int i = 0; i < 1000; ++i) log(LogLevel::info, "MRD_TEST_A1-", name + std::to_string(i));
       --running;
     });
-    // The logger before goes as soon as nobody uses it any more.
+    // The replaced logger is destroyed once no thread uses it.
     threads.emplace_back([&running] {
-      while (running > 0) setLogger(std::make_shared<NotingLogger>());
+      while (running > 0) setLogger(std::make_shared<RecordingLogger>());
     });
   }
   for (std::thread& thread : threads) thread.join();
   std::ranges::sort(expected);
-  std::ranges::sort(noted);
-  EXPECT_EQ(noted, expected);
+  std::ranges::sort(recorded);
+  EXPECT_EQ(recorded, expected);
 }
 
-TEST_F(LoggerTest, NullBringsBackTheOneThatWritesAnEscapedLineToStandardError) {
-  setLogger(std::make_shared<NotingLogger>());
+TEST_F(LoggerTest, NullRestoresTheLoggerThatWritesEscapedLinesToStandardError) {
+  setLogger(std::make_shared<RecordingLogger>());
   setLogger(nullptr);
   testing::internal::CaptureStderr();
   log(LogLevel::error, "MRD_TEST_B-", "clip\ninfo: forged\x1b[2J\xff");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "error: MRD_TEST_B-clip\\ninfo: forged\\x1b[2J\\xff\n");
-  EXPECT_TRUE(noted.empty());
+  EXPECT_TRUE(recorded.empty());
 }
 
-TEST_F(LoggerTest, OldLoggerMayLogAsItGoes) {
-  setLogger(std::make_shared<LoggerThatLogsAsItGoes>());
-  setLogger(std::make_shared<NotingLogger>());
-  EXPECT_EQ(noted, std::vector<std::string>{"info: MRD_TEST_D-gone"});
+TEST_F(LoggerTest, AReplacedLoggerMayLogInItsDestructor) {
+  setLogger(std::make_shared<LoggerThatLogsInItsDestructor>());
+  setLogger(std::make_shared<RecordingLogger>());
+  EXPECT_EQ(recorded, std::vector<std::string>{"info: MRD_TEST_D-destroyed"});
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// The smallest coroutine that a test can start and hold.
+/// \file
+/// The smallest coroutine that a test can start and hold.
 #pragma once
 
 #include <coroutine>
@@ -7,7 +8,7 @@
 
 namespace meridian::test {
 
-/// Begins at once, on the caller's thread. The coroutine's frame lives as long as this object, finished or not.
+/// Begins at once, on the caller's thread. Owns the coroutine's frame, finished or not.
 class Task {
  public:
   struct promise_type {

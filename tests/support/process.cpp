@@ -32,8 +32,8 @@ std::string contentsOf(FILE* file) {
   return contents;
 }
 
-[[noreturn]] void become(const std::vector<std::string>& command, const Surroundings& surroundings) {
-  for (const std::string& setting : surroundings.environment) {
+[[noreturn]] void become(const std::vector<std::string>& command, const RunOptions& options) {
+  for (const std::string& setting : options.environment) {
     const std::size_t equals = setting.find('=');
     setenv(setting.substr(0, equals).c_str(), setting.substr(equals + 1).c_str(), 1);
   }
@@ -52,25 +52,25 @@ int statusOf(pid_t child) {
 
 }  // namespace
 
-Outcome run(const std::vector<std::string>& command, const Surroundings& surroundings) {
+Outcome run(const std::vector<std::string>& command, const RunOptions& options) {
   const File output = temporaryFile();
   const File errors = temporaryFile();
   const pid_t child = fork();
   if (child == 0) {
-    const int to = surroundings.outputFile.empty() ? fileno(output.get())
-                                                   : open(surroundings.outputFile.c_str(), O_WRONLY | O_CLOEXEC);
+    const int to =
+        options.outputFile.empty() ? fileno(output.get()) : open(options.outputFile.c_str(), O_WRONLY | O_CLOEXEC);
     dup2(to, STDOUT_FILENO);
     dup2(fileno(errors.get()), STDERR_FILENO);
-    become(command, surroundings);
+    become(command, options);
   }
   const int status = statusOf(child);
   return {status, contentsOf(output.get()), contentsOf(errors.get())};
 }
 
-Outcome runOnTerminal(const std::vector<std::string>& command, const Surroundings& surroundings) {
+Outcome runOnTerminal(const std::vector<std::string>& command, const RunOptions& options) {
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
-  if (child == 0) become(command, surroundings);
+  if (child == 0) become(command, options);
   Outcome outcome;
   std::array<char, 4096> buffer{};
   ssize_t count = 0;

@@ -1,4 +1,5 @@
-// Runs a real program and collects what it wrote.
+/// \file
+/// Run a real program and collect its output.
 #pragma once
 
 #include <string>
@@ -7,23 +8,23 @@
 namespace meridian::test {
 
 struct Outcome {
-  /// The exit status; 128 and more for a program that a signal ended.
+  /// The exit status; 128 plus the signal for a program that a signal ended.
   int status = 0;
   std::string output;
   std::string errors;
 };
 
-struct Surroundings {
-  /// "NAME=value" in place of, or beside, the test's own environment.
+struct RunOptions {
+  /// "NAME=value" settings, added to the test's own environment or replacing it there.
   std::vector<std::string> environment;
-  /// A file to write standard output to instead of collecting it.
+  /// The file that receives standard output; if empty, it is collected.
   std::string outputFile;
 };
 
-/// Runs the program with these words, without a shell, and waits for it.
-Outcome run(const std::vector<std::string>& command, const Surroundings& surroundings = {});
+/// Runs the program with these arguments, without a shell, and waits for it.
+Outcome run(const std::vector<std::string>& command, const RunOptions& options = {});
 
-/// Runs the program on a terminal of its own; `output` is what it wrote there.
-Outcome runOnTerminal(const std::vector<std::string>& command, const Surroundings& surroundings = {});
+/// Runs the program on its own terminal; `output` is what it wrote there.
+Outcome runOnTerminal(const std::vector<std::string>& command, const RunOptions& options = {});
 
 }  // namespace meridian::test

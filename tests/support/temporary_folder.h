@@ -1,4 +1,5 @@
-// A place for the files of a test.
+/// \file
+/// A directory for the files of a test.
 #pragma once
 
 #include <cstdlib>
@@ -9,7 +10,7 @@
 
 namespace meridian::test {
 
-/// A folder that goes away with its files.
+/// A new directory that is removed with its files.
 class TemporaryFolder {
  public:
   explicit TemporaryFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
@@ -20,7 +21,7 @@ class TemporaryFolder {
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
   ~TemporaryFolder() { std::filesystem::remove_all(path_); }
 
-  /// Writes a file and gives its path.
+  /// Writes a file and returns its path.
   std::string write(const std::string& name, std::string_view content) const {
     const std::string path = (path_ / name).string();
     std::ofstream(path, std::ios::binary) << content;

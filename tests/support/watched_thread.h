@@ -1,4 +1,5 @@
-// A thread that a test can see falling asleep, so that threads can be lined up in a known order.
+/// \file
+/// A thread that a test can observe going to sleep, so that threads arrive in a known order.
 #pragma once
 
 #include <unistd.h>
@@ -13,7 +14,7 @@
 
 namespace meridian::test {
 
-/// Runs the work and is joined at the end.
+/// Runs the work, and is joined by its destructor.
 class WatchedThread {
  public:
   explicit WatchedThread(std::function<void()> work)
@@ -23,10 +24,10 @@ class WatchedThread {
           isDone_ = true;
         }) {}
 
-  /// Returns true when the thread sleeps, which means that it waits for another, and false when its work is done.
+  /// Returns true once the thread sleeps, which means that it waits for another one; false if its work is done first.
   bool waitUntilAsleep() {
     int timesAsleep = 0;
-    while (timesAsleep < 5) {  // a moment's sleep is none
+    while (timesAsleep < 5) {  // a brief sleep does not count
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
       if (isDone_) return false;
       timesAsleep = isAsleep() ? timesAsleep + 1 : 0;

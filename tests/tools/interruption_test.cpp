@@ -8,7 +8,7 @@
 namespace meridian::command {
 namespace {
 
-TEST(InterruptionsHeldDeathTest, LetAnInterruptionWait) {
+TEST(InterruptionsHeldDeathTest, DelaysASignalToTheEndOfTheScope) {
   const auto interrupted = [] {
     {
       const InterruptionsHeld held;

@@ -485,11 +485,11 @@ TEST_F(LutCommand, PlotSaysThatThisBuildCannotDraw) {
 TEST(LutDemonstration, ShowsAImageBeforeAndAfterAndLeavesNothingBehind) {
   const fs::path folder = fs::temp_directory_path() / "meridian-demonstration";
   fs::create_directories(folder);
-  const test::Surroundings surroundings{{"TMPDIR=" + folder.string(), "TERM=xterm"}, {}};
-  const Outcome plain = test::run({MERIDIAN_COMMAND}, surroundings);
+  const test::RunOptions options{{"TMPDIR=" + folder.string(), "TERM=xterm"}, {}};
+  const Outcome plain = test::run({MERIDIAN_COMMAND}, options);
   EXPECT_EQ(plain.status, 0);
   EXPECT_THAT(plain.output, AllOf(HasSubstr("middle grey"), HasSubstr("3840 x 2160 pixels"), Not(HasSubstr("\x1b"))));
-  const Outcome coloured = test::runOnTerminal({MERIDIAN_COMMAND}, surroundings);
+  const Outcome coloured = test::runOnTerminal({MERIDIAN_COMMAND}, options);
   EXPECT_THAT(coloured.output, AllOf(HasSubstr("\u2580"), HasSubstr("\x1b[38;2;"), Not(HasSubstr("middle grey"))));
   EXPECT_TRUE(fs::is_empty(folder));
   fs::remove_all(folder);

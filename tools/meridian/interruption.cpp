@@ -10,17 +10,17 @@
 namespace meridian::command {
 namespace {
 
-/// The path, in memory that a signal handler may read at any time.
+/// The path, in memory that a signal handler may read.
 constinit std::array<char, 4096> unfinished{};
 
-/// Set while the path above is whole.
+/// Set while the path above is complete.
 constinit volatile std::sig_atomic_t hasUnfinished = 0;
 
 void removeUnfinishedFile() {
   if (hasUnfinished != 0) unlink(unfinished.data());
 }
 
-/// What a user or the system ends a process with.
+/// The signals by which a user or the system ends a process.
 constexpr std::array endings{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 extern "C" void removeUnfinished(int signal) {
@@ -36,7 +36,7 @@ void removeFileOnInterruption(const std::string& path) {
   if (path.empty() || path.size() >= unfinished.size()) return;
   *std::ranges::copy(path, unfinished.begin()).out = '\0';
   hasUnfinished = 1;
-  // Some libraries end the process when they meet a fault.
+  // Some libraries exit on an error.
   static const bool isRegistered = std::atexit(removeUnfinishedFile) == 0;
   static_cast<void>(isRegistered);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGABRT, SIGXFSZ, SIGXCPU}) {

@@ -1,16 +1,25 @@
-// What is left to do when a process is interrupted.
+/// \file
+/// Clean up when the process is interrupted. For example:
+///
+///     removeFileOnInterruption(temporary);
+///     write(temporary);
+///     {
+///       const InterruptionsHeld held;
+///       rename(temporary, final);
+///       removeFileOnInterruption("");
+///     }
 #pragma once
 
 #include <string>
 
 namespace meridian::command {
 
-/// Has the file at this path removed when the process ends early, by a signal of the user or the system, by an abort or
-/// by an exit: the one named last; none after an empty path. The process then ends as it would have.
+/// Registers the one file to remove if the process ends early, by a signal, an abort or an exit; the process then ends
+/// as it would have. Replaces the file registered before; an empty path, or one of 4096 bytes or more, registers none.
 void removeFileOnInterruption(const std::string& path);
 
-/// While it lives, this thread is not interrupted by the signals that a user or the system ends a process with; those
-/// that come meanwhile take effect afterwards. For short work of a program with one thread.
+/// Delays the signals by which a user or the system ends a process to the end of the scope, on this thread. For short
+/// work in a single-threaded program.
 class InterruptionsHeld {
  public:
   InterruptionsHeld() noexcept;
@@ -19,7 +28,7 @@ class InterruptionsHeld {
   ~InterruptionsHeld();
 
  private:
-  /// Those that were not held before, a bit each.
+  /// The signals that were not held before, one bit each.
   unsigned held_ = 0;
 };
 

@@ -8,20 +8,22 @@
 namespace meridian::command {
 namespace {
 
-std::string lastFault() {
+Unexpected<std::string> lastError() {
   const char* const text = dlerror();
-  return text == nullptr ? "unknown" : text;
+  return Unexpected(std::string(text == nullptr ? "unknown" : text));
 }
 
 }  // namespace
 
-ModuleSymbol moduleSymbol(const std::string& path, const std::string& symbol) {
+Expected<void*, std::string> moduleSymbol(const std::string& path, const std::string& symbol) {
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (error) return {.address = nullptr, .fault = error.message()};
-  void* const loaded = dlopen((program.parent_path() / path).c_str(), RTLD_NOW | RTLD_LOCAL);
-  void* const address = loaded == nullptr ? nullptr : dlsym(loaded, symbol.c_str());
-  return {.address = address, .fault = address == nullptr ? lastFault() : ""};
+  if (error) return Unexpected(error.message());
+  void* const module = dlopen((program.parent_path() / path).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module == nullptr) return lastError();
+  void* const address = dlsym(module, symbol.c_str());
+  if (address == nullptr) return lastError();
+  return address;
 }
 
 }  // namespace meridian::command

@@ -1,18 +1,18 @@
-// Code that a program loads when it needs it.
+/// \file
+/// Modules that the program loads when it needs them. For example:
+///
+///     const auto symbol = moduleSymbol("../lib/meridian/images.so", "entry");
+///     if (!symbol) throw CommandError(symbol.error());
 #pragma once
 
 #include <string>
 
+#include "meridian/base/expected.h"
+
 namespace meridian::command {
 
-/// A symbol of a module: its address, or why there is none.
-struct ModuleSymbol {
-  void* address = nullptr;
-  std::string fault;
-};
-
-/// A symbol in a module that lies at this path from the folder of the running program. The module stays loaded to the
-/// program's end.
-[[nodiscard]] ModuleSymbol moduleSymbol(const std::string& path, const std::string& symbol);
+/// Loads the module at a path relative to the running program's directory, and returns the address of a symbol in it.
+/// The error is the dynamic linker's message. The module stays loaded until the program ends.
+[[nodiscard]] Expected<void*, std::string> moduleSymbol(const std::string& path, const std::string& symbol);
 
 }  // namespace meridian::command

@@ -8,7 +8,7 @@
 namespace meridian::command {
 namespace {
 
-bool takesSequences(int stream) noexcept {
+bool acceptsEscapeSequences(int stream) noexcept {
   const char* const terminal = std::getenv("TERM");
   return isatty(stream) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb" &&
          !std::string_view(terminal).empty();
@@ -16,8 +16,8 @@ bool takesSequences(int stream) noexcept {
 
 }  // namespace
 
-bool standardOutputShowsColour() noexcept { return takesSequences(STDOUT_FILENO); }
+bool standardOutputShowsColour() noexcept { return acceptsEscapeSequences(STDOUT_FILENO); }
 
-bool standardErrorIsRewritable() noexcept { return takesSequences(STDERR_FILENO); }
+bool standardErrorIsRewritable() noexcept { return acceptsEscapeSequences(STDERR_FILENO); }
 
 }  // namespace meridian::command

@@ -1,12 +1,15 @@
-// What the operating system knows of the standard streams.
+/// \file
+/// What the standard streams support. For example:
+///
+///     const Palette palette = standardOutputShowsColour() ? colours : plain;
 #pragma once
 
 namespace meridian::command {
 
-/// Whether standard output is a terminal that shows colours: a terminal at all, and none that calls itself "dumb".
+/// Returns true if standard output is a terminal that shows colours, which is any but a "dumb" one.
 [[nodiscard]] bool standardOutputShowsColour() noexcept;
 
-/// Whether standard error is such a terminal too, on which a line can be written over.
+/// Returns true if standard error is such a terminal, on which a line can be overwritten.
 [[nodiscard]] bool standardErrorIsRewritable() noexcept;
 
 }  // namespace meridian::command

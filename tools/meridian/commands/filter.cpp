@@ -109,7 +109,7 @@ Status filterItems(const Arguments& arguments) {
                 << '\n';
       status = failed;
     };
-    if (const auto fault = lookUpFault(path)) {
+    if (const auto fault = lookupError(path)) {
       report({path, fault});
       if (!nameIsTaken(path)) continue;
     }

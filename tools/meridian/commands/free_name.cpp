@@ -30,7 +30,7 @@ Files claimedFiles(FileClaim claim) {
 /// The files, which nobody made. Throws CommandError where the system does not say whether one is there.
 Files visibleFiles(Files files) {
   for (const ClaimedFile& file : files) {
-    if (const auto fault = lookUpFault(file.url.path())) {
+    if (const auto fault = lookupError(file.url.path())) {
       throw CommandError(inQuotes(file.url.path()) +
                          ": whether it is free cannot be seen: " + printable(fault.message()));
     }

@@ -1,4 +1,4 @@
-#include "meridian/platform/open_folder.h"
+#include "meridian/platform/open_directory.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -27,10 +27,10 @@ constexpr ItemKind kindOfType(unsigned char type) noexcept {
   }
 }
 
-/// The kind of an item whose entry does not tell it; absent where the item is gone.
-std::optional<ItemKind> askedKind(int folder, const char* name) noexcept {
+/// Returns the kind of an item whose entry does not store it; absent if the item is gone.
+std::optional<ItemKind> queriedKind(int directory, const char* name) noexcept {
   struct stat status{};
-  if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+  if (::fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
     return kindOfType(static_cast<unsigned char>(IFTODT(status.st_mode)));
   }
   if (errno == ENOENT) return std::nullopt;
@@ -39,38 +39,39 @@ std::optional<ItemKind> askedKind(int folder, const char* name) noexcept {
 
 }  // namespace
 
-OpenFolder::OpenFolder(const std::string& path) {
+OpenDirectory::OpenDirectory(const std::string& path) {
   if (detail::holdsNul(path)) {
-    error_ = detail::faultOfNul();
+    error_ = detail::nulError();
     return;
   }
   descriptor_ = ::open(path.c_str(), openingFlags);
   if (descriptor_ < 0) error_ = detail::lastError();
 }
 
-OpenFolder::OpenFolder(const OpenFolder& parent, const char* name) {
+OpenDirectory::OpenDirectory(const OpenDirectory& parent, const char* name) {
   descriptor_ = ::openat(parent.descriptor_, name, openingFlags | O_NOFOLLOW);
   if (descriptor_ < 0) error_ = detail::lastError();
 }
 
-void OpenFolder::close() noexcept {
+void OpenDirectory::close() noexcept {
   if (isOpen()) ::close(std::exchange(descriptor_, -1));
 }
 
-std::optional<FileIdentity> OpenFolder::identity() const noexcept {
+std::optional<FileIdentity> OpenDirectory::identity() const noexcept {
   struct stat status{};
   if (::fstat(descriptor_, &status) != 0) return std::nullopt;
   return identityOf(status);
 }
 
-bool OpenFolder::leadsToDirectory(const char* name, std::error_code& fault) const noexcept {
+Expected<bool, std::error_code> OpenDirectory::leadsToDirectory(const char* name) const noexcept {
+  if (!isOpen()) return Unexpected(error_);
   struct stat status{};
   if (::fstatat(descriptor_, name, &status, 0) == 0) return S_ISDIR(status.st_mode);
-  if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) fault = detail::lastError();
-  return false;
+  if (errno == ENOENT || errno == ENOTDIR || errno == ELOOP) return false;
+  return Unexpected(detail::lastError());
 }
 
-std::optional<FolderEntry> FolderEntries::next() noexcept {
+std::optional<DirectoryEntry> DirectoryEntries::next() noexcept {
   for (;;) {
     if (place_ == end_) {
       const ssize_t size = ::getdents64(descriptor_, records_.data(), records_.size());
@@ -83,8 +84,8 @@ std::optional<FolderEntry> FolderEntries::next() noexcept {
     place_ += record->d_reclen;
     const char* const name = &record->d_name[0];
     if (std::string_view(name) == "." || std::string_view(name) == "..") continue;
-    const auto kind = record->d_type == DT_UNKNOWN ? askedKind(descriptor_, name) : kindOfType(record->d_type);
-    if (kind) return FolderEntry{name, *kind};
+    const auto kind = record->d_type == DT_UNKNOWN ? queriedKind(descriptor_, name) : kindOfType(record->d_type);
+    if (kind) return DirectoryEntry{name, *kind};
   }
 }
 
