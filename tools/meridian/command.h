@@ -97,7 +97,7 @@ struct CommandGroup {
 };
 
 inline constexpr auto commandGroups = std::to_array<CommandGroup>({
-    {"lut", "Look-up tables: what a file holds, and samples and images led through it",
+    {"lut", "Look-up tables (LUTs): show what a file holds, and apply it to samples and images",
      "meridian lut info look.cube\nmeridian lut apply look.cube in.dpx out.dpx"},
 });
 

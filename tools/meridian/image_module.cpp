@@ -13,8 +13,8 @@ const ImageFileModule& imageFileModule() {
   const ModuleSymbol symbol = moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
   if (symbol.address == nullptr) {
     throw Refusal(
-        "this installation of meridian cannot read and write images; it was built without OpenImageIO, or "
-        "the module is not there: " +
+        "this installation of meridian cannot read and write images: it was built without OpenImageIO, or "
+        "the module is missing: " +
         printable(symbol.fault));
   }
   return *reinterpret_cast<Entry>(symbol.address)();
