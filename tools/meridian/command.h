@@ -126,7 +126,7 @@ struct CommandGroup {
 };
 
 inline constexpr auto commandGroups = std::to_array<CommandGroup>({
-    {"lut", "Show, sample, apply and plot LUT files",
+    {"lut", "Look-up tables (LUTs): show what a file holds, and apply it to samples and images",
      "meridian lut info look.cube\nmeridian lut apply look.cube in.dpx out.dpx"},
 });
 

@@ -16,13 +16,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void refuse(const std::string& path, const std::string& why) {
+[[noreturn]] void throwWriteError(const std::string& path, const std::string& why) {
   throw CommandError(inQuotes(path) + " cannot be written: " + printable(why));
 }
 
 std::string systemText(int error) { return std::generic_category().message(error); }
 
-/// Opens and closes the file; 0 or what the system says.
+/// Opens and closes the file. Returns the system's error number, or 0.
 int tryOpening(const std::string& path, const char* mode) {
   std::FILE* const file = std::fopen(path.c_str(), mode);
   if (file == nullptr) return errno;
@@ -30,19 +30,20 @@ int tryOpening(const std::string& path, const char* mode) {
   return 0;
 }
 
-/// What stands at the end of a chain of links.
+/// Returns the file at the end of a chain of links.
 fs::path targetOf(const std::string& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) {
-    if (error && error != std::errc::no_such_file_or_directory) refuse(path, error.message());
-    if (fs::is_symlink(fs::symlink_status(path, error))) refuse(path, "it is a link to a file that is not there");
+    if (error && error != std::errc::no_such_file_or_directory) throwWriteError(path, error.message());
+    if (fs::is_symlink(fs::symlink_status(path, error)))
+      throwWriteError(path, "it is a link to a file that does not exist");
     return path;
   }
-  if (fs::is_directory(status)) refuse(path, systemText(EISDIR));
-  if (!fs::is_regular_file(status)) refuse(path, "it is a device or a pipe");
-  // A rename would replace a file that its owner protected.
-  if (const int fault = tryOpening(path, "r+b"); fault != 0) refuse(path, systemText(fault));
+  if (fs::is_directory(status)) throwWriteError(path, systemText(EISDIR));
+  if (!fs::is_regular_file(status)) throwWriteError(path, "it is a device or a pipe");
+  // A rename would replace even a write-protected file.
+  if (const int failure = tryOpening(path, "r+b"); failure != 0) throwWriteError(path, systemText(failure));
   return fs::canonical(path, error);
 }
 
@@ -59,9 +60,9 @@ ReplacementFile::ReplacementFile(const std::string& path) {
   target_ = target.string();
   const std::string temporary = (target.parent_path() / temporaryName(target)).string();
   removeFileOnInterruption(temporary);
-  if (const int fault = tryOpening(temporary, "wbx"); fault != 0) {
+  if (const int failure = tryOpening(temporary, "wbx"); failure != 0) {
     removeFileOnInterruption({});
-    refuse(path, systemText(fault));
+    throwWriteError(path, systemText(failure));
   }
   temporary_ = temporary;
 }
@@ -72,12 +73,12 @@ ReplacementFile::~ReplacementFile() {
   removeFileOnInterruption({});
 }
 
-void ReplacementFile::take() {
+void ReplacementFile::replace() {
   std::error_code error;
   const fs::file_status old = fs::status(target_, error);
   if (fs::exists(old)) fs::permissions(temporary_, old.permissions(), error);
   fs::rename(temporary_, target_, error);
-  if (error) refuse(target_, error.message());
+  if (error) throwWriteError(target_, error.message());
   temporary_.clear();
 }
 
