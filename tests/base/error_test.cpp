@@ -82,15 +82,15 @@ TEST(Expected, TellsAValueFromAnErrorOfTheSameType) {
 
 TEST(Expected, HoldsMoveOnlyValuesAndErrors) {
   using Owner = std::unique_ptr<int>;
-  Expected<Owner, Owner> value = std::make_unique<int>(7);
-  EXPECT_EQ(**value, 7);
-  const Owner taken = *std::move(value);
+  const auto value = [] { return Expected<Owner, Owner>(std::make_unique<int>(7)); };
+  const auto error = [] { return Expected<Owner, Owner>(Unexpected(std::make_unique<int>(8))); };
+  EXPECT_EQ(**value(), 7);
+  EXPECT_EQ(*value().value_or(nullptr), 7);
+  EXPECT_EQ(*error().value_or(std::make_unique<int>(9)), 9);
+  EXPECT_EQ(*error().error(), 8);
+  Expected<Owner, Owner> source = value();
+  const Owner taken = *std::move(source);
   EXPECT_EQ(*taken, 7);
-  EXPECT_EQ(*value, nullptr);
-  Expected<Owner, Owner> error = Unexpected(std::make_unique<int>(8));
-  EXPECT_EQ(*std::move(error).value_or(std::make_unique<int>(9)), 9);
-  EXPECT_EQ(*std::move(error).error(), 8);
-  EXPECT_EQ(*(Expected<Owner, int>(std::make_unique<int>(1)).value_or(nullptr)), 1);
 }
 
 TEST(Expected, LetsItsContentBeChanged) {
