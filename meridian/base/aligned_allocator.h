@@ -1,4 +1,4 @@
-// An allocator for vectors whose elements begin at a boundary that vector instructions and cache lines like.
+// An allocator for vectors whose elements begin at the boundaries of vector registers and cache lines.
 #pragma once
 
 #include <cstddef>

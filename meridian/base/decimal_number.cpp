@@ -10,12 +10,12 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-/// The parts of a decimal text that keeps to the grammar.
+/// The parts of a decimal text that follows the grammar.
 struct DecimalText {
   bool isNegative = false;
   std::string_view whole;
   std::string_view fraction;
-  /// With its sign; empty when there is none.
+  /// With its sign; empty if there is none.
   std::string_view exponent;
 };
 
@@ -47,7 +47,7 @@ std::optional<DecimalText> decimalTextOf(std::string_view text) noexcept {
   return result;
 }
 
-/// The exponent, limited to what no text in memory can make up for.
+/// Returns the exponent, clamped to what no text in memory can compensate.
 std::int64_t exponentOf(const DecimalText& text) noexcept {
   constexpr std::int64_t limit = std::numeric_limits<std::int64_t>::max() / 4;
   if (text.exponent.empty()) return 0;
@@ -56,7 +56,7 @@ std::int64_t exponentOf(const DecimalText& text) noexcept {
   return std::clamp(*exponent, -limit, limit);
 }
 
-/// The digits before the point that the exponent puts there, limited to the signed 64-bit range.
+/// Returns the digits before the point once the exponent has moved it, clamped to the signed 64-bit range.
 std::int64_t integerOf(const DecimalText& text) noexcept {
   constexpr std::uint64_t largest = std::numeric_limits<std::int64_t>::max();
   const std::uint64_t limit = text.isNegative ? largest + 1 : largest;
@@ -74,7 +74,7 @@ std::int64_t integerOf(const DecimalText& text) noexcept {
       --pending;
     }
   }
-  // The zeros that a large exponent adds change a zero not at all, and overflow anything else soon.
+  // The zeros that a large exponent adds leave a zero unchanged and soon overflow any other number.
   for (; pending > 0 && integer != 0 && !overflows; --pending) append(0);
   if (overflows) integer = limit;
   return text.isNegative ? static_cast<std::int64_t>(-integer) : static_cast<std::int64_t>(integer);

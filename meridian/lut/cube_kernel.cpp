@@ -12,8 +12,8 @@ namespace {
 /// The largest relative error of one rounding to single precision.
 constexpr double roundingError = 0x1p-24;
 
-/// The largest error of rounding a number to single precision that is at most as large as the first power of two from
-/// this one on.
+/// Returns the largest error of rounding to single precision a number of at most the first power of two from this
+/// magnitude on.
 double roundingErrorUpTo(double magnitude) noexcept {
   if (magnitude == 0) return 0;
   int exponent = 0;
@@ -25,14 +25,14 @@ constexpr std::uint64_t mantissaBits = 0x000FFFFFFFFFFFFF;
 
 constexpr std::array channelValues{&LutColor::red, &LutColor::green, &LutColor::blue};
 
-/// The number with only its eight leading bits.
+/// Returns the number with only its eight leading bits.
 float withEightBits(double number) noexcept {
   int exponent = 0;
   const double mantissa = std::frexp(number, &exponent);
   return static_cast<float>(std::ldexp(std::floor(mantissa * 0x1p8), exponent - 8));
 }
 
-/// Whether a product with a number of eight bits is exact.
+/// Returns whether a product with a number of eight bits is exact.
 bool hasSixteenBits(float number) noexcept { return (std::bit_cast<std::uint32_t>(number) & 0xFFU) == 0; }
 
 float roundedUp(double number) noexcept {
@@ -44,31 +44,45 @@ float roundedDown(double number) noexcept { return -roundedUp(-number); }
 
 }  // namespace
 
-CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<ImageDepths>& imageDepths)
-    : definition(std::move(cubeDefinition)), depths(imageDepths) {
-  if (depths) prepareResults();
+CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<ImageFormats>& imageFormats)
+    : definition(std::move(cubeDefinition)), formats(imageFormats) {
+  if (formats) prepareCodeValues();
   // With more points per axis their distances would not all be exact in single precision or fit into 32 bits.
-  isFast = definition.faceSize >= 2 && definition.faceSize <= 200;
-  for (const AxisRule& axis : definition.axes) isFast = isFast && axis.span > 0 && std::isfinite(axis.span);
-  if (!isFast) return;
+  filterApplies = definition.faceSize >= 2 && definition.faceSize <= 200;
+  for (const AxisRule& axis : definition.axes)
+    filterApplies = filterApplies && axis.span > 0 && std::isfinite(axis.span);
+  if (!filterApplies) return;
   prepareAxes();
   prepareLattice();
+}
+
+void CubeKernel::prepareCodeValues() {
+  if (formats->areLimited()) {
+    const CodeValueFormat& source = formats->source;
+    input = {.black = static_cast<std::int32_t>(source.black()),
+             .divisor = source.white() - source.black(),
+             .unit = definition.unit()};
+  } else if (definition.integerDepth) {
+    const auto shiftLeft = static_cast<int>(*definition.integerDepth - formats->source.bitDepth);
+    input = {.shiftRight = std::max(-shiftLeft, 0), .factor = std::ldexp(1.0, std::max(shiftLeft, 0))};
+  } else {
+    input = {.divisor = formats->source.white()};
+  }
+  const CodeValueFormat& destination = formats->destination;
+  resultScale = definition.resultScale(*formats);
+  shift = static_cast<int>(std::clamp<std::int64_t>(destination.bitDepth - definition.resultDepth(*formats), -31, 31));
+  lowest = static_cast<std::int32_t>(destination.lowest());
+  highest = static_cast<std::int32_t>(destination.highest());
+  // Just enough to exceed the limit after the shift.
+  limitBefore = shift > 0 ? (highest >> shift) + 1 : std::numeric_limits<std::int32_t>::max();
 }
 
 void CubeKernel::prepareAxes() {
   const double last = static_cast<double>(definition.faceSize - 1);
   lastPoint = static_cast<float>(last);
-  // What a sample of 1 is on the axes' scale. Code values for a cube of code values are brought to its depth first.
-  double unit = definition.unit();
-  if (depths && definition.integerDepth) {
-    const auto shiftLeft = static_cast<int>(*definition.integerDepth - depths->source);
-    inputShiftRight = std::max(-shiftLeft, 0);
-    inputFactor = std::ldexp(1.0, std::max(shiftLeft, 0));
-    unit = inputFactor;
-  } else if (depths) {
-    unit = 1 / static_cast<double>(largestCodeValue(depths->source));
-  }
-  limits = depths ? AxisLimits::exactEnd : AxisLimits::both;
+  // What 1 becomes on the axes' scale: as a sample of floating point, or as a code value after shift and black.
+  const double unit = formats ? input.factor / input.divisor * input.unit : definition.unit();
+  limits = formats && input.black == 0 ? AxisLimits::exactEnd : AxisLimits::both;
   double largestOffset = 0;
   for (std::size_t channel = 0; channel < 3; ++channel) {
     const AxisRule& rule = definition.axes[channel];
@@ -80,13 +94,14 @@ void CubeKernel::prepareAxes() {
     largestOffset = std::max(largestOffset, std::fabs(-rule.offset / rule.span * last));
     axis.low = roundedUp(rule.low / unit);
     axis.high = roundedDown(rule.high / unit);
-    const AxisPosition lowest = placeOnAxis(rule.position(rule.low, definition.faceSize), definition.faceSize);
-    const AxisPosition inside = lowest.lower == static_cast<std::size_t>(definition.faceSize - 1)
-                                    ? AxisPosition{lowest.lower - 1, lowest.lower, 1}  // the cell below the last point
-                                    : lowest;
+    const AxisPosition lowestPlace = placeOnAxis(rule.position(rule.low, definition.faceSize), definition.faceSize);
+    const AxisPosition inside = lowestPlace.lower == static_cast<std::size_t>(definition.faceSize - 1)
+                                    ? AxisPosition{lowestPlace.lower - 1, lowestPlace.lower, 1}  // in the last cell
+                                    : lowestPlace;
     axis.lowPoint = static_cast<float>(inside.lower);
     axis.lowFraction = static_cast<float>(inside.fraction);
-    isFast = isFast && std::isnormal(axis.scaleHigh) && std::isfinite(axis.offset) && rule.high >= rule.low;
+    filterApplies =
+        filterApplies && std::isnormal(axis.scaleHigh) && std::isfinite(axis.offset) && rule.high >= rule.low;
     // An end that takes part in the arithmetic has to be as short as the code values are.
     const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit && hasSixteenBits(axis.high);
     const AxisLimits end = endsExactly ? AxisLimits::exactEnd : AxisLimits::end;
@@ -98,52 +113,59 @@ void CubeKernel::prepareAxes() {
   flatMargin = roundedUp(2 * fractionError_ + 0x1p-40 * (last + largestOffset));
 }
 
+/// Returns a point's value on the scale of the results.
+double CubeKernel::toResult(double value) const noexcept {
+  return formats ? resultScale(value) : value / definition.unit();
+}
+
 void CubeKernel::prepareLattice() {
   const auto face = static_cast<std::size_t>(definition.faceSize);
-  greenStride = face * 4;
-  redStride = face * greenStride;
-  const LutColor* const colors = definition.cube->lattice().data();
-
-  const double scale = depths ? definition.resultScale(depths->destination) : 1 / definition.unit();
-  double lowest = std::numeric_limits<double>::infinity();
-  double highest = -lowest;
+  double lowestValue = std::numeric_limits<double>::infinity();
+  double highestValue = -lowestValue;
   double steepest = 0;
   const auto noteStep = [&](const LutColor& color, const LutColor& neighbour) {
     for (const auto value : channelValues) {
       steepest = std::max(steepest, std::fabs(neighbour.*value - color.*value));
     }
   };
-  const LutColor* color = colors;
+  const LutColor* color = definition.cube->lattice().data();
   for (std::size_t i = 0; i < face; ++i) {
     for (std::size_t j = 0; j < face; ++j) {
       for (std::size_t k = 0; k < face; ++k, ++color) {
-        lowest = std::min({lowest, color->red, color->green, color->blue});
-        highest = std::max({highest, color->red, color->green, color->blue});
+        lowestValue = std::min({lowestValue, color->red, color->green, color->blue});
+        highestValue = std::max({highestValue, color->red, color->green, color->blue});
         if (i + 1 < face) noteStep(*color, color[face * face]);
         if (j + 1 < face) noteStep(*color, color[face]);
         if (k + 1 < face) noteStep(*color, color[1]);
       }
     }
   }
-  lowest *= scale;
-  highest *= scale;
-  steepest *= scale;
+  const double lowestResult = toResult(lowestValue);
+  const double highestResult = toResult(highestValue);
+  steepest = formats ? steepest / resultScale.unit * resultScale.factor : steepest / definition.unit();
   constexpr double largestExact = 1 << 21;
-  const bool isExact = std::fabs(lowest) < largestExact && std::fabs(highest) < largestExact;
-  if (depths && !isExact) {
-    isFast = false;  // the results are larger than single precision can tell apart
+  const bool isExact = std::fabs(lowestResult) < largestExact && std::fabs(highestResult) < largestExact;
+  if (formats && !isExact) {
+    filterApplies = false;  // single precision cannot tell such large results apart
     return;
   }
-  if (depths) center = static_cast<std::int32_t>(std::floor((lowest + highest) / 2));
-  const double middle = center;
-  const double largest = std::max(highest - middle, middle - lowest);
-
-  if (!std::isfinite(static_cast<float>(largest))) {
-    isFast = false;
+  if (formats) center = static_cast<std::int32_t>(std::floor((lowestResult + highestResult) / 2));
+  if (!std::isfinite(static_cast<float>(std::max(highestResult - center, center - lowestResult)))) {
+    filterApplies = false;
     return;
   }
+  fillLattice();
+  errorBound = boundOfErrors(lowestResult, highestResult, steepest);
+  constexpr double tooWide = 0.125;  // a quarter of all results would be uncertain
+  filterApplies = filterApplies && (!formats || errorBound <= tooWide);
+}
 
-  lattice.resize(face * face * face * 4);
+void CubeKernel::fillLattice() {
+  const auto face = static_cast<std::size_t>(definition.faceSize);
+  const LutColor* const colors = definition.cube->lattice().data();
+  greenStride = face * 4;
+  redStride = face * greenStride;
+  lattice.resize(face * redStride);
   float* entry = lattice.data();
   for (std::size_t red = 0; red < face; ++red) {
     for (std::size_t green = 0; green < face; ++green) {
@@ -154,7 +176,7 @@ void CubeKernel::prepareLattice() {
         float mark = leastMark;
         float bit = 0x1p-4F;
         for (const auto value : channelValues) {
-          *entry = static_cast<float>(point.*value * scale - middle);
+          *entry = static_cast<float>(toResult(point.*value) - center);
           if (beginsCell && isFlat(point, value, *entry)) mark += bit;
           ++entry;
           bit *= 2;
@@ -163,36 +185,38 @@ void CubeKernel::prepareLattice() {
       }
     }
   }
-
-  // Of each channel: the stored points are rounded once; then each of three blends rounds a difference of neighbours
-  // and a sum, and carries the fraction's error. What the definition itself rounds in double precision is far below.
-  const double storedError = roundingErrorUpTo(largest);
-  const double stepError = roundingErrorUpTo(1.5 * steepest + 16 * storedError) + fractionError_ * steepest;
-  // No point is beyond the power of two that `largest` is or is followed by, and a blend goes beyond it by the step's
-  // error alone. Where that is less than half the distance to the next number there, rounding takes it back to the
-  // power of two, nearer to the true sum. Tetrahedral blends go on from sums that have an error already.
-  const bool endsAtPower = definition.interpolation == LutInterpolation::trilinear && stepError <= 2 * storedError;
-  const double sumError = endsAtPower ? storedError : roundingErrorUpTo(1.01 * largest + 8 * stepError);
-  const double definitionError = 0x1p-40 * (std::fabs(lowest) + std::fabs(highest) + steepest * lastPoint);
-  errorBound = roundedUp((storedError + 3 * (sumError + stepError)) * 1.01 + definitionError);
-  constexpr double tooWide = 0.125;  // a quarter of all results would be in doubt
-  isFast = isFast && (!depths || errorBound <= tooWide);
 }
 
-/// Whether blends of points with this value give it exactly, by the definition's arithmetic. Trilinear ones multiply it
-/// with two weights whose rounded sum is 1 and add the products; that leaves zeros as they are, and powers of two,
-/// since scaling by them changes no rounding. Tetrahedral ones add multiples of differences, which are 0.
+/// Returns a bound on the error of every result, for each channel: the stored points are rounded once; then each of
+/// three blends rounds a difference of neighbours and a sum, and carries the fraction's error. What the definition
+/// itself rounds in double precision is far below.
+float CubeKernel::boundOfErrors(double lowestResult, double highestResult, double steepest) const noexcept {
+  const double largest = std::max(highestResult - center, center - lowestResult);
+  const double storedError = roundingErrorUpTo(largest);
+  const double stepError = roundingErrorUpTo(1.5 * steepest + 16 * storedError) + fractionError_ * steepest;
+  // No point is beyond the power of two that `largest` is or is followed by, and a blend exceeds it by the step's error
+  // alone. Where that is less than half the distance to the next number there, rounding takes it back to the power of
+  // two, nearer to the true sum. Tetrahedral blends go on from sums that have an error already.
+  const bool endsAtPower = definition.interpolation == LutInterpolation::trilinear && stepError <= 2 * storedError;
+  const double sumError = endsAtPower ? storedError : roundingErrorUpTo(1.01 * largest + 8 * stepError);
+  const double definitionError = 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult) + steepest * lastPoint);
+  return roundedUp((storedError + 3 * (sumError + stepError)) * 1.01 + definitionError);
+}
+
+/// Returns whether blends of points with this value yield exactly the value, by the definition's arithmetic. Trilinear
+/// blends multiply it by two weights whose rounded sum is 1 and add the products; that leaves zeros as they are, and
+/// powers of two, since scaling by them changes no rounding. Tetrahedral ones add multiples of differences, which
+/// are 0.
 bool CubeKernel::isSteady(double value) const noexcept {
   return definition.interpolation == LutInterpolation::tetrahedral || value == 0 ||
          (std::bit_cast<std::uint64_t>(value) & mantissaBits) == 0;
 }
 
-/// Whether a channel has the same steady value at all eight points of the cell above a point, and truncating it in
-/// single precision gives what truncating it in double precision gives.
+/// Returns whether a channel has the same steady value at all eight points of the cell above a point, and truncating it
+/// in single precision gives what truncating it in double precision gives.
 bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value, float stored) const noexcept {
   if (!isSteady(point.*value)) return false;
-  const double scaled = depths ? point.*value * definition.resultScale(depths->destination) : 0;
-  if (depths && std::floor(double{stored}) + center != std::floor(scaled)) return false;
+  if (formats && std::floor(double{stored}) + center != std::floor(toResult(point.*value))) return false;
   const LatticeStrides& strides = definition.strides;
   for (unsigned corner = 1; corner < 8; ++corner) {
     const std::size_t distance = ((corner & 1U) != 0 ? strides.red : 0) + ((corner & 2U) != 0 ? strides.green : 0) +
@@ -200,14 +224,6 @@ bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value, float s
     if ((&point)[distance].*value != point.*value) return false;
   }
   return true;
-}
-
-void CubeKernel::prepareResults() {
-  shift = static_cast<int>(
-      std::clamp<std::int64_t>(depths->destination - definition.resultDepth(depths->destination), -31, 31));
-  limitAfter = static_cast<std::int32_t>(largestCodeValue(depths->destination));
-  // Just enough to become more than the limit by the shift.
-  limitBefore = shift > 0 ? (limitAfter >> shift) + 1 : std::numeric_limits<std::int32_t>::max();
 }
 
 }  // namespace meridian::inline v0_2::detail

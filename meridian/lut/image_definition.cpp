@@ -6,22 +6,38 @@
 namespace meridian::inline v0_2::detail {
 namespace {
 
+constexpr std::array channelsOfColor{&LutColor::red, &LutColor::green, &LutColor::blue};
+constexpr std::array numbersOfRow{&LutValueTriplet::first, &LutValueTriplet::second, &LutValueTriplet::third};
+
+/// 2^64, the first number beyond all code values.
+constexpr double beyondCodeValues = 0x1p64;
+
 std::array<AxisRule, 3> declaredAxes(const LutDeclaredDomain& domain) noexcept {
   const auto axis = [](double low, double high) { return AxisRule{low, high, low, high - low}; };
   return {axis(domain.minimum.red, domain.maximum.red), axis(domain.minimum.green, domain.maximum.green),
           axis(domain.minimum.blue, domain.maximum.blue)};
 }
 
-/// The axes of a table of code values up to `largest`, where the file declares nothing.
+/// Returns the axes of a LUT of code values up to `largest` whose file declares nothing.
 std::array<AxisRule, 3> axesOfCodeValues(double largest) noexcept {
   const AxisRule axis{0, largest, 0, largest};
   return {axis, axis, axis};
 }
 
-/// All code values of a depth as a number, also where the depth is that of 64 bits.
+/// Returns the largest code value of a depth as a number, for a depth of 64 bits as well.
 double largestOfDepth(std::int64_t depth) noexcept {
   const std::uint64_t largest = largestCodeValue(depth);
-  return largest == 0 ? 18446744073709551615.0 : static_cast<double>(largest);
+  return largest == 0 ? beyondCodeValues : static_cast<double>(largest);
+}
+
+/// Returns a code value at the depth of the LUT.
+double codeValueAtDepth(std::uint16_t code, std::int64_t from, std::int64_t to) noexcept {
+  const auto scaled = rescaledCodeValue(code, from, to);
+  return scaled ? static_cast<double>(*scaled) : beyondCodeValues;
+}
+
+double fractionOfLargest(std::uint16_t code, std::int64_t depth) noexcept {
+  return static_cast<double>(code) / static_cast<double>(largestCodeValue(depth));
 }
 
 }  // namespace
@@ -48,16 +64,28 @@ CubeDefinition::CubeDefinition(std::shared_ptr<const ThreeDimensionalLutCube> sh
 
 double CubeDefinition::unit() const noexcept { return integerDepth ? largestOfDepth(*integerDepth) : 1; }
 
-PixelCodes CubeDefinition::codeValues(const PixelCodes& input, const ImageDepths& depths) const noexcept {
+double CubeDefinition::axisValue(std::uint16_t code, const ImageFormats& formats) const noexcept {
+  if (formats.areLimited()) return normalizedCodeValue(code, formats.source) * unit();
+  return integerDepth ? codeValueAtDepth(code, formats.source.bitDepth, *integerDepth)
+                      : fractionOfLargest(code, formats.source.bitDepth);
+}
+
+ResultScale CubeDefinition::resultScale(const ImageFormats& formats) const noexcept {
+  if (formats.areLimited()) return ResultScale::ofLimitedRange(unit(), formats.destination);
+  if (integerDepth) return {};
+  return {.factor = static_cast<double>(largestCodeValue(formats.destination.bitDepth))};
+}
+
+PixelCodes CubeDefinition::codeValues(const PixelCodes& input, const ImageFormats& formats) const noexcept {
   std::array<AxisPosition, 3> places;
   for (std::size_t channel = 0; channel < 3; ++channel) {
-    places[channel] = placeOnAxis(axes[channel].position(axisValue(input[channel], depths.source), faceSize), faceSize);
+    places[channel] = placeOnAxis(axes[channel].position(axisValue(input[channel], formats), faceSize), faceSize);
   }
   const LutColor result =
       interpolatedColor(interpolation, cube->lattice().data(), strides, places[0], places[1], places[2]);
-  const double scale = resultScale(depths.destination);
+  const ResultScale scaled = resultScale(formats);
   const auto codeValue = [&](double value) {
-    return limitedCodeValue(value * scale, resultDepth(depths.destination), depths.destination);
+    return limitedCodeValue(scaled(std::isnan(value) ? 0 : value), resultDepth(formats), formats.destination);
   };
   return {codeValue(result.red), codeValue(result.green), codeValue(result.blue)};
 }
@@ -73,60 +101,73 @@ LutColor CubeDefinition::color(const LutColor& input) const noexcept {
   return {scaledBack(result.red), scaledBack(result.green), scaledBack(result.blue)};
 }
 
-TableDefinition::TableDefinition(const OneDimensionConverter& converter, const LutDeclaredDomain& declaredDomain,
-                                 const ImageLutOptions& options) {
+TableDefinition::TableDefinition(const OneDimensionConverter& converter, LutValueType valueType,
+                                 const LutDeclaredDomain& declaredDomain, const ImageLutOptions& options) {
   const auto rows = std::make_shared<const LutValueTriplets>(converter.orderedEntries());
   const bool usesDomain = options.domain == LutInputDomain::declared && declaredDomain.isDeclared;
-  if (usesDomain) axes = declaredAxes(declaredDomain);
-  if (dynamic_cast<const OneDimensionsUnsignedIntegerConverter*>(&converter) != nullptr) {
-    integers = std::make_shared<const OneDimensionsUnsignedIntegerConverter>(rows);
+  if (usesDomain) axes_ = declaredAxes(declaredDomain);
+  if (valueType == LutValueType::integer) {
+    integers_ = std::make_shared<const OneDimensionsUnsignedIntegerConverter>(rows);
   } else {
-    floats =
+    floats_ =
         std::make_shared<const OneDimensionFloatingPointConverter>(rows, converter.lowValue(), converter.highValue());
-    if (!usesDomain) axes = axesOfCodeValues(1);
+    if (!usesDomain) axes_ = axesOfCodeValues(1);
   }
 }
 
 const OneDimensionConverter& TableDefinition::converter() const noexcept {
-  return integers ? static_cast<const OneDimensionConverter&>(*integers) : *floats;
+  return integers_ ? static_cast<const OneDimensionConverter&>(*integers_) : *floats_;
 }
 
-PixelCodes TableDefinition::codeValues(const PixelCodes& input, const ImageDepths& depths) const noexcept {
-  constexpr std::array values{&LutColor::red, &LutColor::green, &LutColor::blue};
-  constexpr std::array numbers{&LutValueTriplet::first, &LutValueTriplet::second, &LutValueTriplet::third};
-  const auto rows = static_cast<std::int64_t>(converter().totalEntries());
+/// Looks a code value up that has a row of its own, without interpolation.
+std::uint16_t TableDefinition::storedCodeValue(std::uint16_t code, std::size_t channel,
+                                               const ImageFormats& formats) const noexcept {
+  const std::uint64_t last = integers_->maxInputColor();
+  const auto row = rescaledCodeValue(code, formats.source.bitDepth, integers_->lutBitDepth());
+  const LutValueTriplet numbers =
+      integers_->orderedEntries()[static_cast<std::size_t>(std::min(row.value_or(last), last))];
+  const std::int64_t value = std::max<std::int64_t>((numbers.*numbersOfRow[channel]).integerValue(), 0);
+  const std::uint64_t largest = formats.destination.highest();
+  const auto scaled =
+      rescaledCodeValue(static_cast<std::uint64_t>(value), integers_->valueBitDepth(), formats.destination.bitDepth);
+  return static_cast<std::uint16_t>(std::min(scaled.value_or(largest), largest));
+}
+
+PixelCodes TableDefinition::codeValues(const PixelCodes& input, const ImageFormats& formats) const noexcept {
+  const int sourceDepth = formats.source.bitDepth;
   PixelCodes result{};
+  if (formats.areLimited()) {
+    const ResultScale scaled = ResultScale::ofLimitedRange(1, formats.destination);
+    const LutColor found =
+        color({normalizedCodeValue(input[0], formats.source), normalizedCodeValue(input[1], formats.source),
+               normalizedCodeValue(input[2], formats.source)});
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+      result[channel] = limitedCodeValue(scaled(found.*channelsOfColor[channel]), 0, formats.destination);
+    }
+    return result;
+  }
   for (std::size_t channel = 0; channel < 3; ++channel) {
-    if (!axes) {
-      const auto row = rescaledCodeValue(input[channel], depths.source, integers->lutBitDepth());
-      const std::uint64_t last = integers->maxInputColor();
-      const std::int64_t value =
-          (integers->orderedEntries()[static_cast<std::size_t>(row && *row < last ? *row : last)].*numbers[channel])
-              .integerValue();
-      const auto scaled = rescaledCodeValue(static_cast<std::uint64_t>(value < 0 ? 0 : value),
-                                            integers->valueBitDepth(), depths.destination);
-      const std::uint64_t largest = largestCodeValue(depths.destination);
-      result[channel] = static_cast<std::uint16_t>(scaled && *scaled < largest ? *scaled : largest);
+    if (!axes_) {
+      result[channel] = storedCodeValue(input[channel], channel, formats);
       continue;
     }
-    const double value =
-        integers ? axisInput(input[channel], depths.source, integers->lutBitDepth())
-                 : static_cast<double>(input[channel]) / static_cast<double>(largestCodeValue(depths.source));
+    const double value = integers_ ? codeValueAtDepth(input[channel], sourceDepth, integers_->lutBitDepth())
+                                   : fractionOfLargest(input[channel], sourceDepth);
     LutColor place;
-    place.*values[channel] = (*axes)[channel].position(value, rows);
-    const double found = converter().interpolated(place).*values[channel];
-    result[channel] = integers ? limitedCodeValue(found, integers->valueBitDepth(), depths.destination)
-                               : limitedCodeValue(found * static_cast<double>(largestCodeValue(depths.destination)), 0,
-                                                  depths.destination);
+    place.*channelsOfColor[channel] =
+        (*axes_)[channel].position(value, static_cast<std::int64_t>(converter().totalEntries()));
+    const double found = converter().interpolated(place).*channelsOfColor[channel];
+    result[channel] = integers_ ? limitedCodeValue(found, integers_->valueBitDepth(), formats.destination)
+                                : limitedCodeValue(found * formats.destination.white(), 0, formats.destination);
   }
   return result;
 }
 
 LutColor TableDefinition::color(const LutColor& input) const noexcept {
   const auto rows = static_cast<std::int64_t>(converter().totalEntries());
-  const double inputUnit = integers ? static_cast<double>(integers->maxInputColor()) : 1;
-  const double resultUnit = integers ? largestOfDepth(integers->valueBitDepth()) : 1;
-  const auto axesOfRows = axes.value_or(axesOfCodeValues(inputUnit));
+  const double inputUnit = integers_ ? static_cast<double>(integers_->maxInputColor()) : 1;
+  const double resultUnit = integers_ ? largestOfDepth(integers_->valueBitDepth()) : 1;
+  const auto axesOfRows = axes_.value_or(axesOfCodeValues(inputUnit));
   const LutColor found = converter().interpolated({axesOfRows[0].position(input.red * inputUnit, rows),
                                                    axesOfRows[1].position(input.green * inputUnit, rows),
                                                    axesOfRows[2].position(input.blue * inputUnit, rows)});

@@ -12,31 +12,31 @@
 #include "meridian/base/precondition.h"
 #include "meridian/lut/cube_kernel.h"
 #include "meridian/lut/image_definition.h"
-#include "meridian/lut/parsed_lut_factory.h"
+#include "meridian/lut/lut_parts.h"
 
 namespace meridian::inline v0_2 {
 namespace {
 
-using detail::ImageDepths;
+using detail::ImageFormats;
 using detail::PixelCodes;
 
-/// The values that a one-dimensional table has for code values, so that an image needs no more than to look them up.
-class LookedUpTable {
+/// The values that a 1D LUT has for code values, so that an image only has to look them up.
+class TableKernel {
  public:
-  LookedUpTable(detail::TableDefinition tableDefinition, const std::optional<ImageDepths>& depths)
+  TableKernel(detail::TableDefinition tableDefinition, const std::optional<ImageFormats>& formats)
       : definition(std::move(tableDefinition)) {
-    if (!depths) return;
-    // A code value above the depth's largest may stand in a sample too.
-    const std::size_t count = depths->source <= 8 ? 256 : 65536;
+    if (!formats) return;
+    // A sample may hold code values above the depth's largest too.
+    const std::size_t count = formats->source.bitDepth <= 8 ? 256 : 65536;
     codes_.resize(count);
     for (std::size_t code = 0; code < count; ++code) {
       const auto value = static_cast<std::uint16_t>(code);
-      codes_[code] = definition.codeValues({value, value, value}, *depths);
+      codes_[code] = definition.codeValues({value, value, value}, *formats);
     }
   }
 
-  [[nodiscard]] PixelCodes look(const PixelCodes& input, const ImageDepths& depths) const noexcept {
-    if (std::ranges::max(input) >= codes_.size()) return definition.codeValues(input, depths);
+  [[nodiscard]] PixelCodes codeValues(const PixelCodes& input, const ImageFormats& formats) const noexcept {
+    if (std::ranges::max(input) >= codes_.size()) return definition.codeValues(input, formats);
     return {codes_[input[0]][0], codes_[input[1]][1], codes_[input[2]][2]};
   }
 
@@ -46,55 +46,46 @@ class LookedUpTable {
   std::vector<PixelCodes> codes_;
 };
 
-std::optional<std::int64_t> integerDepthOf(const ParsedLutFile& file) noexcept {
-  const auto* const integers = dynamic_cast<const UnsignedIntegerLutFile*>(&file);
-  return integers == nullptr ? std::nullopt : std::optional(integers->bitDepth());
-}
-
-/// The samples of one pixel, wherever they lie.
+/// The samples of one pixel; alpha is null if there is none.
 template <typename Sample>
-struct PixelPlace {
-  std::array<Sample*, 3> channels;
-  Sample* alpha;
-};
+using Pixel = std::array<Sample*, 4>;
 
 template <ImageSample Sample>
-PixelPlace<Sample> pixelOf(const ImageView<Sample>& view, std::size_t row, std::size_t column) noexcept {
-  const std::ptrdiff_t offset = view.rowDistance() * static_cast<std::ptrdiff_t>(row) +
-                                static_cast<std::ptrdiff_t>(column * view.samplesPerPixel(view.layout));
-  if (view.layout == ImageLayout::planar) {
-    return {{view.planes[0] + offset, view.planes[1] + offset, view.planes[2] + offset}, nullptr};
-  }
-  Sample* const first = view.planes[0] + offset;
-  return {{first, first + 1, first + 2}, view.layout == ImageLayout::rgba ? first + 3 : nullptr};
+Pixel<Sample> pixelOf(const ImageView<Sample>& view, std::size_t row, std::size_t column) noexcept {
+  return {view.red().at(row, column), view.green().at(row, column), view.blue().at(row, column),
+          view.hasAlpha() ? view.alpha().at(row, column) : nullptr};
 }
 
-void convertPixel(const LookedUpTable& table, const std::optional<ImageDepths>& /*depths*/,
-                  const PixelPlace<const float>& source, const PixelPlace<float>& destination) noexcept {
-  const LutColor color = table.definition.color({*source.channels[0], *source.channels[1], *source.channels[2]});
-  const float alpha = source.alpha != nullptr ? *source.alpha : 1;
-  *destination.channels[0] = static_cast<float>(color.red);
-  *destination.channels[1] = static_cast<float>(color.green);
-  *destination.channels[2] = static_cast<float>(color.blue);
-  if (destination.alpha != nullptr) *destination.alpha = alpha;
+void convertPixel(const TableKernel& table, const std::optional<ImageFormats>& /*formats*/,
+                  const Pixel<const float>& source, const Pixel<float>& destination) noexcept {
+  const LutColor color = table.definition.color({*source[0], *source[1], *source[2]});
+  const float alpha = source[3] != nullptr ? *source[3] : 1;
+  *destination[0] = static_cast<float>(color.red);
+  *destination[1] = static_cast<float>(color.green);
+  *destination[2] = static_cast<float>(color.blue);
+  if (destination[3] != nullptr) *destination[3] = alpha;
 }
 
 template <typename Sample>
-void convertPixel(const LookedUpTable& table, const std::optional<ImageDepths>& depths,
-                  const PixelPlace<const Sample>& source, const PixelPlace<Sample>& destination) noexcept {
-  const PixelCodes codes = table.look({*source.channels[0], *source.channels[1], *source.channels[2]}, *depths);
-  if (destination.alpha != nullptr) {
-    *destination.alpha = static_cast<Sample>(
-        source.alpha != nullptr ? detail::limitedCodeValue(*source.alpha, depths->source, depths->destination)
-                                : largestCodeValue(depths->destination));
+void convertPixel(const TableKernel& table, const std::optional<ImageFormats>& formats,
+                  const Pixel<const Sample>& source, const Pixel<Sample>& destination) noexcept {
+  const PixelCodes codes = table.codeValues({*source[0], *source[1], *source[2]}, *formats);
+  if (destination[3] != nullptr) {
+    *destination[3] = static_cast<Sample>(source[3] != nullptr ? detail::rescaledAlpha(*source[3], *formats)
+                                                               : largestCodeValue(formats->destination.bitDepth));
   }
-  for (std::size_t channel = 0; channel < 3; ++channel) {
-    *destination.channels[channel] = static_cast<Sample>(codes[channel]);
-  }
+  for (std::size_t channel = 0; channel < 3; ++channel) *destination[channel] = static_cast<Sample>(codes[channel]);
 }
 
-/// Calls `work` with the first row and the number of rows of each band. Each thread takes the next band when it has
-/// done one, so that a thread that is kept waiting by the system keeps nobody else waiting.
+/// Returns success if images of code values of this format can be converted.
+Expected<void, ImageErrorCode> checkFormat(CodeValueFormat format) noexcept {
+  if (format.bitDepth < 1 || format.bitDepth > 16) return Unexpected(ImageErrorCode::unusableBitDepth);
+  if (!format.hasRange()) return Unexpected(ImageErrorCode::unusableRange);
+  return {};
+}
+
+/// Calls `work` with the first row and the number of rows of each band. Each thread fetches the next band when it has
+/// finished one, so that a thread that the system suspends does not hold up the others.
 template <typename Work>
 void inBands(std::size_t height, unsigned threads, const Work& work) {
   constexpr unsigned most = 256;
@@ -113,7 +104,7 @@ void inBands(std::size_t height, unsigned threads, const Work& work) {
     try {
       others.emplace_back(takeBands);
     } catch (const std::system_error&) {
-      break;  // no further thread is to be had: those that are there do it all
+      break;  // the system has no further thread: those that run share the work
     }
   }
   takeBands();
@@ -122,32 +113,32 @@ void inBands(std::size_t height, unsigned threads, const Work& work) {
 }  // namespace
 
 struct ImageLut::Prepared {
-  Prepared(const ParsedLutFile& file, const std::optional<ImageDepths>& imageDepths, const ImageLutOptions& options)
-      : depths(imageDepths), table(tableOf(file, imageDepths, options)) {}
+  Prepared(const ParsedLutFile& file, const std::optional<ImageFormats>& imageFormats, const ImageLutOptions& options)
+      : formats(imageFormats), kernel(kernelOf(file, imageFormats, options)) {}
 
-  using Table = std::variant<detail::CubeKernel, LookedUpTable>;
+  using Kernel = std::variant<detail::CubeKernel, TableKernel>;
 
-  static Table tableOf(const ParsedLutFile& file, const std::optional<ImageDepths>& depths,
-                       const ImageLutOptions& options) {
-    const LutRGBSampleConverter& converter = file.inputConverter();
-    if (const auto* const cube = dynamic_cast<const ThreeDimensionalLutConverter*>(&converter)) {
-      return Table(
+  static Kernel kernelOf(const ParsedLutFile& file, const std::optional<ImageFormats>& formats,
+                         const ImageLutOptions& options) {
+    const detail::LutParts parts = detail::partsOf(file);
+    if (parts.cube != nullptr) {
+      return Kernel(
           std::in_place_type<detail::CubeKernel>,
-          detail::CubeDefinition(cube->interpolator().cube(), integerDepthOf(file), file.declaredDomain(), options),
-          depths);
+          detail::CubeDefinition(parts.cube->interpolator().cube(), parts.cubeBitDepth, file.declaredDomain(), options),
+          formats);
     }
-    const auto* const rows = dynamic_cast<const OneDimensionConverter*>(&converter);
-    if (rows == nullptr) preconditionFailed("an image needs a look-up table that is a cube or a one-dimensional table");
-    return Table(std::in_place_type<LookedUpTable>, detail::TableDefinition(*rows, file.declaredDomain(), options),
-                 depths);
+    if (parts.table == nullptr) preconditionFailed("an image needs a LUT that is a cube or a 1D LUT of this library");
+    const auto valueType = parts.integerTable != nullptr ? LutValueType::integer : LutValueType::floatingPoint;
+    return Kernel(std::in_place_type<TableKernel>,
+                  detail::TableDefinition(*parts.table, valueType, file.declaredDomain(), options), formats);
   }
 
-  /// One of the two.
-  [[nodiscard]] const detail::CubeKernel* cube() const noexcept { return std::get_if<detail::CubeKernel>(&table); }
-  [[nodiscard]] const LookedUpTable* rows() const noexcept { return std::get_if<LookedUpTable>(&table); }
+  [[nodiscard]] const detail::CubeKernel* cube() const noexcept { return std::get_if<detail::CubeKernel>(&kernel); }
+  [[nodiscard]] const TableKernel* table() const noexcept { return std::get_if<TableKernel>(&kernel); }
 
-  std::optional<ImageDepths> depths;
-  Table table;
+  /// Absent for floating point.
+  std::optional<ImageFormats> formats;
+  Kernel kernel;
 };
 
 ImageLut::ImageLut(std::unique_ptr<const Prepared> prepared) noexcept : prepared_(std::move(prepared)) {}
@@ -155,13 +146,12 @@ ImageLut::ImageLut(ImageLut&&) noexcept = default;
 ImageLut& ImageLut::operator=(ImageLut&&) noexcept = default;
 ImageLut::~ImageLut() = default;
 
-std::optional<ImageLut> ImageLut::forCodeValues(const ParsedLutFile& file, int sourceBitDepth, int destinationBitDepth,
-                                                const ImageLutOptions& options) {
-  constexpr int largest = ImageView<std::uint16_t>::sampleBits;
-  for (const int depth : {sourceBitDepth, destinationBitDepth}) {
-    if (depth < 1 || depth > largest) return std::nullopt;
-  }
-  return ImageLut(std::make_unique<const Prepared>(file, ImageDepths{sourceBitDepth, destinationBitDepth}, options));
+Expected<ImageLut, ImageErrorCode> ImageLut::forCodeValues(const ParsedLutFile& file, CodeValueFormat source,
+                                                           CodeValueFormat destination,
+                                                           const ImageLutOptions& options) {
+  if (const auto usable = checkFormat(source); !usable) return Unexpected(usable.error());
+  if (const auto usable = checkFormat(destination); !usable) return Unexpected(usable.error());
+  return ImageLut(std::make_unique<const Prepared>(file, ImageFormats{source, destination}, options));
 }
 
 ImageLut ImageLut::forFloats(const ParsedLutFile& file, const ImageLutOptions& options) {
@@ -169,15 +159,17 @@ ImageLut ImageLut::forFloats(const ParsedLutFile& file, const ImageLutOptions& o
 }
 
 template <ImageSample Sample>
-std::optional<ImageErrorCode> ImageLut::applyTo(const ImageView<const Sample>& source,
-                                                const ImageView<Sample>& destination, unsigned threads) const {
-  if (const auto fault = source.fault()) return fault;
-  if (const auto fault = destination.fault()) return fault;
-  if (source.width != destination.width || source.height != destination.height) return ImageErrorCode::unequalSizes;
-  const std::optional<ImageDepths>& depths = prepared_->depths;
-  if (depths.has_value() != ImageView<Sample>::hasCodeValues) return ImageErrorCode::otherBitDepth;
-  if (depths && (source.bitDepth != depths->source || destination.bitDepth != depths->destination)) {
-    return ImageErrorCode::otherBitDepth;
+Expected<void, ImageErrorCode> ImageLut::applyTo(const ImageView<const Sample>& source,
+                                                 const ImageView<Sample>& destination, unsigned threads) const {
+  if (const auto usable = source.check(); !usable) return usable;
+  if (const auto usable = destination.check(); !usable) return usable;
+  if (source.width != destination.width || source.height != destination.height) {
+    return Unexpected(ImageErrorCode::unequalSizes);
+  }
+  const std::optional<ImageFormats>& formats = prepared_->formats;
+  if (formats.has_value() != ImageView<Sample>::hasCodeValues) return Unexpected(ImageErrorCode::otherFormat);
+  if (formats && (source.format != formats->source || destination.format != formats->destination)) {
+    return Unexpected(ImageErrorCode::otherFormat);
   }
 
   inBands(source.height, threads, [&](std::size_t first, std::size_t count) {
@@ -186,42 +178,41 @@ std::optional<ImageErrorCode> ImageLut::applyTo(const ImageView<const Sample>& s
       detail::applyCube(*cube, rows);
       return;
     }
-    const LookedUpTable& table = *prepared_->rows();
+    const TableKernel& table = *prepared_->table();
     for (std::size_t row = 0; row < rows.source.height; ++row) {
       for (std::size_t column = 0; column < rows.source.width; ++column) {
-        convertPixel(table, depths, pixelOf(rows.source, row, column), pixelOf(rows.destination, row, column));
+        convertPixel(table, formats, pixelOf(rows.source, row, column), pixelOf(rows.destination, row, column));
       }
     }
   });
-  return std::nullopt;
+  return {};
 }
 
-std::optional<ImageErrorCode> ImageLut::apply(const ImageView<const std::uint8_t>& source,
-                                              const ImageView<std::uint8_t>& destination, unsigned threads) const {
+Expected<void, ImageErrorCode> ImageLut::apply(const ImageView<const std::uint8_t>& source,
+                                               const ImageView<std::uint8_t>& destination, unsigned threads) const {
   return applyTo(source, destination, threads);
 }
-std::optional<ImageErrorCode> ImageLut::apply(const ImageView<const std::uint16_t>& source,
-                                              const ImageView<std::uint16_t>& destination, unsigned threads) const {
+Expected<void, ImageErrorCode> ImageLut::apply(const ImageView<const std::uint16_t>& source,
+                                               const ImageView<std::uint16_t>& destination, unsigned threads) const {
   return applyTo(source, destination, threads);
 }
-std::optional<ImageErrorCode> ImageLut::apply(const ImageView<const float>& source, const ImageView<float>& destination,
-                                              unsigned threads) const {
+Expected<void, ImageErrorCode> ImageLut::apply(const ImageView<const float>& source,
+                                               const ImageView<float>& destination, unsigned threads) const {
   return applyTo(source, destination, threads);
 }
 
 std::array<std::uint16_t, 3> ImageLut::pixel(std::uint16_t red, std::uint16_t green,
                                              std::uint16_t blue) const noexcept {
-  const std::optional<ImageDepths>& depths = prepared_->depths;
-  if (!depths) preconditionFailed("code values asked of a look-up table made for floating point");
-  if (const detail::CubeKernel* const cube = prepared_->cube()) {
-    return cube->definition.codeValues({red, green, blue}, *depths);
-  }
-  return prepared_->rows()->definition.codeValues({red, green, blue}, *depths);
+  const std::optional<ImageFormats>& formats = prepared_->formats;
+  if (!formats) preconditionFailed("ImageLut::pixel: code values given to a LUT prepared for floating point");
+  const detail::CubeKernel* const cube = prepared_->cube();
+  return cube != nullptr ? cube->definition.codeValues({red, green, blue}, *formats)
+                         : prepared_->table()->definition.codeValues({red, green, blue}, *formats);
 }
 
 LutColor ImageLut::pixel(const LutColor& color) const noexcept {
   const detail::CubeKernel* const cube = prepared_->cube();
-  return cube != nullptr ? cube->definition.color(color) : prepared_->rows()->definition.color(color);
+  return cube != nullptr ? cube->definition.color(color) : prepared_->table()->definition.color(color);
 }
 
 }  // namespace meridian::inline v0_2

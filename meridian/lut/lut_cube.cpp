@@ -11,7 +11,7 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-/// Follows the lowest and the highest number among all that it sees; 0 and 0 before it has seen any.
+/// Tracks the lowest and the highest of all numbers that it sees; 0 and 0 before the first.
 class RangeTracker {
  public:
   void see(double number) noexcept {
@@ -44,7 +44,7 @@ LutCube::~LutCube() = default;
 
 LutCube::LutCube(std::shared_ptr<const LutValueTriplets> triplets, double minimum, double maximum)
     : triplets_(std::move(triplets)), lowValue_(minimum), highValue_(maximum) {
-  if (triplets_ == nullptr) preconditionFailed("a look-up table cube needs rows");
+  if (triplets_ == nullptr) preconditionFailed("a LUT cube needs rows");
   const std::span<const LutColor> rows = triplets_->colors();
   faceSize_ = std::lround(std::cbrt(static_cast<float>(rows.size())));  // halves away from zero
   const auto face = static_cast<std::size_t>(faceSize_);

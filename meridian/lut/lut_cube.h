@@ -1,9 +1,14 @@
-// A cube of colours, the heart of a three-dimensional look-up table.
+/// \file
+/// A cube of colours: the values of a three-dimensional LUT. For example:
+///
+///     const LutCube cube(rows);
+///     cube.lattice()[32][0][0];  // what the last point of the red axis yields, of 33 points per axis
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "meridian/export.h"
 #include "meridian/lut/lut_values.h"
@@ -11,7 +16,7 @@
 namespace meridian::inline v0_2 {
 
 /// A view of a cube's colours: `lattice[red][green][blue]`, each index from 0 to `faceSize` - 1, which is not checked.
-/// The colours lie in one flat block, the blue index running fastest. Valid while the cube is there.
+/// The colours are stored in one flat block, the blue index running fastest. Valid as long as the cube.
 class LutLattice {
  public:
   class Line {
@@ -38,7 +43,7 @@ class LutLattice {
     return {colors_ + red * faceSize_ * faceSize_, faceSize_};
   }
 
-  /// The first colour of the block of `faceSize`³.
+  /// Returns the first colour of the block of `faceSize`³.
   [[nodiscard]] constexpr const LutColor* data() const noexcept { return colors_; }
 
  private:
@@ -46,7 +51,7 @@ class LutLattice {
   std::size_t faceSize_;
 };
 
-/// What interpolators read: a lattice and the range of its values.
+/// The interface that interpolators read: a lattice and the range of its values.
 class MERIDIAN_API ThreeDimensionalLutCube {
  public:
   ThreeDimensionalLutCube() = default;
@@ -58,28 +63,27 @@ class MERIDIAN_API ThreeDimensionalLutCube {
 
   [[nodiscard]] virtual LutLattice lattice() const noexcept = 0;
 
-  /// Points per axis.
+  /// Returns the points per axis.
   [[nodiscard]] virtual std::int64_t faceSize() const noexcept = 0;
 
-  /// The range of the values: as it was given, which for a file is that of all its rows, or that of the lattice.
+  /// Returns the range of the values: the one given, which for a file is that of all its rows, or that of the lattice.
   [[nodiscard]] virtual double lowValue() const noexcept = 0;
   [[nodiscard]] virtual double highValue() const noexcept = 0;
 };
 
-/// The cube that rows in file order make: the rows fill the lattice with its last index running fastest, so that the
-/// rows that follow each other in the file lie along the blue axis. Published `.cube` files run along the red axis
-/// first; the order here is kept on purpose, and whole images can be had either way (LutAxisOrder).
+/// The cube that rows in file order make: the rows fill the lattice with its last index running fastest, so that
+/// consecutive rows are neighbours on the blue axis. Published `.cube` files run along the red axis first; the order
+/// here is kept deliberately, and whole images can have either (LutAxisOrder).
 ///
 /// The points per axis are the cube root of the number of rows, rounded. Rows beyond the cube are not read; points
-/// beyond the rows get the lowest value placed, in all three channels, or 0 when there is no row at all,
-/// which makes a cube of no points.
+/// without a row get the lowest value placed, in all three channels. No rows make a cube without points.
 class MERIDIAN_API LutCube final : public ThreeDimensionalLutCube {
  public:
-  /// A cube with its range known. The rows are shared, not copied, where they fill the cube. A null pointer stops the
-  /// process.
+  /// Makes a cube whose range is known. The rows are shared, not copied, if they fill the cube. Terminates the process
+  /// for a null pointer.
   LutCube(std::shared_ptr<const LutValueTriplets> triplets, double minimum, double maximum);
 
-  /// A cube whose range is that of the values placed in it; 0 to 0 when there is none.
+  /// Makes a cube whose range is that of the values placed in it; 0 to 0 if there are none.
   explicit LutCube(std::shared_ptr<const LutValueTriplets> triplets);
 
   ~LutCube() override;
@@ -91,8 +95,8 @@ class MERIDIAN_API LutCube final : public ThreeDimensionalLutCube {
 
  private:
   std::shared_ptr<const LutValueTriplets> triplets_;
-  /// Used where the rows do not fill the cube.
-  LutColorBlock filled_;
+  /// Used if the rows do not fill the cube.
+  std::vector<LutColor> filled_;
   const LutColor* colors_ = nullptr;
   std::int64_t faceSize_ = 0;
   double lowValue_ = 0;

@@ -1,5 +1,5 @@
 // How a colour between the points of a lattice is found, in double precision: the definition that everything else in
-// this folder is held to.
+// this directory has to match.
 #pragma once
 
 #include <algorithm>
@@ -9,22 +9,10 @@
 #include <cstdint>
 #include <utility>
 
-#include "meridian/base/enumeration.h"
+#include "meridian/lut/image_lut_options.h"
 #include "meridian/lut/lut_values.h"
 
-namespace meridian::inline v0_2 {
-
-enum class LutInterpolation : std::uint8_t { trilinear, tetrahedral };
-
-template <>
-struct EnumerationTable<LutInterpolation> {
-  static constexpr auto rows = std::to_array<EnumerationRow<LutInterpolation>>({
-      {LutInterpolation::trilinear, "trilinear"},
-      {LutInterpolation::tetrahedral, "tetrahedral"},
-  });
-};
-
-namespace detail {
+namespace meridian::inline v0_2::detail {
 
 /// A place on one axis: between the points `lower` and `upper`, `fraction` of the way.
 struct AxisPosition {
@@ -33,26 +21,26 @@ struct AxisPosition {
   double fraction = 0;
 };
 
-/// The place at `position` on an axis of `faceSize` points, the first of which lies at 0 and the last at `faceSize`
-/// - 1. What is not a number stays one in the fraction.
+/// Returns the place at `position` on an axis of `faceSize` points, the first at 0 and the last at `faceSize` - 1. For
+/// NaN the fraction is NaN.
 [[nodiscard]] inline AxisPosition placeOnAxis(double position, std::int64_t faceSize) noexcept {
   const double last = static_cast<double>(faceSize - 1);
-  // The comparisons are false for what is not a number, which thus takes the first point.
+  // The comparisons are false for NaN, which thus gets the first point.
   const double floored = std::floor(position);
   const double lower = floored > 0 ? std::min(floored, last) : 0;
   const auto place = static_cast<std::size_t>(lower);
   return {place, std::min(place + 1, static_cast<std::size_t>(faceSize - 1)), position - lower};
 }
 
-/// The place of an input value on an axis whose values range from `low` to `high`. The input is limited to that range.
-/// It is divided by `high` alone, not by the span from `low`, on purpose: the points stand for the values from 0 to
-/// `high`, whatever the lowest value is.
+/// Returns the place of an input value on an axis whose values range from `low` to `high`, to which the input is
+/// clamped. It is deliberately divided by `high` alone, not by the span from `low`: the points stand for the values
+/// from 0 to `high`, whatever the lowest value is.
 [[nodiscard]] inline AxisPosition axisPosition(double input, double low, double high, std::int64_t faceSize) noexcept {
   input = std::max(std::min(input, high), low);
   return placeOnAxis(input / high * static_cast<double>(faceSize - 1), faceSize);
 }
 
-/// How far apart neighbours on the axes lie in a lattice's block.
+/// How far apart neighbours on the axes are in a lattice's block.
 struct LatticeStrides {
   std::size_t red = 0;
   std::size_t green = 0;
@@ -63,7 +51,7 @@ struct LatticeStrides {
   return first * (1 - fraction) + second * fraction;
 }
 
-/// The colour between the eight points around a place, blended along red, then green, then blue.
+/// Returns the colour between the eight points around a place, blended along red, then green, then blue.
 [[nodiscard]] inline LutColor trilinearColor(const LutColor* lattice, const LatticeStrides& strides,
                                              const AxisPosition& red, const AxisPosition& green,
                                              const AxisPosition& blue) noexcept {
@@ -86,10 +74,10 @@ struct LatticeStrides {
   return {channel(&LutColor::red), channel(&LutColor::green), channel(&LutColor::blue)};
 }
 
-/// The colour between the four points of the tetrahedron around a place: from the lower point along the axis with the
-/// largest fraction, then the middle one, then the smallest, to the upper point (J. M. Kasson, S. I. Nin, W. Plouffe,
-/// J. L. Hafner, "Performing color space conversions with three-dimensional linear interpolation", 1995). Of equal
-/// fractions red comes before green before blue.
+/// Returns the colour between the four points of the tetrahedron around a place: from the lower point along the axis
+/// with the largest fraction, then the middle one, then the smallest, to the upper point (J. M. Kasson, S. I. Nin,
+/// W. Plouffe, J. L. Hafner, "Performing color space conversions with three-dimensional linear interpolation", 1995).
+/// Equal fractions are ordered red, green, blue.
 [[nodiscard]] inline LutColor tetrahedralColor(const LutColor* lattice, const LatticeStrides& strides,
                                                const AxisPosition& red, const AxisPosition& green,
                                                const AxisPosition& blue) noexcept {
@@ -110,7 +98,7 @@ struct LatticeStrides {
   const LutColor* const third = second + steps[1].distance;
   const LutColor* const fourth = third + steps[2].distance;
   const auto channel = [&](double LutColor::* value) {
-    // In this form equal points give exactly their value.
+    // In this form equal points yield exactly their value.
     return first->*value + (second->*value - first->*value) * steps[0].fraction +
            (third->*value - second->*value) * steps[1].fraction + (fourth->*value - third->*value) * steps[2].fraction;
   };
@@ -124,6 +112,4 @@ struct LatticeStrides {
                                                         : trilinearColor(lattice, strides, red, green, blue);
 }
 
-}  // namespace detail
-
-}  // namespace meridian::inline v0_2
+}  // namespace meridian::inline v0_2::detail

@@ -9,8 +9,7 @@ namespace meridian::inline v0_2 {
 namespace {
 
 std::shared_ptr<const ThreeDimensionalLutCube> withPoints(std::shared_ptr<const ThreeDimensionalLutCube> cube) {
-  if (cube == nullptr || cube->faceSize() < 1)
-    preconditionFailed("a look-up table interpolator needs a cube of points");
+  if (cube == nullptr || cube->faceSize() < 1) preconditionFailed("a LUT interpolator needs a cube with points");
   return cube;
 }
 

@@ -1,4 +1,8 @@
-// Colours between the points of a cube.
+/// \file
+/// Colours between the points of a cube. For example:
+///
+///     const TrilinearLutInterpolator interpolator(cube);
+///     interpolator.sample(0.5, 0.5, 0.5);  // what the cube makes of middle grey
 #pragma once
 
 #include <memory>
@@ -8,11 +12,10 @@
 
 namespace meridian::inline v0_2 {
 
-/// Finds the colour that a cube has for an input, in double precision. All interpolators limit each input to the cube's
-/// range from `lowValue` to `highValue` and divide it by `highValue` alone, not by the span from `lowValue`, on
-/// purpose; 0 lies at the first point of an axis and `highValue` at the last. The first index of the lattice is red's,
-/// the last blue's. A result that is not a number comes from an input that is none, or from a cube whose `highValue` is
-/// 0.
+/// Finds the colour that a cube yields for an input, in double precision. All interpolators clamp each input to the
+/// cube's range from `lowValue` to `highValue` and deliberately divide it by `highValue` alone, not by the span from
+/// `lowValue`; 0 is at the first point of an axis and `highValue` at the last. The first index of the lattice is red's,
+/// the last blue's. The result is NaN for an input of NaN, and for a cube whose `highValue` is 0.
 class MERIDIAN_API ThreeDimensionalLutInterpolator {
  public:
   ThreeDimensionalLutInterpolator() = default;
@@ -22,16 +25,16 @@ class MERIDIAN_API ThreeDimensionalLutInterpolator {
   ThreeDimensionalLutInterpolator& operator=(ThreeDimensionalLutInterpolator&&) = default;
   virtual ~ThreeDimensionalLutInterpolator();
 
-  /// Input and result in the units of the cube's values.
+  /// Returns the colour for an input. Both are in the units of the cube's values.
   [[nodiscard]] virtual LutColor sample(double red, double green, double blue) const noexcept = 0;
 
   [[nodiscard]] virtual const std::shared_ptr<const ThreeDimensionalLutCube>& cube() const noexcept = 0;
 };
 
-/// Blends the eight points around an input, along red, then green, then blue. Used wherever nothing else is asked for.
+/// Blends the eight points around an input, along red, then green, then blue. Used unless another is asked for.
 class MERIDIAN_API TrilinearLutInterpolator final : public ThreeDimensionalLutInterpolator {
  public:
-  /// A cube without points stops the process.
+  /// Terminates the process for a null cube or one without points.
   explicit TrilinearLutInterpolator(std::shared_ptr<const ThreeDimensionalLutCube> cube);
 
   [[nodiscard]] LutColor sample(double red, double green, double blue) const noexcept override;
@@ -41,10 +44,10 @@ class MERIDIAN_API TrilinearLutInterpolator final : public ThreeDimensionalLutIn
   std::shared_ptr<const ThreeDimensionalLutCube> cube_;
 };
 
-/// Blends the four points of the tetrahedron around an input: neutral colours come from neutral points alone.
+/// Blends the four points of the tetrahedron around an input: neutral colours depend on neutral points only.
 class MERIDIAN_API TetrahedralLutInterpolator final : public ThreeDimensionalLutInterpolator {
  public:
-  /// A cube without points stops the process.
+  /// Terminates the process for a null cube or one without points.
   explicit TetrahedralLutInterpolator(std::shared_ptr<const ThreeDimensionalLutCube> cube);
 
   [[nodiscard]] LutColor sample(double red, double green, double blue) const noexcept override;

@@ -1,4 +1,8 @@
-// The rows of a look-up table file.
+/// \file
+/// The rows of a LUT file. For example:
+///
+///     for (const LutValueTriplet& row : file->orderedValues()) use(row.first.doubleValue());
+///     file->orderedValues().colors()[0];  // the same rows as one block of doubles
 #pragma once
 
 #include <array>
@@ -10,14 +14,13 @@
 #include <utility>
 #include <vector>
 
-#include "meridian/base/aligned_allocator.h"
 #include "meridian/base/decimal_number.h"
 #include "meridian/base/enumeration.h"
 #include "meridian/export.h"
 
 namespace meridian::inline v0_2 {
 
-/// What a table is indexed by: each channel on its own, or all three together.
+/// What a LUT is indexed by: each channel on its own, or all three together.
 enum class LutDimensions : std::uint8_t { oneD, cube };
 
 template <>
@@ -28,7 +31,18 @@ struct EnumerationTable<LutDimensions> {
   });
 };
 
-/// A red, green and blue value on any scale.
+/// How a LUT file is written. Every file that is read here is `txt`; XML documents are an error.
+enum class LutMarkupType : std::uint8_t { xml, txt };
+
+template <>
+struct EnumerationTable<LutMarkupType> {
+  static constexpr auto rows = std::to_array<EnumerationRow<LutMarkupType>>({
+      {LutMarkupType::xml, "xml", "XML"},
+      {LutMarkupType::txt, "txt", "text"},
+  });
+};
+
+/// Red, green and blue on any scale.
 struct LutColor {
   double red = 0;
   double green = 0;
@@ -37,21 +51,18 @@ struct LutColor {
   friend constexpr bool operator==(const LutColor&, const LutColor&) noexcept = default;
 };
 
-/// Colours in one flat block that begins at a multiple of 64 bytes.
-using LutColorBlock = std::vector<LutColor, AlignedAllocator<LutColor, 64>>;
-
-/// The range of input values that a file declares, for each channel, in the units of the file: on the scale from 0 to 1
+/// The range of input values that a file declares for each channel, in the units of the file: on the scale from 0 to 1
 /// or, for a file of code values, as code values. `maximum` is above `minimum`.
 struct LutDeclaredDomain {
   LutColor minimum{0, 0, 0};
   LutColor maximum{1, 1, 1};
-  /// Whether the file says so, or leaves it at 0 to 1.
+  /// Whether the file declares the range; otherwise it is 0 to 1.
   bool isDeclared = false;
 
   friend constexpr bool operator==(const LutDeclaredDomain&, const LutDeclaredDomain&) noexcept = default;
 };
 
-/// One row of a file: three numbers in the order in which they stand there.
+/// One row of a file: three numbers in file order.
 struct LutValueTriplet {
   DecimalNumber first;
   DecimalNumber second;
@@ -60,7 +71,7 @@ struct LutValueTriplet {
   friend constexpr bool operator==(const LutValueTriplet&, const LutValueTriplet&) noexcept = default;
 };
 
-/// What has the three numbers of a row.
+/// A type that has the three numbers of a row.
 template <typename Type>
 concept LutValueEntry = requires(const Type& entry) {
   { entry.first } -> std::convertible_to<const DecimalNumber&>;
@@ -69,13 +80,13 @@ concept LutValueEntry = requires(const Type& entry) {
 };
 static_assert(LutValueEntry<LutValueTriplet>);
 
-/// The rows of a file, in file order. They take 24 bytes each, as doubles in one flat block; the rare number that its
-/// double does not say exactly is kept beside it.
+/// The rows of a file, in file order. They need 24 bytes each, as doubles in one flat block; the rare integer that a
+/// double cannot hold is kept beside it.
 class LutValueTriplets {
  public:
   class Iterator {
    public:
-    using iterator_category = std::input_iterator_tag;  // its elements are made on the way
+    using iterator_category = std::input_iterator_tag;  // its elements are made on access
     using value_type = LutValueTriplet;
     using difference_type = std::ptrdiff_t;
     using pointer = void;
@@ -105,7 +116,7 @@ class LutValueTriplets {
   [[nodiscard]] std::size_t size() const noexcept { return colors_.size(); }
   [[nodiscard]] bool empty() const noexcept { return colors_.empty(); }
 
-  /// The row at this place, which is below `size()`.
+  /// Returns the row at an index below `size()`, which is not checked.
   [[nodiscard]] LutValueTriplet operator[](std::size_t place) const noexcept {
     const LutColor& color = colors_[place];
     if (!exactIntegers_.empty()) return exactTriplet(place);
@@ -114,7 +125,7 @@ class LutValueTriplets {
   [[nodiscard]] Iterator begin() const noexcept { return {*this, 0}; }
   [[nodiscard]] Iterator end() const noexcept { return {*this, size()}; }
 
-  /// The rows' doubles.
+  /// Returns the rows as doubles. Valid until a row is appended.
   [[nodiscard]] std::span<const LutColor> colors() const noexcept { return colors_; }
 
   void append(const LutColor& color) { colors_.push_back(color); }
@@ -127,12 +138,12 @@ class LutValueTriplets {
  private:
   [[nodiscard]] MERIDIAN_API LutValueTriplet exactTriplet(std::size_t place) const noexcept;
 
-  LutColorBlock colors_;
-  /// The integer values that doubles do not have, by three times the row's place plus the number's, in order.
+  std::vector<LutColor> colors_;
+  /// Exact integers that a double cannot hold, keyed by 3 * row + column, in order.
   std::vector<std::pair<std::size_t, std::int64_t>> exactIntegers_;
 };
 
-/// What holds the values of a look-up table in file order.
+/// A holder of the values of a LUT in file order.
 class MERIDIAN_API LutEssence {
  public:
   LutEssence() = default;

@@ -16,18 +16,18 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-/// The rows that a one-dimensional table has at least: one for each code value of 8 bits.
+/// The smallest number of rows of a 1D LUT: one for each code value of 8 bits.
 constexpr std::size_t leastRows = 256;
 
-/// Bytes that decide whether a file can be an XML document at all.
+/// The bytes that decide whether a file can be an XML document at all.
 constexpr std::size_t headSize = 4096;
 
-/// The beginning of a file, which was read to look at it, and what follows.
+/// The beginning of a file, which was read to inspect it, and the rest.
 class FileText {
  public:
   explicit FileText(FileReader& reader) : reader_(reader), head_(headSize) { head_.resize(reader_.read(head_)); }
 
-  /// Whether the file is a well-formed XML document. Costs next to nothing unless it begins like one.
+  /// Returns whether the file is a well-formed XML document. Costs next to nothing unless it begins like one.
   [[nodiscard]] bool isXmlDocument() {
     if (!mayBeginXml(head_)) return false;
     XmlCheck check;
@@ -39,7 +39,7 @@ class FileText {
       if (count < piece.size()) break;
     }
     isWellFormed = isWellFormed && !reader_.error() && check.finish();
-    // What was read here is read once more as text. From a pipe it is gone, which the reader's error says.
+    // The same bytes are read again as text. A pipe cannot be rewound, which leaves an error in the reader.
     if (!isWellFormed && reader_.rewind()) head_.clear();
     return isWellFormed;
   }
@@ -62,40 +62,44 @@ bool isPermitted(std::string_view extension, const FileExtensionSet& permitted, 
   return known ? permitted.contains(*known) : acceptsUnknown;
 }
 
-LutParsing refused(LutRefusalReason reason, std::size_t rows = 0, std::error_code systemError = {}) {
-  return {.file = nullptr, .refusal = LutRefusal{reason, rows, systemError}};
+using Parsing = Expected<std::unique_ptr<const ParsedLutFile>, LutError>;
+
+Unexpected<LutError> failure(LutErrorCode code, const Url& file, std::size_t rows = 0,
+                             std::error_code systemError = {}) {
+  return Unexpected(LutError{.code = code,
+                             .place = file.path(),
+                             .detail = rows == 0 ? "" : std::to_string(rows) + " rows read",
+                             .systemError = systemError});
 }
 
-LutParsing cubeOf(const Url& file, const GenericTextLutInterpreter& lines,
-                  const std::shared_ptr<const LutValueTriplets>& rows) {
+Parsing cubeOf(const Url& file, const GenericTextLutInterpreter& lines,
+               const std::shared_ptr<const LutValueTriplets>& rows) {
   const DecimalNumber& maximum = *lines.explicitMaxValue();
   const auto cube =
       std::make_shared<const LutCube>(rows, lines.explicitMinValue()->doubleValue(), maximum.doubleValue());
-  // The float is held against the integer that the file's own text gives, so that a maximum which is whole only by
-  // rounding, or larger than 64 bits, means floating point.
+  // The float is compared with the integer of the file's own text, so that a maximum which is whole only by rounding,
+  // or larger than 64 bits, means floating point.
   const auto largest = static_cast<float>(maximum.doubleValue());
   const bool hasCodeValues = largest > 1.0F && largest == static_cast<float>(maximum.integerValue());
   if (!hasCodeValues) {
-    return {.file = std::make_unique<ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile>(
-                file, lines.declaredDomain(), rows, cube),
-            .refusal = {}};
+    return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile>(file, lines.declaredDomain(),
+                                                                                       rows, cube);
   }
-  return {.file = std::make_unique<ParsedLutFactory::ParsedThreeDimensionalIntegerFile>(
-              file, lines.declaredDomain(), rows, cube, bitDepthOfMaximum(maximum.integerValue())),
-          .refusal = {}};
+  return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalIntegerFile>(
+      file, lines.declaredDomain(), rows, cube, bitDepthOfMaximum(maximum.integerValue()));
 }
 
-LutParsing oneDimensionalTableOf(const Url& file, const GenericTextLutInterpreter& lines,
-                                 const std::shared_ptr<const LutValueTriplets>& rows) {
+Parsing oneDimensionalLutOf(const Url& file, const GenericTextLutInterpreter& lines,
+                            const std::shared_ptr<const LutValueTriplets>& rows) {
   const std::size_t count = rows->size();
-  if (!std::has_single_bit(count)) return refused(LutRefusalReason::unusableRowCount, count);
+  if (!std::has_single_bit(count)) return failure(LutErrorCode::unusableRowCount, file, count);
   if (count < leastRows) {
     log(LogLevel::error, "MRD_PLF_PLWV-",
         "Lut file " + file.path() + " only containts " + std::to_string(count) +
             " entries.  Considered not a LUT");  // the wording that the suite's log readers know
-    return refused(LutRefusalReason::tooFewRows, count);
+    return failure(LutErrorCode::tooFewRows, file, count);
   }
-  // A power of two is a size in itself, so the size of a table of code values is always known here.
+  // A power of two is a size in itself, so the size of a LUT of code values is always known here.
   std::unique_ptr<const OneDimensionConverter> converter;
   if (lines.explicitMaxValue()->integerValue() < 2) {
     converter = std::make_unique<OneDimensionFloatingPointConverter>(rows, lines.explicitMinValue()->doubleValue(),
@@ -103,47 +107,47 @@ LutParsing oneDimensionalTableOf(const Url& file, const GenericTextLutInterprete
   } else {
     converter = std::make_unique<OneDimensionsUnsignedIntegerConverter>(rows);
   }
-  return {.file = std::make_unique<ParsedLutFactory::ParsedOneDimensionLutFile>(file, lines.declaredDomain(),
-                                                                                std::move(converter)),
-          .refusal = {}};
+  return std::make_unique<ParsedLutFactory::ParsedOneDimensionLutFile>(file, lines.declaredDomain(),
+                                                                       std::move(converter));
 }
 
-LutParsing tableOf(const Url& file, GenericTextLutInterpreter& lines) {
-  if (lines.triplets().empty()) return refused(LutRefusalReason::noRows);
+Parsing lutOf(const Url& file, GenericTextLutInterpreter& lines) {
+  if (lines.triplets().empty()) return failure(LutErrorCode::noRows, file);
   const auto dimensions = lines.explicitDimensions() ? lines.explicitDimensions() : lines.inferredDimensions();
-  if (!dimensions) return refused(LutRefusalReason::unknownDimensions, lines.triplets().size());
+  if (!dimensions) return failure(LutErrorCode::unknownDimensions, file, lines.triplets().size());
   const auto rows = std::make_shared<const LutValueTriplets>(std::move(lines.triplets()));
-  return *dimensions == LutDimensions::cube ? cubeOf(file, lines, rows) : oneDimensionalTableOf(file, lines, rows);
+  return *dimensions == LutDimensions::cube ? cubeOf(file, lines, rows) : oneDimensionalLutOf(file, lines, rows);
 }
 
 }  // namespace
 
 std::unique_ptr<const ParsedLutFile> ParsedLutFactory::parsed(const Url& lutFilePath) {
-  return parsing(lutFilePath).file;
+  auto file = parsing(lutFilePath);
+  return file ? *std::move(file) : nullptr;
 }
 
-LutParsing ParsedLutFactory::parsing(const Url& lutFilePath, const std::optional<FileExtensionSet>& permittedExtensions,
-                                     bool acceptsUnknownExtensions) {
-  // A document is refused before its extension is looked at, and the extension before a file that is not there.
+Expected<std::unique_ptr<const ParsedLutFile>, LutError> ParsedLutFactory::parsing(
+    const Url& lutFilePath, const std::optional<FileExtensionSet>& permittedExtensions, bool acceptsUnknownExtensions) {
+  // An XML document is an error whatever its extension, and an unsupported extension even if there is no such file.
   FileReader reader(lutFilePath.path());
   std::optional<FileText> text;
   if (reader.isOpen()) text.emplace(reader);
-  if (text && text->isXmlDocument()) return refused(LutRefusalReason::xmlDocument);
+  if (text && text->isXmlDocument()) return failure(LutErrorCode::xmlDocument, lutFilePath);
 
   if (permittedExtensions &&
       !isPermitted(pathExtension(lutFilePath.path()), *permittedExtensions, acceptsUnknownExtensions)) {
     log(LogLevel::info, "MRD_PLF_PLWV-", "Lut file " + lutFilePath.path() + " is not a supported format");
-    return refused(LutRefusalReason::unsupportedExtension);
+    return failure(LutErrorCode::unsupportedExtension, lutFilePath);
   }
   if (!text) {
     log(LogLevel::error, "MRD_CLUT_PTFB-", "Failed to open lut file " + lutFilePath.path());
-    return refused(LutRefusalReason::notOpened, 0, reader.error());
+    return failure(LutErrorCode::notOpened, lutFilePath, 0, reader.error());
   }
 
   GenericTextLutInterpreter lines;
   detail::readTextLut([&text](std::span<char> memory) { return text->read(memory); }, reader.size(), lines);
-  if (reader.error()) return refused(LutRefusalReason::notRead, lines.triplets().size(), reader.error());
-  return tableOf(lutFilePath, lines);
+  if (reader.error()) return failure(LutErrorCode::notRead, lutFilePath, lines.triplets().size(), reader.error());
+  return lutOf(lutFilePath, lines);
 }
 
 ParsedLutFactory::ParsedOneDimensionLutFile::ParsedOneDimensionLutFile(

@@ -1,4 +1,9 @@
-// Look-up table files: from a path to a table that samples and images can be led through.
+/// \file
+/// LUT files: from a path to a LUT that can be applied to samples and images. For example:
+///
+///     const auto file = ParsedLutFactory::parsing(Url::fromFilePath("/looks/show.cube"));
+///     if (!file) return report(file.error().message());
+///     const RGBSample pixel = (*file)->inputConverter().convert(64, 512, 940, 10);
 #pragma once
 
 #include <cstdint>
@@ -6,10 +11,11 @@
 #include <optional>
 #include <string_view>
 
+#include "meridian/base/expected.h"
 #include "meridian/export.h"
 #include "meridian/lut/lut_cube.h"
+#include "meridian/lut/lut_error.h"
 #include "meridian/lut/lut_file.h"
-#include "meridian/lut/lut_refusal.h"
 #include "meridian/lut/lut_values.h"
 #include "meridian/lut/sample_converter.h"
 #include "meridian/lut/text_lut_interpreter.h"
@@ -18,15 +24,9 @@
 
 namespace meridian::inline v0_2 {
 
-/// What the reading of a file gave: the table, or why there is none. Of the two exactly one is there.
-struct LutParsing {
-  std::unique_ptr<const ParsedLutFile> file;
-  std::optional<LutRefusal> refusal;
-};
-
-/// Reads look-up table files written as text, in the lenient, line-oriented form that most programs write: keyword
-/// lines and comments, then rows of three numbers. Whether a file holds a one-dimensional table or a cube, and code
-/// values or floating point, is decided by its header lines and its data. XML documents are refused on purpose.
+/// Reads LUT files written as text, in the lenient, line-oriented form that most programs write: keyword lines and
+/// comments, then rows of three numbers. The header lines and the data decide whether a file holds a 1D LUT or a cube,
+/// and code values or floating point. XML documents are deliberately not read.
 class MERIDIAN_API ParsedLutFactory {
  public:
   using LutValueTriplet = meridian::LutValueTriplet;
@@ -41,21 +41,22 @@ class MERIDIAN_API ParsedLutFactory {
 
   ParsedLutFactory() = delete;
 
-  /// The table in a file with an extension of FileExtensionSet::colorLutFileExtensions or with one that is no known
-  /// extension at all; null for every failure. A file without an extension is refused, since that is a folder's. Only
-  /// three failures are logged: a known extension of another kind, a file that cannot be opened, and a 1D table that is
-  /// too short. Throws nothing but std::bad_alloc: the memory is in proportion to the rows, 24 bytes each.
+  /// Returns the LUT in a file; null for every failure. The extension has to be one of
+  /// FileExtensionSet::colorLutFileExtensions or unknown to the vocabulary; a file without an extension fails, since no
+  /// extension is that of a directory. Only three failures are logged: a known extension of another kind, a file that
+  /// cannot be opened, and a 1D LUT that is too short. Throws nothing but std::bad_alloc: the rows need 24 bytes each.
   [[nodiscard]] static std::unique_ptr<const ParsedLutFile> parsed(const Url& lutFilePath);
 
-  /// As `parsed`, and says why a file was refused. Without permitted extensions every extension will do; with them,
-  /// `acceptsUnknownExtensions` says whether one that is no known extension will do too.
-  [[nodiscard]] static LutParsing parsing(
+  /// Returns the LUT in a file as `parsed` does, or why there is none. Every extension is permitted if no set is given;
+  /// with a set, `acceptsUnknownExtensions` permits extensions that the vocabulary does not know. The pointer is never
+  /// null.
+  [[nodiscard]] static Expected<std::unique_ptr<const ParsedLutFile>, LutError> parsing(
       const Url& lutFilePath,
       const std::optional<FileExtensionSet>& permittedExtensions = FileExtensionSet::colorLutFileExtensions(),
       bool acceptsUnknownExtensions = true);
 };
 
-/// A one-dimensional table, of code values or floating point.
+/// A 1D LUT, of code values or floating point.
 class MERIDIAN_API ParsedLutFactory::ParsedOneDimensionLutFile final : public ParsedLutFile {
  public:
   ParsedOneDimensionLutFile(Url file, const LutDeclaredDomain& declaredDomain,

@@ -35,7 +35,7 @@ LutColor asColor(const RGBSample& sample) noexcept {
   return {static_cast<double>(sample.red), static_cast<double>(sample.green), static_cast<double>(sample.blue)};
 }
 
-/// The code values of a result on the scale from 0 to 1.
+/// Returns the code values of a result on the scale from 0 to 1.
 std::optional<RGBSample> scaledCodeValues(const LutColor& color, std::int64_t bitDepth) noexcept {
   const auto scale = static_cast<double>(largestCodeValue(bitDepth));
   if (scale <= 0) return RGBSample{};
@@ -52,8 +52,8 @@ RGBSample RGBSampleConverter::convert(std::uint64_t red, std::uint64_t green, st
                                       std::optional<std::int64_t> outputBitDepth) const noexcept {
   const auto result = convertIfPossible(red, green, blue, inputBitDepth, outputBitDepth);
   if (!result) {
-    preconditionFailed("the look-up table has no code value for " + std::to_string(red) + ", " + std::to_string(green) +
-                       ", " + std::to_string(blue) + " of depth " + std::to_string(inputBitDepth) + " at depth " +
+    preconditionFailed("the LUT has no code value for " + std::to_string(red) + ", " + std::to_string(green) + ", " +
+                       std::to_string(blue) + " of depth " + std::to_string(inputBitDepth) + " at depth " +
                        std::to_string(outputBitDepth.value_or(inputBitDepth)));
   }
   return *result;
@@ -95,7 +95,7 @@ std::optional<RGBSample> NormalizedFloatingPoint3DSampleConverter::convertIfPoss
 OneDimensionConverter::OneDimensionConverter(std::shared_ptr<const LutValueTriplets> orderedEntries)
     : orderedEntries_(std::move(orderedEntries)) {
   if (orderedEntries_ == nullptr || !std::has_single_bit(orderedEntries_->size())) {
-    preconditionFailed("a one-dimensional look-up table needs a power of two as its number of rows");
+    preconditionFailed("the number of rows of a 1D LUT must be a power of two");
   }
   lutBitDepth_ = std::countr_zero(orderedEntries_->size());
 }
@@ -129,7 +129,7 @@ OneDimensionsUnsignedIntegerConverter::OneDimensionsUnsignedIntegerConverter(
 std::optional<RGBSample> OneDimensionsUnsignedIntegerConverter::convertIfPossible(
     std::uint64_t red, std::uint64_t green, std::uint64_t blue, std::int64_t inputBitDepth,
     std::optional<std::int64_t> outputBitDepth) const noexcept {
-  // A code value that leaves 64 bits on its way to the table's depth lies beyond the last row like any other.
+  // A code value that exceeds 64 bits at the LUT's depth is beyond the last row like any other.
   const auto rowOf = [&](std::uint64_t value) {
     const auto place = rescaledCodeValue(value, inputBitDepth, lutBitDepth());
     return orderedEntries()[static_cast<std::size_t>(std::min(place.value_or(maxInputColor()), maxInputColor()))];

@@ -1,4 +1,8 @@
-// Converters that lead code values of any bit depth through a look-up table.
+/// \file
+/// Converters that apply a LUT to code values of any bit depth. For example, 10 bits in and 12 bits out:
+///
+///     const LutRGBSampleConverter& converter = file->inputConverter();
+///     const RGBSample result = converter.convert(64, 512, 940, 10, 12);
 #pragma once
 
 #include <cstdint>
@@ -11,7 +15,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// A pixel's code values.
+/// The code values of a pixel.
 struct RGBSample {
   std::uint64_t red = 0;
   std::uint64_t green = 0;
@@ -20,7 +24,7 @@ struct RGBSample {
   friend constexpr bool operator==(const RGBSample&, const RGBSample&) noexcept = default;
 };
 
-/// Leads the code values of a pixel to other ones.
+/// Converts the code values of a pixel.
 class MERIDIAN_API RGBSampleConverter {
  public:
   RGBSampleConverter() = default;
@@ -30,25 +34,25 @@ class MERIDIAN_API RGBSampleConverter {
   RGBSampleConverter& operator=(RGBSampleConverter&&) = delete;
   virtual ~RGBSampleConverter();
 
-  /// The converted sample. Depths are in bits; without an output depth the result has the input's. A result that is no
-  /// code value, being negative, not finite, or beyond 64 bits, stops the process: only a table with negative values
-  /// or nothing but zeros gives one, or a depth that its code values cannot be brought to.
+  /// Returns the converted sample. Depths are in bits; without an output depth the result has the input's. Terminates
+  /// the process if the result is not a code value but negative, not finite, or beyond 64 bits. That takes a LUT with
+  /// negative values or nothing but zeros, or a depth to which its code values cannot be converted.
   [[nodiscard]] RGBSample convert(std::uint64_t red, std::uint64_t green, std::uint64_t blue,
                                   std::int64_t inputBitDepth,
                                   std::optional<std::int64_t> outputBitDepth = std::nullopt) const noexcept;
 
-  /// As `convert`, and absent where that would stop the process.
+  /// Returns what `convert` returns, or nothing where that would terminate the process.
   [[nodiscard]] virtual std::optional<RGBSample> convertIfPossible(
       std::uint64_t red, std::uint64_t green, std::uint64_t blue, std::int64_t inputBitDepth,
       std::optional<std::int64_t> outputBitDepth = std::nullopt) const noexcept = 0;
 };
 
-/// A converter that belongs to a look-up table.
+/// A converter that belongs to a LUT.
 class MERIDIAN_API LutRGBSampleConverter : public RGBSampleConverter {
  public:
   [[nodiscard]] virtual LutDimensions dimensions() const noexcept = 0;
 
-  /// The range of the table's values.
+  /// Returns the smallest and the largest value of the LUT.
   [[nodiscard]] virtual double lowValue() const noexcept = 0;
   [[nodiscard]] virtual double highValue() const noexcept = 0;
 };
@@ -66,7 +70,7 @@ class MERIDIAN_API ThreeDimensionalLutConverter {
   [[nodiscard]] virtual const TrilinearLutInterpolator& interpolator() const noexcept = 0;
 };
 
-/// What both converters over cubes have in common. A cube that is null or has no points stops the process.
+/// The base of both converters over cubes. Terminates the process for a null cube or one without points.
 class MERIDIAN_API ThreeDimensionalLutRGBSampleConverter : public LutRGBSampleConverter,
                                                            public ThreeDimensionalLutConverter {
  public:
@@ -81,14 +85,14 @@ class MERIDIAN_API ThreeDimensionalLutRGBSampleConverter : public LutRGBSampleCo
   TrilinearLutInterpolator interpolator_;
 };
 
-/// Converts through a cube of code values of a depth of its own: inputs are brought to that depth, looked up, truncated
-/// toward zero, and brought from that depth to the output's. The depth is in bits; below 1, code values are taken as
-/// they are.
+/// Applies a cube of code values, which has a depth of its own: inputs are converted to that depth and looked up, and
+/// the results are truncated toward zero and converted to the output's depth. The depth is in bits; below 1, code
+/// values stay as they are.
 class MERIDIAN_API Integer3DSampleConverter final : public ThreeDimensionalLutRGBSampleConverter {
  public:
   Integer3DSampleConverter(std::shared_ptr<const ThreeDimensionalLutCube> cube, std::int64_t bitDepth);
 
-  /// The cube's own depth.
+  /// Returns the cube's own depth in bits.
   [[nodiscard]] std::int64_t bitDepth() const noexcept { return bitDepth_; }
 
   [[nodiscard]] std::optional<RGBSample> convertIfPossible(
@@ -99,8 +103,8 @@ class MERIDIAN_API Integer3DSampleConverter final : public ThreeDimensionalLutRG
   std::int64_t bitDepth_;
 };
 
-/// Converts through a cube whose value 1 stands for the largest code value of every depth, 2^depth - 1. The results are
-/// truncated toward zero. A depth below 1 or above 63 gives 0, 0, 0.
+/// Applies a cube whose value 1 stands for the largest code value of every depth, 2^depth - 1. The results are
+/// truncated toward zero. Returns 0, 0, 0 for a depth below 1 or above 63.
 class MERIDIAN_API NormalizedFloatingPoint3DSampleConverter final : public ThreeDimensionalLutRGBSampleConverter {
  public:
   explicit NormalizedFloatingPoint3DSampleConverter(std::shared_ptr<const ThreeDimensionalLutCube> cube);
@@ -110,30 +114,30 @@ class MERIDIAN_API NormalizedFloatingPoint3DSampleConverter final : public Three
       std::optional<std::int64_t> outputBitDepth = std::nullopt) const noexcept override;
 };
 
-/// A converter over a one-dimensional table, which looks each channel up on its own: red among the rows' first numbers,
-/// green among the second, blue among the third.
+/// A converter over a 1D LUT, which looks up each channel on its own: red among the rows' first numbers, green among
+/// the second, blue among the third.
 class MERIDIAN_API OneDimensionalLutInputConverter : public LutRGBSampleConverter {
  public:
-  /// The table's rows.
+  /// Returns the rows of the LUT.
   [[nodiscard]] virtual const LutValueTriplets& orderedEntries() const noexcept = 0;
 
-  /// The depth of the code values that have a row each: the base-2 logarithm of the number of rows.
+  /// Returns the depth at which each code value has one row: the base-2 logarithm of the number of rows.
   [[nodiscard]] virtual std::int64_t lutBitDepth() const noexcept = 0;
 
-  /// The number of rows, a power of two.
+  /// Returns the number of rows, a power of two.
   [[nodiscard]] virtual std::uint64_t totalEntries() const noexcept = 0;
 
-  /// The largest code value that has a row: `totalEntries` - 1.
+  /// Returns the largest code value that has a row: `totalEntries` - 1.
   [[nodiscard]] virtual std::uint64_t maxInputColor() const noexcept = 0;
 
-  /// The largest input on the table's own scale: `maxInputColor` for code values, 1 for floating point.
+  /// Returns the largest input on the LUT's own scale: `maxInputColor` for code values, 1 for floating point.
   [[nodiscard]] virtual double maxInputValue() const noexcept = 0;
 };
 
-/// What both kinds of one-dimensional tables have in common.
+/// The base of the converters over both kinds of 1D LUT.
 class MERIDIAN_API OneDimensionConverter : public OneDimensionalLutInputConverter {
  public:
-  /// A number of rows that is no power of two stops the process.
+  /// Terminates the process if the number of rows is not a power of two.
   explicit OneDimensionConverter(std::shared_ptr<const LutValueTriplets> orderedEntries);
 
   [[nodiscard]] LutDimensions dimensions() const noexcept final { return LutDimensions::oneD; }
@@ -142,8 +146,8 @@ class MERIDIAN_API OneDimensionConverter : public OneDimensionalLutInputConverte
   [[nodiscard]] std::uint64_t totalEntries() const noexcept final { return orderedEntries_->size(); }
   [[nodiscard]] std::uint64_t maxInputColor() const noexcept final { return totalEntries() - 1; }
 
-  /// The colour at a place among the rows on each channel, from 0 to `maxInputColor`: between two rows it is linear. On
-  /// the scale of the rows' values; a place outside counts as the nearer end, what is not a number as 0.
+  /// Returns the colour at a place among the rows, from 0 to `maxInputColor` for each channel, interpolated linearly
+  /// between two rows and on the scale of the rows' values. A place outside is clamped; NaN counts as 0.
   [[nodiscard]] LutColor interpolated(const LutColor& place) const noexcept;
 
  private:
@@ -151,21 +155,21 @@ class MERIDIAN_API OneDimensionConverter : public OneDimensionalLutInputConverte
   std::int64_t lutBitDepth_;
 };
 
-/// Converts through a table of code values: inputs are brought to the depth that has a row for each code value, limited
-/// to the last row, looked up, and brought from the depth of the table's values to the output's.
+/// Applies a 1D LUT of code values: inputs are converted to `lutBitDepth`, clamped to the last row and looked up, and
+/// the results are converted from `valueBitDepth` to the output's depth.
 class MERIDIAN_API OneDimensionsUnsignedIntegerConverter final : public OneDimensionConverter {
  public:
   explicit OneDimensionsUnsignedIntegerConverter(std::shared_ptr<const LutValueTriplets> orderedEntries);
 
-  /// The depth of the table's values: that of its rows' number, or that of its largest value where it is larger. So a
-  /// table of 1024 rows up to 4095 leads from 10 to 12 bits, and one of 1024 rows up to 512 darkens.
+  /// Returns the depth of the LUT's values: `lutBitDepth`, or the depth of its largest value if that is larger. So a
+  /// LUT of 1024 rows up to 4095 converts from 10 to 12 bits, and one of 1024 rows up to 512 darkens.
   [[nodiscard]] std::int64_t valueBitDepth() const noexcept { return valueBitDepth_; }
 
   [[nodiscard]] double maxInputValue() const noexcept override { return static_cast<double>(maxInputColor()); }
   [[nodiscard]] double lowValue() const noexcept override { return lowValue_; }
   [[nodiscard]] double highValue() const noexcept override { return highValue_; }
 
-  /// A negative number in the row that is looked up is no code value; one with a fraction is truncated.
+  /// Returns nothing for a row with a negative number. Fractions are truncated.
   [[nodiscard]] std::optional<RGBSample> convertIfPossible(
       std::uint64_t red, std::uint64_t green, std::uint64_t blue, std::int64_t inputBitDepth,
       std::optional<std::int64_t> outputBitDepth = std::nullopt) const noexcept override;
@@ -176,9 +180,9 @@ class MERIDIAN_API OneDimensionsUnsignedIntegerConverter final : public OneDimen
   double highValue_ = 0;
 };
 
-/// Converts through a table of floating-point values, linear between its rows: the first row stands for an input of 0,
-/// the last for one of 1, which is the largest code value of every depth, 2^depth - 1. The results are truncated
-/// toward zero. A depth below 1 or above 63 gives 0, 0, 0.
+/// Applies a 1D LUT of floating-point values, interpolated linearly between its rows: the first row stands for an input
+/// of 0, the last for one of 1, which is the largest code value of every depth, 2^depth - 1. The results are truncated
+/// toward zero. Returns 0, 0, 0 for a depth below 1 or above 63.
 class MERIDIAN_API OneDimensionFloatingPointConverter final : public OneDimensionConverter {
  public:
   OneDimensionFloatingPointConverter(std::shared_ptr<const LutValueTriplets> orderedEntries, double lowValue,
@@ -189,8 +193,8 @@ class MERIDIAN_API OneDimensionFloatingPointConverter final : public OneDimensio
   [[nodiscard]] double lowValue() const noexcept override { return lowValue_; }
   [[nodiscard]] double highValue() const noexcept override { return highValue_; }
 
-  /// The input on the table's scale, each channel limited to `minInputValue` and `maxInputValue`. Of a depth without
-  /// code values, 0.
+  /// Returns the input on the LUT's scale, each channel clamped to `minInputValue` and `maxInputValue`; 0 for a depth
+  /// below 1 or above 63.
   [[nodiscard]] LutColor boundedInput(std::uint64_t red, std::uint64_t green, std::uint64_t blue,
                                       std::int64_t inputBitDepth) const noexcept;
 

@@ -16,14 +16,14 @@ constexpr std::string_view oneDimensionalSizeWord = "LUT_1D_SIZE";
 constexpr std::string_view threeDimensionalSizeWord = "LUT_3D_SIZE";
 constexpr std::string_view inputRangeWord = "INPUT_RANGE";
 
-/// The bytes of the white-space character at the beginning of the text; 0 when there is none.
+/// Returns the length in bytes of the white-space character at the beginning of the text; 0 if there is none.
 std::size_t leadingWhiteSpace(std::string_view text) noexcept {
   if (text.front() > ' ' && text.front() < '\x7f') return 0;
   const std::size_t length = firstUnit(text).length;
   return trimmed(text.substr(0, length)).empty() ? length : 0;
 }
 
-/// The numbers of a line whose pieces stand between single white-space characters: as many as the array takes, or none.
+/// Returns the numbers of a line with single white-space characters between them: exactly `count` of them, or none.
 template <std::size_t count>
 std::optional<std::array<DecimalNumber, count>> numbersOf(std::string_view line) noexcept {
   std::array<DecimalNumber, count> numbers;
@@ -40,8 +40,8 @@ std::optional<std::array<DecimalNumber, count>> numbersOf(std::string_view line)
   return numbers;
 }
 
-/// What stands behind a keyword that begins the line; absent when it does not.
-std::optional<std::string_view> textBehind(std::string_view line, std::string_view keyword) {
+/// Returns what follows a keyword that begins the line; absent if it does not.
+std::optional<std::string_view> textAfter(std::string_view line, std::string_view keyword) {
   if (line.size() <= keyword.size() || !equalsIgnoringCase(line.substr(0, keyword.size()), keyword)) return {};
   const std::string_view rest = line.substr(keyword.size());
   return leadingWhiteSpace(rest) == 0 ? std::nullopt : std::optional(trimmed(rest));
@@ -96,7 +96,7 @@ bool GenericTextLutInterpreter::takeHeader(const LutHeaderWords& words, std::str
     readInputRange(line);
     return true;
   }
-  // A title or comment decides as well; one that names both kinds means a cube.
+  // A title or comment decides as well; if it names both kinds, it is a cube.
   if (!explicitDimensions_ && (words.threeD || words.oneD)) {
     explicitDimensions_ = words.threeD ? LutDimensions::cube : LutDimensions::oneD;
     return true;
@@ -117,8 +117,8 @@ void GenericTextLutInterpreter::readSize(std::string_view line, std::string_view
 void GenericTextLutInterpreter::readDomain(std::string_view line) {
   for (const auto& [keyword, bound] : {std::pair{std::string_view("DOMAIN_MIN"), &domainMinimum_},
                                        std::pair{std::string_view("DOMAIN_MAX"), &domainMaximum_}}) {
-    const auto behind = textBehind(line, keyword);
-    const auto numbers = behind ? numbersOf<3>(*behind) : std::nullopt;
+    const auto rest = textAfter(line, keyword);
+    const auto numbers = rest ? numbersOf<3>(*rest) : std::nullopt;
     if (!numbers) continue;
     *bound = LutColor{(*numbers)[0].doubleValue(), (*numbers)[1].doubleValue(), (*numbers)[2].doubleValue()};
   }
@@ -126,8 +126,8 @@ void GenericTextLutInterpreter::readDomain(std::string_view line) {
 
 void GenericTextLutInterpreter::readInputRange(std::string_view line) {
   for (const std::string_view keyword : {"LUT_1D_INPUT_RANGE", "LUT_3D_INPUT_RANGE"}) {
-    const auto behind = textBehind(line, keyword);
-    const auto numbers = behind ? numbersOf<2>(*behind) : std::nullopt;
+    const auto rest = textAfter(line, keyword);
+    const auto numbers = rest ? numbersOf<2>(*rest) : std::nullopt;
     if (!numbers) continue;
     const double low = (*numbers)[0].doubleValue();
     const double high = (*numbers)[1].doubleValue();

@@ -1,4 +1,11 @@
-// The lines of a look-up table written as text, read one after the other.
+/// \file
+/// The lines of a LUT written as text, read one after the other. For example:
+///
+///     GenericTextLutInterpreter lines;
+///     lines.interpret("LUT_3D_SIZE 33");
+///     lines.interpret("0.0 0.5 1.0");
+///     lines.explicitDimensions();  // LutDimensions::cube
+///     lines.triplets().size();     // 1
 #pragma once
 
 #include <cstdint>
@@ -7,12 +14,11 @@
 
 #include "meridian/base/decimal_number.h"
 #include "meridian/export.h"
-#include "meridian/lut/lut_file.h"
 #include "meridian/lut/lut_values.h"
 
 namespace meridian::inline v0_2 {
 
-/// The words of header lines, whatever their case and wherever they stand in the line.
+/// The keywords of a header line, whatever their case and wherever they are in the line.
 struct LutHeaderWords {
   bool oneDimensionalSize = false;    ///< "LUT_1D_SIZE"
   bool threeDimensionalSize = false;  ///< "LUT_3D_SIZE"
@@ -25,56 +31,58 @@ struct LutHeaderWords {
   LutHeaderWords& operator|=(const LutHeaderWords& other) noexcept;
 };
 
-/// Takes in the lines of one file, in file order, and keeps what they say. A row is three decimal numbers with exactly
-/// one white-space character between them; other lines are passed over, whatever they hold.
+/// Reads the lines of one file, in file order, and keeps what they say. A row is three decimal numbers with exactly one
+/// white-space character between them; other lines are ignored, whatever they hold.
 class MERIDIAN_API GenericTextLutInterpreter {
  public:
-  /// The rows of cubes with 17, 33 and 65 points per axis. The second name is spelled so on purpose.
+  /// The number of rows of cubes with 17, 33 and 65 points per axis. The second name keeps its published spelling.
   static constexpr std::int64_t seventeenGridCubeSize = std::int64_t{17} * 17 * 17;
   static constexpr std::int64_t thrityThreeGridCubeSize = std::int64_t{33} * 33 * 33;
   static constexpr std::int64_t sixtyFiveGridCubeSize = std::int64_t{65} * 65 * 65;
 
-  /// One line, with or without its end.
+  /// Reads one line, with or without its newline.
   void interpret(std::string_view line);
 
-  /// A line that is too long to be a row, by the words in it.
+  /// Reads a line that is too long to be a row, of which only the keywords count.
   void interpretOverlong(const LutHeaderWords& words);
 
-  /// Takes a row in. The extremes are compared by their doubles; of equal ones the first stays.
+  /// Appends a row. The extremes are compared as doubles; of equal ones the first is kept.
   void record(const LutValueTriplet& triplet);
   void record(const LutColor& color);
 
   [[nodiscard]] static constexpr LutMarkupType markupType() noexcept { return LutMarkupType::txt; }
 
-  /// What the header lines say.
+  /// Returns what the header lines say.
   [[nodiscard]] const std::optional<LutDimensions>& explicitDimensions() const noexcept { return explicitDimensions_; }
 
-  /// A size read from a header line: the number that stands before the word, up to and with the word's first letter.
-  /// A text that ends in a letter is no number, so none is ever found and the size comes from the rows; kept so on
-  /// purpose.
+  /// Returns the size read from a header line: the number before the keyword, up to and including the keyword's first
+  /// letter. Text that ends in a letter is not a number, so the size is deliberately never found here and comes from
+  /// the rows instead.
   [[nodiscard]] const std::optional<std::uint64_t>& explicitLutSize() const noexcept { return explicitLutSize_; }
 
-  /// The smallest and the largest number of all rows.
+  /// Returns the smallest and the largest number of all rows; absent before the first row.
   [[nodiscard]] const std::optional<DecimalNumber>& explicitMinValue() const noexcept { return explicitMinValue_; }
   [[nodiscard]] const std::optional<DecimalNumber>& explicitMaxValue() const noexcept { return explicitMaxValue_; }
 
   [[nodiscard]] const LutValueTriplets& triplets() const noexcept { return triplets_; }
   [[nodiscard]] LutValueTriplets& triplets() noexcept { return triplets_; }
 
-  /// What the number of rows says: a cube for those of 17, 33 and 65 points, 1D for a power of two, else nothing.
+  /// Returns what the number of rows implies: a cube of 17, 33 or 65 points per axis, or 1D for a power of two; absent
+  /// for any other number.
   [[nodiscard]] std::optional<LutDimensions> inferredDimensions() const noexcept;
 
-  /// The points per axis of a cube of 17, 33 or 65, the rows of a power of two, else the smallest power of two that is
-  /// at least the integer value of the largest number; absent where that is not positive.
+  /// Returns the points per axis if there are as many rows as a cube of 17, 33 or 65 has, the number of rows if it is a
+  /// power of two, or else the smallest power of two that is at least the integer value of the largest number; absent
+  /// if that is not positive.
   [[nodiscard]] std::optional<std::uint64_t> lutSize() const noexcept;
 
-  /// What lines of the form "DOMAIN_MIN R G B", "DOMAIN_MAX R G B" and "LUT_3D_INPUT_RANGE MIN MAX" before the first
-  /// row declare. They decide nothing in a file's reading. A maximum that is not above its minimum counts as
-  /// undeclared.
+  /// Returns what lines of the form "DOMAIN_MIN R G B", "DOMAIN_MAX R G B" and "LUT_3D_INPUT_RANGE MIN MAX" before the
+  /// first row declare. They do not affect how a file is read. If a channel's maximum is not above its minimum, nothing
+  /// is declared.
   [[nodiscard]] LutDeclaredDomain declaredDomain() const noexcept;
 
  private:
-  /// Whether the line, which comes before the first row, is a header line and no row.
+  /// Reads a line before the first row; returns whether it is a header line.
   [[nodiscard]] bool takeHeader(const LutHeaderWords& words, std::string_view line);
   void readSize(std::string_view line, std::string_view keyword);
   void readDomain(std::string_view line);

@@ -11,22 +11,22 @@
 namespace meridian::inline v0_2::detail {
 namespace {
 
-/// Zeros behind the bytes of a buffer, which end every number.
+/// Zeros after the bytes of a buffer, which end every number.
 constexpr std::size_t padding = 16;
 
-/// A header word that lies across two pieces of a line is found where they overlap by this much.
+/// Consecutive pieces of an overlong line overlap by this much, so that a keyword across both is found.
 constexpr std::size_t overlap = 64;
 
-constexpr bool isLineEnd(char c) noexcept { return c == '\n' || c == '\r'; }
+constexpr bool isNewline(char c) noexcept { return c == '\n' || c == '\r'; }
 constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t'; }
 
 struct PlainRow {
   LutColor color;
-  /// At the row's line end; null where the line has to be read the general way.
+  /// The row's newline; null if the line has to be read by the interpreter.
   const char* end = nullptr;
 };
 
-/// Reads a line that is a row of three short decimals, possibly with blanks around it, as nearly all lines are.
+/// Reads a line if it is a row of three short decimals, possibly with blanks around it, as nearly all lines are.
 PlainRow readPlainRow(const char* place) noexcept {
   while (isBlank(*place)) ++place;
   const PlainDecimal first = readPlainDecimal(place);
@@ -37,12 +37,12 @@ PlainRow readPlainRow(const char* place) noexcept {
   if (third.end == nullptr) return {};
   const char* end = third.end;
   while (isBlank(*end)) ++end;
-  if (!isLineEnd(*end)) return {};
+  if (!isNewline(*end)) return {};
   return {{first.number, second.number, third.number}, end};
 }
 
-/// Leaves two of each run of blanks, so that one blank between two numbers and more of them are told apart as before.
-/// The length of what is left.
+/// Shortens each run of blanks to two, so that one blank between two numbers still differs from several. Returns the
+/// length that is left.
 std::size_t withShortBlanks(std::span<char> line) noexcept {
   std::size_t run = 0;
   const auto rest = std::ranges::remove_if(line, [&run](char c) {
@@ -74,12 +74,12 @@ class LineCutter {
   }
 
  private:
-  /// Hands over every line that ends in the buffer from `begin` to `end`. Where the first that does not end begins.
+  /// Passes on every line that ends in the buffer from `begin` to `end`. Returns where the first unfinished one begins.
   std::size_t takeLines(std::size_t begin, std::size_t end) {
     const char* place = buffer_.data() + begin;
     const char* const last = buffer_.data() + end;
     while (place < last) {
-      if (isLineEnd(*place)) {
+      if (isNewline(*place)) {
         ++place;
         continue;
       }
@@ -90,15 +90,15 @@ class LineCutter {
           continue;
         }
       }
-      const char* const lineEnd = std::find_if(place, last, isLineEnd);
-      if (lineEnd == last) break;
-      endLine({place, lineEnd});
-      place = lineEnd + 1;
+      const char* const newline = std::find_if(place, last, isNewline);
+      if (newline == last) break;
+      endLine({place, newline});
+      place = newline + 1;
     }
     return static_cast<std::size_t>(place - buffer_.data());
   }
 
-  /// Hands over a line, or the rest of one that is too long to be a row.
+  /// Passes on a line, or the rest of one that is too long to be a row.
   void endLine(std::string_view rest) {
     std::string shortened;
     if (!isOverlong_ && rest.size() > limits_.longestRow) {
@@ -108,41 +108,41 @@ class LineCutter {
       isOverlong_ = rest.size() > limits_.longestRow;
     }
     if (isOverlong_) {
-      findWords(rest);
-      interpreter_.interpretOverlong(words_);
+      findKeywords(rest);
+      interpreter_.interpretOverlong(keywords_);
       isOverlong_ = false;
-      words_ = {};
+      keywords_ = {};
     } else {
       interpreter_.interpret(rest);
     }
   }
 
-  void findWords(std::string_view piece) {
-    // Behind the first row no header is looked for.
-    if (interpreter_.triplets().empty()) words_ |= LutHeaderWords::in(piece);
+  void findKeywords(std::string_view piece) {
+    // After the first row there are no headers.
+    if (interpreter_.triplets().empty()) keywords_ |= LutHeaderWords::in(piece);
   }
 
-  /// Moves the beginning of a line that does not end yet to the buffer's beginning, and makes a long one short.
+  /// Moves an unfinished line to the buffer's beginning, and shortens a long one.
   void keep(std::size_t begin, std::size_t end) {
     std::memmove(buffer_.data(), buffer_.data() + begin, end - begin);
     kept_ = end - begin;
     if (!isOverlong_ && kept_ > limits_.longestRow) kept_ = withShortBlanks({buffer_.data(), kept_});
     if (!isOverlong_ && kept_ <= limits_.longestRow) return;
     isOverlong_ = true;
-    findWords({buffer_.data(), kept_});
+    findKeywords({buffer_.data(), kept_});
     const std::size_t tail = std::min(overlap, kept_);
     std::memmove(buffer_.data(), buffer_.data() + kept_ - tail, tail);
     kept_ = tail;
   }
 
-  /// Makes room for the rows of the rest of the text, if they go on as so far.
+  /// Reserves room for the remaining rows, assuming that they are as long as those so far.
   void makeRoom() {
     LutValueTriplets& rows = interpreter_.triplets();
     if (rows.empty() || size_ <= read_) return;
     const auto count = static_cast<double>(rows.size());
     const double expected = count * static_cast<double>(size_) / static_cast<double>(read_);
     if (expected * 1.01 < static_cast<double>(rows.capacity())) return;
-    constexpr double harmless = 1 << 20;  // rows that take little enough memory to be wrong about
+    constexpr double harmless = 1 << 20;  // few enough rows that a wrong guess costs little memory
     const double enough = std::min(expected * 1.05 + 64, std::max(harmless, count * 2));
     if (enough > static_cast<double>(rows.capacity())) rows.reserve(static_cast<std::size_t>(enough));
   }
@@ -152,12 +152,12 @@ class LineCutter {
   GenericTextLutInterpreter& interpreter_;
   TextLutLimits limits_;
   std::vector<char> buffer_;
-  /// Bytes at the buffer's beginning that begin a line.
+  /// The bytes of an unfinished line at the buffer's beginning.
   std::size_t kept_ = 0;
   std::uint64_t read_ = 0;
-  /// Whether the line that is being read is too long to be a row; then the words found in it so far.
+  /// Whether the line being read is too long to be a row; then the keywords found in it so far.
   bool isOverlong_ = false;
-  LutHeaderWords words_;
+  LutHeaderWords keywords_;
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Reading a file from its beginning to its end, in pieces.
+// Reads a file from beginning to end, in pieces.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// A file opened for reading. A folder counts as a file that cannot be opened.
+/// A file opened for reading. A directory counts as a file that cannot be opened.
 class FileReader {
  public:
   explicit FileReader(const std::string& path);
@@ -21,17 +21,17 @@ class FileReader {
 
   [[nodiscard]] bool isOpen() const noexcept { return descriptor_ >= 0; }
 
-  /// What went wrong, at the opening or at a later call.
+  /// Returns why opening or a later call failed; no error if nothing did.
   [[nodiscard]] const std::error_code& error() const noexcept { return error_; }
 
-  /// The size in bytes where the system knows it beforehand; 0 for a pipe.
+  /// Returns the size in bytes if the system knows it beforehand; 0 for a pipe.
   [[nodiscard]] std::uint64_t size() const noexcept { return size_; }
 
-  /// Reads until the memory is full or the file ends. The bytes read: less than asked for at the end of the file, and
-  /// after an error.
+  /// Reads until the memory is full or the file ends. Returns the number of bytes read: less than the memory holds at the
+  /// end of the file and after an error.
   [[nodiscard]] std::size_t read(std::span<char> memory) noexcept;
 
-  /// Goes back to the beginning; whether that was possible, which it is not for a pipe.
+  /// Goes back to the beginning. Returns false if that is impossible, as it is for a pipe.
   [[nodiscard]] bool rewind() noexcept;
 
  private:

@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t memoryLimit = std::size_t{16} << 20;
 
-// Expat hands no pointer of ours to its allocation functions. A check runs within one call on one thread, so what the
-// current one has allocated stands here.
+// Expat passes no pointer of ours to its allocation functions. Each thread runs one check at a time, so its allocations
+// are counted here.
 thread_local std::size_t allocated = 0;
 
 /// Each block begins with its size.
@@ -84,7 +84,7 @@ XmlCheck::XmlCheck() : parser_(std::make_unique<Parser>()) {
   parser_->expat = XML_ParserCreate_MM(nullptr, &boundedMemory, nullptr);
   if (parser_->expat == nullptr) return;
   XML_SetUnknownEncodingHandler(parser_->expat, takeUnknownEncoding, nullptr);
-  // With a default handler of this kind entities are handed over as they are written, not expanded.
+  // With a default handler of this kind, entities are passed on as written and not expanded.
   XML_SetDefaultHandler(parser_->expat, [](void* /*data*/, const XML_Char* /*text*/, int /*length*/) {});
 }
 

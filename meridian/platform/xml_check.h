@@ -1,4 +1,4 @@
-// Whether bytes are a well-formed XML document.
+// Checks whether bytes are a well-formed XML document.
 #pragma once
 
 #include <cstddef>
@@ -7,15 +7,14 @@
 
 namespace meridian::inline v0_2 {
 
-/// Whether a document can begin with these bytes: with "<" behind a byte-order mark and white space, in UTF-8 or
-/// UTF-16. True as well while all bytes are white space, since "<" may follow.
+/// Returns whether a document can begin with these bytes: with "<" after a byte-order mark and white space, in UTF-8 or
+/// UTF-16. True as well if all bytes are white space, since "<" may follow.
 [[nodiscard]] bool mayBeginXml(std::span<const char> bytes) noexcept;
 
-/// Reads a document piece by piece and says whether it is well-formed. Nothing outside of it is read: external entities
-/// and document types are passed over, and internal entities in content are neither expanded nor looked into. A byte
-/// above 0x7F in an encoding that is none of Expat's own (UTF-8, UTF-16, ISO-8859-1, ASCII) counts as a letter. Memory
-/// is bounded by 16 MiB: a document that needs more, for a single mark or its depth, counts as not well-formed. One
-/// check at a time on a thread.
+/// Checks a document piece by piece. Nothing outside of it is read: external entities and document types are skipped,
+/// and internal entities in content are neither expanded nor inspected. A byte above 0x7F in an encoding other than
+/// Expat's own (UTF-8, UTF-16, ISO-8859-1, ASCII) counts as a letter. Memory is limited to 16 MiB: a document that needs
+/// more, for a single tag or its depth, counts as not well-formed. Only one check at a time on each thread.
 class XmlCheck {
  public:
   XmlCheck();
@@ -25,10 +24,10 @@ class XmlCheck {
   XmlCheck& operator=(XmlCheck&&) = delete;
   ~XmlCheck();
 
-  /// Whether the document is well-formed so far. After false nothing more need be fed.
+  /// Returns whether the document is well-formed so far. After false no more pieces are needed.
   [[nodiscard]] bool feed(std::span<const char> piece);
 
-  /// Whether the document is well-formed and complete.
+  /// Returns whether the document is well-formed and complete.
   [[nodiscard]] bool finish();
 
  private:

@@ -1,4 +1,4 @@
-// Look-up table files and tables made for tests.
+// LUT files and LUTs made for tests.
 #pragma once
 
 #include <memory>
@@ -43,7 +43,7 @@ inline std::shared_ptr<const LutCube> cubeOf(const std::vector<LutColor>& colors
   return std::make_shared<const LutCube>(rowsOf(colors));
 }
 
-/// The colours of a cube in file order, from a function of red, green and blue on the scale from 0 to 1.
+/// Returns the colours of a cube in file order, from a function of red, green and blue on the scale from 0 to 1.
 template <typename Function>
 std::vector<LutColor> cubeColors(int faceSize, const Function& function) {
   std::vector<LutColor> colors;
@@ -56,7 +56,7 @@ std::vector<LutColor> cubeColors(int faceSize, const Function& function) {
   return colors;
 }
 
-/// A file of a cube: of code values where a depth is given.
+/// Returns a file of a cube: of code values if a depth is given.
 inline std::unique_ptr<const ParsedLutFile> cubeFile(const std::vector<LutColor>& colors, int integerDepth = 0,
                                                      const LutDeclaredDomain& domain = {}) {
   const Url url = Url::fromFilePath("/made.cube");

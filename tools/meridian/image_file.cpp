@@ -1,4 +1,4 @@
-// The only file that uses OpenImageIO, a module of its own that the command loads when it is asked for an image.
+// Reads and writes image files by OpenImageIO: the module that the command loads when it needs an image.
 #include "tools/meridian/image_file.h"
 
 #include <OpenImageIO/fmath.h>
@@ -18,6 +18,7 @@
 #include "meridian/base/printable.h"
 #include "meridian/platform/path_text.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/image_checks.h"
 
 namespace meridian::command {
 namespace {
@@ -27,58 +28,7 @@ using OIIO::ImageOutput;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
-[[noreturn]] void refuse(const std::string& path, const std::string& why) {
-  throw CommandError(inQuotes(path) + " " + printable(why));
-}
-
-/// The library's words as one line.
-std::string asLine(std::string_view words) {
-  std::string line;
-  for (const char c : words) line += c == '\n' ? std::string(line.empty() ? "" : "; ") : std::string(1, c);
-  while (line.ends_with("; ")) line.resize(line.size() - 2);
-  return line.empty() ? "its reader or writer does not say why" : line;
-}
-
-/// What a reader or writer says went wrong.
-template <typename Side>
-std::string faultOf(const Side& side) {
-  return asLine(side.geterror());
-}
-
-/// What the samples of a file are worked on as; absent where that would lose something.
-std::optional<TypeDesc> workingType(const ImageSpec& spec) {
-  switch (spec.format.basetype) {
-    case TypeDesc::UINT8:
-    case TypeDesc::UINT16:
-      return spec.format;
-    case TypeDesc::HALF:
-    case TypeDesc::FLOAT:
-      return TypeDesc(TypeDesc::FLOAT);
-    default:
-      return std::nullopt;
-  }
-}
-
-/// Red, green and blue by their names, else the first three.
-std::array<std::size_t, 3> colorChannels(const ImageSpec& spec) {
-  std::array<std::size_t, 3> places{0, 1, 2};
-  const std::array<std::string_view, 3> names{"R", "G", "B"};
-  for (std::size_t channel = 0; channel < 3; ++channel) {
-    const int place = spec.channelindex(names[channel]);
-    if (place < 0) return {0, 1, 2};
-    places[channel] = static_cast<std::size_t>(place);
-  }
-  return places;
-}
-
-/// The bits of a code value. The reader spreads fewer bits over the whole sample and says how many there were.
-int codeValueBits(const ImageSpec& spec) {
-  const int sampleBits = static_cast<int>(spec.format.size()) * 8;
-  const int said = spec.get_int_attribute("oiio:BitsPerSample", sampleBits);
-  return said >= 1 && said < sampleBits ? said : sampleBits;
-}
-
-/// A code value spread over the whole sample: its bits again and again, so that the largest stays the largest.
+/// Returns a code value spread over the whole sample: its bits are repeated, so that the largest stays the largest.
 template <typename Sample>
 Sample spread(Sample value, int bits) {
   unsigned spreadValue = 0;
@@ -88,67 +38,8 @@ Sample spread(Sample value, int bits) {
   return static_cast<Sample>(spreadValue);
 }
 
-/// Refuses a file that holds more than the one image that is read.
-void checkIsAlone(ImageInput& input, const std::string& path) {
-  if (input.seek_subimage(1, 0)) refuse(path, "holds several images, of which only the first could be kept");
-  if (input.seek_subimage(0, 1)) refuse(path, "holds smaller versions of its image, which could not be kept");
-  static_cast<void>(input.geterror());
-  if (!input.seek_subimage(0, 0)) refuse(path, "cannot be read: " + faultOf(input));
-}
-
-void checkSamples(const ImageSpec& spec, const std::string& path) {
-  if (spec.deep) refuse(path, "is a deep image, whose pixels hold lists of samples");
-  if (spec.depth > 1) refuse(path, "is a volume, and no image");
-  for (const char* const name : {"tiff:ColorSpace", "jpeg:ColorSpace"}) {
-    if (spec.get_string_attribute(name) == "CMYK")
-      refuse(path, "holds the colours of print (CMYK), not red, green, blue");
-  }
-  if (spec.nchannels < 3) {
-    refuse(path, "has " + std::to_string(spec.nchannels) + (spec.nchannels == 1 ? " channel" : " channels") +
-                     "; a look-up table needs red, green and blue");
-  }
-  const auto isWorkable = [](const TypeDesc& format) {
-    return format == TypeDesc::UINT8 || format == TypeDesc::UINT16 || format == TypeDesc::HALF ||
-           format == TypeDesc::FLOAT;
-  };
-  const bool allAre = isWorkable(spec.format) && std::ranges::all_of(spec.channelformats, isWorkable);
-  if (!allAre) {
-    refuse(path, "has samples of a kind that is not worked on here (" + std::string(spec.format.c_str()) +
-                     "); these are: 8- and 16-bit code values, half and float");
-  }
-}
-
-/// Refuses a DPX file that ends early, of which the reader says nothing and gives whatever the memory held.
-void checkDpxIsWhole(const ImageSpec& spec, const std::string& path) {
-  std::array<unsigned char, 812> head{};
-  std::ifstream file(path, std::ios::binary);
-  if (!file.read(reinterpret_cast<char*>(head.data()), head.size())) refuse(path, "ends within its header");
-  const auto number = [&head](std::size_t place, std::size_t bytes) {
-    const bool isLittleEndian = head[0] == 'X';
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < bytes; ++i) value = value << 8U | head[place + (isLittleEndian ? bytes - 1 - i : i)];
-    return value;
-  };
-  constexpr std::uint64_t undefined = 0xFFFFFFFF;
-  const std::uint64_t offset = number(808, 4) == undefined ? number(4, 4) : number(808, 4);
-  const std::uint64_t descriptor = head[800];
-  const std::uint64_t bits = head[803];
-  const bool isPlainRgb = (descriptor == 50 || descriptor == 51 || descriptor == 52) && number(806, 2) == 0;
-  if (!isPlainRgb) return;
-  const bool isFilled = number(804, 2) != 0;
-  const auto samples = static_cast<std::uint64_t>(spec.width) * static_cast<std::uint64_t>(spec.nchannels);
-  std::uint64_t rowBytes = samples * bits / 8;
-  if (isFilled && bits == 10) rowBytes = (samples + 2) / 3 * 4;
-  if (isFilled && bits == 12) rowBytes = samples * 2;
-  std::error_code error;
-  const std::uint64_t size = std::filesystem::file_size(path, error);
-  if (!error && size < offset + rowBytes * static_cast<std::uint64_t>(spec.height)) {
-    refuse(path, "cannot be read: it ends before its last row");
-  }
-}
-
-/// The written file's description: everything of the read one's but what the writer cannot do, and but what is said of
-/// the samples as they were.
+/// Returns the description of the file to write: that of the file read, without what the writer does not support and
+/// without what describes the samples before the LUT.
 ImageSpec outputSpec(const ImageSpec& read, const ImageOutput& output) {
   ImageSpec spec = read;
   if (!output.supports("tiles")) spec.tile_width = spec.tile_height = spec.tile_depth = 0;
@@ -160,10 +51,10 @@ ImageSpec outputSpec(const ImageSpec& read, const ImageOutput& output) {
   return spec;
 }
 
-/// Passes the library's word of progress on.
+/// Passes OpenImageIO's reports of progress on.
 bool tellProgress(void* progress, float portion) {
   (*static_cast<const ImageFile::Progress*>(progress))(double{portion});
-  return false;  // go on
+  return false;  // do not cancel
 }
 
 struct Freed {
@@ -199,7 +90,9 @@ class OpenImageIoFile final : public ImageFile {
   template <typename Sample>
   void changeAs(const Change& change, const Progress& progress);
   template <typename Sample>
-  void changeGathered(const Change& change, std::size_t first, std::size_t count);
+  void changeCopy(const Change& change, std::size_t first, std::size_t count);
+  template <typename Sample>
+  [[nodiscard]] ImageView<Sample> colors(std::size_t first, std::size_t count) const;
 
   std::string path_;
   std::string outputPath_;
@@ -213,21 +106,21 @@ class OpenImageIoFile final : public ImageFile {
   std::unique_ptr<std::byte, Freed> samples_;
 };
 
-/// The memory comes from the system as zeros, so that nothing of this process can get into an image.
+/// The memory comes from the system as zeros, so that nothing else of this process can get into an image.
 void OpenImageIoFile::allocate() {
   const std::uint64_t count = OIIO::clamped_mult64(spec_.image_pixels(), static_cast<std::uint64_t>(spec_.nchannels));
   samples_.reset(static_cast<std::byte*>(std::calloc(count, type_.size())));  // NOLINT(cppcoreguidelines-no-malloc)
   if (samples_ == nullptr) {
-    refuse(path_, "is too large for the memory: " + std::to_string(spec_.width) + " x " + std::to_string(spec_.height) +
-                      " pixels of " + std::to_string(spec_.nchannels) + " channels");
+    refuseImage(path_, "is too large for the memory: " + std::to_string(spec_.width) + " x " +
+                           std::to_string(spec_.height) + " pixels of " + std::to_string(spec_.nchannels) +
+                           " channels");
   }
 }
 
-/// Leads the colours through an image of their own, at their real depth; the other channels are not touched.
+/// Changes the colours of code values that have fewer bits than their samples, in a copy at their real depth.
 template <typename Sample>
-void OpenImageIoFile::changeGathered(const Change& change, std::size_t first, std::size_t count) {
-  constexpr int sampleBits = static_cast<int>(sizeof(Sample)) * 8;
-  const int shift = sampleBits - bits_;
+void OpenImageIoFile::changeCopy(const Change& change, std::size_t first, std::size_t count) {
+  const int shift = ImageView<Sample>::sampleBits - bits_;
   const std::size_t pixels = count * width();
   Sample* const image = row<Sample>(first);
   std::vector<Sample> colors(pixels * 3);
@@ -238,36 +131,36 @@ void OpenImageIoFile::changeGathered(const Change& change, std::size_t first, st
       }
     }
   };
-  forEach([&](Sample& color, const Sample& sample) {
-    if constexpr (std::is_integral_v<Sample>) {
-      color = static_cast<Sample>(sample >> shift);
-    } else {
-      color = sample;
-    }
-  });
+  forEach([&](Sample& color, const Sample& sample) { color = static_cast<Sample>(sample >> shift); });
   change(ImageView<Sample>::packed(ImageLayout::rgb, colors.data(), width(), count, bits_));
-  forEach([&](const Sample& color, Sample& sample) {
-    if constexpr (std::is_integral_v<Sample>) {
-      sample = shift == 0 ? color : spread(color, bits_);
-    } else {
-      sample = color;
-    }
-  });
+  forEach([&](const Sample& color, Sample& sample) { sample = spread(color, bits_); });
+}
+
+/// Returns the colours of some rows, which are changed in place; other channels are not touched.
+template <typename Sample>
+ImageView<Sample> OpenImageIoFile::colors(std::size_t first, std::size_t count) const {
+  const auto pixelStride = static_cast<std::ptrdiff_t>(channelCount() * sizeof(Sample));
+  const auto rowStride = static_cast<std::ptrdiff_t>(width()) * pixelStride;
+  ImageView<Sample> view{.width = width(), .height = count};
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    view.planes[channel] = {row<Sample>(first) + channels_[channel], rowStride, pixelStride};
+  }
+  // Alpha is part of the view only where the samples are then plain RGBA, which is read and written fastest.
+  const bool isRgba = channelCount() == 4 && channels_ == std::array<std::size_t, 3>{0, 1, 2};
+  if (isRgba) view.alpha() = {row<Sample>(first) + 3, rowStride, pixelStride};
+  return view;
 }
 
 template <typename Sample>
 void OpenImageIoFile::changeAs(const Change& change, const Progress& progress) {
   constexpr std::size_t bandPixels = std::size_t{1} << 22U;
   const std::size_t bandRows = std::max<std::size_t>(1, bandPixels / width());
-  const bool isPlain =
-      channels_ == std::array<std::size_t, 3>{0, 1, 2} && channelCount() <= 4 && bits_ == ImageView<Sample>::sampleBits;
-  const ImageLayout layout = channelCount() == 3 ? ImageLayout::rgb : ImageLayout::rgba;
   for (std::size_t first = 0; first < height(); first += bandRows) {
     const std::size_t count = std::min(bandRows, height() - first);
-    if (isPlain) {
-      change(ImageView<Sample>::packed(layout, row<Sample>(first), width(), count));
-    } else {
-      changeGathered<Sample>(change, first, count);
+    if (bits_ == ImageView<Sample>::sampleBits) {
+      change(colors<Sample>(first, count));
+    } else if constexpr (ImageView<Sample>::hasCodeValues) {
+      changeCopy<Sample>(change, first, count);
     }
     progress(static_cast<double>(first + count) / static_cast<double>(height()));
   }
@@ -275,12 +168,12 @@ void OpenImageIoFile::changeAs(const Change& change, const Progress& progress) {
 
 void checkExtension(const std::string& path) {
   const std::string extension(pathExtension(path));
-  if (extension.empty()) refuse(path, "has no extension, which would say what kind of image to write");
-  // A name for throwing images away and one for showing them, which write no file.
+  if (extension.empty()) refuseImage(path, "has no extension; give one such as .exr, which decides the format");
+  // Names for discarding and for displaying images, which write no file.
   const bool writesFile = extension != "null" && extension != "nul" && extension != "term";
   if (writesFile && ImageOutput::create(extension)) return;
   static_cast<void>(OIIO::geterror());
-  refuse(path, "cannot be written: no kind of image that is known here has the extension " + inQuotes(extension));
+  refuseImage(path, "cannot be written: no image format has the extension " + inQuotes(extension));
 }
 
 OpenImageIoFile::OpenImageIoFile(const std::string& path, unsigned threads) : path_(path) {
@@ -289,15 +182,15 @@ OpenImageIoFile::OpenImageIoFile(const std::string& path, unsigned threads) : pa
   OIIO::attribute("exr_threads", most);
   std::error_code error;
   const auto status = std::filesystem::status(path, error);
-  if (!std::filesystem::exists(status)) refuse(path, "cannot be read: " + error.message());
-  if (!std::filesystem::is_regular_file(status)) refuse(path, "is no file");
-  if (!std::ifstream(path)) refuse(path, "cannot be opened");
+  if (!std::filesystem::exists(status)) refuseImage(path, "cannot be read: " + error.message());
+  if (!std::filesystem::is_regular_file(status)) refuseImage(path, "is not a file");
+  if (!std::ifstream(path)) refuseImage(path, "cannot be opened");
 
   ImageSpec wishes;
-  // Else colours would be multiplied by alpha in reading, and divided again in writing.
+  // Otherwise colours would be multiplied by alpha when read and divided again when written.
   wishes.attribute("oiio:UnassociatedAlpha", 1);
   input_ = ImageInput::open(path, &wishes);
-  if (!input_) refuse(path, "is no image that can be read: " + asLine(OIIO::geterror()));
+  if (!input_) refuseImage(path, "is not an image that can be read: " + asLine(OIIO::geterror()));
   checkIsAlone(*input_, path);
   spec_ = input_->spec();
   checkSamples(spec_, path);
@@ -312,21 +205,22 @@ void OpenImageIoFile::beginWriting(const std::string& path, const std::string& n
   outputPath_ = path;
   outputName_ = name;
   output_ = ImageOutput::create(std::string(pathExtension(path)));
-  if (!output_) refuse(name, "cannot be written: " + asLine(OIIO::geterror()));
+  if (!output_) refuseImage(name, "cannot be written: " + asLine(OIIO::geterror()));
   const ImageSpec wanted = outputSpec(spec_, *output_);
-  // This writer ends the process at more channels instead of saying so.
+  // This writer terminates the process for more channels instead of reporting an error.
   if (std::string_view(output_->format_name()) == "dpx" && wanted.nchannels > 4) {
-    refuse(name, "cannot be written: dpx files do not hold the " + std::to_string(wanted.nchannels) + " channels of " +
-                     inQuotes(path_));
+    refuseImage(name, "cannot be written: dpx files do not hold the " + std::to_string(wanted.nchannels) +
+                          " channels of " + inQuotes(path_));
   }
-  if (!output_->open(path, wanted)) refuseOutput(faultOf(*output_));
+  if (!output_->open(path, wanted)) refuseOutput(asLine(output_->geterror()));
   if (!keepsChannels(wanted)) {
-    refuse(name, std::string("cannot be written: ") + output_->format_name() + " files do not hold the " +
-                     std::to_string(wanted.nchannels) + " channels of " + inQuotes(path_));
+    refuseImage(name, std::string("cannot be written: ") + output_->format_name() + " files do not hold the " +
+                          std::to_string(wanted.nchannels) + " channels of " + inQuotes(path_));
   }
   if (output_->spec().format != wanted.format) {
-    refuse(name, std::string("cannot be written: ") + output_->format_name() + " files hold no samples of the kind \"" +
-                     wanted.format.c_str() + "\", which " + inQuotes(path_) + " has");
+    refuseImage(name, std::string("cannot be written: ") + output_->format_name() +
+                          " files do not hold samples of type \"" + wanted.format.c_str() + "\", which " +
+                          inQuotes(path_) + " has");
   }
 }
 
@@ -335,8 +229,8 @@ void OpenImageIoFile::read(const Progress& progress) {
   Progress teller = progress;
   const bool isRead = input_->read_image(0, 0, 0, spec_.nchannels, type_, samples_.get(), OIIO::AutoStride,
                                          OIIO::AutoStride, OIIO::AutoStride, &tellProgress, &teller);
-  // Some readers fill in what is missing and only leave word of it.
-  if (!isRead || input_->has_error()) refuse(path_, "cannot be read: " + faultOf(*input_));
+  // Some readers fill in what is missing and only leave an error text.
+  if (!isRead || input_->has_error()) refuseImage(path_, "cannot be read: " + asLine(input_->geterror()));
   input_->close();
 }
 
@@ -354,41 +248,41 @@ void OpenImageIoFile::write(const Progress& progress) {
   Progress teller = progress;
   const bool isWritten = output_->write_image(type_, samples_.get(), OIIO::AutoStride, OIIO::AutoStride,
                                               OIIO::AutoStride, &tellProgress, &teller);
-  // Closing writes what is still held back, and may fail on its own.
+  // Closing writes what is still buffered, and may fail on its own.
   const bool isClosed = output_->close();
-  if (!isWritten || !isClosed) refuseOutput(faultOf(*output_));
+  if (!isWritten || !isClosed) refuseOutput(asLine(output_->geterror()));
   checkIsWhole(progress);
 }
 
-/// Reads the written file back: not every writer notices that a disk is full. The samples are no longer needed, so
-/// their memory serves.
+/// Reads the written file back, since not every writer notices that a disk is full, into the memory of the samples,
+/// which are no longer needed.
 void OpenImageIoFile::checkIsWhole(const Progress& progress) {
-  constexpr std::string_view fault = "it does not read back; is there room on the disk?";
+  constexpr std::string_view notReadBack = "it cannot be read back; check that the disk is not full";
   const auto written = ImageInput::open(outputPath_);
   static_cast<void>(OIIO::geterror());
-  if (!written) refuseOutput(std::string(fault));
+  if (!written) refuseOutput(std::string(notReadBack));
   const ImageSpec& spec = written->spec();
   const bool fits = spec.width == spec_.width && spec.height == spec_.height && spec.nchannels == spec_.nchannels;
-  if (!fits) refuseOutput(std::string(fault));
+  if (!fits) refuseOutput(std::string(notReadBack));
   if (std::string_view(written->format_name()) == "dpx") checkDpxIsWhole(spec, outputPath_);
   Progress teller = progress;
   const bool isRead = written->read_image(0, 0, 0, spec.nchannels, type_, samples_.get(), OIIO::AutoStride,
                                           OIIO::AutoStride, OIIO::AutoStride, &tellProgress, &teller);
   if (!isRead || written->has_error()) {
     static_cast<void>(written->geterror());
-    refuseOutput(std::string(fault));
+    refuseOutput(std::string(notReadBack));
   }
 }
 
-/// Refuses with the file's own name in place of the one that it is written under.
+/// Throws Refusal with the file's own name in place of its temporary one.
 void OpenImageIoFile::refuseOutput(std::string why) const {
   for (std::size_t place = why.find(outputPath_); place != std::string::npos; place = why.find(outputPath_)) {
     why.replace(place, outputPath_.size(), outputName_);
   }
-  refuse(outputName_, "cannot be written: " + why);
+  refuseImage(outputName_, "cannot be written: " + why);
 }
 
-/// Whether the writer, which is open, writes every channel.
+/// Returns whether the writer, which is open, writes every channel.
 bool OpenImageIoFile::keepsChannels(const ImageSpec& wanted) const {
   const bool hasAlpha = wanted.alpha_channel >= 0;
   if (output_->spec().nchannels != wanted.nchannels || (hasAlpha && output_->supports("alpha") == 0)) return false;

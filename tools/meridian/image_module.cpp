@@ -10,14 +10,14 @@ namespace meridian::command {
 
 const ImageFileModule& imageFileModule() {
   using Entry = const ImageFileModule* (*)();
-  const auto symbol = moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
-  if (!symbol) {
-    throw CommandError(
-        "this installation of meridian cannot read and write images; it was built without OpenImageIO, or "
-        "the module is not there: " +
-        printable(symbol.error()));
+  const ModuleSymbol symbol = moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
+  if (symbol.address == nullptr) {
+    throw Refusal(
+        "this installation of meridian cannot read and write images: it was built without OpenImageIO, or "
+        "the module is missing: " +
+        printable(symbol.fault));
   }
-  return *reinterpret_cast<Entry>(*symbol)();
+  return *reinterpret_cast<Entry>(symbol.address)();
 }
 
 }  // namespace meridian::command

@@ -1,11 +1,11 @@
-// Finds the module of image files.
+// Loads the module of image files.
 #pragma once
 
 #include "tools/meridian/image_file.h"
 
 namespace meridian::command {
 
-/// Loads the module. Throws CommandError where it is not installed or cannot be loaded.
+/// Loads the module, once. Throws Refusal if it is not installed or cannot be loaded.
 [[nodiscard]] const ImageFileModule& imageFileModule();
 
 }  // namespace meridian::command

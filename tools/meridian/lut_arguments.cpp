@@ -14,53 +14,48 @@ class SilentLogger final : public Logger {
 
 }  // namespace
 
-LutParsing parseLut(const std::string& path) {
+Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLut(const std::string& path) {
   setLogger(std::make_shared<SilentLogger>());
-  LutParsing parsing = ParsedLutFactory::parsing(Url::fromFilePath(path));
+  auto file = ParsedLutFactory::parsing(Url::fromFilePath(path));
   setLogger(nullptr);
-  return parsing;
-}
-
-std::string refusalText(const std::string& path, const LutRefusal& refusal) {
-  return inQuotes(path) + " is refused as a look-up table: " + printable(refusal.message());
+  return file;
 }
 
 std::unique_ptr<const ParsedLutFile> readLut(const Arguments& arguments) {
-  const std::string path = *arguments.value("lut");
-  LutParsing parsing = parseLut(path);
-  if (parsing.refusal) throw CommandError(refusalText(path, *parsing.refusal));
-  return std::move(parsing.file);
+  auto file = parseLut(*arguments.value("lut"));
+  if (!file) throw Refusal(file.error().message());
+  return *std::move(file);
 }
 
 Option lutFileOption() {
   return {.kind = Option::Kind::positional,
           .name = "lut",
-          .help = "The look-up table, a file of text such as look.cube",
+          .help = "The look-up table (LUT), a text file such as look.cube",
           .valueName = "FILE",
           .path = true};
 }
 
-std::vector<Option> lookUpOptions() {
+std::vector<Option> imageLutOptions() {
   return {{Option::Kind::value,
            "axis-order",
-           "Which axis a cube's rows run along first: blue-fastest (the default), or red-fastest, as the published "
-           ".cube format has it",
+           "Which index runs fastest through a cube's rows: blue-fastest (the default), or red-fastest as in the "
+           "published .cube format",
            "ORDER",
            {"blue-fastest", "red-fastest"}},
           {Option::Kind::value,
            "domain",
-           "Which input values the table stands for: those of its data (the default), up to a cube's highest value, "
-           "or those that the file declares, 0 to 1 where it declares none",
+           "Which input values the LUT covers: those of its data (the default), up to a cube's highest value, or those "
+           "that the file declares, 0 to 1 if it declares none",
            "DOMAIN",
            {"data", "declared"}},
           {Option::Kind::value,
            "interpolation",
-           "How colours between a cube's points are found: trilinear (the default) or tetrahedral",
+           "How colours between a cube's points are interpolated: trilinear (the default) or tetrahedral",
            "KIND",
            {rawValue(LutInterpolation::trilinear), rawValue(LutInterpolation::tetrahedral)}}};
 }
 
-ImageLutOptions chosenLookUp(const Arguments& arguments) {
+ImageLutOptions chosenImageLutOptions(const Arguments& arguments) {
   ImageLutOptions chosen;
   if (arguments.value("axis-order") == "red-fastest") chosen.axisOrder = LutAxisOrder::redFastest;
   if (arguments.value("domain") == "declared") chosen.domain = LutInputDomain::declared;

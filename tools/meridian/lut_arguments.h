@@ -1,30 +1,28 @@
-// What the lut commands have in common: the table that a word names, and the options of looking up.
+// What the lut commands have in common: reading the LUT that FILE names, and the options of applying it.
 #pragma once
 
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "meridian/base/expected.h"
 #include "meridian/lut/image_lut.h"
 #include "meridian/lut/parsed_lut_factory.h"
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
 
-/// Reads a table. The library's own messages are held back, since the commands say themselves what is wrong.
-[[nodiscard]] LutParsing parseLut(const std::string& path);
+/// Reads a LUT. The library's own messages are suppressed, since the commands report errors themselves.
+[[nodiscard]] Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLut(const std::string& path);
 
-/// What to say of a file that was refused.
-[[nodiscard]] std::string refusalText(const std::string& path, const LutRefusal& refusal);
-
-/// The table that FILE names. Throws CommandError where it is none.
+/// Returns the LUT that FILE names. Throws Refusal if there is none.
 [[nodiscard]] std::unique_ptr<const ParsedLutFile> readLut(const Arguments& arguments);
 
-/// The positional FILE.
+/// Returns the positional FILE.
 [[nodiscard]] Option lutFileOption();
 
-/// The options that say how colours are looked up, and what was chosen.
-[[nodiscard]] std::vector<Option> lookUpOptions();
-[[nodiscard]] ImageLutOptions chosenLookUp(const Arguments& arguments);
+/// Returns the options that say how a LUT is applied to images, and what was chosen.
+[[nodiscard]] std::vector<Option> imageLutOptions();
+[[nodiscard]] ImageLutOptions chosenImageLutOptions(const Arguments& arguments);
 
 }  // namespace meridian::command

@@ -1,4 +1,4 @@
-// The demonstration of look-up tables: a look made on the spot, and an image before and after it.
+// The demonstration of look-up tables (LUTs): a look made on the spot, and an image before and after it.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -29,17 +29,17 @@ constexpr int facePoints = 33;
 constexpr std::size_t imageWidth = 3840;
 constexpr std::size_t imageHeight = 2160;
 
-/// A folder that goes away with everything in it.
-class TemporaryFolder {
+/// A directory that is removed with everything in it.
+class TemporaryDirectory {
  public:
-  TemporaryFolder() : path_(fs::temp_directory_path() / ("meridian-" + std::to_string(std::random_device{}()))) {
-    if (!fs::create_directory(path_)) throw std::runtime_error("no temporary folder can be made");
+  TemporaryDirectory() : path_(fs::temp_directory_path() / ("meridian-" + std::to_string(std::random_device{}()))) {
+    if (!fs::create_directory(path_)) throw std::runtime_error("cannot create a temporary directory");
   }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  TemporaryFolder(TemporaryFolder&&) = delete;
-  TemporaryFolder& operator=(TemporaryFolder&&) = delete;
-  ~TemporaryFolder() {
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+  TemporaryDirectory(TemporaryDirectory&&) = delete;
+  TemporaryDirectory& operator=(TemporaryDirectory&&) = delete;
+  ~TemporaryDirectory() {
     std::error_code ignored;
     fs::remove_all(path_, ignored);
   }
@@ -50,7 +50,7 @@ class TemporaryFolder {
   fs::path path_;
 };
 
-/// A contrasty, warm look: steeper in the middle, lights towards yellow, shadows towards teal, colours a bit muted.
+/// A contrasty, warm look: steeper in the middle, highlights towards yellow, shadows towards teal, slightly muted.
 LutColor look(const LutColor& color) {
   const auto contrast = [](double value) { return 0.35 * value + 0.65 * value * value * (3 - 2 * value); };
   const double luma = 0.2126 * color.red + 0.7152 * color.green + 0.0722 * color.blue;
@@ -76,7 +76,7 @@ void writeLook(const fs::path& path) {
       }
     }
   }
-  if (!file.flush()) throw std::runtime_error("the temporary look cannot be written");
+  if (!file.flush()) throw std::runtime_error("cannot write the temporary look");
 }
 
 struct Patch {
@@ -104,7 +104,7 @@ constexpr auto chart = std::to_array<Patch>({
 });
 constexpr std::size_t chartColumns = 8;
 
-/// A colour of the sweep through hues, from black at 0 to white at 1.
+/// Returns a colour of the sweep through hues, from black at lightness 0 to white at 1.
 std::array<double, 3> sweep(double place, double lightness) {
   std::array<double, 3> color{};
   for (std::size_t channel = 0; channel < 3; ++channel) {
@@ -115,7 +115,7 @@ std::array<double, 3> sweep(double place, double lightness) {
   return color;
 }
 
-/// The image's colour at a place from 0 to 1: hues above, greys between, a chart below.
+/// Returns the image's colour at a place from 0 to 1: hues at the top, then greys, then a chart.
 std::array<double, 3> imageColor(double x, double y) {
   if (y < 0.4) return sweep(x, 1 - y / 0.4);
   if (y < 0.5) return {x, x, x};
@@ -151,7 +151,7 @@ std::string colorSequence(std::string_view kind, const std::uint16_t* sample) {
   return text + "m";
 }
 
-/// A line of two rows of the image: the upper one in the half blocks, the lower one behind them.
+/// Returns a line of two rows of the image: the upper one in the half blocks, the lower one as their background.
 std::string imageLine(const Samples& samples, std::size_t line, std::size_t lines, std::size_t columns) {
   std::string text;
   for (std::size_t column = 0; column < columns; ++column) {
@@ -194,16 +194,16 @@ std::string milliseconds(Clock::duration duration) {
 
 void demonstrateLut() {
   std::cout << styled(Style::heading, "A look from a .cube file, on an image") << "\n\n";
-  const TemporaryFolder folder;
+  const TemporaryDirectory folder;
   const std::string path = (folder.path() / "warm_contrast.cube").string();
   writeLook(path);
 
   const auto beginning = Clock::now();
-  const LutParsing parsing = parseLut(path);
-  if (!parsing.file) throw std::runtime_error(refusalText(path, *parsing.refusal));
+  const auto file = parseLut(path);
+  if (!file) throw std::runtime_error(file.error().message());
   const auto afterParsing = Clock::now();
-  // The file is written as published .cube files are, so it is read so too.
-  const auto lut = ImageLut::forCodeValues(*parsing.file, 16, 16,
+  // The file is written as published .cube files are, so it is read the same way.
+  const auto lut = ImageLut::forCodeValues(**file, 16, 16,
                                            {.axisOrder = LutAxisOrder::redFastest, .domain = LutInputDomain::declared});
 
   const Samples before = makeImage();
@@ -211,13 +211,15 @@ void demonstrateLut() {
   const auto source = ImageView<const std::uint16_t>::packed(ImageLayout::rgb, before.data(), imageWidth, imageHeight);
   const auto destination = ImageView<std::uint16_t>::packed(ImageLayout::rgb, after.data(), imageWidth, imageHeight);
   const auto beforeApplying = Clock::now();
-  if (const auto fault = lut->apply(source, destination, 0)) throw std::runtime_error(std::string(description(*fault)));
+  if (const auto applied = lut->apply(source, destination, 0); !applied) {
+    throw std::runtime_error(std::string(description(applied.error())));
+  }
   const auto applying = Clock::now() - beforeApplying;
 
   showsColour() ? showInColours(before, after) : showAsTable(before, after);
   const double pixelsPerSecond =
       static_cast<double>(imageWidth * imageHeight) / std::chrono::duration<double>(applying).count();
-  std::cout << "\n  read: a cube of " << facePoints << " points per axis, " << parsing.file->orderedValues().size()
+  std::cout << "\n  read: a cube of " << facePoints << " points per axis, " << (*file)->orderedValues().size()
             << " rows, in " << milliseconds(afterParsing - beginning) << "\n  applied: to " << imageWidth << " x "
             << imageHeight << " pixels of 16 bits in " << milliseconds(applying) << ", "
             << fixedDecimalText(pixelsPerSecond / 1e6, 0) << " million pixels a second\n";

@@ -1,4 +1,4 @@
-// A look-up table as an image to look at.
+// Draws a LUT.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace meridian::command {
 
-/// Writes a PNG image of 1600 x 900 pixels: what the table makes of greys as three curves, slices through a cube, and
-/// ramps before and after. `title` is safe to show; `path` is written over. Throws std::runtime_error where it fails.
+/// Writes a PNG image of 1600 x 900 pixels: the results for greys as three curves, slices through a cube, and ramps
+/// before and after. `title` must be safe to display; `path` is overwritten. Throws std::runtime_error if that fails.
 void plotLut(const ParsedLutFile& lut, const ImageLutOptions& options, const std::string& title,
              const std::string& path);
 

@@ -1,4 +1,4 @@
-// How far a long piece of work has come, on standard error.
+// Shows on standard error how far a long task has come.
 #pragma once
 
 #include <chrono>
@@ -6,8 +6,8 @@
 
 namespace meridian::command {
 
-/// A line that is written over while the work goes on, and cleared at its end. Nothing is shown of work that takes
-/// less than a second, and nothing where standard error is no terminal.
+/// A line that is rewritten while the task goes on, and cleared at its end. Nothing is shown of a task that takes less
+/// than a second, or if standard error is not a terminal.
 class ProgressBar {
  public:
   ProgressBar();
@@ -17,7 +17,7 @@ class ProgressBar {
   ProgressBar& operator=(ProgressBar&&) = delete;
   ~ProgressBar();
 
-  /// The step at work, and how much of it is done, from 0 to 1.
+  /// Shows the current step and how much of it is done, from 0 to 1.
   void show(std::string_view step, double portion);
 
  private:

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 std::string systemText(int error) { return std::generic_category().message(error); }
 
-/// Opens and closes the file; 0 or what the system says.
+/// Opens and closes the file. Returns the system's error number, or 0.
 int tryOpening(const std::string& path, const char* mode) {
   std::FILE* const file = std::fopen(path.c_str(), mode);
   if (file == nullptr) return errno;
@@ -30,19 +30,19 @@ int tryOpening(const std::string& path, const char* mode) {
   return 0;
 }
 
-/// What stands at the end of a chain of links.
+/// Returns the file at the end of a chain of links.
 fs::path targetOf(const std::string& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) {
     if (error && error != std::errc::no_such_file_or_directory) refuse(path, error.message());
-    if (fs::is_symlink(fs::symlink_status(path, error))) refuse(path, "it is a link to a file that is not there");
+    if (fs::is_symlink(fs::symlink_status(path, error))) refuse(path, "it is a link to a file that does not exist");
     return path;
   }
   if (fs::is_directory(status)) refuse(path, systemText(EISDIR));
   if (!fs::is_regular_file(status)) refuse(path, "it is a device or a pipe");
-  // A rename would replace a file that its owner protected.
-  if (const int fault = tryOpening(path, "r+b"); fault != 0) refuse(path, systemText(fault));
+  // A rename would replace even a write-protected file.
+  if (const int error = tryOpening(path, "r+b"); error != 0) refuse(path, systemText(error));
   return fs::canonical(path, error);
 }
 
@@ -59,9 +59,9 @@ ReplacementFile::ReplacementFile(const std::string& path) {
   target_ = target.string();
   const std::string temporary = (target.parent_path() / temporaryName(target)).string();
   removeFileOnInterruption(temporary);
-  if (const int fault = tryOpening(temporary, "wbx"); fault != 0) {
+  if (const int error = tryOpening(temporary, "wbx"); error != 0) {
     removeFileOnInterruption({});
-    refuse(path, systemText(fault));
+    refuse(path, systemText(error));
   }
   temporary_ = temporary;
 }
@@ -72,7 +72,7 @@ ReplacementFile::~ReplacementFile() {
   removeFileOnInterruption({});
 }
 
-void ReplacementFile::take() {
+void ReplacementFile::replace() {
   std::error_code error;
   const fs::file_status old = fs::status(target_, error);
   if (fs::exists(old)) fs::permissions(temporary_, old.permissions(), error);

@@ -1,16 +1,15 @@
-// A file that takes another's place only when it is complete.
+// A file that replaces another one only when it is complete.
 #pragma once
 
 #include <string>
 
 namespace meridian::command {
 
-/// A new file beside `path`, with the same extension and a name of its own, which goes away with this object unless it
-/// took the place of `path`. Where `path` is a symbolic link, the file that it leads to is replaced.
+/// A temporary file beside `path`, with the same extension, which is removed with this object unless it has replaced
+/// `path`. If `path` is a symbolic link, the file that it points to is replaced.
 class ReplacementFile {
  public:
-  /// Throws CommandError where no file can be made there, or where something stands that is no file that may be written
-  /// to.
+  /// Throws Refusal if no file can be created there, or if `path` is something other than a writable file.
   explicit ReplacementFile(const std::string& path);
   ReplacementFile(const ReplacementFile&) = delete;
   ReplacementFile& operator=(const ReplacementFile&) = delete;
@@ -18,11 +17,11 @@ class ReplacementFile {
   ReplacementFile& operator=(ReplacementFile&&) = delete;
   ~ReplacementFile();
 
-  /// Where to write.
+  /// Returns where to write.
   [[nodiscard]] const std::string& path() const noexcept { return temporary_; }
 
-  /// Puts the new file in the place of the old one, whose permissions it takes over.
-  void take();
+  /// Renames the temporary file to `path`, with the permissions that the replaced file had.
+  void replace();
 
  private:
   std::string target_;

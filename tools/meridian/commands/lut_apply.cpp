@@ -1,4 +1,4 @@
-// meridian lut apply: an image file led through a look-up table.
+// meridian lut apply: applies a LUT to an image file.
 #include <string>
 #include <utility>
 #include <variant>
@@ -21,7 +21,8 @@ unsigned readThreads(const Arguments& arguments) {
   const std::string text = arguments.value("threads").value_or("0");
   const auto threads = integerFromText(text);
   if (!threads || *threads < 0 || *threads > most) {
-    throw UsageError(inQuotes(text) + " is no number of threads; write an integer from 0 to " + std::to_string(most));
+    throw UsageError(inQuotes(text) + " is not a number of threads; expected an integer from 0 to " +
+                     std::to_string(most));
   }
   return static_cast<unsigned>(*threads);
 }
@@ -29,7 +30,7 @@ unsigned readThreads(const Arguments& arguments) {
 ImageLut preparedLut(const ParsedLutFile& file, const ImageFile& image, const ImageLutOptions& options) {
   const auto depth = image.bitDepth();
   if (!depth) return ImageLut::forFloats(file, options);
-  // Depths of samples of 8 and 16 bits always have one.
+  // Samples of 8 and 16 bits always have a usable depth.
   return *ImageLut::forCodeValues(file, *depth, *depth, options);
 }
 
@@ -47,13 +48,15 @@ Status applyToImage(const Arguments& arguments) {
   ProgressBar bar;
   const auto step = [&bar](std::string_view name) { return [&bar, name](double portion) { bar.show(name, portion); }; };
   image->read(step("reading"));
-  const ImageLut lut = preparedLut(*file, *image, chosenLookUp(arguments));
-  const auto lookUp = [&lut, threads](const auto& view) {
-    if (const auto fault = lut.apply(view, view, threads)) throw CommandError(std::string(description(*fault)));
+  const ImageLut lut = preparedLut(*file, *image, chosenImageLutOptions(arguments));
+  const auto apply = [&lut, threads](const auto& view) {
+    if (const auto applied = lut.apply(view, view, threads); !applied) {
+      throw Refusal(std::string(description(applied.error())));
+    }
   };
-  image->changeColors([&lookUp](const ImageFile::Colors& colors) { std::visit(lookUp, colors); }, step("applying"));
+  image->changeColors([&apply](const ImageFile::Colors& colors) { std::visit(apply, colors); }, step("applying"));
   image->write(step("writing"));
-  replacement.take();
+  replacement.replace();
   return done;
 }
 
@@ -64,14 +67,13 @@ Subcommand lutApplyCommand() {
   Subcommand command{
       .group = "lut",
       .name = "apply",
-      .description = "Lead an image through a look-up table",
+      .description = "Apply a LUT to an image",
       .details =
-          "The image is worked on in its own kind of samples: code values of 8 and 16 bits, of fewer bits such as a "
-          "DPX\n"
-          "file's 10 and 12, half and float. Other kinds, files of several images and deep images are refused.\n"
-          "Metadata, alpha and further channels stay as they are. OUT's extension says its format, which has to\n"
-          "hold such samples and channels. OUT is made beside its place and put there when it is complete and reads\n"
-          "back; it may be IN. It belongs to whoever runs the command, with the permissions that it had.",
+          "Samples keep their kind and bit depth: code values of 8 and 16 bits or fewer (a DPX file's 10 and 12),\n"
+          "half and float. Other kinds, files of several images and deep images are not supported. Metadata, alpha\n"
+          "and further channels stay as they are. OUT's extension decides its format, which has to support such\n"
+          "samples and channels. OUT is written to a temporary file, verified, then renamed; it may be IN. It is\n"
+          "owned by the user who runs the command and keeps the permissions that it had.",
       .example =
           "meridian lut apply look.cube in.dpx out.dpx\n"
           "meridian lut apply look.cube shot.exr shot.exr --axis-order red-fastest --domain declared",
@@ -80,8 +82,8 @@ Subcommand lutApplyCommand() {
                   {.kind = positional, .name = "out", .help = "The image to write", .valueName = "OUT", .path = true}},
       .action = applyToImage,
   };
-  for (Option& option : lookUpOptions()) command.options.push_back(std::move(option));
-  command.options.push_back({value, "threads", "How many threads work; 0, the default, for all cores", "N"});
+  for (Option& option : imageLutOptions()) command.options.push_back(std::move(option));
+  command.options.push_back({value, "threads", "The number of threads; 0, the default, uses all cores", "N"});
   return command;
 }
 

@@ -1,4 +1,4 @@
-// meridian lut plot: a look-up table as an image to look at.
+// meridian lut plot: draws a LUT.
 #include <algorithm>
 #include <cmath>
 #include <string>
@@ -6,6 +6,7 @@
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
+#include "meridian/lut/lut_description.h"
 #include "meridian/platform/path_text.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/lut_arguments.h"
@@ -18,37 +19,37 @@ namespace {
 
 #ifdef MERIDIAN_HAS_PLOTS
 
-/// Refuses values that would leave nothing to see of the range from 0 to 1.
+/// Throws Refusal for values so large that nothing of the range from 0 to 1 would be visible.
 void checkIsDrawable(const ParsedLutFile& lut) {
   constexpr double most = 1e5;
-  const bool hasCodeValues = dynamic_cast<const UnsignedIntegerLutFile*>(&lut) != nullptr;
-  const LutRGBSampleConverter& converter = lut.inputConverter();
-  if (hasCodeValues || lut.dimensions() == LutDimensions::oneD) return;  // drawn on the scale from 0 to 1
-  const double reach = std::max(std::fabs(converter.lowValue()), std::fabs(converter.highValue()));
+  const LutDescription description = describe(lut);
+  const bool hasCodeValues = description.valueType == LutValueType::integer;
+  if (hasCodeValues || description.dimensions == LutDimensions::oneD) return;  // drawn on the scale from 0 to 1
+  const double reach = std::max(std::fabs(description.lowValue), std::fabs(description.highValue));
   if (reach > most) {
-    throw CommandError("its values reach " + shortestDecimalText(reach) + "; what is drawn goes up to " +
-                       shortestDecimalText(most));
+    throw Refusal("the values of the LUT reach " + shortestDecimalText(reach) + "; the largest that can be drawn is " +
+                  shortestDecimalText(most));
   }
 }
 
-Status plotTable(const Arguments& arguments) {
+Status plotToFile(const Arguments& arguments) {
   const std::string out = *arguments.value("out");
   if (!equalsIgnoringCase(pathExtension(out), "png")) {
-    throw UsageError(inQuotes(out) + " is no name of a PNG image; write one that ends in .png");
+    throw UsageError(inQuotes(out) + " is not the name of a PNG image; expected one that ends in .png");
   }
   const auto lut = readLut(arguments);
   checkIsDrawable(*lut);
   ReplacementFile replacement(out);
   const std::string name(lastPathComponent(*arguments.value("lut")));
-  plotLut(*lut, chosenLookUp(arguments), printable(name), replacement.path());
-  replacement.take();
+  plotLut(*lut, chosenImageLutOptions(arguments), printable(name), replacement.path());
+  replacement.replace();
   return done;
 }
 
 #else
 
-Status plotTable(const Arguments& /*arguments*/) {
-  throw CommandError("this build of meridian cannot draw: cairo was not there when it was built");
+Status plotToFile(const Arguments& /*arguments*/) {
+  throw Refusal("this build of meridian cannot draw: it was built without cairo");
 }
 
 #endif
@@ -59,10 +60,10 @@ Subcommand lutPlotCommand() {
   Subcommand command{
       .group = "lut",
       .name = "plot",
-      .description = "Draw a look-up table as a PNG image",
+      .description = "Draw a LUT as a PNG image",
       .details =
-          "It shows what the table makes of greys as three curves, slices through a cube, and greys and hues before\n"
-          "and after, all as \"meridian lut apply\" gives them for floating point.",
+          "The image shows the results for greys as three curves, slices through a cube, and greys and hues before\n"
+          "and after, all as \"meridian lut apply\" computes them for floating point.",
       .example = "meridian lut plot look.cube look.png --axis-order red-fastest",
       .options = {lutFileOption(),
                   {.kind = Option::Kind::positional,
@@ -70,9 +71,9 @@ Subcommand lutPlotCommand() {
                    .help = "The image to write",
                    .valueName = "OUT.png",
                    .path = true}},
-      .action = plotTable,
+      .action = plotToFile,
   };
-  for (Option& option : lookUpOptions()) command.options.push_back(std::move(option));
+  for (Option& option : imageLutOptions()) command.options.push_back(std::move(option));
   return command;
 }
 

@@ -1,0 +1,254 @@
+// The driver: blocks of an image's rows go through the filter, and uncertain pixels are collected for the exact
+// fallback, whose results replace the filter's.
+#if defined(MERIDIAN_LUT_CUBE_KERNEL_DRIVER_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef MERIDIAN_LUT_CUBE_KERNEL_DRIVER_INL_H_
+#undef MERIDIAN_LUT_CUBE_KERNEL_DRIVER_INL_H_
+#else
+#define MERIDIAN_LUT_CUBE_KERNEL_DRIVER_INL_H_
+#endif
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include <hwy/highway.h>
+
+#include "meridian/lut/cube_kernel.h"
+#include "meridian/lut/cube_kernel_exact-inl.h"
+#include "meridian/lut/cube_kernel_filter-inl.h"
+#include "meridian/lut/cube_kernel_planes-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace meridian::inline v0_2::detail::HWY_NAMESPACE {
+namespace {
+
+// Plain arrays are laid out as vector instructions need them, and the functions below pass their addresses.
+// NOLINTBEGIN(modernize-avoid-c-arrays)
+
+/// Converts a block one pixel after the other by the definition.
+inline void convertPlainly(const CubeKernel& kernel, Planes<std::uint16_t>& planes, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const PixelCodes codes = kernel.definition.codeValues(
+        {planes.channels[0][i], planes.channels[1][i], planes.channels[2][i]}, *kernel.formats);
+    for (std::size_t channel = 0; channel < 3; ++channel) planes.channels[channel][i] = codes[channel];
+  }
+}
+
+inline void convertPlainly(const CubeKernel& kernel, Planes<float>& planes, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const LutColor color =
+        kernel.definition.color({planes.channels[0][i], planes.channels[1][i], planes.channels[2][i]});
+    planes.channels[0][i] = static_cast<float>(color.red);
+    planes.channels[1][i] = static_cast<float>(color.green);
+    planes.channels[2][i] = static_cast<float>(color.blue);
+  }
+}
+
+#if MERIDIAN_HAS_VECTORS
+
+/// Separates four samples of each pixel into planes.
+template <typename Tag, typename Sample>
+HWY_INLINE void separate(Tag d, const Sample* samples, std::size_t count, Planes<Sample>& planes) {
+  for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+    hn::Vec<Tag> red, green, blue, unused;
+    hn::LoadInterleaved4(d, samples + i * 4, red, green, blue, unused);
+    hn::Store(red, d, planes.channels[0] + i);
+    hn::Store(green, d, planes.channels[1] + i);
+    hn::Store(blue, d, planes.channels[2] + i);
+  }
+}
+
+HWY_INLINE void convertPlanes(const CubeKernel& kernel, Planes<float>& planes, std::size_t count,
+                              const auto& /*report*/) {
+  if (!kernel.filterApplies) return convertPlainly(kernel, planes, count);
+  Places places;
+  alignas(64) float colors[blockSize * 4];
+  blendColors(kernel, planes, count, places, colors);
+  separate(FloatTag(), colors, count, planes);
+}
+
+HWY_INLINE void truncateAny(const CubeKernel& kernel, const float* colors, std::size_t count, std::uint16_t* codes,
+                            std::uint64_t* uncertain) {
+  if (kernel.lowest > 0) return truncateColors<Truncation::limited>(kernel, colors, count, codes, uncertain);
+  if (kernel.shift == 0) return truncateColors<Truncation::plain>(kernel, colors, count, codes, uncertain);
+  return truncateColors<Truncation::shifted>(kernel, colors, count, codes, uncertain);
+}
+
+/// Calls `report` with the index and the code values of every pixel whose result is uncertain.
+template <typename Report>
+HWY_INLINE void convertPlanes(const CubeKernel& kernel, Planes<std::uint16_t>& planes, std::size_t count,
+                              const Report& report) {
+  if (!kernel.filterApplies) return convertPlainly(kernel, planes, count);
+  Places places;
+  alignas(64) float colors[blockSize * 4];
+  alignas(64) std::uint16_t codes[blockSize * 4];
+  std::uint64_t uncertain[blockSize / 16];
+  blendColors(kernel, planes, count, places, colors);
+  truncateAny(kernel, colors, count, codes, uncertain);
+  forEachUncertainPixel(kernel, places, count, uncertain, [&](std::size_t pixel) HWY_ATTR {
+    report(pixel, planes.channels[0][pixel], planes.channels[1][pixel], planes.channels[2][pixel]);
+  });
+  separate(CodesTag(), codes, count, planes);
+}
+
+#else
+
+template <typename Plane>
+void convertPlanes(const CubeKernel& kernel, Planes<Plane>& planes, std::size_t count, const auto& /*report*/) {
+  convertPlainly(kernel, planes, count);
+}
+
+#endif  // MERIDIAN_HAS_VECTORS
+
+inline void rescaleAlpha(const CubeKernel& kernel, std::uint16_t* alpha, std::size_t count) {
+  if (kernel.formats->source.bitDepth == kernel.formats->destination.bitDepth) return;
+  for (std::size_t i = 0; i < count; ++i) alpha[i] = rescaledAlpha(alpha[i], *kernel.formats);
+}
+inline void rescaleAlpha(const CubeKernel& /*kernel*/, float* /*alpha*/, std::size_t /*count*/) {}
+
+template <typename Plane>
+Plane opaque(const CubeKernel& kernel) {
+  if constexpr (std::is_same_v<Plane, float>) {
+    return 1;
+  } else {
+    return static_cast<Plane>(largestCodeValue(kernel.formats->destination.bitDepth));
+  }
+}
+
+/// Converts rows of pixels block by block.
+template <typename Sample>
+class RowConverter {
+ public:
+  RowConverter(const CubeKernel& kernel, const PixelRows<Sample>& rows)
+      : kernel_(kernel),
+        rows_(rows),
+        sourceChannels_(interleavedChannels(rows.source)),
+        destinationChannels_(interleavedChannels(rows.destination)) {}
+
+  HWY_INLINE void run() {
+    for (std::size_t row = 0; row < rows_.source.height; ++row) {
+      for (std::size_t column = 0; column < rows_.source.width; column += blockSize) {
+        convertBlock(row, column, std::min(blockSize, rows_.source.width - column));
+      }
+    }
+    settleUncertainPixels();
+  }
+
+ private:
+  using Plane = PlaneSample<Sample>;
+  static constexpr std::size_t step = pixelStep<Sample>();
+  static_assert(blockSize % step == 0);
+
+  /// Converts up to a block of pixels of a row. Whole steps are read and written in place; the remainder goes by way of
+  /// a buffer.
+  HWY_INLINE void convertBlock(std::size_t row, std::size_t column, std::size_t count) {
+    const std::size_t rounded = (count + step - 1) / step * step;
+    load(row, column, count, rounded);
+    convertPlanes(kernel_, planes_, rounded,
+                  [&](std::size_t pixel, std::uint16_t red, std::uint16_t green, std::uint16_t blue) HWY_ATTR {
+                    if (pixel < count) noteUncertain(row, column + pixel, {red, green, blue});
+                  });
+    store(row, column, count, rounded);
+    if (hasManyUncertainPixels()) settleUncertainPixels();
+  }
+
+  HWY_INLINE void load(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
+    if (sourceChannels_ == 0) {
+      for (std::size_t channel = 0; channel < 3; ++channel) {
+        loadPlane(rows_.source.planes[channel], row, column, count, rounded, planes_.channels[channel]);
+      }
+      if (rows_.source.hasAlpha()) loadPlane(rows_.source.alpha(), row, column, count, rounded, planes_.alpha);
+      return;
+    }
+    const Sample* from = rows_.source.red().at(row, column);
+    if (rounded != count) {
+      std::memcpy(buffer_, from, count * sourceChannels_ * sizeof(Sample));
+      std::fill(buffer_ + count * sourceChannels_, buffer_ + rounded * sourceChannels_, Sample{0});
+      from = buffer_;
+    }
+    loadPlanes(from, sourceChannels_, rounded, planes_);
+  }
+
+  HWY_INLINE void store(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
+    if (rows_.destination.hasAlpha()) {
+      if (rows_.source.hasAlpha()) {
+        rescaleAlpha(kernel_, planes_.alpha, rounded);
+      } else {
+        std::fill_n(planes_.alpha, rounded, opaque<Plane>(kernel_));
+      }
+    }
+    if (destinationChannels_ == 0) {
+      for (std::size_t channel = 0; channel < 3; ++channel) {
+        storePlane(planes_.channels[channel], rows_.destination.planes[channel], row, column, count);
+      }
+      if (rows_.destination.hasAlpha()) storePlane(planes_.alpha, rows_.destination.alpha(), row, column, count);
+      return;
+    }
+    Sample* const into = rows_.destination.red().at(row, column);
+    storePlanes(planes_, destinationChannels_, rounded, rounded != count ? buffer_ : into);
+    if (rounded != count) std::memcpy(into, buffer_, count * destinationChannels_ * sizeof(Sample));
+  }
+
+#if MERIDIAN_HAS_VECTORS
+  [[nodiscard]] bool hasManyUncertainPixels() const { return uncertain_.count >= UncertainPixels::enough; }
+
+  HWY_INLINE void noteUncertain(std::size_t row, std::size_t column, const PixelCodes& codes) {
+    const std::size_t place = uncertain_.count++;
+    uncertain_.rows[place] = row;
+    uncertain_.columns[place] = column;
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+      const std::int32_t number = (codes[channel] >> kernel_.input.shiftRight) - kernel_.input.black;
+      uncertain_.values[channel][place] = static_cast<double>(number) * kernel_.input.factor;
+    }
+  }
+
+  /// Replaces what single precision yielded for the uncertain pixels by what the definition yields.
+  HWY_NOINLINE void settleUncertainPixels() {
+    if constexpr (!std::is_same_v<Sample, float>) {
+      if (uncertain_.count == 0) return;
+      convertExactly(kernel_, uncertain_);
+      for (std::size_t place = 0; place < uncertain_.count; ++place) {
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+          *rows_.destination.planes[channel].at(uncertain_.rows[place], uncertain_.columns[place]) =
+              static_cast<Sample>(uncertain_.codes[place * 4 + channel]);
+        }
+      }
+      uncertain_.count = 0;
+    }
+  }
+
+  UncertainPixels uncertain_;
+#else
+  static bool hasManyUncertainPixels() { return false; }
+  void settleUncertainPixels() {}
+  void noteUncertain(std::size_t /*row*/, std::size_t /*column*/, const PixelCodes& /*codes*/) {}
+#endif
+
+  const CubeKernel& kernel_;
+  const PixelRows<Sample>& rows_;
+  /// The channels of interleaved samples, 3 or 4; 0 for planes of any other strides.
+  std::size_t sourceChannels_;
+  std::size_t destinationChannels_;
+  Planes<Plane> planes_;
+  alignas(64) Sample buffer_[blockSize * 4];
+};
+
+inline void applyBytes(const CubeKernel& kernel, const PixelRows<std::uint8_t>& rows) {
+  RowConverter<std::uint8_t>(kernel, rows).run();
+}
+inline void applyWords(const CubeKernel& kernel, const PixelRows<std::uint16_t>& rows) {
+  RowConverter<std::uint16_t>(kernel, rows).run();
+}
+inline void applyFloats(const CubeKernel& kernel, const PixelRows<float>& rows) {
+  RowConverter<float>(kernel, rows).run();
+}
+
+// NOLINTEND(modernize-avoid-c-arrays)
+
+}  // namespace
+}  // namespace meridian::inline v0_2::detail::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // include guard for each target

@@ -1,0 +1,168 @@
+// The first half of the floating-point filter: where the pixels of a block are in the lattice, in single precision.
+//
+// Of the three roundings on the way to a fraction only small ones are left: the product of a code value and `scaleHigh`
+// is exact (16 and 8 bits), and so are the point below it and the difference; `scaleLow` adds the rest, which is at
+// most 2^-7 of a place. CubeKernel::prepareAxes adds up what remains.
+#if defined(MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_
+#undef MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_
+#else
+#define MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_
+#endif
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include <hwy/highway.h>
+
+#include "meridian/lut/cube_kernel.h"
+#include "meridian/lut/cube_kernel_planes-inl.h"
+
+#if MERIDIAN_HAS_VECTORS
+
+HWY_BEFORE_NAMESPACE();
+namespace meridian::inline v0_2::detail::HWY_NAMESPACE {
+namespace {
+
+// Plain arrays are laid out as vector instructions need them, and the functions below pass their addresses.
+// NOLINTBEGIN(modernize-avoid-c-arrays)
+
+/// Where the pixels of a block are in the lattice: the cell's first point, in floats, and the fractions of the way from
+/// it. For tetrahedra the fractions from the largest to the smallest, and the two points on the way.
+struct Places {
+  alignas(64) std::int32_t cell[blockSize];
+  alignas(64) float fractions[3][blockSize];
+  alignas(64) std::int32_t second[blockSize];
+  alignas(64) std::int32_t third[blockSize];
+};
+
+struct PlaceOnAxis {
+  hn::Vec<FloatTag> point;
+  hn::Vec<FloatTag> fraction;
+};
+
+/// Returns the cell and the fraction of values within the axis' range.
+HWY_INLINE PlaceOnAxis placeOnFastAxis(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
+  const FloatTag d;
+  const auto zero = hn::Zero(d);
+  const auto lastCell = hn::Set(d, kernel.lastPoint - 1);
+  // Exact for code values: the product, the point below it, and what is left.
+  const auto leading = hn::Mul(value, hn::Set(d, axis.scaleHigh));
+  const auto leadingPoint = hn::Floor(leading);
+  const auto rest =
+      hn::Add(hn::Sub(leading, leadingPoint), hn::MulAdd(value, hn::Set(d, axis.scaleLow), hn::Set(d, axis.offset)));
+  const auto point = hn::Min(hn::Max(hn::Add(leadingPoint, hn::Floor(rest)), zero), lastCell);
+  return {point, hn::Sub(rest, hn::Sub(point, leadingPoint))};
+}
+
+/// The same for values that may be above the axis' end, to which they are clamped.
+HWY_INLINE PlaceOnAxis placeOnEndingAxis(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
+  const FloatTag d;
+  const PlaceOnAxis inside = placeOnFastAxis(kernel, axis, value);
+  const auto isAbove = hn::Gt(value, hn::Set(d, axis.high));
+  return {hn::IfThenElse(isAbove, hn::Set(d, kernel.lastPoint - 1), inside.point),
+          hn::IfThenElse(isAbove, hn::Set(d, 1.0F), inside.fraction)};
+}
+
+/// The same for any value: those below the axis' beginning are clamped to it, and so is NaN.
+HWY_INLINE PlaceOnAxis placeOnAnyAxis(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
+  const FloatTag d;
+  const auto isInside = hn::Ge(value, hn::Set(d, axis.low));
+  const PlaceOnAxis inside = placeOnEndingAxis(kernel, axis, hn::IfThenElseZero(isInside, value));
+  return {hn::IfThenElse(isInside, inside.point, hn::Set(d, axis.lowPoint)),
+          hn::IfThenElse(isInside, inside.fraction, hn::Set(d, axis.lowFraction))};
+}
+
+template <AxisLimits limits>
+HWY_INLINE PlaceOnAxis placeWithin(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
+  if constexpr (limits == AxisLimits::exactEnd) {
+    return placeOnFastAxis(kernel, axis, hn::Min(value, hn::Set(FloatTag(), axis.high)));
+  } else if constexpr (limits == AxisLimits::end) {
+    return placeOnEndingAxis(kernel, axis, value);
+  } else {
+    return placeOnAnyAxis(kernel, axis, value);
+  }
+}
+
+/// Loads the values of a plane: floating point as it is, code values as `InputScale` converts them before `factor`.
+HWY_INLINE hn::Vec<FloatTag> axisValues(const CubeKernel& /*kernel*/, const float* plane) {
+  return hn::Load(FloatTag(), plane);
+}
+
+HWY_INLINE hn::Vec<FloatTag> axisValues(const CubeKernel& kernel, const std::uint16_t* plane) {
+  const hn::Rebind<std::uint32_t, FloatTag> d;
+  auto codes = hn::PromoteTo(d, hn::Load(CodeTag(), plane));
+  if (kernel.input.shiftRight > 0) codes = hn::ShiftRightSame(codes, kernel.input.shiftRight);
+  auto numbers = hn::BitCast(IntTag(), codes);
+  if (kernel.input.black != 0) numbers = hn::Sub(numbers, hn::Set(IntTag(), kernel.input.black));
+  return hn::ConvertTo(FloatTag(), numbers);
+}
+
+HWY_INLINE hn::Vec<IntTag> asDistance(hn::Vec<FloatTag> points) {
+  return hn::ShiftLeft<2>(hn::ConvertTo(IntTag(), points));
+}
+
+template <LutInterpolation interpolation, AxisLimits limits, typename Sample>
+HWY_INLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& planes, std::size_t count, Places& places) {
+  const FloatTag d;
+  const IntTag di;
+  const auto redStride = hn::Set(d, static_cast<float>(kernel.redStride / 4));
+  const auto greenStride = hn::Set(d, static_cast<float>(kernel.greenStride / 4));
+  const auto blueStride = hn::Set(d, 1.0F);
+  for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+    const auto placeOf = [&](std::size_t channel) HWY_ATTR {
+      return placeWithin<limits>(kernel, kernel.axes[channel], axisValues(kernel, planes.channels[channel] + i));
+    };
+    const PlaceOnAxis red = placeOf(0);
+    const PlaceOnAxis green = placeOf(1);
+    const PlaceOnAxis blue = placeOf(2);
+    // All exact: the numbers of the points are below 2^24.
+    const auto cell = hn::MulAdd(red.point, redStride, hn::MulAdd(green.point, greenStride, blue.point));
+    hn::Store(asDistance(cell), di, places.cell + i);
+    if constexpr (interpolation == LutInterpolation::trilinear) {
+      hn::Store(red.fraction, d, places.fractions[0] + i);
+      hn::Store(green.fraction, d, places.fractions[1] + i);
+      hn::Store(blue.fraction, d, places.fractions[2] + i);
+    } else {
+      const auto larger = hn::Max(red.fraction, green.fraction);
+      const auto smaller = hn::Min(red.fraction, green.fraction);
+      const auto largest = hn::Max(larger, blue.fraction);
+      const auto smallest = hn::Min(smaller, blue.fraction);
+      const auto middle = hn::Max(smaller, hn::Min(larger, blue.fraction));
+      const auto redBeforeGreen = hn::Ge(red.fraction, green.fraction);
+      const auto first = hn::IfThenElse(hn::Ge(larger, blue.fraction),
+                                        hn::IfThenElse(redBeforeGreen, redStride, greenStride), blueStride);
+      const auto last = hn::IfThenElse(hn::Ge(smaller, blue.fraction), blueStride,
+                                       hn::IfThenElse(redBeforeGreen, greenStride, redStride));
+      const auto all = hn::Add(hn::Add(redStride, greenStride), blueStride);
+      hn::Store(asDistance(hn::Add(cell, first)), di, places.second + i);
+      hn::Store(asDistance(hn::Sub(hn::Add(cell, all), last)), di, places.third + i);
+      hn::Store(largest, d, places.fractions[0] + i);
+      hn::Store(middle, d, places.fractions[1] + i);
+      hn::Store(smallest, d, places.fractions[2] + i);
+    }
+  }
+}
+
+template <LutInterpolation interpolation, typename Sample>
+HWY_INLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& planes, std::size_t count, Places& places) {
+  if constexpr (!std::is_same_v<Sample, float>) {
+    if (kernel.limits == AxisLimits::exactEnd) {
+      return findPlaces<interpolation, AxisLimits::exactEnd>(kernel, planes, count, places);
+    }
+    if (kernel.limits == AxisLimits::end) {
+      return findPlaces<interpolation, AxisLimits::end>(kernel, planes, count, places);
+    }
+  }
+  return findPlaces<interpolation, AxisLimits::both>(kernel, planes, count, places);
+}
+
+// NOLINTEND(modernize-avoid-c-arrays)
+
+}  // namespace
+}  // namespace meridian::inline v0_2::detail::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // MERIDIAN_HAS_VECTORS
+#endif  // include guard for each target

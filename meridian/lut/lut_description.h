@@ -1,0 +1,56 @@
+/// \file
+/// What a LUT file holds, as a plain value. For example, for a cube of 33 points per axis with values from 0 to 1:
+///
+///     const LutDescription look = describe(*file);
+///     look.dimensions;  // LutDimensions::cube
+///     look.valueType;   // LutValueType::floatingPoint
+///     look.size;        // 33
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "meridian/base/enumeration.h"
+#include "meridian/export.h"
+#include "meridian/lut/lut_file.h"
+
+namespace meridian::inline v0_2 {
+
+/// What the numbers of a LUT are: code values of some bit depth, or floating point on the scale from 0 to 1.
+enum class LutValueType : std::uint8_t { integer, floatingPoint };
+
+template <>
+struct EnumerationTable<LutValueType> {
+  static constexpr auto rows = std::to_array<EnumerationRow<LutValueType>>({
+      {LutValueType::integer, "integer", "code values"},
+      {LutValueType::floatingPoint, "floatingPoint", "floating point"},
+  });
+};
+
+struct LutDescription {
+  LutDimensions dimensions = LutDimensions::oneD;
+  LutValueType valueType = LutValueType::floatingPoint;
+  /// The points per axis of a cube, or the rows of a 1D LUT.
+  std::int64_t size = 0;
+  /// The rows of the file; a cube may have more or fewer than it has points.
+  std::size_t rows = 0;
+  /// The depth in bits to which code values are converted before they are looked up, and the depth of those that the
+  /// LUT yields. The same for a cube; absent for floating point.
+  std::optional<std::int64_t> inputBitDepth{};
+  std::optional<std::int64_t> valueBitDepth{};
+  /// The smallest and the largest of the LUT's values.
+  double lowValue = 0;
+  double highValue = 0;
+  /// The range of input values that the file declares for each channel; 0 to 1 where it declares none.
+  LutDeclaredDomain declaredDomain{};
+
+  friend bool operator==(const LutDescription&, const LutDescription&) noexcept = default;
+};
+
+/// Describes a LUT file. All members but `rows`, the values' range and the domain keep their defaults if the file's
+/// converter is neither over a cube nor over a 1D LUT of this library.
+[[nodiscard]] MERIDIAN_API LutDescription describe(const ParsedLutFile& file);
+
+}  // namespace meridian::inline v0_2

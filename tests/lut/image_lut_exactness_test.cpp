@@ -1,0 +1,197 @@
+// The filter and its exact fallback return what the plain definition returns.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include "meridian/lut/image_lut.h"
+#include "meridian/lut/lut_description.h"
+#include "tests/lut/many_luts.h"
+
+namespace meridian {
+namespace {
+
+/// Returns pixels that are random, on lattice points and next to them, at the ends, flat, and beyond the depth.
+template <typename Sample>
+std::vector<Sample> codePixels(std::size_t count, int depth, std::uint32_t faceSize, unsigned seed) {
+  std::mt19937 generator(seed);
+  const auto random = [&generator] { return static_cast<std::uint32_t>(generator()); };
+  const std::uint32_t most = (1U << static_cast<unsigned>(depth)) - 1;
+  const std::uint32_t container = (1U << (sizeof(Sample) * 8)) - 1;
+  std::vector<Sample> samples(count * 3);
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    std::uint32_t value = random() & most;
+    switch ((i / 24) % 6) {
+      case 1:  // on and beside the cube's points
+        value = (random() % faceSize * most / std::max(faceSize - 1, 1U) + random() % 3 + most) % (most + 1);
+        break;
+      case 2:
+        value = random() % 2 * most;
+        break;
+      case 3:
+        value = most / 3;
+        break;
+      case 4:
+        value = random() & container;
+        break;
+      default:
+        break;
+    }
+    samples[i] = static_cast<Sample>(value);
+  }
+  return samples;
+}
+
+template <typename Sample>
+void expectDefinition(const ImageLut& lut, const std::vector<Sample>& source, const std::vector<Sample>& result) {
+  for (std::size_t i = 0; i + 2 < source.size(); i += 3) {
+    const auto expected = lut.pixel(source[i], source[i + 1], source[i + 2]);
+    const std::array<std::uint16_t, 3> actual{result[i], result[i + 1], result[i + 2]};
+    ASSERT_EQ(actual, expected) << "of " << source[i] << ' ' << source[i + 1] << ' ' << source[i + 2];
+  }
+}
+
+TEST(ImageLutExactness, EveryPixelIsThatOfTheDefinitionOnEveryInstructionSet) {
+  constexpr std::size_t width = 701;  // two blocks and a part
+  std::vector<std::pair<int, int>> depths;
+  for (int depth = 1; depth <= 16; ++depth) depths.emplace_back(depth, depth);
+  depths.insert(depths.end(), {{10, 16}, {16, 10}, {8, 1}, {1, 16}});
+  const std::vector<ImageLutOptions> options = test::allOptions();
+  unsigned seed = 0;
+  for (const test::NamedLut& named : test::manyLuts()) {
+    SCOPED_TRACE(named.name);
+    const auto faceSize = static_cast<std::uint32_t>(
+        std::max(1L, std::lround(std::cbrt(static_cast<double>(named.file->orderedValues().size())))));
+    for (const auto& [from, to] : depths) {
+      // Each combination of LUT and depth with two of the eight options, so that all occur often.
+      for (int repeat = 0; repeat < 2; ++repeat) {
+        SCOPED_TRACE(testing::Message() << from << " to " << to << " bits, option " << seed % options.size());
+        const auto lut = ImageLut::forCodeValues(*named.file, from, to, options[seed % options.size()]);
+        const auto source = codePixels<std::uint16_t>(width, from, faceSize, seed++);
+        test::onEveryInstructionSet([&] {
+          std::vector<std::uint16_t> result(source.size());
+          auto view = ImageView<std::uint16_t>::packed(ImageLayout::rgb, result.data(), width, 1, to);
+          ASSERT_TRUE(lut->apply(
+              ImageView<const std::uint16_t>::packed(ImageLayout::rgb, source.data(), width, 1, from), view));
+          expectDefinition(*lut, source, result);
+          if (from > 8 || to > 8) return;
+          const auto bytes = codePixels<std::uint8_t>(width, from, faceSize, seed);
+          std::vector<std::uint8_t> byteResult(bytes.size());
+          ASSERT_TRUE(lut->apply(ImageView<const std::uint8_t>::packed(ImageLayout::rgb, bytes.data(), width, 1, from),
+                                 ImageView<std::uint8_t>::packed(ImageLayout::rgb, byteResult.data(), width, 1, to)));
+          expectDefinition(*lut, bytes, byteResult);
+        });
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+/// Returns code values with a result so near an integer that single precision cannot tell on which side it is.
+std::vector<std::uint16_t> pixelsNextToIntegers(const ParsedLutFile& file, const ImageLutOptions& options, int from,
+                                                int to) {
+  constexpr std::size_t count = 3000;
+  const ImageLut lut = ImageLut::forFloats(file, options);
+  const double most = std::ldexp(1.0, from) - 1;
+  const double unit = std::ldexp(1.0, to) - 1;
+  std::mt19937 random(71);
+  const auto isNear = [&](double value) { return std::fabs(value * unit - std::round(value * unit)) < 0.01; };
+  std::vector<std::uint16_t> pixels;
+  for (int tries = 0; pixels.size() < count * 3 && tries < 200'000; ++tries) {
+    const auto code = [&] { return static_cast<std::uint16_t>(random() % (1U << static_cast<unsigned>(from))); };
+    const std::array<std::uint16_t, 3> input{code(), code(), code()};
+    const LutColor color = lut.pixel(LutColor{input[0] / most, input[1] / most, input[2] / most});
+    if (!isNear(color.red) && !isNear(color.green) && !isNear(color.blue)) continue;
+    pixels.insert(pixels.end(), input.begin(), input.end());
+  }
+  return pixels;
+}
+
+TEST(ImageLutExactness, ResultsNextToIntegersAreThoseOfTheDefinition) {
+  const std::vector<ImageLutOptions> options = test::allOptions();
+  std::size_t turn = 0;
+  for (const test::NamedLut& named : test::manyLuts()) {
+    const LutDescription description = describe(*named.file);
+    const bool isInteger = description.valueType == LutValueType::integer;
+    if (description.dimensions != LutDimensions::cube || (isInteger && description.valueBitDepth != 16)) continue;
+    SCOPED_TRACE(named.name);
+    for (const auto& [from, to] : {std::pair{16, 16}, {12, 16}, {13, 15}, {10, 14}}) {
+      if (isInteger && to != 16) continue;
+      const ImageLutOptions& chosen = options[turn++ % options.size()];
+      const auto source = pixelsNextToIntegers(*named.file, chosen, from, to);
+      if (source.empty()) continue;
+      const auto lut = ImageLut::forCodeValues(*named.file, from, to, chosen);
+      test::onEveryInstructionSet([&] {
+        std::vector<std::uint16_t> result(source.size());
+        const std::size_t width = source.size() / 3;
+        ASSERT_TRUE(lut->apply(ImageView<const std::uint16_t>::packed(ImageLayout::rgb, source.data(), width, 1, from),
+                               ImageView<std::uint16_t>::packed(ImageLayout::rgb, result.data(), width, 1, to)));
+        expectDefinition(*lut, source, result);
+      });
+    }
+  }
+}
+
+/// Compares one code value, repeated, with the definition.
+void expectDefinition(const ParsedLutFile& file, const ImageLutOptions& options, int from, int to, std::uint16_t code) {
+  const auto lut = ImageLut::forCodeValues(file, from, to, options);
+  const std::vector<std::uint16_t> source(3 * 16, code);
+  test::onEveryInstructionSet([&] {
+    std::vector<std::uint16_t> result(source.size());
+    ASSERT_TRUE(lut->apply(ImageView<const std::uint16_t>::packed(ImageLayout::rgb, source.data(), 16, 1, from),
+                           ImageView<std::uint16_t>::packed(ImageLayout::rgb, result.data(), 16, 1, to)));
+    expectDefinition(*lut, source, result);
+  });
+}
+
+TEST(ImageLutExactness, FlatRegionsBeginWhereTheDefinitionSaysSo) {
+  // A code value on a lattice point whose place the definition's rounding puts just before the point.
+  int found = 0;
+  for (const int depth : {8, 10, 12, 16}) {
+    const int most = (1 << depth) - 1;
+    for (int face = 3; face < 60; ++face) {
+      for (int code = 0; code <= most; ++code) {
+        if (code * (face - 1) % most != 0) continue;
+        const int point = code * (face - 1) / most;
+        const double place = static_cast<double>(code) / most * (face - 1);
+        if (place >= point) continue;
+        ++found;
+        SCOPED_TRACE(testing::Message() << depth << " bits, " << face << " points, code " << code);
+        for (const auto& [before, flat] : {std::pair{0.5, 1.0}, {1.0, 0x1p-12}}) {
+          const auto file = test::cubeFile(test::cubeColors(face, [&](double r, double g, double b) {
+            const double first = std::round(std::min({r, g, b}) * (face - 1));
+            const double value = first >= point ? flat : before;
+            return LutColor{value, value, 1};
+          }));
+          for (const auto interpolation : allCases<LutInterpolation>()) {
+            expectDefinition(*file, {.interpolation = interpolation}, depth, depth, static_cast<std::uint16_t>(code));
+            expectDefinition(*file, {.interpolation = interpolation}, depth, 16, static_cast<std::uint16_t>(code));
+          }
+        }
+        break;  // one code for each cube
+      }
+    }
+  }
+  EXPECT_GT(found, 3);
+}
+
+TEST(ImageLutExactness, AnAxisEndsExactlyWhereItsHighestValueIs) {
+  // The highest value is exact in single precision and yet long, its result just above an integer, its slope steep.
+  constexpr int face = 40;
+  for (int wanted = 3900; wanted < 4000; wanted += 3) {
+    auto end = static_cast<float>(wanted * 255.0 / 4095);
+    while (static_cast<double>(end) / 255 * 4095 < wanted) end = std::nextafter(end, 1000.0F);
+    const double high = static_cast<double>(end) / 255;
+    SCOPED_TRACE(testing::Message() << "highest value " << wanted);
+    const auto file = test::cubeFile(test::cubeColors(face, [&](double r, double g, double b) {
+      const double value = std::min({r, g, b}) == 1 ? high : 0;
+      return LutColor{value, value, value};
+    }));
+    expectDefinition(*file, {}, 8, 12, 255);
+    ASSERT_FALSE(HasFatalFailure());
+  }
+}
+
+}  // namespace
+}  // namespace meridian
