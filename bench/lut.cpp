@@ -1,4 +1,4 @@
-// Look-up tables: reading files, single samples and whole images, beside OpenColorIO where that is present.
+// LUTs: reading files, single samples and whole images, beside OpenColorIO where that is present.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -40,7 +40,7 @@ LutColor look(double red, double green, double blue) {
   return {graded(red, 1.04), graded(green, 1.0), graded(blue, 0.97)};
 }
 
-/// A cube file with six decimals, which goes away at the end of the program.
+/// A cube file with six decimals, which is removed at the end of the program.
 class CubeFile {
  public:
   explicit CubeFile(int faceSize) {
@@ -81,15 +81,15 @@ const std::string& cubePath(int faceSize) {
 }
 
 std::unique_ptr<const ParsedLutFile> cube(int faceSize) {
-  auto parsing = ParsedLutFactory::parsing(Url::fromFilePath(cubePath(faceSize)));
-  if (!parsing.file) throw std::runtime_error(parsing.refusal->message());
-  return std::move(parsing.file);
+  auto file = ParsedLutFactory::parsing(Url::fromFilePath(cubePath(faceSize)));
+  if (!file) throw std::runtime_error(file.error().message());
+  return *std::move(file);
 }
 
 /// The published meaning of a file, which is the one that OpenColorIO knows.
 constexpr ImageLutOptions published{.axisOrder = LutAxisOrder::redFastest, .domain = LutInputDomain::declared};
 
-/// An image with smooth shades, a little grain, and colours up to the ends of the range, as a camera gives it.
+/// Returns an image with smooth shades, a little grain, and colours up to the ends of the range, as a camera records.
 template <typename Sample>
 const std::vector<Sample>& image() {
   static const std::vector<Sample> samples = [] {
@@ -131,18 +131,24 @@ void parseMeridian(benchmark::State& state, int faceSize) {
 }
 
 template <typename Sample>
-void applyMeridian(benchmark::State& state, int faceSize, unsigned threads, const ImageLutOptions& options) {
-  const auto file = cube(faceSize);
-  const auto source = ImageView<const Sample>::packed(ImageLayout::rgb, image<Sample>().data(), width, height);
-  std::vector<Sample> result(width * height * 3);
-  const auto destination = ImageView<Sample>::packed(ImageLayout::rgb, result.data(), width, height);
-  std::optional<ImageLut> lut;
+ImageLut prepared(const ParsedLutFile& file, CodeValueFormat format, const ImageLutOptions& options) {
   if constexpr (std::is_same_v<Sample, float>) {
-    lut = ImageLut::forFloats(*file, options);
+    return ImageLut::forFloats(file, options);
   } else {
-    lut = ImageLut::forCodeValues(*file, source.bitDepth, source.bitDepth, options);
+    return *ImageLut::forCodeValues(file, format, format, options);
   }
-  for (auto _ : state) benchmark::DoNotOptimize(lut->apply(source, destination, threads));
+}
+
+template <typename Sample>
+void applyMeridian(benchmark::State& state, int faceSize, unsigned threads, const ImageLutOptions& options,
+                   ImageLayout layout, CodeValueRange range) {
+  const auto file = cube(faceSize);
+  const CodeValueFormat format{ImageView<Sample>::sampleBits, range};
+  const auto source = ImageView<const Sample>::packed(layout, image<Sample>().data(), width, height, format);
+  std::vector<Sample> result(width * height * 3);
+  const auto destination = ImageView<Sample>::packed(layout, result.data(), width, height, format);
+  const ImageLut lut = prepared<Sample>(*file, format, options);
+  for (auto _ : state) benchmark::DoNotOptimize(lut.apply(source, destination, threads));
   setPixelRate(state);
 }
 
@@ -215,13 +221,20 @@ const bool areRegistered = [] {
     const std::string size = std::to_string(faceSize);
     registerCase("lut_parse/" + size + "/meridian", parseMeridian, faceSize);
     registerCase("lut_prepare/" + size + "/meridian", prepareMeridian, faceSize);
-    registerCase("lut_apply_u16/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published);
-    registerCase("lut_apply_u8/" + size + "/meridian", applyMeridian<std::uint8_t>, faceSize, 1U, published);
-    registerCase("lut_apply_f32/" + size + "/meridian", applyMeridian<float>, faceSize, 1U, published);
+    registerCase("lut_apply_u16/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
+                 ImageLayout::rgb, CodeValueRange::full);
+    registerCase("lut_apply_u8/" + size + "/meridian", applyMeridian<std::uint8_t>, faceSize, 1U, published,
+                 ImageLayout::rgb, CodeValueRange::full);
+    registerCase("lut_apply_f32/" + size + "/meridian", applyMeridian<float>, faceSize, 1U, published, ImageLayout::rgb,
+                 CodeValueRange::full);
     registerCase("lut_apply_u16_two_threads/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 2U,
-                 published);
+                 published, ImageLayout::rgb, CodeValueRange::full);
     registerCase("lut_apply_u16_tetrahedral/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U,
-                 tetrahedral);
+                 tetrahedral, ImageLayout::rgb, CodeValueRange::full);
+    registerCase("lut_apply_u16_planar/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
+                 ImageLayout::planarRgb, CodeValueRange::full);
+    registerCase("lut_apply_u16_limited/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
+                 ImageLayout::planarRgb, CodeValueRange::limited);
 #ifdef MERIDIAN_BENCH_OPENCOLORIO
     registerCase("lut_parse/" + size + "/OpenColorIO", parseOpenColorIO, faceSize);
     registerCase("lut_apply_u16/" + size + "/OpenColorIO", applyOpenColorIO<std::uint16_t>, faceSize);

@@ -1,4 +1,4 @@
-// Look-up table files of any bytes: read in pieces as they are read whole, and sampled without a crash.
+// LUT files of any bytes: reading in pieces equals reading the whole text, and sampling does not crash.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -36,7 +36,7 @@ GenericTextLutInterpreter readInPieces(std::string_view text, const detail::Text
   return lines;
 }
 
-/// The line with two blanks for each longer run of spaces and tabs.
+/// Returns the line with longer runs of spaces and tabs shortened to two.
 std::string withShortBlanks(std::string_view line) {
   std::string result;
   std::size_t run = 0;

@@ -18,12 +18,12 @@ std::vector<LutColor> randomColors(int faceSize, double low, double high, unsign
       faceSize, [&](double, double, double) { return LutColor{value(random), value(random), value(random)}; });
 }
 
-/// The weight of a lattice point at a distance of `position` on one axis: 1 at the point, 0 from its neighbours on.
+/// Returns the weight of a lattice point for a position on its axis: 1 at the point, 0 from its neighbours on.
 long double tent(long double position, int point) {
   return std::max(0.0L, 1 - std::fabs(position - static_cast<long double>(point)));
 }
 
-/// The colour as a sum over all points, which shares nothing with the blends of the library.
+/// Returns the colour as a sum over all points, which shares nothing with the interpolation of the library.
 LutColor asSumOverAllPoints(const ThreeDimensionalLutCube& cube, const LutColor& input) {
   const auto face = static_cast<int>(cube.faceSize());
   const auto position = [&](double value) {
@@ -63,7 +63,7 @@ TEST(Interpolators, TrilinearIsTheSumOfAllPointsByTheirTents) {
       std::uniform_real_distribution<double> value(low - 0.2 * high, high * 1.2);
       for (int i = 0; i < 200; ++i) {
         const LutColor input{value(random), value(random), value(random)};
-        // Below 0 an axis has no point; the fraction then reaches beyond the first one.
+        // An axis has no point below 0; the fraction then extrapolates the first cell.
         if (std::min({input.red, input.green, input.blue}) < 0) continue;
         expectNear(interpolator.sample(input.red, input.green, input.blue), asSumOverAllPoints(*cube, input),
                    1e-12 * high);
@@ -104,8 +104,8 @@ TEST(Interpolators, PointsAndBoundsAreExact) {
   }
 }
 
-TEST(Interpolators, TheHighestValueAloneSaysWhereAnInputLies) {
-  // All values from 2 to 4: an input of 3 lies at three quarters of the axis, not in its middle.
+TEST(Interpolators, AnInputIsDividedByTheHighestValueAlone) {
+  // All values from 2 to 4: an input of 3 is at three quarters of the axis, not in its middle.
   const auto cube =
       test::cubeOf(test::cubeColors(5, [](double r, double, double) { return LutColor{2 + 2 * r, 2, 4}; }));
   EXPECT_EQ(TrilinearLutInterpolator(cube).sample(3, 3, 3), (LutColor{3.5, 2, 4}));
@@ -162,7 +162,7 @@ TEST(Converters, ACubeOfCodeValuesWorksAtItsOwnDepth) {
   EXPECT_EQ(converter.convert(255, 0, 0, 8, 16), (RGBSample{510 * 64, 0, 1023 * 64}));
   EXPECT_EQ(converter.convert(1023, 1023, 0, 10, 8), (RGBSample{127, 255, 255}));
   EXPECT_EQ(converter.convert(UINT64_MAX, 5000, 0, 10), (RGBSample{511, 1023, 1023}));
-  EXPECT_FALSE(converter.convertIfPossible(2, 0, 0, 10, 65));  // 1023 of blue does not fit
+  EXPECT_FALSE(converter.convertIfPossible(2, 0, 0, 10, 65));  // blue, 1023, does not fit
   EXPECT_DEATH(static_cast<void>(converter.convert(2, 0, 0, 10, 65)), "meridian: fatal: .*2, 0, 0 of depth 10");
 }
 
@@ -182,7 +182,7 @@ TEST(Converters, AFloatingPointCubeWorksAtAnyDepth) {
   }
 }
 
-TEST(Converters, ResultsThatAreNoCodeValuesStopTheProcess) {
+TEST(Converters, AResultThatIsNotACodeValueTerminatesTheProcess) {
   const auto negative =
       test::cubeFile(test::cubeColors(3, [](double r, double, double) { return LutColor{r - 0.5, 1, 1}; }));
   EXPECT_FALSE(negative->inputConverter().convertIfPossible(0, 0, 0, 8));
@@ -201,7 +201,7 @@ std::shared_ptr<const LutValueTriplets> table(std::size_t rows, double red, doub
   return test::rowsOf(colors);
 }
 
-TEST(Converters, ATableOfCodeValuesIsLookedUpByChannel) {
+TEST(Converters, A1DLutOfCodeValuesIsLookedUpByChannel) {
   const OneDimensionsUnsignedIntegerConverter same(table(1024, 1023, 511, 0));
   EXPECT_EQ(same.lutBitDepth(), 10);
   EXPECT_EQ(same.valueBitDepth(), 10);
@@ -213,13 +213,13 @@ TEST(Converters, ATableOfCodeValuesIsLookedUpByChannel) {
   EXPECT_EQ(same.convert(1023, 1023, 1023, 10), (RGBSample{1023, 511, 0}));
   EXPECT_EQ(same.convert(4095, 2048, 7, 12), (RGBSample{1023 * 4, 255 * 4, 0}));
   EXPECT_EQ(same.convert(99999, UINT64_MAX, 7, 10), (RGBSample{1023, 511, 0}));
-  // A table that darkens stays dark; one with larger values than rows has their depth.
+  // A LUT that darkens stays dark; one with values larger than its rows has their depth.
   EXPECT_EQ(OneDimensionsUnsignedIntegerConverter(table(256, 127, 127, 127)).convert(255, 0, 0, 8).red, 127U);
   const OneDimensionsUnsignedIntegerConverter deeper(table(1024, 4095, 4095, 4095));
   EXPECT_EQ(deeper.valueBitDepth(), 12);
   EXPECT_EQ(deeper.convert(1023, 512, 0, 10, 12).red, 4095U);
   EXPECT_EQ(deeper.convert(1023, 512, 0, 10).red, 1023U);
-  // Doubles do not have these; the table has.
+  // A double cannot hold this integer; the rows can.
   LutValueTriplets exact;
   const DecimalNumber large = *DecimalNumber::fromText("9007199254740993");
   for (int i = 0; i < 256; ++i) exact.append(LutValueTriplet{DecimalNumber(0.0), large, DecimalNumber(-1.0)});
@@ -229,7 +229,7 @@ TEST(Converters, ATableOfCodeValuesIsLookedUpByChannel) {
   EXPECT_DEATH(OneDimensionsUnsignedIntegerConverter{table(300, 1, 1, 1)}, "meridian: fatal: .*power of two");
 }
 
-TEST(Converters, AFloatingPointTableIsLinearBetweenItsRows) {
+TEST(Converters, AFloatingPoint1DLutIsLinearBetweenItsRows) {
   std::vector<LutColor> colors(256);
   for (std::size_t i = 0; i < 256; ++i) {
     const double place = static_cast<double>(i) / 255;

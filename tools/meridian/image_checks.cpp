@@ -15,7 +15,7 @@ using OIIO::ImageInput;
 using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
-void refuseImage(const std::string& path, const std::string& why) {
+void throwImageError(const std::string& path, const std::string& why) {
   throw Refusal(inQuotes(path) + " " + printable(why));
 }
 
@@ -57,21 +57,21 @@ int codeValueBits(const ImageSpec& spec) {
 }
 
 void checkIsAlone(ImageInput& input, const std::string& path) {
-  if (input.seek_subimage(1, 0)) refuseImage(path, "holds several images, of which only the first would be kept");
-  if (input.seek_subimage(0, 1)) refuseImage(path, "holds smaller versions of its image, which would be lost");
+  if (input.seek_subimage(1, 0)) throwImageError(path, "holds several images, of which only the first would be kept");
+  if (input.seek_subimage(0, 1)) throwImageError(path, "holds smaller versions of its image, which would be lost");
   static_cast<void>(input.geterror());
-  if (!input.seek_subimage(0, 0)) refuseImage(path, "cannot be read: " + asLine(input.geterror()));
+  if (!input.seek_subimage(0, 0)) throwImageError(path, "cannot be read: " + asLine(input.geterror()));
 }
 
 void checkSamples(const ImageSpec& spec, const std::string& path) {
-  if (spec.deep) refuseImage(path, "is a deep image, whose pixels hold lists of samples");
-  if (spec.depth > 1) refuseImage(path, "is a volume, not an image");
+  if (spec.deep) throwImageError(path, "is a deep image, whose pixels hold lists of samples");
+  if (spec.depth > 1) throwImageError(path, "is a volume, not an image");
   for (const char* const name : {"tiff:ColorSpace", "jpeg:ColorSpace"}) {
-    if (spec.get_string_attribute(name) == "CMYK") refuseImage(path, "is CMYK; a LUT needs red, green and blue");
+    if (spec.get_string_attribute(name) == "CMYK") throwImageError(path, "is CMYK; a LUT needs red, green and blue");
   }
   if (spec.nchannels < 3) {
-    refuseImage(path, "has " + std::to_string(spec.nchannels) + (spec.nchannels == 1 ? " channel" : " channels") +
-                          "; a LUT needs red, green and blue");
+    throwImageError(path, "has " + std::to_string(spec.nchannels) + (spec.nchannels == 1 ? " channel" : " channels") +
+                              "; a LUT needs red, green and blue");
   }
   const auto isWorkable = [](const TypeDesc& format) {
     return format == TypeDesc::UINT8 || format == TypeDesc::UINT16 || format == TypeDesc::HALF ||
@@ -79,15 +79,15 @@ void checkSamples(const ImageSpec& spec, const std::string& path) {
   };
   const bool allAre = isWorkable(spec.format) && std::ranges::all_of(spec.channelformats, isWorkable);
   if (!allAre) {
-    refuseImage(path, "has unsupported samples (" + std::string(spec.format.c_str()) +
-                          "); supported are 8- and 16-bit code values, half and float");
+    throwImageError(path, "has unsupported samples (" + std::string(spec.format.c_str()) +
+                              "); supported are 8- and 16-bit code values, half and float");
   }
 }
 
 void checkDpxIsWhole(const ImageSpec& spec, const std::string& path) {
   std::array<unsigned char, 812> head{};
   std::ifstream file(path, std::ios::binary);
-  if (!file.read(reinterpret_cast<char*>(head.data()), head.size())) refuseImage(path, "ends within its header");
+  if (!file.read(reinterpret_cast<char*>(head.data()), head.size())) throwImageError(path, "ends within its header");
   const auto number = [&head](std::size_t place, std::size_t bytes) {
     const bool isLittleEndian = head[0] == 'X';
     std::uint64_t value = 0;
@@ -108,7 +108,7 @@ void checkDpxIsWhole(const ImageSpec& spec, const std::string& path) {
   std::error_code error;
   const std::uint64_t size = std::filesystem::file_size(path, error);
   if (!error && size < offset + rowBytes * static_cast<std::uint64_t>(spec.height)) {
-    refuseImage(path, "cannot be read: it ends before its last row");
+    throwImageError(path, "cannot be read: it ends before its last row");
   }
 }
 

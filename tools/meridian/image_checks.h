@@ -12,7 +12,7 @@
 namespace meridian::command {
 
 /// Throws Refusal with the file's name and what is wrong with it.
-[[noreturn]] void refuseImage(const std::string& path, const std::string& why);
+[[noreturn]] void throwImageError(const std::string& path, const std::string& why);
 
 /// Returns an error text of OpenImageIO as one line.
 [[nodiscard]] std::string asLine(std::string_view words);

@@ -81,7 +81,7 @@ class OpenImageIoFile final : public ImageFile {
 
   void allocate();
   void checkIsWhole(const Progress& progress);
-  [[noreturn]] void refuseOutput(std::string why) const;
+  [[noreturn]] void throwOutputError(std::string why) const;
   [[nodiscard]] bool keepsChannels(const ImageSpec& wanted) const;
   template <typename Sample>
   [[nodiscard]] Sample* row(std::size_t place) const {
@@ -111,9 +111,9 @@ void OpenImageIoFile::allocate() {
   const std::uint64_t count = OIIO::clamped_mult64(spec_.image_pixels(), static_cast<std::uint64_t>(spec_.nchannels));
   samples_.reset(static_cast<std::byte*>(std::calloc(count, type_.size())));  // NOLINT(cppcoreguidelines-no-malloc)
   if (samples_ == nullptr) {
-    refuseImage(path_, "is too large for the memory: " + std::to_string(spec_.width) + " x " +
-                           std::to_string(spec_.height) + " pixels of " + std::to_string(spec_.nchannels) +
-                           " channels");
+    throwImageError(path_, "is too large for the memory: " + std::to_string(spec_.width) + " x " +
+                               std::to_string(spec_.height) + " pixels of " + std::to_string(spec_.nchannels) +
+                               " channels");
   }
 }
 
@@ -168,12 +168,12 @@ void OpenImageIoFile::changeAs(const Change& change, const Progress& progress) {
 
 void checkExtension(const std::string& path) {
   const std::string extension(pathExtension(path));
-  if (extension.empty()) refuseImage(path, "has no extension; give one such as .exr, which decides the format");
+  if (extension.empty()) throwImageError(path, "has no extension; give one such as .exr, which decides the format");
   // Names for discarding and for displaying images, which write no file.
   const bool writesFile = extension != "null" && extension != "nul" && extension != "term";
   if (writesFile && ImageOutput::create(extension)) return;
   static_cast<void>(OIIO::geterror());
-  refuseImage(path, "cannot be written: no image format has the extension " + inQuotes(extension));
+  throwImageError(path, "cannot be written: no image format has the extension " + inQuotes(extension));
 }
 
 OpenImageIoFile::OpenImageIoFile(const std::string& path, unsigned threads) : path_(path) {
@@ -182,15 +182,15 @@ OpenImageIoFile::OpenImageIoFile(const std::string& path, unsigned threads) : pa
   OIIO::attribute("exr_threads", most);
   std::error_code error;
   const auto status = std::filesystem::status(path, error);
-  if (!std::filesystem::exists(status)) refuseImage(path, "cannot be read: " + error.message());
-  if (!std::filesystem::is_regular_file(status)) refuseImage(path, "is not a file");
-  if (!std::ifstream(path)) refuseImage(path, "cannot be opened");
+  if (!std::filesystem::exists(status)) throwImageError(path, "cannot be read: " + error.message());
+  if (!std::filesystem::is_regular_file(status)) throwImageError(path, "is not a file");
+  if (!std::ifstream(path)) throwImageError(path, "cannot be opened");
 
   ImageSpec wishes;
   // Otherwise colours would be multiplied by alpha when read and divided again when written.
   wishes.attribute("oiio:UnassociatedAlpha", 1);
   input_ = ImageInput::open(path, &wishes);
-  if (!input_) refuseImage(path, "is not an image that can be read: " + asLine(OIIO::geterror()));
+  if (!input_) throwImageError(path, "is not an image that can be read: " + asLine(OIIO::geterror()));
   checkIsAlone(*input_, path);
   spec_ = input_->spec();
   checkSamples(spec_, path);
@@ -205,22 +205,22 @@ void OpenImageIoFile::beginWriting(const std::string& path, const std::string& n
   outputPath_ = path;
   outputName_ = name;
   output_ = ImageOutput::create(std::string(pathExtension(path)));
-  if (!output_) refuseImage(name, "cannot be written: " + asLine(OIIO::geterror()));
+  if (!output_) throwImageError(name, "cannot be written: " + asLine(OIIO::geterror()));
   const ImageSpec wanted = outputSpec(spec_, *output_);
   // This writer terminates the process for more channels instead of reporting an error.
   if (std::string_view(output_->format_name()) == "dpx" && wanted.nchannels > 4) {
-    refuseImage(name, "cannot be written: dpx files do not hold the " + std::to_string(wanted.nchannels) +
-                          " channels of " + inQuotes(path_));
+    throwImageError(name, "cannot be written: dpx files do not hold the " + std::to_string(wanted.nchannels) +
+                              " channels of " + inQuotes(path_));
   }
-  if (!output_->open(path, wanted)) refuseOutput(asLine(output_->geterror()));
+  if (!output_->open(path, wanted)) throwOutputError(asLine(output_->geterror()));
   if (!keepsChannels(wanted)) {
-    refuseImage(name, std::string("cannot be written: ") + output_->format_name() + " files do not hold the " +
-                          std::to_string(wanted.nchannels) + " channels of " + inQuotes(path_));
+    throwImageError(name, std::string("cannot be written: ") + output_->format_name() + " files do not hold the " +
+                              std::to_string(wanted.nchannels) + " channels of " + inQuotes(path_));
   }
   if (output_->spec().format != wanted.format) {
-    refuseImage(name, std::string("cannot be written: ") + output_->format_name() +
-                          " files do not hold samples of type \"" + wanted.format.c_str() + "\", which " +
-                          inQuotes(path_) + " has");
+    throwImageError(name, std::string("cannot be written: ") + output_->format_name() +
+                              " files do not hold samples of type \"" + wanted.format.c_str() + "\", which " +
+                              inQuotes(path_) + " has");
   }
 }
 
@@ -230,7 +230,7 @@ void OpenImageIoFile::read(const Progress& progress) {
   const bool isRead = input_->read_image(0, 0, 0, spec_.nchannels, type_, samples_.get(), OIIO::AutoStride,
                                          OIIO::AutoStride, OIIO::AutoStride, &tellProgress, &teller);
   // Some readers fill in what is missing and only leave an error text.
-  if (!isRead || input_->has_error()) refuseImage(path_, "cannot be read: " + asLine(input_->geterror()));
+  if (!isRead || input_->has_error()) throwImageError(path_, "cannot be read: " + asLine(input_->geterror()));
   input_->close();
 }
 
@@ -250,7 +250,7 @@ void OpenImageIoFile::write(const Progress& progress) {
                                               OIIO::AutoStride, &tellProgress, &teller);
   // Closing writes what is still buffered, and may fail on its own.
   const bool isClosed = output_->close();
-  if (!isWritten || !isClosed) refuseOutput(asLine(output_->geterror()));
+  if (!isWritten || !isClosed) throwOutputError(asLine(output_->geterror()));
   checkIsWhole(progress);
 }
 
@@ -260,26 +260,26 @@ void OpenImageIoFile::checkIsWhole(const Progress& progress) {
   constexpr std::string_view notReadBack = "it cannot be read back; check that the disk is not full";
   const auto written = ImageInput::open(outputPath_);
   static_cast<void>(OIIO::geterror());
-  if (!written) refuseOutput(std::string(notReadBack));
+  if (!written) throwOutputError(std::string(notReadBack));
   const ImageSpec& spec = written->spec();
   const bool fits = spec.width == spec_.width && spec.height == spec_.height && spec.nchannels == spec_.nchannels;
-  if (!fits) refuseOutput(std::string(notReadBack));
+  if (!fits) throwOutputError(std::string(notReadBack));
   if (std::string_view(written->format_name()) == "dpx") checkDpxIsWhole(spec, outputPath_);
   Progress teller = progress;
   const bool isRead = written->read_image(0, 0, 0, spec.nchannels, type_, samples_.get(), OIIO::AutoStride,
                                           OIIO::AutoStride, OIIO::AutoStride, &tellProgress, &teller);
   if (!isRead || written->has_error()) {
     static_cast<void>(written->geterror());
-    refuseOutput(std::string(notReadBack));
+    throwOutputError(std::string(notReadBack));
   }
 }
 
 /// Throws Refusal with the file's own name in place of its temporary one.
-void OpenImageIoFile::refuseOutput(std::string why) const {
+void OpenImageIoFile::throwOutputError(std::string why) const {
   for (std::size_t place = why.find(outputPath_); place != std::string::npos; place = why.find(outputPath_)) {
     why.replace(place, outputPath_.size(), outputName_);
   }
-  refuseImage(outputName_, "cannot be written: " + why);
+  throwImageError(outputName_, "cannot be written: " + why);
 }
 
 /// Returns whether the writer, which is open, writes every channel.

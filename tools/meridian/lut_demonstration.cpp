@@ -194,8 +194,8 @@ std::string milliseconds(Clock::duration duration) {
 
 void demonstrateLut() {
   std::cout << styled(Style::heading, "A look from a .cube file, on an image") << "\n\n";
-  const TemporaryDirectory folder;
-  const std::string path = (folder.path() / "warm_contrast.cube").string();
+  const TemporaryDirectory directory;
+  const std::string path = (directory.path() / "warm_contrast.cube").string();
   writeLook(path);
 
   const auto beginning = Clock::now();

@@ -16,7 +16,6 @@ namespace {
 
 constexpr LutColor plotGround{0.07, 0.074, 0.082};
 constexpr LutColor gridColor{0.19, 0.2, 0.215};
-constexpr LutColor frameColor{0.36, 0.375, 0.4};
 constexpr LutColor strongText{0.93, 0.935, 0.945};
 /// Their sum is white, so that curves that coincide are white where they are added.
 constexpr std::array<LutColor, 3> curveColors{{{0.95, 0.2, 0.2}, {0.2, 0.8, 0.28}, {0.25, 0.42, 1}}};
@@ -109,7 +108,7 @@ void drawLegend(Canvas& canvas, const Area& area) {
 }
 
 void drawCurves(Canvas& canvas, const Area& area, const Apply& apply) {
-  const std::vector<LutColor> colors = neutralColors(lookUp, static_cast<std::size_t>(area.width) * 2 + 1);
+  const std::vector<LutColor> colors = neutralColors(apply, static_cast<std::size_t>(area.width) * 2 + 1);
   const Range range = rangeOf(colors);
   const auto yOf = [&](double value) {
     return area.bottom() - (value - range.low) / (range.high - range.low) * area.height;

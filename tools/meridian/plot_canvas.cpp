@@ -14,6 +14,7 @@ constexpr int plotWidth = 1600;
 constexpr int plotHeight = 900;
 
 constexpr LutColor background{0.105, 0.11, 0.12};
+constexpr LutColor frameColor{0.36, 0.375, 0.4};
 
 }  // namespace
 

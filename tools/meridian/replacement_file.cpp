@@ -16,8 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void refuse(const std::string& path, const std::string& why) {
-  throw CommandError(inQuotes(path) + " cannot be written: " + printable(why));
+[[noreturn]] void throwWriteError(const std::string& path, const std::string& why) {
+  throw Refusal(inQuotes(path) + " cannot be written: " + printable(why));
 }
 
 std::string systemText(int error) { return std::generic_category().message(error); }
@@ -35,14 +35,15 @@ fs::path targetOf(const std::string& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) {
-    if (error && error != std::errc::no_such_file_or_directory) refuse(path, error.message());
-    if (fs::is_symlink(fs::symlink_status(path, error))) refuse(path, "it is a link to a file that does not exist");
+    if (error && error != std::errc::no_such_file_or_directory) throwWriteError(path, error.message());
+    if (fs::is_symlink(fs::symlink_status(path, error)))
+      throwWriteError(path, "it is a link to a file that does not exist");
     return path;
   }
-  if (fs::is_directory(status)) refuse(path, systemText(EISDIR));
-  if (!fs::is_regular_file(status)) refuse(path, "it is a device or a pipe");
+  if (fs::is_directory(status)) throwWriteError(path, systemText(EISDIR));
+  if (!fs::is_regular_file(status)) throwWriteError(path, "it is a device or a pipe");
   // A rename would replace even a write-protected file.
-  if (const int error = tryOpening(path, "r+b"); error != 0) refuse(path, systemText(error));
+  if (const int failure = tryOpening(path, "r+b"); failure != 0) throwWriteError(path, systemText(failure));
   return fs::canonical(path, error);
 }
 
@@ -59,9 +60,9 @@ ReplacementFile::ReplacementFile(const std::string& path) {
   target_ = target.string();
   const std::string temporary = (target.parent_path() / temporaryName(target)).string();
   removeFileOnInterruption(temporary);
-  if (const int error = tryOpening(temporary, "wbx"); error != 0) {
+  if (const int failure = tryOpening(temporary, "wbx"); failure != 0) {
     removeFileOnInterruption({});
-    refuse(path, systemText(error));
+    throwWriteError(path, systemText(failure));
   }
   temporary_ = temporary;
 }
@@ -77,7 +78,7 @@ void ReplacementFile::replace() {
   const fs::file_status old = fs::status(target_, error);
   if (fs::exists(old)) fs::permissions(temporary_, old.permissions(), error);
   fs::rename(temporary_, target_, error);
-  if (error) refuse(target_, error.message());
+  if (error) throwWriteError(target_, error.message());
   temporary_.clear();
 }
 
