@@ -1,4 +1,4 @@
-// The fast way to read the numbers that fill most files of numbers: short decimals without an exponent.
+// A fast path for the numbers that fill most files of numbers: short decimals without an exponent.
 #pragma once
 
 #include <array>
@@ -11,17 +11,17 @@
 
 namespace meridian::inline v0_2::detail {
 
-/// How many of the eight characters, from the first on, are digits.
+/// Returns how many of the eight characters, from the first on, are digits.
 [[nodiscard]] inline int leadingDigits(std::uint64_t characters) noexcept {
   // A byte's high bit is set unless it is a digit: below '0' the subtraction borrows, above '9' the addition carries.
-  // A borrow or carry only comes from a byte that is no digit itself, so the first one found is always right.
+  // A borrow or carry only comes from a byte that is not a digit itself, so the first one found is always right.
   const std::uint64_t aboveNine = characters + 0x4646464646464646;
   const std::uint64_t belowZero = characters - 0x3030303030303030;
   const std::uint64_t others = (aboveNine | belowZero | characters) & 0x8080808080808080;
   return others == 0 ? 8 : std::countr_zero(others) / 8;
 }
 
-/// The value of eight digits, the first of which stands in the lowest byte; zero bytes stand for leading zeros.
+/// Returns the value of eight digits, the first of which is in the lowest byte; zero bytes count as leading zeros.
 [[nodiscard]] inline std::uint64_t valueOfEight(std::uint64_t digits) noexcept {
   digits = digits * 10 + (digits >> 8);
   constexpr std::uint64_t pairs = 0x000000FF000000FF;
@@ -35,16 +35,16 @@ inline constexpr std::array<double, 16> powersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  
 
 struct PlainDecimal {
   double number = 0;
-  /// Behind the number; null where the text has to be read the general way.
+  /// The end of the number; null if the text has to be read by DecimalNumber::fromText.
   const char* end = nullptr;
 };
 
-/// Reads the number at the beginning of a text that is short and has no exponent, fast: at most 15 digits, whose double
-/// is exact before one correctly rounded division (W. D. Clinger, "How to Read Floating Point Numbers Accurately",
-/// 1990). What stands behind the number is not looked at. There must be 8 readable bytes from the end of the text on,
-/// the first of which is neither digit nor point.
+/// Reads the number at the beginning of a text if it is short and has no exponent: at most 15 digits, whose double is
+/// exact before one correctly rounded division (W. D. Clinger, "How to Read Floating Point Numbers Accurately", 1990).
+/// What follows the number is ignored. There must be 8 readable bytes from the end of the text on, the first of which
+/// is neither a digit nor a point.
 [[nodiscard]] inline PlainDecimal readPlainDecimal(const char* text) noexcept {
-  if constexpr (std::endian::native != std::endian::little) return {};  // the general way serves
+  if constexpr (std::endian::native != std::endian::little) return {};  // the general path serves
   const bool negative = *text == '-';
   const char* place = text + static_cast<std::ptrdiff_t>(negative || *text == '+');
   const char* const first = place;
@@ -58,7 +58,7 @@ struct PlainDecimal {
     std::memcpy(&characters, place, sizeof(characters));
     const int read = leadingDigits(characters);
     if (read > 0) {
-      // The digits moved up to the end, with zeros before them.
+      // The digits are moved to the upper end, with zeros before them.
       digits = digits * static_cast<std::uint64_t>(powersOfTen[static_cast<std::size_t>(read)]) +
                valueOfEight((characters - 0x3030303030303030) << (64 - 8 * read));
       decimals = read;
