@@ -187,7 +187,8 @@ TEST(ImageLutExactness, ACellWithOneDifferentCornerIsNotFlat) {
   std::vector<std::uint16_t> source(3 * 4096);
   for (std::uint16_t& sample : source) sample = static_cast<std::uint16_t>(random());
   for (const auto interpolation : allCases<LutInterpolation>()) {
-    const auto lut = ImageLut::forCodeValues(*file, 16, 16, {.interpolation = interpolation});
+    const auto lut =
+        ImageLut::forCodeValues(*file, 16, 16, {.interpolation = interpolation, .domain = LutInputDomain::declared});
     test::onEveryInstructionSet([&] {
       std::vector<std::uint16_t> result(source.size());
       ASSERT_TRUE(lut->apply(ImageView<const std::uint16_t>::packed(ImageLayout::rgb, source.data(), 4096, 1),
