@@ -16,7 +16,7 @@ using OIIO::ImageSpec;
 using OIIO::TypeDesc;
 
 void throwImageError(const std::string& path, const std::string& why) {
-  throw Refusal(inQuotes(path) + " " + printable(why));
+  throw CommandError(inQuotes(path) + " " + printable(why));
 }
 
 std::string asLine(std::string_view words) {

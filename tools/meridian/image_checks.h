@@ -11,7 +11,7 @@
 
 namespace meridian::command {
 
-/// Throws Refusal with the file's name and what is wrong with it.
+/// Throws CommandError with the file's name and what is wrong with it.
 [[noreturn]] void throwImageError(const std::string& path, const std::string& why);
 
 /// Returns an error text of OpenImageIO as one line.
@@ -26,13 +26,13 @@ namespace meridian::command {
 /// Returns the bits of a code value. The reader spreads fewer bits over the whole sample and says how many there were.
 [[nodiscard]] int codeValueBits(const OIIO::ImageSpec& spec);
 
-/// Throws Refusal for a file that holds more than the one image that is read.
+/// Throws CommandError for a file that holds more than the one image that is read.
 void checkIsAlone(OIIO::ImageInput& input, const std::string& path);
 
-/// Throws Refusal for samples, channels and kinds of image that are not supported.
+/// Throws CommandError for samples, channels and kinds of image that are not supported.
 void checkSamples(const OIIO::ImageSpec& spec, const std::string& path);
 
-/// Throws Refusal for a DPX file that ends early. The reader would not notice and return whatever the memory held.
+/// Throws CommandError for a DPX file that ends early. The reader would not notice and return whatever the memory held.
 void checkDpxIsWhole(const OIIO::ImageSpec& spec, const std::string& path);
 
 }  // namespace meridian::command

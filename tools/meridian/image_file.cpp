@@ -274,7 +274,7 @@ void OpenImageIoFile::checkIsWhole(const Progress& progress) {
   }
 }
 
-/// Throws Refusal with the file's own name in place of its temporary one.
+/// Throws CommandError with the file's own name in place of its temporary one.
 void OpenImageIoFile::throwOutputError(std::string why) const {
   for (std::size_t place = why.find(outputPath_); place != std::string::npos; place = why.find(outputPath_)) {
     why.replace(place, outputPath_.size(), outputName_);

@@ -13,7 +13,7 @@
 
 namespace meridian::command {
 
-/// An image on its way from one file to another. Failures throw Refusal with the file's name and the reason.
+/// An image on its way from one file to another. Failures throw CommandError with the file's name and the reason.
 class ImageFile {
  public:
   /// Some rows of an image; code values at their real depth, which may be less than the bits of their samples.
@@ -35,7 +35,7 @@ class ImageFile {
   /// Returns the bit depth of the code values; absent for floating point.
   [[nodiscard]] virtual std::optional<int> bitDepth() const noexcept = 0;
 
-  /// Begins the file to write at `path`. Throws Refusal if its format cannot hold the samples. `name` is what messages
+  /// Begins the file to write at `path`. Throws CommandError if its format cannot hold the samples. `name` is what messages
   /// call it.
   virtual void beginWriting(const std::string& path, const std::string& name) = 0;
 
@@ -50,10 +50,10 @@ class ImageFile {
 /// The functions of the module of image files. It is a module of its own because OpenImageIO needs a third of a second
 /// to load, which no other subcommand should pay for.
 struct ImageFileModule {
-  /// Throws Refusal if no image format has the path's extension.
+  /// Throws CommandError if no image format has the path's extension.
   void (*checkExtension)(const std::string& path);
 
-  /// Opens the file. Throws Refusal for what would not be kept whole: several images in one file, samples of other
+  /// Opens the file. Throws CommandError for what would not be kept whole: several images in one file, samples of other
   /// kinds, fewer than three channels. `threads` compress and decompress; 0 means as many as the machine runs at once.
   std::unique_ptr<ImageFile> (*open)(const std::string& path, unsigned threads);
 };

@@ -10,14 +10,14 @@ namespace meridian::command {
 
 const ImageFileModule& imageFileModule() {
   using Entry = const ImageFileModule* (*)();
-  const ModuleSymbol symbol = moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
-  if (symbol.address == nullptr) {
-    throw Refusal(
-        "this installation of meridian cannot read and write images: it was built without OpenImageIO, or "
-        "the module is missing: " +
-        printable(symbol.fault));
+  const auto symbol = moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
+  if (!symbol) {
+    throw CommandError(
+        "this installation of meridian cannot read and write images: it was built without OpenImageIO, or the module "
+        "is missing: " +
+        printable(symbol.error()));
   }
-  return *reinterpret_cast<Entry>(symbol.address)();
+  return *reinterpret_cast<Entry>(*symbol)();
 }
 
 }  // namespace meridian::command

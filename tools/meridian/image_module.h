@@ -5,7 +5,7 @@
 
 namespace meridian::command {
 
-/// Loads the module, once. Throws Refusal if it is not installed or cannot be loaded.
+/// Loads the module, once. Throws CommandError if it is not installed or cannot be loaded.
 [[nodiscard]] const ImageFileModule& imageFileModule();
 
 }  // namespace meridian::command

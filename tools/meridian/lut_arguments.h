@@ -15,7 +15,7 @@ namespace meridian::command {
 /// Reads a LUT. The library's own messages are suppressed, since the commands report errors themselves.
 [[nodiscard]] Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLut(const std::string& path);
 
-/// Returns the LUT that FILE names. Throws Refusal if there is none.
+/// Returns the LUT that FILE names. Throws CommandError if there is none.
 [[nodiscard]] std::unique_ptr<const ParsedLutFile> readLut(const Arguments& arguments);
 
 /// Returns the positional FILE.

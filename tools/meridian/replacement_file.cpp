@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void throwWriteError(const std::string& path, const std::string& why) {
-  throw Refusal(inQuotes(path) + " cannot be written: " + printable(why));
+  throw CommandError(inQuotes(path) + " cannot be written: " + printable(why));
 }
 
 std::string systemText(int error) { return std::generic_category().message(error); }

@@ -9,7 +9,7 @@ namespace meridian::command {
 /// `path`. If `path` is a symbolic link, the file that it points to is replaced.
 class ReplacementFile {
  public:
-  /// Throws Refusal if no file can be created there, or if `path` is something other than a writable file.
+  /// Throws CommandError if no file can be created there, or if `path` is something other than a writable file.
   explicit ReplacementFile(const std::string& path);
   ReplacementFile(const ReplacementFile&) = delete;
   ReplacementFile& operator=(const ReplacementFile&) = delete;

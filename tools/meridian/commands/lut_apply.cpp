@@ -51,7 +51,7 @@ Status applyToImage(const Arguments& arguments) {
   const ImageLut lut = preparedLut(*file, *image, chosenImageLutOptions(arguments));
   const auto apply = [&lut, threads](const auto& view) {
     if (const auto applied = lut.apply(view, view, threads); !applied) {
-      throw Refusal(std::string(description(applied.error())));
+      throw CommandError(std::string(description(applied.error())));
     }
   };
   image->changeColors([&apply](const ImageFile::Colors& colors) { std::visit(apply, colors); }, step("applying"));

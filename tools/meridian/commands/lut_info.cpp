@@ -62,7 +62,7 @@ Status showLuts(const Arguments& arguments) {
       if (json) warnOfInvalidPath(path);
       if (!file) {
         std::cerr << "meridian: " << file.error().message() << '\n';
-        status = refused;
+        status = failed;
       }
       if (json) {
         documents.push_back(file ? asJson(path, **file) : asJson(path, file.error()));
@@ -73,7 +73,7 @@ Status showLuts(const Arguments& arguments) {
       }
     } catch (const std::bad_alloc&) {
       std::cerr << "meridian: " << inQuotes(path) << " has more rows than fit into memory\n";
-      status = refused;
+      status = failed;
     }
   }
   if (json) printJson(documents);

@@ -19,7 +19,7 @@ namespace {
 
 #ifdef MERIDIAN_HAS_PLOTS
 
-/// Throws Refusal for values so large that nothing of the range from 0 to 1 would be visible.
+/// Throws CommandError for values so large that nothing of the range from 0 to 1 would be visible.
 void checkIsDrawable(const ParsedLutFile& lut) {
   constexpr double most = 1e5;
   const LutDescription description = describe(lut);
@@ -27,7 +27,7 @@ void checkIsDrawable(const ParsedLutFile& lut) {
   if (hasCodeValues || description.dimensions == LutDimensions::oneD) return;  // drawn on the scale from 0 to 1
   const double reach = std::max(std::fabs(description.lowValue), std::fabs(description.highValue));
   if (reach > most) {
-    throw Refusal("the values of the LUT reach " + shortestDecimalText(reach) + "; the largest that can be drawn is " +
+    throw CommandError("the values of the LUT reach " + shortestDecimalText(reach) + "; the largest that can be drawn is " +
                   shortestDecimalText(most));
   }
 }
@@ -49,7 +49,7 @@ Status plotToFile(const Arguments& arguments) {
 #else
 
 Status plotToFile(const Arguments& /*arguments*/) {
-  throw Refusal("this build of meridian cannot draw: it was built without cairo");
+  throw CommandError("this build of meridian cannot draw: it was built without cairo");
 }
 
 #endif

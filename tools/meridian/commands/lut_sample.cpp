@@ -85,7 +85,7 @@ Status convertSamples(const Arguments& arguments) {
     const auto result =
         lut->inputConverter().convertIfPossible(sample.red, sample.green, sample.blue, depths.input, depths.output);
     if (!result) {
-      throw Refusal("sample " + std::to_string(results.size() + 1) + " (" + std::to_string(sample.red) + ", " +
+      throw CommandError("sample " + std::to_string(results.size() + 1) + " (" + std::to_string(sample.red) + ", " +
                     std::to_string(sample.green) + ", " + std::to_string(sample.blue) +
                     ") has no code value: " + reasonFor(describe(*lut), sample, depths));
     }
