@@ -216,7 +216,7 @@ std::optional<std::string> MediaAnalysisCLIWarning::suggestion() const {
 
 std::string MediaAnalysisCLIWarning::message() const {
   const auto nearest = suggestion();
-  return detail::messageOf(place, text(), value ? inQuotes(*value) : "", {},
+  return detail::messageOf(place, text(), value ? inQuotes(*value) : "", std::error_code(),
                            nearest ? "did you mean " + *nearest + "?" : std::string(remedy()));
 }
 

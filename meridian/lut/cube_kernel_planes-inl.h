@@ -214,9 +214,9 @@ void storePlanes(const Planes<Plane>& planes, std::size_t channelCount, std::siz
 
 #endif  // MERIDIAN_HAS_VECTORS
 
-    // NOLINTEND(modernize-avoid-c-arrays)
+// NOLINTEND(modernize-avoid-c-arrays)
 
-  }  // namespace
+}  // namespace
 }  // namespace meridian::inline v0_2::detail::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -11,9 +11,6 @@
 namespace meridian::inline v0_2::detail {
 namespace {
 
-/// Zeros after the bytes of a buffer, which end every number.
-constexpr std::size_t padding = 16;
-
 /// Consecutive pieces of an overlong line overlap by this much, so that a keyword across both is found.
 constexpr std::size_t overlap = 64;
 
@@ -59,10 +56,10 @@ class LineCutter {
 
   void run() {
     while (true) {
-      buffer_.resize(kept_ + limits_.chunk + padding);
+      buffer_.resize(kept_ + limits_.chunk + 1);
       const std::size_t count = source_({buffer_.data() + kept_, limits_.chunk});
       const std::size_t filled = kept_ + count;
-      std::memset(buffer_.data() + filled, 0, padding);
+      buffer_[filled] = '\0';  // ends every number
       std::size_t begin = 0;
       if (read_ == 0 && std::string_view(buffer_.data(), filled).starts_with("\xef\xbb\xbf")) begin = 3;
       read_ += count;

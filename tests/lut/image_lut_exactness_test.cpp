@@ -176,6 +176,28 @@ TEST(ImageLutExactness, FlatRegionsBeginWhereTheDefinitionSaysSo) {
   EXPECT_GT(found, 3);
 }
 
+TEST(ImageLutExactness, ACellWithOneDifferentCornerIsNotFlat) {
+  // All points are 1 but the middle one, which is each of the eight corners in one of the cells around it. It differs
+  // by so little that single precision truncates many results to white, and the definition to one code value less.
+  auto colors = test::cubeColors(3, [](double, double, double) { return LutColor{1, 1, 1}; });
+  const double middle = 1 - 0x1p-40;
+  colors[13] = {middle, middle, middle};
+  const auto file = test::cubeFile(colors);
+  std::mt19937 random(73);
+  std::vector<std::uint16_t> source(3 * 4096);
+  for (std::uint16_t& sample : source) sample = static_cast<std::uint16_t>(random());
+  for (const auto interpolation : allCases<LutInterpolation>()) {
+    const auto lut =
+        ImageLut::forCodeValues(*file, 16, 16, {.interpolation = interpolation, .domain = LutInputDomain::declared});
+    test::onEveryInstructionSet([&] {
+      std::vector<std::uint16_t> result(source.size());
+      ASSERT_TRUE(lut->apply(ImageView<const std::uint16_t>::packed(ImageLayout::rgb, source.data(), 4096, 1),
+                             ImageView<std::uint16_t>::packed(ImageLayout::rgb, result.data(), 4096, 1)));
+      expectDefinition(*lut, source, result);
+    });
+  }
+}
+
 TEST(ImageLutExactness, AnAxisEndsExactlyWhereItsHighestValueIs) {
   // The highest value is exact in single precision and yet long, its result just above an integer, its slope steep.
   constexpr int face = 40;

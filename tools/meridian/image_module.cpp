@@ -13,8 +13,8 @@ const ImageFileModule& imageFileModule() {
   const auto symbol = moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
   if (!symbol) {
     throw CommandError(
-        "this installation of meridian cannot read and write images: it was built without OpenImageIO, or "
-        "the module is missing: " +
+        "this installation of meridian cannot read and write images: it was built without OpenImageIO, or the module "
+        "is missing: " +
         printable(symbol.error()));
   }
   return *reinterpret_cast<Entry>(*symbol)();

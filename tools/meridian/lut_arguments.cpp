@@ -1,6 +1,5 @@
 #include "tools/meridian/lut_arguments.h"
 
-#include "meridian/base/printable.h"
 #include "meridian/suite/logger.h"
 #include "tools/meridian/output.h"
 
@@ -22,9 +21,7 @@ Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLut(const std::str
 }
 
 std::unique_ptr<const ParsedLutFile> readLut(const Arguments& arguments) {
-  auto file = parseLut(*arguments.value("lut"));
-  if (!file) throw CommandError(file.error().message());
-  return *std::move(file);
+  return valueOf(parseLut(*arguments.value("lut")));
 }
 
 Option lutFileOption() {
