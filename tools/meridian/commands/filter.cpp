@@ -153,7 +153,7 @@ Subcommand filterCommand() {
             .severalTimes = true},
            {.kind = value,
             .name = "only-ext",
-            .help = "Ignore files without this extension; may be given several times, to copy several",
+            .help = "Copy only files with this extension; may be given several times",
             .valueName = "E",
             .severalTimes = true},
            {flag, "ignore-hidden", "Ignore hidden items: those with a leading dot"},
