@@ -50,6 +50,8 @@ TEST(ItemFilter, DecidesByTheFirstRuleThatApplies) {
   std::filesystem::create_directory(root + "/footage.mov");
   for (const char* const name : {"clip.MOV", ".mov", "clip.mxf", ".ds_store", "clipmov", "clip.tar.gz", "x.STRASSE"})
     folder.write(name, "");
+  std::filesystem::create_symlink("nowhere", root + "/.dangling");
+  std::filesystem::create_directory_symlink(root, root + "/link.mov");
   const std::vector<std::string> defaults(defaultForceIgnorePathComponents.begin(),
                                           defaultForceIgnorePathComponents.end());
   using Settings = ItemFilterSettings;
@@ -66,6 +68,8 @@ TEST(ItemFilter, DecidesByTheFirstRuleThatApplies) {
       {"footage.mov", {.extensionFilterList = {"mov"}}, {false, directory}},
       {"footage.mov", {.extensionFilterList = {"mxf"}, .filteringOption = onlyListed}, {false, directory}},
       {".mov", {.extensionFilterList = {"mov"}, .ignoreHiddenItems = true}, {true, hidden}},
+      {".dangling", {.ignoreHiddenItems = true}, {true, hidden}},
+      {"link.mov", {.extensionFilterList = {"mov"}}, {false, directory}},
       {".missing", {.ignoreHiddenItems = true}, {false, noExtensions}},
       {".mov", {.extensionFilterList = {"mov"}}, {true, extension}},
       {"clip.MOV", {.extensionFilterList = {".mov"}}, {true, extension}},
