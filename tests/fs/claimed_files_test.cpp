@@ -122,6 +122,9 @@ TEST_F(ClaimedFiles, AreAllCreatedOrNone) {
       {"missing directory",
        claimConsistentFiles(std::vector{url("a"), url("z"), url("b")}, "clip", Texts{"mov", "xml"}), Code::notCreated,
        path("z/clip.mov"), std::errc::no_such_file_or_directory},
+      // Files are created in the order of their paths.
+      {"two missing directories", claimFileAmongstDirectories("clip", std::vector{url("z"), url("y")}),
+       Code::notCreated, path("y/clip"), std::errc::no_such_file_or_directory},
       {"missing directory for a name", claimFileAmongstDirectories("clip", std::vector{url("a"), url("z")}),
        Code::notCreated, path("z/clip"), std::errc::no_such_file_or_directory},
       {"missing directory for a path", claimFile(url("z/clip.mov")), Code::notCreated, path("z/clip.mov"),
