@@ -149,6 +149,7 @@ TEST_F(ClaimedFiles, AreAllCreatedOrNone) {
        "https://host/clip.mov"},
       {"NUL in a path", claimFile(url(std::string("c\0.mov", 6))), Code::unusableName, path(std::string("c\0.mov", 6))},
       {"empty name", claimConsistentFiles(good, "", Texts{"mov"}), Code::unusableName, ""},
+      {"empty name with an extension", claimFileAmongstDirectories("", good, "mov"), Code::unusableName, ""},
       {"empty path", claimFile(Url::fromFilePath("")), Code::unusableName, ""},
       {"root", claimFile(Url::fromFilePath("/")), Code::unusableName, "/"},
   };

@@ -286,8 +286,7 @@ TEST(TreeWalk, IsNotLimitedByTheLengthOfAPath) {
       [](const TreeWalkError& error) { ADD_FAILURE() << error.place.size() << " " << error.systemError.message(); });
   EXPECT_THAT(counts, ElementsAre(Pair("down", depth), Pair("file", 1667), Pair("side", 1667), Pair("to side", 1667)));
   EXPECT_GE(longest, root.size() + 5UL * depth);
-  EXPECT_GT(mostOpen, before + 10);
-  EXPECT_LE(mostOpen, before + 34);
+  EXPECT_EQ(mostOpen, before + 33);  // and one more while a directory is entered
   EXPECT_EQ(openDescriptors(), before);
 
   EXPECT_EQ(test::run({"rm", "-rf", root}).status, 0);  // std::filesystem needs a descriptor for each level
