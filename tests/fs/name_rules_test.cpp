@@ -29,8 +29,8 @@ TEST(NameRules, DecideOnEveryByte) {
 
 TEST(NameRules, TellNamesOfFiles) {
   const std::string withNul("a\0.mov", 6);
-  for (const std::string& name : {"clip.mov", "...", ".a", " ", "-", "\xff"}) {
-    EXPECT_TRUE(isFileName(name) && pathNamesFile(name) && pathNamesFile("/out/" + name)) << name;
+  for (const std::string_view name : {"clip.mov", "...", ".a", " ", "-", "\xff"}) {
+    EXPECT_TRUE(isFileName(name) && pathNamesFile(name) && pathNamesFile("/out/" + std::string(name))) << name;
   }
   for (const std::string& name : {std::string(), std::string("."), std::string(".."), withNul}) {
     EXPECT_FALSE(isFileName(name) || pathNamesFile(name) || pathNamesFile("/out/" + name)) << name;
