@@ -1,4 +1,4 @@
-// Deciding on items that a copying application found in a folder, with no question to the file system.
+// Deciding on items found in a directory, without asking the file system.
 #include <benchmark/benchmark.h>
 
 #include <array>

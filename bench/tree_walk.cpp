@@ -1,4 +1,4 @@
-// Walking through a tree with a filter on, beside the standard library's iterator alone.
+// Walking a filtered tree, compared with the standard library's iterator without a filter.
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
@@ -13,14 +13,14 @@ namespace {
 
 constexpr int fileCount = 100000;
 
-/// A folder of folders with so many files each; in memory where that is possible, so that the disk is not measured.
+/// A directory of directories with so many files each; in memory if possible, so that the disk is not measured.
 class Tree {
  public:
-  explicit Tree(int filesPerFolder)
+  explicit Tree(int filesPerDirectory)
       : folder_(std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path()) {
     for (int file = 0; file < fileCount; ++file) {
-      const std::string name = "A" + std::to_string(1000 + file / filesPerFolder) + "CARD";
-      if (file % filesPerFolder == 0) std::filesystem::create_directory(folder_.path() / name);
+      const std::string name = "A" + std::to_string(1000 + file / filesPerDirectory) + "CARD";
+      if (file % filesPerDirectory == 0) std::filesystem::create_directory(folder_.path() / name);
       folder_.write(name + "/" + name + "_C" + std::to_string(100000 + file) + (file % 4 == 0 ? ".XML" : ".mov"), "");
     }
   }
@@ -46,16 +46,16 @@ void walkMeridian(benchmark::State& state, const Tree& tree) {
       {.extensionFilterList = {"xml", "thm", "jpg"},
        .ignoreHiddenItems = true,
        .forcePathComponents = {defaultForceIgnorePathComponents.begin(), defaultForceIgnorePathComponents.end()}});
-  const Url folder = Url::fromFilePath(tree.path());
+  const Url directory = Url::fromFilePath(tree.path());
   const AllocationsPerIteration allocations(state);
   for (auto _ : state) {
     int copied = 0;
     walkTree(
-        folder, filter,
+        directory, filter,
         [&copied](const TreeItem& item, bool& /*stop*/) {
           if (item.kind == ItemKind::file && !item.decision.isIgnored) ++copied;
         },
-        [&state](const UnreadItem& item) { state.SkipWithError(item.reason.message().c_str()); });
+        [&state](const TreeWalkError& error) { state.SkipWithError(error.message().c_str()); });
     if (copied != fileCount / 4 * 3) state.SkipWithError("the walk lost items");
   }
 }
@@ -78,10 +78,12 @@ void walkCardsStandard(benchmark::State& state) { walkStandard(state, cardTree()
 BENCHMARK(walkCardsStandard)->Name("walk/100000/recursive_directory_iterator")->Unit(benchmark::kMillisecond);
 
 void walkFlat(benchmark::State& state) { walkMeridian(state, flatTree()); }
-BENCHMARK(walkFlat)->Name("walk_one_folder/100000/meridian")->Unit(benchmark::kMillisecond);
+BENCHMARK(walkFlat)->Name("walk_one_directory/100000/meridian")->Unit(benchmark::kMillisecond);
 
 void walkFlatStandard(benchmark::State& state) { walkStandard(state, flatTree()); }
-BENCHMARK(walkFlatStandard)->Name("walk_one_folder/100000/recursive_directory_iterator")->Unit(benchmark::kMillisecond);
+BENCHMARK(walkFlatStandard)
+    ->Name("walk_one_directory/100000/recursive_directory_iterator")
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace meridian::bench

@@ -1,111 +1,104 @@
 #include "meridian/fs/claimed_files.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
+#include "meridian/base/printable.h"
+#include "meridian/fs/name_rules.h"
 #include "meridian/fs/name_schemes.h"
 #include "meridian/platform/exclusive_file.h"
 #include "meridian/platform/file_queries.h"
-#include "meridian/platform/posix_calls.h"
 
 namespace meridian::inline v0_2 {
 namespace {
 
-/// Makes the files of one claim.
-class FileMaker {
+using Claim = Expected<std::vector<ClaimedFile>, ClaimError>;
+
+ClaimError errorOf(ClaimErrorCode code, std::string_view place, const std::error_code& systemError = {}) {
+  return {{code, std::string(place), {}, systemError}, {}};
+}
+
+/// Creates the files of one claim.
+class FileCreator {
  public:
-  /// Whether one of the paths is taken; where none is, their files are made. After a refusal none counts as taken,
-  /// since no other number would help.
+  /// Returns true if one of the paths is in use; otherwise creates their files. Returns false after an error, too: no
+  /// other number would help.
   bool areTaken(std::span<const std::string> paths) {
-    // Names that were taken long ago are passed over without making and removing files.
+    // Skips names that have long been in use without creating and removing files.
     if (std::ranges::any_of(paths, nameIsTaken)) return true;
-    // One order for all processes: of two that want the same files one gets them all, and not each the other's last.
+    // All processes create files in the same order: of two that want the same files one gets all of them.
     std::vector<std::string> ordered(paths.begin(), paths.end());
     std::ranges::sort(ordered);
-    made_.reserve(ordered.size());
+    created_.reserve(ordered.size());
     for (std::string& path : ordered) {
       const auto identity = createExclusiveFile(path);
       if (!identity) {
-        if (identity.error() != std::errc::file_exists) {
-          refuse(reasonOf(identity.error()), path, identity.error());
-        } else if (isMade(path)) {
-          refuse(ClaimRefusalReason::sameFile, path, {});
+        if (identity.error() == std::errc::filename_too_long) {
+          error_ = errorOf(ClaimErrorCode::nameTooLong, path, identity.error());
+        } else if (identity.error() != std::errc::file_exists) {
+          error_ = errorOf(ClaimErrorCode::notCreated, path, identity.error());
+        } else if (isCreated(path)) {
+          error_ = errorOf(ClaimErrorCode::sameFile, path);
         }
-        removeMade();
-        return !refusal_;
+        removeCreated();
+        return !error_;
       }
-      made_.push_back({std::move(path), *identity});
+      created_.push_back({std::move(path), *identity});
     }
     return false;
   }
 
-  [[nodiscard]] const std::optional<ClaimRefusal>& refusal() const noexcept { return refusal_; }
+  [[nodiscard]] const std::optional<ClaimError>& error() const noexcept { return error_; }
 
  private:
-  struct MadeFile {
+  struct CreatedFile {
     std::string path;
     FileIdentity identity;
   };
 
-  static ClaimRefusalReason reasonOf(const std::error_code& error) {
-    return error == std::errc::filename_too_long ? ClaimRefusalReason::nameTooLong : ClaimRefusalReason::notMade;
-  }
-
-  /// Whether a file of this claim has the path as another of its names.
-  [[nodiscard]] bool isMade(const std::string& path) const {
+  /// Returns true if a file of this claim also has this path.
+  [[nodiscard]] bool isCreated(const std::string& path) const {
     const auto identity = fileIdentity(path);
-    return identity && std::ranges::find(made_, *identity, &MadeFile::identity) != made_.end();
+    return identity && std::ranges::find(created_, *identity, &CreatedFile::identity) != created_.end();
   }
 
-  void refuse(ClaimRefusalReason reason, const std::string& path, const std::error_code& error) {
-    refusal_ = ClaimRefusal{reason, Url::fromFilePath(path), error, {}};
-  }
-
-  void removeMade() {
-    for (const MadeFile& file : made_) {
+  void removeCreated() {
+    for (const CreatedFile& file : created_) {
       const std::error_code error = removeEmptyFile(file.path, file.identity);
       if (!error) continue;
-      if (!refusal_) refuse(ClaimRefusalReason::notRemoved, file.path, error);
-      refusal_->leftBehind.push_back(Url::fromFilePath(file.path));
+      if (!error_) error_ = errorOf(ClaimErrorCode::notRemoved, file.path, error);
+      error_->leftBehind.push_back(Url::fromFilePath(file.path));
     }
-    made_.clear();
+    created_.clear();
   }
 
-  std::vector<MadeFile> made_;
-  std::optional<ClaimRefusal> refusal_;
+  std::vector<CreatedFile> created_;
+  std::optional<ClaimError> error_;
 };
 
-/// The claim of the first paths of the scheme that can be had.
+/// Creates the files at the first paths of the scheme that are unused.
 template <typename Scheme>
-FileClaim claimOf(const Scheme& scheme) {
-  FileMaker maker;
+Claim claimOf(const Scheme& scheme) {
+  FileCreator creator;
   const std::string suffix =
-      detail::freeSuffix(scheme, [&maker](std::span<const std::string> paths) { return maker.areTaken(paths); });
-  FileClaim claim{{}, maker.refusal()};
-  if (claim.refusal) return claim;
-  for (std::string& path : scheme.paths(suffix)) claim.files.push_back({Url::fromFilePath(std::move(path)), {}});
-  return claim;
+      detail::unusedSuffix(scheme, [&creator](std::span<const std::string> paths) { return creator.areTaken(paths); });
+  if (creator.error()) return Unexpected(*creator.error());
+  std::vector<ClaimedFile> files;
+  for (std::string& path : scheme.paths(suffix)) files.push_back({Url::fromFilePath(std::move(path)), {}});
+  return files;
 }
 
-FileClaim refusalOfName(std::string_view name) {
-  return {{}, ClaimRefusal{ClaimRefusalReason::unusableName, Url::fromFilePath(std::string(name)), {}, {}}};
+Claim unusableName(std::string_view name) { return Unexpected(errorOf(ClaimErrorCode::unusableName, name)); }
+
+Expected<void, ClaimError> checkFileUrls(std::span<const Url> urls) {
+  const auto other = std::ranges::find_if_not(urls, &Url::isFile);
+  if (other == urls.end()) return {};
+  return Unexpected(errorOf(ClaimErrorCode::notAFileUrl, other->text()));
 }
 
-/// Whether a file can have the name.
-bool isFileName(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." &&
-         name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
-}
-
-/// The refusal of the first directory that is no file address; absent where all are.
-std::optional<FileClaim> refusalOfDirectories(std::span<const Url> directories) {
-  const auto unusable = std::ranges::find_if_not(directories, &Url::isFile);
-  if (unusable == directories.end()) return std::nullopt;
-  return FileClaim{{}, ClaimRefusal{ClaimRefusalReason::noFileAddress, *unusable, {}, {}}};
-}
-
-/// The directories without those that lead to the folder of another before them, where a file would be in its own way.
-std::vector<Url> distinctFolders(std::span<const Url> directories) {
+/// Returns the directories without those that are the same as an earlier one, where a file would collide with itself.
+std::vector<Url> distinctDirectories(std::span<const Url> directories) {
   std::vector<Url> distinct;
   std::vector<FileIdentity> identities;
   for (const Url& directory : directories) {
@@ -119,42 +112,43 @@ std::vector<Url> distinctFolders(std::span<const Url> directories) {
 
 }  // namespace
 
-std::string ClaimRefusal::message() const {
-  std::string text(description(reason));
-  if (systemError) text += ": " + systemError.message();
-  if (!leftBehind.empty()) text += " (empty files left behind: " + std::to_string(leftBehind.size()) + ")";
+std::string ClaimError::message() const {
+  std::string text = Error::message();
+  if (leftBehind.empty()) return text;
+  text += "; left behind, empty:";
+  for (const Url& url : leftBehind) text += " " + inQuotes(url.path());
   return text;
 }
 
-FileClaim claimFile(const Url& path) {
-  if (auto refusal = refusalOfDirectories({&path, 1})) return *std::move(refusal);
-  if (!isFileName(path.lastPathComponent()) || path.path().ends_with('/') || detail::holdsNul(path.path()))
-    return refusalOfName(path.path());
+Claim claimFile(const Url& path) {
+  if (const auto checked = checkFileUrls({&path, 1}); !checked) return Unexpected(checked.error());
+  if (!pathNamesFile(path.path())) return unusableName(path.path());
   return claimOf(detail::PathScheme(path));
 }
 
-FileClaim claimFileAmongstDirectories(std::string_view baseName, std::span<const Url> directories,
-                                      std::optional<std::string_view> pathExtension) {
-  if (auto refusal = refusalOfDirectories(directories)) return *std::move(refusal);
-  const std::vector<Url> folders = distinctFolders(directories);
-  const detail::NameScheme scheme(baseName, folders, pathExtension);
-  if (baseName.empty()) return refusalOfName(baseName);
-  if (const std::string name = scheme.name({}); !isFileName(name)) return refusalOfName(name);
+Claim claimFileAmongstDirectories(std::string_view baseName, std::span<const Url> directories,
+                                  std::optional<std::string_view> pathExtension) {
+  if (const auto checked = checkFileUrls(directories); !checked) return Unexpected(checked.error());
+  const std::vector<Url> distinct = distinctDirectories(directories);
+  const detail::NameScheme scheme(baseName, distinct, pathExtension);
+  if (baseName.empty()) return unusableName(baseName);
+  if (const std::string name = scheme.name({}); !isFileName(name)) return unusableName(name);
   return claimOf(scheme);
 }
 
-FileClaim claimConsistentFiles(std::span<const Url> directories, std::string_view fileName,
-                               std::span<const std::string> extensions) {
-  if (auto refusal = refusalOfDirectories(directories)) return *std::move(refusal);
-  const std::vector<Url> folders = distinctFolders(directories);
-  const detail::SetScheme scheme(folders, fileName, extensions);
-  if (fileName.empty()) return refusalOfName(fileName);
+Claim claimConsistentFiles(std::span<const Url> directories, std::string_view fileName,
+                           std::span<const std::string> extensions) {
+  if (const auto checked = checkFileUrls(directories); !checked) return Unexpected(checked.error());
+  const std::vector<Url> distinct = distinctDirectories(directories);
+  const detail::SetScheme scheme(distinct, fileName, extensions);
+  if (fileName.empty()) return unusableName(fileName);
   for (const std::string& extension : extensions) {
-    if (const std::string name = scheme.name({}, extension); !isFileName(name)) return refusalOfName(name);
+    if (const std::string name = scheme.name({}, extension); !isFileName(name)) return unusableName(name);
   }
-  FileClaim claim = claimOf(scheme);
-  for (std::size_t place = 0; place < claim.files.size(); ++place) {
-    claim.files[place].extension = scheme.extensions()[place % scheme.extensions().size()];
+  Claim claim = claimOf(scheme);
+  if (!claim) return claim;
+  for (std::size_t place = 0; place < claim->size(); ++place) {
+    (*claim)[place].extension = scheme.extensions()[place % scheme.extensions().size()];
   }
   return claim;
 }

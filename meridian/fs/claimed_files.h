@@ -1,9 +1,14 @@
-// Output files made under names that nothing has: as free names, but of several processes each gets names of its own.
-//
-// A name is taken when anything has it, a link that leads nowhere too. A name that another process takes in the
-// meantime is taken as well, and counting goes on. The files are empty and closed. Files that belong together are all
-// made or none: what was made is removed again, unless the process or its memory ends on the way or
-// somebody wrote to it.
+/// \file
+/// Creates output files under unused names, so that several processes never get the same name. For example:
+///
+///     const auto files = claimFile(Url::fromFilePath("/out/clip.mov"));
+///     if (!files) return report(files.error().message());
+///     files->front().url.path();  // "/out/clip.mov", or "/out/clip 2.mov" if that name was in use
+///
+/// The files are empty and closed, with the permissions of any new file. A name is in use if anything has it, also a
+/// link that leads nowhere; if another process takes the name in the meantime, the next number is tried. The files of a
+/// set are all created or none: if one fails, those already created are removed, unless the process ends first or
+/// somebody has written to them.
 #pragma once
 
 #include <cstdint>
@@ -11,81 +16,68 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "meridian/base/enumeration.h"
+#include "meridian/base/error.h"
+#include "meridian/base/expected.h"
 #include "meridian/export.h"
 #include "meridian/platform/url.h"
 
 namespace meridian::inline v0_2 {
 
-enum class ClaimRefusalReason : std::uint8_t {
-  noFileAddress,
-  unusableName,
-  nameTooLong,
-  notMade,
-  sameFile,
-  notRemoved
-};
+enum class ClaimErrorCode : std::uint8_t { notAFileUrl, unusableName, nameTooLong, notCreated, sameFile, notRemoved };
 
 template <>
-struct EnumerationTable<ClaimRefusalReason> {
-  static constexpr auto rows = std::to_array<EnumerationRow<ClaimRefusalReason>>({
-      {ClaimRefusalReason::noFileAddress, "noFileAddress", "it is not the address of a file"},
-      {ClaimRefusalReason::unusableName, "unusableName",
-       "it names no file: a file's name is not empty, \".\" or \"..\", and holds neither a separator nor a NUL"},
-      {ClaimRefusalReason::nameTooLong, "nameTooLong",
-       "its name, with number and extension, or its whole path is too long for its volume"},
-      {ClaimRefusalReason::notMade, "notMade", "it cannot be made"},
-      {ClaimRefusalReason::sameFile, "sameFile", "its volume takes its name for that of another file of the set"},
-      {ClaimRefusalReason::notRemoved, "notRemoved",
-       "it was made for a set that did not come about, and cannot be removed"},
+struct EnumerationTable<ClaimErrorCode> {
+  static constexpr auto rows = std::to_array<ErrorRow<ClaimErrorCode>>({
+      {ClaimErrorCode::notAFileUrl, "notAFileUrl", "is not the URL of a file", "use a file URL"},
+      {ClaimErrorCode::unusableName, "unusableName", "does not name a file",
+       "use a name that is not empty, \".\" or \"..\", without separators and NUL bytes"},
+      {ClaimErrorCode::nameTooLong, "nameTooLong", "is too long for its volume, as a name or as a path",
+       "use a shorter name; it is not shortened to make room for a number"},
+      {ClaimErrorCode::notCreated, "notCreated", "cannot be created",
+       "check that its directory exists and is writable, and that the volume has space"},
+      {ClaimErrorCode::sameFile, "sameFile", "is the same name as another of the set on this volume",
+       "use extensions that differ in more than case"},
+      {ClaimErrorCode::notRemoved, "notRemoved", "was created for a set that is not complete, and cannot be removed",
+       "remove it by hand"},
   });
 };
 
-/// Why no files were made.
-struct ClaimRefusal {
-  ClaimRefusalReason reason = ClaimRefusalReason::notMade;
-  /// The file that it is about; a name that cannot be used; an address that is no file's.
-  Url url;
-  /// What the system said.
-  std::error_code systemError;
-  /// Files that were made and could not be removed again.
-  std::vector<Url> leftBehind;
+/// Says why no files were created. The place is the path, the name or the URL that the error is about.
+struct ClaimError : Error<ClaimErrorCode> {
+  /// Empty files that were created and could not be removed again.
+  std::vector<Url> leftBehind{};
 
-  /// The reason for a person, with the system's words: "it cannot be made: No such file or directory".
+  /// Returns the whole error for a person, with the files left behind; safe for a terminal.
   [[nodiscard]] MERIDIAN_API std::string message() const;
+
+  friend bool operator==(const ClaimError&, const ClaimError&) = default;
 };
 
-/// A file that was made, and for which extension of a set; with none for a single name.
 struct ClaimedFile {
   Url url;
+  /// The extension that the file was asked for as part of a set; empty for a single name.
   std::string extension;
 };
 
-/// What was made, or why nothing was. Of the two one is there, or neither where nothing was asked for.
-struct FileClaim {
-  std::vector<ClaimedFile> files;
-  std::optional<ClaimRefusal> refusal;
-};
+/// Creates the file that `filePathAdjustedForCollision` names. A path with a trailing separator names a directory and
+/// is an error.
+[[nodiscard]] MERIDIAN_API Expected<std::vector<ClaimedFile>, ClaimError> claimFile(const Url& path);
 
-/// Makes the file that `filePathAdjustedForCollision` names. A path with a separator at its end names a folder and is
-/// refused.
-[[nodiscard]] MERIDIAN_API FileClaim claimFile(const Url& path);
+/// Creates a file in each of the directories, in their order, under the name that
+/// `lastPathComponentAdjustedForCollision` returns. Directories that are the same, also through links, get one file.
+/// Without directories nothing is created.
+[[nodiscard]] MERIDIAN_API Expected<std::vector<ClaimedFile>, ClaimError> claimFileAmongstDirectories(
+    std::string_view baseName, std::span<const Url> directories,
+    std::optional<std::string_view> pathExtension = std::nullopt);
 
-/// Makes a file of one name in each of the directories, in their order: the name that
-/// `lastPathComponentAdjustedForCollision` gives. A folder that two directories lead to gets one file; without
-/// directories none is made.
-[[nodiscard]] MERIDIAN_API FileClaim
-claimFileAmongstDirectories(std::string_view baseName, std::span<const Url> directories,
-                            std::optional<std::string_view> pathExtension = std::nullopt);
-
-/// Makes a file for each extension in each of the directories, by the names of
-/// `consistentFilePathsAdjustedForCollisionAcrossDirectories`; in the order of the directories, within one of the
-/// extensions. A folder that two directories lead to counts once, and so does a repeated extension. Where a volume
-/// takes two of the names for one, as it may take "clip.mov" and "clip.MOV", nothing is made.
-[[nodiscard]] MERIDIAN_API FileClaim claimConsistentFiles(std::span<const Url> directories, std::string_view fileName,
-                                                          std::span<const std::string> extensions);
+/// Creates a file for each extension in each of the directories, under the names of
+/// `consistentFilePathsAdjustedForCollisionAcrossDirectories`: directory by directory, and in each in the order of the
+/// extensions. Directories that are the same, also through links, count once, and so do repeated extensions. It is an
+/// error if a volume gives two of the names to one file, as it may for "clip.mov" and "clip.MOV".
+[[nodiscard]] MERIDIAN_API Expected<std::vector<ClaimedFile>, ClaimError> claimConsistentFiles(
+    std::span<const Url> directories, std::string_view fileName, std::span<const std::string> extensions);
 
 }  // namespace meridian::inline v0_2

@@ -1,10 +1,11 @@
 #include "meridian/fs/extension_filter.h"
 
+#include "meridian/fs/name_rules.h"
+
 namespace meridian::inline v0_2 {
 
 bool ExtensionFilter::permitsExtension(std::string_view extension) const {
-  if (extension.starts_with('.')) extension.remove_prefix(1);
-  const auto known = fileExtensionIgnoringCase(extension);
+  const auto known = fileExtensionIgnoringCase(deletingPrefix(extension, "."));
   return known ? explicitPermittedExtensions.contains(*known) : evaluateUnrecognizedExtensions;
 }
 

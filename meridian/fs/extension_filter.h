@@ -1,4 +1,10 @@
-// The extension filter of copy presets.
+/// \file
+/// The extension filter of copy presets. For example:
+///
+///     const ExtensionFilter filter{{FileExtension::mov}, true};
+///     filter.permitsExtension(".MOV");  // true: it is listed
+///     filter.permitsExtension("avi");   // false: the suite knows it, and it is not listed
+///     filter.permitsExtension("foo");   // true: the suite does not know it
 #pragma once
 
 #include <string_view>
@@ -8,13 +14,13 @@
 
 namespace meridian::inline v0_2 {
 
-/// Which extensions are copied: those listed, and on demand those that the suite does not know.
+/// Says which extensions are copied: the listed ones and, if asked for, those that the suite does not know.
 struct ExtensionFilter {
   FileExtensionSet explicitPermittedExtensions;
   bool evaluateUnrecognizedExtensions = false;
 
-  /// Whether files of the extension, with or without a dot before it, are copied. A known extension that is not listed
-  /// is refused even where unknown ones are permitted, on purpose.
+  /// Returns true if files of the extension, in any case and with or without a leading dot, are copied. A known
+  /// extension that is not listed is never copied, even if unknown ones are.
   [[nodiscard]] MERIDIAN_API bool permitsExtension(std::string_view extension) const;
 
   friend bool operator==(const ExtensionFilter&, const ExtensionFilter&) = default;

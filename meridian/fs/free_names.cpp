@@ -8,16 +8,16 @@ namespace meridian::inline v0_2 {
 namespace {
 
 template <typename Scheme>
-std::string suffixOfNoItem(const Scheme& scheme, ExistenceQuery exists) {
-  return freeSuffix(scheme,
-                    [exists](std::span<const std::string> paths) { return std::ranges::any_of(paths, exists); });
+std::string unusedSuffixOf(const Scheme& scheme, ExistenceQuery exists) {
+  return unusedSuffix(scheme,
+                      [exists](std::span<const std::string> paths) { return std::ranges::any_of(paths, exists); });
 }
 
 }  // namespace
 
 Url filePathAdjustedForCollision(const Url& path, ExistenceQuery exists) {
   const detail::PathScheme scheme(path);
-  const std::string suffix = suffixOfNoItem(scheme, exists);
+  const std::string suffix = unusedSuffixOf(scheme, exists);
   return suffix.empty() ? path : Url::fromFilePath(scheme.paths(suffix).front());
 }
 
@@ -26,7 +26,7 @@ std::string lastPathComponentAdjustedForCollision(std::string_view baseName, std
                                                   ExistenceQuery exists) {
   if (amongstDirectories.empty()) return std::string(baseName);
   const detail::NameScheme scheme(baseName, amongstDirectories, pathExtension);
-  return scheme.name(suffixOfNoItem(scheme, exists));
+  return scheme.name(unusedSuffixOf(scheme, exists));
 }
 
 UrlsByExtension consistentFilePathsAdjustedForCollision(const Url& outputDirectory, std::string_view fileName,
@@ -42,7 +42,7 @@ UrlsByExtension consistentFilePathsAdjustedForCollisionAcrossDirectories(std::sp
   UrlsByExtension urls;
   if (directories.empty()) return urls;
   const detail::SetScheme scheme(directories, fileName, extensions);
-  const std::string suffix = suffixOfNoItem(scheme, exists);
+  const std::string suffix = unusedSuffixOf(scheme, exists);
   for (const std::string& extension : scheme.extensions()) {
     urls.emplace(extension, directories.back().appendingPathComponent(scheme.name(suffix, extension)));
   }

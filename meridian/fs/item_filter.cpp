@@ -2,33 +2,32 @@
 
 #include <algorithm>
 #include <functional>
-#include <set>
+#include <optional>
 
 #include "meridian/base/ascii.h"
 #include "meridian/base/precondition.h"
 #include "meridian/base/text.h"
-#include "meridian/fs/url_operations.h"
+#include "meridian/fs/name_rules.h"
 #include "meridian/platform/file_queries.h"
 
 namespace meridian::inline v0_2 {
 namespace {
 
-/// The end of a lower-cased name that the entry of an extension list stands for.
-std::string patternOf(std::string_view extension) {
-  return (extension.starts_with('.') ? "" : ".") + lowercased(extension);
-}
+/// Returns what a lower-cased name ends with if it has the extension.
+std::string endingOf(std::string_view extension) { return "." + lowercased(deletingPrefix(extension, ".")); }
 
-bool isIgnoredByOption(ItemFilteringOption option, bool isListed) {
+/// Returns whether the option ignores a file; absent for an option that is not one of the cases.
+std::optional<bool> ignoresFile(ItemFilteringOption option, bool isListed) noexcept {
   switch (option) {
     case ItemFilteringOption::ignoreListedExtensions:
       return isListed;
     case ItemFilteringOption::onlyListedExtensions:
       return !isListed;
   }
-  preconditionFailed("item filtering option " + std::to_string(static_cast<int>(option)) + " is none of the cases");
+  return std::nullopt;
 }
 
-/// A name in the forms that it is compared in. For ASCII they are one and need no allocation.
+/// A name in the forms in which it is compared. For an ASCII name both are the same and need no allocation.
 class CaseForms {
  public:
   explicit CaseForms(std::string_view name) : name_(name) {
@@ -42,13 +41,13 @@ class CaseForms {
     isAscii_ = size == name.size() && bits < 0x80;
   }
 
-  /// Valid until the next form is asked for.
+  /// Returns the case folding; valid until the next call.
   [[nodiscard]] std::string_view folded() {
     if (isAscii_) return {ascii_.data(), name_.size()};
     return text_ = caseFolded(name_);
   }
 
-  /// Lower-cased, from the first dot on: that part alone is mostly ASCII. Valid likewise.
+  /// Returns the lower-cased name from its first dot on, which is mostly ASCII; valid until the next call.
   [[nodiscard]] std::string_view loweredEnd() {
     const std::size_t dot = std::min(name_.find('.'), name_.size());
     if (isAscii_) return std::string_view(ascii_.data(), name_.size()).substr(dot);
@@ -66,8 +65,8 @@ bool isAmong(const std::vector<std::string>& sorted, std::string_view text) {
   return std::binary_search(sorted.begin(), sorted.end(), text, std::less<>());
 }
 
-/// Whether the folding of a name can be among sorted ones, by its first character: most forced names begin with a dot,
-/// hardly any other does, and folding a whole name takes long where it is not ASCII.
+/// Returns false if the first character alone shows that the folded name is not among sorted ones. Most forced names
+/// begin with a dot and few other names do, and folding a whole name that is not ASCII is slow.
 bool mayBeAmong(const std::vector<std::string>& sortedFoldings, std::string_view name) {
   if (sortedFoldings.empty()) return false;
   if (name.empty() || static_cast<unsigned char>(name.front()) >= 0x80) return true;
@@ -76,16 +75,17 @@ bool mayBeAmong(const std::vector<std::string>& sortedFoldings, std::string_view
   return candidate != sortedFoldings.end() && candidate->starts_with(first);
 }
 
-/// Whether a name ends with one of the patterns, by what it holds from its first dot on: each pattern begins with one.
-bool endsWithAny(std::string_view lowered, const std::vector<std::string>& patterns) {
+/// Returns true if the lower-cased end of a name, from its first dot on, ends with one of the sorted endings. Each
+/// ending begins with a dot, so only the positions of dots are tried.
+bool endsWithAny(std::string_view lowered, const std::vector<std::string>& endings) {
   for (std::size_t dot = lowered.find('.'); dot != std::string_view::npos; dot = lowered.find('.', dot + 1)) {
-    if (isAmong(patterns, lowered.substr(dot))) return true;
+    if (isAmong(endings, lowered.substr(dot))) return true;
   }
   return false;
 }
 
-std::vector<std::string> sortedOnce(const std::vector<std::string>& texts,
-                                    FunctionRef<std::string(std::string_view)> form) {
+std::vector<std::string> sortedDistinct(const std::vector<std::string>& texts,
+                                        FunctionRef<std::string(std::string_view)> form) {
   std::vector<std::string> result;
   result.reserve(texts.size());
   for (const std::string& text : texts) result.push_back(form(text));
@@ -95,12 +95,12 @@ std::vector<std::string> sortedOnce(const std::vector<std::string>& texts,
   return result;
 }
 
-/// What the file system says of an item, asked at most once.
+/// Asks the file system about an item, at most once: an item that does not exist is not a directory.
 class ItemQuestions {
  public:
   explicit ItemQuestions(const Url& item) noexcept : path_(item.path()) {}
 
-  bool canBeRead() noexcept {
+  bool exists() noexcept {
     isMissing_ = !nameIsTaken(path_);
     return !isMissing_;
   }
@@ -113,75 +113,60 @@ class ItemQuestions {
 
 }  // namespace
 
-ItemDecision decisionBasedOnSettings(const Url& item, const ItemFilterSettings& settings) {
-  const std::string_view name = item.lastPathComponent();
-  for (const std::string& component : settings.forcePathComponents) {
-    if (equalsIgnoringCase(component, name)) return {true, ItemFilterRule::forcedComponent};
-  }
-  if (settings.ignoreHiddenItems && isHiddenItem(item) == true) return {true, ItemFilterRule::hidden};
-  if (isDirectory(item)) return {false, ItemFilterRule::directory};
-
-  std::set<std::string> patterns;
-  for (const std::string& extension : settings.extensionFilterList) patterns.insert(patternOf(extension));
-  if (patterns.empty()) return {false, ItemFilterRule::noExtensions};
-
-  const std::string lowered = lowercased(name);
-  const bool isListed =
-      std::ranges::any_of(patterns, [&lowered](const std::string& pattern) { return lowered.ends_with(pattern); });
-  return {isIgnoredByOption(settings.filteringOption, isListed), ItemFilterRule::extension};
-}
-
-bool shouldIgnoreBasedOnSettings(const Url& item, const ItemFilterSettings& settings) {
-  return decisionBasedOnSettings(item, settings).isIgnored;
-}
-
 ItemFilter::ItemFilter(const ItemFilterSettings& settings)
-    : forcedNames_(sortedOnce(settings.forcePathComponents, caseFolded)),
-      patterns_(sortedOnce(settings.extensionFilterList, patternOf)),
+    : forcedNames_(sortedDistinct(settings.forcePathComponents, caseFolded)),
+      endings_(sortedDistinct(settings.extensionFilterList, endingOf)),
       option_(settings.filteringOption),
       ignoresHidden_(settings.ignoreHiddenItems) {}
 
-bool ItemFilter::isIgnored(std::string_view name, Question canBeRead, Question isDirectory) const {
-  CaseForms forms(name);
-  if (mayBeAmong(forcedNames_, name) && isAmong(forcedNames_, forms.folded())) return true;
-  if (ignoresHidden_ && nameIsHidden(name) && canBeRead()) return true;
-  if (patterns_.empty()) return false;
-  const bool isListed = endsWithAny(forms.loweredEnd(), patterns_);
-  // What is copied be it a directory or not needs no question.
-  if (option_ == (isListed ? ItemFilteringOption::onlyListedExtensions : ItemFilteringOption::ignoreListedExtensions)) {
-    return false;
-  }
-  return !isDirectory() && isIgnoredByOption(option_, isListed);
-}
-
-ItemDecision ItemFilter::decision(std::string_view name, Question canBeRead, Question isDirectory) const {
+ItemDecision ItemFilter::decide(std::string_view name, Question exists, Question isDirectory, Wanted wanted) const {
   CaseForms forms(name);
   if (mayBeAmong(forcedNames_, name) && isAmong(forcedNames_, forms.folded()))
     return {true, ItemFilterRule::forcedComponent};
-  if (ignoresHidden_ && nameIsHidden(name) && canBeRead()) return {true, ItemFilterRule::hidden};
-  if (isDirectory()) return {false, ItemFilterRule::directory};
-  if (patterns_.empty()) return {false, ItemFilterRule::noExtensions};
-  return {isIgnoredByOption(option_, endsWithAny(forms.loweredEnd(), patterns_)), ItemFilterRule::extension};
+  if (ignoresHidden_ && nameIsHidden(name) && exists()) return {true, ItemFilterRule::hidden};
+
+  const std::optional<bool> isIgnoredAsFile =
+      endings_.empty() ? false : ignoresFile(option_, endsWithAny(forms.loweredEnd(), endings_));
+  // Directories are copied. If a file of this name is copied too, only the rule depends on which of the two it is.
+  const bool isDirectoryMatters = wanted == Wanted::rule || isIgnoredAsFile.value_or(true);
+  if (isDirectoryMatters && isDirectory()) return {false, ItemFilterRule::directory};
+  if (endings_.empty()) return {false, ItemFilterRule::noExtensions};
+  if (!isIgnoredAsFile) {
+    preconditionFailed("item filtering option " + std::to_string(static_cast<int>(option_)) +
+                       " is not one of the cases");
+  }
+  return {*isIgnoredAsFile, ItemFilterRule::extension};
 }
 
 bool ItemFilter::isIgnored(const Url& item) const {
   ItemQuestions questions(item);
-  return isIgnored(
-      item.lastPathComponent(), [&] { return questions.canBeRead(); }, [&] { return questions.isDirectory(); });
+  return decide(
+             item.lastPathComponent(), [&] { return questions.exists(); }, [&] { return questions.isDirectory(); },
+             Wanted::verdict)
+      .isIgnored;
 }
 
 ItemDecision ItemFilter::decision(const Url& item) const {
   ItemQuestions questions(item);
-  return decision(
-      item.lastPathComponent(), [&] { return questions.canBeRead(); }, [&] { return questions.isDirectory(); });
+  return decide(
+      item.lastPathComponent(), [&] { return questions.exists(); }, [&] { return questions.isDirectory(); },
+      Wanted::rule);
 }
 
 bool ItemFilter::isIgnored(std::string_view name, FunctionRef<bool()> isDirectory) const {
-  return isIgnored(name, [] { return true; }, isDirectory);
+  return decide(name, [] { return true; }, isDirectory, Wanted::verdict).isIgnored;
 }
 
 ItemDecision ItemFilter::decision(std::string_view name, FunctionRef<bool()> isDirectory) const {
-  return decision(name, [] { return true; }, isDirectory);
+  return decide(name, [] { return true; }, isDirectory, Wanted::rule);
+}
+
+ItemDecision decisionBasedOnSettings(const Url& item, const ItemFilterSettings& settings) {
+  return ItemFilter(settings).decision(item);
+}
+
+bool shouldIgnoreBasedOnSettings(const Url& item, const ItemFilterSettings& settings) {
+  return ItemFilter(settings).isIgnored(item);
 }
 
 }  // namespace meridian::inline v0_2

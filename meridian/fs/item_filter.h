@@ -1,4 +1,9 @@
-// The rule by which a copying application decides, item by item, what it leaves out.
+/// \file
+/// The filter by which a copying application decides, item by item, what it leaves out. For example:
+///
+///     const ItemFilter filter({.extensionFilterList = {"xml"}, .ignoreHiddenItems = true});
+///     filter.isIgnored(Url::fromFilePath("/card/A001.XML"));  // true, unless it is a directory
+///     filter.decision(Url::fromFilePath("/card/A001.mov"));   // {false, ItemFilterRule::extension}
 #pragma once
 
 #include <array>
@@ -15,20 +20,32 @@
 
 namespace meridian::inline v0_2 {
 
-/// Names to leave out everywhere, for an application that passes them as `forcePathComponents`. The first is written
-/// in capitals on purpose; names are compared without regard to case.
+/// Names that systems leave on volumes, for applications that pass them as `forcePathComponents`. The first one is
+/// written in capitals; names are compared without regard to case.
 inline constexpr std::array<std::string_view, 6> defaultForceIgnorePathComponents{
     ".DS_STORE", ".Spotlight-V100", "$RECYCLE.BIN", ".Trashes", ".TemporaryItems", ".fseventsd"};
 
 struct ItemFilterSettings {
-  /// Extensions in any case, with a dot before them or without one; several ("tar.gz") are one as well.
+  /// Extensions in any case, with or without a leading dot; an extension may have several parts ("tar.gz").
   std::vector<std::string> extensionFilterList = {};
   ItemFilteringOption filteringOption = ItemFilteringOption::ignoreListedExtensions;
   bool ignoreHiddenItems = false;
+  /// Names of items to ignore, in any case.
   std::vector<std::string> forcePathComponents = {};
 };
 
-/// The part of the rule that decided, in the order in which they are asked.
+/// The rules of the filter, in order. The first one that applies decides:
+///
+/// - forcedComponent: the last path component is among `forcePathComponents`; the item is ignored, even if it does not
+///   exist.
+/// - hidden: hidden items are ignored, and this one exists and is hidden; it is ignored.
+/// - directory: the item is a directory or a link to one; it is copied.
+/// - noExtensions: `extensionFilterList` is empty; the item is copied, whatever the option.
+/// - extension: the option decides by whether the name ends with a listed extension. The whole name counts, so ".mov"
+///   ends with "mov"; the empty extension matches names that end with a dot.
+///
+/// Names are compared by their Unicode case folding, extensions in lower case, and bytes that are not valid UTF-8 equal
+/// only themselves.
 enum class ItemFilterRule : std::uint8_t { forcedComponent, hidden, directory, noExtensions, extension };
 
 template <>
@@ -43,54 +60,50 @@ struct EnumerationTable<ItemFilterRule> {
 };
 
 struct ItemDecision {
-  /// Whether the item is not to be copied.
+  /// True if the item is not copied.
   bool isIgnored = false;
+  /// The rule that decided.
   ItemFilterRule rule = ItemFilterRule::noExtensions;
 
   friend constexpr bool operator==(const ItemDecision&, const ItemDecision&) = default;
 };
 
-/// Decides on one item. In this order: a last path component among the forced ones, without regard to case, is ignored;
-/// so is a hidden item where that is asked for; a directory, also one that a link leads to, never is; with no
-/// extensions listed nothing is; else the option says what becomes of names that end with a listed extension, without
-/// regard to case (a name that is only ".mov" ends with "mov"). An item that cannot be read is neither hidden nor a
-/// directory. An option that is none of the cases stops the process.
-[[nodiscard]] MERIDIAN_API ItemDecision decisionBasedOnSettings(const Url& item, const ItemFilterSettings& settings);
-
-/// Whether the item is not to be copied.
-[[nodiscard]] MERIDIAN_API bool shouldIgnoreBasedOnSettings(const Url& item, const ItemFilterSettings& settings);
-
-/// The same rule, prepared once for many items. It decides as `decisionBasedOnSettings`, asks the file system at most
-/// once for an item, and allocates nothing for a name that is ASCII. May be used from several threads at a time.
+/// Decides on any number of items. Construction prepares the settings; a decision then asks the file system at most
+/// once and allocates nothing for an ASCII name. An option that is not one of the cases terminates the process when the
+/// extension rule applies. Safe to use from several threads.
 class ItemFilter {
  public:
   MERIDIAN_API explicit ItemFilter(const ItemFilterSettings& settings);
 
-  /// Whether the item is not to be copied. The file system is asked only where that depends on it: for a name that a
-  /// dot begins where hidden items are ignored, and for one that would be ignored for its extension.
+  /// Returns true if the item is not copied. Asks the file system only if the answer depends on it: about a name with a
+  /// leading dot if hidden items are ignored, and about an item that would be ignored for its extension.
   [[nodiscard]] MERIDIAN_API bool isIgnored(const Url& item) const;
 
-  /// Whether it is, and by which rule. Unless its name decides, the file system is asked.
+  /// Returns whether the item is copied, and the rule that decided. Asks the file system unless the name decides.
   [[nodiscard]] MERIDIAN_API ItemDecision decision(const Url& item) const;
 
-  /// The same for an item that was found in a folder, by its name; having been found it counts as one that can be read,
-  /// where a folder that may be listed but not searched hides it from the other two. `isDirectory`, which follows
-  /// links, is called at most once, and only where the answer depends on it: a directory entry that knows its kind
-  /// needs no question.
+  /// Decides on an item that was found in a directory and therefore exists. `isDirectory` tells whether it is a
+  /// directory or a link to one; it is called at most once, and only if the answer depends on it.
   [[nodiscard]] MERIDIAN_API bool isIgnored(std::string_view name, FunctionRef<bool()> isDirectory) const;
   [[nodiscard]] MERIDIAN_API ItemDecision decision(std::string_view name, FunctionRef<bool()> isDirectory) const;
 
  private:
   using Question = FunctionRef<bool()>;
+  enum class Wanted { verdict, rule };
 
-  [[nodiscard]] bool isIgnored(std::string_view name, Question canBeRead, Question isDirectory) const;
-  [[nodiscard]] ItemDecision decision(std::string_view name, Question canBeRead, Question isDirectory) const;
+  [[nodiscard]] ItemDecision decide(std::string_view name, Question exists, Question isDirectory, Wanted wanted) const;
 
-  // Each sorted and without repeats: names in their case folding, and patterns as lower-cased names end with them.
+  // Sorted and distinct: case-folded names, and the endings that lower-cased names are compared with.
   std::vector<std::string> forcedNames_;
-  std::vector<std::string> patterns_;
+  std::vector<std::string> endings_;
   ItemFilteringOption option_;
   bool ignoresHidden_;
 };
+
+/// Decides on a single item; for several items an `ItemFilter` prepares the settings once.
+[[nodiscard]] MERIDIAN_API ItemDecision decisionBasedOnSettings(const Url& item, const ItemFilterSettings& settings);
+
+/// Returns true if the item is not copied.
+[[nodiscard]] MERIDIAN_API bool shouldIgnoreBasedOnSettings(const Url& item, const ItemFilterSettings& settings);
 
 }  // namespace meridian::inline v0_2

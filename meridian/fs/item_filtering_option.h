@@ -1,4 +1,8 @@
-// What a list of extensions means to a copying application.
+/// \file
+/// What a list of extensions means to a copying application. For example:
+///
+///     itemFilteringOption(1);  // ItemFilteringOption::onlyListedExtensions
+///     itemFilteringOption(2);  // absent
 #pragma once
 
 #include <array>
@@ -10,9 +14,8 @@
 
 namespace meridian::inline v0_2 {
 
-/// Whether the listed extensions are those that are not copied, or the only ones that are. An application stores the
-/// case's number; the table's text is the case's name. Display text and tooltip are translated by `localizedString` and
-/// `localizedTooltip`.
+/// Says whether listed extensions are not copied or are the only ones copied. Applications store the number of the
+/// case; the raw value in the table is its name. `localizedString` and `localizedTooltip` translate the texts.
 enum class ItemFilteringOption : std::uint8_t { ignoreListedExtensions = 0, onlyListedExtensions = 1 };
 
 struct ItemFilteringOptionRow {
@@ -32,7 +35,7 @@ struct EnumerationTable<ItemFilteringOption> {
   });
 };
 
-/// The option of a stored number; absent for any but 0 and 1.
+/// Returns the option of a stored number; absent for any number other than 0 and 1.
 [[nodiscard]] constexpr std::optional<ItemFilteringOption> itemFilteringOption(std::int64_t number) noexcept {
   for (const ItemFilteringOption option : allCases<ItemFilteringOption>()) {
     if (static_cast<std::int64_t>(option) == number) return option;

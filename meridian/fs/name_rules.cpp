@@ -1,8 +1,13 @@
 #include "meridian/fs/name_rules.h"
 
 #include "meridian/base/text.h"
+#include "meridian/platform/path_text.h"
 
 namespace meridian::inline v0_2 {
+
+bool pathNamesFile(std::string_view path) noexcept {
+  return isFileName(lastPathComponent(path)) && !path.ends_with('/') && path.find('\0') == std::string_view::npos;
+}
 
 std::string removingDisallowedCharacters(std::string_view text, CharacterSet disallowedCharactersSet) {
   std::string result;

@@ -1,4 +1,8 @@
-// Rules for the names of files: what is cut off them, and the characters that a tape or the desktop does not take.
+/// \file
+/// Rules for file names: prefixes and suffixes, and the characters that LTFS tapes or the desktop allow. For example:
+///
+///     removingInvalidLtfsCharacters("Café: 1/2?");              // "Caf: 1/2"
+///     removingDisallowedMacOSFilesystemCharacters("Café: 1/2");  // "Café 12"
 #pragma once
 
 #include <array>
@@ -10,31 +14,42 @@
 
 namespace meridian::inline v0_2 {
 
-/// The text without the prefix, or as it is where it does not begin with it. Compares bytes; gives a view into `text`.
+/// Returns the text without the prefix, or all of it if it does not begin with the prefix. Compares bytes; returns a
+/// view into `text`.
 [[nodiscard]] constexpr std::string_view deletingPrefix(std::string_view text, std::string_view prefix) noexcept {
   return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }
 
-/// The same at the text's end.
+/// Returns the text without the suffix, or all of it if it does not end with the suffix; likewise.
 [[nodiscard]] constexpr std::string_view deletingSuffix(std::string_view text, std::string_view suffix) noexcept {
   return text.ends_with(suffix) ? text.substr(0, text.size() - suffix.size()) : text;
 }
 
-/// A set of characters: those of a text, or all but those. It refers to the text, which must outlive it.
+/// Returns true if a file can have this name: it is not empty, "." or "..", and holds no separator and no NUL byte.
+[[nodiscard]] constexpr bool isFileName(std::string_view name) noexcept {
+  return !name.empty() && name != "." && name != ".." &&
+         name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
+/// Returns true if the last component of the path is a file name, without a trailing separator, and the path holds no
+/// NUL byte. Does not ask the file system.
+[[nodiscard]] MERIDIAN_API bool pathNamesFile(std::string_view path) noexcept;
+
+/// A set of characters: those of a text, or all others. Keeps a view of the text, which must outlive the set.
 class CharacterSet {
  public:
-  /// The characters of a UTF-8 text.
+  /// Makes the set of the characters of a UTF-8 text.
   constexpr explicit CharacterSet(std::string_view characters) noexcept : characters_(characters) {}
 
-  /// All that is not in this set.
+  /// Returns the set of everything that is not in this one.
   [[nodiscard]] constexpr CharacterSet inverted() const noexcept {
     CharacterSet result(characters_);
     result.isInverted_ = !isInverted_;
     return result;
   }
 
-  /// Whether the set holds one character, given as its UTF-8 bytes. A byte that is part of no character is in no text,
-  /// so that sets of listed characters do not hold it and inverted ones do.
+  /// Returns true if the set holds the character, given as its UTF-8 bytes. A byte that is not part of a character is
+  /// never in a text, so it is only in inverted sets.
   [[nodiscard]] constexpr bool contains(std::string_view character) const noexcept {
     const bool isStray = character.size() == 1 && static_cast<unsigned char>(character.front()) >= 0x80;
     const bool isListed = !isStray && characters_.find(character) != std::string_view::npos;
@@ -61,8 +76,8 @@ inline constexpr auto legalLtfsCharacters = [] {
 
 }  // namespace detail
 
-/// The 88 characters of ASCII from the blank to "~" without the illegal ones. "/" and ":" are among them on purpose:
-/// only the desktop forbids them.
+/// The 88 ASCII characters from space to "~" except the illegal ones. "/" and ":" are legal here: only the desktop
+/// forbids them.
 inline constexpr std::string_view legalLtfsCharacters(detail::legalLtfsCharacters.data(),
                                                       detail::legalLtfsCharacters.size());
 inline constexpr CharacterSet validLtfsCharacters(legalLtfsCharacters);
@@ -71,18 +86,18 @@ inline constexpr CharacterSet invalidLtfsCharacters = validLtfsCharacters.invert
 inline constexpr std::string_view disallowedMacOSFilesystemCharacters = "/:";
 inline constexpr CharacterSet disallowedMacOSCharacters(disallowedMacOSFilesystemCharacters);
 
-/// The text without the characters of the set, the others in their order and nothing in their place. Whole characters
-/// are removed; a byte that is part of none goes with an inverted set alone.
+/// Returns the text without the characters of the set; nothing replaces them. Works on whole characters; a byte that is
+/// not part of one is only removed by an inverted set.
 [[nodiscard]] MERIDIAN_API std::string removingDisallowedCharacters(std::string_view text,
                                                                     CharacterSet disallowedCharactersSet);
 
-/// The characters of the set alone.
+/// Returns only those characters of the text that are in the set.
 [[nodiscard]] MERIDIAN_API std::string removingAllExcept(std::string_view text, CharacterSet allowedCharactersSet);
 
-/// The name as a tape takes it: "Café\t1" gives "Caf1".
+/// Returns the name without the characters that an LTFS tape does not allow: "Café\t1" gives "Caf1".
 [[nodiscard]] MERIDIAN_API std::string removingInvalidLtfsCharacters(std::string_view text);
 
-/// The name as the desktop's file system takes it: "a/b: c" gives "ab c".
+/// Returns the name without the characters that the desktop's file system does not allow: "a/b: c" gives "ab c".
 [[nodiscard]] MERIDIAN_API std::string removingDisallowedMacOSFilesystemCharacters(std::string_view text);
 
 }  // namespace meridian::inline v0_2

@@ -18,14 +18,14 @@ PathScheme::PathScheme(const Url& path)
 
 std::vector<std::string> PathScheme::paths(std::string_view suffix) const {
   if (suffix.empty()) return {path_};
-  // Below the root it is "/clip 2.mov" on purpose, and not the "//clip 2.mov" of a plain concatenation.
+  // In the root this gives "/clip 2.mov", where a plain concatenation would give "//clip 2.mov".
   return {appendingPathComponent(directory_, std::string(base_).append(suffix).append(extensionPart_))};
 }
 
 std::string NameScheme::name(std::string_view suffix) const {
   std::string name(baseName_);
   name += suffix;
-  // On purpose an empty extension leaves its point to names with a number alone.
+  // An empty extension shows its dot only after a number: existing applications expect "clip", then "clip 2.".
   if (extension_ && (!suffix.empty() || !extension_->empty())) name.append(".").append(*extension_);
   return name;
 }
@@ -63,7 +63,7 @@ std::vector<std::string> SetScheme::paths(std::string_view suffix) const {
 
 std::string nextSuffix(char mark, std::int64_t& number) {
   const auto next = checkedSum(number, 1);
-  if (!next) preconditionFailed("no number is left to tell the name of a file apart");
+  if (!next) preconditionFailed("no number is left for an unused file name");
   number = *next;
   return mark + std::to_string(number);
 }

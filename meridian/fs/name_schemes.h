@@ -1,6 +1,12 @@
-// The three schemes by which output names get a number, as free names and claimed files share them.
+/// \file
+/// The three schemes that number output names, shared by fs/free_names.h and fs/claimed_files.h. For example:
+///
+///     const PathScheme scheme(Url::fromFilePath("/out/clip.mov"));
+///     scheme.paths("");    // "/out/clip.mov"
+///     scheme.paths(" 2");  // "/out/clip 2.mov"
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -17,9 +23,10 @@ class PathScheme {
  public:
   static constexpr char mark = ' ';
 
+  /// Keeps views into the path of the URL, which must outlive the scheme.
   explicit PathScheme(const Url& path);
 
-  /// The path with this text behind the whole name; without one the path as it is.
+  /// Returns the path with the suffix before its extension; the path as it is for an empty suffix.
   [[nodiscard]] std::vector<std::string> paths(std::string_view suffix) const;
 
  private:
@@ -29,7 +36,7 @@ class PathScheme {
   std::string extensionPart_;
 };
 
-/// A name in several directories: "clip.mov", "clip 2.mov".
+/// One name in several directories: "clip.mov", "clip 2.mov".
 class NameScheme {
  public:
   static constexpr char mark = ' ';
@@ -46,18 +53,18 @@ class NameScheme {
   std::optional<std::string_view> extension_;
 };
 
-/// Files that belong together, in one directory or several: "clip.mov" and "clip.xml", "clip-2.mov" and "clip-2.xml".
+/// A set of files, in one directory or several: "clip.mov" and "clip.xml", "clip-2.mov" and "clip-2.xml".
 class SetScheme {
  public:
   static constexpr char mark = '-';
 
   SetScheme(std::span<const Url> directories, std::string_view fileName, std::span<const std::string> extensions);
 
-  /// Each extension once, in the order given.
+  /// Returns the distinct extensions, in the order given.
   [[nodiscard]] std::span<const std::string> extensions() const noexcept { return extensions_; }
   [[nodiscard]] std::string name(std::string_view suffix, std::string_view extension) const;
 
-  /// The paths of one directory after the other, each time one for every extension.
+  /// Returns the paths directory by directory, in each one for every extension.
   [[nodiscard]] std::vector<std::string> paths(std::string_view suffix) const;
 
  private:
@@ -66,13 +73,13 @@ class SetScheme {
   std::vector<std::string> extensions_;
 };
 
-/// The text for the number before this one; the first is 2. Stops the process where none is left.
+/// Increments the number and returns the mark with it. Terminates the process if the number would overflow.
 [[nodiscard]] std::string nextSuffix(char mark, std::int64_t& number);
 
-/// The first suffix (none, then the scheme's mark with 2, 3 and so on) whose paths are not taken.
+/// Returns the first suffix whose paths are not taken: none, then the scheme's mark with 2, 3 and so on.
 template <typename Scheme>
-[[nodiscard]] std::string freeSuffix(const Scheme& scheme,
-                                     FunctionRef<bool(std::span<const std::string> paths)> areTaken) {
+[[nodiscard]] std::string unusedSuffix(const Scheme& scheme,
+                                       FunctionRef<bool(std::span<const std::string> paths)> areTaken) {
   std::string suffix;
   std::int64_t number = 1;
   while (areTaken(scheme.paths(suffix))) suffix = nextSuffix(Scheme::mark, number);

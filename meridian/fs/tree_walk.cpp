@@ -14,24 +14,20 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-/// Folders kept open below the outermost one. In a deeper tree the outer ones are closed, and opened again on the way
-/// back.
+/// Directories kept open below the outermost one. In a deeper tree outer ones are closed, and reopened on the way back.
 constexpr std::size_t openLevels = 32;
 
-/// Walks by a stack of its own, one level for each folder that it is in. The entries of all these folders lie one
-/// behind the other in two arrays, so that an item costs no allocation.
+/// Walks with an explicit stack, one level for each directory that it is in. The entries of all these directories are
+/// stored one after the other in two arrays, so that an item costs no allocation.
 class TreeWalk {
  public:
-  TreeWalk(std::string path, const ItemFilter& filter, const TreeVisitor& visit, const UnreadReport& report)
+  TreeWalk(std::string path, const ItemFilter& filter, const TreeVisitor& visit, const TreeErrorReport& report)
       : filter_(filter), visit_(visit), report_(report), path_(std::move(path)) {}
 
   void run() {
-    OpenDirectory folder(path_);
-    if (!folder.isOpen()) {
-      report_({path_, folder.error()});
-      return;
-    }
-    enter(std::move(folder));
+    OpenDirectory directory(path_);
+    if (!directory.isOpen()) return report(TreeWalkErrorCode::unreadableItem, directory.error());
+    enter(std::move(directory));
     bool stop = false;
     while (!levels_.empty() && !stop) {
       if (levels_.back().nextEntry == entries_.size()) {
@@ -44,22 +40,22 @@ class TreeWalk {
 
  private:
   struct Entry {
-    /// Where its name begins in `names_`; a NUL byte stands behind it.
+    /// Where its name begins in `names_`; a NUL byte follows the name.
     std::size_t name;
     std::uint32_t nameSize;
     ItemKind kind;
   };
 
   struct Level {
-    /// Closed while the walk is deep below it, but for the outermost one.
-    OpenDirectory folder;
-    /// Which folder it was when it was closed.
+    /// Closed while the walk is deep below it, except for the outermost one.
+    OpenDirectory directory;
+    /// The identity of the directory when it was closed.
     std::optional<FileIdentity> identity;
-    /// Up to and with the separator behind the folder.
+    /// The size of its path with a trailing separator.
     std::size_t pathSize;
     std::size_t firstName;
     std::size_t firstEntry;
-    /// The entry to visit next. While the walk is below this level, the one before it is the folder that it is in.
+    /// The entry to visit next. While the walk is below this level, the entry before it is the directory that it is in.
     std::size_t nextEntry;
   };
 
@@ -67,16 +63,20 @@ class TreeWalk {
     return std::string_view(names_).substr(entry.name, entry.nameSize);
   }
 
-  /// Reads the folder at `path_`, and puts a separator behind it.
-  void enter(OpenDirectory folder) {
+  void report(TreeWalkErrorCode code, const std::error_code& systemError) const {
+    report_({code, path_, {}, systemError});
+  }
+
+  /// Reads the directory at `path_`, and appends a separator to the path.
+  void enter(OpenDirectory directory) {
     const std::size_t pathSize = path_.size() + (path_.ends_with('/') ? 0 : 1);
-    levels_.push_back({std::move(folder), std::nullopt, pathSize, names_.size(), entries_.size(), entries_.size()});
-    DirectoryEntries found(levels_.back().folder);
+    levels_.push_back({std::move(directory), std::nullopt, pathSize, names_.size(), entries_.size(), entries_.size()});
+    DirectoryEntries found(levels_.back().directory);
     while (const auto entry = found.next()) {
       entries_.push_back({names_.size(), static_cast<std::uint32_t>(entry->name.size()), entry->kind});
       names_.append(entry->name).push_back('\0');
     }
-    if (found.error()) report_({path_, found.error()});
+    if (found.error()) report(TreeWalkErrorCode::unreadableItem, found.error());
     path_.resize(pathSize, '/');
     std::sort(entries_.begin() + static_cast<std::ptrdiff_t>(levels_.back().firstEntry), entries_.end(),
               [this](const Entry& left, const Entry& right) { return nameOf(left) < nameOf(right); });
@@ -86,20 +86,20 @@ class TreeWalk {
   void leave() {
     names_.resize(levels_.back().firstName);
     entries_.resize(levels_.back().firstEntry);
-    const OpenDirectory left = std::move(levels_.back().folder);
+    const OpenDirectory left = std::move(levels_.back().directory);
     levels_.pop_back();
-    if (!levels_.empty() && !levels_.back().folder.isOpen() && left.isOpen()) reopenAbove(left);
+    if (!levels_.empty() && !levels_.back().directory.isOpen() && left.isOpen()) reopenAbove(left);
   }
 
-  /// Opens the innermost folder from the one below it. One step back costs the same however deep it is. A folder that
-  /// was moved meanwhile leads back to another place; then the path counts.
+  /// Reopens the innermost directory from the one below it, which costs the same at any depth. If the one below was
+  /// moved in the meantime, ".." leads elsewhere; `reopened` then goes by the path.
   void reopenAbove(const OpenDirectory& below) {
     Level& level = levels_.back();
     OpenDirectory above(below, "..");
-    if (above.isOpen() && level.identity && above.identity() == level.identity) level.folder = std::move(above);
+    if (above.isOpen() && level.identity && above.identity() == level.identity) level.directory = std::move(above);
   }
 
-  /// Gives the next item of the innermost folder, and enters it; whether to stop.
+  /// Visits the next item of the innermost directory, and enters it if it is a directory. Returns true to stop.
   bool visitNext() {
     const Entry entry = entries_[levels_.back().nextEntry++];
     path_.resize(levels_.back().pathSize);
@@ -115,63 +115,64 @@ class TreeWalk {
 
     const OpenDirectory& parent = reopened(levels_.size() - 1);
     if (!parent.isOpen()) {
-      report_({path_, parent.error()});
-    } else if (OpenDirectory folder = openedWithin(levels_.size() - 1, entry); folder.isOpen()) {
-      enter(std::move(folder));
+      report(TreeWalkErrorCode::unreadableItem, parent.error());
+    } else if (OpenDirectory directory = openedWithin(levels_.size() - 1, entry); directory.isOpen()) {
+      enter(std::move(directory));
     } else {
-      report_({path_, folder.error()});
+      report(TreeWalkErrorCode::unreadableItem, directory.error());
     }
     return false;
   }
 
   bool leadsToDirectory(const Entry& link) {
     const auto result = reopened(levels_.size() - 1).leadsToDirectory(names_.data() + link.name);
-    if (!result) report_({path_, result.error()});
+    if (!result) report(TreeWalkErrorCode::unresolvedLink, result.error());
     return result.value_or(false);
   }
 
-  /// The level's folder, opened again where the way back did not lead there, from the next outer one that is open. Not
-  /// open where that was not possible.
+  /// Returns the level's directory. If the way back did not lead there, reopens it by name from the next outer one that
+  /// is open; the result is not open if that fails.
   const OpenDirectory& reopened(std::size_t level) {
     std::size_t outer = level;
-    while (!levels_[outer].folder.isOpen()) --outer;
+    while (!levels_[outer].directory.isOpen()) --outer;
     for (; outer < level; ++outer) {
       const Entry& inner = entries_[levels_[outer].nextEntry - 1];
-      levels_[outer + 1].folder = openedWithin(outer, inner);
-      if (!levels_[outer + 1].folder.isOpen()) return levels_[outer + 1].folder;
+      levels_[outer + 1].directory = openedWithin(outer, inner);
+      if (!levels_[outer + 1].directory.isOpen()) return levels_[outer + 1].directory;
       closeFarAbove(outer + 1);
     }
-    return levels_[level].folder;
+    return levels_[level].directory;
   }
 
-  /// The folder of an entry of the level, which is open. Where the process may open no more, all but this level and the
-  /// outermost one are closed for it.
+  /// Opens the directory of an entry of the level, which is open. If the process may not open more, first closes all
+  /// levels except this one and the outermost one.
   OpenDirectory openedWithin(std::size_t level, const Entry& entry) {
-    const OpenDirectory& parent = levels_[level].folder;
-    OpenDirectory folder(parent, names_.data() + entry.name);
-    const bool needsDescriptors = !folder.isOpen() && (folder.error() == std::errc::too_many_files_open ||
-                                                       folder.error() == std::errc::too_many_files_open_in_system);
-    if (!needsDescriptors) return folder;
+    const OpenDirectory& parent = levels_[level].directory;
+    OpenDirectory directory(parent, names_.data() + entry.name);
+    const std::error_code& error = directory.error();
+    const bool needsDescriptors = !directory.isOpen() && (error == std::errc::too_many_files_open ||
+                                                          error == std::errc::too_many_files_open_in_system);
+    if (!needsDescriptors) return directory;
     for (std::size_t other = 1; other < levels_.size(); ++other) {
       if (other != level) close(levels_[other]);
     }
     return {parent, names_.data() + entry.name};
   }
 
-  /// Closes the folder that is one too many when this level's is open, unless it is the outermost one.
+  /// Closes the directory that is one too many once this level's is open, except for the outermost one.
   void closeFarAbove(std::size_t level) noexcept {
     if (level > openLevels) close(levels_[level - openLevels]);
   }
 
   static void close(Level& level) noexcept {
-    if (!level.folder.isOpen()) return;
-    level.identity = level.folder.identity();
-    level.folder.close();
+    if (!level.directory.isOpen()) return;
+    level.identity = level.directory.identity();
+    level.directory.close();
   }
 
   const ItemFilter& filter_;
   const TreeVisitor& visit_;
-  const UnreadReport& report_;
+  const TreeErrorReport& report_;
   /// The path of the item at hand.
   std::string path_;
   std::string names_;
@@ -181,8 +182,8 @@ class TreeWalk {
 
 }  // namespace
 
-void walkTree(const Url& folder, const ItemFilter& filter, TreeVisitor visit, UnreadReport report) {
-  TreeWalk(folder.path(), filter, visit, report).run();
+void walkTree(const Url& directory, const ItemFilter& filter, TreeVisitor visit, TreeErrorReport report) {
+  TreeWalk(directory.path(), filter, visit, report).run();
 }
 
 }  // namespace meridian::inline v0_2

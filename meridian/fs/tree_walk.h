@@ -1,9 +1,18 @@
-// Walks through a folder tree for an application that copies it: every item with the filter's decision.
+/// \file
+/// Walks a directory tree for an application that copies it: every item, with the filter's decision. For example:
+///
+///     walkTree(
+///         Url::fromFilePath("/card"), ItemFilter({.ignoreHiddenItems = true}),
+///         [](const TreeItem& item, bool& stop) { if (!item.decision.isIgnored) stop = !copy(item.path); },
+///         [](const TreeWalkError& error) { std::cerr << error.message() << '\n'; });
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <string_view>
-#include <system_error>
 
+#include "meridian/base/enumeration.h"
+#include "meridian/base/error.h"
 #include "meridian/base/function_ref.h"
 #include "meridian/export.h"
 #include "meridian/fs/item_filter.h"
@@ -12,9 +21,9 @@
 
 namespace meridian::inline v0_2 {
 
-/// An item that the walk came to. The views are valid during the call that gives it.
+/// An item of the tree. The views are valid during the call that passes it.
 struct TreeItem {
-  /// The path of the tree's folder, as it was given, with the names below it.
+  /// The path of the tree's directory as the caller gave it, with the names below it.
   std::string_view path;
   /// The last component of `path`.
   std::string_view name;
@@ -22,27 +31,35 @@ struct TreeItem {
   ItemDecision decision;
 };
 
-/// A folder that could not be read, an item that was a folder and is none any more, or a link of which the system does
-/// not say where it leads, and which then counts as a file. The path is that of the item as it was given; of the tree's
-/// folder as it was given to the walk.
-struct UnreadItem {
-  std::string_view path;
-  std::error_code reason;
+enum class TreeWalkErrorCode : std::uint8_t { unreadableItem, unresolvedLink };
+
+template <>
+struct EnumerationTable<TreeWalkErrorCode> {
+  static constexpr auto rows = std::to_array<ErrorRow<TreeWalkErrorCode>>({
+      {TreeWalkErrorCode::unreadableItem, "unreadableItem", "cannot be read",
+       "check that it exists and that you may read it"},
+      {TreeWalkErrorCode::unresolvedLink, "unresolvedLink", "cannot be followed and counts as a file",
+       "check where the link leads"},
+  });
 };
 
-using TreeVisitor = FunctionRef<void(const TreeItem& item, bool& stop)>;
-using UnreadReport = FunctionRef<void(const UnreadItem& item)>;
+/// A directory that could not be read or that was replaced by another item, or a link that could not be followed. The
+/// place is the path, as in `TreeItem`.
+using TreeWalkError = Error<TreeWalkErrorCode>;
 
-/// Gives every item below the folder to `visit`, ignored ones too, a folder before what lies in it and the items of a
-/// folder by the order of their names' bytes. Setting `stop` ends the walk.
+using TreeVisitor = FunctionRef<void(const TreeItem& item, bool& stop)>;
+using TreeErrorReport = FunctionRef<void(const TreeWalkError& error)>;
+
+/// Passes every item below the directory to `visit`, ignored ones too: a directory before its items, and the items of a
+/// directory in the byte order of their names. Setting `stop` ends the walk.
 ///
-/// An ignored folder is not entered, and neither is a link, wherever it leads: a link is given as a link, and the
-/// filter counts one that leads to a directory as a directory. The folder itself may be a link; it is not decided on.
+/// Ignored directories are not entered. Links are not entered either: they are passed as links, and the filter treats a
+/// link to a directory as a directory. The directory where the walk begins may be a link; no decision is made about it.
 ///
-/// What cannot be read goes to `report`, and the walk goes on: the folder itself where it is none, folders that may not
-/// be entered or went away after they were given, links that cannot be followed to their end. Items may be given that
-/// go away at the same time, and new ones missed. Neither the depth of the tree nor the length of its paths is bounded,
-/// and at most 34 folders are open at a time; fewer where the process may open no more, but three have to be possible.
-MERIDIAN_API void walkTree(const Url& folder, const ItemFilter& filter, TreeVisitor visit, UnreadReport report);
+/// Errors go to `report`, and the walk continues: the first directory is not one, a directory cannot be entered or was
+/// removed after it was passed, a link cannot be followed to its end. Items that disappear during the walk may still be
+/// passed, and new ones missed. Neither the depth of the tree nor the length of its paths is limited. At most 34
+/// directories are open at a time, and three suffice if the process may not open more.
+MERIDIAN_API void walkTree(const Url& directory, const ItemFilter& filter, TreeVisitor visit, TreeErrorReport report);
 
 }  // namespace meridian::inline v0_2

@@ -30,7 +30,7 @@ bool hasPrefix(const Url& url, const Url& prefix) noexcept { return hasPrefix(ur
 
 bool hasPrefixDirectory(const Url& url, const Url& prefix) {
   const Url standardizedPrefix = prefix.standardized();
-  if (standardizedPrefix.path() == ".") return true;  // no components are left, as of an empty path
+  if (standardizedPrefix.path() == ".") return true;  // the standardized path without components
   const Url standardized = url.standardized();
   const auto components = standardized.pathComponents();
   const auto first = standardizedPrefix.pathComponents();
@@ -44,7 +44,7 @@ std::optional<TextRange> prefixRange(const Url& url, const Url& of) noexcept {
 
 bool containsItem(const Url& url, const Url& item, bool ensureItemExists) {
   if (pathIsEqual(url, item)) return false;
-  // The root has no component that could be deleted, and so no neighbours.
+  // The root is in no directory and has no neighbours.
   const bool hasNeighbours = !url.lastPathComponent().empty();
   if (hasNeighbours && pathIsEqual(url.deletingLastPathComponent(), item.deletingLastPathComponent())) return false;
   return hasPrefix(item, url.path()) && (!ensureItemExists || pathExists(item.path()));
@@ -55,8 +55,8 @@ Url trimmingTrailingPathSeparators(const Url& url) {
 }
 
 Url subPath(const Url& url, std::string_view fromVolumeFolder, bool /*includingFileName*/) {
-  const Url folder = url.deletingLastPathComponent();
-  return Url::fromFilePath(std::string(deletingPrefix(deletingPrefix(folder.path(), fromVolumeFolder), "/")));
+  const Url directory = url.deletingLastPathComponent();
+  return Url::fromFilePath(std::string(deletingPrefix(deletingPrefix(directory.path(), fromVolumeFolder), "/")));
 }
 
 std::string subPathString(const Url& url, std::string_view fromVolumeFolder, bool includingFileName) {

@@ -1,7 +1,12 @@
-// Tests of addresses and cuts of their paths, as copying applications need them to map one tree onto another.
-//
-// All of them work on the address's `path`, percent-decoded and as it is given. Only those whose comment says so look
-// at the file system.
+/// \file
+/// Compares URLs and cuts their paths, as copying applications do to map one tree onto another. For example:
+///
+///     const Url clip = Url::fromFilePath("/vol/card/A/1.mov");
+///     hasPrefixDirectory(clip, Url::fromFilePath("/vol/card"));  // true
+///     subPathString(clip, "/vol/card", false);                   // "A"
+///
+/// All functions work on the `path` of the URL, percent-decoded and otherwise as given. Paths are compared byte by byte
+/// unless the comment says otherwise. Only the functions whose comment says so ask the file system.
 #pragma once
 
 #include <array>
@@ -17,64 +22,66 @@ namespace meridian::inline v0_2 {
 
 inline constexpr std::array<std::string_view, 2> remoteURLSchemes{"https", "http"};
 
-/// Whether the item exists and is a directory; links are followed. Asks the file system.
+/// Returns true if the item exists and is a directory; follows links. Asks the file system.
 [[nodiscard]] MERIDIAN_API bool isDirectory(const Url& url) noexcept;
 
-/// Whether the item is hidden, on this system by a dot that begins its name; absent where it cannot be read. Asks the
-/// file system.
+/// Returns whether the item is hidden, on this system by a leading dot; absent if it cannot be read. Asks the file
+/// system.
 [[nodiscard]] MERIDIAN_API std::optional<bool> isHiddenItem(const Url& url) noexcept;
 
-/// Whether the scheme is one of `remoteURLSchemes`, exactly: "HTTPS" is none, on purpose.
+/// Returns true if the scheme is one of `remoteURLSchemes`. Compares case, so "HTTPS" is not remote.
 [[nodiscard]] MERIDIAN_API bool isRemote(const Url& url) noexcept;
 
-/// Whether the volume on which the item lies can hold such links (see `volumeLinks`). Asks the file system; throws
-/// `std::system_error`, with the path in its message, where it does not answer.
+/// Returns true if the volume of the item can hold such links (see `volumeLinks`). Asks the file system; throws
+/// `std::system_error`, with the path in its message, if it does not answer.
 [[nodiscard]] MERIDIAN_API bool fileSystemSupportsSymbolicLinks(const Url& url);
 [[nodiscard]] MERIDIAN_API bool fileSystemSupportsHardLinks(const Url& url);
 
-/// Whether the paths are equal without regard to case. No other normalisation: "/a" and "/a/" differ.
+/// Returns true if the paths are equal without regard to case. Nothing else is normalised: "/a" and "/a/" differ.
 [[nodiscard]] MERIDIAN_API bool pathIsEqual(const Url& url, const Url& to);
 
-/// Whether the text occurs anywhere in the path: a test of containment and not of a prefix, on purpose. Any path
+/// Returns true if the text occurs anywhere in the path: despite its name, a search and not a prefix test. Every path
 /// contains the empty text.
 [[nodiscard]] MERIDIAN_API bool isSubPath(const Url& url, std::string_view ofPath) noexcept;
 
-/// Whether the path begins with the text, or with the other's path, as texts: "/a/bc" begins with "/a/b".
+/// Returns true if the path begins with the text, or with the other path, as text: "/a/bc" begins with "/a/b".
 [[nodiscard]] MERIDIAN_API bool hasPrefix(const Url& url, std::string_view prefix) noexcept;
 [[nodiscard]] MERIDIAN_API bool hasPrefix(const Url& url, const Url& prefix) noexcept;
 
-/// Whether the path begins with the other's, component by component and both standardized: "/a/./b/c" with "/a/b", but
-/// not "/a/bc". A path of which nothing is left, "" or ".", counts as a prefix of everything.
+/// Returns true if the standardized path begins with the components of the other one, standardized too: "/a/./b/c"
+/// begins with "/a/b", "/a/bc" does not. A prefix without components, "" or ".", is a prefix of every path.
 [[nodiscard]] MERIDIAN_API bool hasPrefixDirectory(const Url& url, const Url& prefix);
 
 /// A range of bytes in a text.
 struct TextRange {
   std::size_t begin = 0;
-  /// Behind the last byte.
+  /// After the last byte.
   std::size_t end = 0;
 
   friend constexpr bool operator==(const TextRange&, const TextRange&) = default;
 };
 
-/// Where the address's path stands at the beginning of the other's; absent where the other's does not begin with it.
+/// Returns the range that the path of `url` has at the beginning of the path of `of`; absent if `of` does not begin
+/// with it.
 [[nodiscard]] MERIDIAN_API std::optional<TextRange> prefixRange(const Url& url, const Url& of) noexcept;
 
-/// Whether the item lies below the address. Nothing contains itself or what lies in the same folder as it, both without
-/// regard to case; what else begins with the path does, as a text: "/a/b" contains "/a/bc/d", on purpose. The root "/"
-/// contains all other absolute paths, and the empty path all other paths. Where the item has to exist, the file system
-/// is asked last.
+/// Returns true if the item is below `url`. A URL does not contain itself or a neighbour in the same directory, both
+/// without regard to case; otherwise it contains everything that begins with its path as text, so "/a/b" contains
+/// "/a/bc/d". The root "/" contains every other absolute path, and the empty path every other path. With
+/// `ensureItemExists`, asks the file system last.
 [[nodiscard]] MERIDIAN_API bool containsItem(const Url& url, const Url& item, bool ensureItemExists = false);
 
-/// The file address of the path without separators at its end: "/x/y" for "/x/y///", the empty path for "//".
+/// Returns the file URL of the path without trailing separators: "/x/y" for "/x/y///", the empty path for "//".
 [[nodiscard]] MERIDIAN_API Url trimmingTrailingPathSeparators(const Url& url);
 
-/// The file address of the folder that the item lies in, from a volume's folder on: for "/vol/card/A/1.mov" below
-/// "/vol/card" it is "A". The folder's path is cut off as a text; one that the item's folder does not begin with leaves
-/// the path whole, but for a "/" that begins it, and one with a "/" at its end does not cut off that very folder. The
-/// file's name is never included, on purpose: the last argument has no effect and stays for those who pass it.
+/// Returns the file URL of the item's directory, relative to a volume's folder: "A" for "/vol/card/A/1.mov" and
+/// "/vol/card". Removes `fromVolumeFolder` from the directory's path as a text prefix, then one leading "/". So a path
+/// that does not begin with the prefix only loses its leading "/", and a prefix with a trailing "/" is not removed from
+/// the path of that very directory. The file name is never included: `includingFileName` has no effect and is accepted
+/// for callers that pass it.
 [[nodiscard]] MERIDIAN_API Url subPath(const Url& url, std::string_view fromVolumeFolder, bool includingFileName);
 
-/// The path of `subPath`, without one more "/" at its beginning.
+/// Returns the path of `subPath`, without one more leading "/".
 [[nodiscard]] MERIDIAN_API std::string subPathString(const Url& url, std::string_view fromVolumeFolder,
                                                      bool includingFileName);
 

@@ -1,4 +1,11 @@
-// The error for stored data that has not the shape it should have.
+/// \file
+/// The exception for stored data that does not have the documented shape. For example:
+///
+///     try {
+///       rate = json.get<VideoFrameRate>();  // json is {"p24": 24}
+///     } catch (const DecodingError& error) {
+///       error.what();  // "/p24: expected an object, found number"
+///     }
 #pragma once
 
 #include <stdexcept>
@@ -9,15 +16,15 @@
 
 namespace meridian::inline v0_2 {
 
-/// Thrown when a document cannot be decoded. `what()` says where, what was wrong and what was expected,
-/// with control characters of the document escaped.
+/// Is thrown if a document cannot be decoded. `what()` says where, what is wrong and what was expected; it is safe for
+/// a terminal.
 class MERIDIAN_API DecodingError : public std::runtime_error {
  public:
-  /// `path` is the JSON pointer (RFC 6901) of the offending value within the decoded record; empty for the record.
+  /// `path` is the JSON pointer (RFC 6901) of the invalid value within the decoded record; empty for the record itself.
   DecodingError(std::string path, std::string_view message);
 
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
-  /// What was wrong, without the place.
+  /// Returns what is wrong, without the place.
   [[nodiscard]] const std::string& message() const noexcept { return message_; }
 
  private:

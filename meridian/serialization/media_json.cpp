@@ -35,7 +35,6 @@ Json encoded(const TimecodeComponents& timecode) {
           {"isDropFrame", timecode.isDropFrame}};
 }
 
-/// The integer member of a record.
 template <typename Json>
 std::int64_t integerMember(const Json& record, std::string_view name) {
   return integerOf(memberOf(record, "", name), memberPath("", name));
@@ -43,7 +42,7 @@ std::int64_t integerMember(const Json& record, std::string_view name) {
 
 template <typename Json>
 NumericRational decodedNumericRational(const Json& json) {
-  requireRecordOf(json, "", {"numerator", "denominator"});
+  requireRecord(json, "", {"numerator", "denominator"});
   return {integerMember(json, "numerator"), integerMember(json, "denominator")};
 }
 
@@ -56,24 +55,24 @@ MediaRational decodedMediaRational(const Json& json, const std::string& path) {
 
 template <typename Json>
 VideoFrameRate decodedVideoFrameRate(const Json& json) {
-  if (!json.is_object()) refuse("", "an object", json);
+  requireObject(json, "");
   if (json.size() != 1) throw DecodingError("", "Invalid number of keys found, expected one.");
   const std::string& key = json.begin().key();
   const Json& payload = json.begin().value();
   const std::string path = memberPath("", key);
   const auto kind = fromRawValue<VideoFrameRateKind>(key);
-  if (!kind) throw DecodingError(path, "is none of the frame rates");
+  if (!kind) throw DecodingError(path, "is not a frame rate");
   if (*kind == VideoFrameRateKind::custom) {
-    requireRecordOf(payload, path, {"_0"});
+    requireRecord(payload, path, {"_0"});
     return VideoFrameRate::custom(decodedMediaRational(memberOf(payload, path, "_0"), memberPath(path, "_0")));
   }
-  requireRecordOf(payload, path, {});
+  requireRecord(payload, path, {});
   return standardVideoFrameRates[static_cast<std::size_t>(*kind)];
 }
 
 template <typename Json>
 TimecodeComponents decodedTimecodeComponents(const Json& json) {
-  requireRecordOf(json, "", {"hours", "minutes", "seconds", "frames", "isDropFrame"});
+  requireRecord(json, "", {"hours", "minutes", "seconds", "frames", "isDropFrame"});
   return {integerMember(json, "hours"), integerMember(json, "minutes"), integerMember(json, "seconds"),
           integerMember(json, "frames"), booleanOf(memberOf(json, "", "isDropFrame"), "/isDropFrame")};
 }

@@ -1,13 +1,18 @@
-// The encoded forms of rationals, frame rates and timecode, as JSON.
-//
-//   NumericRational     {"numerator": 30000, "denominator": 1001}
-//   MediaRational       29.97
-//   VideoFrameRate      {"ntsc30p": {}}, {"custom": {"_0": 12.5}}
-//   TimecodeComponents  {"hours": 1, "minutes": 2, "seconds": 3, "frames": 4, "isDropFrame": true}
-//
-// `nlohmann::json j = rate;` and `j.get<VideoFrameRate>()` work as for every other type, within larger documents too.
-// Decoding throws DecodingError, with the path within the value, when the document has not exactly this shape, and
-// then leaves the value as it was.
+/// \file
+/// Encodes rationals, frame rates and timecode as JSON. The forms are:
+///
+///     NumericRational     {"numerator": 30000, "denominator": 1001}
+///     MediaRational       29.97
+///     VideoFrameRate      {"ntsc30p": {}}, {"custom": {"_0": 12.5}}
+///     TimecodeComponents  {"hours": 1, "minutes": 2, "seconds": 3, "frames": 4, "isDropFrame": true}
+///
+/// The functions are those that nlohmann::json calls, within larger documents too:
+///
+///     const nlohmann::json json = VideoFrameRate::ntsc30p;
+///     json.get<VideoFrameRate>();  // VideoFrameRate::ntsc30p
+///
+/// Decoding throws DecodingError, with the path within the value, if the document does not have exactly this shape; the
+/// value is then unchanged.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -25,17 +30,17 @@ MERIDIAN_API void to_json(nlohmann::ordered_json& json, const NumericRational& r
 MERIDIAN_API void from_json(const nlohmann::json& json, NumericRational& ratio);
 MERIDIAN_API void from_json(const nlohmann::ordered_json& json, NumericRational& ratio);
 
-/// The quotient alone. A quotient that is not finite has no JSON text: it is written as null, which does not decode.
+/// Encodes the quotient. One that is not finite has no JSON text: it is written as null, which does not decode.
 MERIDIAN_API void to_json(nlohmann::json& json, const MediaRational& ratio);
 MERIDIAN_API void to_json(nlohmann::ordered_json& json, const MediaRational& ratio);
-/// By `MediaRational::fromRawValue`, so generally not the ratio that was encoded; a number that has no ratio there,
-/// such as 0, is refused.
+/// Decodes by `MediaRational::fromRawValue`: within a millionth of the encoded ratio, and generally with other terms.
+/// Throws for a number that it has no ratio for, such as 0.
 MERIDIAN_API void from_json(const nlohmann::json& json, MediaRational& ratio);
 MERIDIAN_API void from_json(const nlohmann::ordered_json& json, MediaRational& ratio);
 
 MERIDIAN_API void to_json(nlohmann::json& json, const VideoFrameRate& rate);
 MERIDIAN_API void to_json(nlohmann::ordered_json& json, const VideoFrameRate& rate);
-/// A custom rate stays one, even where the rational is that of a standard rate.
+/// Decodes a custom rate as a custom rate, even if a standard rate has the same rational.
 MERIDIAN_API void from_json(const nlohmann::json& json, VideoFrameRate& rate);
 MERIDIAN_API void from_json(const nlohmann::ordered_json& json, VideoFrameRate& rate);
 

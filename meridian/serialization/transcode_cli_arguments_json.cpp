@@ -18,7 +18,7 @@ template <typename Json>
 Json encodedDictionary(const TextDictionary& dictionary) {
   typename Json::object_t object;
   for (const auto& [key, value] : dictionary) {
-    // An ordered object searches all its members before it takes one; the dictionary's keys are known to differ.
+    // An ordered object compares a new key with all its members; the dictionary's keys are known to be distinct.
     if constexpr (std::is_same_v<Json, nlohmann::ordered_json>) {
       object.push_back({key, value});
     } else {
@@ -30,19 +30,16 @@ Json encodedDictionary(const TextDictionary& dictionary) {
 
 template <typename Json>
 TextDictionary decodedDictionary(const Json& json, const std::string& path) {
-  if (!json.is_object()) refuse(path, "an object", json);
+  requireObject(json, path);
   TextDictionary dictionary;
   dictionary.reserve(json.size());
-  for (const auto& [key, value] : json.items()) {
-    if (!value.is_string()) refuse(memberPath(path, key), "a string", value);
-    dictionary.set(key, value.template get_ref<const std::string&>());
-  }
+  for (const auto& [key, value] : json.items()) dictionary.set(key, textOf(value, memberPath(path, key)));
   return dictionary;
 }
 
 template <typename Json>
 std::vector<std::string> decodedList(const Json& json, const std::string& path) {
-  if (!json.is_array()) refuse(path, "an array", json);
+  requireType(json.is_array(), json, path, "an array");
   std::vector<std::string> list;
   list.reserve(json.size());
   for (const Json& element : json) list.push_back(textOf(element, memberPath(path, std::to_string(list.size()))));
@@ -63,7 +60,7 @@ Json encoded(const TranscodeCliArguments& arguments) {
 
 template <typename Json>
 TranscodeCliArguments decoded(const Json& json) {
-  requireRecordOf(json, "", {lookupKey, invalidKey, orderKey});
+  requireRecord(json, "", {lookupKey, invalidKey, orderKey});
   TranscodeCliArguments::Stored stored;
   stored.flagValueLookup = decodedDictionary(memberOf(json, "", lookupKey), memberPath("", lookupKey));
   if (const auto found = json.find(invalidKey); found != json.end()) {

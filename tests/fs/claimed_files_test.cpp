@@ -21,10 +21,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::EndsWith;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using Texts = std::vector<std::string>;
+using Claim = Expected<std::vector<ClaimedFile>, ClaimError>;
 
 class ClaimedFiles : public testing::Test {
  protected:
@@ -34,7 +35,7 @@ class ClaimedFiles : public testing::Test {
     for (const std::string& name : names) fs::create_directory(folder_.path() / name);
   }
 
-  /// All that lies below the folder, by its path from there.
+  /// Returns the relative paths of all items in the folder, at any depth.
   [[nodiscard]] Texts items() const {
     Texts names;
     for (const auto& entry : fs::recursive_directory_iterator(folder_.path())) {
@@ -44,11 +45,14 @@ class ClaimedFiles : public testing::Test {
     return names;
   }
 
-  /// The files of a claim, by their paths from the folder.
-  [[nodiscard]] Texts madeBy(const FileClaim& claim) const {
-    EXPECT_FALSE(claim.refusal) << claim.refusal->url.path() << ": " << claim.refusal->message();
+  /// Returns the relative paths of the files of a claim.
+  [[nodiscard]] Texts createdBy(const Claim& claim) const {
     Texts names;
-    for (const ClaimedFile& file : claim.files) {
+    if (!claim) {
+      ADD_FAILURE() << claim.error().message();
+      return names;
+    }
+    for (const ClaimedFile& file : *claim) {
       names.push_back(fs::path(file.url.path()).lexically_relative(folder_.path()).string());
       EXPECT_TRUE(fs::is_regular_file(file.url.path()) && fs::is_empty(file.url.path()));
     }
@@ -63,103 +67,112 @@ std::string contentsOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TEST_F(ClaimedFiles, AreMadeUnderTheFirstNameThatNothingHas) {
+TEST_F(ClaimedFiles, GetTheFirstUnusedName) {
   folder_.write("clip.mov", "mine");
   fs::create_symlink("nowhere", path("clip 2.mov"));
-  EXPECT_THAT(madeBy(claimFile(url("clip.mov"))), ElementsAre("clip 3.mov"));
-  EXPECT_THAT(madeBy(claimFile(url("clip.mov"))), ElementsAre("clip 4.mov"));
-  EXPECT_THAT(madeBy(claimFile(url("new.mov"))), ElementsAre("new.mov"));
+  EXPECT_THAT(createdBy(claimFile(url("clip.mov"))), ElementsAre("clip 3.mov"));
+  EXPECT_THAT(createdBy(claimFile(url("clip.mov"))), ElementsAre("clip 4.mov"));
+  EXPECT_THAT(createdBy(claimFile(url("new.mov"))), ElementsAre("new.mov"));
   EXPECT_EQ(contentsOf(path("clip.mov")), "mine");
   EXPECT_FALSE(fs::exists(path("nowhere")));
 }
 
-TEST_F(ClaimedFiles, OfOneNameAreMadeInEveryDirectory) {
+TEST_F(ClaimedFiles, GetOneNameInEveryDirectory) {
   makeDirectories({"a", "b"});
   folder_.write("b/clip.mov", "");
   const std::vector<Url> directories{url("b"), url("a"), url("a/../b")};
-  EXPECT_THAT(madeBy(claimFileAmongstDirectories("clip", directories, "mov")),
+  EXPECT_THAT(createdBy(claimFileAmongstDirectories("clip", directories, "mov")),
               ElementsAre("b/clip 2.mov", "a/clip 2.mov"));
-  EXPECT_THAT(madeBy(claimFileAmongstDirectories("clip", directories, "")), ElementsAre("b/clip", "a/clip"));
-  EXPECT_THAT(madeBy(claimFileAmongstDirectories("clip", directories, "")), ElementsAre("b/clip 2.", "a/clip 2."));
-  EXPECT_THAT(madeBy(claimFileAmongstDirectories("clip", {}, "mov")), IsEmpty());
+  EXPECT_THAT(createdBy(claimFileAmongstDirectories("clip", directories, "")), ElementsAre("b/clip", "a/clip"));
+  EXPECT_THAT(createdBy(claimFileAmongstDirectories("clip", directories, "")), ElementsAre("b/clip 2.", "a/clip 2."));
+  EXPECT_THAT(createdBy(claimFileAmongstDirectories("clip", {}, "mov")), IsEmpty());
 }
 
-TEST_F(ClaimedFiles, OfASetShareTheirNumberInEveryDirectory) {
+TEST_F(ClaimedFiles, ShareANumberAsASetInEveryDirectory) {
   makeDirectories({"a", "b"});
   folder_.write("a/clip.xml", "");
   fs::create_symlink("nowhere", path("b/clip-2.mov"));
   const std::vector<Url> directories{url("b"), url("a"), url("b/")};
   const Texts extensions{"xml", "mov", "xml"};
-  const FileClaim claim = claimConsistentFiles(directories, "clip", extensions);
-  EXPECT_THAT(madeBy(claim), ElementsAre("b/clip-3.xml", "b/clip-3.mov", "a/clip-3.xml", "a/clip-3.mov"));
-  EXPECT_EQ(claim.files[1].extension, "mov");
-  EXPECT_EQ(claim.files[2].extension, "xml");
-  // What was made before the dangling link was met is gone.
+  const Claim claim = claimConsistentFiles(directories, "clip", extensions);
+  EXPECT_THAT(createdBy(claim), ElementsAre("b/clip-3.xml", "b/clip-3.mov", "a/clip-3.xml", "a/clip-3.mov"));
+  EXPECT_EQ((*claim)[1].extension, "mov");
+  EXPECT_EQ((*claim)[2].extension, "xml");
+  // The files created with number 2 before the dangling link was found are gone.
   EXPECT_THAT(items(), UnorderedElementsAre("a", "a/clip.xml", "a/clip-3.xml", "a/clip-3.mov", "b", "b/clip-2.mov",
                                             "b/clip-3.xml", "b/clip-3.mov"));
-  EXPECT_THAT(madeBy(claimConsistentFiles(directories, "clip", {})), IsEmpty());
+  EXPECT_THAT(createdBy(claimConsistentFiles(directories, "clip", {})), IsEmpty());
 }
 
-TEST_F(ClaimedFiles, AreAllMadeOrNone) {
+TEST_F(ClaimedFiles, AreAllCreatedOrNone) {
   makeDirectories({"a", "b"});
   folder_.write("file", "");
   const std::string almostTooLong(251, 'x');
   folder_.write("a/" + almostTooLong + ".mov", "");
   const std::vector<Url> good{url("a"), url("b")};
   const Texts before = items();
-  using Reason = ClaimRefusalReason;
+  using Code = ClaimErrorCode;
   const struct {
     std::string what;
-    FileClaim claim;
-    Reason reason;
-    std::string refused;
-    std::errc error{};
+    Claim claim;
+    Code code;
+    std::string place;
+    std::errc systemError{};
   } cases[] = {
       {"missing directory",
-       claimConsistentFiles(std::vector{url("a"), url("z"), url("b")}, "clip", Texts{"mov", "xml"}), Reason::notMade,
+       claimConsistentFiles(std::vector{url("a"), url("z"), url("b")}, "clip", Texts{"mov", "xml"}), Code::notCreated,
        path("z/clip.mov"), std::errc::no_such_file_or_directory},
+      // Files are created in the order of their paths.
+      {"two missing directories", claimFileAmongstDirectories("clip", std::vector{url("z"), url("y")}),
+       Code::notCreated, path("y/clip"), std::errc::no_such_file_or_directory},
       {"missing directory for a name", claimFileAmongstDirectories("clip", std::vector{url("a"), url("z")}),
-       Reason::notMade, path("z/clip"), std::errc::no_such_file_or_directory},
-      {"missing directory for a path", claimFile(url("z/clip.mov")), Reason::notMade, path("z/clip.mov"),
+       Code::notCreated, path("z/clip"), std::errc::no_such_file_or_directory},
+      {"missing directory for a path", claimFile(url("z/clip.mov")), Code::notCreated, path("z/clip.mov"),
        std::errc::no_such_file_or_directory},
       {"file for a directory", claimConsistentFiles(std::vector{url("a"), url("file")}, "clip", Texts{"mov"}),
-       Reason::notMade, path("file/clip.mov"), std::errc::not_a_directory},
+       Code::notCreated, path("file/clip.mov"), std::errc::not_a_directory},
       {"a long extension of two", claimConsistentFiles(good, "clip", Texts{"mov", std::string(251, 'y')}),
-       Reason::nameTooLong, path("a/clip." + std::string(251, 'y')), std::errc::filename_too_long},
-      {"no room for a number", claimFileAmongstDirectories(almostTooLong, good, "mov"), Reason::nameTooLong,
+       Code::nameTooLong, path("a/clip." + std::string(251, 'y')), std::errc::filename_too_long},
+      {"no room for a number", claimFileAmongstDirectories(almostTooLong, good, "mov"), Code::nameTooLong,
        path("a/" + almostTooLong + " 2.mov"), std::errc::filename_too_long},
-      {"no room for a number in a path", claimFile(url("a/" + almostTooLong + ".mov")), Reason::nameTooLong,
+      {"no room for a number in a path", claimFile(url("a/" + almostTooLong + ".mov")), Code::nameTooLong,
        path("a/" + almostTooLong + " 2.mov"), std::errc::filename_too_long},
-      {"separator in a name", claimConsistentFiles(good, "../clip", Texts{"mov"}), Reason::unusableName, "../clip.mov"},
-      {"separator in an extension", claimFileAmongstDirectories("clip", good, "x/mov"), Reason::unusableName,
+      {"separator in a name", claimConsistentFiles(good, "../clip", Texts{"mov"}), Code::unusableName, "../clip.mov"},
+      {"separator in an extension", claimFileAmongstDirectories("clip", good, "x/mov"), Code::unusableName,
        "clip.x/mov"},
-      {"NUL", claimConsistentFiles(good, "clip", Texts{"mov", std::string("m\0", 2)}), Reason::unusableName,
+      {"NUL", claimConsistentFiles(good, "clip", Texts{"mov", std::string("m\0", 2)}), Code::unusableName,
        std::string("clip.m\0", 7)},
-      {"the folder above for a name", claimFileAmongstDirectories("..", good), Reason::unusableName, ".."},
-      {"the folder itself for a path", claimFile(url("a/.")), Reason::unusableName, path("a/.")},
-      {"a folder for a path", claimFile(url("a/clip/")), Reason::unusableName, path("a/clip/")},
-      {"no file address", claimFile(*Url::fromText("https://host/clip.mov")), Reason::noFileAddress, "/clip.mov"},
-      {"NUL in a path", claimFile(url(std::string("c\0.mov", 6))), Reason::unusableName,
-       path(std::string("c\0.mov", 6))},
-      {"empty name", claimConsistentFiles(good, "", Texts{"mov"}), Reason::unusableName, ""},
-      {"empty path", claimFile(Url::fromFilePath("")), Reason::unusableName, ""},
-      {"root", claimFile(Url::fromFilePath("/")), Reason::unusableName, "/"},
+      {"the directory above for a name", claimFileAmongstDirectories("..", good), Code::unusableName, ".."},
+      {"the directory itself for a path", claimFile(url("a/.")), Code::unusableName, path("a/.")},
+      {"a directory for a path", claimFile(url("a/clip/")), Code::unusableName, path("a/clip/")},
+      {"not a file URL", claimFile(*Url::fromText("https://host/clip.mov")), Code::notAFileUrl,
+       "https://host/clip.mov"},
+      {"NUL in a path", claimFile(url(std::string("c\0.mov", 6))), Code::unusableName, path(std::string("c\0.mov", 6))},
+      {"empty name", claimConsistentFiles(good, "", Texts{"mov"}), Code::unusableName, ""},
+      {"empty name with an extension", claimFileAmongstDirectories("", good, "mov"), Code::unusableName, ""},
+      {"empty path", claimFile(Url::fromFilePath("")), Code::unusableName, ""},
+      {"root", claimFile(Url::fromFilePath("/")), Code::unusableName, "/"},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.what);
-    EXPECT_THAT(each.claim.files, IsEmpty());
-    ASSERT_TRUE(each.claim.refusal);
-    EXPECT_EQ(each.claim.refusal->reason, each.reason);
-    EXPECT_EQ(each.claim.refusal->url.path(), each.refused);
-    EXPECT_EQ(each.claim.refusal->systemError,
-              each.error == std::errc{} ? std::error_code() : make_error_code(each.error));
-    EXPECT_THAT(each.claim.refusal->leftBehind, IsEmpty());
-    EXPECT_THAT(each.claim.refusal->message(), HasSubstr(std::string(description(each.reason))));
+    ASSERT_FALSE(each.claim);
+    const std::error_code systemError =
+        each.systemError == std::errc{} ? std::error_code() : make_error_code(each.systemError);
+    EXPECT_EQ(each.claim.error(), (ClaimError{{each.code, each.place, {}, systemError}, {}}));
   }
   EXPECT_EQ(items(), before);
 }
 
-/// Claims files under one name after the other, as all processes do, and writes into each which process had it.
+TEST_F(ClaimedFiles, NameTheFilesLeftBehindInTheirError) {
+  ClaimError error{{ClaimErrorCode::notCreated, "/b/a\n.mov", {}, make_error_code(std::errc::permission_denied)}, {}};
+  EXPECT_EQ(error.message(),
+            "\"/b/a\\n.mov\": cannot be created: Permission denied; check that its directory exists and is writable, "
+            "and that the volume has space");
+  error.leftBehind = {Url::fromFilePath("/a/a\n.mov"), Url::fromFilePath("/a/b.mov")};
+  EXPECT_THAT(error.message(), EndsWith("; left behind, empty: \"/a/a\\n.mov\" \"/a/b.mov\""));
+}
+
+/// Claims files under one name after the other, as all processes do, and writes the process into each.
 void claimManyFiles(const std::string& root, int process, int rounds) {
   const Url a = Url::fromFilePath(root + "/a");
   const Url b = Url::fromFilePath(root + "/b");
@@ -168,12 +181,15 @@ void claimManyFiles(const std::string& root, int process, int rounds) {
   std::ofstream log(root + "/log" + std::to_string(process));
   for (int round = 0; round < rounds; ++round) {
     const std::string name = "clip" + std::to_string(round);
-    // A single file gets into the way of a name for both directories between its first file and its last.
-    const FileClaim single = process % 2 == 0 ? claimFileAmongstDirectories(name, directories, "mov")
-                                              : claimFile(Url::fromFilePath(root + "/b/" + name + ".mov"));
-    for (const FileClaim& claim : {single, claimConsistentFiles(directories, name, extensions)}) {
-      if (claim.refusal) log << "refused: " << claim.refusal->message() << '\n';
-      for (const ClaimedFile& file : claim.files) {
+    // A single file takes the name of a claim for both directories between its first file and its last.
+    const Claim single = process % 2 == 0 ? claimFileAmongstDirectories(name, directories, "mov")
+                                          : claimFile(Url::fromFilePath(root + "/b/" + name + ".mov"));
+    for (const Claim& claim : {single, claimConsistentFiles(directories, name, extensions)}) {
+      if (!claim) {
+        log << "error: " << claim.error().message() << '\n';
+        continue;
+      }
+      for (const ClaimedFile& file : *claim) {
         std::ofstream(file.url.path(), std::ios::app) << process;
         log << file.url.path() << '\n';
       }
@@ -182,7 +198,7 @@ void claimManyFiles(const std::string& root, int process, int rounds) {
   log.flush();
 }
 
-TEST_F(ClaimedFiles, OfSeveralProcessesAreEachOnesOwn) {
+TEST_F(ClaimedFiles, AreNeverSharedBetweenProcesses) {
   constexpr int processes = 6;
   constexpr int rounds = 100;
   makeDirectories({"a", "b"});
@@ -196,7 +212,7 @@ TEST_F(ClaimedFiles, OfSeveralProcessesAreEachOnesOwn) {
     if (child == 0) {
       close(start[1]);
       char unused = 0;
-      const bool began = read(start[0], &unused, 1) == 0;  // all begin when the pipe is closed
+      const bool began = read(start[0], &unused, 1) == 0;  // all processes begin when the pipe is closed
       if (began) claimManyFiles(folder_.path().string(), process, rounds);
       _exit(began ? 0 : 1);
     }

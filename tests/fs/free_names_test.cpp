@@ -30,7 +30,7 @@ std::vector<Url> urlsOf(const Texts& paths) {
   return urls;
 }
 
-/// Items that exist, and the paths that were asked for.
+/// A file system: the paths that exist, and those that were asked about.
 struct Items {
   std::set<std::string> taken;
   Texts asked;
@@ -41,7 +41,7 @@ struct Items {
   }
 };
 
-TEST(FreeNames, ASinglePathGetsASpaceAndANumberBehindItsWholeName) {
+TEST(FreeNames, NumberASinglePathAfterItsWholeName) {
   const struct {
     std::string path;
     std::set<std::string> taken;
@@ -70,7 +70,7 @@ TEST(FreeNames, ASinglePathGetsASpaceAndANumberBehindItsWholeName) {
   }
 }
 
-TEST(FreeNames, ANameAmongDirectoriesKeepsItsOwnRuleOfExtensions) {
+TEST(FreeNames, NumberANameThatIsUnusedInAllDirectories) {
   const struct {
     Texts directories;
     std::optional<std::string_view> extension;
@@ -95,7 +95,7 @@ TEST(FreeNames, ANameAmongDirectoriesKeepsItsOwnRuleOfExtensions) {
   }
 }
 
-TEST(FreeNames, FilesOfASetShareAHyphenAndANumber) {
+TEST(FreeNames, NumberAllFilesOfASetAlike) {
   const Texts extensions{"mov", "xml", "mov"};
   const auto freeSet = [&](const std::set<std::string>& taken, const Texts& given) {
     return consistentFilePathsAdjustedForCollision(urlOf("/a"), "clip", given, Items{taken, {}});
@@ -107,7 +107,7 @@ TEST(FreeNames, FilesOfASetShareAHyphenAndANumber) {
   EXPECT_THAT(freeSet({"/a/clip."}, {"", ".MOV"}),
               ElementsAre(Pair("", urlOf("/a/clip-2.")), Pair(".MOV", urlOf("/a/clip-2..MOV"))));
   EXPECT_THAT(freeSet({"/a/clip"}, {}), IsEmpty());
-  // What is asked for is what the map holds, also at an address without a path.
+  // A URL without a path is asked about at its root, and the map holds its host.
   EXPECT_THAT(consistentFilePathsAdjustedForCollision(*Url::fromText("https://host"), "clip", Texts{"mov"},
                                                       Items{{"/clip.mov"}, {}}),
               ElementsAre(Pair("mov", *Url::fromText("https://host/clip-2.mov"))));
@@ -121,10 +121,10 @@ TEST(FreeNames, FilesOfASetShareAHyphenAndANumber) {
   EXPECT_THAT(across({}, {}), IsEmpty());
 }
 
-/// The paths that a scheme tries at each number, from 1 on.
+/// Returns the paths that a scheme tries for a number, from 1 on.
 using Attempts = std::function<Texts(int number)>;
 
-/// The number whose paths are free; checks that nothing else was asked for, and nothing twice in one attempt.
+/// Returns the first number whose paths are unused; checks that only candidates were asked about, and each once.
 int expectedNumber(const Attempts& attempts, const Items& items) {
   std::multiset<std::string> candidates;
   for (int number = 1;; ++number) {
@@ -137,7 +137,7 @@ int expectedNumber(const Attempts& attempts, const Items& items) {
   }
 }
 
-TEST(FreeNames, EverySchemeTakesTheFirstNumberThatIsFree) {
+TEST(FreeNames, HaveTheFirstUnusedNumberInEveryScheme) {
   std::mt19937 random(20261121);  // NOLINT(bugprone-random-generator-seed): the same cases in every run
   const auto below = [&random](std::size_t limit) { return random() % limit; };
   const Texts bases{"clip", "clip 2", "a.b", "é", "x-2"};
@@ -199,7 +199,7 @@ TEST(FreeNames, EverySchemeTakesTheFirstNumberThatIsFree) {
   }
 }
 
-TEST(FreeNames, CostsOneQueryForEachCollisionHoweverManyThereAre) {
+TEST(FreeNames, CostOneQueryForEachCollision) {
   constexpr std::int64_t collisions = 1'000'000;
   std::int64_t queries = 0;
   const auto isTaken = [&queries](const std::string& /*path*/) { return ++queries <= collisions; };
@@ -207,7 +207,7 @@ TEST(FreeNames, CostsOneQueryForEachCollisionHoweverManyThereAre) {
   EXPECT_EQ(queries, collisions + 1);
 }
 
-TEST(FreeNames, AskTheFileSystemByDefault) {
+TEST(FreeNames, QueryTheFileSystemByDefault) {
   const test::TemporaryFolder folder;
   const auto path = [&folder](const std::string& name) { return (folder.path() / name).string(); };
   const std::string longest(255, 'x');
@@ -222,7 +222,7 @@ TEST(FreeNames, AskTheFileSystemByDefault) {
   EXPECT_EQ(lastPathComponentAdjustedForCollision("clip", {&directory, 1}, "mov"), "clip 3.mov");
   EXPECT_EQ(consistentFilePathsAdjustedForCollision(directory, "clip", mov).at("mov").path(), path("clip-2.mov"));
   EXPECT_EQ(filePathAdjustedForCollision(urlOf(path("missing/clip.mov"))).path(), path("missing/clip.mov"));
-  // A link that leads nowhere does not exist, and neither does a name that is too long to be there.
+  // A link that leads nowhere does not exist, nor does a name that is too long.
   EXPECT_EQ(filePathAdjustedForCollision(urlOf(path("dangling"))).path(), path("dangling"));
   EXPECT_EQ(filePathAdjustedForCollision(urlOf(path(longest))).path(), path(longest + " 2"));
 }

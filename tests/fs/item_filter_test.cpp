@@ -9,6 +9,7 @@
 #include "meridian/fs/extension_filter.h"
 #include "meridian/platform/file_queries.h"
 #include "meridian/suite/localization.h"
+#include "tests/fs/plain_item_filter.h"
 #include "tests/support/temporary_folder.h"
 
 namespace meridian {
@@ -17,7 +18,7 @@ namespace {
 using enum ItemFilterRule;
 constexpr auto onlyListed = ItemFilteringOption::onlyListedExtensions;
 
-TEST(ItemFilteringOption, HasNumbersTextsAndTooltips) {
+TEST(ItemFilteringOption, IsStoredAsANumberAndTranslated) {
   EXPECT_EQ(itemFilteringOption(0), ItemFilteringOption::ignoreListedExtensions);
   EXPECT_EQ(itemFilteringOption(1), onlyListed);
   for (const std::int64_t number : {-1, 2, 256, 257}) EXPECT_EQ(itemFilteringOption(number), std::nullopt);
@@ -27,7 +28,7 @@ TEST(ItemFilteringOption, HasNumbersTextsAndTooltips) {
   setTranslator(nullptr);
 }
 
-TEST(ExtensionFilter, RefusesKnownExtensionsThatAreNotListed) {
+TEST(ExtensionFilter, NeverPermitsKnownExtensionsThatAreNotListed) {
   using enum FileExtension;
   const struct {
     std::string_view extension;
@@ -43,11 +44,14 @@ TEST(ExtensionFilter, RefusesKnownExtensionsThatAreNotListed) {
   EXPECT_TRUE((ExtensionFilter{{directory}, false}.permitsExtension("")));
 }
 
-TEST(ItemFilter, DecidesByTheFirstRuleThatFits) {
+TEST(ItemFilter, DecidesByTheFirstRuleThatApplies) {
   const test::TemporaryFolder folder;
   const std::string root = folder.path().string();
   std::filesystem::create_directory(root + "/footage.mov");
-  for (const char* const name : {"clip.MOV", ".mov", "clip.mxf", ".ds_store", "clipmov"}) folder.write(name, "");
+  for (const char* const name : {"clip.MOV", ".mov", "clip.mxf", ".ds_store", "clipmov", "clip.tar.gz", "x.STRASSE"})
+    folder.write(name, "");
+  std::filesystem::create_symlink("nowhere", root + "/.dangling");
+  std::filesystem::create_directory_symlink(root, root + "/link.mov");
   const std::vector<std::string> defaults(defaultForceIgnorePathComponents.begin(),
                                           defaultForceIgnorePathComponents.end());
   using Settings = ItemFilterSettings;
@@ -57,11 +61,15 @@ TEST(ItemFilter, DecidesByTheFirstRuleThatFits) {
     ItemDecision decision;
   } cases[] = {
       {".ds_store", {.forcePathComponents = defaults}, {true, forcedComponent}},
-      {"$recycle.bin", {.forcePathComponents = defaults}, {true, forcedComponent}},  // need not exist
+      {"$recycle.bin", {.forcePathComponents = defaults}, {true, forcedComponent}},  // does not exist
       {"footage.mov", {.forcePathComponents = {"x", "FOOTAGE.MOV"}}, {true, forcedComponent}},
+      {"clip.MOV", {.forcePathComponents = {"clip", "MOV", "clip.MOV2"}}, {false, noExtensions}},
+      {".ds_store", {.ignoreHiddenItems = true, .forcePathComponents = defaults}, {true, forcedComponent}},
       {"footage.mov", {.extensionFilterList = {"mov"}}, {false, directory}},
       {"footage.mov", {.extensionFilterList = {"mxf"}, .filteringOption = onlyListed}, {false, directory}},
       {".mov", {.extensionFilterList = {"mov"}, .ignoreHiddenItems = true}, {true, hidden}},
+      {".dangling", {.ignoreHiddenItems = true}, {true, hidden}},
+      {"link.mov", {.extensionFilterList = {"mov"}}, {false, directory}},
       {".missing", {.ignoreHiddenItems = true}, {false, noExtensions}},
       {".mov", {.extensionFilterList = {"mov"}}, {true, extension}},
       {"clip.MOV", {.extensionFilterList = {".mov"}}, {true, extension}},
@@ -70,22 +78,30 @@ TEST(ItemFilter, DecidesByTheFirstRuleThatFits) {
       {"clipmov", {.extensionFilterList = {"mov"}}, {false, extension}},
       {"clip.mxf", {.filteringOption = onlyListed}, {false, noExtensions}},
       {"clip.", {.extensionFilterList = {""}}, {true, extension}},
+      {"clip.MOV", {.extensionFilterList = {""}}, {false, extension}},
+      {"clip.MOV", {.extensionFilterList = {"..mov"}}, {false, extension}},
+      {"clip.tar.gz", {.extensionFilterList = {"tar.gz"}}, {true, extension}},
+      {"clip.tar.gz", {.extensionFilterList = {"gz"}}, {true, extension}},
+      {"clip.tar.gz", {.extensionFilterList = {"tar"}}, {false, extension}},
+      {"x.STRASSE", {.extensionFilterList = {"stra\xc3\x9f\x65"}}, {false, extension}},  // lower case is not folding
+      {"X.stra\xc3\x9f\x65", {.forcePathComponents = {"x.STRASSE"}}, {true, forcedComponent}},
       {"", {.extensionFilterList = {"mov"}, .filteringOption = onlyListed}, {false, directory}},
   };
   for (const auto& [name, settings, decision] : cases) {
     const Url item = Url::fromFilePath(root + "/" + std::string(name));
+    EXPECT_EQ(test::plainDecision(item, settings), decision) << name;
     EXPECT_EQ(decisionBasedOnSettings(item, settings), decision) << name;
     EXPECT_EQ(shouldIgnoreBasedOnSettings(item, settings), decision.isIgnored) << name;
   }
 }
 
-TEST(ItemFilter, StopsTheProcessForAnOptionThatIsNoCase) {
+TEST(ItemFilter, TerminatesForAnUnknownOptionThatWouldDecide) {
   const auto wrong = static_cast<ItemFilteringOption>(2);
   const ItemFilterSettings settings{.extensionFilterList = {"mov"}, .filteringOption = wrong};
   const Url item = Url::fromFilePath("/missing");
   EXPECT_DEATH((void)shouldIgnoreBasedOnSettings(item, settings), "filtering option 2");
   EXPECT_DEATH((void)ItemFilter(settings).isIgnored(item), "filtering option 2");
-  // Directories and empty lists are decided before it.
+  // The rules for directories and empty lists come first.
   const Url directory = Url::fromFilePath("/");
   EXPECT_FALSE(shouldIgnoreBasedOnSettings(directory, settings));
   EXPECT_FALSE(ItemFilter(settings).isIgnored(directory));
@@ -93,8 +109,8 @@ TEST(ItemFilter, StopsTheProcessForAnOptionThatIsNoCase) {
   EXPECT_FALSE(ItemFilter({.filteringOption = wrong}).isIgnored(item));
 }
 
-// Names and extensions that meet in many ways: letters whose case forms have other lengths, dots everywhere, stray
-// bytes, and one too long for a buffer.
+// Pieces of names and extensions: letters whose case forms differ in length, dots everywhere, stray bytes, and a piece
+// that is longer than a name may be.
 const std::vector<std::string> pieces{
     ".", "..",   "mov", "MOV",   "tar.gz",    ".Gz", "\xc3\x9f", "SS",       "\xc4\xb0",           "i", "\xe2\x84\xaa",
     "k", "\xff", ".x",  "clip.", ".DS_STORE", "a",   "\xc3\xa9", "\xc3\x89", std::string(260, '.')};
@@ -117,12 +133,12 @@ ItemFilterSettings randomSettings(std::mt19937& random) {
           .forcePathComponents = names(2)};
 }
 
-TEST(ItemFilter, PreparedDecidesAsThePlainRuleDoes) {
+TEST(ItemFilter, DecidesAsThePlainRule) {
   const test::TemporaryFolder folder;
   const std::string root = folder.path().string();
   std::mt19937 random(11);
   for (int round = 0; round < 150; ++round) {
-    std::error_code ignored;  // names too long, taken, or "." and ".."
+    std::error_code ignored;  // for names that are too long or in use, "." and ".."
     const std::filesystem::path path = folder.path() / randomName(random);
     if (round % 3 == 0) {
       std::filesystem::create_directory(path, ignored);
@@ -141,11 +157,11 @@ TEST(ItemFilter, PreparedDecidesAsThePlainRuleDoes) {
     if (random() % 100 == 0) path = random() % 2 == 0 ? "/" : "";
     const Url item = Url::fromFilePath(path);
 
-    const ItemDecision plain = decisionBasedOnSettings(item, settings);
+    const ItemDecision plain = test::plainDecision(item, settings);
     ++decided[static_cast<std::size_t>(plain.rule)];
     EXPECT_EQ(filter.decision(item), plain) << path;
     EXPECT_EQ(filter.isIgnored(item), plain.isIgnored) << path;
-    if (!pathIsHidden(path)) continue;  // no entry of any folder
+    if (!pathIsHidden(path)) continue;  // not an entry of a directory
 
     const std::string_view name = item.lastPathComponent();
     const auto isDirectory = [&path] { return pathIsDirectory(path); };
@@ -155,7 +171,7 @@ TEST(ItemFilter, PreparedDecidesAsThePlainRuleDoes) {
   EXPECT_THAT(decided, testing::Each(testing::Gt(100)));
 }
 
-TEST(ItemFilter, AsksOnceAndOnlyWhereTheAnswerDependsOnIt) {
+TEST(ItemFilter, AsksOnceAndOnlyIfTheAnswerDependsOnIt) {
   std::mt19937 random(13);
   for (int round = 0; round < 20000; ++round) {
     const ItemFilter filter(randomSettings(random));

@@ -7,7 +7,7 @@
 namespace meridian {
 namespace {
 
-TEST(NameRules, CutTheEndsOfTexts) {
+TEST(NameRules, DeletePrefixesAndSuffixes) {
   EXPECT_EQ(deletingPrefix("/a/a", "/a"), "/a");
   EXPECT_EQ(deletingPrefix("/a", "/A"), "/a");
   EXPECT_EQ(deletingPrefix("a", "ab"), "a");
@@ -16,7 +16,7 @@ TEST(NameRules, CutTheEndsOfTexts) {
   EXPECT_EQ(deletingSuffix("clip", "clip"), "");
 }
 
-TEST(NameRules, HoldEightyEightCharactersForTapes) {
+TEST(NameRules, DecideOnEveryByte) {
   EXPECT_EQ(legalLtfsCharacters.size(), 88U);
   for (int code = 0; code < 256; ++code) {
     const std::string byte(1, static_cast<char>(code));
@@ -27,10 +27,22 @@ TEST(NameRules, HoldEightyEightCharactersForTapes) {
   }
 }
 
+TEST(NameRules, TellNamesOfFiles) {
+  const std::string withNul("a\0.mov", 6);
+  for (const std::string_view name : {"clip.mov", "...", ".a", " ", "-", "\xff"}) {
+    EXPECT_TRUE(isFileName(name) && pathNamesFile(name) && pathNamesFile("/out/" + std::string(name))) << name;
+  }
+  for (const std::string& name : {std::string(), std::string("."), std::string(".."), withNul}) {
+    EXPECT_FALSE(isFileName(name) || pathNamesFile(name) || pathNamesFile("/out/" + name)) << name;
+  }
+  EXPECT_FALSE(isFileName("a/b") || isFileName("/") || isFileName("a/"));
+  EXPECT_FALSE(pathNamesFile("/") || pathNamesFile("/a/") || pathNamesFile(withNul + "/clip.mov"));
+}
+
 TEST(NameRules, RemoveWholeCharacters) {
   EXPECT_EQ(removingInvalidLtfsCharacters("Caf\xc3\xa9\t<1>/ a:b~"), "Caf1/ a:b~");
   EXPECT_EQ(removingDisallowedMacOSFilesystemCharacters("/a:b/\xc3\xa9\n"), "ab\xc3\xa9\n");
-  // A stray byte is no listed character, not even where the same byte is a part of one.
+  // A stray byte is not a listed character, even if a listed character contains the same byte.
   const CharacterSet accents("\xc3\xa9\xf0\x9f\x8e\xac");
   const std::string text = "a\xc3\xa9\xc3\xa8\xa9\xc3\xf0\x9f\x8e\xac!";
   EXPECT_EQ(removingDisallowedCharacters(text, accents), "a\xc3\xa8\xa9\xc3!");

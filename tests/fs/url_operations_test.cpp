@@ -23,7 +23,7 @@ TEST(UrlOperations, ComparePaths) {
       {"/a/b", "/a/b/", false, false, true, false},
       {"/a/b/c", "/a/b", false, true, true, true},
       {"/a/bc", "/a/b", false, true, false, false},
-      {"/a/bc/d", "/a/b", false, true, false, true},  // a plain prefix, on purpose
+      {"/a/bc/d", "/a/b", false, true, false, true},  // a text prefix
       {"/a/b/c", "/A/b", false, false, false, false},
       {"/a/./x/../b/c", "/a//b/", false, false, true, false},
       {"/a", "/", false, true, true, true},
@@ -56,23 +56,23 @@ TEST(UrlOperations, CutPaths) {
     EXPECT_EQ(trimmingTrailingPathSeparators(file(path)), file(trimmed));
   }
   const struct {
-    std::string_view path, folder, subPath, text;
+    std::string_view path, volume, subPath, text;
   } cases[] = {
       {"/vol/card/A/1.mov", "/vol/card", "A", "A"},
       {"/vol/card/A/1.mov", "/vol/card/", "A", "A"},
       {"/vol/card/1.mov", "/vol/card", "", ""},
       {"/vol/card/1.mov", "/vol/card/", "vol/card", "vol/card"},
       {"/vol/cards/1.mov", "/vol/card", "s", "s"},
-      {"/vol/card//A/1.mov", "/vol/card", "/A", "A"},  // the text loses one more separator
+      {"/vol/card//A/1.mov", "/vol/card", "/A", "A"},  // the text loses one more separator than the URL
       {"/other/1.mov", "/vol/card", "other", "other"},
       {"/vol/card/A/", "/vol/card", "", ""},
       {"/1.mov", "", "", ""},
       {"1.mov", "/vol", ".", "."},
   };
-  for (const auto& [path, folder, sub, text] : cases) {
-    for (const bool includingFileName : {false, true}) {  // has no effect, on purpose
-      EXPECT_EQ(subPath(file(path), folder, includingFileName), file(sub)) << path;
-      EXPECT_EQ(subPathString(file(path), folder, includingFileName), text) << path;
+  for (const auto& [path, volume, sub, text] : cases) {
+    for (const bool includingFileName : {false, true}) {  // has no effect
+      EXPECT_EQ(subPath(file(path), volume, includingFileName), file(sub)) << path;
+      EXPECT_EQ(subPathString(file(path), volume, includingFileName), text) << path;
     }
   }
 }
@@ -97,7 +97,7 @@ TEST(UrlOperations, AskTheFileSystem) {
   EXPECT_THROW((void)fileSystemSupportsHardLinks(missing), std::system_error);
 }
 
-TEST(UrlOperations, KnowRemoteAddressesByTheirScheme) {
+TEST(UrlOperations, TellRemoteUrlsByTheirScheme) {
   EXPECT_TRUE(isRemote(*Url::fromText("https://host/a")));
   EXPECT_TRUE(isRemote(*Url::fromText("http://host/a")));
   EXPECT_FALSE(isRemote(*Url::fromText("HTTPS://host/a")));

@@ -1,8 +1,8 @@
-# One run of the package test; see CMakeLists.txt beside it.
+# Runs the package test of one kind; see CMakeLists.txt in this directory.
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(NOT status EQUAL 0)
-    message(FATAL_ERROR "${ARGN}\nended with ${status}:\n${output}")
+    message(FATAL_ERROR "${ARGN}\nexited with ${status}:\n${output}")
   endif()
   set(output "${output}" PARENT_SCOPE)
 endfunction()
@@ -18,13 +18,13 @@ if(KIND STREQUAL static)
   run(${CMAKE_COMMAND} --build ${BINARY_DIR})
 endif()
 run(${CMAKE_COMMAND} --install ${BINARY_DIR} --prefix ${prefix})
-# Moved, since a package may not know where it was installed.
+# An installed package must not depend on where it was installed.
 file(RENAME ${prefix} ${WORK_DIR}/moved)
 set(prefix ${WORK_DIR}/moved)
 
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/examples ${compiler} -DCMAKE_PREFIX_PATH=${prefix})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/examples)
-# A component that was asked for as optional and lacks its dependency is left out.
+# An optional component whose dependency is missing is not found, and the rest of the package is.
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/core-only ${compiler} -DCMAKE_PREFIX_PATH=${prefix}
     -DCMAKE_DISABLE_FIND_PACKAGE_Protobuf=ON -DCMAKE_DISABLE_FIND_PACKAGE_nlohmann_json=ON)
 run(${WORK_DIR}/examples/stored_job)
@@ -51,7 +51,7 @@ if(NOT hash_count EQUAL 40)
 endif()
 
 if(KIND STREQUAL shared)
-  # The installed command finds the installed library, and the shared library carries its version.
+  # The installed command finds the installed library, whose file name has the version.
   run(${prefix}/bin/meridian presets)
   file(GLOB libraries ${prefix}/lib*/libmeridian.so.0.2 ${prefix}/lib*/*/libmeridian.so.0.2)
   if(NOT libraries)

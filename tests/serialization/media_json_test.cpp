@@ -19,7 +19,7 @@ constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
 
 TYPED_TEST(MediaJsonTest, HasTheDocumentedForms) {
   const TimecodeComponents timecode{1, 2, 3, 4, true};
-  // Within a larger document, through the containers of the standard library.
+  // Values in a larger document and in containers of the standard library.
   const TypeParam document{{"rates", std::vector{VideoFrameRate::ntsc30p, VideoFrameRate::custom({25, 2})}},
                            {"start", timecode},
                            {"aspect", NumericRational{16, 9}},
@@ -51,7 +51,7 @@ TYPED_TEST(MediaJsonTest, ReadsBackWhatItWrites) {
       ASSERT_EQ(TypeParam::parse(TypeParam(media).dump()).template get<MediaRational>(), *expected);
     }
   }
-  // A custom rate stays one.
+  // A custom rate stays custom.
   EXPECT_EQ(TypeParam::parse(R"({"custom": {"_0": 25}})").template get<VideoFrameRate>(),
             VideoFrameRate::custom({25, 1}));
   const auto whole = TypeParam::parse(R"({"numerator": 24000.0, "denominator": -9223372036854775808})");
@@ -60,7 +60,7 @@ TYPED_TEST(MediaJsonTest, ReadsBackWhatItWrites) {
 }
 
 template <typename Value, typename Json>
-void expectRefusal(std::string_view text, std::string_view path, std::string_view message) {
+void expectError(std::string_view text, std::string_view path, std::string_view message) {
   Value value;
   try {
     Json::parse(text).get_to(value);
@@ -70,37 +70,37 @@ void expectRefusal(std::string_view text, std::string_view path, std::string_vie
     EXPECT_EQ(error.message(), message) << text;
     EXPECT_THAT(error.what(), ::testing::HasSubstr(message)) << text;
   }
-  // By its encoded form, since ratios of one numerator are equal.
+  // Compares encoded forms: rationals with equal numerators are equal.
   EXPECT_EQ(Json(value), Json(Value())) << text;
 }
 
-TYPED_TEST(MediaJsonTest, RefusalsNameThePlaceAndChangeNothing) {
+TYPED_TEST(MediaJsonTest, ErrorsNameThePlaceAndChangeNothing) {
   constexpr std::string_view keys = "Invalid number of keys found, expected one.";
-  const auto rate = expectRefusal<VideoFrameRate, TypeParam>;
+  const auto rate = expectError<VideoFrameRate, TypeParam>;
   rate("{}", "", keys);
   rate(R"({"p24": {}, "p30": {}})", "", keys);
   rate(R"("p24")", "", "expected an object, found string");
   rate(R"([{"p24": {}}])", "", "expected an object, found array");
-  rate(R"({"P24": {}})", "/P24", "is none of the frame rates");
+  rate(R"({"P24": {}})", "/P24", "is not a frame rate");
   rate(R"({"p24": 24})", "/p24", "expected an object, found number");
-  rate(R"({"p24": {"_0": 24}})", "/p24/_0", "is none of the record's keys");
+  rate(R"({"p24": {"_0": 24}})", "/p24/_0", "is not a key of the record");
   rate(R"({"custom": {}})", "/custom/_0", "is missing");
   rate(R"({"custom": {"_0": "25"}})", "/custom/_0", "expected a number, found string");
-  rate(R"({"custom": {"_0": 25, "_1": 1}})", "/custom/_1", "is none of the record's keys");
+  rate(R"({"custom": {"_0": 25, "_1": 1}})", "/custom/_1", "is not a key of the record");
   constexpr std::string_view number = "expected a finite number other than 0 within 64 bits in millionths";
   for (const std::string_view text : {"0", "-0.0", "1e300", "9223372036854775808"}) {
     rate(R"({"custom": {"_0": )" + std::string(text) + "}}", "/custom/_0", number);
-    expectRefusal<MediaRational, TypeParam>(text, "", number);
+    expectError<MediaRational, TypeParam>(text, "", number);
   }
-  expectRefusal<MediaRational, TypeParam>("null", "", "expected a number, found null");
+  expectError<MediaRational, TypeParam>("null", "", "expected a number, found null");
 
   const std::string integer = "expected an integer within 64 bits, found ";
-  const auto ratio = expectRefusal<NumericRational, TypeParam>;
+  const auto ratio = expectError<NumericRational, TypeParam>;
   ratio(R"({"numerator": 1.5, "denominator": 1})", "/numerator", integer + "1.5");
   ratio(R"({"numerator": 6, "denominator": 9223372036854775808})", "/denominator", integer + "9223372036854775808");
   ratio(R"({"numerator": 0, "denominator": 1e300})", "/denominator", integer + "1e+300");
   ratio(R"({"numerator": 5})", "/denominator", "is missing");
-  const auto timecode = expectRefusal<TimecodeComponents, TypeParam>;
+  const auto timecode = expectError<TimecodeComponents, TypeParam>;
   timecode(R"({"hours": 1, "minutes": 2, "seconds": 3, "frames": 4})", "/isDropFrame", "is missing");
   timecode(R"({"hours": 1, "minutes": 2, "seconds": 3, "frames": 4, "isDropFrame": 0})", "/isDropFrame",
            "expected a boolean, found number");

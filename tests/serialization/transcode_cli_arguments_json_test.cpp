@@ -41,14 +41,14 @@ TYPED_TEST(TranscodeCliArgumentsJsonTest, ReadsBackRandomStores) {
     if constexpr (isOrdered) {
       ASSERT_EQ(reference::storeOf(again), reference::storeOf(arguments));
     }
-    // JSON text holds no other bytes than UTF-8.
+    // JSON text can only hold valid UTF-8.
     if (!isValidUtf8(arguments.cliString()) || !std::ranges::all_of(words, isValidUtf8)) continue;
     const auto parsed = TypeParam::parse(json.dump()).template get<TranscodeCliArguments>();
     ASSERT_EQ(reference::storeOf(parsed), reference::storeOf(again));
   }
 }
 
-TYPED_TEST(TranscodeCliArgumentsJsonTest, NormalisesNothingAgain) {
+TYPED_TEST(TranscodeCliArgumentsJsonTest, DoesNotNormaliseAgain) {
   const Stored stored{TextDictionary{{" -OUT ", " A "}, {"-preset", "solvane_cloud"}, {"", "-foo"}}, TextDictionary{},
                       Words{"-vn", "stray", "-vn"}};
   const TypeParam json = TypeParam::parse(R"({"orderedFlags": ["-vn", "stray", "-vn"], "invalidKeyValueLookup": {},
@@ -57,7 +57,7 @@ TYPED_TEST(TranscodeCliArgumentsJsonTest, NormalisesNothingAgain) {
   EXPECT_EQ(TypeParam(TranscodeCliArguments::fromStored(stored)).size(), 3U);
 }
 
-TYPED_TEST(TranscodeCliArgumentsJsonTest, RefusalsNameThePlaceAndChangeNothing) {
+TYPED_TEST(TranscodeCliArgumentsJsonTest, ErrorsNameThePlaceAndChangeNothing) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"null", ""},
       {"[]", ""},

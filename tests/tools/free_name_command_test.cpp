@@ -21,7 +21,7 @@ using testing::IsEmpty;
 using testing::Not;
 using Words = std::vector<std::string>;
 
-/// Folders "a" and "b", which go away with the test.
+/// Directories "a" and "b", which are removed after the test.
 class FreeNameCommand : public testing::Test {
  protected:
   FreeNameCommand() {
@@ -35,7 +35,7 @@ class FreeNameCommand : public testing::Test {
     words.insert(words.begin(), {MERIDIAN_COMMAND, "free-name"});
     return test::run(words);
   }
-  /// What is printed where all is well.
+  /// Returns the output of a command that succeeds.
   static std::string printed(const Words& words) {
     const Outcome outcome = freeName(words);
     EXPECT_EQ(outcome.status, 0);
@@ -46,7 +46,7 @@ class FreeNameCommand : public testing::Test {
   test::TemporaryFolder folder_;
 };
 
-TEST_F(FreeNameCommand, PrintsANameAndMakesTheFileWhenAsked) {
+TEST_F(FreeNameCommand, PrintsANameAndCreatesTheFileIfAsked) {
   const std::string clip = folder_.write("cl\xff ip\n.mov", "");
   const std::string second = path("cl\xff ip\n 2.mov");
   EXPECT_EQ(printed({path("new.mov")}), path("new.mov") + "\n");
@@ -62,7 +62,7 @@ TEST_F(FreeNameCommand, PrintsANameAndMakesTheFileWhenAsked) {
             json({{{"path", path("cl\xef\xbf\xbd ip\n 3.mov")}, {"name", "cl\xef\xbf\xbd ip\n 3.mov"}}}));
 }
 
-TEST_F(FreeNameCommand, PrintsOneNameForSeveralFolders) {
+TEST_F(FreeNameCommand, PrintsOneNameForSeveralDirectories) {
   folder_.write("b/clip", "");
   const Words among{"--among", path("a"), path("b")};
   const auto named = [&among](Words words) {
@@ -78,7 +78,7 @@ TEST_F(FreeNameCommand, PrintsOneNameForSeveralFolders) {
                   {{"path", path("b/clip 2.mov")}, {"name", "clip 2.mov"}}}));
 }
 
-TEST_F(FreeNameCommand, PrintsAndMakesTheSameFilesOfASet) {
+TEST_F(FreeNameCommand, PrintsAndCreatesTheSameFilesOfASet) {
   folder_.write("b/clip.mov", "");
   const Words set{"--base", "clip", "--ext", "xml", "mov", "--ext", "xml", "--set", path("a"), "--set", path("b")};
   const std::string expected = path("a/clip-2.xml") + "\n" + path("a/clip-2.mov") + "\n" + path("b/clip-2.xml") + "\n" +
@@ -92,7 +92,7 @@ TEST_F(FreeNameCommand, PrintsAndMakesTheSameFilesOfASet) {
             json({{"path", path("b/clip-3.mov")}, {"name", "clip-3.mov"}, {"extension", "mov"}}));
 }
 
-TEST_F(FreeNameCommand, SaysWhyThereIsNoName) {
+TEST_F(FreeNameCommand, ReportsWhyThereIsNoName) {
   const std::string longest(255, 'x');
   folder_.write("file", "");
   folder_.write(longest, "");
@@ -101,26 +101,26 @@ TEST_F(FreeNameCommand, SaysWhyThereIsNoName) {
     int status;
     std::string says;
   } cases[] = {
-      {{}, 2, "give a PATH, or a name"},
-      {{path("file"), "--set", path("a")}, 2, "give a PATH, or a name"},
-      {{path("file"), "--base", "clip"}, 2, "--base and --ext go with"},
-      {{"/"}, 2, "names no file"},
-      {{".."}, 2, "names no file"},
-      {{path("a/")}, 2, "names no file"},
+      {{}, 2, "give a PATH, or --base B"},
+      {{path("file"), "--set", path("a")}, 2, "give a PATH, or --base B"},
+      {{path("file"), "--base", "clip"}, 2, "--base and --ext need"},
+      {{"/"}, 2, "does not name a file"},
+      {{".."}, 2, "does not name a file"},
+      {{path("a/")}, 2, "does not name a file"},
       {{"--", "-x", "-y"}, 2, "unexpected argument: -y"},
-      {{"--base", "..", "--among", path("a"), "--create"}, 2, "names a folder"},
-      {{""}, 2, "names no file"},
+      {{"--base", "..", "--among", path("a"), "--create"}, 2, "not a directory"},
+      {{""}, 2, "does not name a file"},
       {{"--among", path("a")}, 2, "--base B"},
-      {{"--base", "clip", "--ext", "mov", "xml", "--among", path("a")}, 2, "takes one extension"},
+      {{"--base", "clip", "--ext", "mov", "xml", "--among", path("a")}, 2, "accepts one extension"},
       {{"--base", "clip", "--set", path("a")}, 2, "--ext E..."},
-      {{"--base", "a/clip", "--among", path("a")}, 2, "holds a separator"},
-      {{"--base", "clip", "--ext", "/mov", "--set", path("a")}, 2, "holds a separator"},
-      {{"--base", "clip", "--among", ""}, 2, "write . for this one"},
+      {{"--base", "a/clip", "--among", path("a")}, 2, "contain a separator"},
+      {{"--base", "clip", "--ext", "/mov", "--set", path("a")}, 2, "contain a separator"},
+      {{"--base", "clip", "--among", ""}, 2, "write . for the current"},
       {{"--base", "clip", "--set"}, 2, "--set needs a value: DIR"},
-      {{path("file/clip")}, 1, "cannot be seen: Not a directory"},
-      {{path(longest)}, 1, "cannot be seen: File name too long"},
+      {{path("file/clip")}, 1, "is unused: Not a directory"},
+      {{path(longest)}, 1, "is unused: File name too long"},
       {{path(longest), "--create"}, 1, "File name too long"},
-      {{path("\x1b[31m/clip"), "--create"}, 1, "\\x1b[31m/clip\": it cannot be made: No such file or directory"},
+      {{path("\x1b[31m/clip"), "--create"}, 1, "\\x1b[31m/clip\": cannot be created: No such file or directory"},
       {{"--base", "clip", "--ext", "mov", "--set", path("a"), path("c"), "--create"}, 1, path("c/clip.mov")},
   };
   for (const auto& [words, status, says] : cases) {

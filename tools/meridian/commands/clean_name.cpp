@@ -1,4 +1,4 @@
-// meridian clean-name: names without the characters that a tape or the desktop does not take.
+// meridian clean-name: names without the characters that LTFS tapes or the desktop do not allow.
 #include <iostream>
 
 #include "meridian/base/printable.h"
@@ -15,7 +15,7 @@ std::string cleaned(const std::string& name, const Arguments& arguments) {
   return removingInvalidLtfsCharacters(removingDisallowedMacOSFilesystemCharacters(name));
 }
 
-/// The characters with blanks before them.
+/// Returns the characters, each after a space.
 std::string listOf(std::string_view characters) {
   std::string list;
   for (const char character : characters) list.append(" ").push_back(character);
@@ -24,14 +24,14 @@ std::string listOf(std::string_view characters) {
 
 Status cleanNames(const Arguments& arguments) {
   if (arguments.has("ltfs") && arguments.has("desktop")) {
-    throw UsageError("--ltfs and --desktop exclude each other; with neither, a name is made fit for both");
+    throw UsageError("--ltfs and --desktop cannot be combined; without them a name is made valid for both");
   }
   Status status = done;
   std::vector<std::string> names;
   for (const std::string& name : arguments.given.at("name")) {
     names.push_back(cleaned(name, arguments));
     if (names.back().empty()) {
-      std::cerr << "meridian: nothing is left of " << inQuotes(name) << '\n';
+      std::cerr << "meridian: " << inQuotes(name) << ": nothing is left of the name" << '\n';
       status = failed;
     }
   }
@@ -45,18 +45,19 @@ Subcommand cleanNameCommand() {
   using enum Option::Kind;
   return {
       .name = "clean-name",
-      .description = "Print names without the characters that a tape or the desktop does not take",
+      .description = "Remove the characters from names that LTFS tapes or the desktop do not allow",
       .details =
-          "With neither --ltfs nor --desktop a name is made fit for both. Nothing is put in the place of what goes.\n"
-          "A name of which nothing is left gives an empty one, and the exit status 1. Neither a length nor the names\n"
-          "\".\" and \"..\" are looked at. Behind \"--\" a name may begin with a dash.",
+          "Without --ltfs and --desktop a name is made valid for both. Removed characters are not replaced. If\n"
+          "nothing is left of a name, an empty one is printed and the exit status is 1. Neither the length of a name\n"
+          "nor the names \".\" and \"..\" are checked. Put names with a leading dash after \"--\".",
       .example = "meridian clean-name 'Café: Take 1/2.mov'",
       .options = {{flag, "ltfs",
-                   "For a tape: ASCII alone, without control characters and" + listOf(standardIllegalLtfsCharacters)},
+                   "For LTFS tapes: only ASCII, without control characters and" +
+                       listOf(standardIllegalLtfsCharacters)},
                   {flag, "desktop",
                    "For the desktop's file system: without" + listOf(disallowedMacOSFilesystemCharacters)},
                   {flag, "json", "Print a JSON list"},
-                  {flag, "null", "End each name with a NUL, for xargs -0; a name may hold line ends"},
+                  {flag, "null", "End each name with a NUL, for names with newlines and for xargs -0"},
                   {.kind = positional, .name = "name", .help = "A name", .valueName = "NAME", .repeated = true}},
       .exclusive = {"json", "null"},
       .action = cleanNames,

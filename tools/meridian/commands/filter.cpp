@@ -1,4 +1,4 @@
-// meridian filter: which items of folder trees a copying application would copy, and which rule decides.
+// meridian filter: which items of directory trees a copying application would copy, and which rule decides.
 #include <algorithm>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -22,7 +22,7 @@ std::vector<std::string> valuesOf(const Arguments& arguments, std::string_view n
 ItemFilterSettings readSettings(const Arguments& arguments) {
   const bool onlyListed = arguments.has("only-ext");
   if (onlyListed && arguments.has("ignore-ext")) {
-    throw UsageError("--ignore-ext and --only-ext exclude each other: extensions are either left out or copied alone");
+    throw UsageError("--ignore-ext and --only-ext cannot be combined: give either what to ignore or what to copy");
   }
   ItemFilterSettings settings{.extensionFilterList = valuesOf(arguments, onlyListed ? "only-ext" : "ignore-ext"),
                               .filteringOption = onlyListed ? ItemFilteringOption::onlyListedExtensions
@@ -48,7 +48,7 @@ constexpr std::size_t longestRule = [] {
   return longest;
 }();
 
-/// Writes each decision as soon as it is known, in the form that the options ask for.
+/// Writes each decision as soon as it is made, in the form that the options ask for.
 class DecisionPrinter {
  public:
   explicit DecisionPrinter(const Arguments& arguments) : form_(formOf(arguments)) {
@@ -73,7 +73,7 @@ class DecisionPrinter {
     }
   }
 
-  /// What stands behind all decisions.
+  /// Writes what follows the last decision.
   void finish() const {
     if (form_ == Form::json) std::cout << (copied_ + ignored_ == 0 ? "]\n" : "\n]\n");
     if (form_ == Form::lines) {
@@ -102,18 +102,18 @@ Status filterItems(const Arguments& arguments) {
   const ItemFilter filter(readSettings(arguments));
   DecisionPrinter printer(arguments);
   Status status = done;
+  const auto report = [&status](const TreeWalkError& error) {
+    std::cerr << "meridian: " << error.message() << '\n';
+    status = failed;
+  };
   for (const std::string& path : arguments.given.at("path")) {
     const Url url = Url::fromFilePath(path);
-    const auto report = [&status](const UnreadItem& item) {
-      std::cerr << "meridian: " << inQuotes(item.path) << " cannot be read: " << printable(item.reason.message())
-                << '\n';
-      status = failed;
-    };
-    if (const auto fault = lookupError(path)) {
-      report({path, fault});
-      if (!nameIsTaken(path)) continue;
+    const bool isThere = nameIsTaken(path);
+    if (const auto error = lookupError(path)) {
+      report({isThere ? TreeWalkErrorCode::unresolvedLink : TreeWalkErrorCode::unreadableItem, path, {}, error});
+      if (!isThere) continue;
     }
-    if (nameIsTaken(path) && !pathIsDirectory(path)) {  // nothing to walk through
+    if (isThere && !pathIsDirectory(path)) {  // there is no tree to walk
       printer.print(path, filter.decision(url));
       continue;
     }
@@ -131,30 +131,32 @@ Subcommand filterCommand() {
   using enum Option::Kind;
   return {
       .name = "filter",
-      .description = "Show which items of folder trees would be copied, and which rule decides",
+      .description = "Show which items of directory trees would be copied, and which rule decides",
       .details =
-          "Each PATH is a folder, whose items are decided on but not the folder itself, or a single item. The first\n"
-          "rule that fits decides: a \"forced component\" is ignored, and so is a \"hidden\" item; a \"directory\" is\n"
-          "copied; with \"no extensions\" given, everything is; else the \"extension\" decides. Names are compared\n"
-          "without regard to case, extensions with the end of the name. Ignored folders are not entered. Nor are\n"
-          "links, which count as what they lead to.\n"
-          "What cannot be read is said on standard error; then the exit status is 1.\n"
-          "To copy what is left: meridian filter --null ... | grep -az ^copy | cut -z -f3-",
+          "Decides on all items below a PATH that is a directory, or on a PATH that is a single item.\n"
+          "The first rule that applies decides: a \"forced component\" or a \"hidden\" item is ignored; a "
+          "\"directory\"\n"
+          "is copied; with \"no extensions\" given everything is copied; otherwise the \"extension\" decides. Names "
+          "are\n"
+          "compared without regard to case, extensions with the end of the name. Ignored directories are not\n"
+          "entered. Links are not entered either; they count as what they lead to.\n"
+          "Unreadable items are reported on standard error, and the exit status is then 1.\n"
+          "To list what would be copied: meridian filter --null ... | grep -az ^copy | cut -z -f3-",
       .example =
           "meridian filter --default-forced --ignore-hidden /card\n"
           "meridian filter --only-ext mov --only-ext mxf --json /card",
       .options =
           {{.kind = value,
             .name = "ignore-ext",
-            .help = "Ignore files that end with this extension; may be given several times",
+            .help = "Ignore files with this extension; may be given several times",
             .valueName = "E",
             .severalTimes = true},
            {.kind = value,
             .name = "only-ext",
-            .help = "Ignore files that end with no such extension; may be given several times",
+            .help = "Copy only files with this extension; may be given several times",
             .valueName = "E",
             .severalTimes = true},
-           {flag, "ignore-hidden", "Ignore items that are hidden: a dot begins their name"},
+           {flag, "ignore-hidden", "Ignore hidden items: those with a leading dot"},
            {.kind = value,
             .name = "force",
             .help = "Ignore items of this name; may be given several times",
@@ -164,11 +166,11 @@ Subcommand filterCommand() {
             "Ignore items that systems leave on volumes:" + listOf(defaultForceIgnorePathComponents)},
            {flag, "json", "Print a JSON list with an object for each item: path, ignored, rule"},
            {flag, "null",
-            "End each item with a NUL, and put a tab behind \"copy\" or \"ignore\" and behind the rule; paths stand "
-            "as they are"},
+            "End each item with a NUL, and separate \"copy\" or \"ignore\", the rule and the path with tabs; paths are "
+            "printed unchanged"},
            {.kind = positional,
             .name = "path",
-            .help = "A folder to look through, or a single item",
+            .help = "A directory or a single item",
             .valueName = "PATH",
             .repeated = true,
             .path = true}},

@@ -1,4 +1,4 @@
-// meridian free-name: names for output files that no existing item has, and the files themselves.
+// meridian free-name: unused names for output files, and the files themselves.
 #include <algorithm>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -8,6 +8,7 @@
 #include "meridian/base/printable.h"
 #include "meridian/fs/claimed_files.h"
 #include "meridian/fs/free_names.h"
+#include "meridian/fs/name_rules.h"
 #include "meridian/platform/file_queries.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/interruption.h"
@@ -18,34 +19,29 @@ namespace {
 
 using Files = std::vector<ClaimedFile>;
 
-/// The files of a claim. Throws CommandError where there are none.
-Files claimedFiles(FileClaim claim) {
-  if (!claim.refusal) return std::move(claim.files);
-  const ClaimRefusal& refusal = *claim.refusal;
-  std::string text = inQuotes(refusal.url.path()) + ": " + printable(refusal.message());
-  for (const Url& url : refusal.leftBehind) text += "\n  left behind: " + printable(url.path());
-  throw CommandError(text);
+/// Returns the files that were created. Throws CommandError if there are none.
+Files createdFiles(Expected<Files, ClaimError> claim) {
+  if (!claim) throw CommandError(claim.error().message());  // with the files left behind
+  return *std::move(claim);
 }
 
-/// The files, which nobody made. Throws CommandError where the system does not say whether one is there.
-Files visibleFiles(Files files) {
+/// Returns the files, which do not exist. Throws CommandError if the system cannot tell whether one exists.
+Files unusedFiles(Files files) {
   for (const ClaimedFile& file : files) {
-    if (const auto fault = lookupError(file.url.path())) {
-      throw CommandError(inQuotes(file.url.path()) +
-                         ": whether it is free cannot be seen: " + printable(fault.message()));
+    if (const auto error = lookupError(file.url.path())) {
+      throw CommandError(file.url.path(), "cannot tell whether the name is unused: " + error.message());
     }
   }
   return files;
 }
 
 std::string readNamePart(const std::string& option, const std::string& text) {
-  if (text.find('/') != std::string::npos) {
-    throw UsageError("--" + option + " takes a part of a file's name, and " + inQuotes(text) + " holds a separator");
-  }
+  if (text.find('/') != std::string::npos)
+    throw UsageError("--" + option + " must not contain a separator: " + inQuotes(text));
   return text;
 }
 
-/// Each extension once.
+/// Returns the distinct extensions.
 std::vector<std::string> readExtensions(const Arguments& arguments) {
   std::vector<std::string> extensions;
   if (!arguments.has("ext")) return extensions;
@@ -58,7 +54,7 @@ std::vector<std::string> readExtensions(const Arguments& arguments) {
 std::string readBase(const Arguments& arguments) {
   std::string base = readNamePart("base", arguments.value("base").value_or(""));
   if (base.empty()) throw UsageError("--among and --set need a name: --base B");
-  if (base == "." || base == "..") throw UsageError(inQuotes(base) + " names a folder, and --base a file");
+  if (!isFileName(base)) throw UsageError("--base must name a file, not a directory: " + inQuotes(base));
   return base;
 }
 
@@ -66,43 +62,40 @@ std::vector<Url> readDirectories(const Arguments& arguments, std::string_view op
   std::vector<Url> directories;
   for (const std::string& path : arguments.given.find(option)->second) {
     if (path.empty())
-      throw UsageError("--" + std::string(option) + " is given a folder without a name; write . for this one");
+      throw UsageError("--" + std::string(option) + " has an empty path; write . for the current directory");
     directories.push_back(Url::fromFilePath(path));
   }
   return directories;
 }
 
 Files filesOfPath(const Arguments& arguments) {
-  if (arguments.has("base") || arguments.has("ext")) throw UsageError("--base and --ext go with --among and --set");
+  if (arguments.has("base") || arguments.has("ext")) throw UsageError("--base and --ext need --among or --set");
   const Url path = Url::fromFilePath(*arguments.value("path"));
-  const std::string_view name = path.lastPathComponent();
-  if (name.empty() || name == "." || name == ".." || path.path().ends_with('/')) {
-    throw UsageError(inQuotes(path.path()) + " names no file");
-  }
-  if (arguments.has("create")) return claimedFiles(claimFile(path));
-  return visibleFiles({{filePathAdjustedForCollision(path, nameIsTaken), {}}});
+  if (!pathNamesFile(path.path())) throw UsageError(inQuotes(path.path()) + " does not name a file");
+  if (arguments.has("create")) return createdFiles(claimFile(path));
+  return unusedFiles({{filePathAdjustedForCollision(path, nameIsTaken), {}}});
 }
 
 Files filesAmongDirectories(const Arguments& arguments) {
   const std::string base = readBase(arguments);
   const std::vector<std::string> extensions = readExtensions(arguments);
-  if (extensions.size() > 1) throw UsageError("--among takes one extension; files of several belong to a --set");
+  if (extensions.size() > 1) throw UsageError("--among accepts one extension; for several use --set");
   const std::vector<Url> directories = readDirectories(arguments, "among");
   std::optional<std::string_view> extension;
   if (!extensions.empty()) extension = extensions.front();
-  if (arguments.has("create")) return claimedFiles(claimFileAmongstDirectories(base, directories, extension));
+  if (arguments.has("create")) return createdFiles(claimFileAmongstDirectories(base, directories, extension));
   const std::string name = lastPathComponentAdjustedForCollision(base, directories, extension, nameIsTaken);
   Files files;
   for (const Url& directory : directories) files.push_back({directory.appendingPathComponent(name), {}});
-  return visibleFiles(std::move(files));
+  return unusedFiles(std::move(files));
 }
 
 Files filesOfSet(const Arguments& arguments) {
   const std::string base = readBase(arguments);
   const std::vector<std::string> extensions = readExtensions(arguments);
-  if (extensions.empty()) throw UsageError("--set needs the extensions of its files: --ext E...");
+  if (extensions.empty()) throw UsageError("--set needs extensions: --ext E...");
   const std::vector<Url> directories = readDirectories(arguments, "set");
-  if (arguments.has("create")) return claimedFiles(claimConsistentFiles(directories, base, extensions));
+  if (arguments.has("create")) return createdFiles(claimConsistentFiles(directories, base, extensions));
   const UrlsByExtension urls =
       consistentFilePathsAdjustedForCollisionAcrossDirectories(directories, base, extensions, nameIsTaken);
   Files files;
@@ -111,14 +104,14 @@ Files filesOfSet(const Arguments& arguments) {
       files.push_back({directory.appendingPathComponent(urls.at(extension).lastPathComponent()), extension});
     }
   }
-  return visibleFiles(std::move(files));
+  return unusedFiles(std::move(files));
 }
 
 Files filesAskedFor(const Arguments& arguments) {
   const bool isAmong = arguments.has("among");
   const bool isSet = arguments.has("set");
   if (arguments.has("path") + isAmong + isSet != 1) {
-    throw UsageError("give a PATH, or a name (--base B) and either --among DIR... or --set DIR...");
+    throw UsageError("give a PATH, or --base B with either --among DIR... or --set DIR...");
   }
   if (isSet) return filesOfSet(arguments);
   return isAmong ? filesAmongDirectories(arguments) : filesOfPath(arguments);
@@ -136,7 +129,7 @@ Json asJson(const Files& files, bool isSet) {
 
 Status printFreeNames(const Arguments& arguments) {
   const Files files = [&arguments] {
-    std::optional<InterruptionsHeld> held;  // until the files are made, all or none
+    std::optional<InterruptionsHeld> held;  // until all files are created, or none
     if (arguments.has("create")) held.emplace();
     return filesAskedFor(arguments);
   }();
@@ -158,14 +151,14 @@ Subcommand freeNameCommand() {
   using enum Option::Kind;
   return {
       .name = "free-name",
-      .description = "Print names for output files that nothing has yet, and make the files",
+      .description = "Find unused names for output files, and create the files",
       .details =
-          "PATH is printed as it is while nothing is there, and with a number otherwise: clip 2.mov.\n"
-          "--among prints one name that is free in all the folders: clip.mov, clip 2.mov.\n"
-          "--set prints the paths of files that share a number in all the folders: clip-2.mov, clip-2.xml.\n"
-          "Whether the folders are there is not asked, and between the printing and the writing another process can\n"
-          "take the name. With --create the files are made, empty, each under a name that nobody else gets: all of\n"
-          "them, or none and the exit status 1. They stand when only the printing fails.",
+          "PATH is printed unchanged if nothing is there, otherwise with a number: clip 2.mov.\n"
+          "--among prints one name that is unused in all the directories: clip.mov, clip 2.mov.\n"
+          "--set prints the paths of files that share a number in all the directories: clip-2.mov, clip-2.xml.\n"
+          "The directories need not exist, and another process can take a printed name before it is used. With\n"
+          "--create the files are created, empty, under names that no other process gets: either all of them, or\n"
+          "none and the exit status is 1. They stay if only printing their names fails.",
       .example =
           "meridian free-name /out/clip.mov\n"
           "meridian free-name --base clip --ext mov --among /a /b\n"
@@ -176,28 +169,27 @@ Subcommand freeNameCommand() {
                    .valueName = "PATH",
                    .optional = true,
                    .path = true},
-                  {value, "base", "The name without number and extension", "B"},
+                  {value, "base", "The name without a number or an extension", "B"},
                   {.kind = value,
                    .name = "ext",
-                   .help = "The extension, and for --set all of them, exactly as they are and without point",
+                   .help = "The extension without its dot, used exactly as given; several for --set",
                    .valueName = "E",
                    .repeated = true},
                   {.kind = value,
                    .name = "among",
-                   .help = "Find a name for one file in each of these folders",
+                   .help = "Find one name for a file in each of these directories",
                    .valueName = "DIR",
                    .repeated = true,
                    .path = true},
                   {.kind = value,
                    .name = "set",
-                   .help = "Find names for a file of each extension in each of these folders",
+                   .help = "Find names for files with each extension in each of these directories",
                    .valueName = "DIR",
                    .repeated = true,
                    .path = true},
-                  {flag, "create", "Make the files, empty"},
-                  {flag, "json",
-                   "Print a JSON list with an object for each file: path, name, and extension for those of a set"},
-                  {flag, "null", "End each name with a NUL, for xargs -0; a name may hold line ends"}},
+                  {flag, "create", "Create the files, empty"},
+                  {flag, "json", "Print a JSON list with an object for each file: path, name, and for --set extension"},
+                  {flag, "null", "End each name with a NUL, for names with newlines and for xargs -0"}},
       .exclusive = {"json", "null"},
       .action = printFreeNames,
   };
