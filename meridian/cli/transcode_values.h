@@ -30,23 +30,11 @@ struct ValueRow {
 
 namespace detail {
 
-template <typename Value, std::size_t Count, typename Predicate>
-consteval auto valuesOfTable(Predicate predicate) {
-  std::array<std::size_t, Count> chosen{};
-  std::size_t count = 0;
-  for (std::size_t row = 0; row < ValueTable<Value>::rows.size(); ++row) {
-    if (predicate(ValueTable<Value>::rows[row])) chosen[count++] = row;
-  }
-  return [&]<std::size_t... Place>(std::index_sequence<Place...>) {
-    return std::array<Value, Count>{ValueTable<Value>::rows[chosen[Place]].value...};
-  }(std::make_index_sequence<Count>{});
-}
-
 /// The values of the rows that fulfil the predicate, in the table's order.
 template <typename Value, auto predicate>
 inline constexpr auto valuesWhere =
-    valuesOfTable<Value, static_cast<std::size_t>(std::ranges::count_if(ValueTable<Value>::rows, predicate))>(
-        predicate);
+    membersWhere<ValueTable<Value>::rows, &std::ranges::range_value_t<decltype(ValueTable<Value>::rows)>::value,
+                 predicate>();
 
 template <typename Value>
 inline constexpr auto valueCases = valuesWhere<Value, [](const auto& row) { return row.isCase; }>;
