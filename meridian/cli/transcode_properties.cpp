@@ -11,6 +11,7 @@
 #include "meridian/base/text.h"
 #include "meridian/cli/nearest_text.h"
 #include "meridian/cli/property_access.h"
+#include "meridian/cli/transcode_preset.h"
 
 namespace meridian::inline v0_2 {
 namespace {
@@ -347,6 +348,18 @@ std::vector<std::string_view> allowedTexts(const TranscodeProperty& property) {
     }
     return texts;
   });
+}
+
+std::vector<std::string_view> allowedTextsOfFlag(std::string_view flag) {
+  std::vector<std::string_view> texts;
+  if (flag == SAVPresetFlag.rawValue()) {
+    std::ranges::transform(allCases<TranscodeCliPreset>(), std::back_inserter(texts), preset);
+    return texts;
+  }
+  for (const TranscodeProperty* const property : propertiesOfFlag(flag)) {
+    if (!property->isJoint()) std::ranges::copy(allowedTexts(*property), std::back_inserter(texts));
+  }
+  return texts;
 }
 
 std::string expectedForm(const TranscodeProperty& property) {
