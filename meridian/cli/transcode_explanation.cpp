@@ -253,7 +253,7 @@ ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trac
     warn(TranscodeWarningCode::repeated, "previously " + quotedList(setting.earlierValues));
   }
   if (setting.writtenValue != setting.value) {
-    warn(TranscodeWarningCode::lowerCased, "from " + inQuotes(setting.writtenValue));
+    warn(TranscodeWarningCode::lowerCased, inQuotes(setting.writtenValue));
   }
   if (setting.preset) {
     setting.presetValue = *valueInPreset(*setting.preset, setting.flag);

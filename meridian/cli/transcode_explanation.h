@@ -73,7 +73,7 @@ struct EnumerationTable<TranscodeWarningCode> {
       {TranscodeWarningCode::omissionWithoutNumber, "omissionWithoutNumber", "leaves out no audio track",
        "number the tracks from 0, such as -ac_omit_0 for the first"},
       {TranscodeWarningCode::repeated, "repeated", "is repeated, and the last value wins"},
-      {TranscodeWarningCode::lowerCased, "lowerCased", "is lower-cased"},
+      {TranscodeWarningCode::lowerCased, "lowerCased", "was written differently"},
       {TranscodeWarningCode::overridesPreset, "overridesPreset", "overrides a preset"},
       {TranscodeWarningCode::strayWord, "strayWord", "belongs to no flag"},
       {TranscodeWarningCode::readsBackDifferently, "readsBackDifferently", "will be read differently"},
