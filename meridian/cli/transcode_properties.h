@@ -101,8 +101,8 @@ MERIDIAN_API void removeProperty(TranscodeCliArguments& arguments, const Transco
 /// Returns the texts of which a property accepts one, in their order; empty for a property of another kind.
 [[nodiscard]] MERIDIAN_API std::vector<std::string_view> allowedTexts(const TranscodeProperty& property);
 
-/// Returns the texts of which a flag accepts one as its value: those of its property, or the presets of "-preset". Empty
-/// for a flag that accepts other values or none.
+/// Returns the texts of which a flag accepts one as its value: those of its property, or the presets of "-preset".
+/// Empty for a flag that accepts other values or none.
 [[nodiscard]] MERIDIAN_API std::vector<std::string_view> allowedTextsOfFlag(std::string_view flag);
 
 /// Returns what a property accepts, for messages: "a size, such as 1920x1080", "an audio format: lpcm, aac,
