@@ -53,14 +53,14 @@ constexpr auto words = std::to_array<std::string_view>({
 });
 static_assert(words.size() == 28);
 
-/// The words as other parsers take them: with a program's name, and with two dashes before a long name.
+/// Returns the words as other parsers accept them: with a program name, and two dashes before a long name.
 std::vector<std::string> peerWords() {
   std::vector<std::string> result{"transcoder"};
   for (const std::string_view word : words) result.push_back((word.starts_with('-') ? "-" : "") + std::string(word));
   return result;
 }
 
-/// The flags that a peer has to know to read what the store reads: the whole vocabulary, and the one numbered input.
+/// Returns the flags that a peer has to know to read the same: the whole vocabulary, and the one numbered input.
 std::vector<std::pair<std::string, bool>> peerFlags() {
   std::vector<std::pair<std::string, bool>> flags{{"in_0_0", true}};
   for (const FlagDescription& flag : flagDescriptions) {
@@ -83,9 +83,9 @@ void parseVectorCli11(benchmark::State& state) {
   CLI::App app;
   std::map<std::string, std::string> values;
   std::map<std::string, bool> switches;
-  app.set_help_flag();  // its name is in the vocabulary
+  app.set_help_flag();  // "-h" is in the vocabulary
   for (const auto& [name, takesValue] : peerFlags()) {
-    // A name of one letter is a short option there.
+    // CLI11 reads a name of one letter as a short option.
     const std::string dashed = (name.size() == 1 ? "-" : "--") + name;
     if (takesValue) {
       app.add_option(dashed, values[name]);

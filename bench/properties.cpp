@@ -20,7 +20,7 @@ void get(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize((arguments.*getter)());
 }
 
-/// Writes the value that the store has once more.
+/// Sets the value that the store already has.
 template <auto getter, auto setter>
 void set(benchmark::State& state) {
   TranscodeCliArguments arguments = filledStore();
@@ -32,7 +32,7 @@ void set(benchmark::State& state) {
   }
 }
 
-/// Takes a setting away and stores it again.
+/// Removes a setting and stores it again.
 void removeAndInsert(benchmark::State& state) {
   TranscodeCliArguments arguments = filledStore();
   const AllocationsPerIteration allocations(state);

@@ -1,5 +1,5 @@
-// Argument vectors of any bytes: the store against the plain reader, its rendering read back,
-// its encoded form, and its explanation.
+// Argument vectors of any bytes: the store against the plain reader, its rendering read back, its encoded form, its
+// explanation, and its properties as text.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -43,7 +43,7 @@ void checkExplanation(const std::vector<std::string>& words, const TranscodeCliA
   require(explanation.arguments.stored() == arguments.stored(), "the explanation is that of the store");
   require(explanation.settings.size() == arguments.flagValueLookup().size(), "every setting is explained");
 
-  // Every flag and every value in the vector is counted once, a preset's own settings not at all.
+  // Counts every flag of the vector once, and no setting of a preset.
   std::size_t flags = 0;
   for (const ExplainedSetting& setting : explanation.settings) {
     if (setting.source != SettingSource::preset) flags += setting.earlierValues.size() + 1;
@@ -55,10 +55,27 @@ void checkExplanation(const std::vector<std::string>& words, const TranscodeCliA
   require(explanation.droppedWords.size() == read.strayPlaces.size(), "every stray word is accounted for");
 }
 
+/// Sets each property to the input, and then to its own text: that has to change nothing.
+void checkProperties(const TranscodeCliArguments& arguments, std::string_view input) {
+  for (const TranscodeProperty& property : transcodeProperties) {
+    TranscodeCliArguments edited = arguments;
+    if (!setPropertyText(edited, property, input)) {
+      require(edited.stored() == arguments.stored(), "a property that cannot be set changes nothing");
+      continue;
+    }
+    const auto text = propertyText(edited, property);
+    // copyAudio stays true without a codec; an empty text removes the property.
+    if (!text || text->empty() || property.name == "copyAudio") continue;
+    const TranscodeCliArguments::Stored once = edited.stored();
+    require(setPropertyText(edited, property, *text).has_value(), "a property accepts its own text");
+    require(edited.stored() == once, "setting a property to its own text changes nothing");
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // Without any byte `data` may be null.
+  // `data` may be null for an empty input.
   const std::string_view input = size == 0 ? "" : std::string_view(reinterpret_cast<const char*>(data), size);
   const std::vector<std::string> words = fuzz::wordsOf(input);
   for (const bool keepOrder : {false, true}) {
@@ -67,6 +84,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkRendering(arguments, keepOrder);
     checkEncodedForm(arguments, isValidUtf8(input));
     checkExplanation(words, arguments, keepOrder);
+
+    checkProperties(arguments, input);
 
     TranscodeCliArguments edited = arguments;
     edited.setInputFiles(words);

@@ -68,6 +68,12 @@ std::string shortestDecimalText(float number) { return shortestText(number); }
 
 std::string shortestDecimalText(double number) { return shortestText(number); }
 
+std::string plainDecimalText(double number) {
+  std::string text = shortestText(number);
+  if (text.ends_with(".0")) text.resize(text.size() - 2);
+  return text;
+}
+
 std::string fixedDecimalText(double number, int decimals) {
   if (std::isnan(number)) return "nan";
   decimals = std::clamp(decimals, 0, 100);

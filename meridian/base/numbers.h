@@ -16,6 +16,9 @@ namespace meridian::inline v0_2 {
 [[nodiscard]] MERIDIAN_API std::string shortestDecimalText(float number);
 [[nodiscard]] MERIDIAN_API std::string shortestDecimalText(double number);
 
+/// Returns the same without the ".0" of a whole number: "1920", "23.976".
+[[nodiscard]] MERIDIAN_API std::string plainDecimalText(double number);
+
 /// The number with this many decimals, at least 0 and at most 100, correctly rounded: 23.976 with two is "23.98". As
 /// C's "%.2f" in the "C" locale, whatever the process locale is; also "inf", "-inf", "nan".
 [[nodiscard]] MERIDIAN_API std::string fixedDecimalText(double number, int decimals);

@@ -8,7 +8,7 @@ std::optional<Size> sizeFromDimensionsText(std::string_view text) noexcept {
   constexpr std::string_view separators = "xX";
   const std::size_t separator = text.find_first_of(separators);
   if (separator == std::string_view::npos) return std::nullopt;
-  // A third piece, and a hexadecimal number, hold a further "x" and do not read as a decimal number.
+  // A third piece, or a hexadecimal number, would contain another "x".
   const std::string_view height = text.substr(separator + 1);
   if (height.find_first_of(separators) != std::string_view::npos) return std::nullopt;
   const auto readWidth = floatFromText(text.substr(0, separator));

@@ -1,4 +1,8 @@
-// The text of an image size on the command line: "1920x1080".
+/// \file
+/// The text of an image size on the command line.
+///
+///     sizeFromDimensionsText("1920x1080");     // Size{1920, 1080}
+///     dimensionsTextOfSize(Size{1920, 1080});  // "1920.000000x1080.000000"
 #pragma once
 
 #include <optional>
@@ -10,11 +14,11 @@
 
 namespace meridian::inline v0_2 {
 
-/// The width and height of a text such as "1920x1080" or "1920.000000X1080.000000", each read with the precision of a
-/// 32-bit float. Absent unless there are exactly two numbers, with nothing between them but an "x".
+/// Parses a width and height such as "1920x1080" or "1920.000000X1080.000000", each with the precision of a 32-bit
+/// float. Absent unless the text is exactly two numbers and an "x" between them.
 [[nodiscard]] MERIDIAN_API std::optional<Size> sizeFromDimensionsText(std::string_view text) noexcept;
 
-/// The text that a size is stored as: both numbers with six decimals, "1920.000000x1080.000000".
+/// Returns the stored text of a size: both numbers with six decimals, "1920.000000x1080.000000".
 [[nodiscard]] MERIDIAN_API std::string dimensionsTextOfSize(const Size& size);
 
 }  // namespace meridian::inline v0_2

@@ -7,7 +7,7 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-/// The restricted Damerau-Levenshtein distance (optimal string alignment).
+/// Returns the restricted Damerau-Levenshtein distance (optimal string alignment).
 std::size_t distance(std::string_view left, std::string_view right) {
   std::vector<std::size_t> beforeLast(right.size() + 1);
   std::vector<std::size_t> last(right.size() + 1);
@@ -34,7 +34,7 @@ std::optional<std::string_view> nearestText(std::string_view text, std::span<con
   std::optional<std::string_view> nearest;
   std::size_t least = limit + 1;
   for (const std::string_view candidate : candidates) {
-    // A difference in length is a distance already, so a huge text is not compared at all.
+    // The distance is at least the difference in length, so a huge text is never compared.
     const std::size_t longer = std::max(text.size(), candidate.size());
     if (longer - std::min(text.size(), candidate.size()) >= least) continue;
     const std::size_t here = distance(text, candidate);

@@ -1,4 +1,7 @@
-// Finding the text that a mistyped one was probably meant to be.
+/// \file
+/// Finds the text that was probably meant by a mistyped one.
+///
+///     nearestText("-vcoedc", {{"-vcodec", "-acodec"}});  // "-vcodec"
 #pragma once
 
 #include <optional>
@@ -7,8 +10,8 @@
 
 namespace meridian::inline v0_2 {
 
-/// The candidate at the least distance from the text, the first of several: the number of bytes inserted, left out,
-/// replaced or exchanged with their neighbour. Absent when even that is more than a third of the text's length.
+/// Returns the nearest candidate, the first of several. The distance is the number of bytes inserted, left out,
+/// replaced or swapped with their neighbour. Absent when the nearest is further away than a third of the text's length.
 [[nodiscard]] std::optional<std::string_view> nearestText(std::string_view text,
                                                           std::span<const std::string_view> candidates);
 

@@ -1,4 +1,9 @@
-// The accessor kinds of the typed properties, each written once: how a text reads as a value, and a value is written.
+/// \file
+/// How a property of each kind is read from a flag's text and written to it, each kind once. A property is addressed by
+/// its name at compile time:
+///
+///     setProperty<"videoFrameRate">(lookup, 25.0F);  // stores "-vr" with "25.0"
+///     getProperty<"videoFrameRate">(lookup);         // 25.0F
 #pragma once
 
 #include <algorithm>
@@ -14,13 +19,17 @@
 #include "meridian/base/text_dictionary.h"
 #include "meridian/cli/dimensions_text.h"
 #include "meridian/cli/transcode_detail_values.h"
-#include "meridian/cli/transcode_properties.h"
+#include "meridian/cli/transcode_property_list.h"
 #include "meridian/cli/transcode_values.h"
+#include "meridian/media/rgb_color.h"
+#include "meridian/media/size.h"
+#include "meridian/media/timecode_components.h"
 #include "meridian/platform/url.h"
 
 namespace meridian::inline v0_2 {
 
-/// Specialised for each kind but `onOff`: `Value`, `read(text)`, and `write(value)`, whose result is or becomes a text.
+/// Specialised for each kind that one flag stores, but `onOff`: `Value`, `read(text)`, and `write(value)`, whose result
+/// is or becomes a text.
 template <PropertyKind kind>
 struct PropertyAccess;
 
@@ -30,6 +39,9 @@ struct PropertyAccess<PropertyKind::text> {
   static std::optional<Value> read(std::string_view text) noexcept { return text; }
   static std::string_view write(Value value) noexcept { return value; }
 };
+
+template <>
+struct PropertyAccess<PropertyKind::path> : PropertyAccess<PropertyKind::text> {};
 
 template <>
 struct PropertyAccess<PropertyKind::file> {
@@ -44,6 +56,9 @@ struct PropertyAccess<PropertyKind::number> {
   static std::optional<Value> read(std::string_view text) noexcept { return floatFromText(text); }
   static std::string write(Value value) { return shortestDecimalText(value); }
 };
+
+template <>
+struct PropertyAccess<PropertyKind::frameRate> : PropertyAccess<PropertyKind::number> {};
 
 template <>
 struct PropertyAccess<PropertyKind::integer> {
@@ -73,7 +88,7 @@ struct PropertyAccess<PropertyKind::color> {
   static std::string write(const Value& value) { return value.text(); }
 };
 
-/// One of a value type's cases, by its exact text.
+/// One of the cases of a value type, by its exact text.
 template <typename ValueType>
 struct EnumeratedTextAccess {
   using Value = ValueType;
@@ -110,6 +125,8 @@ struct PropertyAccess<PropertyKind::audioQuality> : EnumeratedTextAccess<Transco
 template <>
 struct PropertyAccess<PropertyKind::channelLayout> : EnumeratedTextAccess<SAVTranscodeArgumentAudioChannelLayoutValue> {
 };
+template <>
+struct PropertyAccess<PropertyKind::timecodeSource> : EnumeratedTextAccess<TimecodeSource> {};
 
 /// A property's name as a template argument.
 template <std::size_t size>
@@ -119,18 +136,18 @@ struct PropertyName {
   std::array<char, size> text{};
 };
 
-/// The property of this name; one that is not in the list does not compile.
+/// The property of this name, which must be stored by a flag of its own.
 template <PropertyName name>
 inline constexpr TranscodeProperty propertyNamed = [] {
-  const TranscodeProperty* const found = findProperty(name.text.data());
-  if (found == nullptr) throw "the list has no property of this name";
+  const TranscodeProperty* const found = findTranscodeProperty(name.text.data());
+  if (found == nullptr || found->isJoint()) throw "no flag stores a property of this name";
   return *found;
 }();
 
 template <PropertyName name>
 using AccessOf = PropertyAccess<propertyNamed<name>.kind>;
 
-/// Reads the property: true or false, or a value that is absent when the flag is not there or does not read.
+/// Returns the property: true or false, or a value that is absent when the flag is not stored or its text is not valid.
 template <PropertyName name>
 auto getProperty(const TextDictionary& store) {
   constexpr TranscodeProperty property = propertyNamed<name>;
@@ -142,6 +159,7 @@ auto getProperty(const TextDictionary& store) {
   }
 }
 
+/// Stores the property; false or absent removes its flag.
 template <PropertyName name>
   requires(propertyNamed<name>.kind == PropertyKind::onOff)
 void setProperty(TextDictionary& store, bool isOn) {

@@ -1,4 +1,8 @@
-// The audio settings of a transcode as an interface: read, or read and set.
+/// \file
+/// The audio settings of a transcode as interfaces, to read or to set. A holder implements one and can then be copied
+/// to and from a command line:
+///
+///     arguments.updateFromAudioDetail(editor);  // editor is a TranscodeAudioDetail
 #pragma once
 
 #include <cstdint>
@@ -10,26 +14,26 @@
 
 namespace meridian::inline v0_2 {
 
-/// The audio settings of a transcode, wherever they are held.
+/// Reads the audio settings of a transcode.
 class MERIDIAN_API TranscodeAudioDetail {
  public:
   virtual ~TranscodeAudioDetail();
 
-  /// Whether there is no audio.
+  /// Returns whether audio is left out.
   [[nodiscard]] virtual bool omitAudio() const = 0;
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentAudioFormatValue> audioFormat() const = 0;
   [[nodiscard]] virtual std::optional<TranscodeAudioQuality> audioQuality() const = 0;
-  /// Samples per second.
+  /// In samples per second.
   [[nodiscard]] virtual std::optional<std::int64_t> sampleRate() const = 0;
   [[nodiscard]] virtual std::optional<std::int64_t> audioBitRate() const = 0;
   [[nodiscard]] virtual std::optional<std::int64_t> audioBitsPerChannel() const = 0;
-  /// Whether each channel is a track of its own.
+  /// Returns whether the channels are discrete rather than a layout.
   [[nodiscard]] virtual bool audioOutputIsDiscrete() const = 0;
-  /// The layout of the channels. It shares its place with `outputChannels`: setting one replaces the other, on purpose.
+  /// Returns the channel layout. Deliberately shares its flag with `outputChannels`: setting one replaces the other.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> channelLayout() const = 0;
-  /// The platform's number of the layout.
+  /// Returns the platform's tag of the layout.
   [[nodiscard]] virtual std::optional<std::int64_t> channelLayoutTag() const = 0;
-  /// The number of channels; see `channelLayout`.
+  /// Returns the number of channels; see `channelLayout`.
   [[nodiscard]] virtual std::optional<std::int64_t> outputChannels() const = 0;
 
  protected:
@@ -40,7 +44,7 @@ class MERIDIAN_API TranscodeAudioDetail {
   TranscodeAudioDetail& operator=(TranscodeAudioDetail&&) = default;
 };
 
-/// The same settings, each to be set as well. An absent value, or false, takes the setting away.
+/// Reads and sets them. An absent value, or false, removes the setting.
 class MERIDIAN_API MutableTranscodeAudioDetail : public TranscodeAudioDetail {
  public:
   ~MutableTranscodeAudioDetail() override;

@@ -7,7 +7,7 @@
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/text.h"
-#include "meridian/cli/argument_reading.h"
+#include "meridian/cli/transcode_argument_reading.h"
 #include "meridian/cli/transcode_preset.h"
 
 namespace meridian::inline v0_2 {
@@ -15,28 +15,26 @@ namespace {
 
 std::vector<std::string_view> viewsOf(std::span<const std::string> texts) { return {texts.begin(), texts.end()}; }
 
-/// Merges the presets' settings into the valid entries, where these do not hold them already, and puts an unknown
-/// preset name among the rejected ones.
-void expandPresets(std::span<const std::string> names, TextDictionary& valid, TextDictionary& invalid) {
-  for (const std::string& name : names) {
+/// Adds the presets' settings to the valid entries, where these do not have them, and unknown names to the rejected
+/// ones.
+TranscodeCliArguments::Stored storedOf(TextDictionary valid, TextDictionary rejected,
+                                       std::span<const std::string> presetNames) {
+  for (const std::string& name : presetNames) {
     if (const auto preset = fromRawValue<TranscodeCliPreset>(name)) {
       for (const auto& [flag, value] : orderedArguments(*preset)) {
         valid.setIfAbsent(std::string(flag), std::string(value));
       }
     } else {
-      invalid.set(SAVPresetFlag.rawValue(), name);
+      rejected.set(SAVPresetFlag.rawValue(), name);
     }
   }
-}
-
-TranscodeCliArguments::Stored storedOf(TextDictionary valid, TextDictionary invalid) {
   TranscodeCliArguments::Stored stored;
   stored.flagValueLookup = std::move(valid);
-  if (!invalid.empty()) stored.invalidKeyValueLookup = std::move(invalid);
+  if (!rejected.empty()) stored.invalidKeyValueLookup = std::move(rejected);
   return stored;
 }
 
-/// A flag's numbers when it is that of an input file.
+/// The numbers in the flag of an input file.
 struct InputNumbers {
   std::int64_t group;
   std::int64_t place;
@@ -63,19 +61,19 @@ std::string inputFlag(std::int64_t group, std::size_t place) {
 struct InputFile {
   InputNumbers numbers;
   std::string_view path;
-  /// Its place among the store's input files, which decides between two with the same numbers.
+  /// Its place among the input files of the store, which orders two with the same numbers.
   std::size_t rank;
 
   [[nodiscard]] auto order() const noexcept { return std::tuple(numbers.group, numbers.place, rank); }
 };
 
-/// The input files of a lookup in ascending order of group and place.
+/// Returns the input files of a lookup in ascending order of group and place.
 std::vector<InputFile> sortedInputFiles(const TextDictionary& lookup) {
   std::vector<InputFile> files;
   for (const auto& [flag, value] : lookup) {
     if (const auto numbers = inputNumbers(flag)) files.push_back({*numbers, value, files.size()});
   }
-  // Nearly always they stand in order already, and then one look at each is enough.
+  // They are nearly always in order already, and checking that is linear.
   if (!std::ranges::is_sorted(files, {}, &InputFile::order)) std::ranges::sort(files, {}, &InputFile::order);
   return files;
 }
@@ -90,38 +88,31 @@ const TextDictionary& TranscodeCliArguments::solvaneProRes4444XQPresetArguments(
   return presetArguments(TranscodeCliPreset::proRes4444XQ);
 }
 
-TranscodeCliArguments::TranscodeCliArguments(std::span<const std::string_view> cliArgs, bool maintainOriginalOrdering) {
-  TextDictionary valid;
-  TextDictionary invalid;
-  TextDictionary presets;  // by flag, so that the last of repeated flags wins here too
-  valid.reserve(cliArgs.size() / 2 + 1);
-  readArgumentVector(
-      cliArgs,
-      [&](ReadFlag&& read) {
-        switch (read.kind) {
-          case FlagKind::setting:
-            valid.set(std::move(read.flag), std::move(read.value));
-            break;
-          case FlagKind::preset:
-            presets.set(std::move(read.flag), std::move(read.value));
-            break;
-          case FlagKind::rejected:
-            invalid.set(std::move(read.flag), std::move(read.value));
-            break;
-        }
-      },
-      [](std::size_t) {});
+TranscodeCliArguments::TranscodeCliArguments(std::span<const std::string_view> cliArgs, bool maintainOriginalOrdering)
+    : TranscodeCliArguments(fromReading(readArgumentVector(cliArgs).flags, maintainOriginalOrdering)) {}
 
+TranscodeCliArguments TranscodeCliArguments::fromReading(std::vector<ReadFlag> flags, bool maintainOriginalOrdering) {
+  TextDictionary valid;
+  TextDictionary rejected;
+  TextDictionary presets;  // by flag, so that the last of repeated flags wins here too
+  valid.reserve(flags.size());
+  for (ReadFlag& read : flags) {
+    TextDictionary& entries = read.kind == FlagKind::setting  ? valid
+                              : read.kind == FlagKind::preset ? presets
+                                                              : rejected;
+    entries.set(std::move(read.flag), std::move(read.value));
+  }
   std::vector<std::string> presetNames;
   for (const auto& [flag, name] : presets) presetNames.push_back(name);
-  expandPresets(presetNames, valid, invalid);
-  stored_ = storedOf(std::move(valid), std::move(invalid));
+  TranscodeCliArguments arguments = fromStored(storedOf(std::move(valid), std::move(rejected), presetNames));
 
-  if (maintainOriginalOrdering && !flagValueLookup().empty()) {
-    // The lookup got its flags in the order in which they first appeared, and those of presets after them.
-    stored_.orderedFlags.emplace().reserve(flagValueLookup().size());
-    for (const auto& [flag, value] : flagValueLookup()) stored_.orderedFlags->push_back(flag);
+  const TextDictionary& lookup = arguments.flagValueLookup();
+  if (maintainOriginalOrdering && !lookup.empty()) {
+    // The lookup has its flags in the order in which they first appeared, and those of presets after them.
+    arguments.stored_.orderedFlags.emplace().reserve(lookup.size());
+    for (const auto& [flag, value] : lookup) arguments.stored_.orderedFlags->push_back(flag);
   }
+  return arguments;
 }
 
 TranscodeCliArguments::TranscodeCliArguments(std::span<const std::string> cliArgs, bool maintainOriginalOrdering)
@@ -134,13 +125,13 @@ TranscodeCliArguments::TranscodeCliArguments(std::initializer_list<std::string_v
 
 TranscodeCliArguments TranscodeCliArguments::fromArgumentLookup(const TextDictionary& argumentLookup) {
   TextDictionary valid;
-  TextDictionary invalid;
+  TextDictionary rejected;
   std::vector<std::string> presetNames;
   for (const auto& [givenFlag, givenValue] : argumentLookup) {
     std::string flag = normalizedFlag(givenFlag);
     const FlagTreatment treatment = treatmentOf(flag);
     if (treatment.kind == FlagKind::rejected) {
-      invalid.set(givenFlag, givenValue);
+      rejected.set(givenFlag, givenValue);
       continue;
     }
     std::string value = treatment.valueOptions.sanitize(givenValue);
@@ -150,8 +141,7 @@ TranscodeCliArguments TranscodeCliArguments::fromArgumentLookup(const TextDictio
       valid.set(std::move(flag), std::move(value));
     }
   }
-  expandPresets(presetNames, valid, invalid);
-  return fromStored(storedOf(std::move(valid), std::move(invalid)));
+  return fromStored(storedOf(std::move(valid), std::move(rejected), presetNames));
 }
 
 TranscodeCliArguments TranscodeCliArguments::fromStored(Stored stored) {
@@ -208,7 +198,7 @@ std::vector<std::string> TranscodeCliArguments::commandLineArguments() const {
     elements.push_back(lookup.entryAt(slot).key);
     elements.push_back(lookup.entryAt(slot).value);
   };
-  // The kept order and the lookup's own nearly always agree, and then no flag has to be looked up.
+  // The kept order and that of the lookup nearly always agree, and then no flag has to be looked up.
   auto expected = lookup.begin();
   for (const std::string& flag : *stored_.orderedFlags) {
     if (expected != lookup.end() && expected->key == flag) {

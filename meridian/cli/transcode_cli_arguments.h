@@ -1,4 +1,11 @@
-// The model of one transcoder command line.
+/// \file
+/// The settings of one transcode, read from and rendered as an argument vector.
+///
+///     TranscodeCliArguments arguments({"-preset", "solvane_cloud", "-dims", "1920x1080"});
+///     arguments.setVideoFrameRate(25.0F);
+///     arguments.commandLine();  // "-dims", "1920x1080", "-file_format", "qt", ..., "-vr", "25.0"
+///
+/// transcode_properties.h reads and sets the typed properties by name, as text.
 #pragma once
 
 #include <cstdint>
@@ -23,37 +30,38 @@
 
 namespace meridian::inline v0_2 {
 
-/// The settings of one transcode, as its command line says them.
+struct ReadFlag;
+struct TranscodeExplanation;
+
+/// Stores the settings of one transcode.
 ///
 /// A store is built from an argument vector or a dictionary, read and edited, and rendered back into an argument
-/// vector. Flags are stored lower-cased and trimmed. Building never fails: what is not a known flag is kept aside and
-/// reported.
+/// vector. Flags are stored lower-cased and trimmed. Building never fails: unknown flags are kept aside and reported.
 ///
-/// Order: a rendered vector begins with the flags in the order kept from the original vector, when that was asked for;
-/// the remainder follows in the order in which the store got its flags: first those of the vector or dictionary as they
-/// stood there, a repeated flag where it first stood; then those that presets added, in the preset's own order; then
-/// those that were set later.
+/// Order: a rendered vector begins with the flags in the order kept from the original vector, if that was requested.
+/// The remainder follows in the order in which the store got its flags: first those of the vector or dictionary in
+/// their order, a repeated flag in its first place; then those that presets added, in the preset's order; then those
+/// that were set later.
 ///
-/// A copy is a store of its own; share one by reference or pointer. A store has no lock. Texts that it hands out as
-/// views are valid until it is changed.
+/// Copies are independent. A store has no lock. The texts that it returns as views are valid until it is changed.
 class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
                                                  public MutableTranscodeVideoDetail,
                                                  public MutableTranscodeAudioDetail,
                                                  public MutableTranscodeTimecodeDetail {
  public:
-  /// The input files by the numbers of their groups.
+  /// Input files, keyed by the numbers of their groups.
   using InputFileGroups = std::map<std::int64_t, std::vector<std::string>>;
 
-  /// A marker by which an application starts itself in transcoding mode. It is no flag of the vocabulary: a store that
-  /// is given it rejects it.
+  /// A marker by which an application starts itself in transcoding mode. It is not a flag of the vocabulary: a store
+  /// rejects it.
   static constexpr std::string_view runInTranscodeModeFlag = "-isTranscoder";
 
-  /// Every flag that a store knows.
+  /// Returns every flag that a store knows.
   [[nodiscard]] static constexpr std::span<const std::string_view> allKnownCommandFlags() noexcept {
     return meridian::allKnownCommandFlags;
   }
 
-  /// The settings of the built-in presets.
+  /// Returns the settings of the built-in presets.
   [[nodiscard]] static const TextDictionary& solvaneCloudPresetArguments();
   [[nodiscard]] static const TextDictionary& solvaneProRes4444XQPresetArguments();
 
@@ -61,62 +69,62 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   struct Stored {
     /// The valid entries: normalised flag to normalised value.
     TextDictionary flagValueLookup;
-    /// The rejected entries; absent when nothing was rejected. Those of a vector stand under the normalised flag, those
-    /// of a dictionary under the flag as it was given there.
+    /// The rejected entries; absent when nothing was rejected. Those of a vector are keyed by the normalised flag,
+    /// those of a dictionary by the flag as given.
     std::optional<TextDictionary> invalidKeyValueLookup;
-    /// The flags in the order of the original vector; absent unless that order was to be kept and there are flags.
+    /// The flags in the order of the original vector; absent unless that order is kept and there are flags.
     std::optional<std::vector<std::string>> orderedFlags;
 
     friend bool operator==(const Stored&, const Stored&) = default;
   };
 
-  /// An empty store.
+  /// Creates an empty store.
   TranscodeCliArguments() = default;
 
-  /// Reads an argument vector, without a program path. A word that begins with "-" is a flag, and the word behind it
-  /// its value unless that begins with "-" too; of repeated flags the last value stays. A preset is expanded into its
-  /// settings, where these were not given.
+  /// Reads an argument vector, without a program path. A word that begins with "-" is a flag, and the word after it its
+  /// value unless that begins with "-" too. The last value of a repeated flag wins. A preset adds its settings where
+  /// these were not given.
   explicit TranscodeCliArguments(std::span<const std::string_view> cliArgs, bool maintainOriginalOrdering = false);
   explicit TranscodeCliArguments(std::span<const std::string> cliArgs, bool maintainOriginalOrdering = false);
   TranscodeCliArguments(std::initializer_list<std::string_view> cliArgs, bool maintainOriginalOrdering = false);
 
-  /// Checks and normalises a ready dictionary and expands its presets. Entries are taken in the dictionary's order; of
-  /// two whose flags differ only in case or blanks the later one stays.
+  /// Returns the store of a dictionary: checks and normalises its entries in their order and expands its presets. Of
+  /// two entries whose flags differ only in case or blanks the later one wins.
   [[nodiscard]] static TranscodeCliArguments fromArgumentLookup(const TextDictionary& argumentLookup);
 
-  /// A store of these properties as they are, with nothing normalised again: the inverse of `stored()`.
+  /// Returns a store of these properties as they are, without normalising them: the inverse of `stored()`.
   [[nodiscard]] static TranscodeCliArguments fromStored(Stored stored);
   [[nodiscard]] const Stored& stored() const noexcept { return stored_; }
 
   [[nodiscard]] const TextDictionary& flagValueLookup() const noexcept override { return stored_.flagValueLookup; }
-  /// Replaces all valid entries, as given. The order kept and the rejected entries stay.
+  /// Replaces all valid entries, as given. The kept order and the rejected entries stay.
   void setFlagValueLookup(TextDictionary lookup) noexcept { stored_.flagValueLookup = std::move(lookup); }
 
-  /// Whether the flag is stored. The flag is trimmed but not lower-cased: pass it in lower case, as the flag constants
-  /// are.
+  /// Returns whether the flag is stored. The flag is trimmed but not lower-cased: pass it in lower case, as the flag
+  /// constants are.
   [[nodiscard]] bool hasArgumentFlag(std::string_view flag) const noexcept;
-  /// The flag's value, empty for a flag without one; absent when the flag, trimmed, is not stored.
+  /// Returns the flag's value, empty for a flag without one; absent when the trimmed flag is not stored.
   [[nodiscard]] std::optional<std::string_view> argumentFlagValue(std::string_view flag) const noexcept;
   /// Stores the value under the trimmed flag as it is, neither normalised nor checked; absent removes the flag.
   void setArgumentFlagValue(std::string_view flag, std::optional<std::string_view> value);
 
-  /// The flags of the rejected entries, in the order in which they were met; absent when there are none.
+  /// Returns the flags of the rejected entries in the order of reading; absent when there are none.
   [[nodiscard]] std::optional<std::vector<std::string>> unknownFlags() const;
-  /// Whether nothing was rejected.
+  /// Returns whether nothing was rejected.
   [[nodiscard]] bool allFlagsAreValid() const noexcept;
   /// Calls the block with each rejected flag and its value. The block must not change the store.
   void enumerateUnknownFlags(FunctionRef<void(std::string_view flag, std::string_view value)> unknownFlagFound) const;
 
-  /// The argument vector: the flags in kept order as far as they are still stored, then the remainder; each with its
-  /// value, even an empty one, as two elements.
+  /// Returns the argument vector: the flags that are still stored in their kept order, then the remainder. Each flag
+  /// and its value, even an empty one, are two elements.
   [[nodiscard]] std::vector<std::string> commandLine() const { return commandLineArguments(); }
   [[nodiscard]] std::vector<std::string> commandLineArguments() const override;
 
-  /// "-out": the output file's path.
+  /// "-out": the path of the output file.
   [[nodiscard]] std::optional<std::string_view> outputFile() const noexcept;
   void setOutputFile(std::optional<std::string_view> path);
 
-  /// "-file_format"; absent also for a text that is no file format.
+  /// "-file_format"; also absent for a text that is not a file format.
   [[nodiscard]] std::optional<SAVTranscodeArgumentFileFormatValue> outputFileFormat() const noexcept;
   void setOutputFileFormat(std::optional<SAVTranscodeArgumentFileFormatValue> format);
 
@@ -128,7 +136,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] std::optional<std::string_view> progressOutputPrefix() const noexcept;
   void setProgressOutputPrefix(std::optional<std::string_view> prefix);
 
-  /// "-work_dir": the path of the work folder.
+  /// "-work_dir": the path of the work directory.
   [[nodiscard]] std::optional<std::string_view> workDirectory() const noexcept;
   void setWorkDirectory(std::optional<std::string_view> path);
 
@@ -136,40 +144,40 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] bool shouldOverwrite() const noexcept;
   void setShouldOverwrite(bool overwrite);
 
-  /// Calls the block once for each group of input files with the group's paths in the order of their places, and its
-  /// number; groups ascend by number. The block must not change the store.
+  /// Calls the block once for each group of input files, in ascending order of the groups' numbers, with the group's
+  /// paths in the order of their places, and its number. The block must not change the store.
   ///
-  /// An input file stands under "-in_", the group's number, "_" and its place in the group, both in decimal: "-in_1_0"
-  /// is the first file of group 1. Leading zeros are read, a group's number may be negative, and places need not begin
-  /// at 0 or be without gaps; of two flags for one place, such as "-in_0_1" and "-in_0_01", the earlier in the store
-  /// comes first. Any other flag that begins with "-in" ("-in" itself, "-in_0", "-inx", numbers beyond 64 bits) is kept
-  /// and rendered like every flag, but is no input file.
+  /// The flag of an input file is "-in_", the group's number, "_" and its place in the group, both in decimal:
+  /// "-in_1_0" is the first file of group 1. Leading zeros are allowed, a group's number may be negative, and places
+  /// may begin anywhere and have gaps. Of two flags for one place, such as "-in_0_1" and "-in_0_01", the earlier in the
+  /// store comes first. Any other flag that begins with "-in" ("-in" itself, "-in_0", "-inx", numbers beyond 64 bits)
+  /// is kept and rendered like every flag, but is not an input file.
   void enumerateInputFileGroups(
       FunctionRef<void(std::span<const std::string_view> paths, std::int64_t group)> didFindGroup) const;
 
-  /// Whether a flag is that of an input file: "-in_", a group's number, "_" and a place.
+  /// Returns whether a flag is that of an input file: "-in_", a group's number, "_" and a place.
   [[nodiscard]] static bool isInputFileFlag(std::string_view flag) noexcept;
 
-  /// The input files by group; absent when there are none.
+  /// Returns the input files by group; absent when there are none.
   [[nodiscard]] std::optional<InputFileGroups> inputFileGroups() const;
-  /// Removes every flag that begins with "-in", numbered or not, then stores the groups' files. Absent or empty leaves
-  /// no inputs.
+  /// Removes every flag that begins with "-in", numbered or not, then stores the files of the groups. Absent or empty
+  /// removes all inputs.
   void setInputFileGroups(const std::optional<InputFileGroups>& groups);
 
-  /// The paths of all groups, one group after the other; absent when there are none. Keep the result in a variable to
-  /// go through it: `for (auto& path : *arguments.inputFiles())` would go through one that is gone.
+  /// Returns the paths of all groups, one group after the other; absent when there are none. Store the result before
+  /// iterating over it: `for (auto& path : *arguments.inputFiles())` iterates over a destroyed temporary.
   [[nodiscard]] std::optional<std::vector<std::string>> inputFiles() const;
-  /// Makes the paths the only group of input files, with the number 0; absent leaves no inputs.
+  /// Makes the paths the only group of input files, with the number 0; absent removes all inputs.
   void setInputFiles(const std::optional<std::vector<std::string>>& paths);
 
-  /// The first of the input files; absent when there are none.
+  /// Returns the first of the input files; absent when there are none.
   [[nodiscard]] std::optional<std::string_view> firstInputFile() const;
 
-  // The typed settings keep nothing of their own: each reads the text of one flag and writes it anew, absent removing
-  // the flag. What does not read is absent and stays in the store as it is. transcode_properties.h lists which property
-  // stands under which flag, and how.
+  // The typed settings store nothing of their own: a getter parses the text of one flag, and a setter replaces it.
+  // Setting absent removes the flag. A text that is not valid is absent as a setting and stays in the store as it is.
+  // transcode_property_list.h lists the flag and the kind of each setting.
 
-  /// Whether there is video: that "-vn" is not there, whatever the other video flags say.
+  /// Returns whether there is video: "-vn" is not stored, whatever the other video flags say.
   [[nodiscard]] bool includeVideo() const noexcept { return !omitVideo(); }
   /// "-vn".
   [[nodiscard]] bool omitVideo() const noexcept;
@@ -204,18 +212,18 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] std::optional<std::string_view> videoProfile() const override;
   void setVideoProfile(std::optional<std::string_view> profile) override;
 
-  /// `videoDimensions` in a box of its own that can be shared; null when there are none.
+  /// Returns `videoDimensions` in a shared box of its own; null when absent.
   [[nodiscard]] std::shared_ptr<const Size> dimensionsSizeValue() const;
 
   /// Copies all video settings from another holder, absent ones too.
   void updateFromVideoDetail(const TranscodeVideoDetail& detail);
 
-  /// Whether there is audio: that "-an" is not there.
+  /// Returns whether there is audio: "-an" is not stored.
   [[nodiscard]] bool includeAudio() const noexcept { return !omitAudio(); }
   void setIncludeAudio(bool include) { setOmitAudio(!include); }
 
-  /// Whether the source's audio is passed through unchanged: by "-acopy", and also unless "-acodec" is one of "lpcm",
-  /// "aac" and "apple_lossless". Copying is the default, and an unknown codec copies as well, on purpose.
+  /// Returns whether the source's audio is passed through unchanged: by "-acopy", or because "-acodec" is not one of
+  /// "lpcm", "aac" and "apple_lossless". Copying is the default, deliberately also for an unknown codec.
   [[nodiscard]] bool copyAudio() const noexcept;
   /// Sets or removes "-acopy" alone; without a codec audio is copied all the same.
   void setCopyAudio(bool copy);
@@ -234,8 +242,8 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   void setAudioBitsPerChannel(std::optional<std::int64_t> bits) override;
   [[nodiscard]] bool audioOutputIsDiscrete() const override;
   void setAudioOutputIsDiscrete(bool isDiscrete) override;
-  // The layout and the number of channels share "-acl" on purpose: setting one replaces the other. Setting one to
-  // absent leaves a text that reads as the other, so that copying both members of a holder copies what is there.
+  // The layout and the number of channels deliberately share "-acl": setting one replaces the other. Setting one to
+  // absent keeps a text that is the other, so that copying both members of a holder copies what is there.
   [[nodiscard]] std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> channelLayout() const override;
   void setChannelLayout(std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> layout) override;
   [[nodiscard]] std::optional<std::int64_t> channelLayoutTag() const override;
@@ -248,29 +256,30 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] std::optional<std::int64_t> channelLayoutBitmap() const;
   void setChannelLayoutBitmap(std::optional<std::int64_t> bitmap);
 
-  /// Calls the block once with each audio track to be left out, in ascending order. A track stands under "-ac_omit_"
-  /// and its number from 0, in decimal, with the empty text: "-ac_omit_2" leaves out the third. Other flags that begin
+  /// Calls the block once with each audio track to be left out, in ascending order. The flag of a track is "-ac_omit_"
+  /// and its number from 0, in decimal, with an empty value: "-ac_omit_2" leaves out the third. Other flags that begin
   /// with "-ac_omit" leave out none. The block must not change the store.
   void enumerateIgnoredAudioFileTracks(FunctionRef<void(std::int64_t track)> shouldIgnore) const;
-  /// Whether a flag is that of a track to be left out: "-ac_omit_" and a number.
+  /// Returns whether a flag is that of a track to be left out: "-ac_omit_" and a number.
   [[nodiscard]] static bool isIgnoredTrackFlag(std::string_view flag) noexcept;
-  /// Leaves out these tracks and no others; negative numbers are none. Removes every flag that begins with "-ac_omit".
+  /// Leaves out these tracks and no others; ignores negative numbers. Removes every flag that begins with "-ac_omit".
   void setIgnoredAudioFileTracks(std::span<const std::int64_t> tracks);
 
   /// Copies all audio settings from another holder, absent ones too.
   void updateFromAudioDetail(const TranscodeAudioDetail& detail);
 
-  /// Whether the output has timecode: a track, burnt in, or both. It has no flag of its own.
+  /// Returns whether the output has timecode: a track, burnt in, or both. It has no flag of its own.
   [[nodiscard]] bool includeTimecode() const override;
   /// True adds a track unless there is a track or a burn-in; false removes both.
   void setIncludeTimecode(bool include) override;
 
-  /// The source of the timecode: "-tc_custom" when it holds a timecode, else "-tc_creation", else "-tc_match".
+  /// Returns the source of the timecode: "-tc_custom" when its value is a timecode, else "-tc_creation", else
+  /// "-tc_match".
   [[nodiscard]] std::optional<TimecodeSource> timecodeSource() const override;
-  /// Leaves the flag of this source alone of the three; a custom source without a timecode gets 00:00:00:00.
+  /// Removes the flags of the other sources. A custom source without a timecode gets 00:00:00:00.
   void setTimecodeSource(std::optional<TimecodeSource> source) override;
-  /// Setting a timecode makes the source custom. One that is not of proper form (minutes above 60) is stored, but
-  /// reads back as none.
+  /// Setting a timecode makes the source custom. A timecode that is not of proper form (minutes above 60) is stored,
+  /// but is absent when read back.
   [[nodiscard]] std::optional<TimecodeComponents> timecode() const override;
   void setTimecode(const std::optional<TimecodeComponents>& timecode) override;
   [[nodiscard]] std::optional<float> timecodeFrameRate() const override;
@@ -315,7 +324,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] std::optional<RgbColor> watermarkTextBoxColor() const;
   void setWatermarkTextBoxColor(std::optional<RgbColor> color);
 
-  /// The colour settings of a camera's look file.
+  /// The colour settings of a camera look file.
   [[nodiscard]] std::optional<std::string_view> lookColorSpace() const;
   void setLookColorSpace(std::optional<std::string_view> space);
   [[nodiscard]] std::optional<std::string_view> lookWhitePoint() const;
@@ -325,16 +334,22 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] std::optional<std::string_view> lookInvalidResolution() const;
   void setLookInvalidResolution(std::optional<std::string_view> resolution);
 
-  /// Whether the command line asks the transcoder for a listing or a piece of information.
+  /// Returns whether the command line asks the transcoder for this listing.
   [[nodiscard]] bool isRequested(SAVTranscodeCliCommand command) const noexcept;
   void setRequested(SAVTranscodeCliCommand command, bool isRequested);
 
-  /// Whether the source has to be analysed before the transcode can be planned: there is video, its size is to change
-  /// ("-dims" is there), and the aspect scaling is one that needs the source's own shape ("-aspect_scaling" is there
-  /// and is not "match").
+  /// Returns whether the source has to be analysed before the transcode can be planned: there is video, its size is set
+  /// ("-dims"), and the aspect scaling depends on the source's aspect ratio ("-aspect_scaling" is stored and is not
+  /// "match").
   [[nodiscard]] bool sourceFileAnalysisRequired() const noexcept;
 
  private:
+  friend MERIDIAN_API TranscodeExplanation explain(std::span<const std::string_view> words,
+                                                   bool maintainOriginalOrdering);
+
+  /// Builds the store of a vector that has been read.
+  [[nodiscard]] static TranscodeCliArguments fromReading(std::vector<ReadFlag> flags, bool maintainOriginalOrdering);
+
   Stored stored_;
 };
 

@@ -40,7 +40,7 @@ MutableTranscodeAudioDetail& TranscodeDetailModifier::updatedAudio(MutableTransc
   detail.setChannelLayout(toMatch.channelLayout());
   detail.setChannelLayoutTag(toMatch.channelLayoutTag());
   detail.setOutputChannels(toMatch.outputChannels());
-  // Deliberately a second time, and last.
+  // A second time, and last: see the header.
   detail.setAudioOutputIsDiscrete(toMatch.audioOutputIsDiscrete());
   return detail;
 }

@@ -1,4 +1,7 @@
-// Brings the settings of one holder into line with those of another, group by group.
+/// \file
+/// Copies the settings of one holder to another, group by group.
+///
+///     TranscodeDetailModifier::updatedVideo(editor, arguments);  // editor now has the video settings of arguments
 #pragma once
 
 #include "meridian/cli/transcode_audio_detail.h"
@@ -8,9 +11,9 @@
 
 namespace meridian::inline v0_2 {
 
-/// Copies a group of settings from a model onto a target: every member of the model is read once and assigned to the
-/// target, in the order of the interface, absent values and false included; nothing is compared, skipped or merged. The
-/// target is changed in place and returned. Target and model may be the same.
+/// Copies a group of settings from a model to a target: reads every member of the model once and assigns it to the
+/// target, in the order of the interface, including absent values and false. Nothing is compared, skipped or merged.
+/// The target is changed in place and returned. Target and model may be the same.
 class MERIDIAN_API TranscodeDetailModifier {
  public:
   TranscodeDetailModifier() = delete;
@@ -18,8 +21,8 @@ class MERIDIAN_API TranscodeDetailModifier {
   static MutableTranscodeVideoDetail& updatedVideo(MutableTranscodeVideoDetail& detail,
                                                    const TranscodeVideoDetail& toMatch);
 
-  /// Ends by reading `audioOutputIsDiscrete` once more and assigning it a second time, on purpose: it has to hold
-  /// whatever a target makes of it while its channel layout changes.
+  /// Deliberately assigns `audioOutputIsDiscrete` a second time at the end: it has to survive whatever a target does to
+  /// it when its channel layout changes.
   static MutableTranscodeAudioDetail& updatedAudio(MutableTranscodeAudioDetail& detail,
                                                    const TranscodeAudioDetail& toMatch);
 

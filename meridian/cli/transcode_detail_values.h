@@ -1,4 +1,8 @@
-// Values of the typed settings that are choices of their own: crop anchor, audio quality, source of the timecode.
+/// \file
+/// Values of the typed settings that are choices of their own: crop anchor, audio quality, source of the timecode.
+///
+///     fromRawValue<VideoCropAnchor>("tl");           // VideoCropAnchor::topLeft
+///     avAudioQuality(TranscodeAudioQuality::medium);  // 64
 #pragma once
 
 #include <array>
@@ -11,7 +15,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// Where an image is held when it is cropped. The raw value is the text of "-crop_anchor".
+/// Which part of an image a crop keeps. The raw value is the text of "-crop_anchor".
 enum class VideoCropAnchor : std::uint8_t {
   topLeft,
   topCenter,
@@ -61,12 +65,12 @@ struct EnumerationTable<TranscodeAudioQuality> {
   });
 };
 
-/// The quality on the platform's scale of audio-encoder qualities, 0 to 127.
+/// Returns the quality on the platform's scale of audio-encoder qualities, 0 to 127.
 [[nodiscard]] constexpr int avAudioQuality(TranscodeAudioQuality quality) noexcept {
   return tableRow(quality).avAudioQuality;
 }
 
-/// The flag that takes a quality, whichever it is.
+/// Returns the flag whose value a quality is.
 [[nodiscard]] constexpr SAVTranscodeAudioArgumentFlag audioFlag(TranscodeAudioQuality /*quality*/) noexcept {
   return SAVAudioQualityFlag;
 }
@@ -74,7 +78,7 @@ struct EnumerationTable<TranscodeAudioQuality> {
   return audioFlag(quality).rawValue();
 }
 
-/// Where the output's timecode comes from: each has a flag of its own.
+/// Where the timecode of the output comes from. Each source has a flag of its own.
 enum class TimecodeSource : std::uint8_t {
   /// "-tc_match": the source's timecode.
   match,
@@ -84,13 +88,25 @@ enum class TimecodeSource : std::uint8_t {
   custom,
 };
 
+struct TimecodeSourceRow {
+  TimecodeSource value;
+  std::string_view rawValue;
+  std::string_view description;
+  SAVTranscodeTimecodeArgumentFlag flag;
+};
+
 template <>
 struct EnumerationTable<TimecodeSource> {
-  static constexpr auto rows = std::to_array<EnumerationRow<TimecodeSource>>({
-      {TimecodeSource::match, "match", "As the source"},
-      {TimecodeSource::creationDate, "creationDate", "From the creation date"},
-      {TimecodeSource::custom, "custom", "Custom"},
+  static constexpr auto rows = std::to_array<TimecodeSourceRow>({
+      {TimecodeSource::match, "match", "As the source", SAVTimecodeMatchSourceFlag},
+      {TimecodeSource::creationDate, "creationDate", "From the creation date", SAVTimecodeFromCreationDateFlag},
+      {TimecodeSource::custom, "custom", "Custom", SAVTimecodeCustomFlag},
   });
 };
+
+/// Returns the flag that stores the source.
+[[nodiscard]] constexpr SAVTranscodeTimecodeArgumentFlag timecodeFlag(TimecodeSource source) noexcept {
+  return tableRow(source).flag;
+}
 
 }  // namespace meridian::inline v0_2

@@ -7,9 +7,10 @@
 #include <utility>
 
 #include "meridian/base/numbers.h"
+#include "meridian/base/printable.h"
 #include "meridian/base/text.h"
-#include "meridian/cli/argument_reading.h"
 #include "meridian/cli/nearest_text.h"
+#include "meridian/cli/transcode_argument_reading.h"
 #include "meridian/cli/transcode_detail_values.h"
 #include "meridian/media/video_frame_rate.h"
 
@@ -22,19 +23,34 @@ constexpr auto presetTexts = [] {
   return texts;
 }();
 
-/// What the reading of a vector saw, word by word.
+std::string quotedList(std::span<const std::string> texts) {
+  std::string list;
+  for (const std::string& text : texts) list += (list.empty() ? "" : ", ") + inQuotes(text);
+  return list;
+}
+
+/// What the reading of a vector found.
 struct Trace {
-  /// Every flag as it stood, in order.
+  /// Every flag as written, in order.
   std::vector<ReadFlag> flags;
   /// The places in `flags` of each flag's occurrences.
   std::unordered_map<std::string_view, std::vector<std::size_t>> occurrences;
-  /// The values of the flags that name no preset but should, in the order in which the store meets the flags. It keeps
-  /// the last.
+  /// The values of the flags that name no preset but should, in the order of reading. The store keeps the last.
   std::vector<std::string> unknownPresetNames;
-  /// The last flag that brought one.
+  /// The last flag with such a value.
   std::string unknownPresetFlag;
 
-  /// The values that the flag had before its last occurrence.
+  explicit Trace(std::vector<ReadFlag> read) : flags(std::move(read)) {
+    for (std::size_t place = 0; place < flags.size(); ++place) occurrences[flags[place].flag].push_back(place);
+  }
+
+  /// Returns the last occurrence; null for a flag that was not written.
+  [[nodiscard]] const ReadFlag* last(std::string_view flag) const {
+    const auto places = occurrences.find(flag);
+    return places == occurrences.end() ? nullptr : &flags[places->second.back()];
+  }
+
+  /// Returns the values that the flag had before its last occurrence.
   [[nodiscard]] std::vector<std::string> earlierValues(std::string_view flag) const {
     std::vector<std::string> values;
     if (const auto places = occurrences.find(flag); places != occurrences.end()) {
@@ -45,70 +61,59 @@ struct Trace {
   }
 };
 
-/// A number as people write it: "1920", "23.976".
-std::string plainNumber(double number) {
-  std::string text = shortestDecimalText(number);
-  if (text.ends_with(".0")) text.resize(text.size() - 2);
-  return text;
-}
-
-/// "23.976 fps = 24000/1001": the rate, and the standard rate that it is.
-std::string rateMeaning(std::string_view text) {
-  const auto number = doubleFromText(text);
-  const auto rational = number ? MediaRational::fromRawValue(*number) : std::nullopt;
-  const auto rate = rational ? VideoFrameRate::matching(*rational) : std::nullopt;
-  if (!number || !(*number > 0)) return "no frame rate: it has to be above 0";
-  if (!rate) return "too large for a frame rate";
-  const std::string meaning = plainNumber(*number) + " fps";
-  if (rate->kind() == VideoFrameRateKind::custom) return meaning + ", no standard rate";
-  const auto [numerator, denominator] = rate->rawValue();
-  return meaning + (denominator == 1 ? "" : " = " + std::to_string(numerator) + "/" + std::to_string(denominator));
+/// Finds the presets that the vector names, and the names that are not presets. Several flags that begin with "-preset"
+/// may name the same preset, which is listed once.
+std::vector<ExplainedPreset> explainedPresets(Trace& trace) {
+  std::vector<ExplainedPreset> presets;
+  for (std::size_t place = 0; place < trace.flags.size(); ++place) {
+    const ReadFlag& read = trace.flags[place];
+    const std::vector<std::size_t>& places = trace.occurrences[read.flag];
+    if (places.front() != place || read.kind != FlagKind::preset) continue;
+    const auto preset = fromRawValue<TranscodeCliPreset>(trace.flags[places.back()].value);
+    if (!preset) {
+      trace.unknownPresetFlag = read.flag;
+      for (const std::size_t each : places) trace.unknownPresetNames.push_back(trace.flags[each].value);
+      continue;
+    }
+    auto found = std::ranges::find(presets, *preset, &ExplainedPreset::preset);
+    if (found == presets.end()) found = presets.insert(found, {*preset, {}});
+    std::ranges::move(trace.earlierValues(read.flag), std::back_inserter(found->earlierNames));
+  }
+  return presets;
 }
 
 const std::string* valueInPreset(TranscodeCliPreset preset, std::string_view flag) {
   return presetArguments(preset).find(flag);
 }
 
-std::optional<SettingRemark> remarkOn(const ExplainedSetting& setting, std::optional<std::string_view> contained) {
+/// Returns the warning about how the flag was written; absent when there is none.
+std::optional<TranscodeWarningCode> flagWarning(const ExplainedSetting& setting,
+                                                std::optional<std::string_view> contained) {
+  using enum TranscodeWarningCode;
+  const bool hasValue = !setting.value.empty();
+  if (TranscodeCliArguments::isInputFileFlag(setting.flag)) return hasValue ? std::nullopt : std::optional(lacksValue);
+  if (setting.flag.starts_with(SAVInputPrefixFlag.rawValue())) return inputWithoutNumbers;
+  if (TranscodeCliArguments::isIgnoredTrackFlag(setting.flag)) {
+    return hasValue ? std::optional(holdsValueButTakesNone) : std::nullopt;
+  }
+  if (setting.flag.starts_with(SAVAudioIgnoreTracksPrefixFlag.rawValue())) return omissionWithoutNumber;
   if (const FlagDescription* const flag = findFlag(setting.flag)) {
-    if (flag->text == SAVInputPrefixFlag.rawValue()) return SettingRemark::inputWithoutNumbers;
-    if (flag->text == SAVAudioIgnoreTracksPrefixFlag.rawValue()) return SettingRemark::omissionWithoutNumber;
-    if (flag->takesValue() && setting.value.empty()) return SettingRemark::lacksValue;
-    if (!flag->takesValue() && !setting.value.empty()) return SettingRemark::holdsValueButTakesNone;
-    return std::nullopt;
+    if (flag->takesValue() == hasValue) return std::nullopt;
+    return hasValue ? holdsValueButTakesNone : lacksValue;
   }
-  if (setting.flag.starts_with(SAVInputPrefixFlag.rawValue())) {
-    if (!TranscodeCliArguments::isInputFileFlag(setting.flag)) return SettingRemark::inputWithoutNumbers;
-    return setting.value.empty() ? std::optional(SettingRemark::lacksValue) : std::nullopt;
-  }
-  if (setting.flag.starts_with(SAVAudioIgnoreTracksPrefixFlag.rawValue())) {
-    if (!TranscodeCliArguments::isIgnoredTrackFlag(setting.flag)) return SettingRemark::omissionWithoutNumber;
-    return setting.value.empty() ? std::nullopt : std::optional(SettingRemark::holdsValueButTakesNone);
-  }
-  return contained ? std::optional(SettingRemark::acceptedByContainment) : std::nullopt;
+  return contained ? std::optional(acceptedByContainment) : std::nullopt;
 }
 
-/// Several flags that begin with "-preset" may name the same preset; it is told once.
-void notePreset(std::vector<ExplainedPreset>& presets, TranscodeCliPreset preset,
-                std::vector<std::string> earlierNames) {
-  auto found = std::ranges::find(presets, preset, &ExplainedPreset::preset);
-  if (found == presets.end()) found = presets.insert(found, {preset, {}});
-  std::ranges::move(earlierNames, std::back_inserter(found->earlierNames));
-}
-
-/// The typed value for people; empty where it would say no more than the text does.
+/// Returns the typed value for people; empty where it would say no more than the text does.
 std::string meaningOf(const TranscodeProperty& property, const PropertyValue& value, std::string_view text) {
   if (const auto* const size = std::get_if<Size>(&value)) {
-    return plainNumber(size->width) + " x " + plainNumber(size->height);
-  }
-  if (std::holds_alternative<float>(value)) {
-    if (property.name != "videoFrameRate" && property.name != "timecodeFrameRate") return "";
-    return rateMeaning(text);
+    return plainDecimalText(size->width) + " x " + plainDecimalText(size->height);
   }
   if (const auto* const color = std::get_if<RgbColor>(&value)) {
     return "red " + std::to_string(color->red) + ", green " + std::to_string(color->green) + ", blue " +
            std::to_string(color->blue);
   }
+  if (property.kind == PropertyKind::frameRate) return describeFrameRate(doubleFromText(text).value_or(0));
   if (property.kind == PropertyKind::cropAnchor || property.kind == PropertyKind::overlayAnchor) {
     if (const auto anchor = fromRawValue<VideoCropAnchor>(std::get<std::string>(value))) {
       return lowercased(description(*anchor));
@@ -117,38 +122,40 @@ std::string meaningOf(const TranscodeProperty& property, const PropertyValue& va
   return "";
 }
 
-/// A text near this one that reads as the property: without its blanks, with its "x" or its decimal point put right,
-/// with all its digits, or the nearest of the texts that it takes.
+/// Returns the text with its decimal comma as a point; absent without one. A comma before exactly three characters may
+/// separate thousands, and is left alone.
+std::optional<std::string> withDecimalPoint(std::string text) {
+  const std::size_t comma = text.find(',');
+  if (comma == std::string::npos || text.size() - comma == 4) return std::nullopt;
+  text[comma] = '.';
+  return text;
+}
+
+/// Returns a valid text near this one: without its blanks, with its "x" or its decimal point corrected, with all its
+/// digits, or the nearest of the texts that the property accepts.
 std::optional<std::string> readableTextFor(const TranscodeProperty& property, std::string_view text) {
-  const auto reads = [&property](std::string_view candidate) {
+  const auto isValid = [&property](std::string_view candidate) {
     return !candidate.empty() && valueOfText(property, candidate).has_value();
   };
+  const bool isNumber = property.kind == PropertyKind::number || property.kind == PropertyKind::frameRate;
   std::string compact(text);
-  // Between the digits of one number a blank may stand for anything.
-  if (property.kind != PropertyKind::number && property.kind != PropertyKind::integer) {
+  // Between the digits of one number a blank may mean anything.
+  if (!isNumber && property.kind != PropertyKind::integer)
     std::erase_if(compact, [](char c) { return c == ' ' || c == '\t'; });
-  }
-  // A decimal comma, but not a comma that parts thousands.
-  std::string withPoint;
-  if (const std::size_t comma = compact.find(',');
-      property.kind == PropertyKind::number && comma != std::string::npos && compact.size() - comma != 4) {
-    withPoint = compact;
-    withPoint[comma] = '.';
-  }
   std::string withX = compact;
   std::ranges::replace(withX, '*', 'x');
   if (const std::size_t cross = withX.find("\u00D7"); cross != std::string::npos) withX.replace(cross, 2, "x");
-  for (const std::string& candidate : {compact, withX, withPoint}) {
-    if (reads(candidate)) return candidate;
+  for (const std::string& candidate : {compact, withX, isNumber ? withDecimalPoint(compact).value_or("") : ""}) {
+    if (isValid(candidate)) return candidate;
   }
   if (property.kind == PropertyKind::timecode) {
     const DecomposedTimecode read = TimecodeComponents::decomposeTimecodeString(compact);
     std::string whole = TimecodeComponents::sanitizedTimecode(compact).timecodeString();
-    if (read.hours && read.minutes && read.seconds && read.frames && reads(whole)) return whole;
+    if (read.hours && read.minutes && read.seconds && read.frames && isValid(whole)) return whole;
     return std::nullopt;
   }
   const std::vector<std::string_view> allowed = allowedTexts(property);
-  // What differs in case alone was lower-cased in reading, and would be again.
+  // A text that differs in case alone was lower-cased in reading, and would be again.
   if (std::ranges::any_of(allowed, [&](std::string_view each) { return equalsIgnoringCase(each, compact); })) {
     return std::nullopt;
   }
@@ -156,49 +163,154 @@ std::optional<std::string> readableTextFor(const TranscodeProperty& property, st
   return std::nullopt;
 }
 
-/// Settings that make up a property together with others.
+/// Explains a flag that is a part of a joint property.
 void explainPart(ExplainedSetting& setting) {
-  if (setting.flag == SAVCopyAudioFlag.rawValue()) {
-    setting.propertyName = "copyAudio";
-    setting.typed = true;
-  } else if (setting.flag == SAVTimecodeMatchSourceFlag.rawValue()) {
-    setting.propertyName = "timecodeSource";
-    setting.typed = std::string(rawValue(TimecodeSource::match));
-  } else if (setting.flag == SAVTimecodeFromCreationDateFlag.rawValue()) {
-    setting.propertyName = "timecodeSource";
-    setting.typed = std::string(rawValue(TimecodeSource::creationDate));
-  } else if (TranscodeCliArguments::isIgnoredTrackFlag(setting.flag)) {
-    setting.propertyName = "ignoredAudioFileTracks";
-    setting.typed = integerFromText(setting.flag.substr(setting.flag.rfind('_') + 1));
-  } else if (TranscodeCliArguments::isInputFileFlag(setting.flag)) {
-    setting.propertyName = "inputFiles";
+  using enum PropertyKind;
+  std::string_view flag = setting.flag;
+  if (TranscodeCliArguments::isInputFileFlag(flag)) {
+    flag = SAVInputPrefixFlag.rawValue();
+  } else if (TranscodeCliArguments::isIgnoredTrackFlag(flag)) {
+    flag = SAVAudioIgnoreTracksPrefixFlag.rawValue();
+  } else if (flag == SAVInputPrefixFlag.rawValue() || flag == SAVAudioIgnoreTracksPrefixFlag.rawValue()) {
+    return;
+  }
+  const auto properties = propertiesOfFlag(flag);
+  if (properties.empty()) return;
+  setting.property = properties.front();
+  if (setting.property->kind == files) {
     setting.typed = setting.value;
+  } else if (setting.property->kind == trackNumbers) {
+    setting.typed = integerFromText(setting.flag.substr(setting.flag.rfind('_') + 1));
+  } else if (setting.property->kind == timecodeSource) {
+    const auto& sources = allCases<TimecodeSource>();
+    const auto source = std::ranges::find(sources, flag, [](auto each) { return timecodeFlag(each).rawValue(); });
+    setting.typed = std::string(rawValue(*source));
+  } else {
+    setting.typed = true;
   }
 }
 
-void explainType(ExplainedSetting& setting) {
-  for (const TranscodeProperty& property : transcodeProperties) {
-    if (property.flag != setting.flag) continue;
-    const auto typed = valueOfText(property, setting.value);
-    // Of two properties under one flag the first that reads counts, else the first.
-    if (setting.property != nullptr && !typed) continue;
-    setting.property = &property;
-    setting.typed = typed;
-    if (typed) break;
-  }
-  if (setting.property == nullptr) {
+/// Explains what the text of a setting is; warns about one that is not valid.
+void explainValue(ExplainedSetting& setting) {
+  const auto properties = propertiesOfFlag(setting.flag);
+  if (properties.empty() || properties.front()->isJoint()) {
     explainPart(setting);
     return;
   }
-  setting.propertyName = setting.property->name;
-  if (setting.typed) {
-    setting.meaning = meaningOf(*setting.property, *setting.typed, setting.value);
-  } else if (!setting.value.empty()) {
-    setting.readableText = readableTextFor(*setting.property, setting.value);
+  setting.property = properties.front();
+  for (const TranscodeProperty* const property : properties) {
+    setting.typed = valueOfText(*property, setting.value);
+    if (!setting.typed) continue;
+    setting.property = property;
+    setting.meaning = meaningOf(*property, *setting.typed, setting.value);
+    return;
   }
+  if (setting.value.empty()) return;
+  for (const std::string_view allowed : allowedTexts(*setting.property)) {
+    if (!equalsIgnoringCase(allowed, setting.value)) continue;
+    setting.warnings.push_back(
+        {{TranscodeWarningCode::needsCapitals, setting.flag, std::string(allowed) + " is lower-cased in reading"}});
+    return;
+  }
+  setting.readableText = readableTextFor(*setting.property, setting.value);
+  std::string expected;
+  for (const TranscodeProperty* const property : properties) {
+    expected += (expected.empty() ? "" : ", or ") + expectedForm(*property);
+  }
+  setting.warnings.push_back({{TranscodeWarningCode::invalidValue, setting.flag,
+                               inQuotes(setting.value) + " is not " + std::string(description(setting.property->kind))},
+                              "expected " + setting.readableText.value_or(expected)});
 }
 
-/// What the settings mean together.
+ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trace& trace,
+                                  std::span<const ExplainedPreset> presets) {
+  ExplainedSetting setting;
+  setting.flag = entry.key;
+  setting.value = entry.value;
+  const auto warn = [&setting](TranscodeWarningCode code, std::string detail) {
+    setting.warnings.push_back({{code, setting.flag, std::move(detail)}});
+  };
+
+  explainValue(setting);
+  const auto contained = containedKnownFlag(setting.flag);
+  if (const auto code = flagWarning(setting, contained)) {
+    warn(*code, code == TranscodeWarningCode::acceptedByContainment ? std::string(*contained) : "");
+  }
+
+  // The first of several presets with the flag counts, as in the store.
+  const auto holder = std::ranges::find_if(
+      presets, [&](const ExplainedPreset& each) { return valueInPreset(each.preset, setting.flag) != nullptr; });
+  if (holder != presets.end()) setting.preset = holder->preset;
+  const ReadFlag* const written = trace.last(setting.flag);
+  if (written == nullptr) {
+    setting.source = SettingSource::preset;
+    return setting;
+  }
+  setting.earlierValues = trace.earlierValues(setting.flag);
+  setting.writtenValue = trimmed(written->writtenValue);
+  if (!setting.earlierValues.empty()) {
+    setting.source = SettingSource::repeated;
+    warn(TranscodeWarningCode::repeated, "previously " + quotedList(setting.earlierValues));
+  }
+  if (setting.writtenValue != setting.value) {
+    warn(TranscodeWarningCode::lowerCased, inQuotes(setting.writtenValue));
+  }
+  if (setting.preset) {
+    setting.presetValue = *valueInPreset(*setting.preset, setting.flag);
+    warn(TranscodeWarningCode::overridesPreset,
+         inQuotes(*setting.presetValue) + " from " + std::string(preset(*setting.preset)));
+  }
+  return setting;
+}
+
+/// Returns the flag before the rejected one, when it needs a value but got none.
+std::optional<std::string> valuelessFlagBefore(const ReadFlag& rejected, const Trace& trace) {
+  if (&rejected == trace.flags.data()) return std::nullopt;
+  const ReadFlag& before = *(&rejected - 1);
+  const FlagDescription* const known = findFlag(before.flag);
+  if (before.index + 1 != rejected.index || known == nullptr || !known->takesValue()) return std::nullopt;
+  return before.flag;
+}
+
+TranscodeError errorOf(const ExplainedRejection& rejection) {
+  const bool isPreset = rejection.flag == SAVPresetFlag.rawValue();
+  TranscodeError error;
+  error.code = isPreset ? TranscodeErrorCode::unknownPreset : TranscodeErrorCode::unknownFlag;
+  error.place = rejection.flag;
+  if (isPreset) error.detail = inQuotes(rejection.value);
+  if (rejection.writtenFlag != rejection.flag) error.detail += " after " + rejection.writtenFlag;
+  if (!rejection.earlierValues.empty()) {
+    error.detail += (isPreset ? ", previously " : "previously ") + quotedList(rejection.earlierValues);
+  }
+  if (rejection.suggestion) {
+    error.advice = "did you mean " + std::string(*rejection.suggestion) + "?";
+  } else if (rejection.valueless) {
+    error.advice = "it cannot be the value of " + *rejection.valueless + ", because no value begins with \"-\"";
+  }
+  return error;
+}
+
+ExplainedRejection explainedRejection(std::string_view flag, std::string_view value, const Trace& trace) {
+  ExplainedRejection rejection;
+  rejection.flag = flag;
+  rejection.value = value;
+  if (flag == SAVPresetFlag.rawValue()) {
+    // The store has one entry for every flag that begins with "-preset".
+    rejection.writtenFlag = trace.unknownPresetFlag;
+    rejection.earlierValues = trace.unknownPresetNames;
+    rejection.earlierValues.pop_back();
+    rejection.suggestion = nearestText(value, presetTexts);
+  } else {
+    rejection.writtenFlag = flag;
+    rejection.earlierValues = trace.earlierValues(flag);
+    rejection.suggestion = nearestText(flag, allKnownCommandFlags);
+    if (const ReadFlag* const last = trace.last(flag)) rejection.valueless = valuelessFlagBefore(*last, trace);
+  }
+  rejection.error = errorOf(rejection);
+  return rejection;
+}
+
+/// Returns what the settings mean together.
 std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
   std::vector<std::string> notes;
   const auto isListing = [](const TextDictionary::Entry& entry) {
@@ -215,103 +327,36 @@ std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
     if (arguments.hasArgumentFlag(SAVCopyAudioFlag.rawValue())) {
       reason = "-acopy asks for it";
     } else if (arguments.hasArgumentFlag(SAVAudioFormatFlag.rawValue())) {
-      reason = "its codec is none that can be encoded";
+      reason = "its codec cannot be encoded";
     }
     notes.push_back("audio is copied because " + reason);
   }
   std::string sources;
-  for (const auto& flag : {SAVTimecodeCustomFlag, SAVTimecodeFromCreationDateFlag, SAVTimecodeMatchSourceFlag}) {
+  for (const TimecodeSource source : {TimecodeSource::custom, TimecodeSource::creationDate, TimecodeSource::match}) {
+    const auto flag = timecodeFlag(source);
     if (arguments.hasArgumentFlag(flag.rawValue())) sources += (sources.empty() ? "" : ", ") + flag.string();
   }
   if (const auto source = arguments.timecodeSource(); source && sources.find(',') != std::string::npos) {
     notes.push_back("of the timecode sources " + sources + " one counts: " + std::string(rawValue(*source)));
   }
   if (arguments.sourceFileAnalysisRequired()) {
-    notes.emplace_back("the source has to be analysed first, for the shape of its image");
+    notes.emplace_back("the source has to be analysed first, to determine its aspect ratio");
   }
   return notes;
-}
-
-ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trace& trace,
-                                  std::span<const ExplainedPreset> presets) {
-  ExplainedSetting setting;
-  setting.flag = entry.key;
-  setting.value = entry.value;
-
-  // Of several presets the first that has the flag counts, as in the store.
-  const auto holder = std::ranges::find_if(
-      presets, [&](const ExplainedPreset& each) { return valueInPreset(each.preset, entry.key) != nullptr; });
-  if (holder != presets.end()) setting.preset = holder->preset;
-
-  const auto places = trace.occurrences.find(entry.key);
-  if (places == trace.occurrences.end()) {
-    setting.source = SettingSource::preset;
-  } else {
-    setting.source = places->second.size() > 1 ? SettingSource::repeated : SettingSource::given;
-    setting.earlierValues = trace.earlierValues(entry.key);
-    setting.writtenValue = trimmed(trace.flags[places->second.back()].writtenValue);
-    if (setting.preset) setting.presetValue = *valueInPreset(*setting.preset, entry.key);
-  }
-
-  explainType(setting);
-  const auto contained = containedKnownFlag(entry.key);
-  setting.remark = remarkOn(setting, contained);
-  if (setting.remark == SettingRemark::acceptedByContainment) setting.containedFlag = contained;
-  return setting;
-}
-
-ExplainedRejection explainedRejection(std::string_view flag, std::string_view value, const Trace& trace) {
-  ExplainedRejection rejection;
-  rejection.flag = flag;
-  rejection.value = value;
-  rejection.writtenFlag = flag;
-  if (flag == SAVPresetFlag.rawValue()) {
-    // Stands for every flag that begins with "-preset".
-    rejection.earlierValues = trace.unknownPresetNames;
-    rejection.earlierValues.pop_back();
-    rejection.suggestion = nearestText(value, presetTexts);
-    rejection.writtenFlag = trace.unknownPresetFlag;
-    return rejection;
-  }
-  rejection.earlierValues = trace.earlierValues(flag);
-  rejection.suggestion = nearestText(flag, allKnownCommandFlags);
-  if (const auto places = trace.occurrences.find(flag); places != trace.occurrences.end()) {
-    const std::size_t place = places->second.back();
-    if (place > 0) {
-      const ReadFlag& before = trace.flags[place - 1];
-      const FlagDescription* const known = findFlag(before.flag);
-      const bool adjacent = before.index + 1 == trace.flags[place].index;
-      if (adjacent && known != nullptr && known->takesValue()) rejection.valueless = before.flag;
-    }
-  }
-  return rejection;
 }
 
 }  // namespace
 
 TranscodeExplanation explain(std::span<const std::string_view> words, bool maintainOriginalOrdering) {
+  ReadArguments read = readArgumentVector(words);
   TranscodeExplanation explanation;
-  explanation.arguments = TranscodeCliArguments(words, maintainOriginalOrdering);
-
-  Trace trace;
-  readArgumentVector(
-      words, [&trace](ReadFlag&& read) { trace.flags.push_back(std::move(read)); },
-      [&](std::size_t index) { explanation.droppedWords.push_back({index, std::string(words[index])}); });
-  for (std::size_t place = 0; place < trace.flags.size(); ++place) {
-    trace.occurrences[trace.flags[place].flag].push_back(place);
+  explanation.arguments = TranscodeCliArguments::fromReading(read.flags, maintainOriginalOrdering);
+  for (const std::size_t index : read.strayWords) {
+    const std::string word(words[index]);
+    explanation.droppedWords.push_back({index, word, {{TranscodeWarningCode::strayWord, word}}});
   }
-  for (std::size_t place = 0; place < trace.flags.size(); ++place) {
-    const ReadFlag& read = trace.flags[place];
-    const std::vector<std::size_t>& places = trace.occurrences[read.flag];
-    if (places.front() != place || read.kind != FlagKind::preset) continue;
-    if (const auto preset = fromRawValue<TranscodeCliPreset>(trace.flags[places.back()].value)) {
-      notePreset(explanation.presets, *preset, trace.earlierValues(read.flag));
-    } else {
-      trace.unknownPresetFlag = read.flag;
-      for (const std::size_t each : places) trace.unknownPresetNames.push_back(trace.flags[each].value);
-    }
-  }
-
+  Trace trace(std::move(read.flags));
+  explanation.presets = explainedPresets(trace);
   for (const TextDictionary::Entry& entry : explanation.arguments.flagValueLookup()) {
     explanation.settings.push_back(explainedSetting(entry, trace, explanation.presets));
   }
@@ -320,6 +365,18 @@ TranscodeExplanation explain(std::span<const std::string_view> words, bool maint
   });
   explanation.notes = notesOn(explanation.arguments);
   return explanation;
+}
+
+std::vector<TranscodeWarning> readingBackWarnings(const TranscodeCliArguments& arguments) {
+  std::vector<TranscodeWarning> warnings;
+  for (const auto& [flag, value] : arguments.flagValueLookup()) {
+    const bool isFlag = trimmed(value).starts_with('-');
+    const std::string read = isFlag ? "" : treatmentOf(flag).valueOptions.sanitize(value);
+    if (read == value) continue;
+    warnings.push_back({{TranscodeWarningCode::readsBackDifferently, flag,
+                         inQuotes(value) + " as " + (isFlag ? "a flag" : inQuotes(read))}});
+  }
+  return warnings;
 }
 
 }  // namespace meridian::inline v0_2

@@ -1,6 +1,15 @@
-// How an argument vector was understood: where each setting came from, and what became of every other word.
+/// \file
+/// An argument vector explained: where each setting came from, what its text means, and what became of every other
+/// word.
+///
+///     const TranscodeExplanation explanation = explain({{"-dims", "1280 x 720", "-vcoedc", "h264"}});
+///     explanation.settings[0].warnings[0].message();  // "-dims": cannot be parsed: "1280 x 720" is not a size;
+///                                                     // expected 1280x720
+///     explanation.rejections[0].error.message();      // "-vcoedc": is not a flag of the transcoder;
+///                                                     // did you mean -vcodec?
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -10,6 +19,8 @@
 #include <vector>
 
 #include "meridian/base/enumeration.h"
+#include "meridian/base/error.h"
+#include "meridian/cli/advised.h"
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/cli/transcode_preset.h"
 #include "meridian/cli/transcode_properties.h"
@@ -17,7 +28,76 @@
 
 namespace meridian::inline v0_2 {
 
-/// Where a setting's value came from: written once, written more than once (the last one stays), or from a preset.
+/// What there is to know about a setting or a word that the store did not reject. Those without a remedy are facts.
+enum class TranscodeWarningCode : std::uint8_t {
+  /// The text is not valid for the flag's property.
+  invalidValue,
+  /// The text would be valid in capitals, but a vector's values are lower-cased.
+  needsCapitals,
+  /// The flag accepts no value but has one: it consumed the following word.
+  holdsValueButTakesNone,
+  /// The flag needs a value but has none.
+  lacksValue,
+  /// The flag is not in the vocabulary; it was accepted only because it contains a known flag.
+  acceptedByContainment,
+  /// The flag begins with "-in" but does not have the two numbers of an input file.
+  inputWithoutNumbers,
+  /// The flag begins with "-ac_omit" but does not have the number of an audio track.
+  omissionWithoutNumber,
+  /// The flag was written several times.
+  repeated,
+  /// The value was not written in lower case, but is stored so.
+  lowerCased,
+  /// The setting is also one of a preset, with another value or the same.
+  overridesPreset,
+  /// A word belongs to no flag and was dropped.
+  strayWord,
+  /// A reader of the rendered vector gets another value than is stored.
+  readsBackDifferently,
+};
+
+template <>
+struct EnumerationTable<TranscodeWarningCode> {
+  static constexpr auto rows = std::to_array<ErrorRow<TranscodeWarningCode>>({
+      {TranscodeWarningCode::invalidValue, "invalidValue", "cannot be parsed", "correct the value"},
+      {TranscodeWarningCode::needsCapitals, "needsCapitals", "has a value that no argument vector can carry",
+       "choose another value, or set the property in the application"},
+      {TranscodeWarningCode::holdsValueButTakesNone, "holdsValueButTakesNone",
+       "accepts no value but consumed the following word", "remove the word, or move it after the flag it belongs to"},
+      {TranscodeWarningCode::lacksValue, "lacksValue", "needs a value but has none",
+       "write its value right after it; no value can begin with \"-\""},
+      {TranscodeWarningCode::acceptedByContainment, "acceptedByContainment",
+       "is not a flag of the transcoder, and was accepted only because it contains one", "check the spelling"},
+      {TranscodeWarningCode::inputWithoutNumbers, "inputWithoutNumbers", "is not an input file",
+       "number the inputs by group and place, such as -in_0_0 for the first"},
+      {TranscodeWarningCode::omissionWithoutNumber, "omissionWithoutNumber", "leaves out no audio track",
+       "number the tracks from 0, such as -ac_omit_0 for the first"},
+      {TranscodeWarningCode::repeated, "repeated", "is repeated, and the last value wins"},
+      {TranscodeWarningCode::lowerCased, "lowerCased", "was written differently"},
+      {TranscodeWarningCode::overridesPreset, "overridesPreset", "overrides a preset"},
+      {TranscodeWarningCode::strayWord, "strayWord", "belongs to no flag"},
+      {TranscodeWarningCode::readsBackDifferently, "readsBackDifferently", "will be read differently"},
+  });
+};
+
+/// Warns about one flag or word, which is the place.
+using TranscodeWarning = Advised<Warning<TranscodeWarningCode>>;
+
+/// Why an entry of an argument vector was rejected.
+enum class TranscodeErrorCode : std::uint8_t { unknownFlag, unknownPreset };
+
+template <>
+struct EnumerationTable<TranscodeErrorCode> {
+  static constexpr auto rows = std::to_array<ErrorRow<TranscodeErrorCode>>({
+      {TranscodeErrorCode::unknownFlag, "unknownFlag", "is not a flag of the transcoder", "check the spelling"},
+      {TranscodeErrorCode::unknownPreset, "unknownPreset", "does not name a preset", "check the spelling"},
+  });
+};
+
+/// Says why an entry was rejected. The place is its flag.
+using TranscodeError = Advised<Error<TranscodeErrorCode>>;
+
+/// Where a setting's value came from: written once, written more than once (the last value wins), or from a preset.
 enum class SettingSource : std::uint8_t { given, repeated, preset };
 
 template <>
@@ -29,83 +109,52 @@ struct EnumerationTable<SettingSource> {
   });
 };
 
-/// What a person should know about a setting that the store accepted.
-enum class SettingRemark : std::uint8_t {
-  /// The flag takes no value but holds one: it swallowed the word behind it.
-  holdsValueButTakesNone,
-  /// The flag takes a value but holds none.
-  lacksValue,
-  /// The flag is none of the vocabulary; it was accepted only because it contains a known flag.
-  acceptedByContainment,
-  /// The flag begins with "-in" but does not carry the two numbers of an input file.
-  inputWithoutNumbers,
-  /// The flag begins with "-ac_omit" but does not carry the number of an audio track.
-  omissionWithoutNumber,
-};
-
-template <>
-struct EnumerationTable<SettingRemark> {
-  static constexpr auto rows = std::to_array<EnumerationRow<SettingRemark>>({
-      {SettingRemark::holdsValueButTakesNone, "holdsValueButTakesNone",
-       "takes no value but swallowed the word behind it"},
-      {SettingRemark::lacksValue, "lacksValue", "takes a value but has none"},
-      {SettingRemark::acceptedByContainment, "acceptedByContainment",
-       "no flag of the transcoder; accepted because it contains a known one"},
-      {SettingRemark::inputWithoutNumbers, "inputWithoutNumbers",
-       "no input file: inputs are numbered, such as -in_0_0 for the first"},
-      {SettingRemark::omissionWithoutNumber, "omissionWithoutNumber",
-       "leaves out no track: tracks are numbered, such as -ac_omit_0 for the first"},
-  });
-};
-
 struct ExplainedSetting {
   std::string flag;
   std::string value;
-  /// The value as it was written, trimmed; the same as `value` for one that keeps its case. Empty for a preset's value.
+  /// The value as written, trimmed; equal to `value` for one that keeps its case. Empty for a preset's value.
   std::string writtenValue;
   SettingSource source = SettingSource::given;
   /// The preset that gave the value, or whose value was overridden.
   std::optional<TranscodeCliPreset> preset;
-  /// Values that were written earlier in the vector and lost to this one, in their order.
+  /// Values that were written earlier in the vector and overridden, in their order.
   std::vector<std::string> earlierValues;
-  /// The preset's value that lost to this one.
+  /// The preset's value that was overridden.
   std::optional<std::string> presetValue;
-  std::optional<SettingRemark> remark;
-  /// The known flag that the flag contains, for `acceptedByContainment`.
-  std::optional<std::string_view> containedFlag;
-  /// The property that stands under the flag: of two that share it the one as which the text reads. Null for a flag
-  /// that is none of the list, such as a listing command, or only a part of a property, such as an input file.
+  /// The property that the flag stores or is a part of; of two that share it the first for which the text is valid.
+  /// Null for a flag without one, such as a listing command.
   const TranscodeProperty* property = nullptr;
-  /// The property's name, also that of a property that several flags make up ("inputFiles"); empty for none.
-  std::string_view propertyName;
-  /// What the text reads as; absent when it does not read as its property.
+  /// What the text is as the property, or of a joint property this part; absent when it is not valid.
   std::optional<PropertyValue> typed;
   /// The typed value for people: "1920 x 1080", "23.976 fps = 24000/1001"; empty where the text says it already.
   std::string meaning;
-  /// What could be written where the text does not read: "1280x720" for "1280 x 720".
+  /// A valid text that was probably meant by one that is not: "1280x720" for "1280 x 720".
   std::optional<std::string> readableText;
+  /// What there is to know about the setting, the most important first.
+  std::vector<TranscodeWarning> warnings;
 };
 
 /// A preset whose settings were merged into those given.
 struct ExplainedPreset {
   TranscodeCliPreset preset;
-  /// Preset names that were written earlier in the vector and lost to this one.
+  /// Preset names that were written earlier in the vector and overridden.
   std::vector<std::string> earlierNames;
 };
 
 struct ExplainedRejection {
-  /// "-preset" for an unknown preset name, whatever flag that begins so it was written after.
+  /// "-preset" for an unknown preset name, even after another flag that begins with "-preset".
   std::string flag;
-  /// The flag that was written: another one for flags that begin with "-preset", such as "-presets".
+  /// The flag as written: differs for flags that begin with "-preset", such as "-presets".
   std::string writtenFlag;
   std::string value;
-  /// Values that were written earlier in the vector and lost to this one, in their order.
+  /// Values that were written earlier in the vector and overridden, in their order.
   std::vector<std::string> earlierValues;
-  /// The known flag, or for an unknown preset name the preset, that comes nearest; absent when nothing is near.
+  /// The nearest known flag, or for an unknown preset name the nearest preset; absent when nothing is near.
   std::optional<std::string_view> suggestion;
-  /// The flag right before it, when that takes a value but got none: the rejected word may have been meant as its
-  /// value, but no value begins with "-".
+  /// The preceding flag, when it needs a value but got none: the rejected word may have been meant as its value, but no
+  /// value begins with "-".
   std::optional<std::string> valueless;
+  TranscodeError error;
 };
 
 /// A word that belongs to no flag.
@@ -113,6 +162,7 @@ struct DroppedWord {
   /// Its place in the vector, from 0.
   std::size_t index = 0;
   std::string word;
+  TranscodeWarning warning;
 };
 
 struct TranscodeExplanation {
@@ -122,12 +172,16 @@ struct TranscodeExplanation {
   std::vector<ExplainedPreset> presets;
   std::vector<ExplainedRejection> rejections;
   std::vector<DroppedWord> droppedWords;
-  /// What the settings mean together, in sentences: "video is left out".
+  /// What the settings mean together, one clause each: "video is left out".
   std::vector<std::string> notes;
 };
 
-/// Explains an argument vector, without a program path.
+/// Explains an argument vector, without a program path. Reads it once, as `TranscodeCliArguments` does.
 [[nodiscard]] MERIDIAN_API TranscodeExplanation explain(std::span<const std::string_view> words,
                                                         bool maintainOriginalOrdering = false);
+
+/// Warns about each value that a reader of the store's `commandLine()` gets differently: values are trimmed and mostly
+/// lower-cased, and one that begins with "-" is a flag.
+[[nodiscard]] MERIDIAN_API std::vector<TranscodeWarning> readingBackWarnings(const TranscodeCliArguments& arguments);
 
 }  // namespace meridian::inline v0_2

@@ -1,4 +1,9 @@
-// The transcoder's flags: every word that may begin a setting on its command line, group by group.
+/// \file
+/// The transcoder's flags, group by group: which there are, and which of them accept a value.
+///
+///     findFlag("-vr")->takesValue();            // true
+///     SAVTranscodeVideoArgumentFlag::allCases();  // "-vn", "-vcodec", "-vr", ...
+///     normalizedFlag(" -VR");                    // "-vr"
 #pragma once
 
 #include <algorithm>
@@ -6,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -13,10 +19,11 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/base/text_index.h"
 #include "meridian/base/typed_text.h"
+#include "meridian/export.h"
 
 namespace meridian::inline v0_2 {
 
-/// The groups of flags, in the order in which the list of all known flags names them.
+/// The groups of flags, in the order in which the list of all known flags has them.
 enum class FlagGroup : std::uint8_t {
   command,
   general,
@@ -45,50 +52,45 @@ struct EnumerationTable<FlagGroup> {
 /// Whether a flag is followed by a value on the command line, and what reading does to that value.
 enum class FlagValue : std::uint8_t {
   none,
-  /// Lower-cased. On purpose also where it is a path or free text ("-progress_prefix", "-wmf_path", "-wmt_text").
+  /// Lower-cased, deliberately also where it is a path or free text ("-progress_prefix", "-wmf_path", "-wmt_text").
   lowercase,
   /// A path that keeps its case.
   path,
 };
 
-/// One line of a group's table. `place` is the flag's place among the group's cases, from 1; 0 keeps it out of them,
-/// and so out of the list of all known flags.
+/// One line of a group's table. A flag that is not a case is a public constant, but not in the list of all known flags.
 template <typename Flag>
 struct FlagRow {
   Flag flag;
   FlagValue value;
-  std::size_t place;
+  /// What the flag does, where it stores no property; empty where it does.
+  std::string_view meaning = {};
+  bool isCase = true;
 };
 
-/// Specialised for each group's type with the members `group` and `rows`, the group's flags in declaration order.
+/// Specialised for each group's type with the members `group` and `rows`, the group's flags in the order of its cases.
 template <typename Flag>
 struct FlagTable;
 
 namespace detail {
 
-template <typename Flag>
-inline constexpr std::size_t flagCaseCount = static_cast<std::size_t>(
-    std::ranges::count_if(FlagTable<Flag>::rows, [](const auto& row) { return row.place > 0; }));
-
-template <typename Flag>
-consteval auto flagCasesOfTable() {
-  constexpr const auto& rows = FlagTable<Flag>::rows;
-  std::array<bool, flagCaseCount<Flag>> taken{};
-  std::array<std::size_t, flagCaseCount<Flag>> rowOfPlace{};
+/// Returns the member of each row that fulfils the predicate, in the order of the rows.
+template <const auto& rows, auto member, auto predicate>
+consteval auto membersWhere() {
+  constexpr auto count = static_cast<std::size_t>(std::ranges::count_if(rows, predicate));
+  std::array<std::size_t, count> chosen{};
+  std::size_t end = 0;
   for (std::size_t row = 0; row < rows.size(); ++row) {
-    if (rows[row].place == 0) continue;
-    const std::size_t place = rows[row].place - 1;
-    if (place >= taken.size() || taken[place]) throw "the places of a group's cases are not 1, 2, 3 ...";
-    taken[place] = true;
-    rowOfPlace[place] = row;
+    if (predicate(rows[row])) chosen[end++] = row;
   }
   return [&]<std::size_t... Place>(std::index_sequence<Place...>) {
-    return std::array<Flag, sizeof...(Place)>{rows[rowOfPlace[Place]].flag...};
-  }(std::make_index_sequence<flagCaseCount<Flag>>{});
+    return std::array{rows[chosen[Place]].*member...};
+  }(std::make_index_sequence<count>{});
 }
 
 template <typename Flag>
-inline constexpr auto flagCases = flagCasesOfTable<Flag>();
+inline constexpr auto flagCases =
+    membersWhere<FlagTable<Flag>::rows, &FlagRow<Flag>::flag, [](const auto& row) { return row.isCase; }>();
 
 }  // namespace detail
 
@@ -98,11 +100,11 @@ class FlagText : public TypedText<Flag> {
  public:
   using TypedText<Flag>::TypedText;
 
-  /// The group's cases, in their own order.
+  /// Returns the group's cases.
   [[nodiscard]] static constexpr std::span<const Flag> allCases() noexcept { return detail::flagCases<Flag>; }
 
-  /// Whether a value follows the flag. False only for the group's value-less flags: a text that is none of the group's
-  /// flags answers true.
+  /// Returns whether a value follows the flag. False only for the group's flags without a value; true for a text that
+  /// is not a flag of the group.
   [[nodiscard]] constexpr bool acceptsArguments() const noexcept {
     return std::ranges::none_of(FlagTable<Flag>::rows, [this](const FlagRow<Flag>& row) {
       return row.value == FlagValue::none && row.flag.rawValue() == this->rawValue();
@@ -110,8 +112,8 @@ class FlagText : public TypedText<Flag> {
   }
 };
 
-/// Listing commands: the transcoder prints a list or a piece of information and exits. None takes a value.
-/// "-wmf_burn_anchors" is a constant that is kept out of the cases on purpose: it is not known to the parser.
+/// Listing commands: the transcoder prints a list or a piece of information and exits. None accepts a value.
+/// "-wmf_burn_anchors" is deliberately not a case: the parser does not know it.
 class SAVTranscodeCliCommand : public FlagText<SAVTranscodeCliCommand> {
  public:
   using FlagText::FlagText;
@@ -135,23 +137,23 @@ template <>
 struct FlagTable<SAVTranscodeCliCommand> {
   static constexpr FlagGroup group = FlagGroup::command;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeCliCommand>>({
-      {SAVCliHelpFlag, FlagValue::none, 1},
-      {SAVCliCodecsFlag, FlagValue::none, 2},
-      {SAVCliFormatsFlag, FlagValue::none, 3},
-      {SAVCliVersionFlag, FlagValue::none, 4},
-      {SAVCliAcknowledgementFlag, FlagValue::none, 5},
-      {SAVCliPresetsFlag, FlagValue::none, 6},
-      {SAVCliAspectRatioScalingsFlag, FlagValue::none, 7},
-      {SAVCliCropAnchorsFlag, FlagValue::none, 8},
-      {SAVCliColorSpacesFlag, FlagValue::none, 9},
-      {SAVCliAudioChannelLayoutsFlag, FlagValue::none, 10},
-      {SAVCliTimecodeBurnAnchorsFlag, FlagValue::none, 11},
-      {SAVCliWatermarkFileBurnAnchorsFlag, FlagValue::none, 0},
-      {SAVCliGpuPlatformsFlag, FlagValue::none, 12},
+      {SAVCliHelpFlag, FlagValue::none, "Print the usage"},
+      {SAVCliCodecsFlag, FlagValue::none, "Print the video and audio codecs"},
+      {SAVCliFormatsFlag, FlagValue::none, "Print the file formats"},
+      {SAVCliVersionFlag, FlagValue::none, "Print the version"},
+      {SAVCliAcknowledgementFlag, FlagValue::none, "Print the licences of the libraries in use"},
+      {SAVCliPresetsFlag, FlagValue::none, "Print the presets and their settings"},
+      {SAVCliAspectRatioScalingsFlag, FlagValue::none, "Print the aspect scalings"},
+      {SAVCliCropAnchorsFlag, FlagValue::none, "Print the crop anchors"},
+      {SAVCliColorSpacesFlag, FlagValue::none, "Print the colour spaces"},
+      {SAVCliAudioChannelLayoutsFlag, FlagValue::none, "Print the audio channel layouts"},
+      {SAVCliTimecodeBurnAnchorsFlag, FlagValue::none, "Print the anchors of a burnt-in timecode"},
+      {SAVCliWatermarkFileBurnAnchorsFlag, FlagValue::none, "Print the anchors of a watermark image", false},
+      {SAVCliGpuPlatformsFlag, FlagValue::none, "Print the GPU platforms"},
   });
 };
 
-/// General flags: the files of a transcode and how it reports. "-in" is a prefix: an input file stands under "-in_",
+/// General flags: the files of a transcode and how it reports. "-in" is a prefix: the flag of an input file is "-in_",
 /// the number of its group, "_" and its place in the group.
 class SAVTranscodeArgumentFlag : public FlagText<SAVTranscodeArgumentFlag> {
  public:
@@ -173,16 +175,16 @@ template <>
 struct FlagTable<SAVTranscodeArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::general;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeArgumentFlag>>({
-      {SAVInputPrefixFlag, FlagValue::path, 1},
-      {SAVOutputFileFlag, FlagValue::path, 2},
-      {SAVProgressFileFlag, FlagValue::path, 3},
-      {SAVProgressOutputPrefixFlag, FlagValue::lowercase, 4},
-      {SAVOverwriteExistingFlag, FlagValue::none, 5},
-      {SAVFileFormatFlag, FlagValue::lowercase, 6},
-      {SAVColorLutFileFlag, FlagValue::path, 7},
-      {SAVPrepareForWebFlag, FlagValue::none, 8},
-      {SAVPresetFlag, FlagValue::lowercase, 9},
-      {SAVWorkDirectoryFlag, FlagValue::path, 10},
+      {SAVInputPrefixFlag, FlagValue::path},
+      {SAVOutputFileFlag, FlagValue::path},
+      {SAVProgressFileFlag, FlagValue::path},
+      {SAVProgressOutputPrefixFlag, FlagValue::lowercase},
+      {SAVOverwriteExistingFlag, FlagValue::none},
+      {SAVFileFormatFlag, FlagValue::lowercase},
+      {SAVColorLutFileFlag, FlagValue::path},
+      {SAVPrepareForWebFlag, FlagValue::none},
+      {SAVPresetFlag, FlagValue::lowercase, "Add the settings of a preset, where the vector does not have them"},
+      {SAVWorkDirectoryFlag, FlagValue::path},
   });
 };
 
@@ -210,24 +212,24 @@ template <>
 struct FlagTable<SAVTranscodeVideoArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::video;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeVideoArgumentFlag>>({
-      {SAVNoVideoFlag, FlagValue::none, 1},
-      {SAVVideoFormatFlag, FlagValue::lowercase, 2},
-      {SAVVideoFrameRateFlag, FlagValue::lowercase, 3},
-      {SAVVideoDimensionsFlag, FlagValue::lowercase, 4},
-      {SAVVideoAspectScalingFlag, FlagValue::lowercase, 5},
-      {SAVVideoAspectCropAnchorFlag, FlagValue::lowercase, 6},
-      {SAVVideoBitRateFlag, FlagValue::lowercase, 7},
-      {SAVVideoBitDepthFlag, FlagValue::lowercase, 8},
-      {SAVVideoColorSpaceFlag, FlagValue::lowercase, 9},
-      {SAVVideoKeyFramesFlag, FlagValue::lowercase, 10},
-      {SAVVideoGPUDecodingFlag, FlagValue::none, 11},
-      {SAVVideoGPUEncodingFlag, FlagValue::none, 12},
-      {SAVVideoProfileFlag, FlagValue::lowercase, 13},
+      {SAVNoVideoFlag, FlagValue::none},
+      {SAVVideoFormatFlag, FlagValue::lowercase},
+      {SAVVideoFrameRateFlag, FlagValue::lowercase},
+      {SAVVideoDimensionsFlag, FlagValue::lowercase},
+      {SAVVideoAspectScalingFlag, FlagValue::lowercase},
+      {SAVVideoAspectCropAnchorFlag, FlagValue::lowercase},
+      {SAVVideoBitRateFlag, FlagValue::lowercase},
+      {SAVVideoBitDepthFlag, FlagValue::lowercase},
+      {SAVVideoColorSpaceFlag, FlagValue::lowercase},
+      {SAVVideoKeyFramesFlag, FlagValue::lowercase},
+      {SAVVideoGPUDecodingFlag, FlagValue::none},
+      {SAVVideoGPUEncodingFlag, FlagValue::none},
+      {SAVVideoProfileFlag, FlagValue::lowercase},
   });
 };
 
-/// Audio flags. "-ac_omit" is a prefix, for the tracks to be left out. "-acl_descs" and "-acl_bitmap" are kept out of
-/// the cases on purpose: the parser accepts them because they contain "-acl".
+/// Audio flags. "-ac_omit" is a prefix, for the tracks to be left out. "-acl_descs" and "-acl_bitmap" are deliberately
+/// not cases: the parser accepts them because they contain "-acl".
 class SAVTranscodeAudioArgumentFlag : public FlagText<SAVTranscodeAudioArgumentFlag> {
  public:
   using FlagText::FlagText;
@@ -251,24 +253,23 @@ template <>
 struct FlagTable<SAVTranscodeAudioArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::audio;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeAudioArgumentFlag>>({
-      {SAVNoAudioFlag, FlagValue::none, 1},
-      {SAVCopyAudioFlag, FlagValue::none, 2},
-      {SAVAudioIgnoreTracksPrefixFlag, FlagValue::lowercase, 3},
-      {SAVDiscreteAudioFlag, FlagValue::none, 4},
-      {SAVAudioFormatFlag, FlagValue::lowercase, 5},
-      {SAVAudioBitsPerChannelFlag, FlagValue::lowercase, 6},
-      {SAVAudioSampleRateFlag, FlagValue::lowercase, 7},
-      {SAVAudioChannelLayoutFlag, FlagValue::lowercase, 8},
-      {SAVAudioChannelLayoutTagFlag, FlagValue::lowercase, 9},
-      {SAVAudioChannelLayoutDescriptionsFlag, FlagValue::lowercase, 0},
-      {SAVAudioChannelLayoutBitmapFlag, FlagValue::lowercase, 0},
-      {SAVAudioBitRateFlag, FlagValue::lowercase, 10},
-      {SAVAudioQualityFlag, FlagValue::lowercase, 11},
+      {SAVNoAudioFlag, FlagValue::none},
+      {SAVCopyAudioFlag, FlagValue::none},
+      {SAVAudioIgnoreTracksPrefixFlag, FlagValue::lowercase},
+      {SAVDiscreteAudioFlag, FlagValue::none},
+      {SAVAudioFormatFlag, FlagValue::lowercase},
+      {SAVAudioBitsPerChannelFlag, FlagValue::lowercase},
+      {SAVAudioSampleRateFlag, FlagValue::lowercase},
+      {SAVAudioChannelLayoutFlag, FlagValue::lowercase},
+      {SAVAudioChannelLayoutTagFlag, FlagValue::lowercase},
+      {SAVAudioChannelLayoutDescriptionsFlag, FlagValue::lowercase, "", false},
+      {SAVAudioChannelLayoutBitmapFlag, FlagValue::lowercase, "", false},
+      {SAVAudioBitRateFlag, FlagValue::lowercase},
+      {SAVAudioQualityFlag, FlagValue::lowercase},
   });
 };
 
-/// Timecode flags. The cases have an order of their own. "-tc_burn_anchor" is kept out of them on purpose: the parser
-/// accepts it because it contains "-tc_burn".
+/// Timecode flags. "-tc_burn_anchor" is deliberately not a case: the parser accepts it because it contains "-tc_burn".
 class SAVTranscodeTimecodeArgumentFlag : public FlagText<SAVTranscodeTimecodeArgumentFlag> {
  public:
   using FlagText::FlagText;
@@ -290,21 +291,21 @@ template <>
 struct FlagTable<SAVTranscodeTimecodeArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::timecode;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeTimecodeArgumentFlag>>({
-      {SAVTimecodeMatchSourceFlag, FlagValue::none, 6},
-      {SAVTimecodeFromCreationDateFlag, FlagValue::none, 7},
-      {SAVTimecodeCustomFlag, FlagValue::lowercase, 8},
-      {SAVTimecodeFrameRateFlag, FlagValue::lowercase, 9},
-      {SAVTimecodeIsDropFlag, FlagValue::none, 10},
-      {SAVTimecodeAddTrackFlag, FlagValue::none, 1},
-      {SAVTimecodeAddBurnFlag, FlagValue::none, 2},
-      {SAVTimecodeBurnAnchorFlag, FlagValue::lowercase, 0},
-      {SAVTimecodeBurnFontSize, FlagValue::lowercase, 3},
-      {SAVTimecodeBurnFontRGB, FlagValue::lowercase, 4},
-      {SAVTimecodeBurnBoxRGB, FlagValue::lowercase, 5},
+      {SAVTimecodeAddTrackFlag, FlagValue::none},
+      {SAVTimecodeAddBurnFlag, FlagValue::none},
+      {SAVTimecodeBurnAnchorFlag, FlagValue::lowercase, "", false},
+      {SAVTimecodeBurnFontSize, FlagValue::lowercase},
+      {SAVTimecodeBurnFontRGB, FlagValue::lowercase},
+      {SAVTimecodeBurnBoxRGB, FlagValue::lowercase},
+      {SAVTimecodeMatchSourceFlag, FlagValue::none},
+      {SAVTimecodeFromCreationDateFlag, FlagValue::none},
+      {SAVTimecodeCustomFlag, FlagValue::lowercase},
+      {SAVTimecodeFrameRateFlag, FlagValue::lowercase},
+      {SAVTimecodeIsDropFlag, FlagValue::none},
   });
 };
 
-/// Watermark-file flags, all written with a value: a path, an anchor, a scale.
+/// Watermark-file flags, all with a value: an anchor, a path, a scale.
 class SAVTranscodeWatermarkFileArgumentFlag : public FlagText<SAVTranscodeWatermarkFileArgumentFlag> {
  public:
   using FlagText::FlagText;
@@ -318,9 +319,9 @@ template <>
 struct FlagTable<SAVTranscodeWatermarkFileArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::watermarkFile;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeWatermarkFileArgumentFlag>>({
-      {SAVWatermarkFileBurnFilePathFlag, FlagValue::lowercase, 2},
-      {SAVWatermarkFileBurnAnchorFlag, FlagValue::lowercase, 1},
-      {SAVWatermarkFileBurnScaleFlag, FlagValue::lowercase, 3},
+      {SAVWatermarkFileBurnAnchorFlag, FlagValue::lowercase},
+      {SAVWatermarkFileBurnFilePathFlag, FlagValue::lowercase},
+      {SAVWatermarkFileBurnScaleFlag, FlagValue::lowercase},
   });
 };
 
@@ -341,16 +342,16 @@ template <>
 struct FlagTable<SAVTranscodeWatermarkTextArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::watermarkText;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeWatermarkTextArgumentFlag>>({
-      {SAVWatermarkTextAddBurnFlag, FlagValue::none, 1},
-      {SAVWatermarkTextBurnTextFlag, FlagValue::lowercase, 2},
-      {SAVWatermarkTextBurnFontSizeFlag, FlagValue::lowercase, 3},
-      {SAVWatermarkTextBurnAnchorFlag, FlagValue::lowercase, 4},
-      {SAVWatermarkTextBurnFontRGBFlag, FlagValue::lowercase, 5},
-      {SAVWatermarkTextBurnBoxRGBFlag, FlagValue::lowercase, 6},
+      {SAVWatermarkTextAddBurnFlag, FlagValue::none},
+      {SAVWatermarkTextBurnTextFlag, FlagValue::lowercase},
+      {SAVWatermarkTextBurnFontSizeFlag, FlagValue::lowercase},
+      {SAVWatermarkTextBurnAnchorFlag, FlagValue::lowercase},
+      {SAVWatermarkTextBurnFontRGBFlag, FlagValue::lowercase},
+      {SAVWatermarkTextBurnBoxRGBFlag, FlagValue::lowercase},
   });
 };
 
-/// Camera look flags: the colour settings of ARRI look files, all written with a value.
+/// Camera look flags: the colour settings of ARRI look files, all with a value.
 class SAVTranscodeArriLookArgumentFlag : public FlagText<SAVTranscodeArriLookArgumentFlag> {
  public:
   using FlagText::FlagText;
@@ -365,10 +366,10 @@ template <>
 struct FlagTable<SAVTranscodeArriLookArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::cameraLook;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeArriLookArgumentFlag>>({
-      {SAVArriLookColorSpacePrimaryFlag, FlagValue::lowercase, 1},
-      {SAVArriLookColorSpaceWhitePointFlag, FlagValue::lowercase, 2},
-      {SAVArriLookColorSpaceCurveFlag, FlagValue::lowercase, 3},
-      {SAVArriLookInvalidLookResolutionFlag, FlagValue::lowercase, 4},
+      {SAVArriLookColorSpacePrimaryFlag, FlagValue::lowercase},
+      {SAVArriLookColorSpaceWhitePointFlag, FlagValue::lowercase},
+      {SAVArriLookColorSpaceCurveFlag, FlagValue::lowercase},
+      {SAVArriLookInvalidLookResolutionFlag, FlagValue::lowercase},
   });
 };
 
@@ -377,6 +378,8 @@ struct FlagDescription {
   FlagGroup group;
   std::string_view text;
   FlagValue value;
+  /// What a listing command prints, or what a preset does; empty for a flag that stores a property, which has it.
+  std::string_view meaning;
   /// Whether the flag is one of its group's cases.
   bool isCase;
 
@@ -388,7 +391,7 @@ namespace detail {
 template <typename... Flags>
 struct FlagGroups {
   static constexpr std::size_t flagCount = (FlagTable<Flags>::rows.size() + ...);
-  static constexpr std::size_t caseCount = (flagCaseCount<Flags> + ...);
+  static constexpr std::size_t caseCount = (flagCases<Flags>.size() + ...);
 
   static consteval auto descriptions() {
     std::size_t place = 0;
@@ -398,7 +401,7 @@ struct FlagGroups {
     std::size_t count = 0;
     const auto append = [&]<typename Flag>(std::type_identity<Flag>) {
       for (const FlagRow<Flag>& row : FlagTable<Flag>::rows) {
-        result[count++] = {FlagTable<Flag>::group, row.flag.rawValue(), row.value, row.place > 0};
+        result[count++] = {FlagTable<Flag>::group, row.flag.rawValue(), row.value, row.meaning, row.isCase};
       }
     };
     (append(std::type_identity<Flags>{}), ...);
@@ -429,16 +432,19 @@ inline constexpr auto flagTextIndex = TextIndex(flagTexts);
 
 }  // namespace detail
 
-/// Every flag there is, group by group in declaration order.
+/// Every flag, group by group.
 inline constexpr auto flagDescriptions = detail::AllFlagGroups::descriptions();
 
-/// The texts of all groups' cases, group by group in the order of the cases: the flags that the parser knows.
+/// The texts of all groups' cases, group by group: the flags that the parser knows.
 inline constexpr auto allKnownCommandFlags = detail::AllFlagGroups::caseTexts();
 
-/// The flag with exactly this text; null when there is none. Takes the same time for every text.
+/// Returns the flag with exactly this text; null when there is none. O(1).
 [[nodiscard]] constexpr const FlagDescription* findFlag(std::string_view text) noexcept {
   const auto place = detail::flagTextIndex.find(text);
   return place ? &flagDescriptions[*place] : nullptr;
 }
+
+/// Returns the form in which flags are stored and compared: lower-cased and trimmed.
+[[nodiscard]] MERIDIAN_API std::string normalizedFlag(std::string_view word);
 
 }  // namespace meridian::inline v0_2

@@ -1,4 +1,8 @@
-// The built-in presets: named bundles of transcode settings, chosen with "-preset".
+/// \file
+/// The built-in presets: named groups of transcode settings, chosen with "-preset".
+///
+///     orderedArguments(TranscodeCliPreset::cloud)[0];             // "-file_format", "qt"
+///     presetArguments(TranscodeCliPreset::cloud).find("-dims");  // "960x540"
 #pragma once
 
 #include <array>
@@ -16,8 +20,9 @@
 
 namespace meridian::inline v0_2 {
 
-/// The presets: small H.264 proxies for the suite's cloud service, and a mastering format. The raw value is the text
-/// after "-preset".
+/// The presets: small H.264 proxies for the suite's cloud service, and a mastering format. The raw value is the value
+/// of
+/// "-preset".
 enum class TranscodeCliPreset : std::uint8_t { cloud, proRes4444XQ };
 
 template <>
@@ -34,16 +39,16 @@ struct TranscodeCliPair {
   std::string_view value;
 };
 
-/// The text written after "-preset": "solvane_cloud", "solvane_4444xq".
+/// Returns the value of "-preset" for the preset: "solvane_cloud", "solvane_4444xq".
 [[nodiscard]] constexpr std::string_view preset(TranscodeCliPreset preset) noexcept { return rawValue(preset); }
 
-/// The preset's settings, in the order in which they are rendered.
+/// Returns the preset's settings, in the order of rendering.
 [[nodiscard]] MERIDIAN_API std::span<const TranscodeCliPair> orderedArguments(TranscodeCliPreset preset) noexcept;
 
-/// The preset's settings as a dictionary, in the same order.
+/// Returns the preset's settings as a dictionary, in the same order.
 [[nodiscard]] MERIDIAN_API const TextDictionary& presetArguments(TranscodeCliPreset preset);
 
-/// The preset's settings as an argument vector: two elements a setting, the second possibly empty.
+/// Returns the preset's settings as an argument vector: two elements for each setting, the second possibly empty.
 [[nodiscard]] MERIDIAN_API std::vector<std::string> orderedArgumentsAsList(TranscodeCliPreset preset);
 
 }  // namespace meridian::inline v0_2

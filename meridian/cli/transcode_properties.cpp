@@ -2,31 +2,40 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <type_traits>
 #include <utility>
 
+#include "meridian/base/ascii.h"
+#include "meridian/base/printable.h"
 #include "meridian/base/text.h"
+#include "meridian/cli/nearest_text.h"
 #include "meridian/cli/property_access.h"
+#include "meridian/cli/transcode_preset.h"
 
 namespace meridian::inline v0_2 {
 namespace {
 
+using Paths = std::vector<std::string>;
+using TrackNumbers = std::vector<std::int64_t>;
+
 template <typename Access>
 concept HasCases = requires { Access::cases(); };
 
-bool isFinite(float number) { return std::isfinite(number); }
-bool isFinite(const Size& size) { return std::isfinite(size.width) && std::isfinite(size.height); }
-bool isFinite(const auto& /*value*/) { return true; }
-
-/// Calls the function with the access of the kind; an `onOff` property is treated as a text.
+/// Calls the function with the access of the kind. Kinds that are not the text of one flag are treated as text.
 template <typename Function>
 auto withAccess(PropertyKind kind, Function&& function) {
   switch (kind) {
     case PropertyKind::onOff:
     case PropertyKind::text:
+    case PropertyKind::path:
+    case PropertyKind::files:
+    case PropertyKind::trackNumbers:
       break;
     case PropertyKind::file:
       return function(PropertyAccess<PropertyKind::file>());
     case PropertyKind::number:
+    case PropertyKind::frameRate:
       return function(PropertyAccess<PropertyKind::number>());
     case PropertyKind::integer:
       return function(PropertyAccess<PropertyKind::integer>());
@@ -54,77 +63,310 @@ auto withAccess(PropertyKind kind, Function&& function) {
       return function(PropertyAccess<PropertyKind::audioQuality>());
     case PropertyKind::channelLayout:
       return function(PropertyAccess<PropertyKind::channelLayout>());
+    case PropertyKind::timecodeSource:
+      return function(PropertyAccess<PropertyKind::timecodeSource>());
   }
   return function(PropertyAccess<PropertyKind::text>());
 }
 
+/// The rules of a property that concern more than the text of one flag: of a joint property, and of one that has to do
+/// with others.
+struct PropertyRules {
+  std::string_view name;
+  /// Null for a property that is the text of one flag.
+  std::optional<PropertyValue> (*get)(const TranscodeCliArguments& arguments);
+  /// An absent value removes the property.
+  void (*set)(TranscodeCliArguments& arguments, const std::optional<PropertyValue>& value);
+};
+
+template <typename Type>
+std::optional<Type> as(const std::optional<PropertyValue>& value) {
+  return value ? std::optional(std::get<Type>(*value)) : std::nullopt;
+}
+
+template <typename Enumerated>
+std::optional<Enumerated> oneOf(const std::optional<PropertyValue>& value) {
+  return value ? EnumeratedTextAccess<Enumerated>::read(std::get<std::string>(*value)) : std::nullopt;
+}
+
+using Arguments = TranscodeCliArguments;
+using Value = std::optional<PropertyValue>;
+
+constexpr auto propertyRules = std::to_array<PropertyRules>({
+    {"inputFiles", [](const Arguments& arguments) -> Value { return arguments.inputFiles(); },
+     [](Arguments& arguments, const Value& value) { arguments.setInputFiles(as<Paths>(value)); }},
+    {"includeVideo", [](const Arguments& arguments) -> Value { return arguments.includeVideo(); },
+     [](Arguments& arguments, const Value& value) { arguments.setOmitVideo(!as<bool>(value).value_or(true)); }},
+    {"includeAudio", [](const Arguments& arguments) -> Value { return arguments.includeAudio(); },
+     [](Arguments& arguments, const Value& value) { arguments.setIncludeAudio(as<bool>(value).value_or(true)); }},
+    {"copyAudio", [](const Arguments& arguments) -> Value { return arguments.copyAudio(); },
+     [](Arguments& arguments, const Value& value) { arguments.setCopyAudio(as<bool>(value).value_or(false)); }},
+    {"ignoredAudioFileTracks",
+     [](const Arguments& arguments) -> Value {
+       TrackNumbers tracks;
+       arguments.enumerateIgnoredAudioFileTracks([&tracks](std::int64_t track) { tracks.push_back(track); });
+       return tracks.empty() ? Value() : Value(std::move(tracks));
+     },
+     [](Arguments& arguments, const Value& value) {
+       arguments.setIgnoredAudioFileTracks(as<TrackNumbers>(value).value_or(TrackNumbers()));
+     }},
+    {"includeTimecode", [](const Arguments& arguments) -> Value { return arguments.includeTimecode(); },
+     [](Arguments& arguments, const Value& value) { arguments.setIncludeTimecode(as<bool>(value).value_or(false)); }},
+    {"timecodeSource",
+     [](const Arguments& arguments) -> Value {
+       const auto source = arguments.timecodeSource();
+       return source ? Value(std::string(rawValue(*source))) : Value();
+     },
+     [](Arguments& arguments, const Value& value) { arguments.setTimecodeSource(oneOf<TimecodeSource>(value)); }},
+    {"timecode", nullptr,
+     [](Arguments& arguments, const Value& value) { arguments.setTimecode(as<TimecodeComponents>(value)); }},
+    {"channelLayout", nullptr,
+     [](Arguments& arguments, const Value& value) {
+       arguments.setChannelLayout(oneOf<SAVTranscodeArgumentAudioChannelLayoutValue>(value));
+     }},
+    {"outputChannels", nullptr,
+     [](Arguments& arguments, const Value& value) { arguments.setOutputChannels(as<std::int64_t>(value)); }},
+});
+
+constexpr const PropertyRules* rulesOf(const TranscodeProperty& property) noexcept {
+  const auto found = std::ranges::find(propertyRules, property.name, &PropertyRules::name);
+  return found == propertyRules.end() ? nullptr : &*found;
+}
+
+static_assert(std::ranges::all_of(transcodeProperties,
+                                  [](const TranscodeProperty& property) {
+                                    const PropertyRules* const rules = rulesOf(property);
+                                    return property.isJoint() == (rules != nullptr && rules->get != nullptr);
+                                  }),
+              "exactly the joint properties have a getter of their own");
+
+std::string joined(const auto& texts, std::string_view separator) {
+  std::string result;
+  for (const auto& text : texts) {
+    if (&text != &*texts.begin()) result += separator;
+    result += text;
+  }
+  return result;
+}
+
+std::string textOf(const PropertyValue& value) {
+  return std::visit(
+      []<typename Type>(const Type& held) -> std::string {
+        if constexpr (std::is_same_v<Type, bool>) {
+          return held ? "true" : "false";
+        } else if constexpr (std::is_same_v<Type, std::int64_t>) {
+          return PropertyAccess<PropertyKind::integer>::write(held);
+        } else if constexpr (std::is_same_v<Type, float>) {
+          return PropertyAccess<PropertyKind::number>::write(held);
+        } else if constexpr (std::is_same_v<Type, Size>) {
+          return PropertyAccess<PropertyKind::dimensions>::write(held);
+        } else if constexpr (std::is_same_v<Type, TimecodeComponents>) {
+          return PropertyAccess<PropertyKind::timecode>::write(held);
+        } else if constexpr (std::is_same_v<Type, RgbColor>) {
+          return PropertyAccess<PropertyKind::color>::write(held);
+        } else if constexpr (std::is_same_v<Type, std::string>) {
+          return held;
+        } else if constexpr (std::is_same_v<Type, Paths>) {
+          return joined(held, "\n");
+        } else {
+          Paths numbers;
+          std::ranges::transform(held, std::back_inserter(numbers), PropertyAccess<PropertyKind::integer>::write);
+          return joined(numbers, ",");
+        }
+      },
+      value);
+}
+
+bool isFinite(const PropertyValue& value) {
+  if (const auto* const number = std::get_if<float>(&value)) return std::isfinite(*number);
+  const auto* const size = std::get_if<Size>(&value);
+  return size == nullptr || (std::isfinite(size->width) && std::isfinite(size->height));
+}
+
+std::optional<PropertyValue> switchOfInput(std::string_view input) {
+  const auto isAnyOf = [input](std::initializer_list<std::string_view> words) {
+    return std::ranges::any_of(words, [input](std::string_view word) { return equalsIgnoringCase(input, word); });
+  };
+  if (isAnyOf({"true", "on", "yes"})) return true;
+  if (isAnyOf({"false", "off", "no"})) return false;
+  return std::nullopt;
+}
+
+/// Splits the text at each separator.
+std::vector<std::string_view> pieces(std::string_view text, char separator) {
+  std::vector<std::string_view> result;
+  for (std::size_t end = text.find(separator); end != std::string_view::npos; end = text.find(separator)) {
+    result.push_back(text.substr(0, end));
+    text.remove_prefix(end + 1);
+  }
+  result.push_back(text);
+  return result;
+}
+
+std::optional<PropertyValue> trackNumbersOfInput(std::string_view input) {
+  TrackNumbers tracks;
+  for (const std::string_view piece : pieces(input, ',')) {
+    const std::string_view digits = trimmed(piece);
+    const auto track = std::ranges::all_of(digits, detail::isDigit) ? integerFromText(digits) : std::nullopt;
+    if (!track) return std::nullopt;
+    tracks.push_back(*track);
+  }
+  return tracks;
+}
+
+/// Returns what a person's input is as the property; absent when it is not valid.
+std::optional<PropertyValue> valueOfInput(const TranscodeProperty& property, std::string_view input) {
+  using enum PropertyKind;
+  if (property.kind == text || property.kind == path || property.kind == file) return valueOfText(property, input);
+  if (property.kind == files) {
+    const auto paths = pieces(input, '\n');
+    return Paths(paths.begin(), paths.end());
+  }
+  input = trimmed(input);
+  if (property.kind == onOff) return switchOfInput(input);
+  if (property.kind == trackNumbers) return trackNumbersOfInput(input);
+  for (const std::string_view allowed : allowedTexts(property)) {
+    if (equalsIgnoringCase(input, allowed)) return std::string(allowed);
+  }
+  auto value = valueOfText(property, input);
+  return value && isFinite(*value) ? std::move(value) : std::nullopt;
+}
+
+PropertyError invalidValue(const TranscodeProperty& property, std::string_view input) {
+  return {{PropertyErrorCode::invalidValue, std::string(property.name),
+           inQuotes(input) + " is not " + std::string(description(property.kind))},
+          "expected " + expectedForm(property)};
+}
+
+/// Sets the property to a value that is valid for it.
+Expected<void, PropertyError> setValidValue(TranscodeCliArguments& arguments, const TranscodeProperty& property,
+                                            const PropertyValue& value) {
+  const auto* const paths = std::get_if<Paths>(&value);
+  for (const std::string& text : paths != nullptr ? *paths : Paths{textOf(value)}) {
+    if (!trimmed(text).starts_with('-')) continue;
+    return Unexpected(PropertyError{{PropertyErrorCode::beginsWithDash, std::string(property.name), inQuotes(text)}});
+  }
+  if (const PropertyRules* const rules = rulesOf(property)) {
+    rules->set(arguments, value);
+  } else if (const auto* const isOn = std::get_if<bool>(&value)) {
+    arguments.setArgumentFlagValue(property.flag, *isOn ? std::optional("") : std::nullopt);
+  } else {
+    arguments.setArgumentFlagValue(property.flag, textOf(value));
+  }
+  return {};
+}
+
 }  // namespace
+
+Expected<const TranscodeProperty*, PropertyError> transcodePropertyNamed(std::string_view name) {
+  if (const TranscodeProperty* const property = findTranscodeProperty(name)) return property;
+  std::vector<std::string_view> names;
+  std::ranges::transform(transcodeProperties, std::back_inserter(names), &TranscodeProperty::name);
+  PropertyError error{{PropertyErrorCode::unknownProperty, std::string(name)}};
+  if (const auto nearest = nearestText(name, names)) error.advice = "did you mean " + std::string(*nearest) + "?";
+  return Unexpected(std::move(error));
+}
+
+std::vector<const TranscodeProperty*> propertiesOfFlag(std::string_view flag) {
+  std::vector<const TranscodeProperty*> own;
+  const TranscodeProperty* joint = nullptr;
+  for (const TranscodeProperty& property : transcodeProperties) {
+    if (std::ranges::find(property.flags(), flag) == property.flags().end()) continue;
+    if (property.isJoint()) {
+      joint = &property;
+    } else {
+      own.push_back(&property);
+    }
+  }
+  if (own.empty() && joint != nullptr) own.push_back(joint);
+  return own;
+}
+
+std::optional<PropertyValue> propertyValue(const TranscodeCliArguments& arguments, const TranscodeProperty& property) {
+  const PropertyRules* const rules = rulesOf(property);
+  if (rules != nullptr && rules->get != nullptr) return rules->get(arguments);
+  const auto text = arguments.argumentFlagValue(property.flag);
+  if (property.kind == PropertyKind::onOff) return text.has_value();
+  return text ? valueOfText(property, *text) : std::nullopt;
+}
+
+std::optional<std::string> propertyText(const TranscodeCliArguments& arguments, const TranscodeProperty& property) {
+  const auto value = propertyValue(arguments, property);
+  if (!value) return std::nullopt;
+  if (property.isJoint() || property.kind == PropertyKind::onOff) return textOf(*value);
+  return std::string(*arguments.argumentFlagValue(property.flag));
+}
+
+Expected<void, PropertyError> setPropertyText(TranscodeCliArguments& arguments, const TranscodeProperty& property,
+                                              std::string_view input) {
+  if (input.empty()) {
+    removeProperty(arguments, property);
+    return {};
+  }
+  const auto value = valueOfInput(property, input);
+  if (!value) return Unexpected(invalidValue(property, input));
+  return setValidValue(arguments, property, *value);
+}
+
+Expected<void, PropertyError> setPropertyValue(TranscodeCliArguments& arguments, const TranscodeProperty& property,
+                                               const PropertyValue& value) {
+  // As text, a path with a newline would become two.
+  const bool isPaths = property.kind == PropertyKind::files && std::holds_alternative<Paths>(value);
+  const auto valid = isPaths ? value : valueOfInput(property, textOf(value));
+  if (!valid || valid->index() != value.index()) return Unexpected(invalidValue(property, textOf(value)));
+  return setValidValue(arguments, property, *valid);
+}
+
+void removeProperty(TranscodeCliArguments& arguments, const TranscodeProperty& property) {
+  if (const PropertyRules* const rules = rulesOf(property)) {
+    rules->set(arguments, std::nullopt);
+  } else {
+    arguments.setArgumentFlagValue(property.flag, std::nullopt);
+  }
+}
 
 std::optional<PropertyValue> valueOfText(const TranscodeProperty& property, std::string_view text) {
   if (property.kind == PropertyKind::onOff) return true;
-  return withAccess(property.kind, [text](auto access) -> std::optional<PropertyValue> {
+  return withAccess(property.kind, [text]<typename Access>(Access access) -> std::optional<PropertyValue> {
     auto value = access.read(text);
     if (!value) return std::nullopt;
-    if constexpr (std::is_constructible_v<PropertyValue, decltype(*value)> &&
-                  !std::is_same_v<decltype(value), std::optional<std::string_view>>) {
-      return PropertyValue(*std::move(value));
-    } else {
+    // Those that a PropertyValue holds as texts.
+    if constexpr (HasCases<Access> || std::is_same_v<typename Access::Value, std::string_view> ||
+                  std::is_same_v<typename Access::Value, Url>) {
       return std::string(access.write(*value));
+    } else {
+      return *std::move(value);
     }
   });
 }
 
 std::vector<std::string_view> allowedTexts(const TranscodeProperty& property) {
-  return withAccess(property.kind, [](auto access) {
+  return withAccess(property.kind, []<typename Access>(Access access) {
     std::vector<std::string_view> texts;
-    if constexpr (HasCases<decltype(access)>) {
+    if constexpr (HasCases<Access>) {
       for (const auto& each : access.cases()) texts.push_back(access.write(each));
     }
     return texts;
   });
 }
 
-std::optional<PropertyInput> readInput(const TranscodeProperty& property, std::string_view input) {
-  if (input.empty()) return PropertyInput{};
-  if (property.kind != PropertyKind::text && property.kind != PropertyKind::file) input = trimmed(input);
-  if (property.kind == PropertyKind::onOff) {
-    for (const std::string_view yes : {"true", "on", "yes"}) {
-      if (equalsIgnoringCase(input, yes)) return PropertyInput{""};
-    }
-    for (const std::string_view no : {"false", "off", "no"}) {
-      if (equalsIgnoringCase(input, no)) return PropertyInput{};
-    }
-    return std::nullopt;
+std::vector<std::string_view> allowedTextsOfFlag(std::string_view flag) {
+  std::vector<std::string_view> texts;
+  if (flag == SAVPresetFlag.rawValue()) {
+    std::ranges::transform(allCases<TranscodeCliPreset>(), std::back_inserter(texts), preset);
+    return texts;
   }
-  for (const std::string_view text : allowedTexts(property)) {
-    if (equalsIgnoringCase(input, text)) return PropertyInput{std::string(text)};
+  for (const TranscodeProperty* const property : propertiesOfFlag(flag)) {
+    if (!property->isJoint()) std::ranges::copy(allowedTexts(*property), std::back_inserter(texts));
   }
-  return withAccess(property.kind, [input](auto access) -> std::optional<PropertyInput> {
-    const auto value = access.read(input);
-    if (!value || !isFinite(*value)) return std::nullopt;
-    return PropertyInput{std::string(access.write(*value))};
-  });
+  return texts;
 }
 
 std::string expectedForm(const TranscodeProperty& property) {
   if (property.kind == PropertyKind::onOff) return "true or false";
-  const PropertyKindRow& kind = tableRow(property.kind);
-  std::string form(kind.description);
-  if (!kind.example.empty()) return form + ", such as " + std::string(kind.example);
-  std::string_view separator = ": ";
-  for (const std::string_view text : allowedTexts(property)) {
-    form += std::string(separator) + std::string(text);
-    separator = ", ";
-  }
-  return form;
-}
-
-std::string expectedFormOfFlag(std::string_view flag) {
-  std::string forms;
-  for (const TranscodeProperty& property : transcodeProperties) {
-    if (property.flag == flag) forms += (forms.empty() ? "" : ", or ") + expectedForm(property);
-  }
-  return forms;
+  const std::string form(description(property.kind));
+  const auto allowed = allowedTexts(property);
+  return allowed.empty() ? form + ", such as " + std::string(property.example) : form + ": " + joined(allowed, ", ");
 }
 
 }  // namespace meridian::inline v0_2

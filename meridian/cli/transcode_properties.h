@@ -1,9 +1,18 @@
-// The typed properties of a transcoder command line: which flag each stands under, and how its text reads.
+/// \file
+/// The properties of a transcode by name, with texts as their values: how a command, a script or another language
+/// reads and sets what `TranscodeCliArguments` has as typed members.
+///
+///     TranscodeCliArguments arguments({"-preset", "solvane_cloud"});
+///     const auto property = transcodePropertyNamed("videoFrameRate");
+///     if (!property) return property.error().message();
+///     const auto done = setPropertyText(arguments, **property, "25");
+///     if (!done) return done.error().message();
+///     propertyText(arguments, **property);  // "25.0"
+///
+/// The list of the properties and all that is known about each is in transcode_property_list.h.
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,7 +21,11 @@
 #include <vector>
 
 #include "meridian/base/enumeration.h"
-#include "meridian/cli/transcode_flags.h"
+#include "meridian/base/error.h"
+#include "meridian/base/expected.h"
+#include "meridian/cli/advised.h"
+#include "meridian/cli/transcode_cli_arguments.h"
+#include "meridian/cli/transcode_property_list.h"
 #include "meridian/export.h"
 #include "meridian/media/rgb_color.h"
 #include "meridian/media/size.h"
@@ -20,170 +33,80 @@
 
 namespace meridian::inline v0_2 {
 
-/// How a property stands in the text of its flag. The kinds from `fileFormat` on take one of a list of texts.
-enum class PropertyKind : std::uint8_t {
-  /// On while the flag is there, whatever its text.
-  onOff,
-  /// The text as it stands.
-  text,
-  /// The text as a path in the file system.
-  file,
-  /// A 32-bit floating-point number: "25.0".
-  number,
-  /// A signed 64-bit integer: "10".
-  integer,
-  /// Width and height in pixels: "1920.000000x1080.000000".
-  dimensions,
-  /// A timecode of proper form: "01:02:03;04".
-  timecode,
-  /// Red, green and blue: "255,128,0".
-  color,
-  fileFormat,
-  videoCodec,
-  aspectRatio,
-  cropAnchor,
-  overlayAnchor,
-  colorSpace,
-  audioFormat,
-  audioQuality,
-  channelLayout,
-};
+/// The value of a property of any kind. Paths and the kinds that accept one of a list of texts are texts; the two lists
+/// are those of `files` and `trackNumbers`.
+using PropertyValue = std::variant<bool, std::int64_t, float, Size, TimecodeComponents, RgbColor, std::string,
+                                   std::vector<std::string>, std::vector<std::int64_t>>;
 
-struct PropertyKindRow {
-  PropertyKind value;
-  std::string_view rawValue;
-  /// With its article, for messages.
-  std::string_view description;
-  /// A text that reads as the kind; empty for a kind that takes one of a list of texts.
-  std::string_view example = {};
+enum class PropertyErrorCode : std::uint8_t {
+  unknownProperty,
+  invalidValue,
+  beginsWithDash,
 };
 
 template <>
-struct EnumerationTable<PropertyKind> {
-  static constexpr auto rows = std::to_array<PropertyKindRow>({
-      {PropertyKind::onOff, "onOff", "a switch", "true"},
-      {PropertyKind::text, "text", "a text", "abc"},
-      {PropertyKind::file, "file", "a path", "/Looks/Rec709.cube"},
-      {PropertyKind::number, "number", "a number", "23.976"},
-      {PropertyKind::integer, "integer", "a whole number", "10"},
-      {PropertyKind::dimensions, "dimensions", "a size", "1920x1080"},
-      {PropertyKind::timecode, "timecode", "a timecode", "01:00:00:00"},
-      {PropertyKind::color, "color", "a colour", "255,128,0"},
-      {PropertyKind::fileFormat, "fileFormat", "a file format"},
-      {PropertyKind::videoCodec, "videoCodec", "a video codec"},
-      {PropertyKind::aspectRatio, "aspectRatio", "an aspect scaling"},
-      {PropertyKind::cropAnchor, "cropAnchor", "an anchor"},
-      {PropertyKind::overlayAnchor, "overlayAnchor", "an anchor"},
-      {PropertyKind::colorSpace, "colorSpace", "a colour space"},
-      {PropertyKind::audioFormat, "audioFormat", "an audio format"},
-      {PropertyKind::audioQuality, "audioQuality", "an audio quality"},
-      {PropertyKind::channelLayout, "channelLayout", "a channel layout"},
+struct EnumerationTable<PropertyErrorCode> {
+  static constexpr auto rows = std::to_array<ErrorRow<PropertyErrorCode>>({
+      {PropertyErrorCode::unknownProperty, "unknownProperty", "is not a property", "check the spelling"},
+      {PropertyErrorCode::invalidValue, "invalidValue", "cannot be set"},
+      {PropertyErrorCode::beginsWithDash, "beginsWithDash", "cannot begin with \"-\", which marks a flag",
+       "begin a path with \"./\""},
   });
 };
 
-struct TranscodeProperty {
-  std::string_view name;
-  std::string_view flag;
-  PropertyKind kind;
-};
+/// Says why a property cannot be set. The place is the property's name; the remedy names what is expected.
+using PropertyError = Advised<Error<PropertyErrorCode>>;
 
-/// Every property that stands under a flag of its own. `channelLayout` and `outputChannels` share "-acl" on purpose.
-inline constexpr auto transcodeProperties = std::to_array<TranscodeProperty>({
-    {"outputFile", SAVOutputFileFlag.rawValue(), PropertyKind::text},
-    {"outputFileFormat", SAVFileFormatFlag.rawValue(), PropertyKind::fileFormat},
-    {"progressFile", SAVProgressFileFlag.rawValue(), PropertyKind::text},
-    {"progressOutputPrefix", SAVProgressOutputPrefixFlag.rawValue(), PropertyKind::text},
-    {"shouldOverwrite", SAVOverwriteExistingFlag.rawValue(), PropertyKind::onOff},
-    {"workDirectory", SAVWorkDirectoryFlag.rawValue(), PropertyKind::text},
+/// Returns the property of exactly this name, never null; an error that suggests the nearest name if there is none.
+[[nodiscard]] MERIDIAN_API Expected<const TranscodeProperty*, PropertyError> transcodePropertyNamed(
+    std::string_view name);
 
-    {"omitVideo", SAVNoVideoFlag.rawValue(), PropertyKind::onOff},
-    {"videoFormat", SAVVideoFormatFlag.rawValue(), PropertyKind::videoCodec},
-    {"videoFrameRate", SAVVideoFrameRateFlag.rawValue(), PropertyKind::number},
-    {"videoDimensions", SAVVideoDimensionsFlag.rawValue(), PropertyKind::dimensions},
-    {"videoBitRate", SAVVideoBitRateFlag.rawValue(), PropertyKind::number},
-    {"videoBitDepth", SAVVideoBitDepthFlag.rawValue(), PropertyKind::integer},
-    {"prepareForWeb", SAVPrepareForWebFlag.rawValue(), PropertyKind::onOff},
-    {"gpuDecode", SAVVideoGPUDecodingFlag.rawValue(), PropertyKind::onOff},
-    {"gpuEncode", SAVVideoGPUEncodingFlag.rawValue(), PropertyKind::onOff},
-    {"keyFrames", SAVVideoKeyFramesFlag.rawValue(), PropertyKind::integer},
-    {"lutFile", SAVColorLutFileFlag.rawValue(), PropertyKind::file},
-    {"aspectScaling", SAVVideoAspectScalingFlag.rawValue(), PropertyKind::aspectRatio},
-    {"videoCropAnchor", SAVVideoAspectCropAnchorFlag.rawValue(), PropertyKind::cropAnchor},
-    {"colorSpace", SAVVideoColorSpaceFlag.rawValue(), PropertyKind::colorSpace},
-    {"videoProfile", SAVVideoProfileFlag.rawValue(), PropertyKind::text},
+/// Returns the properties that a flag stores. For a flag without a property of its own, such as "-acopy" or the prefix
+/// "-in", returns the joint property that it is a part of. Empty for a flag that is part of none.
+[[nodiscard]] MERIDIAN_API std::vector<const TranscodeProperty*> propertiesOfFlag(std::string_view flag);
 
-    {"omitAudio", SAVNoAudioFlag.rawValue(), PropertyKind::onOff},
-    {"audioFormat", SAVAudioFormatFlag.rawValue(), PropertyKind::audioFormat},
-    {"audioQuality", SAVAudioQualityFlag.rawValue(), PropertyKind::audioQuality},
-    {"sampleRate", SAVAudioSampleRateFlag.rawValue(), PropertyKind::integer},
-    {"audioBitRate", SAVAudioBitRateFlag.rawValue(), PropertyKind::integer},
-    {"audioBitsPerChannel", SAVAudioBitsPerChannelFlag.rawValue(), PropertyKind::integer},
-    {"audioOutputIsDiscrete", SAVDiscreteAudioFlag.rawValue(), PropertyKind::onOff},
-    {"channelLayout", SAVAudioChannelLayoutFlag.rawValue(), PropertyKind::channelLayout},
-    {"channelLayoutTag", SAVAudioChannelLayoutTagFlag.rawValue(), PropertyKind::integer},
-    {"outputChannels", SAVAudioChannelLayoutFlag.rawValue(), PropertyKind::integer},
-    {"channelLayoutDescriptions", SAVAudioChannelLayoutDescriptionsFlag.rawValue(), PropertyKind::text},
-    {"channelLayoutBitmap", SAVAudioChannelLayoutBitmapFlag.rawValue(), PropertyKind::integer},
+/// Returns the property's value as text: the text that its flag stores, "true" or "false" for a switch, and for a joint
+/// property the form of its kind. Absent when the property is not set or its text is not valid. The text can be passed
+/// to `setPropertyText`; only a path with a newline in it does not survive as one of several input files.
+[[nodiscard]] MERIDIAN_API std::optional<std::string> propertyText(const TranscodeCliArguments& arguments,
+                                                                   const TranscodeProperty& property);
 
-    {"timecode", SAVTimecodeCustomFlag.rawValue(), PropertyKind::timecode},
-    {"timecodeFrameRate", SAVTimecodeFrameRateFlag.rawValue(), PropertyKind::number},
-    {"timecodeIsDropFrame", SAVTimecodeIsDropFlag.rawValue(), PropertyKind::onOff},
-    {"addTimecodeTrack", SAVTimecodeAddTrackFlag.rawValue(), PropertyKind::onOff},
-    {"addTimecodeBurn", SAVTimecodeAddBurnFlag.rawValue(), PropertyKind::onOff},
-    {"timecodeBurnAnchor", SAVTimecodeBurnAnchorFlag.rawValue(), PropertyKind::overlayAnchor},
-    {"timecodeBurnFontSize", SAVTimecodeBurnFontSize.rawValue(), PropertyKind::integer},
-    {"timecodeBurnFontColor", SAVTimecodeBurnFontRGB.rawValue(), PropertyKind::color},
-    {"timecodeBurnBoxColor", SAVTimecodeBurnBoxRGB.rawValue(), PropertyKind::color},
+/// Returns the property's typed value; absent when the property is not set or its text is not valid. A switch always
+/// has a value.
+[[nodiscard]] MERIDIAN_API std::optional<PropertyValue> propertyValue(const TranscodeCliArguments& arguments,
+                                                                      const TranscodeProperty& property);
 
-    {"watermarkFile", SAVWatermarkFileBurnFilePathFlag.rawValue(), PropertyKind::file},
-    {"watermarkFileAnchor", SAVWatermarkFileBurnAnchorFlag.rawValue(), PropertyKind::overlayAnchor},
-    {"watermarkFileScale", SAVWatermarkFileBurnScaleFlag.rawValue(), PropertyKind::number},
-    {"addWatermarkText", SAVWatermarkTextAddBurnFlag.rawValue(), PropertyKind::onOff},
-    {"watermarkText", SAVWatermarkTextBurnTextFlag.rawValue(), PropertyKind::text},
-    {"watermarkTextFontSize", SAVWatermarkTextBurnFontSizeFlag.rawValue(), PropertyKind::integer},
-    {"watermarkTextAnchor", SAVWatermarkTextBurnAnchorFlag.rawValue(), PropertyKind::overlayAnchor},
-    {"watermarkTextFontColor", SAVWatermarkTextBurnFontRGBFlag.rawValue(), PropertyKind::color},
-    {"watermarkTextBoxColor", SAVWatermarkTextBurnBoxRGBFlag.rawValue(), PropertyKind::color},
+/// Sets the property to a person's input. Input is parsed more leniently than the text of a flag: surrounding blanks
+/// and, where the property accepts one of a list of texts, letter case are ignored, and a switch accepts "true",
+/// "false", "on", "off", "yes" and "no". The empty input removes the property.
+///
+/// Fails, and changes nothing, for input that is not valid, for a number or size that is not finite, and for a value
+/// that no command line can carry because it begins with "-".
+MERIDIAN_API Expected<void, PropertyError> setPropertyText(TranscodeCliArguments& arguments,
+                                                           const TranscodeProperty& property, std::string_view input);
 
-    {"lookColorSpace", SAVArriLookColorSpacePrimaryFlag.rawValue(), PropertyKind::text},
-    {"lookWhitePoint", SAVArriLookColorSpaceWhitePointFlag.rawValue(), PropertyKind::text},
-    {"lookCurve", SAVArriLookColorSpaceCurveFlag.rawValue(), PropertyKind::text},
-    {"lookInvalidResolution", SAVArriLookInvalidLookResolutionFlag.rawValue(), PropertyKind::text},
-});
+/// Sets the property to a typed value, of the type that `propertyValue` returns for it. Fails as `setPropertyText`
+/// does.
+MERIDIAN_API Expected<void, PropertyError> setPropertyValue(TranscodeCliArguments& arguments,
+                                                            const TranscodeProperty& property,
+                                                            const PropertyValue& value);
 
-/// A property's value, of any kind; those that take one of a list of texts, and paths, are texts.
-using PropertyValue = std::variant<bool, std::int64_t, float, Size, TimecodeComponents, RgbColor, std::string>;
+/// Removes the property, so that its default applies.
+MERIDIAN_API void removeProperty(TranscodeCliArguments& arguments, const TranscodeProperty& property);
 
-/// The property of this name; null when there is none.
-[[nodiscard]] constexpr const TranscodeProperty* findProperty(std::string_view name) noexcept {
-  const auto found = std::ranges::find(transcodeProperties, name, &TranscodeProperty::name);
-  return found == transcodeProperties.end() ? nullptr : &*found;
-}
-
-/// What the flag's text reads as, by the property's own reading; absent when it does not read.
+/// Returns what the text of a flag is as this property, which must not be a joint one; absent when it is not valid.
 [[nodiscard]] MERIDIAN_API std::optional<PropertyValue> valueOfText(const TranscodeProperty& property,
                                                                     std::string_view text);
 
-/// What a person's input sets a property to.
-struct PropertyInput {
-  /// The flag's text, in the property's own form ("25.0" for "25"); absent to take the flag away.
-  std::optional<std::string> text;
-};
-
-/// Reads a person's input, more leniently than a stored text: blanks around it and, where the property takes one of a
-/// list of texts, letter case are ignored, and an `onOff` property takes "true", "false", "on", "off", "yes" and "no".
-/// The empty input takes the flag away. Absent where the input does not read, and for a number or size that is not
-/// finite.
-[[nodiscard]] MERIDIAN_API std::optional<PropertyInput> readInput(const TranscodeProperty& property,
-                                                                  std::string_view input);
-
-/// What a property takes, for messages: "a size, such as 1920x1080", "an audio format: lpcm, aac, apple_lossless".
-[[nodiscard]] MERIDIAN_API std::string expectedForm(const TranscodeProperty& property);
-
-/// The same for all properties under a flag: "a channel layout: mono, stereo, or a whole number, such as 10".
-[[nodiscard]] MERIDIAN_API std::string expectedFormOfFlag(std::string_view flag);
-
-/// The texts that a property takes one of, in their order; empty for a property of another kind.
+/// Returns the texts of which a property accepts one, in their order; empty for a property of another kind.
 [[nodiscard]] MERIDIAN_API std::vector<std::string_view> allowedTexts(const TranscodeProperty& property);
+
+/// Returns the texts of which a flag accepts one as its value: those of its property, or the presets of "-preset".
+/// Empty for a flag that accepts other values or none.
+[[nodiscard]] MERIDIAN_API std::vector<std::string_view> allowedTextsOfFlag(std::string_view flag);
+
+/// Returns what a property accepts, for messages: "a size, such as 1920x1080", "an audio format: lpcm, aac,
+/// apple_lossless".
+[[nodiscard]] MERIDIAN_API std::string expectedForm(const TranscodeProperty& property);
 
 }  // namespace meridian::inline v0_2

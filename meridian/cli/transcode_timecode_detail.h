@@ -1,4 +1,8 @@
-// The timecode settings of a transcode as an interface: read, or read and set.
+/// \file
+/// The timecode settings of a transcode as interfaces, to read or to set. A holder implements one and can then be
+/// copied to and from a command line:
+///
+///     arguments.updateFromTimecodeDetail(editor);  // editor is a TranscodeTimecodeDetail
 #pragma once
 
 #include <cstdint>
@@ -12,19 +16,19 @@
 
 namespace meridian::inline v0_2 {
 
-/// The timecode settings of a transcode, wherever they are held. They belong together: a timecode is given for a custom
-/// source and for no other, and timecode is included when there is a track or a burn-in. A holder that says otherwise
-/// cannot be copied whole onto a command line, which then has the source custom with the timecode that it was given.
+/// Reads the timecode settings of a transcode. They depend on each other: only a custom source has a timecode, and
+/// timecode is included if there is a track or a burn-in. A holder with a timecode and another source is copied to a
+/// command line as custom with that timecode.
 class MERIDIAN_API TranscodeTimecodeDetail {
  public:
   virtual ~TranscodeTimecodeDetail();
 
-  /// Whether the output has timecode: a track, burnt in, or both.
+  /// Returns whether the output has timecode: a track, burnt in, or both.
   [[nodiscard]] virtual bool includeTimecode() const = 0;
   [[nodiscard]] virtual std::optional<TimecodeSource> timecodeSource() const = 0;
-  /// The timecode of the first frame, for a custom source.
+  /// Returns the timecode of the first frame, for a custom source.
   [[nodiscard]] virtual std::optional<TimecodeComponents> timecode() const = 0;
-  /// Frames per second.
+  /// In frames per second.
   [[nodiscard]] virtual std::optional<float> timecodeFrameRate() const = 0;
   [[nodiscard]] virtual bool timecodeIsDropFrame() const = 0;
   [[nodiscard]] virtual bool addTimecodeTrack() const = 0;
@@ -42,7 +46,7 @@ class MERIDIAN_API TranscodeTimecodeDetail {
   TranscodeTimecodeDetail& operator=(TranscodeTimecodeDetail&&) = default;
 };
 
-/// The same settings, each to be set as well. An absent value, or false, takes the setting away.
+/// Reads and sets them. An absent value, or false, removes the setting.
 class MERIDIAN_API MutableTranscodeTimecodeDetail : public TranscodeTimecodeDetail {
  public:
   ~MutableTranscodeTimecodeDetail() override;

@@ -1,4 +1,10 @@
-// The values that some of the transcoder's flags take: codecs, formats, scalings, anchors, colour spaces, layouts.
+/// \file
+/// The values of the transcoder's flags that accept one of a list: codecs, formats, scalings, anchors, colour spaces
+/// and channel layouts.
+///
+///     SAVTranscodeArgumentVideoCodecValue::fromRawValue("h264");  // SAVAvcH264Codec
+///     SAVMp4Format.preferredFileExtension();                      // FileExtension::mp4
+///     SAVAvcH264Codec.cliFlag();                                  // "-vcodec"
 #pragma once
 
 #include <algorithm>
@@ -21,7 +27,7 @@ namespace meridian::inline v0_2 {
 template <typename Value>
 struct ValueTable;
 
-/// One line of a value type's table. A value that is no case is a public constant that is not offered for choosing.
+/// One line of a value type's table. A value that is not a case is a public constant that is not offered as a choice.
 template <typename Value>
 struct ValueRow {
   Value value;
@@ -30,23 +36,11 @@ struct ValueRow {
 
 namespace detail {
 
-template <typename Value, std::size_t Count, typename Predicate>
-consteval auto valuesOfTable(Predicate predicate) {
-  std::array<std::size_t, Count> chosen{};
-  std::size_t count = 0;
-  for (std::size_t row = 0; row < ValueTable<Value>::rows.size(); ++row) {
-    if (predicate(ValueTable<Value>::rows[row])) chosen[count++] = row;
-  }
-  return [&]<std::size_t... Place>(std::index_sequence<Place...>) {
-    return std::array<Value, Count>{ValueTable<Value>::rows[chosen[Place]].value...};
-  }(std::make_index_sequence<Count>{});
-}
-
-/// The values of the rows that fulfil the predicate, in the table's order.
+/// The values of the rows that fulfil the predicate, in the order of the table.
 template <typename Value, auto predicate>
 inline constexpr auto valuesWhere =
-    valuesOfTable<Value, static_cast<std::size_t>(std::ranges::count_if(ValueTable<Value>::rows, predicate))>(
-        predicate);
+    membersWhere<ValueTable<Value>::rows, &std::ranges::range_value_t<decltype(ValueTable<Value>::rows)>::value,
+                 predicate>();
 
 template <typename Value>
 inline constexpr auto valueCases = valuesWhere<Value, [](const auto& row) { return row.isCase; }>;
@@ -69,10 +63,10 @@ class ValueText : public TypedText<Value> {
  public:
   using TypedText<Value>::TypedText;
 
-  /// The values offered for choosing, in the table's order.
+  /// Returns the values offered as choices, in the order of the table.
   [[nodiscard]] static constexpr std::span<const Value> allCases() noexcept { return detail::valueCases<Value>; }
 
-  /// The case with exactly this text, in its own case of letters; absent when the text is none of `allCases`.
+  /// Returns the case with exactly this text; absent when the text is not one of `allCases`. Case-sensitive.
   [[nodiscard]] static constexpr std::optional<Value> fromRawValue(std::string_view text) noexcept {
     const auto place = detail::valueIndex<Value>.find(text);
     if (!place) return std::nullopt;
@@ -82,7 +76,7 @@ class ValueText : public TypedText<Value> {
 
 /// At most two file extensions in order of preference.
 struct ExtensionList {
-  // NOLINTNEXTLINE(google-explicit-constructor): a list of one, written as in a table.
+  // NOLINTNEXTLINE(google-explicit-constructor): rows of tables have one extension as it is.
   constexpr ExtensionList(FileExtension only) noexcept : extensions{only, only}, count(1) {}
   constexpr ExtensionList(FileExtension first, FileExtension second) noexcept : extensions{first, second}, count(2) {}
 
@@ -102,9 +96,9 @@ class SAVTranscodeArgumentFileFormatValue : public ValueText<SAVTranscodeArgumen
   [[nodiscard]] static constexpr SAVTranscodeArgumentFlag fileFlag() noexcept { return SAVFileFormatFlag; }
   [[nodiscard]] static constexpr std::string_view cliFlag() noexcept { return fileFlag().rawValue(); }
 
-  /// The extensions a file of this format may have, the preferred one first; empty for an unknown text.
+  /// Returns the extensions a file of this format may have, the preferred one first; empty for an unknown text.
   [[nodiscard]] constexpr std::span<const FileExtension> validExtensions() const noexcept;
-  /// The first of the valid extensions; absent for an unknown text.
+  /// Returns the first of the valid extensions; absent for an unknown text.
   [[nodiscard]] constexpr std::optional<FileExtension> preferredFileExtension() const noexcept;
 };
 
@@ -135,11 +129,11 @@ class SAVTranscodeArgumentVideoCodecValue : public ValueText<SAVTranscodeArgumen
   [[nodiscard]] static constexpr SAVTranscodeVideoArgumentFlag videoFlag() noexcept { return SAVVideoFormatFlag; }
   [[nodiscard]] static constexpr std::string_view cliFlag() noexcept { return videoFlag().rawValue(); }
 
-  /// The extensions a file with this codec may have; empty for an unknown text.
+  /// Returns the extensions a file with this codec may have; empty for an unknown text.
   [[nodiscard]] constexpr std::span<const FileExtension> permittedExtensions() const noexcept;
 
   [[nodiscard]] static constexpr std::span<const SAVTranscodeArgumentVideoCodecValue> allAvidDNxFormats() noexcept;
-  /// Motion JPEG counts as a web format on purpose.
+  /// Motion JPEG is deliberately a web format.
   [[nodiscard]] static constexpr std::span<const SAVTranscodeArgumentVideoCodecValue> allWebFormats() noexcept;
   [[nodiscard]] static constexpr std::span<const SAVTranscodeArgumentVideoCodecValue> allProResFormats() noexcept;
 };
@@ -182,7 +176,7 @@ struct ValueTable<SAVTranscodeArgumentVideoCodecValue> {
   });
 };
 
-/// Value of "-aspect_scaling": how an image fits a frame of another shape.
+/// Value of "-aspect_scaling": how an image fits a frame of another aspect ratio.
 class SAVTranscodeArgumentAspectRatioValue : public ValueText<SAVTranscodeArgumentAspectRatioValue> {
  public:
   using ValueText::ValueText;
@@ -204,7 +198,7 @@ struct ValueTable<SAVTranscodeArgumentAspectRatioValue> {
       {{SAVMatchSourceRatio}, {SAVStretchAspect}, {SAVLetterboxAspect}, {SAVCropAspect}});
 };
 
-/// The anchor of a crop, a burn-in or a watermark: where in the frame it is held.
+/// The anchor of a crop, a burn-in or a watermark: its place in the frame.
 class SAVTranscodeArgumentOverlayAnchorValue : public ValueText<SAVTranscodeArgumentOverlayAnchorValue> {
  public:
   using ValueText::ValueText;
@@ -235,8 +229,8 @@ struct ValueTable<SAVTranscodeArgumentOverlayAnchorValue> {
   });
 };
 
-/// Value of "-c_space": the colour space of the output. "sRGB" holds capitals and values are lower-cased on
-/// parsing, so a parsed "srgb" is none of the cases.
+/// Value of "-c_space": the colour space of the output. Values are lower-cased in reading and "sRGB" has capitals, so
+/// an argument vector cannot carry it.
 class SAVTranscodeArgumentColorSpaceValue : public ValueText<SAVTranscodeArgumentColorSpaceValue> {
  public:
   using ValueText::ValueText;
@@ -262,8 +256,8 @@ struct ValueTable<SAVTranscodeArgumentColorSpaceValue> {
   });
 };
 
-/// Value of "-acodec": the audio format. Three of the six constants are kept out of the cases on purpose: they
-/// are not offered for choosing.
+/// Value of "-acodec": the audio format. Three of the six constants are deliberately not cases: they are not offered as
+/// choices.
 class SAVTranscodeArgumentAudioFormatValue : public ValueText<SAVTranscodeArgumentAudioFormatValue> {
  public:
   using ValueText::ValueText;
@@ -321,14 +315,14 @@ struct ValueTable<SAVTranscodeArgumentAudioChannelLayoutValue> {
   });
 };
 
-/// The value that means "as the source": a codec or a rate copied unchanged.
+/// The value that means "as the source": copy a codec or a rate unchanged.
 inline constexpr std::string_view SAVCopySourceValue = "copy";
 
 /// Values of "-preset".
 inline constexpr std::string_view SAVSolvaneCloudPresetValue = "solvane_cloud";
 inline constexpr std::string_view SAVSolvaneProRes4444XQPresetValue = "solvane_4444xq";
 
-/// GPU platforms, as "-gpu_decoding" and "-gpu_encoding" list them.
+/// GPU platforms, as listed for "-gpu_decoding" and "-gpu_encoding".
 inline constexpr std::string_view SAVGpuPlatformOpenCLFlag = "opencl";
 inline constexpr std::string_view SAVGpuPlatformMetalFlag = "metal";
 inline constexpr std::string_view SAVGpuPlatformDefaultPlatformFlag = "default";
@@ -361,7 +355,7 @@ inline constexpr std::string_view SAVArriLookResolutionFirst = "first";
 
 namespace detail {
 
-/// The extensions of the value's row; empty for a text that has none.
+/// Returns the extensions in the row of the value; empty for a text without a row.
 template <typename Value>
 [[nodiscard]] constexpr std::span<const FileExtension> extensionsOf(const Value& value) noexcept {
   for (const auto& row : ValueTable<Value>::rows) {

@@ -1,4 +1,8 @@
-// The video settings of a transcode as an interface: read, or read and set.
+/// \file
+/// The video settings of a transcode as interfaces, to read or to set. A holder implements one and can then be copied
+/// to and from a command line:
+///
+///     arguments.updateFromVideoDetail(editor);  // editor is a TranscodeVideoDetail
 #pragma once
 
 #include <cstdint>
@@ -13,32 +17,32 @@
 
 namespace meridian::inline v0_2 {
 
-/// The video settings of a transcode, wherever they are held.
+/// Reads the video settings of a transcode.
 class MERIDIAN_API TranscodeVideoDetail {
  public:
   virtual ~TranscodeVideoDetail();
 
-  /// The codec.
+  /// Returns the codec.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentVideoCodecValue> videoFormat() const = 0;
-  /// Frames per second.
+  /// In frames per second.
   [[nodiscard]] virtual std::optional<float> videoFrameRate() const = 0;
   /// In pixels.
   [[nodiscard]] virtual std::optional<Size> videoDimensions() const = 0;
   [[nodiscard]] virtual std::optional<float> videoBitRate() const = 0;
   [[nodiscard]] virtual std::optional<std::int64_t> videoBitDepth() const = 0;
-  /// Whether playback may begin before all is loaded.
+  /// Returns whether playback can start before the whole file is loaded.
   [[nodiscard]] virtual bool prepareForWeb() const = 0;
   [[nodiscard]] virtual bool gpuDecode() const = 0;
   [[nodiscard]] virtual bool gpuEncode() const = 0;
-  /// The interval between key frames, in frames.
+  /// Returns the interval between key frames, in frames.
   [[nodiscard]] virtual std::optional<std::int64_t> keyFrames() const = 0;
-  /// The colour look-up table to apply.
+  /// Returns the LUT to apply.
   [[nodiscard]] virtual std::optional<Url> lutFile() const = 0;
-  /// How an image fits a frame of another shape.
+  /// Returns how an image fits a frame of another aspect ratio.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentAspectRatioValue> aspectScaling() const = 0;
   [[nodiscard]] virtual std::optional<VideoCropAnchor> videoCropAnchor() const = 0;
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpace() const = 0;
-  /// The codec's profile. The text lives until the holder is changed.
+  /// Returns the profile of the codec. The text is valid until the holder is changed.
   [[nodiscard]] virtual std::optional<std::string_view> videoProfile() const = 0;
 
  protected:
@@ -49,7 +53,7 @@ class MERIDIAN_API TranscodeVideoDetail {
   TranscodeVideoDetail& operator=(TranscodeVideoDetail&&) = default;
 };
 
-/// The same settings, each to be set as well. An absent value, or false, takes the setting away.
+/// Reads and sets them. An absent value, or false, removes the setting.
 class MERIDIAN_API MutableTranscodeVideoDetail : public TranscodeVideoDetail {
  public:
   ~MutableTranscodeVideoDetail() override;

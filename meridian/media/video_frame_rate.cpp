@@ -22,4 +22,15 @@ std::string VideoFrameRate::formattedString() const {
   return fixedDecimalText(rate, std::fmod(rate, 1.0) == 0 ? 0 : 2) + " FPS";
 }
 
+std::string describeFrameRate(double framesPerSecond) {
+  if (!(framesPerSecond > 0)) return "not a frame rate: it has to be above 0";
+  const auto rational = MediaRational::fromRawValue(framesPerSecond);
+  const auto rate = rational ? VideoFrameRate::matching(*rational) : std::nullopt;
+  if (!rate) return "too large for a frame rate";
+  const std::string text = plainDecimalText(framesPerSecond) + " fps";
+  if (rate->kind() == VideoFrameRateKind::custom) return text + ", not a standard rate";
+  const auto [numerator, denominator] = rate->rawValue();
+  return text + (denominator == 1 ? "" : " = " + std::to_string(numerator) + "/" + std::to_string(denominator));
+}
+
 }  // namespace meridian::inline v0_2

@@ -159,6 +159,11 @@ inline constexpr auto standardVideoFrameRates = std::to_array<VideoFrameRate>(
      VideoFrameRate::p48, VideoFrameRate::p50, VideoFrameRate::ntsc60p, VideoFrameRate::p60, VideoFrameRate::p72,
      VideoFrameRate::ntsc120p, VideoFrameRate::p120, VideoFrameRate::p300, VideoFrameRate::p600});
 
+/// Describes a number of frames per second together with the exact standard rate that it matches: "23.976 fps =
+/// 24000/1001", "25 fps", "12.5 fps, not a standard rate". Says so where it is not a frame rate: not above 0, not
+/// finite or too large.
+[[nodiscard]] MERIDIAN_API std::string describeFrameRate(double framesPerSecond);
+
 }  // namespace meridian::inline v0_2
 
 template <>

@@ -101,9 +101,6 @@ const FieldRow* fieldOf(std::string_view flag) {
   return found == fields.end() ? nullptr : &*found;
 }
 
-/// The form in which flags are stored and compared on a command line.
-std::string normalForm(std::string_view flag) { return std::string(trimmed(lowercased(flag))); }
-
 /// Whether a flag in normal form belongs to one job and not to a preset.
 bool isOfOneJob(std::string_view flag) {
   constexpr auto jobFlags = std::to_array<std::string_view>({
@@ -239,7 +236,7 @@ TextDictionary presetSettingsOf(const TranscodeCliArguments& arguments) {
   TextDictionary settings;
   const auto add = [&settings](const TextDictionary& entries, bool inNormalForm) {
     for (const auto& [flag, value] : entries) {
-      std::string normal = normalForm(flag);
+      std::string normal = normalizedFlag(flag);
       if ((normal == flag) == inNormalForm && !isOfOneJob(normal)) settings.setIfAbsent(std::move(normal), value);
     }
   };
@@ -257,7 +254,7 @@ TextDictionary presetSettingsOf(const TranscodeCliArguments& arguments) {
 void keepOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
   auto& settings = *options.mutable_other_settings();
   const auto isGone = [&beside](stored::Setting& setting) {
-    const std::string flag = normalForm(setting.flag());
+    const std::string flag = normalizedFlag(setting.flag());
     const std::string* const value = beside.find(flag);
     if (value == nullptr) return true;
     setting.set_flag(flag);
@@ -271,7 +268,7 @@ void keepOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
 /// Removes the text that was kept beside the flag's field.
 void removeOtherSetting(TranscodeOptions& options, std::string_view flag) {
   auto& settings = *options.mutable_other_settings();
-  const auto isOfFlag = [flag](const stored::Setting& setting) { return normalForm(setting.flag()) == flag; };
+  const auto isOfFlag = [flag](const stored::Setting& setting) { return normalizedFlag(setting.flag()) == flag; };
   settings.erase(std::remove_if(settings.begin(), settings.end(), isOfFlag), settings.end());
 }
 
@@ -309,7 +306,7 @@ TranscodeCliArguments argumentsOf(const PresetInformation& preset) {
   }
   const TextDictionary ofFields = settings;
   for (const stored::Setting& setting : options.other_settings()) {
-    const std::string flag = normalForm(setting.flag());
+    const std::string flag = normalizedFlag(setting.flag());
     if (isOfOneJob(flag)) continue;
     if (const FieldRow* const row = fieldOf(flag)) {
       const auto said = textThroughField(*row, setting.value());

@@ -1,4 +1,4 @@
-// A holder of settings that keeps plain members, and can log every read and write.
+// A holder of settings with plain members, which can log every read and write.
 #pragma once
 
 #include <string>
@@ -29,7 +29,7 @@ namespace meridian {
 
 namespace detail {
 
-/// How the interfaces take a member: some by reference.
+/// The type of a setter's parameter in the interfaces: some are references.
 template <typename Type>
 struct ParameterOf {
   using type = Type;
@@ -49,7 +49,7 @@ class PlainDetailHolder final : public MutableTranscodeVideoDetail,
                                 public MutableTranscodeAudioDetail,
                                 public MutableTranscodeTimecodeDetail {
  public:
-  /// Where reads and writes are noted, by the members' names; nowhere while it is null.
+  /// The log of reads and writes, by the members' names; null for none.
   std::vector<std::string>* log = nullptr;
 
   MERIDIAN_PLAIN_MEMBER(std::optional<SAVTranscodeArgumentVideoCodecValue>, videoFormat, setVideoFormat)
@@ -77,7 +77,7 @@ class PlainDetailHolder final : public MutableTranscodeVideoDetail,
   }
 
  private:
-  /// A text of its own, which outlives the holder that it came from.
+  /// A copy, because the text must outlive the holder that it came from.
   std::optional<std::string> videoProfile_;
 
   MERIDIAN_PLAIN_MEMBER(bool, omitAudio, setOmitAudio)

@@ -1,4 +1,4 @@
-// Random argument vectors, the same in every run: known flags in every disguise, near misses, presets, inputs, and the
+// Random argument vectors, the same in every run: known flags in every spelling, near misses, presets, inputs, and
 // words that are easy to get wrong.
 #pragma once
 
@@ -19,7 +19,7 @@ class RandomWords {
  public:
   explicit RandomWords(std::uint64_t seed) : engine_(seed) {}
 
-  /// A number from 0 to, not including, `bound`.
+  /// Returns a number from 0 up to, but not including, `bound`.
   std::size_t below(std::size_t bound) { return static_cast<std::size_t>(engine_() % bound); }
 
   template <typename List>
@@ -78,7 +78,7 @@ class RandomWords {
   std::mt19937_64 engine_;
 };
 
-/// An argument vector for a failure's message.
+/// Returns an argument vector as text, for the message of a failure.
 inline std::string shown(std::span<const std::string> words) {
   std::string text = "vector:";
   for (const std::string& word : words) text += " \"" + printable(word) + '"';

@@ -1,6 +1,6 @@
-// The reading of a transcoder's argument vector once more, in the plainest way: whole dictionaries one step after the
-// other, searched from the front. Shares nothing with the store but the text rules and the list of known flags. Tests
-// and fuzz targets hold the store to it.
+// A second reader of the transcoder's argument vector, in the plainest way: whole dictionaries step by step, searched
+// from the front. It shares only the text rules and the list of known flags with the store. Tests and fuzz targets
+// compare the store with it.
 #pragma once
 
 #include <algorithm>
@@ -39,7 +39,7 @@ inline std::string treatedValue(const std::string& flag, std::string_view value)
 }
 
 struct Words {
-  /// Every flag as it stands, with its value.
+  /// Every flag in order, with its value.
   Pairs flags;
   std::vector<std::size_t> strayPlaces;
 };
@@ -133,7 +133,7 @@ inline Pairs pairsOf(const TextDictionary& dictionary) {
   return pairs;
 }
 
-/// A real store in the form of the plain one.
+/// Returns a real store in the form of the plain one.
 inline Store storeOf(const TranscodeCliArguments& arguments) {
   const auto& [lookup, invalid, order] = arguments.stored();
   return {pairsOf(lookup), pairsOf(invalid.value_or(TextDictionary())), order.value_or(std::vector<std::string>())};

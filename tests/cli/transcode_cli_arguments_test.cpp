@@ -94,7 +94,7 @@ TEST(TranscodeCliArgumentsTest, ReadsRandomDictionariesAsThePlainReaderDoes) {
   }
 }
 
-TEST(TranscodeCliArgumentsTest, RenderingReadsBackWithNoSettingLost) {
+TEST(TranscodeCliArgumentsTest, RenderedVectorsReadBackAsTheSameStore) {
   RandomWords random(5);
   for (int round = 0; round < 3000; ++round) {
     const Words words = random.vector();
@@ -127,7 +127,7 @@ TEST(TranscodeCliArgumentsTest, QueriesTrimTheFlagButKeepItsCase) {
   EXPECT_TRUE(none.allFlagsAreValid());
 }
 
-TEST(TranscodeCliArgumentsTest, SettersStoreValuesAsGivenAndTouchNothingElse) {
+TEST(TranscodeCliArgumentsTest, SettersStoreValuesAsGivenAndChangeNothingElse) {
   TranscodeCliArguments arguments({"-out", "a", "-file_format", "mov", "-overwrite", "yes", "-foo", "1"}, true);
   EXPECT_EQ(arguments.outputFileFormat(), std::nullopt);
   EXPECT_TRUE(arguments.shouldOverwrite());
@@ -162,7 +162,7 @@ TEST(TranscodeCliArgumentsTest, RendersKeptOrderThenWhatWasSetLater) {
   arguments.setShouldOverwrite(false);
   arguments.setArgumentFlagValue("-vbr", "6");
   EXPECT_THAT(arguments.commandLine(), ElementsAre("-vbr", "6", "-out", "a", "-vn", "", "-work_dir", "w"));
-  // A flag that was removed and set again takes its kept place; the others stand in the order of setting.
+  // A flag that was removed and set again returns to its kept place; the others follow in the order of setting.
   arguments.setOutputFile(std::nullopt);
   arguments.setProgressFile("p");
   arguments.setOutputFile("b");
@@ -183,7 +183,7 @@ TEST(TranscodeCliArgumentsTest, GathersInputsByTheirNumbers) {
   const TranscodeCliArguments arguments(
       {"-in_2_10", "k", "-in_2_9", "j", "-in_10_0", "z", "-in_-1_7", "a", "-in_2_009", "J", "-in_02_1", "b",
        "-in_9223372036854775807_0", "last",
-       // No inputs, however near they come:
+       // Not inputs, although nearly so:
        "-in", "x", "-in_0", "x", "-inx", "x", "-in_0_", "x", "-in__0", "x", "-in_0_-1", "x", "-in_+0_0", "x",
        "-in_0_+0", "x", "-in_0_0_0", "x", "-in_0x0_0", "x", "-in_0_9223372036854775808", "x", "-in_ 0_0", "x"},
       true);

@@ -1,11 +1,7 @@
 #include <gmock/gmock.h>
 
-#include <set>
-
-#include "meridian/base/text.h"
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/cli/transcode_detail_modifier.h"
-#include "meridian/cli/transcode_properties.h"
 #include "tests/cli/plain_detail_holder.h"
 #include "tests/cli/random_words.h"
 
@@ -60,7 +56,7 @@ void update(TranscodeCliArguments& target, const auto& model) {
   target.updateFromTimecodeDetail(model);
 }
 
-/// A store with random flags of the vocabulary, and values that read, nearly read, or do not read.
+/// Returns a store with random flags of the vocabulary and values that are valid, nearly valid, or not valid.
 TranscodeCliArguments randomStore(RandomWords& random) {
   const Words odd{"",        "stereo", "2",       "1280 x 720", "1280X720", "-5",   "+5",     "25",  "1e3",
                   "nan",     "inf",    "h264",    "H264",       "sRGB",     "tl",   "match",  "max", "01:02:03;04",
@@ -78,7 +74,7 @@ TEST(TranscodeDetails, HoldersAgreeAfterAnUpdate) {
     const TranscodeCliArguments model = randomStore(random);
     SCOPED_TRACE(model.cliString());
     PlainDetailHolder held = snapshotOf(model);
-    // Not a number is equal to nothing, itself included.
+    // NaN is equal to nothing, itself included.
     if (!(held == held)) continue;
 
     TranscodeCliArguments target = randomStore(random);
@@ -90,7 +86,7 @@ TEST(TranscodeDetails, HoldersAgreeAfterAnUpdate) {
     ASSERT_TRUE(snapshotOf(other) == held);
     update(other, other);
     ASSERT_TRUE(snapshotOf(other) == held);
-    // What a target got is written in one form, so it is the same command line again.
+    // The target has one form of each setting, so copying it again gives the same command line.
     TranscodeCliArguments again;
     update(again, other);
     TranscodeCliArguments last;
@@ -102,7 +98,7 @@ TEST(TranscodeDetails, HoldersAgreeAfterAnUpdate) {
   EXPECT_THAT(full.commandLine(), IsEmpty());
 }
 
-TEST(TranscodeDetails, ReadAsTheirKindsAndLeaveTheRestAlone) {
+TEST(TranscodeDetails, ParseByTheirKindsAndKeepInvalidTexts) {
   TranscodeCliArguments arguments({"-gpu_decoding", "false", "-dims", "1280X720", "-vr", "29.97", "-vcodec", "vp9",
                                    "-vbd", "+10", "-key_frames", "1.5", "-c_space", "sRGB", "-clut", "/L/a.CUBE"});
   EXPECT_TRUE(arguments.gpuDecode());
@@ -185,7 +181,7 @@ TEST(TranscodeDetails, TimecodeHasOneSource) {
   EXPECT_FALSE(arguments.addTimecodeTrack() || arguments.addTimecodeBurn());
 }
 
-TEST(TranscodeDetails, IgnoredTracksAreToldOnceInOrder) {
+TEST(TranscodeDetails, IgnoredTracksAreReportedOnceInOrder) {
   TranscodeCliArguments arguments(
       {"-ac_omit_10", "-ac_omit_2", "-ac_omit_02", "-ac_omit", "-ac_omit_-1", "-ac_omit_x"});
   const auto tracks = [&arguments] {
@@ -202,7 +198,7 @@ TEST(TranscodeDetails, IgnoredTracksAreToldOnceInOrder) {
   EXPECT_THAT(arguments.commandLine(), IsEmpty());
 }
 
-TEST(TranscodeDetails, AnalysisIsForScalingsThatNeedTheSourcesShape) {
+TEST(TranscodeDetails, AnalysisIsRequiredForScalingsThatDependOnTheSource) {
   struct Case {
     Words words;
     bool required;
@@ -336,32 +332,7 @@ TEST(TranscodeDetails, EachSetterWritesItsOwnFlag) {
   EXPECT_TRUE(arguments.isRequested(SAVCliCodecsFlag) && arguments.addWatermarkText());
 }
 
-TEST(TranscodeProperties, EveryFlagHasOneAndEveryFormReadsBack) {
-  // Those that several flags or numbered ones make up, and listings.
-  const std::set<std::string_view> others{"-in", "-preset", "-acopy", "-ac_omit", "-tc_match", "-tc_creation"};
-  for (const FlagDescription& flag : flagDescriptions) {
-    const bool isProperty = std::ranges::count(transcodeProperties, flag.text, &TranscodeProperty::flag) > 0;
-    EXPECT_EQ(isProperty, !others.contains(flag.text) && flag.group != FlagGroup::command) << flag.text;
-  }
-  for (const TranscodeProperty& property : transcodeProperties) {
-    EXPECT_EQ(findProperty(property.name), &property) << property.name;
-    const FlagDescription* const flag = findFlag(property.flag);
-    ASSERT_NE(flag, nullptr) << property.name;
-    EXPECT_EQ(flag->takesValue(), property.kind != PropertyKind::onOff) << property.name;
-    Words inputs{std::string(tableRow(property.kind).example), "true", "12", "sRGB"};
-    for (const std::string_view text : allowedTexts(property)) inputs.emplace_back(text);
-    for (const std::string& input : inputs) {
-      const auto read = readInput(property, input);
-      if (!read || !read->text) continue;
-      EXPECT_TRUE(valueOfText(property, *read->text).has_value()) << property.name << ' ' << input;
-      EXPECT_EQ(readInput(property, *read->text).value_or(PropertyInput{}).text.value_or(""), *read->text)
-          << property.name << ' ' << input;
-    }
-  }
-  EXPECT_EQ(findProperty("VideoFormat"), nullptr);
-}
-
-TEST(RgbColor, IsReadLenientlyAndWrittenInOneForm) {
+TEST(RgbColor, ParsesLenientlyAndHasOneForm) {
   struct Case {
     std::string_view text;
     std::optional<RgbColor> color;

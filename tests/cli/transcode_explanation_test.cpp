@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 
+#include "meridian/base/text.h"
 #include "tests/cli/random_words.h"
 #include "tests/cli/reference_reading.h"
 
@@ -12,6 +14,7 @@ namespace meridian {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Optional;
 using Words = std::vector<std::string>;
@@ -54,7 +57,7 @@ TEST(TranscodeExplanationTest, AccountsForEveryWordOfRandomVectors) {
     }
     ASSERT_EQ(dropped, read.strayPlaces);
 
-    // Every value that was written is the one of its flag, or an earlier one, in the order of writing.
+    // Every written value is that of its flag or an earlier one, in the order of writing.
     std::map<std::string, Words> written;
     for (const auto& [flag, value] : read.flags) written[flag].push_back(value);
     std::set<std::string> presetNames;
@@ -92,7 +95,7 @@ TEST(TranscodeExplanationTest, AccountsForEveryWordOfRandomVectors) {
   }
 }
 
-TEST(TranscodeExplanationTest, SaysWhatLostToASetting) {
+TEST(TranscodeExplanationTest, ListsTheValuesThatASettingOverrides) {
   const TranscodeExplanation explanation =
       explained({"-preset", "fast", "-vcodec", "H265", "-preset", "Solvane_Cloud", "-vcodec", "mjpeg"});
   const ExplainedSetting& codec = explanation.settings[0];
@@ -112,43 +115,156 @@ TEST(TranscodeExplanationTest, SaysWhatLostToASetting) {
   EXPECT_EQ(both.settings[3].preset, TranscodeCliPreset::cloud);
 }
 
-TEST(TranscodeExplanationTest, RemarksOnDoubtfulSettings) {
-  using enum SettingRemark;
+TEST(TranscodeExplanationTest, WarnsOfDoubtfulSettings) {
+  using enum TranscodeWarningCode;
   struct Case {
     Words words;
-    std::optional<SettingRemark> remark;
-    std::optional<std::string_view> containedFlag = {};
+    std::vector<TranscodeWarningCode> codes;
+    std::string message = "";
   };
   const std::vector<Case> cases{
       {{"-out", "a"}, {}},
       {{"-overwrite"}, {}},
-      {{"-overwrite", "yes"}, holdsValueButTakesNone},
-      {{"-codecs", "x"}, holdsValueButTakesNone},
-      {{"-out"}, lacksValue},
-      {{"-out", " "}, lacksValue},
-      {{"-acl_descs"}, lacksValue},
+      {{"-overwrite", "yes"}, {holdsValueButTakesNone}},
+      {{"-codecs", "x"}, {holdsValueButTakesNone}},
+      {{"-out"}, {lacksValue}},
+      {{"-out", " "}, {lacksValue}},
+      {{"-acl_descs"}, {lacksValue}},
       {{"-acl_descs", "1"}, {}},
       {{"-tc_burn_anchor", "tl"}, {}},
       {{"-ac_omit_3"}, {}},
-      {{"-ac_omit_3", "1"}, holdsValueButTakesNone},
-      {{"-ac_omit", "3"}, omissionWithoutNumber},
-      {{"-ac_omit_x"}, omissionWithoutNumber},
+      {{"-ac_omit_3", "1"}, {holdsValueButTakesNone}},
+      {{"-ac_omit", "3"}, {omissionWithoutNumber}},
+      {{"-ac_omit_x"}, {omissionWithoutNumber}},
       {{"-in_0_1", "a"}, {}},
-      {{"-in_0_1"}, lacksValue},
-      {{"-in", "a"}, inputWithoutNumbers},
-      {{"-in_0", "a"}, inputWithoutNumbers},
-      {{"-input_file", "a"}, inputWithoutNumbers},
-      {{"-hello", "1"}, acceptedByContainment, "-h"},
-      {{"-my-vcodec", "1"}, acceptedByContainment, "-vcodec"},
-      {{"-x-acl_tag", "1"}, acceptedByContainment, "-acl"},
+      {{"-in_0_1"}, {lacksValue}},
+      {{"-in", "a"}, {inputWithoutNumbers}},
+      {{"-in_0", "a"}, {inputWithoutNumbers}},
+      {{"-input_file", "a"}, {inputWithoutNumbers}},
+      {{"-hello", "1"}, {acceptedByContainment}, "because it contains one: -h; check the spelling"},
+      {{"-my-vcodec", "1"}, {acceptedByContainment}, "-vcodec"},
+      {{"-x-acl_tag", "1"}, {acceptedByContainment}, "-acl"},
+      {{"-dims", "1280 x 720"},
+       {invalidValue},
+       R"("-dims": cannot be parsed: "1280 x 720" is not a size; expected 1280x720)"},
+      {{"-vbd", "ten"}, {invalidValue}, R"("ten" is not a whole number; expected a whole number, such as 10)"},
+      {{"-acl", "ster"}, {invalidValue}, "mono, stereo, quad, pent, hex, oct, or a whole number, such as 2"},
+      {{"-c_space", "srgb"}, {needsCapitals}, "sRGB is lower-cased in reading"},
+      {{"-vcodec", "H264"}, {lowerCased}, R"("-vcodec": was written differently: "H264")"},
+      {{"-vcodec", "h264", "-vcodec", "h265"}, {repeated}, R"(the last value wins: previously "h264")"},
+      {{"-dims", "1x", "-dims", "1X"}, {invalidValue, repeated, lowerCased}},
   };
-  for (const auto& [words, remark, containedFlag] : cases) {
+  for (const auto& [words, codes, message] : cases) {
     SCOPED_TRACE(shown(words));
     const TranscodeExplanation explanation = explained(words);
     ASSERT_EQ(explanation.settings.size(), 1U);
-    EXPECT_EQ(explanation.settings[0].remark, remark);
-    EXPECT_EQ(explanation.settings[0].containedFlag, containedFlag);
+    std::vector<TranscodeWarningCode> found;
+    for (const TranscodeWarning& warning : explanation.settings[0].warnings) {
+      found.push_back(warning.code);
+      EXPECT_EQ(warning.place, explanation.settings[0].flag);
+    }
+    EXPECT_EQ(found, codes);
+    if (!message.empty()) EXPECT_THAT(explanation.settings[0].warnings[0].message(), HasSubstr(message));
   }
+  const TranscodeExplanation preset = explained({"-preset", "solvane_cloud", "-dims", "1x2"});
+  EXPECT_EQ(preset.settings[0].warnings.at(0).message(),
+            R"("-dims": overrides a preset: "960x540" from solvane_cloud)");
+  EXPECT_THAT(preset.settings[1].warnings, IsEmpty());
+  EXPECT_EQ(explained({"x"}).droppedWords.at(0).warning.message(), R"("x": belongs to no flag)");
+}
+
+TEST(TranscodeExplanationTest, OffersAValidTextNearAnInvalidOne) {
+  struct Case {
+    std::string flag, text;
+    std::optional<std::string> offered;
+  };
+  const Case cases[]{
+      // A decimal comma, but not one that may separate thousands.
+      {"-vr", "23,976", {}},
+      {"-vr", "29,97", "29.97"},
+      {"-vbr", "1,5", "1.5"},
+      {"-vbr", "1,2345", "1.2345"},
+      {"-vbr", "1,234", {}},
+      {"-vbr", "1,5,5", {}},
+      {"-vbr", ",", {}},
+      {"-vbd", "1,5", {}},
+      {"-vbr", "1 5", {}},
+      {"-dims", "1280*720", "1280x720"},
+      {"-dims", "1280 \u00D7 720", "1280x720"},
+      {"-tc_custom", "1:2:3;4", "01:02:03;04"},
+      {"-tc_custom", "1:2:3", {}},
+      {"-vcodec", "pro res422", "prores422"},
+      {"-vcodec", "prores", {}},
+      {"-c_space", "srgb", {}},
+      {"-tc_burn_font_rgb", "255,128", {}},
+  };
+  for (const auto& [flag, text, offered] : cases) {
+    EXPECT_EQ(explained({flag, text}).settings.at(0).readableText, offered) << flag << ' ' << text;
+  }
+}
+
+TEST(TranscodeExplanationTest, FindsThePropertyAndTheMeaningOfEachFlag) {
+  struct Case {
+    Words words;
+    std::string_view property;
+    std::optional<PropertyValue> typed;
+    std::string meaning = "";
+  };
+  const Case cases[]{{{"-vr", "23.976"}, "videoFrameRate", 23.976F, "23.976 fps = 24000/1001"},
+                     {{"-tc_rate", "12.5"}, "timecodeFrameRate", 12.5F, "12.5 fps, not a standard rate"},
+                     {{"-vr", "0"}, "videoFrameRate", 0.0F, "not a frame rate: it has to be above 0"},
+                     {{"-vbr", "25"}, "videoBitRate", 25.0F},
+                     {{"-dims", "1280x720.5"}, "videoDimensions", Size{1280, 720.5}, "1280 x 720.5"},
+                     {{"-crop_anchor", "tl"}, "videoCropAnchor", "tl", "top left"},
+                     {{"-wmf_anchor", "br"}, "watermarkFileAnchor", "br", "bottom right"},
+                     {{"-acl", "stereo"}, "channelLayout", "stereo"},
+                     {{"-acl", "2"}, "outputChannels", std::int64_t{2}},
+                     {{"-acl", "x"}, "channelLayout", {}},
+                     {{"-vn"}, "omitVideo", true},
+                     {{"-acopy"}, "copyAudio", true},
+                     {{"-tc_match"}, "timecodeSource", "match"},
+                     {{"-tc_creation"}, "timecodeSource", "creationDate"},
+                     {{"-ac_omit_07"}, "ignoredAudioFileTracks", std::int64_t{7}},
+                     {{"-in_0_1", "/A"}, "inputFiles", "/A"},
+                     {{"-in", "/A"}, "", {}},
+                     {{"-ac_omit"}, "", {}},
+                     {{"-codecs"}, "", {}}};
+  for (const auto& [words, property, typed, meaning] : cases) {
+    SCOPED_TRACE(shown(words));
+    const ExplainedSetting setting = explained(words).settings.at(0);
+    EXPECT_EQ(setting.property == nullptr ? "" : setting.property->name, property);
+    EXPECT_EQ(setting.typed, typed);
+    EXPECT_EQ(setting.meaning, meaning);
+  }
+}
+
+TEST(TranscodeExplanationTest, WarnsOfValuesThatReadBackDifferently) {
+  RandomWords random(8);
+  for (int round = 0; round < 3000; ++round) {
+    TranscodeCliArguments arguments(random.vector());
+    arguments.setWatermarkText(random.word());
+    arguments.setOutputFile(random.word());
+    // The plain way: read the rendered vector. A value that is read as a flag may change another setting.
+    const TranscodeCliArguments again(arguments.commandLine());
+    const bool addsFlags = std::ranges::any_of(arguments.flagValueLookup(),
+                                               [](const auto& entry) { return trimmed(entry.value).starts_with('-'); });
+    Words expected;
+    for (const auto& [flag, value] : arguments.flagValueLookup()) {
+      if (again.argumentFlagValue(flag) != value) expected.push_back(flag);
+    }
+    Words warned;
+    for (const TranscodeWarning& warning : readingBackWarnings(arguments)) warned.push_back(warning.place);
+    SCOPED_TRACE(shown(arguments.commandLine()));
+    if (addsFlags) {
+      ASSERT_THAT(expected, ::testing::IsSupersetOf(warned));
+    } else {
+      ASSERT_EQ(warned, expected);
+    }
+  }
+  TranscodeCliArguments arguments;
+  arguments.setWatermarkText("Hello");
+  EXPECT_EQ(readingBackWarnings(arguments).at(0).message(),
+            R"("-wmt_text": will be read differently: "Hello" as "hello")");
 }
 
 TEST(TranscodeExplanationTest, SuggestsWhatARejectedWordWasMeantToBe) {
@@ -167,7 +283,7 @@ TEST(TranscodeExplanationTest, SuggestsWhatARejectedWordWasMeantToBe) {
       {{"-vbr", "-5"}, {}, "-vbr"},
       {{"-vbr", "x", "-5"}, {}},        // has a value of its own
       {{"-overwrite", "-5"}, {}},       // takes none
-      {{"-5", "-vbr", "1", "-5"}, {}},  // the last occurrence stays
+      {{"-5", "-vbr", "1", "-5"}, {}},  // the last occurrence wins
       {{"-5", "1", "-out", "-5"}, {}, "-out"},
       {{"-" + std::string(1 << 20, 'z')}, {}},
   };
@@ -177,7 +293,13 @@ TEST(TranscodeExplanationTest, SuggestsWhatARejectedWordWasMeantToBe) {
     ASSERT_EQ(explanation.rejections.size(), 1U);
     EXPECT_EQ(explanation.rejections[0].suggestion, suggestion);
     EXPECT_EQ(explanation.rejections[0].valueless, valueless);
+    const std::string message = explanation.rejections[0].error.message();
+    EXPECT_THAT(message, HasSubstr(suggestion  ? "did you mean " + std::string(*suggestion) + "?"
+                                   : valueless ? "cannot be the value of " + *valueless
+                                               : "check the spelling"));
   }
+  EXPECT_EQ(explained({"-presets", "fast"}).rejections.at(0).error.message(),
+            R"("-preset": does not name a preset: "fast" after -presets; check the spelling)");
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ std::vector<std::string_view> casesOf() {
   return texts;
 }
 
-TEST(TranscodeVocabularyTest, KnownFlagsAreTheGroupsCasesOneGroupAfterTheOther) {
+TEST(TranscodeVocabularyTest, KnownFlagsAreTheCasesGroupByGroup) {
   EXPECT_THAT(TranscodeCliArguments::allKnownCommandFlags(),
               ElementsAreArray(casesOf<SAVTranscodeCliCommand, SAVTranscodeArgumentFlag, SAVTranscodeVideoArgumentFlag,
                                        SAVTranscodeAudioArgumentFlag, SAVTranscodeTimecodeArgumentFlag,
@@ -34,7 +34,7 @@ TEST(TranscodeVocabularyTest, KnownFlagsAreTheGroupsCasesOneGroupAfterTheOther) 
                           "-tc_match", "-tc_creation", "-tc_custom", "-tc_rate", "-tc_drop"));
 }
 
-TEST(TranscodeVocabularyTest, FlagsKeptOutOfTheCasesAreFlagsAllTheSame) {
+TEST(TranscodeVocabularyTest, FlagsThatAreNotCasesAreStillFlags) {
   std::set<std::string_view> left;
   for (const FlagDescription& flag : flagDescriptions) left.insert(flag.text);
   for (const std::string_view flag : allKnownCommandFlags) EXPECT_EQ(left.erase(flag), 1U) << flag;
@@ -44,7 +44,7 @@ TEST(TranscodeVocabularyTest, FlagsKeptOutOfTheCasesAreFlagsAllTheSame) {
   EXPECT_EQ(findFlag("-out "), nullptr);
 }
 
-/// Asks the group's type about every flag there is, its own or not.
+/// Asks the type of a group about every flag of every group.
 template <typename Flag>
 void checkValuelessFlags(const std::set<std::string_view>& valueless) {
   for (const FlagDescription& flag : flagDescriptions) {
@@ -55,7 +55,7 @@ void checkValuelessFlags(const std::set<std::string_view>& valueless) {
   EXPECT_TRUE(Flag("").acceptsArguments());
 }
 
-TEST(TranscodeVocabularyTest, OnlyAGroupsOwnSwitchesTakeNoValue) {
+TEST(TranscodeVocabularyTest, OnlyTheSwitchesOfAGroupAcceptNoValue) {
   const std::set<std::string_view> valueless{"-overwrite", "-web",      "-vn",        "-gpu_decoding", "-gpu_encoding",
                                              "-an",        "-acopy",    "-adiscrete", "-tc_match",     "-tc_creation",
                                              "-tc_drop",   "-tc_track", "-tc_burn",   "-wmt_burn"};
@@ -66,7 +66,7 @@ TEST(TranscodeVocabularyTest, OnlyAGroupsOwnSwitchesTakeNoValue) {
   checkValuelessFlags<SAVTranscodeWatermarkTextArgumentFlag>(valueless);
 }
 
-TEST(TranscodeVocabularyTest, OnlyTextsOfATypesCasesHaveExtensionsAndAreRead) {
+TEST(TranscodeVocabularyTest, OnlyCasesHaveExtensionsAndAreParsed) {
   using Format = SAVTranscodeArgumentFileFormatValue;
   using Codec = SAVTranscodeArgumentVideoCodecValue;
   EXPECT_EQ(Format("qt").preferredFileExtension(), FileExtension::mov);
@@ -92,7 +92,7 @@ TEST(TranscodeVocabularyTest, EveryCodecButMpeg4BelongsToOneFamily) {
   EXPECT_THAT(Codec::allWebFormats(), ElementsAre(SAVAvcH264Codec, SAVHevcCodec, SAVMotionJpegCodec));
 }
 
-TEST(TranscodeVocabularyTest, APresetsSettingsWrittenByHandGiveTheStoreThatItsNameGives) {
+TEST(TranscodeVocabularyTest, APresetGivesTheSameStoreAsItsSettings) {
   for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) {
     const TranscodeCliArguments named({"-preset", preset(each)}, true);
     EXPECT_EQ(named.stored(), TranscodeCliArguments(orderedArgumentsAsList(each), true).stored());

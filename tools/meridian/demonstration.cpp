@@ -1,5 +1,5 @@
-// What the command shows when it is called with nothing: a realistic command line, explained and rendered
-// back, and a look on an image.
+// What the command shows without words: a realistic command line, explained and rendered, and a LUT applied to an
+// image.
 #include <array>
 #include <iostream>
 
@@ -10,8 +10,8 @@
 namespace meridian::command {
 namespace {
 
-// Two clips of a camera card, a preset with two of its settings overridden, a flag written twice, a flag in capitals, a
-// typing mistake, a switch that swallows a word, and a word too many.
+// Two clips of a camera card, a preset with two of its settings overridden, a repeated flag, a flag in capitals, a
+// misspelt flag, a switch that consumes a word, and a stray word.
 constexpr auto exampleWords = std::to_array<std::string_view>({
     "-in_0_0",       "/Volumes/A001_C002/CLIPS/A001C001_261121_R4TB.mov",
     "-in_0_1",       "/Volumes/A001_C002/CLIPS/A001C002_261121_R4TB.mov",
@@ -27,7 +27,7 @@ constexpr auto exampleWords = std::to_array<std::string_view>({
     "Yes",           "please",
 });
 
-/// An element as a shell would need it.
+/// Quotes an element for a shell.
 std::string shellQuoted(const std::string& element) {
   constexpr std::string_view plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-./:,+=@%";
   if (!element.empty() && element.find_first_not_of(plain) == std::string::npos) return element;
@@ -44,17 +44,17 @@ void demonstrate() {
   for (const std::string_view word : exampleWords) {
     std::cout << (word.starts_with('-') ? " \\\n    " : " ") << shellQuoted(std::string(word));
   }
-  std::cout << "\n\n" << styled(Style::heading, "How it is understood") << "\n\n";
+  std::cout << "\n\n" << styled(Style::heading, "How it is read") << "\n\n";
   printExplanation(exampleWords);
 
-  std::cout << '\n' << styled(Style::heading, "The same, rendered back for the transcoder") << "\n\n  transcoder";
+  std::cout << '\n' << styled(Style::heading, "The same, rendered for the transcoder") << "\n\n  transcoder";
   const std::vector<std::string> vector = TranscodeCliArguments(exampleWords, true).commandLine();
   for (std::size_t i = 0; i < vector.size(); i += 2) {
     std::cout << " \\\n    " << shellQuoted(vector[i]) << ' ' << shellQuoted(vector[i + 1]);
   }
   std::cout << "\n\n";
   demonstrateLut();
-  std::cout << "\nmeridian --help shows what else there is.\n";
+  std::cout << "\nmeridian --help lists all commands.\n";
 }
 
 }  // namespace meridian::command

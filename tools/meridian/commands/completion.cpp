@@ -1,32 +1,14 @@
-// meridian completion: the shell's completion script, made from the command's own definitions and the vocabulary.
+// meridian completion: the shell's completion script, made from the definitions of the command and the vocabulary.
 #include <algorithm>
 #include <iostream>
-#include <utility>
 #include <vector>
 
 #include "meridian/cli/transcode_flags.h"
-#include "meridian/cli/transcode_preset.h"
 #include "meridian/cli/transcode_properties.h"
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
 namespace {
-
-/// A flag of the transcoder and the values to offer behind it.
-struct FlagValues {
-  std::string_view flag;
-  std::vector<std::string_view> values;
-};
-
-std::vector<FlagValues> allFlagValues() {
-  FlagValues presets{SAVPresetFlag.rawValue(), {}};
-  for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) presets.values.push_back(preset(each));
-  std::vector<FlagValues> all{presets};
-  for (const TranscodeProperty& property : transcodeProperties) {
-    if (auto texts = allowedTexts(property); !texts.empty()) all.push_back({property.flag, std::move(texts)});
-  }
-  return all;
-}
 
 template <typename Texts>
 std::string spaced(const Texts& texts) {
@@ -35,7 +17,7 @@ std::string spaced(const Texts& texts) {
   return result;
 }
 
-/// The options of a subcommand as they are typed.
+/// The options of a subcommand, as typed.
 std::string optionNames(const Subcommand& subcommand) {
   std::vector<std::string> names{"--help"};
   for (const Option& option : subcommand.options) {
@@ -44,7 +26,7 @@ std::string optionNames(const Subcommand& subcommand) {
   return spaced(names);
 }
 
-/// The lines of a case statement over the first word: the flags of words that are not the transcoder's.
+/// The lines of a case statement over the first word: the flags of argument vectors that are not the transcoder's.
 std::string wordFlagCases() {
   std::string cases;
   for (const Subcommand& subcommand : allSubcommands()) {
@@ -54,14 +36,14 @@ std::string wordFlagCases() {
   return cases;
 }
 
-/// Options to offer, which make way for the names of files where the subcommand takes any.
+/// The line of a case statement that offers options; file names too where the subcommand accepts paths.
 std::string optionCase(const Subcommand& subcommand) {
   const bool takesPath = std::ranges::any_of(subcommand.options, &Option::path);
   return "    '" + subcommand.fullName() + "':*) " + (takesPath ? "[[ $word == -* ]] && " : "") + "words='" +
          optionNames(subcommand) + "' ;;\n";
 }
 
-/// The lines of a case statement over "subcommand:word before": what an option of fixed choices takes.
+/// The lines of a case statement over "subcommand:preceding word": the choices of an option.
 std::string choiceCases(const Subcommand& subcommand) {
   std::string cases;
   for (const Option& option : subcommand.options) {
@@ -73,7 +55,7 @@ std::string choiceCases(const Subcommand& subcommand) {
   return cases;
 }
 
-/// The lines of a case statement over the first word: a group's subcommands, of which the second word is one.
+/// The lines of a case statement over the first word: the subcommands of a group, for the second word.
 std::string groupCases() {
   std::string cases;
   for (const CommandGroup& group : commandGroups) {
@@ -98,13 +80,13 @@ void printBash() {
     valueCases += choiceCases(subcommand);
   }
   std::string flagCases;
-  for (const FlagValues& each : allFlagValues()) {
-    flagCases += "      " + std::string(each.flag) + ") words='" + spaced(each.values) + "' ;;\n";
-  }
   std::vector<std::string> flags;
   for (const FlagDescription& flag : flagDescriptions) {
-    // The prefix of the inputs is of no use without its numbers.
+    // The prefix of the inputs is useless without its numbers.
     flags.emplace_back(flag.text == SAVInputPrefixFlag.rawValue() ? "-in_0_0" : flag.text);
+    if (const auto values = allowedTextsOfFlag(flag.text); !values.empty()) {
+      flagCases += "      " + std::string(flag.text) + ") words='" + spaced(values) + "' ;;\n";
+    }
   }
 
   std::cout << R"(# Completion of the meridian command for bash. Made by "meridian completion bash".
@@ -113,7 +95,7 @@ _meridian() {
   COMPREPLY=()
   for ((i = 2; i < COMP_CWORD; i++)); do
     [[ ${COMP_WORDS[i]} == -- ]] || continue
-    # Behind "--" stand the words of an argument vector, mostly the transcoder's.
+    # After "--" come the words of an argument vector, mostly the transcoder's.
     case ${COMP_WORDS[1]} in
 )" << wordFlagCases()
             << R"(      *) case $previous in

@@ -1,10 +1,10 @@
 // meridian explain: what became of every word of an argument vector.
+#include <algorithm>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
-#include "meridian/base/text.h"
 #include "meridian/cli/transcode_explanation.h"
 #include "meridian/serialization/media_json.h"
 #include "tools/meridian/command.h"
@@ -19,61 +19,20 @@ std::string joined(const std::vector<std::string>& texts) {
   return result;
 }
 
-std::string textOf(const ExplainedSetting& setting) {
-  std::string text(description(*setting.remark));
-  if (setting.containedFlag) text += ": " + std::string(*setting.containedFlag);
-  return text;
-}
-
 std::string sourceOf(const ExplainedSetting& setting) {
   std::string text(rawValue(setting.source));
   if (setting.source == SettingSource::preset) text += " " + std::string(preset(*setting.preset));
   return text;
 }
 
-/// Says that a text does not read as its property, and what would.
-std::optional<std::string> typeWarning(const ExplainedSetting& setting) {
-  if (setting.property == nullptr || setting.typed || setting.value.empty()) return std::nullopt;
-  for (const std::string_view allowed : allowedTexts(*setting.property)) {
-    if (!equalsIgnoringCase(allowed, setting.value)) continue;
-    return std::string(allowed) + " cannot be said on a command line, which is lower-cased in reading";
-  }
-  return inQuotes(setting.value) + " does not read as " + std::string(description(setting.property->kind)) +
-         "; write " + setting.readableText.value_or(expectedFormOfFlag(setting.flag));
-}
-
-std::vector<std::string> notesOn(const ExplainedSetting& setting) {
-  std::vector<std::string> notes;
-  if (const auto warning = typeWarning(setting)) notes.push_back(*warning);
-  if (setting.remark) notes.push_back(textOf(setting));
-  if (setting.source == SettingSource::repeated) {
-    notes.push_back("the last one stays; before: " + joined(setting.earlierValues));
-  }
-  if (setting.source != SettingSource::preset && setting.writtenValue != setting.value) {
-    notes.push_back("lower-cased from " + inQuotes(setting.writtenValue));
-  }
-  if (setting.presetValue) {
-    notes.push_back("stands over " + std::string(preset(*setting.preset)) + "'s " + inQuotes(*setting.presetValue));
-  }
-  return notes;
-}
-
-std::string noteOn(const ExplainedRejection& rejection) {
-  const bool isPreset = rejection.flag == SAVPresetFlag.rawValue();
-  std::string note;
-  if (rejection.suggestion) {
-    note = "did you mean " + std::string(*rejection.suggestion) + "?";
-  } else if (rejection.valueless) {
-    note = "if it was meant as the value of " + *rejection.valueless + ": no value can begin with \"-\"";
-  } else {
-    note = isPreset ? "no such preset" : "no such flag";
-  }
-  if (rejection.writtenFlag != rejection.flag) {
-    note += "; written as " + rejection.writtenFlag + ", which begins with " + rejection.flag;
-  }
-  if (!rejection.earlierValues.empty()) note += "; before: " + joined(rejection.earlierValues);
+std::string noteOn(const ExplainedSetting& setting) {
+  std::string note = setting.meaning;
+  for (const TranscodeWarning& warning : setting.warnings) note += (note.empty() ? "" : "; ") + warning.sentence();
   return note;
 }
+
+/// Whether a warning asks for a change, rather than state a fact.
+bool hasRemedy(const TranscodeWarning& warning) { return !warning.remedy().empty(); }
 
 std::string shownValue(std::string_view flag, std::string_view value) {
   if (!value.empty()) return std::string(value);
@@ -92,14 +51,12 @@ void printSettings(const TranscodeExplanation& explanation) {
   std::vector<std::vector<Cell>> rows{
       {{"FLAG", Style::faint}, {"VALUE", Style::faint}, {"FROM", Style::faint}, {"NOTE", Style::faint}}};
   for (const ExplainedSetting& setting : explanation.settings) {
-    std::string notes = setting.meaning;
-    for (const std::string& note : notesOn(setting)) notes += (notes.empty() ? "" : "; ") + note;
     const Style valueStyle = setting.value.empty() ? Style::faint : Style::plain;
-    const Style noteStyle = setting.remark || typeWarning(setting) ? Style::warning : Style::faint;
+    const Style noteStyle = std::ranges::any_of(setting.warnings, hasRemedy) ? Style::warning : Style::faint;
     rows.push_back({{setting.flag, Style::name},
                     {shownValue(setting.flag, setting.value), valueStyle},
                     {sourceOf(setting), setting.source == SettingSource::preset ? Style::good : Style::plain},
-                    {notes, noteStyle}});
+                    {noteOn(setting), noteStyle}});
   }
   printTable(rows);
 }
@@ -111,7 +68,7 @@ void printRejections(const TranscodeExplanation& explanation) {
     rows.push_back({{rejection.flag, Style::bad},
                     {rejection.value.empty() ? "(no value)" : rejection.value,
                      rejection.value.empty() ? Style::faint : Style::plain},
-                    {noteOn(rejection), Style::warning}});
+                    {rejection.error.sentence(), Style::warning}});
   }
   printTable(rows);
 }
@@ -122,7 +79,7 @@ void printDropped(const TranscodeExplanation& explanation) {
   for (const DroppedWord& dropped : explanation.droppedWords) {
     rows.push_back({{"word " + std::to_string(dropped.index + 1), Style::bad},
                     {inQuotes(dropped.word)},
-                    {"belongs to no flag", Style::faint}});
+                    {dropped.warning.sentence(), Style::faint}});
   }
   printTable(rows);
 }
@@ -139,7 +96,7 @@ Json typedAsJson(const std::optional<PropertyValue>& typed) {
         } else if constexpr (std::is_same_v<Value, RgbColor>) {
           return {{"red", value.red}, {"green", value.green}, {"blue", value.blue}};
         } else if constexpr (std::is_same_v<Value, float>) {
-          // As the number that was written, not as the float's exact value; "inf" and "nan" are no JSON numbers.
+          // The number as written, not the exact value of the float. "inf" and "nan" are not JSON numbers.
           const std::string text = shortestDecimalText(value);
           const Json number = Json::parse(text, nullptr, false);
           return number.is_discarded() ? Json(text) : number;
@@ -150,21 +107,26 @@ Json typedAsJson(const std::optional<PropertyValue>& typed) {
       *typed);
 }
 
+Json asJson(const auto& errorOrWarning) {
+  return {{"code", rawValue(errorOrWarning.code)}, {"message", errorOrWarning.message()}};
+}
+
 Json asJson(const TranscodeExplanation& explanation) {
   Json settings = Json::array();
   for (const ExplainedSetting& setting : explanation.settings) {
+    Json warnings = Json::array();
+    for (const TranscodeWarning& warning : setting.warnings) warnings.push_back(asJson(warning));
     settings.push_back({{"flag", setting.flag},
                         {"value", setting.value},
                         {"source", rawValue(setting.source)},
-                        {"property", setting.propertyName.empty() ? Json() : Json(setting.propertyName)},
+                        {"property", setting.property == nullptr ? Json() : Json(setting.property->name)},
                         {"typed", typedAsJson(setting.typed)},
                         {"meaning", setting.meaning.empty() ? Json() : Json(setting.meaning)},
                         {"readableText", orNull(setting.readableText)},
                         {"preset", setting.preset ? Json(preset(*setting.preset)) : Json()},
                         {"earlierValues", setting.earlierValues},
                         {"presetValue", orNull(setting.presetValue)},
-                        {"remark", setting.remark ? Json(rawValue(*setting.remark)) : Json()},
-                        {"notes", notesOn(setting)}});
+                        {"warnings", warnings}});
   }
   Json presets = Json::array();
   for (const ExplainedPreset& each : explanation.presets) {
@@ -176,7 +138,7 @@ Json asJson(const TranscodeExplanation& explanation) {
                         {"value", rejection.value},
                         {"earlierValues", rejection.earlierValues},
                         {"suggestion", orNull(rejection.suggestion)},
-                        {"note", noteOn(rejection)}});
+                        {"error", asJson(rejection.error)}});
   }
   Json dropped = Json::array();
   for (const DroppedWord& word : explanation.droppedWords) {
@@ -196,7 +158,7 @@ void printExplanation(std::span<const std::string_view> words) {
   std::string summary = counted(words.size(), "word") + ": " + counted(explanation.settings.size(), "setting");
   for (const ExplainedPreset& each : explanation.presets) {
     summary += ", with preset " + std::string(preset(each.preset));
-    if (!each.earlierNames.empty()) summary += " (before: " + printable(joined(each.earlierNames)) + ")";
+    if (!each.earlierNames.empty()) summary += " (previously " + joined(each.earlierNames) + ")";
   }
   if (!explanation.rejections.empty()) {
     summary += ", " + styled(Style::bad, std::to_string(explanation.rejections.size()) + " rejected");
@@ -217,7 +179,7 @@ void printExplanation(std::span<const std::string_view> words) {
 Subcommand explainCommand() {
   return {
       .name = "explain",
-      .description = "Explain an argument vector: every setting, where it came from, and what was lost",
+      .description = "Explain an argument vector: every setting, where it came from, and what was rejected or dropped",
       .example = "meridian explain -- -preset solvane_cloud -dims 1920x1080 -vcoedc h264 -overwrite a.mov",
       .takesWords = true,
       .options = {{Option::Kind::flag, "json", "Print JSON: settings, presets, rejected, dropped, notes"}},

@@ -1,4 +1,4 @@
-// meridian parse: the encoded form of the store that an argument vector gives.
+// meridian parse: the encoded form of an argument vector.
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/serialization/transcode_cli_arguments_json.h"
 #include "tools/meridian/command.h"
@@ -20,11 +20,11 @@ Subcommand parseCommand() {
   using enum Option::Kind;
   return {
       .name = "parse",
-      .description = "Read an argument vector and print its settings as JSON, as they are stored",
+      .description = "Read an argument vector and print its settings as JSON, in their stored form",
       .example = "meridian parse --keep-order -- -preset solvane_cloud -out /out/a.mov -overwrite",
       .takesWords = true,
-      .options = {{flag, "keep-order", "Keep the order in which the flags stand"},
-                  {flag, "strict", "End with status 1 when a flag or a preset is rejected"}},
+      .options = {{flag, "keep-order", "Keep the order of the flags"},
+                  {flag, "strict", "Exit with status 1 if a flag or a preset is rejected"}},
       .action = parse,
   };
 }

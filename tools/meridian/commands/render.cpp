@@ -1,4 +1,4 @@
-// meridian render: the argument vector after a round trip through the store.
+// meridian render: an argument vector, read and rendered again.
 #include <iostream>
 
 #include "meridian/cli/transcode_cli_arguments.h"
@@ -25,13 +25,13 @@ Subcommand renderCommand() {
   using enum Option::Kind;
   return {
       .name = "render",
-      .description = "Read an argument vector and print it as it goes to the transcoder, an element a line",
+      .description = "Read an argument vector and print it as the transcoder gets it, one element per line",
       .example = "meridian render --null -- -preset solvane_4444xq -out /out/a.mov | xargs -0 transcoder",
       .takesWords = true,
-      .options = {{flag, "keep-order", "Keep the order in which the flags stand"},
+      .options = {{flag, "keep-order", "Keep the order of the flags"},
                   {flag, "json", "Print a JSON list"},
-                  {flag, "null", "End each element with a NUL, for xargs -0; an element may hold line ends"},
-                  {flag, "cli-string", "Print all elements run together, for comparing; not for a shell"}},
+                  {flag, "null", "End each element with a NUL, for xargs -0; elements may contain newlines"},
+                  {flag, "cli-string", "Print all elements joined, for comparing; not for a shell"}},
       .exclusive = {"json", "null", "cli-string"},
       .action = render,
   };

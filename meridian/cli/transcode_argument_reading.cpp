@@ -1,4 +1,4 @@
-#include "meridian/cli/argument_reading.h"
+#include "meridian/cli/transcode_argument_reading.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +17,7 @@ CLISanitizationOptions valueOptions(FlagValue value) noexcept {
   return value == FlagValue::path ? pathValue : plainValue;
 }
 
-// The letters that stand behind the "-" of a known flag: a quick no for a text of dashes.
+// The letters that follow the "-" of a known flag. They rule out a text of dashes quickly.
 constexpr auto firstLetters = [] {
   std::array<bool, 256> letters{};
   for (const std::string_view known : allKnownCommandFlags) letters[static_cast<unsigned char>(known[1])] = true;
@@ -38,8 +38,6 @@ bool isFlag(std::string_view word) noexcept {
 
 }  // namespace
 
-std::string normalizedFlag(std::string_view word) { return plainValue.sanitize(word); }
-
 std::optional<std::string_view> containedKnownFlag(std::string_view flag) {
   if (!flag.starts_with('-')) return std::nullopt;
   if (const FlagDescription* const exact = findFlag(flag); exact != nullptr && exact->isCase) return exact->text;
@@ -58,7 +56,7 @@ FlagTreatment treatmentOf(std::string_view flag) {
   if (const FlagDescription* const exact = findFlag(flag); exact != nullptr && exact->isCase) {
     return {isPreset ? FlagKind::preset : FlagKind::setting, valueOptions(exact->value)};
   }
-  // It contains "-in", which is known; cards bring thousands of these.
+  // It contains "-in", which is known. A camera card has thousands of these.
   if (flag.starts_with(SAVInputPrefixFlag.rawValue())) return {FlagKind::setting, pathValue};
 
   const bool isPath = std::ranges::any_of(flagDescriptions, [flag](const FlagDescription& known) {
@@ -69,28 +67,25 @@ FlagTreatment treatmentOf(std::string_view flag) {
   return {isPreset ? FlagKind::preset : FlagKind::setting, options};
 }
 
-void readArgumentVector(std::span<const std::string_view> words, FunctionRef<void(ReadFlag&&)> foundFlag,
-                        FunctionRef<void(std::size_t index)> foundStrayWord) {
+ReadArguments readArgumentVector(std::span<const std::string_view> words) {
+  ReadArguments read;
+  read.flags.reserve(words.size() / 2 + 1);
   for (std::size_t index = 0; index < words.size(); ++index) {
     if (!isFlag(words[index])) {
-      foundStrayWord(index);
+      read.strayWords.push_back(index);
       continue;
     }
-    ReadFlag read{.flag = normalizedFlag(words[index]),
-                  .value = {},
-                  .writtenValue = {},
-                  .kind = {},
-                  .index = index,
-                  .hasValue = false};
-    const FlagTreatment treatment = treatmentOf(read.flag);
-    read.kind = treatment.kind;
+    ReadFlag& flag = read.flags.emplace_back();
+    flag.flag = normalizedFlag(words[index]);
+    flag.index = index;
+    const FlagTreatment treatment = treatmentOf(flag.flag);
+    flag.kind = treatment.kind;
     if (index + 1 < words.size() && !isFlag(words[index + 1])) {
-      read.writtenValue = words[++index];
-      read.value = treatment.valueOptions.sanitize(read.writtenValue);
-      read.hasValue = true;
+      flag.writtenValue = words[++index];
+      flag.value = treatment.valueOptions.sanitize(flag.writtenValue);
     }
-    foundFlag(std::move(read));
   }
+  return read;
 }
 
 }  // namespace meridian::inline v0_2
