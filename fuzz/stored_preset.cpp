@@ -1,4 +1,4 @@
-// Stored presets of any bytes: reading one never fails, and what was read survives being stored again.
+// Stored presets of any bytes: reading never fails, and the settings survive being stored again.
 #include <cstddef>
 #include <cstdint>
 
