@@ -256,7 +256,7 @@ TextDictionary presetSettingsOf(const TranscodeCliArguments& arguments) {
 
 /// Updates the settings beside the fields: sets the values of those that the dictionary holds and erases them there,
 /// and removes the others. Messages are updated in place, so that fields unknown to this library survive.
-void keepOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
+void updateOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
   auto& settings = *options.mutable_other_settings();
   const auto isGone = [&beside](stored::Setting& setting) {
     const std::string flag = normalForm(setting.flag());
@@ -295,7 +295,7 @@ void updateStoredPreset(PresetInformation& preset, const TranscodeCliArguments& 
     setField(options, row, text == nullptr ? std::nullopt : std::optional<std::string_view>(*text));
     if (text != nullptr && textOfField(options, row) == *text) beside.erase(row.flag);
   }
-  keepOtherSettings(options, beside);
+  updateOtherSettings(options, beside);
   for (const auto& [flag, value] : beside) {
     stored::Setting& setting = *options.add_other_settings();
     setting.set_flag(flag);
@@ -314,9 +314,9 @@ TranscodeCliArguments argumentsOf(const PresetInformation& preset) {
     const std::string flag = normalForm(setting.flag());
     if (isOfOneJob(flag)) continue;
     if (const FieldRow* const row = fieldOf(flag)) {
-      const auto said = textThroughField(*row, setting.value());
-      const std::string* const saidByField = ofFields.find(flag);
-      const bool agrees = saidByField != nullptr ? said == *saidByField : !said && !isSet(options, *row);
+      const auto asField = textThroughField(*row, setting.value());
+      const std::string* const ofField = ofFields.find(flag);
+      const bool agrees = ofField != nullptr ? asField == *ofField : !asField && !isSet(options, *row);
       if (!agrees) continue;
     }
     settings.set(flag, setting.value());

@@ -108,7 +108,9 @@ void printForPeople(const Reading& reading) {
   std::cout << styled(Style::heading, timecode.timecodeString()) << '\n';
   std::vector<std::vector<Cell>> rows;
   if (reading.movedBy) {
-    rows.push_back({{"moved", Style::name}, {std::to_string(*reading.movedBy) + " frames from " + reading.text}});
+    rows.push_back({{"moved", Style::name},
+                    {std::to_string(*reading.movedBy) + (*reading.movedBy == 1 ? " frame from " : " frames from ") +
+                     reading.text}});
   }
   rows.push_back(
       {{"form", Style::name},
