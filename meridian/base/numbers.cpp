@@ -46,7 +46,8 @@ template <typename Number>
 std::optional<Number> numberFromText(std::string_view text) noexcept {
   // strtod would skip leading white space.
   if (text.empty() || detail::isAsciiWhiteSpace(text.front())) return std::nullopt;
-  // strtod needs a NUL after the text. Most numbers are short enough not to allocate memory.
+  // strtod needs a NUL after the text. Most numbers are short enough not to allocate memory; for a long text, running
+  // out of it terminates the process.
   std::array<char, 64> shortText;  // NOLINT(cppcoreguidelines-pro-type-member-init): only what is copied is read
   std::string longText;
   const char* begin = shortText.data();

@@ -2,9 +2,9 @@
 /// Ratios of two numbers: the exact form of frame rates and aspect ratios. For example:
 ///
 ///     constexpr MediaRational ntsc{30000, 1001};
-///     ntsc.rawValue()                                             // 29.97002997...
-///     NumericRational{1920, 1080} * NumericRational{1, 2}         // 8/9
-///     checkedProduct(NumericRational{INT64_MAX, 1}, {2, 1})       // std::nullopt: leaves 64 bits
+///     ntsc.rawValue()                                        // 29.97002997...
+///     NumericRational{1920, 1080} * NumericRational{1, 2}    // 8/9
+///     checkedProduct(NumericRational{INT64_MAX, 1}, {2, 1})  // std::nullopt: leaves 64 bits
 #pragma once
 
 #include <concepts>

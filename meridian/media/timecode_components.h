@@ -1,9 +1,9 @@
 /// \file
 /// Timecode of hours, minutes, seconds and frames, and its text form. For example:
 ///
-///     TimecodeComponents::fromTimecode("01:02:03;04")->frames               // 4, and isDropFrame is true
-///     TimecodeComponents::fromTimecode("1:2:3")                             // std::nullopt
-///     TimecodeComponents::sanitizedTimecode("1:2:3").timecodeString()       // "01:02:03:00"
+///     TimecodeComponents::fromTimecode("01:02:03;04")->frames          // 4, and isDropFrame is true
+///     TimecodeComponents::fromTimecode("1:2:3")                        // std::nullopt
+///     TimecodeComponents::sanitizedTimecode("1:2:3").timecodeString()  // "01:02:03:00"
 #pragma once
 
 #include <array>

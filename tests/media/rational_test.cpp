@@ -85,11 +85,9 @@ TEST(NumericRational, CheckedResultsAreAbsentExactlyOnOverflow) {
     const auto term = [&] { return static_cast<std::int64_t>(random() >> (1 + random() % 62)); };
     const NumericRational left{term(), term()};
     const NumericRational right{term(), term()};
-    const auto fits = [](__int128 product) { return product <= greatest; };
-    const bool productFits =
-        fits(__int128{left.numerator} * right.numerator) && fits(__int128{left.denominator} * right.denominator);
-    const bool quotientFits =
-        fits(__int128{left.numerator} * right.denominator) && fits(__int128{left.denominator} * right.numerator);
+    const auto fits = [](std::int64_t one, std::int64_t other) { return one == 0 || other <= greatest / one; };
+    const bool productFits = fits(left.numerator, right.numerator) && fits(left.denominator, right.denominator);
+    const bool quotientFits = fits(left.numerator, right.denominator) && fits(left.denominator, right.numerator);
     ASSERT_EQ(checkedProduct(left, right).has_value(), productFits);
     ASSERT_EQ(checkedQuotient(left, right).has_value(), quotientFits);
     if (productFits) {
