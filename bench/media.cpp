@@ -1,4 +1,4 @@
-// Timecode and frame rates, beside sscanf and snprintf.
+// Timecode and frame rates, compared with sscanf and snprintf.
 #include <benchmark/benchmark.h>
 
 #include <array>
@@ -14,7 +14,7 @@
 namespace meridian::bench {
 namespace {
 
-// Different lengths of work in turn, as the lines of an edit list would bring them.
+// Alternate between cases of different cost, as the lines of an edit list do.
 constexpr std::array<const char*, 4> texts{"01:02:03;04", "10:59:59:23", "00:00:00:00", "23:59:59;29"};
 
 void timecodeParseMeridian(benchmark::State& state) {

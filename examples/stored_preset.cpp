@@ -1,4 +1,4 @@
-// Makes a user's preset from a template, stores it, and starts from it again.
+// Makes a user's preset from a template, stores it, and reads it back.
 #include <meridian/presets/stored_preset.h>
 #include <meridian/presets/transcode_preset_protobuf_template_factory.h>
 

@@ -1,4 +1,7 @@
-// Hashes of small value types, made from the hashes of their members.
+/// \file
+/// Hashes of small value types. For example:
+///
+///     std::size_t operator()(const Size& size) const { return combinedHash(size.width, size.height); }
 #pragma once
 
 #include <bit>
@@ -11,7 +14,7 @@ namespace meridian::inline v0_2 {
 
 namespace detail {
 
-/// The bits that stand for a member: equal members have equal bits, so 0.0 and -0.0 have the same.
+/// Returns the bits of a member. Equal members have equal bits: 0.0 and -0.0 have the same.
 template <typename Member>
 constexpr std::uint64_t hashedBits(Member member) noexcept {
   if constexpr (std::floating_point<Member>) {
@@ -21,7 +24,8 @@ constexpr std::uint64_t hashedBits(Member member) noexcept {
   }
 }
 
-/// The finalizer of SplitMix64 (Steele, Lea and Flood, "Fast splittable pseudorandom number generators", 2014).
+/// Mixes the bits by the finalizer of SplitMix64 (Steele, Lea and Flood, "Fast splittable pseudorandom number
+/// generators", 2014).
 constexpr std::uint64_t mixed(std::uint64_t bits) noexcept {
   bits = (bits ^ (bits >> 30)) * 0xbf58476d1ce4e5b9U;
   bits = (bits ^ (bits >> 27)) * 0x94d049bb133111ebU;
@@ -30,7 +34,8 @@ constexpr std::uint64_t mixed(std::uint64_t bits) noexcept {
 
 }  // namespace detail
 
-/// A hash of numbers and enumeration values in this order, for std::hash. Not for keys that an attacker chooses.
+/// Returns a hash of numbers and enumeration values in this order, for std::hash. Not for keys that an attacker
+/// chooses.
 template <typename... Members>
   requires((std::is_arithmetic_v<Members> || std::is_enum_v<Members>) && ...)
 [[nodiscard]] constexpr std::size_t combinedHash(Members... members) noexcept {

@@ -1,4 +1,9 @@
-// Integer arithmetic that notices when a result does not fit.
+/// \file
+/// Integer arithmetic whose result is absent if it does not fit. For example:
+///
+///     checkedSum<std::int64_t>(INT64_MAX, 1)  // std::nullopt
+///     truncatedInteger(-1.9)                  // -1
+///     gcd(1920, 1080)                         // 120
 #pragma once
 
 #include <algorithm>
@@ -9,7 +14,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// The product; absent when it leaves the range of the type.
+/// Returns the product; absent if it leaves the range of the type.
 template <std::integral Integer>
 [[nodiscard]] constexpr std::optional<Integer> checkedProduct(Integer left,
                                                               std::type_identity_t<Integer> right) noexcept {
@@ -18,7 +23,7 @@ template <std::integral Integer>
   return product;
 }
 
-/// The sum; absent when it leaves the range of the type.
+/// Returns the sum; absent if it leaves the range of the type.
 template <std::integral Integer>
 [[nodiscard]] constexpr std::optional<Integer> checkedSum(Integer left, std::type_identity_t<Integer> right) noexcept {
   Integer sum = 0;
@@ -26,17 +31,15 @@ template <std::integral Integer>
   return sum;
 }
 
-/// The number truncated toward zero; absent when it is not finite or lies outside the signed 64-bit range.
+/// Returns the number truncated toward zero; absent if it is not finite or leaves the signed 64-bit range.
 [[nodiscard]] constexpr std::optional<std::int64_t> truncatedInteger(double number) noexcept {
-  // 2^63, the first double beyond the range; the least number of the range is a double itself.
-  constexpr double limit = 9223372036854775808.0;
-  const bool fits = number >= -limit && number < limit;  // not so for what is not a number
+  constexpr double limit = 9223372036854775808.0;        // 2^63, the first double beyond the range; -2^63 is within
+  const bool fits = number >= -limit && number < limit;  // false for NaN
   if (!fits) return std::nullopt;
   return static_cast<std::int64_t>(number);
 }
 
-/// Returns the number truncated toward zero; absent when it is negative, not finite, or outside the unsigned 64-bit
-/// range.
+/// Returns the number truncated toward zero; absent if it is negative, not finite, or beyond the unsigned 64-bit range.
 [[nodiscard]] constexpr std::optional<std::uint64_t> truncatedUnsignedInteger(double number) noexcept {
   constexpr double limit = 18446744073709551616.0;  // 2^64, the first double beyond the range
   const bool fits = number >= 0 && number < limit;  // false for NaN
@@ -44,9 +47,8 @@ template <std::integral Integer>
   return static_cast<std::uint64_t>(number);
 }
 
-/// The greatest common divisor of two positive numbers; of 0 and a number, that number. With a negative number among
-/// the two the result is the greater of them, on purpose: stored settings were reduced by this rule, which takes
-/// positive terms for granted.
+/// Returns the greatest common divisor of two positive numbers; of 0 and a number, that number. If one of the two is
+/// negative, returns the greater of them: stored settings were reduced by this rule, which assumes positive terms.
 [[nodiscard]] constexpr std::int64_t gcd(std::int64_t num1, std::int64_t num2) noexcept {
   std::int64_t small = std::min(num1, num2);
   std::int64_t large = std::max(num1, num2);

@@ -18,7 +18,7 @@ template <typename Number>
 std::string shortestText(Number number) {
   if (std::isnan(number)) return "nan";  // to_chars would write its sign
 
-  // Beyond these a plain form is mostly zeros. The upper bound is that of ECMAScript's Number::toString as well.
+  // Outside these bounds the digits are mostly zeros. The upper bound is that of ECMAScript's Number::toString.
   constexpr Number leastPlain = static_cast<Number>(1e-7);
   constexpr Number firstTooLarge = static_cast<Number>(1e21);
   const Number magnitude = std::fabs(number);
@@ -33,7 +33,7 @@ std::string shortestText(Number number) {
   return result;
 }
 
-/// The "C" locale, whatever the process has set.
+/// Returns the "C" locale, independent of the process locale.
 locale_t cLocale() noexcept {
   static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
   return locale;
@@ -44,9 +44,10 @@ double parsed(const char* text, char** end, double /*type*/) noexcept { return s
 
 template <typename Number>
 std::optional<Number> numberFromText(std::string_view text) noexcept {
-  // strtod skips leading white space.
+  // strtod would skip leading white space.
   if (text.empty() || detail::isAsciiWhiteSpace(text.front())) return std::nullopt;
-  // strtod needs a NUL after the text. Nearly every number is short.
+  // strtod needs a NUL after the text. Most numbers are short enough not to allocate memory; for a long text, running
+  // out of it terminates the process.
   std::array<char, 64> shortText;  // NOLINT(cppcoreguidelines-pro-type-member-init): only what is copied is read
   std::string longText;
   const char* begin = shortText.data();
@@ -89,7 +90,7 @@ std::optional<float> floatFromText(std::string_view text) noexcept { return numb
 std::optional<double> doubleFromText(std::string_view text) noexcept { return numberFromText<double>(text); }
 
 std::optional<std::int64_t> integerFromText(std::string_view text) noexcept {
-  // from_chars takes no "+", and after one no further sign may stand.
+  // from_chars rejects "+", but would accept a "-" after it.
   if (text.starts_with('+')) {
     text.remove_prefix(1);
     if (text.empty() || !detail::isDigit(text.front())) return std::nullopt;

@@ -19,6 +19,7 @@
 #include "meridian/base/text_index.h"
 #include "meridian/base/typed_text.h"
 #include "meridian/cli/transcode_flags.h"
+#include "meridian/media/conversion_codec_type.h"
 #include "meridian/media/file_extension.h"
 
 namespace meridian::inline v0_2 {
@@ -132,6 +133,12 @@ class SAVTranscodeArgumentVideoCodecValue : public ValueText<SAVTranscodeArgumen
   /// Returns the extensions a file with this codec may have; empty for an unknown text.
   [[nodiscard]] constexpr std::span<const FileExtension> permittedExtensions() const noexcept;
 
+  /// Returns the codec of conversion settings that the text names; absent for an unknown text.
+  [[nodiscard]] constexpr std::optional<ConversionCodecType> conversionCodecType() const noexcept;
+  /// Returns the text that names the codec of conversion settings.
+  [[nodiscard]] static constexpr SAVTranscodeArgumentVideoCodecValue fromConversionCodecType(
+      ConversionCodecType codec) noexcept;
+
   [[nodiscard]] static constexpr std::span<const SAVTranscodeArgumentVideoCodecValue> allAvidDNxFormats() noexcept;
   /// Motion JPEG is deliberately a web format.
   [[nodiscard]] static constexpr std::span<const SAVTranscodeArgumentVideoCodecValue> allWebFormats() noexcept;
@@ -154,6 +161,7 @@ enum class VideoCodecFamily { none, avidDNx, web, proRes };
 
 struct VideoCodecRow {
   SAVTranscodeArgumentVideoCodecValue value;
+  ConversionCodecType codec;
   ExtensionList extensions;
   VideoCodecFamily family;
   bool isCase = true;
@@ -162,17 +170,20 @@ struct VideoCodecRow {
 template <>
 struct ValueTable<SAVTranscodeArgumentVideoCodecValue> {
   static constexpr auto rows = std::to_array<VideoCodecRow>({
-      {SAVDnxhdCodec, {FileExtension::mxf}, VideoCodecFamily::avidDNx},
-      {SAVAvcH264Codec, {FileExtension::mp4, FileExtension::mov}, VideoCodecFamily::web},
-      {SAVHevcCodec, {FileExtension::mov}, VideoCodecFamily::web},
-      {SAVMotionJpegCodec, {FileExtension::mov, FileExtension::mjpeg}, VideoCodecFamily::web},
-      {SAVMpeg4Codec, {FileExtension::mov}, VideoCodecFamily::none},
-      {SAVProRes4444, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes4444XQ, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes422, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes422HQ, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes422LT, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes422Proxy, {FileExtension::mov}, VideoCodecFamily::proRes},
+      {SAVDnxhdCodec, ConversionCodecType::dnxhd, {FileExtension::mxf}, VideoCodecFamily::avidDNx},
+      {SAVAvcH264Codec, ConversionCodecType::h264, {FileExtension::mp4, FileExtension::mov}, VideoCodecFamily::web},
+      {SAVHevcCodec, ConversionCodecType::h265, {FileExtension::mov}, VideoCodecFamily::web},
+      {SAVMotionJpegCodec,
+       ConversionCodecType::motionJpeg,
+       {FileExtension::mov, FileExtension::mjpeg},
+       VideoCodecFamily::web},
+      {SAVMpeg4Codec, ConversionCodecType::mpeg4, {FileExtension::mov}, VideoCodecFamily::none},
+      {SAVProRes4444, ConversionCodecType::proRes4444, {FileExtension::mov}, VideoCodecFamily::proRes},
+      {SAVProRes4444XQ, ConversionCodecType::proRes4444XQ, {FileExtension::mov}, VideoCodecFamily::proRes},
+      {SAVProRes422, ConversionCodecType::proRes422, {FileExtension::mov}, VideoCodecFamily::proRes},
+      {SAVProRes422HQ, ConversionCodecType::proRes422HQ, {FileExtension::mov}, VideoCodecFamily::proRes},
+      {SAVProRes422LT, ConversionCodecType::proRes422LT, {FileExtension::mov}, VideoCodecFamily::proRes},
+      {SAVProRes422Proxy, ConversionCodecType::proRes422Proxy, {FileExtension::mov}, VideoCodecFamily::proRes},
   });
 };
 
@@ -383,6 +394,22 @@ constexpr std::optional<FileExtension> SAVTranscodeArgumentFileFormatValue::pref
 constexpr std::span<const FileExtension> SAVTranscodeArgumentVideoCodecValue::permittedExtensions() const noexcept {
   return detail::extensionsOf(*this);
 }
+
+constexpr std::optional<ConversionCodecType> SAVTranscodeArgumentVideoCodecValue::conversionCodecType() const noexcept {
+  for (const VideoCodecRow& row : ValueTable<SAVTranscodeArgumentVideoCodecValue>::rows) {
+    if (row.value == *this) return row.codec;
+  }
+  return std::nullopt;
+}
+
+constexpr SAVTranscodeArgumentVideoCodecValue SAVTranscodeArgumentVideoCodecValue::fromConversionCodecType(
+    ConversionCodecType codec) noexcept {
+  return std::ranges::find(ValueTable<SAVTranscodeArgumentVideoCodecValue>::rows, codec, &VideoCodecRow::codec)->value;
+}
+
+static_assert(std::ranges::is_permutation(ValueTable<SAVTranscodeArgumentVideoCodecValue>::rows,
+                                          allCases<ConversionCodecType>(), {}, &VideoCodecRow::codec),
+              "each codec of conversion settings has one text");
 
 constexpr std::span<const SAVTranscodeArgumentVideoCodecValue>
 SAVTranscodeArgumentVideoCodecValue::allAvidDNxFormats() noexcept {

@@ -1,4 +1,8 @@
-// The video codecs that stored conversion settings choose from.
+/// \file
+/// The video codecs that stored conversion settings choose from. For example:
+///
+///     description(ConversionCodecType::proRes422HQ)  // "ProRes 422 HQ"
+///     fromRawValue<ConversionCodecType>("h265")      // ConversionCodecType::h265
 #pragma once
 
 #include <array>
@@ -9,7 +13,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// The codec of a stored conversion setting. The raw value is the case's name, the description the display text.
+/// The codec of a stored conversion setting. The raw value is the name of the case, the description the display text.
 enum class ConversionCodecType : std::uint8_t {
   dnxhd,
   h264,

@@ -1,4 +1,9 @@
-// The file types that the suite knows, by extension, and their groups.
+/// \file
+/// The file types that the suite knows, by extension, and their groups. For example:
+///
+///     FileExtensionSet::videoFileExtensions().contains("/card/A001.MOV")  // true
+///     fileExtensionIgnoringCase("MOV")                                    // FileExtension::mov
+///     url(FileExtension::mov, "/out/clip")                                // "/out/clip.mov"
 #pragma once
 
 #include <array>
@@ -16,296 +21,38 @@
 
 namespace meridian::inline v0_2 {
 
-/// A file extension. The raw value is the extension in lower case without its dot; where that is no C++ name, the case
-/// is spelled out. `directory` has the empty text, because a folder has no extension; the raw value of `targz` is
-/// "targ.gz", spelled so on purpose; "tar.gz" is no raw value.
+/// A file extension. The raw value is the extension in lower case without its dot. Where that is not a C++ name, the
+/// case is spelled out: `threeDL` is "3dl". `directory` is the empty text, since a directory has no extension. The raw
+/// value of `targz` is "targ.gz", deliberately; "tar.gz" is not a raw value.
 enum class FileExtension : std::uint8_t {
-  // clang-format off
-  oneDlut, threeDM, threeDS, threeDL, threeDMesh, threeG2, threeGP, sevenZ, aacdb, ai, aif, aiff, alf4, alut, aml,
-  apk, app, ari, arx, asp, aspx, au, avi, b, bak, bat, bdm, bim, bin, bmp, braw, bundle, c, cab, caf, cbr, cer, cfg,
-  cgi, cif, cine, classExt, cmf, cms, com, component, cpf, cpi, cpl, cpp, cr2, crm, crx, csr, cs, css, csv, cube, cue,
-  cur, dat, db, dbf, dcr, dds, deb, dem, deskthemepack, dll, dmg, dmp, dng, doc, docx, dpx, drv, dtd, dwg, dxf, eps,
-  exe, fcpbundle, fla, flac, flv, fnt, folder, directory, fon, gadget, gam, ged, gif, gpx, gz, heic, hqx, htm, html,
-  icns, ico, ics, iff, ilut, indd, ini, insp, insv, iso, jar, java, jpeg, jpg, js, jsp, key, keychain, kml, kmz, lnk,
-  log, look, lrv, lua, lut, lvm, m, m3u, m4a, m4r, m4v, mdb, mdf, mdt, mga, mhl, mid, mif, mim, mjpeg, mp3, mp4, mpa,
-  mpg, mov, mpl, mrk, msg, msi, mts, mxf, nef, nes, nrw, odf, ods, odt, olut, otf, pages, part, pdb, pct, pdf, php,
-  pkg, pl, plugin, png, pot, ppn, pps, ppt, pptx, prev, prf, psd, pspimage, py, r3d, rar, raw, rdc, rm, rmf, rom, rpm,
-  rss, rsv, rtf, sav, schema, sdf, sh, sidecar, sif, sitx, sln, smi, sql, srt, svg, swf, swift, sys, tar, targz,
-  tax2016, tax2019, tdt, tex, tga, thm, tid, tif, tiff, tmp, toast, torrent, ttf, txt, uue, vb, vcd, vcf, vcxproj,
-  vob, wav, webp, wma, wmv, wpd, wps, wsf, xarchive, xcodeproj, xhtml, xlr, xls, xlsx, xml, xpc, yuv, zip, zipx
-  // clang-format on
+#define MERIDIAN_FILE_EXTENSION(name, rawValue) name,
+#include "meridian/media/file_extension.def"
 };
 
 template <>
 struct EnumerationTable<FileExtension> {
-  // clang-format off
   static constexpr auto rows = std::to_array<EnumerationRow<FileExtension>>({
-      {FileExtension::oneDlut, "1dlut"},
-      {FileExtension::threeDM, "3dm"},
-      {FileExtension::threeDS, "3ds"},
-      {FileExtension::threeDL, "3dl"},
-      {FileExtension::threeDMesh, "3dmesh"},
-      {FileExtension::threeG2, "3g2"},
-      {FileExtension::threeGP, "3gp"},
-      {FileExtension::sevenZ, "7z"},
-      {FileExtension::aacdb, "aacdb"},
-      {FileExtension::ai, "ai"},
-      {FileExtension::aif, "aif"},
-      {FileExtension::aiff, "aiff"},
-      {FileExtension::alf4, "alf4"},
-      {FileExtension::alut, "alut"},
-      {FileExtension::aml, "aml"},
-      {FileExtension::apk, "apk"},
-      {FileExtension::app, "app"},
-      {FileExtension::ari, "ari"},
-      {FileExtension::arx, "arx"},
-      {FileExtension::asp, "asp"},
-      {FileExtension::aspx, "aspx"},
-      {FileExtension::au, "au"},
-      {FileExtension::avi, "avi"},
-      {FileExtension::b, "b"},
-      {FileExtension::bak, "bak"},
-      {FileExtension::bat, "bat"},
-      {FileExtension::bdm, "bdm"},
-      {FileExtension::bim, "bim"},
-      {FileExtension::bin, "bin"},
-      {FileExtension::bmp, "bmp"},
-      {FileExtension::braw, "braw"},
-      {FileExtension::bundle, "bundle"},
-      {FileExtension::c, "c"},
-      {FileExtension::cab, "cab"},
-      {FileExtension::caf, "caf"},
-      {FileExtension::cbr, "cbr"},
-      {FileExtension::cer, "cer"},
-      {FileExtension::cfg, "cfg"},
-      {FileExtension::cgi, "cgi"},
-      {FileExtension::cif, "cif"},
-      {FileExtension::cine, "cine"},
-      {FileExtension::classExt, "class"},
-      {FileExtension::cmf, "cmf"},
-      {FileExtension::cms, "cms"},
-      {FileExtension::com, "com"},
-      {FileExtension::component, "component"},
-      {FileExtension::cpf, "cpf"},
-      {FileExtension::cpi, "cpi"},
-      {FileExtension::cpl, "cpl"},
-      {FileExtension::cpp, "cpp"},
-      {FileExtension::cr2, "cr2"},
-      {FileExtension::crm, "crm"},
-      {FileExtension::crx, "crx"},
-      {FileExtension::csr, "csr"},
-      {FileExtension::cs, "cs"},
-      {FileExtension::css, "css"},
-      {FileExtension::csv, "csv"},
-      {FileExtension::cube, "cube"},
-      {FileExtension::cue, "cue"},
-      {FileExtension::cur, "cur"},
-      {FileExtension::dat, "dat"},
-      {FileExtension::db, "db"},
-      {FileExtension::dbf, "dbf"},
-      {FileExtension::dcr, "dcr"},
-      {FileExtension::dds, "dds"},
-      {FileExtension::deb, "deb"},
-      {FileExtension::dem, "dem"},
-      {FileExtension::deskthemepack, "deskthemepack"},
-      {FileExtension::dll, "dll"},
-      {FileExtension::dmg, "dmg"},
-      {FileExtension::dmp, "dmp"},
-      {FileExtension::dng, "dng"},
-      {FileExtension::doc, "doc"},
-      {FileExtension::docx, "docx"},
-      {FileExtension::dpx, "dpx"},
-      {FileExtension::drv, "drv"},
-      {FileExtension::dtd, "dtd"},
-      {FileExtension::dwg, "dwg"},
-      {FileExtension::dxf, "dxf"},
-      {FileExtension::eps, "eps"},
-      {FileExtension::exe, "exe"},
-      {FileExtension::fcpbundle, "fcpbundle"},
-      {FileExtension::fla, "fla"},
-      {FileExtension::flac, "flac"},
-      {FileExtension::flv, "flv"},
-      {FileExtension::fnt, "fnt"},
-      {FileExtension::folder, "folder"},
-      {FileExtension::directory, ""},
-      {FileExtension::fon, "fon"},
-      {FileExtension::gadget, "gadget"},
-      {FileExtension::gam, "gam"},
-      {FileExtension::ged, "ged"},
-      {FileExtension::gif, "gif"},
-      {FileExtension::gpx, "gpx"},
-      {FileExtension::gz, "gz"},
-      {FileExtension::heic, "heic"},
-      {FileExtension::hqx, "hqx"},
-      {FileExtension::htm, "htm"},
-      {FileExtension::html, "html"},
-      {FileExtension::icns, "icns"},
-      {FileExtension::ico, "ico"},
-      {FileExtension::ics, "ics"},
-      {FileExtension::iff, "iff"},
-      {FileExtension::ilut, "ilut"},
-      {FileExtension::indd, "indd"},
-      {FileExtension::ini, "ini"},
-      {FileExtension::insp, "insp"},
-      {FileExtension::insv, "insv"},
-      {FileExtension::iso, "iso"},
-      {FileExtension::jar, "jar"},
-      {FileExtension::java, "java"},
-      {FileExtension::jpeg, "jpeg"},
-      {FileExtension::jpg, "jpg"},
-      {FileExtension::js, "js"},
-      {FileExtension::jsp, "jsp"},
-      {FileExtension::key, "key"},
-      {FileExtension::keychain, "keychain"},
-      {FileExtension::kml, "kml"},
-      {FileExtension::kmz, "kmz"},
-      {FileExtension::lnk, "lnk"},
-      {FileExtension::log, "log"},
-      {FileExtension::look, "look"},
-      {FileExtension::lrv, "lrv"},
-      {FileExtension::lua, "lua"},
-      {FileExtension::lut, "lut"},
-      {FileExtension::lvm, "lvm"},
-      {FileExtension::m, "m"},
-      {FileExtension::m3u, "m3u"},
-      {FileExtension::m4a, "m4a"},
-      {FileExtension::m4r, "m4r"},
-      {FileExtension::m4v, "m4v"},
-      {FileExtension::mdb, "mdb"},
-      {FileExtension::mdf, "mdf"},
-      {FileExtension::mdt, "mdt"},
-      {FileExtension::mga, "mga"},
-      {FileExtension::mhl, "mhl"},
-      {FileExtension::mid, "mid"},
-      {FileExtension::mif, "mif"},
-      {FileExtension::mim, "mim"},
-      {FileExtension::mjpeg, "mjpeg"},
-      {FileExtension::mp3, "mp3"},
-      {FileExtension::mp4, "mp4"},
-      {FileExtension::mpa, "mpa"},
-      {FileExtension::mpg, "mpg"},
-      {FileExtension::mov, "mov"},
-      {FileExtension::mpl, "mpl"},
-      {FileExtension::mrk, "mrk"},
-      {FileExtension::msg, "msg"},
-      {FileExtension::msi, "msi"},
-      {FileExtension::mts, "mts"},
-      {FileExtension::mxf, "mxf"},
-      {FileExtension::nef, "nef"},
-      {FileExtension::nes, "nes"},
-      {FileExtension::nrw, "nrw"},
-      {FileExtension::odf, "odf"},
-      {FileExtension::ods, "ods"},
-      {FileExtension::odt, "odt"},
-      {FileExtension::olut, "olut"},
-      {FileExtension::otf, "otf"},
-      {FileExtension::pages, "pages"},
-      {FileExtension::part, "part"},
-      {FileExtension::pdb, "pdb"},
-      {FileExtension::pct, "pct"},
-      {FileExtension::pdf, "pdf"},
-      {FileExtension::php, "php"},
-      {FileExtension::pkg, "pkg"},
-      {FileExtension::pl, "pl"},
-      {FileExtension::plugin, "plugin"},
-      {FileExtension::png, "png"},
-      {FileExtension::pot, "pot"},
-      {FileExtension::ppn, "ppn"},
-      {FileExtension::pps, "pps"},
-      {FileExtension::ppt, "ppt"},
-      {FileExtension::pptx, "pptx"},
-      {FileExtension::prev, "prev"},
-      {FileExtension::prf, "prf"},
-      {FileExtension::psd, "psd"},
-      {FileExtension::pspimage, "pspimage"},
-      {FileExtension::py, "py"},
-      {FileExtension::r3d, "r3d"},
-      {FileExtension::rar, "rar"},
-      {FileExtension::raw, "raw"},
-      {FileExtension::rdc, "rdc"},
-      {FileExtension::rm, "rm"},
-      {FileExtension::rmf, "rmf"},
-      {FileExtension::rom, "rom"},
-      {FileExtension::rpm, "rpm"},
-      {FileExtension::rss, "rss"},
-      {FileExtension::rsv, "rsv"},
-      {FileExtension::rtf, "rtf"},
-      {FileExtension::sav, "sav"},
-      {FileExtension::schema, "schema"},
-      {FileExtension::sdf, "sdf"},
-      {FileExtension::sh, "sh"},
-      {FileExtension::sidecar, "sidecar"},
-      {FileExtension::sif, "sif"},
-      {FileExtension::sitx, "sitx"},
-      {FileExtension::sln, "sln"},
-      {FileExtension::smi, "smi"},
-      {FileExtension::sql, "sql"},
-      {FileExtension::srt, "srt"},
-      {FileExtension::svg, "svg"},
-      {FileExtension::swf, "swf"},
-      {FileExtension::swift, "swift"},
-      {FileExtension::sys, "sys"},
-      {FileExtension::tar, "tar"},
-      {FileExtension::targz, "targ.gz"},
-      {FileExtension::tax2016, "tax2016"},
-      {FileExtension::tax2019, "tax2019"},
-      {FileExtension::tdt, "tdt"},
-      {FileExtension::tex, "tex"},
-      {FileExtension::tga, "tga"},
-      {FileExtension::thm, "thm"},
-      {FileExtension::tid, "tid"},
-      {FileExtension::tif, "tif"},
-      {FileExtension::tiff, "tiff"},
-      {FileExtension::tmp, "tmp"},
-      {FileExtension::toast, "toast"},
-      {FileExtension::torrent, "torrent"},
-      {FileExtension::ttf, "ttf"},
-      {FileExtension::txt, "txt"},
-      {FileExtension::uue, "uue"},
-      {FileExtension::vb, "vb"},
-      {FileExtension::vcd, "vcd"},
-      {FileExtension::vcf, "vcf"},
-      {FileExtension::vcxproj, "vcxproj"},
-      {FileExtension::vob, "vob"},
-      {FileExtension::wav, "wav"},
-      {FileExtension::webp, "webp"},
-      {FileExtension::wma, "wma"},
-      {FileExtension::wmv, "wmv"},
-      {FileExtension::wpd, "wpd"},
-      {FileExtension::wps, "wps"},
-      {FileExtension::wsf, "wsf"},
-      {FileExtension::xarchive, "xarchive"},
-      {FileExtension::xcodeproj, "xcodeproj"},
-      {FileExtension::xhtml, "xhtml"},
-      {FileExtension::xlr, "xlr"},
-      {FileExtension::xls, "xls"},
-      {FileExtension::xlsx, "xlsx"},
-      {FileExtension::xml, "xml"},
-      {FileExtension::xpc, "xpc"},
-      {FileExtension::yuv, "yuv"},
-      {FileExtension::zip, "zip"},
-      {FileExtension::zipx, "zipx"},
+#define MERIDIAN_FILE_EXTENSION(name, rawValue) {FileExtension::name, rawValue},
+#include "meridian/media/file_extension.def"
   });
-  // clang-format on
 };
 
-/// The extension's raw value for comparisons that ignore case.
+/// Returns the extension's raw value, for comparisons that ignore case.
 [[nodiscard]] constexpr std::string_view caseInsensitveRawValue(FileExtension extension) noexcept {
-  return rawValue(extension);  // every raw value is its own case folding
+  return rawValue(extension);  // every raw value is case-folded already
 }
 
-/// The extension whose raw value equals the text without regard to case; absent when there is none. The text carries no
-/// dot: "MOV" gives `mov`, ".mov" nothing, the empty text `directory`.
+/// Returns the extension whose raw value equals the text, ignoring case; absent if there is none. The text has no dot:
+/// "MOV" gives `mov`, ".mov" nothing, and the empty text `directory`.
 [[nodiscard]] MERIDIAN_API std::optional<FileExtension> fileExtensionIgnoringCase(std::string_view text);
 
-/// The extension as it ends a path: its raw value behind a dot, and the empty text for `directory`.
+/// Returns the end of a path that has the extension: ".mov" for `mov`, the empty text for `directory`.
 [[nodiscard]] MERIDIAN_API std::string path(FileExtension extension);
 
-/// The base, a path or a URL without query and fragment, with `path(extension)` put at its end: ("/out/clip", mov)
-/// gives "/out/clip.mov".
+/// Returns the base followed by `path(extension)`. The base is a path, or a URL without query and fragment.
 [[nodiscard]] MERIDIAN_API std::string url(FileExtension extension, std::string_view base);
 
-/// A set of file extensions, as small as four words. Iterating visits the members in declaration order.
+/// A set of file extensions in four 64-bit words. Iteration visits the members in declaration order.
 class FileExtensionSet {
  public:
   constexpr FileExtensionSet() noexcept = default;
@@ -320,8 +67,8 @@ class FileExtensionSet {
     return (words_[static_cast<std::size_t>(member) / 64] & bitOf(member)) != 0;
   }
 
-  /// Whether the extension of the path or URL names a member, without regard to case. A last component without
-  /// extension names `directory`.
+  /// Returns true if the extension of the path or URL is a member, ignoring case. Only a URL's path is used. A last
+  /// component without an extension counts as `directory`.
   [[nodiscard]] MERIDIAN_API bool contains(std::string_view pathOrUrl) const;
 
   [[nodiscard]] constexpr std::size_t size() const noexcept {
@@ -331,7 +78,7 @@ class FileExtensionSet {
   }
   [[nodiscard]] constexpr bool empty() const noexcept { return *this == FileExtensionSet{}; }
 
-  /// The members of either set, of both sets, and of the left set alone.
+  /// Returns the union, the intersection and the difference of two sets.
   friend constexpr FileExtensionSet operator|(FileExtensionSet left, const FileExtensionSet& right) noexcept {
     for (std::size_t i = 0; i < left.words_.size(); ++i) left.words_[i] |= right.words_[i];
     return left;
@@ -389,21 +136,21 @@ class FileExtensionSet {
   [[nodiscard]] static constexpr FileExtensionSet archiveExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet documentExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet imageFileExtensions() noexcept;
-  /// Only bak, on purpose.
+  /// Contains only `bak`, deliberately.
   [[nodiscard]] static constexpr FileExtensionSet sidecarFileExtensions() noexcept;
-  /// Files that show that something beside them is incomplete.
+  /// Contains the files whose presence shows that a clip beside them is incomplete.
   [[nodiscard]] static constexpr FileExtensionSet incompleteFileIndicatorExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet audioOnlyFileExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet videoFileExtensions() noexcept;
-  /// As audioOnlyFileExtensions, without iff and mpa.
+  /// Contains `audioOnlyFileExtensions` without `iff` and `mpa`.
   [[nodiscard]] static constexpr FileExtensionSet musicFileExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet rawMultimediaFileExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet rawImageSequenceFileExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet solvaneReportFileExtensions() noexcept;
   [[nodiscard]] static constexpr FileExtensionSet colorLutFileExtensions() noexcept;
-  /// Everything that can hold moving images or sound.
+  /// Contains the video and the audio extensions.
   [[nodiscard]] static constexpr FileExtensionSet multimediaFileExtensions() noexcept;
-  /// Everything that cannot.
+  /// Contains everything outside `multimediaFileExtensions`.
   [[nodiscard]] static constexpr FileExtensionSet extensionsWithoutVideoMedia() noexcept;
 
  private:
@@ -489,12 +236,13 @@ constexpr FileExtensionSet FileExtensionSet::extensionsWithoutVideoMedia() noexc
   return all - multimediaFileExtensions();
 }
 
-/// A group by its name, for tools that list the groups.
+/// A group and its name, for tools that list the groups.
 struct FileExtensionGroup {
   std::string_view name;
   FileExtensionSet (*members)() noexcept;
 };
 
+/// Lists every group of `FileExtensionSet`.
 inline constexpr auto fileExtensionGroups = std::to_array<FileExtensionGroup>({
     {"archiveExtensions", &FileExtensionSet::archiveExtensions},
     {"documentExtensions", &FileExtensionSet::documentExtensions},

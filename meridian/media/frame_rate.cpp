@@ -8,7 +8,7 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-/// "24 fps", "23.97 fps".
+/// Returns "24 fps" or "23.97 fps": two decimals unless they are zeros.
 std::string rateText(double framesPerSecond) {
   std::string text = fixedDecimalText(framesPerSecond, 2);
   if (text.ends_with(".00")) text.resize(text.size() - 3);

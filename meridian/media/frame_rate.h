@@ -1,4 +1,9 @@
-// The frame-rate choice that conversion settings offer.
+/// \file
+/// The frame-rate choice that conversion settings offer. For example:
+///
+///     FrameRate::fromRawValue(25)->description()      // "25 fps", the case fps25
+///     FrameRate::fromRawValue(47.952)->description()  // "Custom: 47.952 fps"
+///     FrameRate::halfstep.rawValue()                  // 0.5: half the source's rate
 #pragma once
 
 #include <array>
@@ -18,7 +23,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// The cases of FrameRate. The raw value is the case's name; display texts are FrameRate's own.
+/// The cases of FrameRate. The raw value is the name of the case; FrameRate makes the display texts.
 enum class FrameRateKind : std::uint8_t {
   custom,
   match,
@@ -33,12 +38,13 @@ enum class FrameRateKind : std::uint8_t {
   fps60,
 };
 
+/// A row of the table of frame-rate choices.
 struct FrameRateRow {
   FrameRateKind value;
   std::string_view rawValue;
-  /// What a stored setting holds for the case.
+  /// The number that a stored setting holds for the case.
   double storedValue;
-  /// The display text; empty where it is made from the number.
+  /// The display text; empty if it is made from the number.
   std::string_view description = {};
 };
 
@@ -48,7 +54,7 @@ struct EnumerationTable<FrameRateKind> {
       {FrameRateKind::custom, "custom", 0.0, "Custom"},
       {FrameRateKind::match, "match", 0.0, "Match"},
       {FrameRateKind::halfstep, "halfstep", 0.5, "Half Step"},
-      // 23.967, not 23.976: the digits were once transposed, and stored settings are compared with exactly this number.
+      // 23.967, not 23.976: the digits were once transposed, and stored settings hold exactly this number.
       {FrameRateKind::fps23_98, "fps23_98", 23.967},
       {FrameRateKind::fps24, "fps24", 24.0},
       {FrameRateKind::fps25, "fps25", 25.0},
@@ -66,8 +72,8 @@ MERIDIAN_API void reportUnknownFrameRate(double rawValue);
 
 }  // namespace detail
 
-/// The frame-rate choice of conversion settings: that of the source, half of it, one of eight fixed rates, or a free
-/// one. Equal when the cases are and, for `custom`, the rates.
+/// The frame-rate choice of conversion settings: the source's rate, half of it, one of eight fixed rates, or a custom
+/// one. Two are equal if the cases are and, for `custom`, the rates.
 class FrameRate {
  public:
   using Kind = FrameRateKind;
@@ -76,18 +82,18 @@ class FrameRate {
   static const FrameRate match, halfstep, fps23_98, fps24, fps25, fps29_97, fps30, fps50, fps59_94, fps60;
   // clang-format on
 
-  /// As the source: `match`.
+  /// Makes `match`, the source's rate.
   constexpr FrameRate() noexcept = default;
 
-  /// A free rate in frames per second; 0 while none is entered.
+  /// Returns a custom rate in frames per second; 0 if none is entered yet.
   [[nodiscard]] static constexpr FrameRate custom(double framesPerSecond) noexcept {
     FrameRate rate(Kind::custom);
     rate.rawValue_ = framesPerSecond;
     return rate;
   }
 
-  /// The choice that a stored number stands for: the well-defined case of exactly this number, else a custom rate.
-  /// Absent for a negative number and for what is not a number; that is written to the system log.
+  /// Returns the choice that a stored number stands for: the well-defined case of exactly this number, else a custom
+  /// rate. A negative number or NaN is written to the system log, and nothing is returned.
   [[nodiscard]] static constexpr std::optional<FrameRate> fromRawValue(double rawValue) {
     for (const FrameRate& each : wellDefinedCases()) {
       if (each.rawValue_ == rawValue) return each;
@@ -99,39 +105,44 @@ class FrameRate {
 
   [[nodiscard]] constexpr Kind kind() const noexcept { return kind_; }
 
-  /// What a stored setting holds: frames per second, 0 for `match`, 0.5 for `halfstep`. A custom rate of 0 reads back
-  /// as `match`.
+  /// Returns true if a stored number is a rate in frames per second, rather than `match`, `halfstep` or no choice.
+  [[nodiscard]] static constexpr bool isFramesPerSecond(double rawValue) noexcept {
+    return rawValue > 0 && rawValue != tableRow(Kind::halfstep).storedValue;
+  }
+
+  /// Returns the number that a stored setting holds: frames per second, 0 for `match`, 0.5 for `halfstep`. A custom
+  /// rate of 0 reads back as `match`.
   [[nodiscard]] constexpr double rawValue() const noexcept { return rawValue_; }
   [[nodiscard]] constexpr double frameRateForProto() const noexcept { return rawValue(); }
 
-  /// The display text: "Half Step", "23.97 fps", "Custom: 47.952 fps", "Custom" while no rate is entered.
+  /// Returns the display text: "Half Step", "23.97 fps", "Custom: 47.952 fps", or "Custom" if no rate is entered yet.
   [[nodiscard]] MERIDIAN_API std::string description() const;
-  /// The display text in a list to choose from: "Custom" for every custom rate.
+  /// Returns the display text in a list to choose from: "Custom" for every custom rate.
   [[nodiscard]] MERIDIAN_API std::string pickerDescription() const;
-  /// What identifies the choice in a list: "custom" for every custom rate, else the description.
+  /// Returns the identifier in a list: "custom" for every custom rate, else the description.
   [[nodiscard]] MERIDIAN_API std::string tag() const;
-  /// The description and the picker's text in the user's language.
+  /// Return the description and the picker's text in the user's language.
   [[nodiscard]] MERIDIAN_API std::string localizedString() const;
   [[nodiscard]] MERIDIAN_API std::string localizedPickerString() const;
 
-  /// A custom rate that is yet to be entered.
+  /// Returns a custom rate that is not entered yet.
   [[nodiscard]] static constexpr FrameRate defaultCustom() noexcept { return custom(0.0); }
 
-  /// The ten cases that are no custom rate, in declaration order.
+  /// Lists all cases except `custom`, in declaration order.
   [[nodiscard]] static constexpr std::span<const FrameRate> wellDefinedCases() noexcept;
-  /// The choices in relation to the source.
+  /// Lists the choices relative to the source's rate.
   [[nodiscard]] static constexpr std::span<const FrameRate> scaleOptions() noexcept;
-  /// The fixed rates and `defaultCustom`.
+  /// Lists the fixed rates and `defaultCustom`.
   [[nodiscard]] static constexpr std::span<const FrameRate> exactFrameRateOptions() noexcept;
-  /// All choices to offer: the scale options, then the exact ones.
+  /// Lists all choices to offer: the scale options, then the exact ones.
   [[nodiscard]] static constexpr std::span<const FrameRate> allCases() noexcept;
-  /// The choices for a codec: all of them, whatever the codec is.
+  /// Lists the choices for a codec: all of them, for every codec.
   [[nodiscard]] static constexpr std::span<const FrameRate> allowed(ConversionCodecType /*codec*/) noexcept {
     return allCases();
   }
 
-  /// The members of the list that are among the scale options, or the exact ones, in the list's order. Of custom rates
-  /// only `defaultCustom` is.
+  /// Return the members of the list that are scale options, or exact ones, in the list's order. The only custom rate
+  /// among these is `defaultCustom`.
   [[nodiscard]] MERIDIAN_API static std::vector<FrameRate> filterScaleOptions(std::span<const FrameRate> from);
   [[nodiscard]] MERIDIAN_API static std::vector<FrameRate> filterExactFrameRateOptions(std::span<const FrameRate> from);
 
@@ -157,7 +168,7 @@ inline constexpr FrameRate FrameRate::fps60{Kind::fps60};
 
 namespace detail {
 
-/// Every list of choices is a part of this one.
+/// Holds the lists of choices, each of which is a part of it.
 inline constexpr auto frameRateChoices =
     std::to_array<FrameRate>({FrameRate::match, FrameRate::halfstep, FrameRate::fps23_98, FrameRate::fps24,
                               FrameRate::fps25, FrameRate::fps29_97, FrameRate::fps30, FrameRate::fps50,

@@ -1,4 +1,8 @@
-// The makers of cameras and software that the suite knows.
+/// \file
+/// The makers of cameras and software that the suite knows. For example:
+///
+///     description(MediaCorporation::goPro)             // "GoPro"
+///     isHardwareManufacturer(MediaCorporation::adobe)  // false
 #pragma once
 
 #include <algorithm>
@@ -10,7 +14,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// A maker. The raw value is the case's name, the description the maker's own.
+/// A maker. The raw value is the name of the case, the description is the maker's name.
 enum class MediaCorporation : std::uint8_t {
   adobe,
   apple,
@@ -54,7 +58,7 @@ struct EnumerationTable<MediaCorporation> {
   });
 };
 
-/// The makers of hardware, in declaration order. Insta360 is not among them, on purpose.
+/// Lists the makers of hardware in declaration order. Insta360 is deliberately not among them.
 inline constexpr auto cameraManufacturers = std::to_array<MediaCorporation>({
     MediaCorporation::arri,
     MediaCorporation::blackmagic,
@@ -71,7 +75,7 @@ inline constexpr auto cameraManufacturers = std::to_array<MediaCorporation>({
     MediaCorporation::sony,
 });
 
-/// Whether the maker is one of `cameraManufacturers`.
+/// Returns true if the maker is one of `cameraManufacturers`.
 [[nodiscard]] constexpr bool isHardwareManufacturer(MediaCorporation corporation) noexcept {
   return std::ranges::find(cameraManufacturers, corporation) != cameraManufacturers.end();
 }

@@ -1,12 +1,34 @@
 #include "meridian/media/media_format_constants.h"
 
+#include <algorithm>
+#include <array>
 #include <span>
 
 #include "meridian/base/no_destructor.h"
 #include "meridian/base/text.h"
+#include "meridian/media/media_names.h"
 
 namespace meridian::inline v0_2 {
 namespace {
+
+struct ContainerRow {
+  std::string_view name;
+  /// Ends at the first empty one.
+  std::array<std::string_view, 6> extensions;
+};
+
+/// In the order in which containers are searched.
+constexpr auto containers = std::to_array<ContainerRow>({
+    {SLVMediaFileContainerQuickTimeMovie, {"mov"}},
+    {SLVMediaFileContainerMXF, {"mxf"}},
+    {SLVMediaFileContainerMP4, {"mp4", "m4v", ".m4a", ".m4p", ".m4b", ".m4r"}},
+    {SLVMediaFileContainerAVI, {"avi"}},
+    {SLVMediaFileContainerR3D, {"r3d"}},
+    {SLVMediaFileContainerBRAW, {"braw"}},
+    {SLVMediaFileContainerDPX, {"dpx"}},
+    {SLVMediaFileContainerHDE, {"arx"}},
+    {SLVMediaFileContainerCINE, {"cine"}},
+});
 
 constexpr auto listedCorporations = std::to_array<std::string_view>({
     SLVMediaCorporationAdobe,
@@ -36,18 +58,11 @@ void enumerate(std::span<const std::string_view> texts, MediaFormatConstants::Bl
 
 }  // namespace
 
-MediaFormatConstants::MediaFormatConstants()
-    : cachedContainerFileExtensionLookup_{
-          {SLVMediaFileContainerQuickTimeMovie, {"mov"}},
-          {SLVMediaFileContainerMXF, {"mxf"}},
-          {SLVMediaFileContainerMP4, {"mp4", "m4v", ".m4a", ".m4p", ".m4b", ".m4r"}},
-          {SLVMediaFileContainerAVI, {"avi"}},
-          {SLVMediaFileContainerR3D, {"r3d"}},
-          {SLVMediaFileContainerBRAW, {"braw"}},
-          {SLVMediaFileContainerDPX, {"dpx"}},
-          {SLVMediaFileContainerHDE, {"arx"}},
-          {SLVMediaFileContainerCINE, {"cine"}},
-      } {}
+MediaFormatConstants::MediaFormatConstants() {
+  for (const auto& [name, extensions] : containers) {
+    cachedContainerFileExtensionLookup_[name].assign(extensions.begin(), std::ranges::find(extensions, ""));
+  }
+}
 
 const MediaFormatConstants& MediaFormatConstants::sharedInstance() {
   static const NoDestructor<MediaFormatConstants> instance;
@@ -61,9 +76,9 @@ void MediaFormatConstants::enumerateValidFileExtensionsForMediaContainer(std::st
 
 void MediaFormatConstants::enumerateContainersForFileExtension(std::string_view fileExtension, Block block) {
   bool stop = false;
-  for (const std::string_view container : mediaFileContainers) {
-    enumerateValidFileExtensionsForMediaContainer(container, [&](std::string_view each, bool& stopExtensions) {
-      if (equalsIgnoringCase(each, fileExtension)) block(container, stop);
+  for (const ContainerRow& container : containers) {
+    enumerateValidFileExtensionsForMediaContainer(container.name, [&](std::string_view each, bool& stopExtensions) {
+      if (equalsIgnoringCase(each, fileExtension)) block(container.name, stop);
       stopExtensions = stop;
     });
     if (stop) return;

@@ -1,4 +1,6 @@
-// Names of the field as the suite writes them: makers, containers, recording formats, camera series and video codecs.
+/// \file
+/// Names of makers, containers, recording formats, camera series and video codecs, spelled as the suite shows them. For
+/// example, SLVMediaFileContainerQuickTimeMovie is "QuickTime".
 #pragma once
 
 #include <string_view>
@@ -36,7 +38,7 @@ inline constexpr std::string_view SLVMediaFileContainerHDE = "HDE";
 inline constexpr std::string_view SLVMediaFileContainerCINE = "CINE";
 inline constexpr std::string_view SLVMediaFileContainerImageSequence = "Image Sequence";
 
-// Recording formats, as camera cards have them.
+// Recording formats of camera cards.
 inline constexpr std::string_view SLVMediaRecordingFormatAVCHD = "AVCHD";
 inline constexpr std::string_view SLVMediaRecordingFormatCinemaDNG = "CinemaDNG";
 inline constexpr std::string_view SLVMediaRecordingFormatP2 = "P2";

@@ -1,4 +1,5 @@
-// Lists of options to choose from.
+/// \file
+/// Filters lists of options. For example, membersAmong(scaleOptions(), list) keeps the scale options of a list.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// The members of the list that are among the options, in the list's order.
+/// Returns the members of the list that are among the options, in the list's order.
 template <typename Option>
 [[nodiscard]] std::vector<Option> membersAmong(std::span<const Option> options, std::span<const Option> list) {
   std::vector<Option> members;

@@ -1,4 +1,10 @@
-// Ratios of two numbers: the exact form of frame rates and aspect ratios.
+/// \file
+/// Ratios of two numbers: the exact form of frame rates and aspect ratios. For example:
+///
+///     constexpr MediaRational ntsc{30000, 1001};
+///     ntsc.rawValue()                                        // 29.97002997...
+///     NumericRational{1920, 1080} * NumericRational{1, 2}    // 8/9
+///     checkedProduct(NumericRational{INT64_MAX, 1}, {2, 1})  // std::nullopt: leaves 64 bits
 #pragma once
 
 #include <concepts>
@@ -16,7 +22,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// A ratio: two terms, whose number type the ratio names as `RawValue`.
+/// A ratio: two terms of the number type `RawValue`.
 template <typename Ratio>
 concept RatioRepresentable = requires(const Ratio& ratio) {
   typename Ratio::RawValue;
@@ -34,41 +40,72 @@ namespace detail {
 
 }  // namespace detail
 
-/// A ratio of two integers, kept as given: only the operators reduce. The denominator 0 is the undefined value.
+/// A ratio of two integers, stored as given: only calculations reduce. A denominator of 0 makes the ratio undefined.
 ///
-/// Reducing divides both terms by their `gcd` and never changes their signs; 0 over anything reduces to 0/1. It takes
-/// positive terms for granted: where one is negative, `gcd` is the greater of them and the division truncates, so that
-/// -3/2 reduces to -1/1 and 4/-2 to 1/0. That is kept on purpose, since stored settings were made by it.
+/// Reducing divides both terms by their `gcd` and never changes their signs; 0 over anything becomes 0/1. It assumes
+/// positive terms: with a negative one, `gcd` is the greater term and the division truncates, so that -3/2 reduces to
+/// -1/1 and 4/-2 to 1/0. Stored settings depend on that.
 ///
-/// The operators and `safeQuotient` stop the process where a product leaves the signed 64-bit range.
+/// `fromSize`, `*`, `/` and `safeQuotient` terminate the process if a term leaves the signed 64-bit range. Their
+/// checked siblings, `checkedFromSize`, `checkedProduct` and `checkedQuotient`, return nothing instead.
 struct NumericRational {
   using RawValue = std::int64_t;
 
   std::int64_t numerator = 0;
   std::int64_t denominator = 1;
 
-  /// Width over height, each truncated toward zero. Stops the process when one is not finite or outside the signed
-  /// 64-bit range.
-  [[nodiscard]] static constexpr NumericRational fromSize(const Size& size) {
+  /// Returns width over height, each truncated toward zero. Absent if one is not finite or leaves the signed 64-bit
+  /// range.
+  [[nodiscard]] static constexpr std::optional<NumericRational> checkedFromSize(const Size& size) noexcept {
     const auto width = truncatedInteger(size.width);
     const auto height = truncatedInteger(size.height);
-    if (!width || !height) detail::sizeOutOfRange(size);
-    return {*width, *height};
+    if (!width || !height) return std::nullopt;
+    return NumericRational{*width, *height};
   }
 
-  /// The quotient as a double; absent when it has the denominator 0.
+  /// Returns what `checkedFromSize` does; terminates the process where that is absent.
+  [[nodiscard]] static constexpr NumericRational fromSize(const Size& size) {
+    const auto ratio = checkedFromSize(size);
+    if (!ratio) detail::sizeOutOfRange(size);
+    return *ratio;
+  }
+
+  /// Returns the reduced product; with the denominator 0 it is not reduced. Absent if a term, before reducing, leaves
+  /// the signed 64-bit range.
+  [[nodiscard]] friend constexpr std::optional<NumericRational> checkedProduct(const NumericRational& left,
+                                                                               const NumericRational& right) noexcept {
+    const auto numerators = checkedProduct(left.numerator, right.numerator);
+    const auto denominators = checkedProduct(left.denominator, right.denominator);
+    if (!numerators || !denominators) return std::nullopt;
+    const NumericRational product{*numerators, *denominators};
+    return product.denominator == 0 ? product : product.reduced();
+  }
+
+  /// Returns the product with the inverse of `right`, as `checkedProduct` does.
+  [[nodiscard]] friend constexpr std::optional<NumericRational> checkedQuotient(const NumericRational& left,
+                                                                                const NumericRational& right) noexcept {
+    return checkedProduct(left, NumericRational{right.denominator, right.numerator});
+  }
+
+  /// Return what `checkedProduct` and `checkedQuotient` do; terminate the process where those are absent.
+  friend constexpr NumericRational operator*(const NumericRational& left, const NumericRational& right) {
+    return orTerminate(checkedProduct(left, right), "*", left, right);
+  }
+  friend constexpr NumericRational operator/(const NumericRational& left, const NumericRational& right) {
+    return orTerminate(checkedQuotient(left, right), "/", left, right);
+  }
+
+  /// Returns the quotient as a double; absent if its denominator is 0. Terminates the process where `checkedQuotient`
+  /// is absent.
   [[nodiscard]] constexpr std::optional<double> safeQuotient(const NumericRational& rhs) const {
-    const NumericRational quotient = crossed(*this, {rhs.denominator, rhs.numerator}, "safeQuotient", rhs);
+    const NumericRational quotient = orTerminate(checkedQuotient(*this, rhs), "safeQuotient", *this, rhs);
     if (quotient.denominator == 0) return std::nullopt;
-    if (quotient.numerator == 0) return 0.0;
-    const NumericRational reduced = quotient.reduced();
-    if (reduced.denominator == 0) return std::nullopt;
-    return static_cast<double>(reduced.numerator) / static_cast<double>(reduced.denominator);
+    return static_cast<double>(quotient.numerator) / static_cast<double>(quotient.denominator);
   }
 
-  /// Two ratios with one numerator are equal whatever their denominators: 1/2 == 1/3, on purpose. Otherwise those with
-  /// the denominator 0 equal each other and nothing else, and the rest compare reduced. So this is no equivalence:
-  /// 2/4 == 1/2 and 1/2 == 1/3, yet 2/4 != 1/3.
+  /// Compares by rules that stored settings depend on. Equal numerators make two ratios equal whatever their
+  /// denominators are: 1/2 == 1/3. Otherwise ratios with the denominator 0 equal each other and nothing else, and the
+  /// rest compare reduced. So this is not an equivalence relation: 2/4 == 1/2 and 1/2 == 1/3, yet 2/4 != 1/3.
   friend constexpr bool operator==(const NumericRational& left, const NumericRational& right) noexcept {
     if (left.numerator == right.numerator) return true;
     if (left.denominator == 0) return right.denominator == 0;
@@ -78,22 +115,12 @@ struct NumericRational {
     return reducedLeft.numerator == reducedRight.numerator && reducedLeft.denominator == reducedRight.denominator;
   }
 
-  /// Reduced; with the denominator 0 as it is.
-  friend constexpr NumericRational operator*(const NumericRational& left, const NumericRational& right) {
-    return crossed(left, right, "*", right).reducedUnlessUndefined();
-  }
-  friend constexpr NumericRational operator/(const NumericRational& left, const NumericRational& right) {
-    return crossed(left, {right.denominator, right.numerator}, "/", right).reducedUnlessUndefined();
-  }
-
  private:
-  /// The terms multiplied with those of `factor`. `right` is the operand to name when that overflows.
-  [[nodiscard]] static constexpr NumericRational crossed(const NumericRational& left, const NumericRational& factor,
-                                                         const char* operation, const NumericRational& right) {
-    const auto numerator = checkedProduct(left.numerator, factor.numerator);
-    const auto denominator = checkedProduct(left.denominator, factor.denominator);
-    if (!numerator || !denominator) detail::rationalOverflow(operation, left, right);
-    return {*numerator, *denominator};
+  [[nodiscard]] static constexpr NumericRational orTerminate(const std::optional<NumericRational>& result,
+                                                             const char* operation, const NumericRational& left,
+                                                             const NumericRational& right) {
+    if (!result) detail::rationalOverflow(operation, left, right);
+    return *result;
   }
 
   [[nodiscard]] constexpr NumericRational reduced() const noexcept {
@@ -102,19 +129,16 @@ struct NumericRational {
     if (divisor < 2) return *this;
     return {numerator / divisor, denominator / divisor};
   }
-  [[nodiscard]] constexpr NumericRational reducedUnlessUndefined() const noexcept {
-    return denominator == 0 ? *this : reduced();
-  }
 };
 
-/// A ratio of two doubles, such as of an image's sides.
+/// A ratio of two doubles, such as the sides of an image.
 struct CGFloatRational {
   using RawValue = double;
 
   double numerator = 0;
   double denominator = 1;
 
-  /// This ratio over the other; absent when the denominator of the result is exactly 0.
+  /// Returns this ratio divided by the other; absent if the denominator of the result is exactly 0.
   [[nodiscard]] constexpr std::optional<double> safeQuotient(const CGFloatRational& rhs) const noexcept {
     const double divisor = denominator * rhs.numerator;
     if (divisor == 0) return std::nullopt;
@@ -124,7 +148,8 @@ struct CGFloatRational {
   friend constexpr bool operator==(const CGFloatRational&, const CGFloatRational&) = default;
 };
 
-/// A rate or a duration as a ratio of two integers, such as 30000/1001, kept as given: equal when both terms are.
+/// A rate or a duration as a ratio of two integers, such as 30000/1001. It is stored as given; two are equal if both
+/// terms are.
 struct MediaRational {
   /// The type of the terms; `rawValue()` is the quotient.
   using RawValue = std::int64_t;
@@ -132,31 +157,29 @@ struct MediaRational {
   std::int64_t numerator = 0;
   std::int64_t denominator = 1;
 
-  /// A whole number over 1, any other in millionths, truncated toward zero and not reduced: 29.97 is 29970000/1000000,
-  /// and what is below a millionth 0/1000000.
-  /// Absent for 0, for what is not finite, and for what leaves the signed 64-bit range, in millionths too.
+  /// Returns a whole number over 1, and any other in millionths, truncated toward zero and not reduced: 29.97 is
+  /// 29970000/1000000, and 1e-9 is 0/1000000. Absent for 0, for a number that is not finite or is -2^63, and for one
+  /// that leaves the signed 64-bit range, in millionths too.
   [[nodiscard]] static constexpr std::optional<MediaRational> fromRawValue(double rawValue) noexcept {
-    constexpr double limit = 9223372036854775808.0;           // 2^63
-    const bool fits = rawValue > -limit && rawValue < limit;  // not so for what is not a number
-    if (rawValue == 0 || !fits) return std::nullopt;
-    const auto whole = static_cast<std::int64_t>(rawValue);
-    if (static_cast<double>(whole) == rawValue) return MediaRational{whole, 1};
+    const auto whole = truncatedInteger(rawValue);
+    if (rawValue == 0 || !whole || *whole == std::numeric_limits<std::int64_t>::min()) return std::nullopt;
+    if (static_cast<double>(*whole) == rawValue) return MediaRational{*whole, 1};
     constexpr std::int64_t scale = 1'000'000;
     const auto scaled = truncatedInteger(rawValue * static_cast<double>(scale));
     if (!scaled) return std::nullopt;
     return MediaRational{*scaled, scale};
   }
 
-  /// timeValue/timeScale; absent when the scale is 0.
+  /// Returns timeValue/timeScale; absent if the scale is 0.
   [[nodiscard]] static constexpr std::optional<MediaRational> fromTime(std::int64_t timeValue,
                                                                        std::int64_t timeScale) noexcept {
     if (timeScale == 0) return std::nullopt;
     return MediaRational{timeValue, timeScale};
   }
 
-  /// The quotient of the terms; infinite or not a number when the denominator is 0. A quotient read back with
-  /// `fromRawValue` is generally another ratio: 30000/1001 comes back as 29970029/1000000, and by truncation a ratio
-  /// may lose a millionth each time (267.799 comes back as 267.798999).
+  /// Returns the quotient of the terms; infinite or NaN if the denominator is 0. `fromRawValue` generally does not
+  /// restore the ratio: 30000/1001 becomes 29970029/1000000, and truncation may lose another millionth each time
+  /// (267.799 becomes 267.798999).
   [[nodiscard]] constexpr double rawValue() const noexcept {
     using Limits = std::numeric_limits<double>;
     if (denominator != 0) return static_cast<double>(numerator) / static_cast<double>(denominator);
@@ -164,10 +187,10 @@ struct MediaRational {
     return numerator > 0 ? Limits::infinity() : -Limits::infinity();
   }
 
-  /// The terms as a ratio to calculate with.
+  /// Returns the terms as a ratio to calculate with.
   [[nodiscard]] constexpr NumericRational rational() const noexcept { return {numerator, denominator}; }
 
-  /// The quotient with two decimals: "29.97".
+  /// Returns the quotient with two decimals: "29.97".
   [[nodiscard]] MERIDIAN_API std::string roundedDecimalString() const;
 
   friend constexpr bool operator==(const MediaRational&, const MediaRational&) = default;
@@ -178,8 +201,8 @@ static_assert(RatioRepresentable<NumericRational> && RatioRepresentable<CGFloatR
 
 }  // namespace meridian::inline v0_2
 
-/// The same for all ratios: any two are joined by a chain of equal ones (1/2 == 1/0 == 5/0 == 5/7), so no other hash
-/// agrees with `==`. For a container keyed by ratios, use the two terms as the key.
+/// Hashes every ratio alike: a chain of equal ratios joins any two (1/2 == 1/0 == 5/0 == 5/7), so no other hash agrees
+/// with `==`. In a container, use the two terms as the key instead.
 template <>
 struct std::hash<meridian::NumericRational> {
   [[nodiscard]] constexpr std::size_t operator()(const meridian::NumericRational&) const noexcept { return 0; }

@@ -22,7 +22,7 @@ std::optional<RgbColor> fromHexadecimal(std::string_view digits) noexcept {
   for (std::size_t place = 0; place < values.size(); ++place) {
     const auto value = codeValue(digits.substr(place * each, each), 16);
     if (!value) return std::nullopt;
-    // One digit stands for two of it.
+    // "#f80" is short for "#ff8800".
     values[place] = each == 1 ? static_cast<std::uint8_t>(*value * 0x11) : *value;
   }
   return RgbColor{values[0], values[1], values[2]};

@@ -1,4 +1,5 @@
-// A width and a height.
+/// \file
+/// A width and a height, such as Size{1920, 1080}.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +9,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// A width and a height: pixels, unless a function says that they are factors of another size.
+/// A width and a height in pixels, unless a function says that they are factors of another size.
 struct Size {
   double width = 0;
   double height = 0;

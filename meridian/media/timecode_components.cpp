@@ -6,7 +6,7 @@
 namespace meridian::inline v0_2 {
 
 std::string TimecodeComponents::timecodeString() const {
-  // Four numbers of up to 20 characters, each with a "0" in front, and three separators.
+  // Four numbers of up to 20 characters, each after a "0", and three separators.
   std::array<char, 4 * 21 + 3> text{};
   char* end = text.data();
   const auto write = [&end](std::int64_t number, std::string_view separator) {

@@ -1,4 +1,9 @@
-// Timecode of hours, minutes, seconds and frames, and its text form ("01:02:03;04").
+/// \file
+/// Timecode of hours, minutes, seconds and frames, and its text form. For example:
+///
+///     TimecodeComponents::fromTimecode("01:02:03;04")->frames          // 4, and isDropFrame is true
+///     TimecodeComponents::fromTimecode("1:2:3")                        // std::nullopt
+///     TimecodeComponents::sanitizedTimecode("1:2:3").timecodeString()  // "01:02:03:00"
 #pragma once
 
 #include <array>
@@ -16,7 +21,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// What a text says of each component of a timecode.
+/// The components that a text holds; absent where it has no number.
 struct DecomposedTimecode {
   std::optional<std::int64_t> hours;
   std::optional<std::int64_t> minutes;
@@ -27,7 +32,7 @@ struct DecomposedTimecode {
   friend constexpr bool operator==(const DecomposedTimecode&, const DecomposedTimecode&) = default;
 };
 
-/// A timecode: the label of a frame. The components are free numbers; reading a text is what checks them. What frame a
+/// A timecode: the label of a frame. The components may be any numbers; only reading a text checks them. Which frame a
 /// label belongs to depends on the frame rate: see frame_number.h.
 struct TimecodeComponents {
   std::int64_t hours = 0;
@@ -35,7 +40,7 @@ struct TimecodeComponents {
   std::int64_t seconds = 0;
   /// The number of the frame within its second.
   std::int64_t frames = 0;
-  /// Drop-frame counting: decides the last separator.
+  /// True for drop-frame timecode, which has a ";" before the frames.
   bool isDropFrame = false;
 
   static constexpr std::string_view dropFrameSeparator = ";";
@@ -45,34 +50,33 @@ struct TimecodeComponents {
   static const TimecodeComponents defaultNonDropTimecodeComponents;
   static const TimecodeComponents defaultDropFrameTimecodeComponents;
 
-  /// The components of a text of proper form, length and bounds: "01:02:03;04". Absent for any other.
+  /// Returns the components of a text of proper form, length and bounds (see `timecodeHasProperForm`); absent for any
+  /// other text.
   [[nodiscard]] static constexpr std::optional<TimecodeComponents> fromTimecode(std::string_view timecode) noexcept;
 
-  /// The text: each component with at least two digits, then ":", and ";" before the frames of a drop-frame timecode.
-  /// A negative component gets its "0" too, on purpose: -3 is "0-3". Such a text does not read back.
+  /// Returns the text: components of at least two digits, separated by ":", or ";" before the frames of a drop-frame
+  /// timecode. A negative component is padded too: -3 becomes "0-3", which does not read back.
   [[nodiscard]] MERIDIAN_API std::string timecodeString() const;
 
-  /// Cuts the text at each ":" and ";" into fields for hours, minutes, seconds and frames, in this order. Every ";"
-  /// makes it drop frame, whichever separator it stands for ("01;02;03;04" is a form in use). A field is a number when
-  /// it is digits 0 to 9 and nothing else, within 63 bits; any other field (empty, with a sign or a blank, too large)
-  /// leaves its component empty, as a missing one does. More than four fields leave the frames empty, since nothing
-  /// says which of them they are.
+  /// Splits the text at each ":" and ";" into hours, minutes, seconds and frames. Any ";" makes it drop frame,
+  /// whichever separator it replaces ("01;02;03;04" is in use). A field is a number if it consists of digits 0 to 9 and
+  /// fits 63 bits; the component of any other field (missing, empty, with a sign or a blank, too large) is absent. With
+  /// more than four fields the frames are absent, since any of them could be the frames.
   [[nodiscard]] static constexpr DecomposedTimecode decomposeTimecodeString(std::string_view text) noexcept;
 
-  /// What can be read of a text that need not be a proper timecode: 0 for each component that cannot. Never fails.
+  /// Returns the components of any text, with 0 for those that `decomposeTimecodeString` leaves absent.
   [[nodiscard]] static constexpr TimecodeComponents sanitizedTimecode(std::string_view text) noexcept;
 
-  /// Whether the text has all four components; with `forceProperComponentLength`, each of two digits at least; with
-  /// `forceProperComponentBounds`, minutes and seconds of at most 60. The bound includes 60 on purpose, and hours and
-  /// frames have none.
+  /// Returns true if the text has all four components; with `forceProperComponentLength`, of at least two digits each;
+  /// with `forceProperComponentBounds`, minutes and seconds of at most 60. The bound deliberately includes 60; hours
+  /// and frames have none.
   [[nodiscard]] static constexpr bool timecodeHasProperForm(std::string_view text, bool forceProperComponentLength,
                                                             bool forceProperComponentBounds) noexcept {
     return timecodeHasProperForm(text, forceProperComponentLength, forceProperComponentBounds,
                                  [](std::int64_t, std::int64_t, std::int64_t, std::int64_t, bool) {});
   }
 
-  /// The same with a closure: calls it once with hours, minutes, seconds, frames and whether they are drop frame, when
-  /// the answer is yes.
+  /// Does the same, and if true also calls the closure once, with hours, minutes, seconds, frames and `isDropFrame`.
   template <typename Closure>
   static constexpr bool timecodeHasProperForm(std::string_view text, bool forceProperComponentLength,
                                               bool forceProperComponentBounds, Closure&& componentsClosure);
@@ -91,7 +95,7 @@ struct TimecodeFields {
   bool isDropFrame = false;
 };
 
-/// The digits as a number; absent when it leaves 63 bits.
+/// Returns the digits as a number; absent if it does not fit 63 bits.
 constexpr std::optional<std::int64_t> checkedTimecodeNumber(std::string_view digits) noexcept {
   std::int64_t number = 0;
   for (const char c : digits) {
@@ -110,7 +114,7 @@ constexpr TimecodeFields timecodeFields(std::string_view text) noexcept {
   std::uint64_t number = 0;
   bool isNumber = true;
   const auto endField = [&](std::size_t end) {
-    // So many digits always fit; more have wrapped round.
+    // So many digits always fit; with more, `number` may have wrapped around.
     constexpr std::size_t safeLength = 18;
     const std::size_t length = end - start;
     if (count >= fields.values.size()) {
@@ -175,7 +179,7 @@ constexpr std::optional<TimecodeComponents> TimecodeComponents::fromTimecode(std
 }
 
 constexpr TimecodeComponents TimecodeComponents::sanitizedTimecode(std::string_view text) noexcept {
-  // A text of proper form decomposes into the same components, so it needs no step of its own.
+  // A text of proper form needs no special case: it decomposes into the same components.
   const DecomposedTimecode read = decomposeTimecodeString(text);
   return {read.hours.value_or(0), read.minutes.value_or(0), read.seconds.value_or(0), read.frames.value_or(0),
           read.isDropFrame};

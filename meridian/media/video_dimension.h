@@ -1,4 +1,9 @@
-// The output-size choice that conversion settings offer.
+/// \file
+/// The output-size choice that conversion settings offer. For example:
+///
+///     VideoDimension::fromStored(VideoSizingKind::pixels, {1280, 720})  // VideoDimension::sevenTwentyP
+///     VideoDimension::sevenTwentyP.description()                        // "HD (1280 x 720)"
+///     VideoDimension::scaled(0.9).description()                         // "Custom: 90.0%"
 #pragma once
 
 #include <array>
@@ -20,7 +25,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// The cases of VideoDimension. The raw value is the case's name.
+/// The cases of VideoDimension. The raw value is the name of the case.
 enum class VideoDimensionKind : std::uint8_t {
   custom,
   scaled,
@@ -38,16 +43,17 @@ enum class VideoDimensionKind : std::uint8_t {
   fourK,
 };
 
-/// What the numbers of a stored size are.
+/// What the two numbers of a stored size mean.
 enum class VideoSizingKind : std::uint8_t {
-  /// That of the source; both numbers are 0.
+  /// The source's size; both numbers are 0.
   match,
-  /// A factor of the source's size, in both numbers.
+  /// A factor of the source's size; both numbers are the same.
   scale,
   /// Width and height in pixels.
   pixels,
 };
 
+/// A row of the table of output sizes.
 struct VideoDimensionRow {
   VideoDimensionKind value;
   std::string_view rawValue;
@@ -66,7 +72,7 @@ struct EnumerationTable<VideoDimensionKind> {
       {VideoDimensionKind::quarter, "quarter", VideoSizingKind::scale, {0.25, 0.25}, "Quarter"},
       {VideoDimensionKind::eighth, "eighth", VideoSizingKind::scale, {0.125, 0.125}, "Eighth"},
       {VideoDimensionKind::sixteenth, "sixteenth", VideoSizingKind::scale, {0.0625, 0.0625}, "Sixteenth"},
-      // A height of 220, and a text without blanks: both on purpose.
+      // A height of 220, and a text without blanks: stored settings and menus have them.
       {VideoDimensionKind::twoTwentyP, "twoTwentyP", VideoSizingKind::pixels, {320, 220}, "QVGA (320x220)"},
       {VideoDimensionKind::twoSeventyP, "twoSeventyP", VideoSizingKind::pixels, {480, 270}, "270p (480 x 270)"},
       {VideoDimensionKind::fourEightyP, "fourEightyP", VideoSizingKind::pixels, {640, 480}, "VGA (640 x 480)"},
@@ -77,8 +83,8 @@ struct EnumerationTable<VideoDimensionKind> {
   });
 };
 
-/// The output-size choice of conversion settings: that of the source, a fixed or free scale of it, one of seven
-/// standard frame sizes, or a free one. Equal when the cases are and, for `custom` and `scaled`, the numbers.
+/// The output-size choice of conversion settings: the source's size, a fixed or custom scale of it, one of seven
+/// standard frame sizes, or a custom one. Two are equal if the cases are and, for `custom` and `scaled`, the numbers.
 class VideoDimension {
  public:
   using Kind = VideoDimensionKind;
@@ -90,67 +96,67 @@ class VideoDimension {
 
   static constexpr double customScaleDefaultValue = 0.9;
 
-  /// As the source: `match`.
+  /// Makes `match`, the source's size.
   constexpr VideoDimension() noexcept = default;
 
-  /// A free size in pixels; 0 while none is entered.
+  /// Returns a custom size in pixels; 0 if none is entered yet.
   [[nodiscard]] static constexpr VideoDimension custom(double width, double height) noexcept {
     return {Kind::custom, {width, height}};
   }
-  /// A free scale; 1 is the source's size, 0 none entered.
+  /// Returns a custom scale; 1 is the source's size, 0 means that none is entered yet.
   [[nodiscard]] static constexpr VideoDimension scaled(double factor) noexcept {
     return {Kind::scaled, {factor, factor}};
   }
 
-  /// The choice that a stored size stands for, compared exactly: the case of these numbers, else `custom` for a pair
-  /// above 0 and `scaled` for one factor above 0. Absent when the numbers do not fit their kind: not finite, not above
-  /// 0, two different factors, or any but 0 for `VideoSizingKind::match`.
+  /// Returns the choice that a stored size stands for: the case of exactly these numbers, else `custom` for two numbers
+  /// above 0 and `scaled` for one factor above 0. Absent if the numbers do not fit their kind: not finite, not above 0,
+  /// two different factors, or other than 0 for `VideoSizingKind::match`.
   [[nodiscard]] static constexpr std::optional<VideoDimension> fromStored(VideoSizingKind sizing,
                                                                           const Size& size) noexcept;
 
   [[nodiscard]] constexpr Kind kind() const noexcept { return kind_; }
 
-  /// The size in pixels; for a scale the factor in both members, and 0 x 0 for `match`.
+  /// Returns the size in pixels; for a scale, the factor in both members, and for `match` 0 x 0.
   [[nodiscard]] constexpr Size size() const noexcept { return size_; }
-  /// What the numbers of `size` are.
+  /// Returns what the numbers of `size` mean.
   [[nodiscard]] constexpr VideoSizingKind sizing() const noexcept { return tableRow(kind_).sizing; }
-  /// The size in pixels of a preview: 1920 x 1080 for every scale option.
+  /// Returns the size in pixels of a preview: 1920 x 1080 for every scale option.
   [[nodiscard]] constexpr Size previewSize() const noexcept { return isScaleOption() ? Size{1920, 1080} : size_; }
 
   [[nodiscard]] constexpr bool isCustom() const noexcept { return kind_ == Kind::custom; }
   [[nodiscard]] constexpr bool isCustomScale() const noexcept { return kind_ == Kind::scaled; }
-  /// Whether the size is in relation to the source's, with any factor.
+  /// Returns true if the size is relative to the source's, with any factor.
   [[nodiscard]] constexpr bool isScaleOption() const noexcept { return sizing() != VideoSizingKind::pixels; }
 
-  /// The display text: "Half", "HD (1280 x 720)", "Custom: 400.0 x 400.0", "Custom: 90.0%"; "Custom Dimensions" and
-  /// "Custom Scale" unless the numbers are above 0.
+  /// Returns the display text: "Half", "HD (1280 x 720)", "Custom: 400.0 x 400.0", "Custom: 90.0%"; "Custom Dimensions"
+  /// and "Custom Scale" unless the numbers are above 0.
   [[nodiscard]] MERIDIAN_API std::string description() const;
-  /// The display text in a list to choose from: without the numbers of a free size or scale.
+  /// Returns the display text in a list to choose from: without the numbers of a custom size or scale.
   [[nodiscard]] MERIDIAN_API std::string pickerDescription() const;
-  /// What identifies the choice in a list: "custom", "scaled", else the description.
+  /// Returns the identifier in a list: "custom", "scaled", else the description.
   [[nodiscard]] MERIDIAN_API std::string tag() const;
-  /// The description and the picker's text in the user's language.
+  /// Return the description and the picker's text in the user's language.
   [[nodiscard]] MERIDIAN_API std::string localizedString() const;
   [[nodiscard]] MERIDIAN_API std::string localizedPickerString() const;
 
-  /// The twelve cases without free numbers, in declaration order.
+  /// Lists all cases except `custom` and `scaled`, in declaration order.
   [[nodiscard]] static constexpr std::span<const VideoDimension> wellDefinedCases() noexcept;
   [[nodiscard]] static constexpr std::span<const VideoDimension> allCases() noexcept { return wellDefinedCases(); }
-  /// The choices in relation to the source, ending with a free scale of `customScaleDefaultValue`.
+  /// Lists the choices relative to the source's size; the last is a custom scale of `customScaleDefaultValue`.
   [[nodiscard]] static constexpr std::span<const VideoDimension> scaleOptions() noexcept;
-  /// The standard sizes, ending with a free size of 400 x 400.
+  /// Lists the standard sizes; the last is a custom size of 400 x 400.
   [[nodiscard]] static constexpr std::span<const VideoDimension> exactDimensionsOptions() noexcept;
 
-  /// The members of the list that are among the scale options, or the exact ones, in the list's order. Of free sizes
-  /// and scales only those of the options themselves are.
+  /// Return the members of the list that are scale options, or exact ones, in the list's order. Custom sizes and scales
+  /// other than those two are not options.
   [[nodiscard]] MERIDIAN_API static std::vector<VideoDimension> filterScaleOptions(
       std::span<const VideoDimension> from);
   [[nodiscard]] MERIDIAN_API static std::vector<VideoDimension> filterExactDimensionsOptions(
       std::span<const VideoDimension> from);
 
-  /// The choices that a codec allows: the scaled ones, then the exact ones. Avid DNxHD codes fixed rasters (SMPTE
-  /// ST 2019-1), of which 1280 x 720 and 1920 x 1080 are offered, beside `match` for sources that have such a raster;
-  /// every other codec allows all options.
+  /// Return the choices for a codec: all of them (the scaled ones, then the exact ones), the exact ones, the scaled
+  /// ones. Avid DNxHD codes fixed rasters (SMPTE ST 2019-1): it allows 1280 x 720, 1920 x 1080, and `match` for sources
+  /// that have such a raster. Every other codec allows all options.
   [[nodiscard]] MERIDIAN_API static std::vector<VideoDimension> allAllowedOptions(ConversionCodecType codec);
   [[nodiscard]] static constexpr std::span<const VideoDimension> allowedExactOptions(
       ConversionCodecType codec) noexcept;

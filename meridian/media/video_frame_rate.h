@@ -1,4 +1,9 @@
-// The standard video frame rates, and the matching of a rational to one of them.
+/// \file
+/// The standard video frame rates, and which of them a ratio matches. For example:
+///
+///     VideoFrameRate({30000, 1001}) == VideoFrameRate::ntsc30p    // true
+///     VideoFrameRate({30000, 1001}).formattedString()             // "29.97 FPS"
+///     VideoFrameRate::matching({25, 0})                           // std::nullopt
 #pragma once
 
 #include <array>
@@ -17,8 +22,8 @@
 
 namespace meridian::inline v0_2 {
 
-/// The cases of VideoFrameRate. The raw value is the key under which a rate is encoded; its text is VideoFrameRate's
-/// `formattedString`.
+/// The cases of VideoFrameRate. The raw value is the key of an encoded rate; `VideoFrameRate::formattedString` gives
+/// the display text.
 enum class VideoFrameRateKind : std::uint8_t {
   ntsc24p,
   p24,
@@ -37,13 +42,14 @@ enum class VideoFrameRateKind : std::uint8_t {
   custom,
 };
 
+/// A row of the table of video frame rates.
 struct VideoFrameRateRow {
   VideoFrameRateKind value;
   std::string_view rawValue;
   /// Frames per second.
   MediaRational rational;
-  /// Ten thousand times the rate, as `VideoFrameRate::matching` calculates it; 0 for none. Exact keys on
-  /// purpose: 23.976 is the standard rate 24000/1001, and 23.98 is not.
+  /// Ten thousand times the rate, as `VideoFrameRate::matching` calculates it; unused for `custom`. Matched
+  /// exactly: 23.976 is the standard rate 24000/1001, and 23.98 is not.
   std::int64_t matchKey;
   std::string_view description = {};
 };
@@ -75,8 +81,8 @@ namespace detail {
 
 }  // namespace detail
 
-/// A video frame rate: one of fourteen standard ones, or any other as a rational. Equal when the cases are and, for
-/// custom rates, both terms; so a custom 25/1, which only `custom` makes, is not `pal25p`.
+/// A video frame rate: one of fourteen standard ones, or any other as a ratio. Two are equal if the cases are and, for
+/// `custom`, both terms; so `custom({25, 1})` does not equal `pal25p`.
 class VideoFrameRate {
  public:
   using Kind = VideoFrameRateKind;
@@ -86,20 +92,19 @@ class VideoFrameRate {
       p600;
   // clang-format on
 
-  /// The first case, `ntsc24p`.
+  /// Makes the first case, `ntsc24p`.
   constexpr VideoFrameRate() noexcept = default;
 
-  /// The standard rate that the rational matches, else the rational as a custom rate. Stops the process where
-  /// `matching` has no answer.
+  /// Makes what `matching` returns; terminates the process where that is absent.
   explicit constexpr VideoFrameRate(const MediaRational& rawValue) {
     const auto rate = matching(rawValue);
     if (!rate) detail::frameRateOutOfRange(rawValue);
     *this = *rate;
   }
 
-  /// As the constructor; absent when the quotient is not finite (a denominator of 0) or ten thousand times it leaves
-  /// the signed 64-bit range. The quotient is calculated in single precision and ten thousand times it truncated, so
-  /// that 24000/1001 and 2997/125 are both `ntsc24p`, on purpose.
+  /// Returns the standard rate that the ratio matches, else the ratio as a custom rate. Compares ten thousand times the
+  /// quotient, calculated in single precision and truncated, so that 24000/1001 and 2997/125 are both `ntsc24p`. Absent
+  /// for a denominator of 0, and if ten thousand times the quotient leaves the signed 64-bit range.
   [[nodiscard]] static constexpr std::optional<VideoFrameRate> matching(const MediaRational& rawValue) noexcept {
     if (rawValue.denominator == 0) return std::nullopt;
     const float quotient = static_cast<float>(rawValue.numerator) / static_cast<float>(rawValue.denominator);
@@ -111,7 +116,7 @@ class VideoFrameRate {
     return custom(rawValue);
   }
 
-  /// The rational as a custom rate, whatever it is.
+  /// Returns the ratio as a custom rate without matching it.
   [[nodiscard]] static constexpr VideoFrameRate custom(const MediaRational& rational) noexcept {
     VideoFrameRate rate(Kind::custom);
     rate.customRational_ = rational;
@@ -120,12 +125,12 @@ class VideoFrameRate {
 
   [[nodiscard]] constexpr Kind kind() const noexcept { return kind_; }
 
-  /// Frames per second.
+  /// Returns the frames per second.
   [[nodiscard]] constexpr MediaRational rawValue() const noexcept {
     return kind_ == Kind::custom ? customRational_ : tableRow(kind_).rational;
   }
 
-  /// "25 FPS", "29.97 FPS": with two decimals unless the rate is whole.
+  /// Returns the rate with two decimals unless it is whole: "25 FPS", "29.97 FPS".
   [[nodiscard]] MERIDIAN_API std::string formattedString() const;
 
   friend constexpr bool operator==(const VideoFrameRate&, const VideoFrameRate&) = default;
@@ -134,7 +139,7 @@ class VideoFrameRate {
   constexpr explicit VideoFrameRate(Kind kind) noexcept : kind_(kind) {}
 
   Kind kind_ = Kind::ntsc24p;
-  /// That of a custom rate; of a standard one always the same.
+  /// The ratio of a custom rate; the default for a standard one, so that comparing members works.
   MediaRational customRational_;
 };
 
@@ -153,7 +158,7 @@ inline constexpr VideoFrameRate VideoFrameRate::p120{Kind::p120};
 inline constexpr VideoFrameRate VideoFrameRate::p300{Kind::p300};
 inline constexpr VideoFrameRate VideoFrameRate::p600{Kind::p600};
 
-/// The fourteen standard rates, in declaration order.
+/// Lists the fourteen standard rates in declaration order.
 inline constexpr auto standardVideoFrameRates = std::to_array<VideoFrameRate>(
     {VideoFrameRate::ntsc24p, VideoFrameRate::p24, VideoFrameRate::pal25p, VideoFrameRate::ntsc30p, VideoFrameRate::p30,
      VideoFrameRate::p48, VideoFrameRate::p50, VideoFrameRate::ntsc60p, VideoFrameRate::p60, VideoFrameRate::p72,

@@ -21,30 +21,25 @@ using stored::PresetInformation;
 using stored::TranscodeOptions;
 using stored::VideoConversionOptions;
 
-/// A codec in the three vocabularies that have it.
 struct CodecRow {
   ConversionCodecType codec;
   stored::CodecType stored;
-  SAVTranscodeArgumentVideoCodecValue text;
 };
 
 constexpr auto codecs = std::to_array<CodecRow>({
-    {ConversionCodecType::dnxhd, stored::CODEC_TYPE_DNXHD, SAVDnxhdCodec},
-    {ConversionCodecType::h264, stored::CODEC_TYPE_H264, SAVAvcH264Codec},
-    {ConversionCodecType::h265, stored::CODEC_TYPE_H265, SAVHevcCodec},
-    {ConversionCodecType::motionJpeg, stored::CODEC_TYPE_MOTION_JPEG, SAVMotionJpegCodec},
-    {ConversionCodecType::mpeg4, stored::CODEC_TYPE_MPEG4, SAVMpeg4Codec},
-    {ConversionCodecType::proRes4444, stored::CODEC_TYPE_PRORES_4444, SAVProRes4444},
-    {ConversionCodecType::proRes4444XQ, stored::CODEC_TYPE_PRORES_4444_XQ, SAVProRes4444XQ},
-    {ConversionCodecType::proRes422, stored::CODEC_TYPE_PRORES_422, SAVProRes422},
-    {ConversionCodecType::proRes422HQ, stored::CODEC_TYPE_PRORES_422_HQ, SAVProRes422HQ},
-    {ConversionCodecType::proRes422LT, stored::CODEC_TYPE_PRORES_422_LT, SAVProRes422LT},
-    {ConversionCodecType::proRes422Proxy, stored::CODEC_TYPE_PRORES_422_PROXY, SAVProRes422Proxy},
+    {ConversionCodecType::dnxhd, stored::CODEC_TYPE_DNXHD},
+    {ConversionCodecType::h264, stored::CODEC_TYPE_H264},
+    {ConversionCodecType::h265, stored::CODEC_TYPE_H265},
+    {ConversionCodecType::motionJpeg, stored::CODEC_TYPE_MOTION_JPEG},
+    {ConversionCodecType::mpeg4, stored::CODEC_TYPE_MPEG4},
+    {ConversionCodecType::proRes4444, stored::CODEC_TYPE_PRORES_4444},
+    {ConversionCodecType::proRes4444XQ, stored::CODEC_TYPE_PRORES_4444_XQ},
+    {ConversionCodecType::proRes422, stored::CODEC_TYPE_PRORES_422},
+    {ConversionCodecType::proRes422HQ, stored::CODEC_TYPE_PRORES_422_HQ},
+    {ConversionCodecType::proRes422LT, stored::CODEC_TYPE_PRORES_422_LT},
+    {ConversionCodecType::proRes422Proxy, stored::CODEC_TYPE_PRORES_422_PROXY},
 });
-static_assert(codecs.size() == allCases<ConversionCodecType>().size());
-static_assert(std::ranges::all_of(SAVTranscodeArgumentVideoCodecValue::allCases(), [](const auto& text) {
-  return std::ranges::find(codecs, text, &CodecRow::text) != codecs.end();
-}));
+static_assert(std::ranges::is_permutation(codecs, allCases<ConversionCodecType>(), {}, &CodecRow::codec));
 
 struct SizingRow {
   VideoSizingKind sizing;
@@ -59,14 +54,14 @@ constexpr auto sizings = std::to_array<SizingRow>({
 
 enum class Holder : std::uint8_t { options, video, audio };
 
-/// A setting that has a field.
+/// A setting that has a field of its own.
 struct FieldRow {
   std::string_view flag;
   Holder holder;
   int field;
 };
 
-/// In the order in which the built-in presets have their settings.
+/// Ordered as the settings of the built-in presets are.
 constexpr auto fields = std::to_array<FieldRow>({
     {SAVFileFormatFlag.rawValue(), Holder::options, TranscodeOptions::kFileFormatFieldNumber},
     {SAVNoVideoFlag.rawValue(), Holder::video, VideoConversionOptions::kOmitFieldNumber},
@@ -101,7 +96,7 @@ const FieldRow* fieldOf(std::string_view flag) {
   return found == fields.end() ? nullptr : &*found;
 }
 
-/// Whether a flag in normal form belongs to one job and not to a preset.
+/// Returns true if a flag in normal form belongs to one job rather than to a preset.
 bool isOfOneJob(std::string_view flag) {
   constexpr auto jobFlags = std::to_array<std::string_view>({
       SAVOutputFileFlag.rawValue(),
@@ -127,9 +122,6 @@ Message& mutableHolderOf(TranscodeOptions& options, Holder holder) {
   return options;
 }
 
-/// Whether a frame rate is a number of frames, and not a relation to the source's rate.
-bool isNumberOfFrames(double frameRate) { return frameRate > 0 && frameRate != FrameRate::halfstep.rawValue(); }
-
 std::optional<VideoDimension> dimensionOf(const VideoConversionOptions& video) {
   const auto row = std::ranges::find(sizings, video.sizing_kind(), &SizingRow::stored);
   if (row == sizings.end()) return std::nullopt;
@@ -148,17 +140,27 @@ std::optional<std::string> dimensionsText(const VideoConversionOptions& video) {
   return dimensionsTextOfSize(dimension->size());
 }
 
-std::optional<std::string> codecText(const VideoConversionOptions& video) {
+std::optional<ConversionCodecType> codecOf(const VideoConversionOptions& video) {
   const auto row = std::ranges::find(codecs, video.codec_type(), &CodecRow::stored);
   if (row == codecs.end()) return std::nullopt;
-  return row->text.string();
+  return row->codec;
 }
 
-/// The text that the field is written as on a command line; absent when the field says nothing there.
+void setCodec(VideoConversionOptions& video, ConversionCodecType codec) {
+  video.set_codec_type(std::ranges::find(codecs, codec, &CodecRow::codec)->stored);
+}
+
+std::optional<std::string> codecText(const VideoConversionOptions& video) {
+  const auto codec = codecOf(video);
+  if (!codec) return std::nullopt;
+  return SAVTranscodeArgumentVideoCodecValue::fromConversionCodecType(*codec).string();
+}
+
+/// Returns the field as text of a command line; absent if it is empty, or a command line cannot express it.
 std::optional<std::string> textOfField(const TranscodeOptions& options, const FieldRow& row) {
   if (row.flag == SAVVideoFormatFlag.rawValue()) return codecText(options.video());
   if (row.flag == SAVVideoDimensionsFlag.rawValue()) return dimensionsText(options.video());
-  if (row.flag == SAVVideoFrameRateFlag.rawValue() && !isNumberOfFrames(options.video().frame_rate())) {
+  if (row.flag == SAVVideoFrameRateFlag.rawValue() && !FrameRate::isFramesPerSecond(options.video().frame_rate())) {
     return std::nullopt;
   }
   const Message& holder = holderOf(options, row.holder);
@@ -177,17 +179,17 @@ std::optional<std::string> textOfField(const TranscodeOptions& options, const Fi
   }
 }
 
-/// Whether the field holds anything, if only what no command line can say.
+/// Returns true if the field holds a value, even one that a command line cannot express.
 bool isSet(const TranscodeOptions& options, const FieldRow& row) {
   if (row.flag == SAVVideoDimensionsFlag.rawValue()) return dimensionOf(options.video()) != VideoDimension::match;
   const Message& holder = holderOf(options, row.holder);
   return holder.GetReflection()->HasField(holder, holder.GetDescriptor()->FindFieldByNumber(row.field));
 }
 
-/// Gives the field what the text says; clears it where the text does not read as the field's type. Without a text the
-/// field is cleared, unless it says what no command line can.
+/// Sets the field from the text; clears it if the text does not parse as the field's type. Without a text the field is
+/// cleared too, unless it holds a value that a command line cannot express.
 void setField(TranscodeOptions& options, const FieldRow& row, std::optional<std::string_view> text) {
-  // A field that is written as this text may hold more than the text does, such as a size beyond a float's precision.
+  // A field may be more precise than its text, such as a size beyond the precision of a float: keep it as it is.
   if (text == textOfField(options, row)) return;
   Message& holder = mutableHolderOf(options, row.holder);
   const FieldDescriptor* const field = holder.GetDescriptor()->FindFieldByNumber(row.field);
@@ -207,15 +209,15 @@ void setField(TranscodeOptions& options, const FieldRow& row, std::optional<std:
     case FieldDescriptor::CPPTYPE_DOUBLE:
       if (const auto number = doubleFromText(*text)) {
         const bool isRate = row.flag == SAVVideoFrameRateFlag.rawValue();
-        if (!isRate || isNumberOfFrames(*number)) reflection.SetDouble(&holder, field, *number);
+        if (!isRate || FrameRate::isFramesPerSecond(*number)) reflection.SetDouble(&holder, field, *number);
       }
       break;
     case FieldDescriptor::CPPTYPE_INT64:
       if (const auto number = integerFromText(*text)) reflection.SetInt64(&holder, field, *number);
       break;
     case FieldDescriptor::CPPTYPE_ENUM:
-      if (const auto codec = SAVTranscodeArgumentVideoCodecValue::fromRawValue(*text)) {
-        options.mutable_video()->set_codec_type(std::ranges::find(codecs, *codec, &CodecRow::text)->stored);
+      if (const auto codec = SAVTranscodeArgumentVideoCodecValue(*text).conversionCodecType()) {
+        setCodec(*options.mutable_video(), *codec);
       }
       break;
     default:
@@ -223,15 +225,15 @@ void setField(TranscodeOptions& options, const FieldRow& row, std::optional<std:
   }
 }
 
-/// The text that a field of this row is written as once it has been given the text.
+/// Returns the text that a field of this row gives back after it was set from the text.
 std::optional<std::string> textThroughField(const FieldRow& row, std::string_view text) {
   TranscodeOptions options;
   setField(options, row, text);
   return textOfField(options, row);
 }
 
-/// What of the store belongs into a preset, under flags in normal form. Of entries whose flags differ in form alone the
-/// one in normal form stays, and a valid one over a rejected one.
+/// Returns the store's settings that belong in a preset, keyed by flags in normal form. If flags differ only in form,
+/// the one in normal form wins, and a valid setting wins over a rejected one.
 TextDictionary presetSettingsOf(const TranscodeCliArguments& arguments) {
   TextDictionary settings;
   const auto add = [&settings](const TextDictionary& entries, bool inNormalForm) {
@@ -249,9 +251,9 @@ TextDictionary presetSettingsOf(const TranscodeCliArguments& arguments) {
   return settings;
 }
 
-/// Gives the settings that are kept beside the fields their values, removes those that are in the message no more, and
-/// takes those that are out of the dictionary. A message that stays keeps fields that this library does not know.
-void keepOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
+/// Updates the settings beside the fields: sets the values of those that the dictionary holds and erases them there,
+/// and removes the others. Messages are updated in place, so that fields unknown to this library survive.
+void updateOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
   auto& settings = *options.mutable_other_settings();
   const auto isGone = [&beside](stored::Setting& setting) {
     const std::string flag = normalizedFlag(setting.flag());
@@ -265,7 +267,7 @@ void keepOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
   settings.erase(std::remove_if(settings.begin(), settings.end(), isGone), settings.end());
 }
 
-/// Removes the text that was kept beside the flag's field.
+/// Removes the text that is stored beside the flag's field.
 void removeOtherSetting(TranscodeOptions& options, std::string_view flag) {
   auto& settings = *options.mutable_other_settings();
   const auto isOfFlag = [flag](const stored::Setting& setting) { return normalizedFlag(setting.flag()) == flag; };
@@ -290,7 +292,7 @@ void updateStoredPreset(PresetInformation& preset, const TranscodeCliArguments& 
     setField(options, row, text == nullptr ? std::nullopt : std::optional<std::string_view>(*text));
     if (text != nullptr && textOfField(options, row) == *text) beside.erase(row.flag);
   }
-  keepOtherSettings(options, beside);
+  updateOtherSettings(options, beside);
   for (const auto& [flag, value] : beside) {
     stored::Setting& setting = *options.add_other_settings();
     setting.set_flag(flag);
@@ -309,20 +311,20 @@ TranscodeCliArguments argumentsOf(const PresetInformation& preset) {
     const std::string flag = normalizedFlag(setting.flag());
     if (isOfOneJob(flag)) continue;
     if (const FieldRow* const row = fieldOf(flag)) {
-      const auto said = textThroughField(*row, setting.value());
-      const std::string* const saidByField = ofFields.find(flag);
-      const bool agrees = saidByField != nullptr ? said == *saidByField : !said && !isSet(options, *row);
+      const auto asField = textThroughField(*row, setting.value());
+      const std::string* const ofField = ofFields.find(flag);
+      const bool agrees = ofField != nullptr ? asField == *ofField : !asField && !isSet(options, *row);
       if (!agrees) continue;
     }
     settings.set(flag, setting.value());
   }
 
-  // The check sorts out what no command line knows, and lower-cases values as it would those of a command line.
+  // The check rejects unknown flags; it also lower-cases values, which are restored below.
   TranscodeCliArguments::Stored checked = TranscodeCliArguments::fromArgumentLookup(settings).stored();
   for (const auto& [flag, value] : settings) {
     if (!checked.flagValueLookup.contains(flag)) continue;
     if (trimmed(value).starts_with('-')) {
-      // As a word of its own it would be a flag.
+      // On a command line, the value would be read as a flag.
       checked.flagValueLookup.erase(flag);
       if (!checked.invalidKeyValueLookup) checked.invalidKeyValueLookup.emplace();
       checked.invalidKeyValueLookup->set(flag, value);
@@ -330,7 +332,7 @@ TranscodeCliArguments argumentsOf(const PresetInformation& preset) {
       checked.flagValueLookup.set(flag, value);
     }
   }
-  // Nor does a preset named among the settings stand over a field that says what no command line can.
+  // A built-in preset among the settings does not override a field that a command line cannot express.
   for (const FieldRow& row : fields) {
     if (isSet(options, row) && !settings.contains(row.flag)) checked.flagValueLookup.erase(row.flag);
   }
@@ -340,7 +342,7 @@ TranscodeCliArguments argumentsOf(const PresetInformation& preset) {
 VideoDimension videoDimension(const PresetInformation& preset) {
   const VideoConversionOptions& video = preset.transcode_options().video();
   if (const auto dimension = dimensionOf(video)) return *dimension;
-  // The text is fixed, "orignal" and the missing bracket at its end too.
+  // The wording is fixed, including "orignal" and the missing bracket at the end.
   std::cout << "Proto failed to parse VideoDimension from Proto. Will reset to match orignal! (pWidth:"
             << shortestDecimalText(video.width()) << " - pHeight: " << shortestDecimalText(video.height()) << "\n"
             << std::flush;
@@ -364,16 +366,14 @@ void setFrameRate(PresetInformation& preset, const FrameRate& rate) {
 }
 
 std::optional<ConversionCodecType> codecType(const PresetInformation& preset) {
-  const auto row = std::ranges::find(codecs, preset.transcode_options().video().codec_type(), &CodecRow::stored);
-  if (row == codecs.end()) return std::nullopt;
-  return row->codec;
+  return codecOf(preset.transcode_options().video());
 }
 
 void setCodecType(PresetInformation& preset, std::optional<ConversionCodecType> codec) {
   TranscodeOptions& options = *preset.mutable_transcode_options();
   removeOtherSetting(options, SAVVideoFormatFlag.rawValue());
-  options.mutable_video()->set_codec_type(codec ? std::ranges::find(codecs, *codec, &CodecRow::codec)->stored
-                                                : stored::CODEC_TYPE_UNSPECIFIED);
+  options.mutable_video()->clear_codec_type();
+  if (codec) setCodec(*options.mutable_video(), *codec);
 }
 
 }  // namespace meridian::inline v0_2

@@ -1,4 +1,10 @@
-// Stored presets: conversion settings as a message of the suite's job model, and what the library reads of it.
+/// \file
+/// Stored presets: conversion settings as a message of the suite's job model. For example:
+///
+///     stored::PresetInformation preset = storedPreset("Dailies", TranscodeCliArguments({"-vcodec", "h265"}));
+///     codecType(preset)                                     // ConversionCodecType::h265
+///     setVideoDimension(preset, VideoDimension::sevenTwentyP);
+///     argumentsOf(preset).commandLine()                     // -vcodec h265 -dims 1280.000000x720.000000
 #pragma once
 
 #include <optional>
@@ -13,42 +19,42 @@
 
 namespace meridian::inline v0_2 {
 
-/// A stored preset with this name and the store's settings.
+/// Returns a stored preset with this name and the store's settings.
 ///
-/// Every setting of the store goes in, rejected ones too, but for what belongs to one job and not to a preset: every
-/// flag that begins with "-in", "-out", "-overwrite", "-progress_file", "-progress_prefix", "-work_dir" and the listing
-/// commands. A setting that has a field goes there when its text reads as the field's type; its text is kept beside the
-/// field where it is not the one that the field is written as ("3.0", "960.000000x540.000000"). Of settings whose flags
-/// differ in case or blanks alone one goes in, a valid one before a rejected one.
+/// The preset gets every setting, rejected ones too, except those of one job: all flags that begin with "-in", and
+/// "-out",
+/// "-overwrite", "-progress_file", "-progress_prefix", "-work_dir" and the listing commands. A text that parses as the
+/// type of the setting's field is stored there; a text that the field would write differently ("3" for 3.0) is stored
+/// beside it too, and so is everything that has no field. If flags differ only in case or white space, one setting is
+/// stored, a valid one before a rejected one.
 [[nodiscard]] MERIDIAN_API stored::PresetInformation storedPreset(std::string_view name,
                                                                   const TranscodeCliArguments& arguments);
 
-/// Gives a stored preset the store's settings in place of its own. Its name stays, and so do fields that this library
-/// does not know; a scale of the source's size, or half its frame rate, stays unless the store has "-dims" or "-vr".
+/// Replaces the settings of a stored preset by the store's. Keeps its name and all fields that this library does not
+/// know. Also keeps a scale of the source's size, or half its frame rate, unless the store has "-dims" or "-vr".
 MERIDIAN_API void updateStoredPreset(stored::PresetInformation& preset, const TranscodeCliArguments& arguments);
 
-/// A store of the preset's settings: fields first, in the order in which the built-in presets have them, then the
-/// others. Texts are taken as they are stored. The fields hold: the text kept beside a field counts while it says what
-/// the field says. Rejected entries of the store are flags that no command line knows, and values that begin with "-",
-/// which would be read as flags. Flags of one job are left out, as are a scale of the source's size and half its frame
-/// rate, which a command line cannot say.
+/// Returns a store of the preset's settings: the fields in the order of the built-in presets, then the others, with
+/// texts exactly as stored. A text beside a field is used only if it agrees with the field. Unknown flags, and values
+/// that begin with "-" and so would be read as flags, become rejected entries of the store. Omitted are flags of one
+/// job, and a scale of the source's size and half its frame rate, which a command line cannot express.
 [[nodiscard]] MERIDIAN_API TranscodeCliArguments argumentsOf(const stored::PresetInformation& preset);
 
-/// The output size that the preset's numbers stand for, by `VideoDimension::fromStored`. Where they fit no choice the
-/// result is `match`, and a line that says so goes to standard output; so it is for a size or scale that was stored
-/// before it was entered, such as `VideoDimension::custom(0, 0)`.
+/// Returns the output size, read by `VideoDimension::fromStored`. For numbers that are not a choice, such as those of
+/// `VideoDimension::custom(0, 0)`, returns `match` and writes a line to standard output.
 [[nodiscard]] MERIDIAN_API VideoDimension videoDimension(const stored::PresetInformation& preset);
-/// Stores the size, in place of any text that was kept for it.
+/// Stores the size and removes any text stored for it.
 MERIDIAN_API void setVideoDimension(stored::PresetInformation& preset, const VideoDimension& dimension);
 
-/// The frame rate; `match` when none is stored, absent for a number that is none (see `FrameRate::fromRawValue`).
+/// Returns the frame rate, read by `FrameRate::fromRawValue`; `match` if none is stored, absent for a number that is
+/// not a rate.
 [[nodiscard]] MERIDIAN_API std::optional<FrameRate> frameRate(const stored::PresetInformation& preset);
-/// Stores the frame rate's number, in place of any text that was kept for it. A custom rate of 0 reads back as `match`.
+/// Stores the frame rate's number and removes any text stored for it. A custom rate of 0 reads back as `match`.
 MERIDIAN_API void setFrameRate(stored::PresetInformation& preset, const FrameRate& rate);
 
-/// The video codec; absent when none is stored or it is none that the library knows.
+/// Returns the video codec; absent if none is stored, or one that this library does not know.
 [[nodiscard]] MERIDIAN_API std::optional<ConversionCodecType> codecType(const stored::PresetInformation& preset);
-/// Stores the codec, or none, in place of any text that was kept for it.
+/// Stores the codec, or none, and removes any text stored for it.
 MERIDIAN_API void setCodecType(stored::PresetInformation& preset, std::optional<ConversionCodecType> codec);
 
 }  // namespace meridian::inline v0_2

@@ -1,4 +1,8 @@
-// The built-in presets as stored presets.
+/// \file
+/// The built-in presets as stored presets. For example:
+///
+///     using Factory = TranscodePresetProtobufTemplateFactory;
+///     Factory::storedPreset(TranscodeCliPreset::cloud).name()  // "SLV_TranscodePreset_Template-solvane_cloud"
 #pragma once
 
 #include <optional>
@@ -12,23 +16,23 @@
 
 namespace meridian::inline v0_2 {
 
-/// Makes the stored preset of each built-in preset: the templates from which an application makes its users' own.
+/// Makes stored presets of the built-in ones, as templates for users' own presets.
 class MERIDIAN_API TranscodePresetProtobufTemplateFactory {
  public:
   TranscodePresetProtobufTemplateFactory() = delete;
 
   static constexpr std::string_view templateNamePrefix = "SLV_TranscodePreset_Template-";
 
-  /// The prefix and the text after "-preset": "SLV_TranscodePreset_Template-solvane_cloud".
+  /// Returns the prefix followed by the preset's text after "-preset".
   [[nodiscard]] static std::string templateName(TranscodeCliPreset preset);
 
-  /// The preset whose template has exactly this name; absent when there is none.
+  /// Returns the preset whose template has exactly this name; absent if there is none.
   [[nodiscard]] static std::optional<TranscodeCliPreset> presetOfTemplateName(std::string_view name) noexcept;
 
-  /// A stored preset with the template's name and the preset's settings.
+  /// Returns a stored preset with the template's name and the preset's settings.
   [[nodiscard]] static stored::PresetInformation storedPreset(TranscodeCliPreset preset);
 
-  /// The templates of all built-in presets, in the presets' order.
+  /// Returns the templates of all built-in presets in declaration order.
   [[nodiscard]] static std::vector<stored::PresetInformation> allTemplates();
 };
 

@@ -1,4 +1,7 @@
-// Paths below a volume's folder, as the suite's job model stores it.
+/// \file
+/// Paths below a folder that the suite's job model stores. For example, with the folder "/vol":
+///
+///     subPathString(Url::fromFilePath("/vol/A/1.mov"), folder, /*includingFileName=*/true)  // "A"
 #pragma once
 
 #include <string>
@@ -9,7 +12,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// `subPath` and `subPathString` below the path of a stored folder.
+/// Return what `subPath` and `subPathString` do for the path of the stored folder.
 [[nodiscard]] inline Url subPath(const Url& url, const stored::VolumeFolder& fromVolumeFolder, bool includingFileName) {
   return subPath(url, std::string_view(fromVolumeFolder.path()), includingFileName);
 }

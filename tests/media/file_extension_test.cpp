@@ -21,7 +21,7 @@ Set setOf(const auto& members) {
   return set;
 }
 
-TEST(FileExtension, IsFoundByItsRawValueAndEndsAPath) {
+TEST(FileExtension, IsFoundByRawValueAndByPath) {
   EXPECT_EQ(allCases<FileExtension>().size(), 245U);
   for (const FileExtension extension : allCases<FileExtension>()) {
     const std::string raw(rawValue(extension));
@@ -32,12 +32,12 @@ TEST(FileExtension, IsFoundByItsRawValueAndEndsAPath) {
     EXPECT_EQ(fromRawValue<FileExtension>(upper).has_value(), upper == raw) << raw;
     EXPECT_EQ(fileExtensionIgnoringCase(upper), extension);
     EXPECT_EQ(fileExtensionIgnoringCase("." + raw), std::nullopt) << raw;
-    // A path's extension has no dot of its own, as that of targz would.
+    // The extension of a path has no dot, so none is "targ.gz".
     EXPECT_EQ(Set{extension}.contains(url(extension, "/out.d/clip")), extension != targz) << raw;
   }
   EXPECT_EQ(url(mov, "/out/clip") + url(directory, "/out/clip"), "/out/clip.mov/out/clip");
   EXPECT_EQ(fromRawValue<FileExtension>("tar.gz"), std::nullopt);
-  EXPECT_EQ(fileExtensionIgnoringCase("\u212aMZ"), kmz);  // a Kelvin sign
+  EXPECT_EQ(fileExtensionIgnoringCase("\u212aMZ"), kmz);  // U+212A, the Kelvin sign, folds to k
 }
 
 TEST(FileExtensionSet, ContainsAPathByItsExtension) {
@@ -61,7 +61,7 @@ TEST(FileExtensionSet, ContainsAPathByItsExtension) {
   }
 }
 
-TEST(FileExtensionSet, ReadsTheExtensionOfAUrlFromItsPathAlone) {
+TEST(FileExtensionSet, UsesOnlyThePathOfAUrl) {
   const Set movies{mov};
   for (const auto url : {"https://h/b.mov?x=1", "file:///a/b.MOV#t", "https://h/b.mov?p=/x", "file:///a/b.m%6Fv",
                          "/a/what?#.mov", "s3://bucket/50%.mov"}) {
@@ -72,7 +72,7 @@ TEST(FileExtensionSet, ReadsTheExtensionOfAUrlFromItsPathAlone) {
   }
 }
 
-TEST(FileExtensionSet, GroupsKeepTheirRelations) {
+TEST(FileExtensionSet, GroupsRelateAsDocumented) {
   const Set media = Set::multimediaFileExtensions();
   const Set others = Set::extensionsWithoutVideoMedia();
   EXPECT_TRUE((media & others).empty() && (media | others) == setOf(allCases<FileExtension>()));
@@ -82,7 +82,7 @@ TEST(FileExtensionSet, GroupsKeepTheirRelations) {
   EXPECT_TRUE(others.contains("/card/CLIPS") && others.contains("LOOK.CUBE") && !others.contains("A001.MXF"));
 }
 
-TEST(FileExtensionSet, IsASet) {
+TEST(FileExtensionSet, BehavesLikeStdSet) {
   std::mt19937 random(20240615);
   const auto draw = [&random](std::set<FileExtension> members) {
     for (auto count = random() % 200; count > 0; --count) members.insert(allCases<FileExtension>()[random() % 245]);

@@ -20,7 +20,7 @@ TEST(VideoFrameRate, MatchesBySinglePrecision) {
     EXPECT_EQ(VideoFrameRate(rational), rate) << rate.formattedString();
     EXPECT_EQ(VideoFrameRate({rational.numerator * 7, rational.denominator * 7}), rate) << rate.formattedString();
     EXPECT_NE(VideoFrameRate::custom(rational), rate);
-    // The stored number of a rate comes back as that rate.
+    // The number of a standard rate reads back as that rate.
     EXPECT_EQ(VideoFrameRate(*MediaRational::fromRawValue(rational.rawValue())), rate) << rate.formattedString();
   }
   static_assert(VideoFrameRate({2997, 125}) == VideoFrameRate::ntsc24p);
@@ -34,7 +34,7 @@ TEST(VideoFrameRate, MatchesBySinglePrecision) {
             3U);
 }
 
-TEST(VideoFrameRateDeathTest, StopsNamingTheRational) {
+TEST(VideoFrameRateDeathTest, NamesARatioThatIsNotARate) {
   constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
   EXPECT_DEATH((void)VideoFrameRate({25, 0}), "VideoFrameRate of 25/0: ten thousand times the rate");
   EXPECT_DEATH((void)VideoFrameRate({0, 0}), "VideoFrameRate of 0/0");
@@ -60,9 +60,13 @@ TEST(FrameRate, ReadsBackWhatItStores) {
     EXPECT_EQ(FrameRate::fromRawValue(rate), FrameRate::custom(rate)) << rate;
   }
   EXPECT_EQ(FrameRate::fromRawValue(-0.0), FrameRate::match);
+  for (const double relation : {0.0, 0.5, -1.0, std::nan("")}) {
+    EXPECT_FALSE(FrameRate::isFramesPerSecond(relation)) << relation;
+  }
+  EXPECT_TRUE(FrameRate::isFramesPerSecond(23.976) && FrameRate::isFramesPerSecond(0.25));
 }
 
-TEST(FrameRate, RefusalsGoToTheSystemLog) {
+TEST(FrameRate, WritesNumbersThatAreNotRatesToTheSystemLog) {
   openlog("meridian-test", LOG_PERROR, LOG_USER);
   testing::internal::CaptureStderr();
   EXPECT_EQ(FrameRate::fromRawValue(-1), std::nullopt);

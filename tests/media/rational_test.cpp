@@ -18,12 +18,12 @@ constexpr bool sameTerms(const NumericRational& left, const NumericRational& rig
   return left.numerator == right.numerator && left.denominator == right.denominator;
 }
 
-TEST(NumericRational, EqualityKeepsItsOddities) {
+TEST(NumericRational, ComparesByItsOwnRules) {
   struct Case {
     NumericRational left, right;
     bool equal;
   };
-  // One numerator is enough; reducing takes positive terms for granted.
+  // Equal numerators suffice, and reducing assumes positive terms.
   constexpr Case cases[]{{{1, 2}, {1, 3}, true},    {{2, 4}, {1, 2}, true},      {{2, 4}, {1, 3}, false},
                          {{3, 0}, {5, 0}, true},    {{3, 0}, {3, 7}, true},      {{3, 0}, {5, 7}, false},
                          {{0, 5}, {0, 0}, true},    {{-3, 2}, {-1, 1}, true},    {{4, -2}, {2, -1}, true},
@@ -35,7 +35,7 @@ TEST(NumericRational, EqualityKeepsItsOddities) {
   static_assert(NumericRational{1, 2} == NumericRational{1, 3});
 }
 
-TEST(NumericRational, CalculatesAsTheReducedFraction) {
+TEST(NumericRational, CalculatesReducedFractions) {
   std::mt19937_64 random(3);
   for (int round = 0; round < 20000; ++round) {
     const auto term = [&] { return static_cast<std::int64_t>(random() % (1U << (1 + random() % 31))); };
@@ -54,7 +54,7 @@ TEST(NumericRational, CalculatesAsTheReducedFraction) {
     if (quotient) {
       ASSERT_EQ(*quotient, static_cast<double>(exact.numerator) / static_cast<double>(exact.denominator));
     }
-    // Whatever is equal has one hash.
+    // Equal ratios have equal hashes.
     ASSERT_TRUE(left != right || std::hash<NumericRational>{}(left) == std::hash<NumericRational>{}(right));
   }
   EXPECT_TRUE(sameTerms(NumericRational{1, 0} * NumericRational{2, 3}, {2, 0}));
@@ -66,7 +66,7 @@ TEST(NumericRational, CalculatesAsTheReducedFraction) {
   EXPECT_EQ((CGFloatRational{1, 2}.safeQuotient({-0.0, 4})), std::nullopt);
 }
 
-TEST(NumericRationalDeathTest, StopsNamingOperationAndOperands) {
+TEST(NumericRationalDeathTest, NamesOperationAndOperandsOnOverflow) {
   EXPECT_DEATH((void)(NumericRational{greatest, 1} * NumericRational{2, 3}),
                "NumericRational \\* of 9223372036854775807/1 and 2/3 leaves the signed 64-bit range");
   EXPECT_DEATH((void)(NumericRational{5, least} / NumericRational{-1, 7}),
@@ -77,7 +77,34 @@ TEST(NumericRationalDeathTest, StopsNamingOperationAndOperands) {
   EXPECT_DEATH((void)NumericRational::fromSize({1, 0x1p63}), "of the size 1.0 x 9223372036854775808.0");
 }
 
-TEST(NumericRational, TakesASizeTruncated) {
+TEST(NumericRational, CheckedResultsAreAbsentExactlyOnOverflow) {
+  std::mt19937_64 random(4);
+  int overflows = 0;
+  for (int round = 0; round < 20000; ++round) {
+    // Terms of any length, so that about half the products leave 64 bits.
+    const auto term = [&] { return static_cast<std::int64_t>(random() >> (1 + random() % 62)); };
+    const NumericRational left{term(), term()};
+    const NumericRational right{term(), term()};
+    const auto fits = [](std::int64_t one, std::int64_t other) { return one == 0 || other <= greatest / one; };
+    const bool productFits = fits(left.numerator, right.numerator) && fits(left.denominator, right.denominator);
+    const bool quotientFits = fits(left.numerator, right.denominator) && fits(left.denominator, right.numerator);
+    ASSERT_EQ(checkedProduct(left, right).has_value(), productFits);
+    ASSERT_EQ(checkedQuotient(left, right).has_value(), quotientFits);
+    if (productFits) {
+      ASSERT_TRUE(sameTerms(*checkedProduct(left, right), left * right));
+    }
+    if (quotientFits) {
+      ASSERT_TRUE(sameTerms(*checkedQuotient(left, right), left / right));
+    }
+    overflows += !productFits;
+  }
+  EXPECT_TRUE(overflows > 4000 && overflows < 16000) << overflows;
+  EXPECT_EQ(NumericRational::checkedFromSize({1920, std::nan("")}), std::nullopt);
+  EXPECT_EQ(NumericRational::checkedFromSize({-0x1p64, 1080}), std::nullopt);
+  EXPECT_TRUE(sameTerms(*NumericRational::checkedFromSize({-0x1p63, 0}), {least, 0}));
+}
+
+TEST(NumericRational, TruncatesASize) {
   EXPECT_TRUE(sameTerms(NumericRational::fromSize({1920.9, -1080.9}), {1920, -1080}));
   EXPECT_TRUE(sameTerms(NumericRational::fromSize({-0x1p63, std::nextafter(0x1p63, 0)}), {least, 9223372036854774784}));
 }
@@ -107,7 +134,7 @@ TEST(MediaRational, ReadsANumberInMillionths) {
                      {std::nan(""), {}}};
   for (const auto& [number, ratio] : cases) EXPECT_EQ(MediaRational::fromRawValue(number), ratio) << number;
 
-  // Neither way back is exact.
+  // Neither conversion is exact.
   EXPECT_EQ(MediaRational::fromRawValue(MediaRational{30000, 1001}.rawValue()), (MediaRational{29970029, 1000000}));
   EXPECT_EQ(MediaRational::fromTime(1, 0), std::nullopt);
   EXPECT_EQ((MediaRational{30000, 1001}.roundedDecimalString()), "29.97");

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <random>
+#include <set>
 
 #include "meridian/media/frame_number.h"
 #include "meridian/media/timecode_components.h"
@@ -24,19 +25,19 @@ TEST(TimecodeComponents, DecomposesAnyText) {
       {"12:34", {12, 34, none, none, false}},
       {"7", {7, none, none, none, false}},
       {"", {none, none, none, none, false}},
-      // Every ";" counts, wherever it stands.
+      // Any ";" makes it drop frame.
       {"01;02;03;04", {1, 2, 3, 4, true}},
       {"01;02:03:04", {1, 2, 3, 4, true}},
       {";", {none, none, none, none, true}},
-      // An empty field leaves its own component empty.
+      // The component of an empty field is absent.
       {"01::03:04", {1, none, 3, 4, false}},
       {":02:03:04", {none, 2, 3, 4, false}},
       {"01:02:03:", {1, 2, 3, none, false}},
-      // More than four fields: no saying which are the frames.
+      // With more than four fields, any could be the frames.
       {"01:02:03:04:05", {1, 2, 3, none, false}},
       {"01:02:03:04:", {1, 2, 3, none, false}},
       {"1:2:3:4:5;6", {1, 2, 3, none, true}},
-      // Digits and nothing else.
+      // Only digits make a number.
       {"+1:-2: 3:4 ", {none, none, none, none, false}},
       {"0-3:0x1:1.5:1e2", {none, none, none, none, false}},
       {"\u0661:\uff11:1\xff:1\n", {none, none, none, none, false}},
@@ -85,7 +86,7 @@ TEST(TimecodeComponents, ChecksFormLengthAndBounds) {
   }
 }
 
-TEST(TimecodeComponents, WritesWhatItReads) {
+TEST(TimecodeComponents, ReadsBackWhatItWrites) {
   std::mt19937_64 random(5);
   for (int round = 0; round < 20000; ++round) {
     const auto number = [&] { return static_cast<std::int64_t>(random() >> (1 + random() % 63)); };
@@ -101,8 +102,8 @@ TEST(TimecodeComponents, WritesWhatItReads) {
   EXPECT_EQ(Timecode::defaultNonDropTimecodeComponents.timecodeString(), Timecode::defaultNonDropTimecode);
 }
 
-/// Counts on to the next label as an editor would write them down, by the words of the standard.
-void countOn(Timecode& label, std::int64_t framesPerSecond, std::int64_t dropped) {
+/// Advances to the next label as the standard words it: minute by minute, without divisions.
+void advance(Timecode& label, std::int64_t framesPerSecond, std::int64_t dropped) {
   if (++label.frames < framesPerSecond) return;
   label.frames = 0;
   if (++label.seconds < 60) return;
@@ -125,52 +126,79 @@ TEST(FrameNumber, LabelsEveryFrameOfADay) {
                      {VideoFrameRate::custom({12, 1}), 12, 0, 1036800}};
   for (const auto& [rate, perSecond, dropped, framesOfDay] : cases) {
     const bool isDropFrame = dropped > 0;
-    // Labels that only count up are unique.
+    // Labels only ever count up, so they are unique.
     Timecode label{0, 0, 0, 0, isDropFrame};
     for (std::int64_t frame = 0; frame < framesOfDay; ++frame) {
-      ASSERT_EQ(timecodeOfFrame(frame, rate, isDropFrame), label) << frame;
-      ASSERT_EQ(frameNumber(label, rate), frame) << label.timecodeString();
-      countOn(label, perSecond, dropped);
+      const bool converts = timecodeOfFrame(frame, rate, isDropFrame) == label && frameNumber(label, rate) == frame;
+      ASSERT_TRUE(converts) << frame << " is " << label.timecodeString();
+      advance(label, perSecond, dropped);
     }
     EXPECT_EQ(label, (Timecode{24, 0, 0, 0, isDropFrame})) << rate.formattedString();
   }
 }
 
+TEST(FrameNumber, RejectsExactlyTheDroppedLabels) {
+  struct Case {
+    VideoFrameRate rate;
+    std::int64_t perSecond, dropped;
+  };
+  const std::set<std::int64_t> fullMinutes{0, 10, 20, 30, 40, 50};
+  for (const auto& [rate, perSecond, dropped] :
+       {Case{VideoFrameRate::ntsc30p, 30, 2}, Case{VideoFrameRate::ntsc60p, 60, 4}}) {
+    for (const std::int64_t hour : {0, 1, 23, 100}) {
+      for (std::int64_t minute = 0; minute < 60; ++minute) {
+        for (std::int64_t frame = 0; frame < 2 * perSecond; ++frame) {
+          const Timecode label{hour, minute, frame / perSecond, frame % perSecond, true};
+          const bool isDropped = frame < dropped && !fullMinutes.contains(minute);
+          const auto number = frameNumber(label, rate);
+          ASSERT_EQ(number.has_value(), !isDropped) << label.timecodeString();
+          if (isDropped) {
+            ASSERT_EQ(number.error(), TimecodeErrorCode::droppedLabel);
+          }
+          ASSERT_TRUE(frameNumber({hour, minute, frame / perSecond, frame % perSecond, false}, rate));
+        }
+      }
+    }
+  }
+}
+
 TEST(FrameNumber, SaysWhyALabelHasNoFrame) {
-  const VideoFrameRate held = VideoFrameRate::custom({29970029, 1000000});
+  const VideoFrameRate stored = VideoFrameRate::custom({29970029, 1000000});
   struct Case {
     std::string_view text;
     VideoFrameRate rate;
-    std::optional<TimecodeFault> fault;
+    std::optional<TimecodeErrorCode> error;
   };
-  const Case cases[]{{"00:01:00;00", VideoFrameRate::ntsc30p, TimecodeFault::droppedLabel},
-                     {"00:01:00;01", held, TimecodeFault::droppedLabel},
-                     {"00:01:00;02", held, {}},
-                     {"00:10:00;00", VideoFrameRate::ntsc30p, {}},
-                     {"00:01:01;00", VideoFrameRate::ntsc30p, {}},
-                     {"23:59:00;03", VideoFrameRate::ntsc60p, TimecodeFault::droppedLabel},
-                     {"00:01:00:00", VideoFrameRate::ntsc30p, {}},
-                     {"00:00:00;00", VideoFrameRate::p30, TimecodeFault::notADropFrameRate},
-                     {"00:00:00;00", VideoFrameRate::ntsc120p, TimecodeFault::notADropFrameRate},
-                     {"00:00:00;00", VideoFrameRate::custom({2996, 100}), TimecodeFault::notADropFrameRate},
-                     {"00:00:60:00", VideoFrameRate::p24, TimecodeFault::minutesOrSecondsAbove59},
-                     {"00:60:00:00", VideoFrameRate::p24, TimecodeFault::minutesOrSecondsAbove59},
-                     {"00:00:00:24", VideoFrameRate::ntsc24p, TimecodeFault::framesBeyondSecond},
-                     {"00:00:00:00", VideoFrameRate::custom({1, 0}), TimecodeFault::rateWithoutTimecode},
+  using enum TimecodeErrorCode;
+  const Case cases[]{{"00:01:00;01", stored, droppedLabel},
+                     {"00:01:00;02", stored, {}},
+                     {"00:00:00;00", VideoFrameRate::p30, notADropFrameRate},
+                     {"00:00:00;00", VideoFrameRate::ntsc120p, notADropFrameRate},
+                     {"00:00:00;00", VideoFrameRate::custom({2996, 100}), notADropFrameRate},
+                     {"00:00:60:00", VideoFrameRate::p24, minutesOrSecondsAbove59},
+                     {"00:60:00:00", VideoFrameRate::p24, minutesOrSecondsAbove59},
+                     {"00:00:00:24", VideoFrameRate::ntsc24p, framesBeyondSecond},
+                     {"00:00:00:00", VideoFrameRate::custom({1, 0}), rateWithoutTimecode},
                      {"00:00:00:29", VideoFrameRate::custom({-30, -1}), {}},
-                     {"00:00:00:00", VideoFrameRate::custom({-30, 1}), TimecodeFault::rateWithoutTimecode},
-                     {"00:00:00:00", VideoFrameRate::custom({49, 100}), TimecodeFault::rateWithoutTimecode},
-                     {"9223372036854775807:00:00:00", VideoFrameRate::p24, TimecodeFault::tooLarge},
+                     {"00:00:00:00", VideoFrameRate::custom({-30, 1}), rateWithoutTimecode},
+                     {"00:00:00:00", VideoFrameRate::custom({49, 100}), rateWithoutTimecode},
+                     {"9223372036854775807:00:00:00", VideoFrameRate::p24, tooLarge},
                      {"00:00:01:00", VideoFrameRate::custom({greatest, 1}), {}}};
-  for (const auto& [text, rate, fault] : cases) {
-    const Timecode label = Timecode::sanitizedTimecode(text);
-    EXPECT_EQ(timecodeFault(label, rate), fault) << text;
-    EXPECT_EQ(frameNumber(label, rate).has_value(), !fault) << text;
+  for (const auto& [text, rate, error] : cases) {
+    const auto number = frameNumber(Timecode::sanitizedTimecode(text), rate);
+    ASSERT_EQ(number.has_value(), !error) << text;
+    if (error) {
+      EXPECT_EQ(number.error(), *error) << text;
+    }
   }
-  EXPECT_EQ(timecodeFault({0, 0, -1, 0, false}, VideoFrameRate::p24), TimecodeFault::negativeComponent);
-  EXPECT_EQ(timecodeOfFrame(-1, VideoFrameRate::p24, false), std::nullopt);
-  EXPECT_EQ(timecodeOfFrame(0, VideoFrameRate::p24, true), std::nullopt);
-  EXPECT_EQ(timecodeOfFrame(0, VideoFrameRate::custom({1, 3}), false), std::nullopt);
+  EXPECT_EQ(frameNumber({0, 0, -1, 0, false}, VideoFrameRate::p24), Unexpected(negativeComponent));
+  EXPECT_EQ(timecodeOfFrame(-1, VideoFrameRate::p24, false), Unexpected(negativeFrameNumber));
+  EXPECT_EQ(timecodeOfFrame(0, VideoFrameRate::p24, true), Unexpected(notADropFrameRate));
+  EXPECT_EQ(timecodeOfFrame(0, VideoFrameRate::custom({1, 3}), false), Unexpected(rateWithoutTimecode));
+  EXPECT_EQ(
+      (TimecodeError{droppedLabel, "00:01:00;00", "at 29.97 FPS"}.message()),
+      "\"00:01:00;00\": is a label that drop-frame timecode skips: at 29.97 FPS; start such a minute at frame 02, or "
+      "04 at 59.94");
 }
 
 TEST(FrameNumber, IsExactAtTheEndsOfTheRange) {
@@ -186,11 +214,12 @@ TEST(FrameNumber, IsExactAtTheEndsOfTheRange) {
         if (frame != greatest) continue;
         TimecodeComponents next = *label;
         ++next.hours;
-        EXPECT_EQ(timecodeFault(next, rate), TimecodeFault::tooLarge) << rate.formattedString();
+        EXPECT_EQ(frameNumber(next, rate), Unexpected(TimecodeErrorCode::tooLarge)) << rate.formattedString();
       }
     }
   }
-  static_assert(timecodeFault({greatest, 0, 0, 0, false}, VideoFrameRate::custom({1, 1})) == TimecodeFault::tooLarge);
+  static_assert(frameNumber({greatest, 0, 0, 0, false}, VideoFrameRate::custom({1, 1})).error() ==
+                TimecodeErrorCode::tooLarge);
   static_assert(!VideoFrameRate::matching({1, 0}) && MediaRational{-1, 0}.rawValue() < 0);
   static_assert(timecodeOfFrame(1800, VideoFrameRate::ntsc30p, true) == Timecode{0, 1, 0, 2, true});
 }

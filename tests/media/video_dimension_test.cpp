@@ -26,8 +26,6 @@ TEST(VideoDimension, HasTextsAndSizes) {
        {400, 400}},
       {VideoDimension::custom(0, 1080), "Custom Dimensions", "Custom Dimensions", "custom", {0, 1080}, {0, 1080}},
       {VideoDimension::match, "Match", "Match", "Match", {0, 0}, {1920, 1080}},
-      {VideoDimension::half, "Half", "Half", "Half", {0.5, 0.5}, {1920, 1080}},
-      {VideoDimension::twoTwentyP, "QVGA (320x220)", "QVGA (320x220)", "QVGA (320x220)", {320, 220}, {320, 220}},
       {VideoDimension::fourK,
        "4K UHD (3840 x 2160)",
        "4K UHD (3840 x 2160)",

@@ -19,21 +19,21 @@ using Factory = TranscodePresetProtobufTemplateFactory;
 using Words = std::vector<std::string>;
 using stored::PresetInformation;
 
-/// As it comes back from a file.
+/// Returns the preset as it is read back from a file.
 PresetInformation reread(const PresetInformation& preset) {
   PresetInformation again;
   EXPECT_TRUE(again.ParseFromString(preset.SerializeAsString()));
   return again;
 }
 
-TEST(StoredPreset, AllWaysOfNamingASettingAgree) {
+TEST(StoredPreset, TemplatesHoldTheSettingsOfTheBuiltInPresets) {
   const auto templates = Factory::allTemplates();
   ASSERT_EQ(templates.size(), allCases<TranscodeCliPreset>().size());
   for (const TranscodeCliPreset each : allCases<TranscodeCliPreset>()) {
     const PresetInformation stored = reread(templates[static_cast<std::size_t>(each)]);
     EXPECT_EQ(stored.name(), "SLV_TranscodePreset_Template-" + std::string(preset(each)));
     EXPECT_EQ(Factory::presetOfTemplateName(stored.name()), each);
-    // In one order too.
+    // The order is the same too.
     const TranscodeCliArguments parsed({"-preset", preset(each)});
     const TranscodeCliArguments read = argumentsOf(stored);
     EXPECT_EQ(read.commandLine(), orderedArgumentsAsList(each));
@@ -51,7 +51,7 @@ TEST(StoredPreset, AllWaysOfNamingASettingAgree) {
   EXPECT_EQ(cloud.transcode_options().audio().sample_rate(), 48000);
 }
 
-/// What of the store a preset holds, whatever the order.
+/// Returns the settings of the store that a preset holds, by a plain rule of its own.
 reference::Store settingsOf(const TranscodeCliArguments& arguments) {
   TranscodeCliArguments::Stored kept = arguments.stored();
   kept.orderedFlags.reset();
@@ -62,7 +62,7 @@ reference::Store settingsOf(const TranscodeCliArguments& arguments) {
            (known != nullptr && known->group == FlagGroup::command);
   };
   kept.flagValueLookup.eraseIf(isOfOneJob);
-  // A value that would be read as a flag is rejected on the way back.
+  // A value that a command line would read as a flag is rejected when the preset is read.
   const TextDictionary valid = kept.flagValueLookup;
   for (const auto& [flag, value] : valid) {
     if (!trimmed(value).starts_with('-')) continue;
@@ -100,14 +100,14 @@ TEST(StoredPreset, KeepsEverySettingOfRandomStores) {
     std::ranges::sort(expected.invalid);
     std::ranges::sort(read.invalid);
     ASSERT_EQ(read, expected) << stored.DebugString();
-    // The same settings once more change nothing.
+    // Storing the same settings again changes nothing.
     PresetInformation updated = stored;
     updateStoredPreset(updated, argumentsOf(stored));
     ASSERT_EQ(reference::storeOf(argumentsOf(updated)), reference::storeOf(argumentsOf(stored)));
   }
 }
 
-TEST(StoredPreset, UnknownFieldsAndWhatNoCommandLineSaysSurviveAnUpdate) {
+TEST(StoredPreset, AnUpdateKeepsUnknownFieldsAndRelativeSizesAndRates) {
   PresetInformation preset;
   preset.set_name("Dailies");
   auto& options = *preset.mutable_transcode_options();
@@ -136,7 +136,7 @@ TEST(StoredPreset, UnknownFieldsAndWhatNoCommandLineSaysSurviveAnUpdate) {
   EXPECT_EQ(reread(updated).GetReflection()->GetUnknownFields(updated).field(0).length_delimited(), "later");
 }
 
-TEST(StoredPreset, FieldsHoldOverTheTextBesideThem) {
+TEST(StoredPreset, FieldsOverrideTheTextsBesideThem) {
   PresetInformation preset = storedPreset("", TranscodeCliArguments({"-vbr", "3.0", "-dims", "1280X720", "-vr", "x"}));
   EXPECT_EQ(argumentsOf(preset).commandLine(), (Words{"-dims", "1280x720", "-vbr", "3.0", "-vr", "x"}));
   auto& video = *preset.mutable_transcode_options()->mutable_video();
@@ -147,7 +147,7 @@ TEST(StoredPreset, FieldsHoldOverTheTextBesideThem) {
   video.clear_bit_rate();
   EXPECT_EQ(argumentsOf(preset).commandLine(), (Words{"-vr", "24.0"}));
 
-  // Also over a text that reads as nothing, and when the field says what no command line can.
+  // So does a field whose text did not parse, or that a command line cannot express.
   preset = storedPreset("", TranscodeCliArguments({"-dims", "1920x", "-vr", "0.5", "-vcodec", "hevc"}));
   EXPECT_EQ(argumentsOf(preset).commandLine(), (Words{"-dims", "1920x", "-vr", "0.5", "-vcodec", "hevc"}));
   preset.mutable_transcode_options()->mutable_video()->set_frame_rate(0.5);
@@ -174,7 +174,7 @@ TEST(StoredPreset, AnUpdateThatChangesNothingKeepsEveryNumber) {
   }
 }
 
-TEST(StoredPreset, ForeignSettingsAreCheckedLikeACommandLine) {
+TEST(StoredPreset, ChecksForeignSettingsLikeACommandLine) {
   PresetInformation preset;
   const auto add = [&](std::string flag, std::string value) {
     auto& setting = *preset.mutable_transcode_options()->add_other_settings();
@@ -182,7 +182,7 @@ TEST(StoredPreset, ForeignSettingsAreCheckedLikeACommandLine) {
     setting.set_value(std::move(value));
   };
   add("-foo", "1");
-  // Flags of one job, however they are disguised.
+  // Flags of one job, in forms that differ from the normal one.
   for (const std::string flag :
        {"-out", "-OUT", " -out ", "-in_0_0", "\n-In_0_1", "-Work_Dir", "-overwrite\u2003", "-H"}) {
     add(flag, "/etc/passwd");
@@ -202,7 +202,7 @@ TEST(StoredPreset, ForeignSettingsAreCheckedLikeACommandLine) {
                                             "qt", "-vcodec", "prores4444xq", "-acodec", "lpcm"}));
 }
 
-TEST(StoredPreset, FlagsThatDifferInFormAloneAreOneSetting) {
+TEST(StoredPreset, TreatsFlagsThatDifferOnlyInFormAsOneSetting) {
   TranscodeCliArguments arguments({"-vbr", "3"});
   arguments.setArgumentFlagValue("-VBR", "4");
   arguments.setArgumentFlagValue("-OUT", "/out");
@@ -214,7 +214,7 @@ TEST(StoredPreset, FlagsThatDifferInFormAloneAreOneSetting) {
   EXPECT_EQ(read.unknownFlags(), Words{"-foo"});
 }
 
-TEST(StoredPreset, SizesThatFitNoChoiceAreReportedAndMatch) {
+TEST(StoredPreset, ReportsSizesThatAreNotAChoiceAndMatchesTheSource) {
   PresetInformation preset;
   for (const VideoDimension& each : VideoDimension::allCases()) {
     setVideoDimension(preset, each);
@@ -242,7 +242,7 @@ TEST(StoredPreset, SizesThatFitNoChoiceAreReportedAndMatch) {
   EXPECT_EQ(outputOf(stored::SIZING_KIND_MATCH_SOURCE, 0, 0), "");
 }
 
-TEST(StoredPreset, PathsBelowAStoredFolderAreThoseBelowItsPath) {
+TEST(StoredPreset, FindsPathsBelowAStoredFolder) {
   stored::VolumeFolder folder;
   folder.set_path("/vol/\xff");
   const Url clip = Url::fromFilePath("/vol/\xff/A/1.mov");

@@ -151,14 +151,14 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"rate"}, "VALUE|NUM/DEN is missing"},
       {{"rate", "-inf"}, "unexpected argument: -inf"},
       {{"timecode", "--rate", "25", "--rate", "24"}, "--rate is given more than once"},
-      {{"rate", "abc"}, "write a number (23.976) or a ratio (24000/1001)"},
-      {{"rate", "1/2/3"}, "no ratio of two integers"},
-      {{"timecode"}, "a timecode is missing"},
+      {{"rate", "abc"}, "\"abc\" is not a frame rate; expected a number (23.976) or a ratio (24000/1001)"},
+      {{"rate", "1/2/3"}, "is not a ratio; expected two integers"},
+      {{"timecode"}, "expected a timecode"},
       {{"dimension", "--", "1920", "1080", "-3"}, "unexpected argument: -3"},
       {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
-      {{"timecode", "--rate", "25", "--frames", "1.5"}, "no number of frames"},
-      {{"dimension", "1920"}, "write 1920 1080 or 1920x1080"},
-      {{"dimension", "1920x1080", "1"}, "no width in pixels"},
+      {{"timecode", "--rate", "25", "--frames", "1.5"}, "is not a number of frames; expected a 64-bit integer"},
+      {{"dimension", "1920"}, "is not a size; expected 1920 1080 or 1920x1080"},
+      {{"dimension", "1920x1080", "1"}, "is not a width; expected a number of pixels"},
       {{"completion", "fish"}, "known values:\n  bash"},
       {{"timecode", "--rate"}, "--rate needs a value: VALUE|NUM/DEN"},
       {{"transcode"}, "unknown subcommand \"transcode\"; known subcommands:\n  parse\n"},
@@ -329,19 +329,19 @@ TEST(Command, TimecodeShowsFormComponentsAndFrame) {
   EXPECT_EQ(timecode({"12:34"}),
             R"({"properForm":false,"components":{"hours":12,"minutes":34,"seconds":0,"frames":0,"isDropFrame":false},)"
             R"("timecodeString":"12:34:00:00"})");
-  EXPECT_THAT(timecode({"01:00:00;00", "--rate", "29.97"}), HasSubstr(R"("frameNumber":107892,"fault":null})"));
+  EXPECT_THAT(timecode({"01:00:00;00", "--rate", "29.97"}), HasSubstr(R"("frameNumber":107892,"error":null})"));
   EXPECT_THAT(timecode({"00:01:00;00", "--rate", "30000/1001"}),
-              HasSubstr(R"("frameNumber":null,"fault":"droppedLabel"})"));
+              HasSubstr(R"("frameNumber":null,"error":"droppedLabel"})"));
   EXPECT_THAT(timecode({"00:00:59;29", "--rate", "29.97", "--frames", "1"}),
-              HasSubstr(R"("timecodeString":"00:01:00;02","frameNumber":1800,"fault":null})"));
+              HasSubstr(R"("timecodeString":"00:01:00;02","frameNumber":1800,"error":null})"));
   EXPECT_THAT(timecode({"--rate", "25", "--frames", "90000"}), HasSubstr(R"("timecodeString":"01:00:00:00")"));
   EXPECT_THAT(meridianWith({"timecode", "00:01:00;00", "--rate", "25"}).output,
-              HasSubstr("no frame: drop frame is for 29.97 and 59.94 alone"));
-  EXPECT_THAT(meridianWith({"timecode", "1:2:x:4"}).output, HasSubstr("no number for seconds; 0 stands there"));
-  EXPECT_THAT(meridianWith({"timecode", "1:2:3:4"}).output, HasSubstr("each part has two digits"));
+              HasSubstr("no frame: the timecode is drop frame, which this frame rate does not have; use 29.97"));
+  EXPECT_THAT(meridianWith({"timecode", "1:2:x:4"}).output, HasSubstr("no number for seconds; read as 0"));
+  EXPECT_THAT(meridianWith({"timecode", "1:2:3:4"}).output, HasSubstr("each part needs at least two digits"));
   const Outcome unread = meridianWith({"timecode", "12:34", "--rate", "25", "--frames", "1"});
   EXPECT_EQ(unread.status, 1);
-  EXPECT_THAT(unread.errors, HasSubstr("\"12:34\" is no timecode to count from: no number for seconds, frames"));
+  EXPECT_THAT(unread.errors, HasSubstr("cannot count from \"12:34\": no number for seconds, frames"));
   for (const std::string frames : {"-1", "9223372036854775807"}) {
     const Outcome outcome = meridianWith({"timecode", "00:00:00:00", "--rate", "25", "--frames", frames});
     EXPECT_EQ(outcome.status, frames == "-1" ? 1 : 0) << frames;

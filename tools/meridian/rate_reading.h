@@ -1,4 +1,5 @@
-// How a user writes a frame rate.
+/// \file
+/// Reads a frame rate as a user writes it. For example, readRate("30000/1001").rate is VideoFrameRate::ntsc30p.
 #pragma once
 
 #include <string_view>
@@ -7,14 +8,15 @@
 
 namespace meridian::command {
 
+/// A frame rate that a user wrote.
 struct GivenRate {
   /// Frames per second, as a number.
   double number = 0;
   VideoFrameRate rate;
 };
 
-/// Reads a number ("23.976") or a ratio ("24000/1001"). Throws UsageError for a text that is neither,
-/// std::runtime_error for a number that no rate can have.
+/// Reads a number ("23.976") or a ratio ("24000/1001") of frames per second. Throws UsageError for a text that is
+/// neither, and std::runtime_error for 0, for a number that is not finite, and for one that is too large.
 [[nodiscard]] GivenRate readRate(std::string_view text);
 
 }  // namespace meridian::command

@@ -1,4 +1,4 @@
-// meridian dimension: which output-size choice a size is.
+// meridian dimension: shows which output-size choice a size in pixels is.
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -15,17 +15,17 @@ namespace {
 
 double readPixels(std::string_view text, std::string_view name) {
   const auto pixels = doubleFromText(text);
-  if (!pixels) throw UsageError(inQuotes(text) + " is no " + std::string(name) + " in pixels; write a number");
+  if (!pixels) throw UsageError(inQuotes(text) + " is not a " + std::string(name) + "; expected a number of pixels");
   return *pixels;
 }
 
-/// Two numbers, or one text as it stands on the transcoder's command line.
+/// Reads two numbers, or one text in the form of the transcoder's command line ("1920x1080").
 Size readSize(const Arguments& arguments) {
   const std::string width = *arguments.value("width");
   const auto height = arguments.value("height");
   if (height) return {readPixels(width, "width"), readPixels(*height, "height")};
   const auto size = sizeFromDimensionsText(width);
-  if (!size) throw UsageError(inQuotes(width) + " is no size; write 1920 1080 or 1920x1080");
+  if (!size) throw UsageError(inQuotes(width) + " is not a size; expected 1920 1080 or 1920x1080");
   return *size;
 }
 
@@ -36,7 +36,7 @@ Status showDimension(const Arguments& arguments) {
   const auto choice = VideoDimension::fromStored(VideoSizingKind::pixels, size);
   if (!choice) {
     throw std::runtime_error(shortestDecimalText(size.width) + " x " + shortestDecimalText(size.height) +
-                             " is no size: width and height have to be above 0 and finite");
+                             " is not a size: width and height must be above 0 and finite");
   }
   if (arguments.has("json")) {
     printJson({{"case", rawValue(choice->kind())},
@@ -61,15 +61,10 @@ Subcommand dimensionCommand() {
       .name = "dimension",
       .description = "Show which output-size choice a size in pixels is",
       .example = "meridian dimension 1920 1080",
-      .options = {{Option::Kind::positional, "width", "The width in pixels", "WIDTH"},
-                  {Option::Kind::positional,
-                   "height",
-                   "The height in pixels; left out after a WIDTHxHEIGHT",
-                   "HEIGHT",
-                   {},
-                   true},
-                  {Option::Kind::flag, "json",
-                   "Print JSON: case, description, pickerDescription, tag, size, previewSize"}},
+      .options =
+          {{Option::Kind::positional, "width", "The width in pixels, or both as WIDTHxHEIGHT", "WIDTH"},
+           {Option::Kind::positional, "height", "The height in pixels; omit it after WIDTHxHEIGHT", "HEIGHT", {}, true},
+           {Option::Kind::flag, "json", "Print JSON: case, description, pickerDescription, tag, size, previewSize"}},
       .action = showDimension,
   };
 }

@@ -1,4 +1,4 @@
-// meridian extensions: the file extensions that the suite knows, and their groups.
+// meridian extensions: lists the known file extensions and their groups.
 #include <algorithm>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -40,7 +40,7 @@ void printAll(bool json) {
     std::cout << styled(Style::heading, group.name) << "  " << texts.size() << '\n';
     std::string line = " ";
     for (const std::string_view text : texts) {
-      const std::string word = text.empty() ? "(none: a folder)" : std::string(text);
+      const std::string word = text.empty() ? "(none: a directory)" : std::string(text);
       if (line.size() + 1 + word.size() > 100) {
         std::cout << line << '\n';
         line = " ";
@@ -64,14 +64,14 @@ Status listExtensions(const Arguments& arguments) {
 }  // namespace
 
 Subcommand extensionsCommand() {
-  Option group{Option::Kind::value, "group", "Print the members of one group, one a line", "NAME"};
+  Option group{Option::Kind::value, "group", "Print the members of one group, one per line", "NAME"};
   for (const FileExtensionGroup& each : fileExtensionGroups) group.choices.push_back(each.name);
   return {
       .name = "extensions",
-      .description = "List the file extensions that are known, by group",
+      .description = "List the known file extensions by group",
       .example = "meridian extensions --group videoFileExtensions",
       .options = {group,
-                  {Option::Kind::flag, "json", "Print JSON: extensions and groups, or the list of the one group"}},
+                  {Option::Kind::flag, "json", "Print JSON: extensions and groups, or the members of the one group"}},
       .action = listExtensions,
   };
 }

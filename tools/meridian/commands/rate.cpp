@@ -1,4 +1,4 @@
-// meridian rate: what a frame rate is matched to.
+// meridian rate: shows which standard rate and which setting a frame rate matches.
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -14,7 +14,7 @@
 namespace meridian::command {
 namespace {
 
-/// The choice in settings; none for a rate below 0, which they do not have.
+/// Returns the choice in conversion settings; absent for a rate below 0.
 std::optional<FrameRate> choiceOf(const GivenRate& given) {
   return given.number > 0 ? FrameRate::fromRawValue(given.number) : std::nullopt;
 }
@@ -49,8 +49,8 @@ Cell standardText(const VideoFrameRate& rate) {
 std::string timecodeText(const VideoFrameRate& rate) {
   const auto framesPerSecond = timecodeFramesPerSecond(rate);
   if (!framesPerSecond) return "none";
-  return std::to_string(*framesPerSecond) + (*framesPerSecond == 1 ? " frame" : " frames") + " a second" +
-         (droppedLabelsPerMinute(rate) ? ", drop frame or not" : "");
+  return std::to_string(*framesPerSecond) + (*framesPerSecond == 1 ? " frame" : " frames") + " per second" +
+         (droppedLabelsPerMinute(rate) ? ", drop frame or non-drop" : "");
 }
 
 void printForPeople(const GivenRate& given) {
@@ -60,7 +60,7 @@ void printForPeople(const GivenRate& given) {
   printTable({{{"standard rate", Style::name}, standardText(given.rate)},
               {{"exactly", Style::name}, {ratioText(rational) + " = " + shortestDecimalText(rational.rawValue())}},
               {{"in settings", Style::name},
-               {choice ? choice->description() : "no choice stands for it", choice ? Style::plain : Style::warning}},
+               {choice ? choice->description() : "not available", choice ? Style::plain : Style::warning}},
               {{"timecode", Style::name}, {timecodeText(given.rate)}}});
 }
 
@@ -69,7 +69,7 @@ void printForPeople(const GivenRate& given) {
 Subcommand rateCommand() {
   return {
       .name = "rate",
-      .description = "Show the standard rate, exact ratio and settings' choice of a frame rate",
+      .description = "Show the standard rate, the exact ratio and the conversion setting of a frame rate",
       .example = "meridian rate 23.976\nmeridian rate 30000/1001 --json",
       .options = {{Option::Kind::positional, "rate", "Frames per second, as a number or a ratio", "VALUE|NUM/DEN"},
                   {Option::Kind::flag, "json",

@@ -1,4 +1,4 @@
-// meridian timecode: what a timecode means, and which frame it labels.
+// meridian timecode: shows what a timecode means and which frame it labels.
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -18,16 +18,16 @@ namespace {
 
 struct Reading {
   std::string text;
-  /// The timecode to show: that of the text, or the one that it was moved to.
+  /// The timecode to show: the one in the text, or the one `movedBy` frames later.
   TimecodeComponents timecode;
   std::optional<VideoFrameRate> rate;
   std::optional<std::int64_t> movedBy;
 
   [[nodiscard]] bool properForm() const { return TimecodeComponents::timecodeHasProperForm(text, true, true); }
-  [[nodiscard]] std::optional<std::int64_t> frameNumber() const { return meridian::frameNumber(timecode, *rate); }
+  [[nodiscard]] auto frameNumber() const { return meridian::frameNumber(timecode, *rate); }
 };
 
-/// The components that the text does not have, or that do not read.
+/// Lists the components that are missing from the text or are not numbers.
 std::string missingComponents(std::string_view text) {
   const DecomposedTimecode read = TimecodeComponents::decomposeTimecodeString(text);
   std::string missing;
@@ -41,36 +41,38 @@ std::string missingComponents(std::string_view text) {
   return missing;
 }
 
-/// What keeps the text from being a proper timecode.
-std::string formFault(std::string_view text) {
+/// Says why the text is not a proper timecode.
+std::string formProblem(std::string_view text) {
   const std::string missing = missingComponents(text);
-  if (!missing.empty()) return "not proper: no number for " + missing + "; 0 stands there";
-  if (!TimecodeComponents::timecodeHasProperForm(text, true, false)) return "not proper: each part has two digits";
-  return "not proper: minutes and seconds are above 60";
+  if (!missing.empty()) return "not proper: no number for " + missing + "; read as 0";
+  if (!TimecodeComponents::timecodeHasProperForm(text, true, false)) {
+    return "not proper: each part needs at least two digits";
+  }
+  return "not proper: minutes or seconds are above 60";
 }
 
-/// The timecode this many frames on.
+/// Returns the timecode this many frames later. Throws std::runtime_error if there is none.
 TimecodeComponents moved(const TimecodeComponents& timecode, std::int64_t frames, const VideoFrameRate& rate) {
-  if (const auto fault = timecodeFault(timecode, rate)) {
-    throw std::runtime_error(timecode.timecodeString() + " labels no frame at " + rate.formattedString() + ": " +
-                             std::string(description(*fault)));
+  const auto number = frameNumber(timecode, rate);
+  if (!number) {
+    const TimecodeError error{number.error(), timecode.timecodeString(), "at " + rate.formattedString()};
+    throw std::runtime_error(error.message());
   }
-  const std::int64_t number = *frameNumber(timecode, rate);
-  const auto target = checkedSum(number, frames);
-  const auto result = target ? timecodeOfFrame(*target, rate, timecode.isDropFrame) : std::nullopt;
-  if (!result) {
-    throw std::runtime_error(timecode.timecodeString() + " is frame " + std::to_string(number) + ", and " +
-                             std::to_string(frames) + " on from there lies outside 0 to 2^63 - 1");
+  const auto target = checkedSum(*number, frames);
+  if (!target || *target < 0) {
+    throw std::runtime_error("cannot move " + timecode.timecodeString() + ", frame " + std::to_string(*number) +
+                             ", by " + std::to_string(frames) + " frames: the result is outside 0 to 2^63 - 1");
   }
-  return *result;
+  // A rate that has a frame number for a timecode has timecodes for all frame numbers.
+  return timecodeOfFrame(*target, rate, timecode.isDropFrame).value();
 }
 
 Reading readArguments(const Arguments& arguments) {
   const auto text = arguments.value("timecode");
   const auto frames = arguments.value("frames");
   const auto rate = arguments.value("rate");
-  if (!text && !frames) throw UsageError("a timecode is missing, or --frames with --rate");
-  if (frames && !rate) throw UsageError("--frames needs --rate, since the rate decides how frames are labelled");
+  if (!text && !frames) throw UsageError("missing argument: expected a timecode, or --frames with --rate");
+  if (frames && !rate) throw UsageError("--frames needs --rate: frames are labelled by the frame rate");
 
   Reading reading;
   reading.text = text.value_or(std::string(TimecodeComponents::defaultNonDropTimecode));
@@ -80,10 +82,10 @@ Reading readArguments(const Arguments& arguments) {
 
   reading.movedBy = integerFromText(*frames);
   if (!reading.movedBy) {
-    throw UsageError(inQuotes(*frames) + " is no number of frames; write an integer within 64 bits");
+    throw UsageError(inQuotes(*frames) + " is not a number of frames; expected a 64-bit integer");
   }
   if (const std::string missing = missingComponents(reading.text); !missing.empty()) {
-    throw std::runtime_error(inQuotes(reading.text) + " is no timecode to count from: no number for " + missing);
+    throw std::runtime_error("cannot count from " + inQuotes(reading.text) + ": no number for " + missing);
   }
   reading.timecode = moved(reading.timecode, *reading.movedBy, *reading.rate);
   return reading;
@@ -95,9 +97,8 @@ void printAsJson(const Reading& reading) {
                 {"timecodeString", reading.timecode.timecodeString()}};
   if (reading.rate) {
     const auto number = reading.frameNumber();
-    const auto fault = timecodeFault(reading.timecode, *reading.rate);
     document["frameNumber"] = number ? Json(*number) : Json();
-    document["fault"] = fault ? Json(rawValue(*fault)) : Json();
+    document["error"] = number ? Json() : Json(rawValue(number.error()));
   }
   printJson(document);
 }
@@ -107,20 +108,25 @@ void printForPeople(const Reading& reading) {
   std::cout << styled(Style::heading, timecode.timecodeString()) << '\n';
   std::vector<std::vector<Cell>> rows;
   if (reading.movedBy) {
-    rows.push_back({{"counted", Style::name}, {std::to_string(*reading.movedBy) + " on from " + reading.text}});
+    rows.push_back({{"moved", Style::name},
+                    {std::to_string(*reading.movedBy) + (*reading.movedBy == 1 ? " frame from " : " frames from ") +
+                     reading.text}});
   }
-  rows.push_back({{"form", Style::name},
-                  reading.properForm() ? Cell{"proper", Style::good} : Cell{formFault(reading.text), Style::warning}});
+  rows.push_back(
+      {{"form", Style::name},
+       reading.properForm() ? Cell{"proper", Style::good} : Cell{formProblem(reading.text), Style::warning}});
   rows.push_back({{"hours", Style::name}, {std::to_string(timecode.hours)}});
   rows.push_back({{"minutes", Style::name}, {std::to_string(timecode.minutes)}});
   rows.push_back({{"seconds", Style::name}, {std::to_string(timecode.seconds)}});
   rows.push_back({{"frames", Style::name}, {std::to_string(timecode.frames)}});
   rows.push_back({{"counting", Style::name}, {timecode.isDropFrame ? "drop frame" : "non-drop"}});
   if (reading.rate) {
-    const auto fault = timecodeFault(timecode, *reading.rate);
+    const auto number = reading.frameNumber();
     rows.push_back({{"at " + reading.rate->formattedString(), Style::name},
-                    fault ? Cell{"no frame: " + std::string(description(*fault)), Style::warning}
-                          : Cell{"frame " + std::to_string(*reading.frameNumber())}});
+                    number ? Cell{"frame " + std::to_string(*number)}
+                           : Cell{"no frame: the timecode " + std::string(description(number.error())) + "; " +
+                                      std::string(remedy(number.error())),
+                                  Style::warning}});
   }
   printTable(rows);
 }
@@ -130,19 +136,19 @@ void printForPeople(const Reading& reading) {
 Subcommand timecodeCommand() {
   return {
       .name = "timecode",
-      .description = "Show what a timecode means, whether its form is proper, and which frame it labels",
+      .description = "Show the parts of a timecode, whether its form is proper, and which frame it labels",
       .example =
           "meridian timecode '01:02:03;04' --rate 29.97\nmeridian timecode '00:00:00;00' --rate 29.97 --frames 1800",
       .options = {{Option::Kind::positional,
                    "timecode",
-                   "Such as 01:02:03:04, or 01:02:03;04 for drop frame; left out, 00:00:00:00",
+                   "Such as 01:02:03:04, or 01:02:03;04 for drop frame; default 00:00:00:00",
                    "TEXT",
                    {},
                    true},
                   {Option::Kind::value, "rate", "Also show the frame number at this rate", "VALUE|NUM/DEN"},
-                  {Option::Kind::value, "frames", "Show the timecode this many frames on, at the rate", "N"},
+                  {Option::Kind::value, "frames", "Show the timecode this many frames later, at the rate", "N"},
                   {Option::Kind::flag, "json",
-                   "Print JSON: properForm, components, timecodeString, frameNumber, fault"}},
+                   "Print JSON: properForm, components, timecodeString, frameNumber, error"}},
       .action =
           [](const Arguments& arguments) {
             const Reading reading = readArguments(arguments);
