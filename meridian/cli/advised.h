@@ -8,6 +8,7 @@
 
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "meridian/base/error.h"
 
@@ -19,14 +20,19 @@ struct Advised : Base {
   std::string advice{};
 
   [[nodiscard]] std::string_view remedy() const noexcept { return advice.empty() ? Base::remedy() : advice; }
-  /// Returns the whole error or warning for a person, safe for a terminal.
-  [[nodiscard]] std::string message() const { return meridian::detail::messageOf(this->place, sentence(), "", ""); }
+  /// Returns the error or warning as one line for a person, with control characters escaped.
+  [[nodiscard]] std::string message() const { return messageAt(this->place); }
   /// Returns the same without its place, for a table that has the place in a column of its own.
-  [[nodiscard]] std::string sentence() const {
-    return meridian::detail::messageOf("", this->text(), this->detail, remedy());
-  }
+  [[nodiscard]] std::string sentence() const { return messageAt(""); }
 
   friend bool operator==(const Advised&, const Advised&) = default;
+
+ private:
+  [[nodiscard]] std::string messageAt(std::string_view place) const {
+    std::error_code systemError;
+    if constexpr (requires { Base::systemError; }) systemError = Base::systemError;
+    return meridian::detail::messageOf(place, this->text(), this->detail, systemError, remedy());
+  }
 };
 
 }  // namespace meridian::inline v0_2

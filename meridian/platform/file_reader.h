@@ -27,8 +27,8 @@ class FileReader {
   /// Returns the size in bytes if the system knows it beforehand; 0 for a pipe.
   [[nodiscard]] std::uint64_t size() const noexcept { return size_; }
 
-  /// Reads until the memory is full or the file ends. Returns the number of bytes read: less than the memory holds at the
-  /// end of the file and after an error.
+  /// Reads until the memory is full or the file ends. Returns the number of bytes read: less than the memory holds at
+  /// the end of the file and after an error.
   [[nodiscard]] std::size_t read(std::span<char> memory) noexcept;
 
   /// Goes back to the beginning. Returns false if that is impossible, as it is for a pipe.

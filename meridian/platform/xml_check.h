@@ -13,8 +13,8 @@ namespace meridian::inline v0_2 {
 
 /// Checks a document piece by piece. Nothing outside of it is read: external entities and document types are skipped,
 /// and internal entities in content are neither expanded nor inspected. A byte above 0x7F in an encoding other than
-/// Expat's own (UTF-8, UTF-16, ISO-8859-1, ASCII) counts as a letter. Memory is limited to 16 MiB: a document that needs
-/// more, for a single tag or its depth, counts as not well-formed. Only one check at a time on each thread.
+/// Expat's own (UTF-8, UTF-16, ISO-8859-1, ASCII) counts as a letter. Memory is limited to 16 MiB: a document that
+/// needs more, for a single tag or its depth, counts as not well-formed. Only one check at a time on each thread.
 class XmlCheck {
  public:
   XmlCheck();

@@ -27,8 +27,8 @@ void checkIsDrawable(const ParsedLutFile& lut) {
   if (hasCodeValues || description.dimensions == LutDimensions::oneD) return;  // drawn on the scale from 0 to 1
   const double reach = std::max(std::fabs(description.lowValue), std::fabs(description.highValue));
   if (reach > most) {
-    throw CommandError("the values of the LUT reach " + shortestDecimalText(reach) + "; the largest that can be drawn is " +
-                  shortestDecimalText(most));
+    throw CommandError("the values of the LUT reach " + shortestDecimalText(reach) +
+                       "; the largest that can be drawn is " + shortestDecimalText(most));
   }
 }
 

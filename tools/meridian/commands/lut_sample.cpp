@@ -86,8 +86,8 @@ Status convertSamples(const Arguments& arguments) {
         lut->inputConverter().convertIfPossible(sample.red, sample.green, sample.blue, depths.input, depths.output);
     if (!result) {
       throw CommandError("sample " + std::to_string(results.size() + 1) + " (" + std::to_string(sample.red) + ", " +
-                    std::to_string(sample.green) + ", " + std::to_string(sample.blue) +
-                    ") has no code value: " + reasonFor(describe(*lut), sample, depths));
+                         std::to_string(sample.green) + ", " + std::to_string(sample.blue) +
+                         ") has no code value: " + reasonFor(describe(*lut), sample, depths));
     }
     results.push_back({result->red, result->green, result->blue});
   }
