@@ -295,7 +295,7 @@ namespace detail {
 inline constexpr auto transcodePropertyIndex = [] {
   std::array<std::string_view, transcodeProperties.size()> names{};
   std::ranges::transform(transcodeProperties, names.begin(), &TranscodeProperty::name);
-  return TextIndex<names.size()>{std::span<const std::string_view, names.size()>(names)};
+  return TextIndex(names);
 }();
 
 }  // namespace detail

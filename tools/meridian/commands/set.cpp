@@ -73,7 +73,7 @@ Status setProperties(const Arguments& arguments) {
   for (const TranscodeWarning& warning : readingBackWarnings(store)) {
     std::cerr << "meridian: warning: " << warning.message() << '\n';
   }
-  reportRejected(store);
+  reportUnknownFlags(store);
   for (const DroppedWord& dropped : explanation.droppedWords) {
     std::cerr << "meridian: warning: " << dropped.warning.message() << '\n';
   }
