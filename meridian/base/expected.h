@@ -85,6 +85,7 @@ class [[nodiscard]] Expected {
 
  private:
   template <std::size_t index, typename Content>
+  // NOLINTNEXTLINE(bugprone-exception-escape): std::get does not throw, since the index is checked first.
   static constexpr auto& held(Content& content) noexcept {
     if (content.index() != index)
       preconditionFailed(index == 0 ? "Expected: holds no value" : "Expected: holds no error");
