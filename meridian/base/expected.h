@@ -58,18 +58,18 @@ class [[nodiscard]] Expected {
   [[nodiscard]] constexpr bool has_value() const noexcept { return content_.index() == 0; }
   [[nodiscard]] constexpr explicit operator bool() const noexcept { return has_value(); }
 
-  [[nodiscard]] constexpr const T& value() const& noexcept { return *held<0>(content_); }
-  [[nodiscard]] constexpr T& value() & noexcept { return *held<0>(content_); }
-  [[nodiscard]] constexpr T&& value() && noexcept { return std::move(*held<0>(content_)); }
+  [[nodiscard]] constexpr const T& value() const& noexcept { return held<0>(content_); }
+  [[nodiscard]] constexpr T& value() & noexcept { return held<0>(content_); }
+  [[nodiscard]] constexpr T&& value() && noexcept { return std::move(held<0>(content_)); }
   [[nodiscard]] constexpr const T& operator*() const& noexcept { return value(); }
   [[nodiscard]] constexpr T& operator*() & noexcept { return value(); }
   [[nodiscard]] constexpr T&& operator*() && noexcept { return std::move(value()); }
   [[nodiscard]] constexpr const T* operator->() const noexcept { return std::addressof(value()); }
   [[nodiscard]] constexpr T* operator->() noexcept { return std::addressof(value()); }
 
-  [[nodiscard]] constexpr const E& error() const& noexcept { return *held<1>(content_); }
-  [[nodiscard]] constexpr E& error() & noexcept { return *held<1>(content_); }
-  [[nodiscard]] constexpr E&& error() && noexcept { return std::move(*held<1>(content_)); }
+  [[nodiscard]] constexpr const E& error() const& noexcept { return held<1>(content_); }
+  [[nodiscard]] constexpr E& error() & noexcept { return held<1>(content_); }
+  [[nodiscard]] constexpr E&& error() && noexcept { return std::move(held<1>(content_)); }
 
   /// Returns the value, or `otherwise` if an error is held.
   template <typename Default>
@@ -85,10 +85,11 @@ class [[nodiscard]] Expected {
 
  private:
   template <std::size_t index, typename Content>
-  static constexpr auto* held(Content& content) noexcept {
-    auto* const found = std::get_if<index>(&content);
-    if (found == nullptr) preconditionFailed(index == 0 ? "Expected: holds no value" : "Expected: holds no error");
-    return found;
+  // NOLINTNEXTLINE(bugprone-exception-escape): std::get does not throw, since the index is checked first.
+  static constexpr auto& held(Content& content) noexcept {
+    if (content.index() != index)
+      preconditionFailed(index == 0 ? "Expected: holds no value" : "Expected: holds no error");
+    return std::get<index>(content);
   }
 
   std::variant<T, E> content_;
