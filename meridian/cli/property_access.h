@@ -16,6 +16,7 @@
 
 #include "meridian/base/enumeration.h"
 #include "meridian/base/numbers.h"
+#include "meridian/base/precondition.h"
 #include "meridian/base/text_dictionary.h"
 #include "meridian/cli/dimensions_text.h"
 #include "meridian/cli/transcode_detail_values.h"
@@ -140,7 +141,9 @@ struct PropertyName {
 template <PropertyName name>
 inline constexpr TranscodeProperty propertyNamed = [] {
   const TranscodeProperty* const found = findTranscodeProperty(name.text.data());
-  if (found == nullptr || found->isJoint()) throw "no flag stores a property of this name";
+  if (found == nullptr || found->isJoint()) {
+    preconditionFailed("propertyNamed: no flag stores a property of this name");
+  }
   return *found;
 }();
 

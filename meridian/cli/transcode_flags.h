@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "meridian/base/enumeration.h"
+#include "meridian/base/precondition.h"
 #include "meridian/base/text_index.h"
 #include "meridian/base/typed_text.h"
 #include "meridian/export.h"
@@ -395,8 +396,9 @@ struct FlagGroups {
 
   static consteval auto descriptions() {
     std::size_t place = 0;
-    ((FlagTable<Flags>::group == allCases<FlagGroup>()[place++] ? void() : throw "the groups are not in their order"),
-     ...);
+    if (((FlagTable<Flags>::group != allCases<FlagGroup>()[place++]) || ...)) {
+      preconditionFailed("flagDescriptions: the groups are not in the order of their cases");
+    }
     std::array<FlagDescription, flagCount> result{};
     std::size_t count = 0;
     const auto append = [&]<typename Flag>(std::type_identity<Flag>) {

@@ -292,11 +292,13 @@ inline constexpr auto transcodeProperties = std::to_array<TranscodeProperty>({
 
 namespace detail {
 
-inline constexpr auto transcodePropertyIndex = [] {
+consteval auto indexOfTranscodeProperties() {
   std::array<std::string_view, transcodeProperties.size()> names{};
   std::ranges::transform(transcodeProperties, names.begin(), &TranscodeProperty::name);
   return TextIndex(names);
-}();
+}
+
+inline constexpr auto transcodePropertyIndex = indexOfTranscodeProperties();
 
 }  // namespace detail
 

@@ -84,6 +84,18 @@ Expected<void, ImageErrorCode> checkFormat(CodeValueFormat format) noexcept {
   return {};
 }
 
+/// Threads that are joined at the end of the scope, as std::jthread is, which libc++ 19 does not have.
+struct JoinedThreads {
+  JoinedThreads() = default;
+  JoinedThreads(const JoinedThreads&) = delete;
+  JoinedThreads& operator=(const JoinedThreads&) = delete;
+  ~JoinedThreads() {
+    for (std::thread& each : threads) each.join();
+  }
+
+  std::vector<std::thread> threads;
+};
+
 /// Calls `work` with the first row and the number of rows of each band. Each thread fetches the next band when it has
 /// finished one, so that a thread that the system suspends does not hold up the others.
 template <typename Work>
@@ -98,11 +110,11 @@ void inBands(std::size_t height, unsigned threads, const Work& work) {
   const auto takeBands = [&] {
     for (std::size_t first = next.fetch_add(rows); first < height; first = next.fetch_add(rows)) work(first, rows);
   };
-  std::vector<std::jthread> others;
-  others.reserve(workers - 1);
-  while (others.size() + 1 < workers) {
+  JoinedThreads others;
+  others.threads.reserve(workers - 1);
+  while (others.threads.size() + 1 < workers) {
     try {
-      others.emplace_back(takeBands);
+      others.threads.emplace_back(takeBands);
     } catch (const std::system_error&) {
       break;  // the system has no further thread: those that run share the work
     }
