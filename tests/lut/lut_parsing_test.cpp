@@ -107,7 +107,9 @@ TEST_F(LutParsing, HeadersRowsAndValuesDecideWhatAFileIs) {
     const LutDescription description = describe(**file);
     EXPECT_EQ(description.dimensions, (*file)->dimensions());
     EXPECT_EQ(description.rows, (*file)->orderedValues().size());
-    if (each.className != one) EXPECT_EQ(description.valueBitDepth.value_or(0), each.depth);
+    if (each.className != one) {
+      EXPECT_EQ(description.valueBitDepth.value_or(0), each.depth);
+    }
   }
   EXPECT_THAT(logged(), IsEmpty());
 }
