@@ -28,10 +28,10 @@ struct Advised : Base {
   friend bool operator==(const Advised&, const Advised&) = default;
 
  private:
-  [[nodiscard]] std::string messageAt(std::string_view place) const {
-    std::error_code systemError;
-    if constexpr (requires { Base::systemError; }) systemError = Base::systemError;
-    return meridian::detail::messageOf(place, this->text(), this->detail, systemError, remedy());
+  [[nodiscard]] std::string messageAt(std::string_view shownPlace) const {
+    std::error_code reason;
+    if constexpr (requires { Base::systemError; }) reason = Base::systemError;
+    return meridian::detail::messageOf(shownPlace, this->text(), this->detail, reason, remedy());
   }
 };
 

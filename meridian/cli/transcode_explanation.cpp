@@ -217,9 +217,10 @@ void explainValue(ExplainedSetting& setting) {
   for (const TranscodeProperty* const property : properties) {
     expected += (expected.empty() ? "" : ", or ") + expectedForm(*property);
   }
-  setting.warnings.push_back({{TranscodeWarningCode::invalidValue, setting.flag,
-                               inQuotes(setting.value) + " is not " + std::string(description(setting.property->kind))},
-                              "expected " + setting.readableText.value_or(expected)});
+  std::string detail = inQuotes(setting.value) + " is not " + std::string(description(setting.property->kind));
+  std::string advice = "expected " + setting.readableText.value_or(expected);
+  setting.warnings.push_back(
+      {{TranscodeWarningCode::invalidValue, setting.flag, std::move(detail)}, std::move(advice)});
 }
 
 ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trace& trace,

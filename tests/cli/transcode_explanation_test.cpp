@@ -164,7 +164,9 @@ TEST(TranscodeExplanationTest, WarnsOfDoubtfulSettings) {
       EXPECT_EQ(warning.place, explanation.settings[0].flag);
     }
     EXPECT_EQ(found, codes);
-    if (!message.empty()) EXPECT_THAT(explanation.settings[0].warnings[0].message(), HasSubstr(message));
+    if (!message.empty()) {
+      EXPECT_THAT(explanation.settings[0].warnings[0].message(), HasSubstr(message));
+    }
   }
   const TranscodeExplanation preset = explained({"-preset", "solvane_cloud", "-dims", "1x2"});
   EXPECT_EQ(preset.settings[0].warnings.at(0).message(),

@@ -30,7 +30,9 @@ TEST(TranscodeProperties, EveryFlagButListingsAndPresetsStoresOne) {
     EXPECT_EQ(flag.meaning.empty(), isPart) << flag.text;
     for (const TranscodeProperty* const property : propertiesOfFlag(flag.text)) {
       EXPECT_THAT(property->flags(), Contains(flag.text));
-      if (!property->isJoint()) EXPECT_EQ(flag.takesValue(), property->kind != PropertyKind::onOff) << flag.text;
+      if (!property->isJoint()) {
+        EXPECT_EQ(flag.takesValue(), property->kind != PropertyKind::onOff) << flag.text;
+      }
     }
   }
   EXPECT_THAT(propertiesOfFlag("-acl"), ElementsAre(&named("channelLayout"), &named("outputChannels")));
