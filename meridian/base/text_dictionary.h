@@ -30,7 +30,7 @@ namespace meridian::inline v0_2 {
 /// std::length_error. An operation that throws leaves the dictionary unchanged.
 ///
 /// Views of keys and values, and iterators, are valid until the dictionary is changed.
-class MERIDIAN_API TextDictionary {
+class TextDictionary {
  public:
   struct Entry {
     std::string key;
@@ -42,7 +42,7 @@ class MERIDIAN_API TextDictionary {
 
   TextDictionary() noexcept = default;
   /// Stores the pairs in order; of pairs with the same key, the last value wins.
-  TextDictionary(std::initializer_list<std::pair<std::string_view, std::string_view>> pairs);
+  MERIDIAN_API TextDictionary(std::initializer_list<std::pair<std::string_view, std::string_view>> pairs);
   /// Stores the pairs of any range of pairs of texts, such as a std::map, in the range's order.
   template <std::ranges::input_range Pairs>
   [[nodiscard]] static TextDictionary fromPairs(const Pairs& pairs) {
@@ -60,18 +60,18 @@ class MERIDIAN_API TextDictionary {
     return *this;
   }
   ~TextDictionary() = default;
-  void swap(TextDictionary& other) noexcept;
+  MERIDIAN_API void swap(TextDictionary& other) noexcept;
 
   /// Returns the number of entries.
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
   [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
 
   /// Returns the value stored under the key; null if the key is not stored.
-  [[nodiscard]] const std::string* find(std::string_view key) const noexcept;
+  [[nodiscard]] MERIDIAN_API const std::string* find(std::string_view key) const noexcept;
   [[nodiscard]] bool contains(std::string_view key) const noexcept { return find(key) != nullptr; }
 
   /// Stores the value under the key, replacing an earlier value.
-  void set(std::string_view key, std::string_view value);
+  MERIDIAN_API void set(std::string_view key, std::string_view value);
   /// Moves the value in.
   template <std::same_as<std::string> Text>
   void set(std::string_view key, Text&& value) {
@@ -83,23 +83,23 @@ class MERIDIAN_API TextDictionary {
     setMoved(std::forward<Text>(key), std::forward<Text>(value));
   }
   /// Stores the value if the key is not stored yet. Returns true if it did.
-  bool setIfAbsent(std::string key, std::string value);
+  MERIDIAN_API bool setIfAbsent(std::string key, std::string value);
   /// Removes the entry. Returns true if there was one.
-  bool erase(std::string_view key) noexcept;
+  MERIDIAN_API bool erase(std::string_view key) noexcept;
   /// Removes every entry for which the predicate returns true. Calls it once for each entry, in order; it must not
   /// throw.
-  void eraseIf(FunctionRef<bool(const Entry&)> predicate);
+  MERIDIAN_API void eraseIf(FunctionRef<bool(const Entry&)> predicate);
   /// Removes all entries and frees the memory.
   void clear() noexcept { TextDictionary().swap(*this); }
   /// Allocates memory for this many entries.
-  void reserve(std::size_t count);
+  MERIDIAN_API void reserve(std::size_t count);
 
   /// Iterate over the entries in order.
   [[nodiscard]] Iterator begin() const noexcept;
   [[nodiscard]] Iterator end() const noexcept;
   /// Returns a number below `slotCount()` that identifies the key's entry until the dictionary is changed, so that a
   /// caller can mark entries in a vector; absent if the key is not stored.
-  [[nodiscard]] std::optional<std::size_t> slotOf(std::string_view key) const noexcept;
+  [[nodiscard]] MERIDIAN_API std::optional<std::size_t> slotOf(std::string_view key) const noexcept;
   /// Returns the number of slots, at least `size()`: removing an entry leaves its slot free until it is used again.
   [[nodiscard]] std::size_t slotCount() const noexcept { return slots_.size(); }
   /// Returns the entry in a slot that `slotOf` or an iterator returned; undefined for any other slot.
@@ -126,8 +126,8 @@ class MERIDIAN_API TextDictionary {
   // A small dictionary has no buckets: comparing every key is faster than hashing one.
   static constexpr std::size_t mostWithoutBuckets = 16;
   [[nodiscard]] bool hasBuckets() const noexcept { return !buckets_.empty(); }
-  void setMoved(std::string&& key, std::string&& value);
-  void setTaken(std::string_view key, std::string&& value);
+  MERIDIAN_API void setMoved(std::string&& key, std::string&& value);
+  MERIDIAN_API void setTaken(std::string_view key, std::string&& value);
   template <typename Key, typename Value>
   void store(Key&& key, Value&& value);
   [[nodiscard]] std::uint64_t hashOf(std::string_view key) const noexcept;

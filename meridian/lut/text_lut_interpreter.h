@@ -33,7 +33,7 @@ struct LutHeaderWords {
 
 /// Reads the lines of one file, in file order, and keeps what they say. A row is three decimal numbers with exactly one
 /// white-space character between them; other lines are ignored, whatever they hold.
-class MERIDIAN_API GenericTextLutInterpreter {
+class GenericTextLutInterpreter {
  public:
   /// The number of rows of cubes with 17, 33 and 65 points per axis. The second name keeps its published spelling.
   static constexpr std::int64_t seventeenGridCubeSize = std::int64_t{17} * 17 * 17;
@@ -41,14 +41,14 @@ class MERIDIAN_API GenericTextLutInterpreter {
   static constexpr std::int64_t sixtyFiveGridCubeSize = std::int64_t{65} * 65 * 65;
 
   /// Reads one line, with or without its newline.
-  void interpret(std::string_view line);
+  MERIDIAN_API void interpret(std::string_view line);
 
   /// Reads a line that is too long to be a row, of which only the keywords count.
-  void interpretOverlong(const LutHeaderWords& words);
+  MERIDIAN_API void interpretOverlong(const LutHeaderWords& words);
 
   /// Appends a row. The extremes are compared as doubles; of equal ones the first is kept.
-  void record(const LutValueTriplet& triplet);
-  void record(const LutColor& color);
+  MERIDIAN_API void record(const LutValueTriplet& triplet);
+  MERIDIAN_API void record(const LutColor& color);
 
   [[nodiscard]] static constexpr LutMarkupType markupType() noexcept { return LutMarkupType::txt; }
 
@@ -69,17 +69,17 @@ class MERIDIAN_API GenericTextLutInterpreter {
 
   /// Returns what the number of rows implies: a cube of 17, 33 or 65 points per axis, or 1D for a power of two; absent
   /// for any other number.
-  [[nodiscard]] std::optional<LutDimensions> inferredDimensions() const noexcept;
+  [[nodiscard]] MERIDIAN_API std::optional<LutDimensions> inferredDimensions() const noexcept;
 
   /// Returns the points per axis if there are as many rows as a cube of 17, 33 or 65 has, the number of rows if it is a
   /// power of two, or else the smallest power of two that is at least the integer value of the largest number; absent
   /// if that is not positive.
-  [[nodiscard]] std::optional<std::uint64_t> lutSize() const noexcept;
+  [[nodiscard]] MERIDIAN_API std::optional<std::uint64_t> lutSize() const noexcept;
 
   /// Returns what lines of the form "DOMAIN_MIN R G B", "DOMAIN_MAX R G B" and "LUT_3D_INPUT_RANGE MIN MAX" before the
   /// first row declare. They do not affect how a file is read. If a channel's maximum is not above its minimum, nothing
   /// is declared.
-  [[nodiscard]] LutDeclaredDomain declaredDomain() const noexcept;
+  [[nodiscard]] MERIDIAN_API LutDeclaredDomain declaredDomain() const noexcept;
 
  private:
   /// Reads a line before the first row; returns whether it is a header line.
