@@ -7,7 +7,7 @@
 #include "bench/allocations.h"
 #include "meridian/fs/claimed_files.h"
 #include "meridian/fs/free_names.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian::bench {
 namespace {
@@ -20,14 +20,14 @@ class TakenNames {
   explicit TakenNames(std::int64_t count) {
     for (std::int64_t number = 1; number <= count; ++number) {
       const std::string suffix = number == 1 ? "" : " " + std::to_string(number);
-      folder_.write("clip" + suffix + ".mov", "");
+      directory_.write("clip" + suffix + ".mov", "");
     }
   }
 
-  [[nodiscard]] fs::path clip() const { return folder_.path() / "clip.mov"; }
+  [[nodiscard]] fs::path clip() const { return directory_.path() / "clip.mov"; }
 
  private:
-  test::TemporaryFolder folder_;
+  test::TemporaryDirectory directory_;
 };
 
 void freeNameMeridian(benchmark::State& state) {

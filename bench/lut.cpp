@@ -45,8 +45,8 @@ class CubeFile {
  public:
   explicit CubeFile(int faceSize) {
     std::string pattern = (std::filesystem::temp_directory_path() / "meridian-bench-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-    path_ = (folder_ / "look.cube").string();
+    directory_ = mkdtemp(pattern.data());
+    path_ = (directory_ / "look.cube").string();
     std::string text = "TITLE \"look\"\nLUT_3D_SIZE " + std::to_string(faceSize) +
                        "\nDOMAIN_MIN 0.0 0.0 0.0\nDOMAIN_MAX 1.0 1.0 1.0\n";
     const double last = faceSize - 1;
@@ -65,13 +65,13 @@ class CubeFile {
   CubeFile& operator=(const CubeFile&) = delete;
   ~CubeFile() {
     std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
+    std::filesystem::remove_all(directory_, ignored);
   }
 
   [[nodiscard]] const std::string& path() const { return path_; }
 
  private:
-  std::filesystem::path folder_;
+  std::filesystem::path directory_;
   std::string path_;
 };
 

@@ -6,7 +6,7 @@
 
 #include "bench/allocations.h"
 #include "meridian/fs/tree_walk.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian::bench {
 namespace {
@@ -17,18 +17,19 @@ constexpr int fileCount = 100000;
 class Tree {
  public:
   explicit Tree(int filesPerDirectory)
-      : folder_(std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path()) {
+      : directory_(std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path()) {
     for (int file = 0; file < fileCount; ++file) {
       const std::string name = "A" + std::to_string(1000 + file / filesPerDirectory) + "CARD";
-      if (file % filesPerDirectory == 0) std::filesystem::create_directory(folder_.path() / name);
-      folder_.write(name + "/" + name + "_C" + std::to_string(100000 + file) + (file % 4 == 0 ? ".XML" : ".mov"), "");
+      if (file % filesPerDirectory == 0) std::filesystem::create_directory(directory_.path() / name);
+      directory_.write(name + "/" + name + "_C" + std::to_string(100000 + file) + (file % 4 == 0 ? ".XML" : ".mov"),
+                       "");
     }
   }
 
-  [[nodiscard]] std::string path() const { return folder_.path().string(); }
+  [[nodiscard]] std::string path() const { return directory_.path().string(); }
 
  private:
-  test::TemporaryFolder folder_;
+  test::TemporaryDirectory directory_;
 };
 
 const Tree& cardTree() {

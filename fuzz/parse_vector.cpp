@@ -49,7 +49,7 @@ void checkExplanation(const std::vector<std::string>& words, const TranscodeCliA
     if (setting.source != SettingSource::preset) flags += setting.earlierValues.size() + 1;
   }
   for (const ExplainedPreset& preset : explanation.presets) flags += preset.earlierNames.size() + 1;
-  for (const ExplainedRejection& rejection : explanation.rejections) flags += rejection.earlierValues.size() + 1;
+  for (const RejectedEntry& entry : explanation.rejectedEntries) flags += entry.earlierValues.size() + 1;
   const reference::Words read = reference::readWords(words);
   require(flags == read.flags.size(), "every flag is accounted for");
   require(explanation.droppedWords.size() == read.strayPlaces.size(), "every stray word is accounted for");

@@ -1,4 +1,7 @@
-// Marks what the shared library exports; everything else stays hidden.
+/// \file
+/// Marks what the shared library exports; everything else stays hidden. For example:
+///
+///     [[nodiscard]] MERIDIAN_API std::string_view versionText() noexcept;
 #pragma once
 
 #if defined(MERIDIAN_STATIC)

@@ -1,6 +1,8 @@
 /// \file
-/// The library's version. `MERIDIAN_VERSION_AT_LEAST(0, 2, 0)` selects code by the version that a program is compiled
-/// against; `versionText()` is the version that it runs with.
+/// The library's version. For example:
+///
+///     #if MERIDIAN_VERSION_AT_LEAST(0, 2, 0)  // the version that a program is compiled against
+///     versionText();                          // the version that it runs with, such as "0.2.0"
 #pragma once
 
 #include <compare>

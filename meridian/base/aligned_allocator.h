@@ -1,4 +1,5 @@
-// An allocator for vectors whose elements begin at the boundaries of vector registers and cache lines.
+/// \file
+/// An allocator for vectors whose elements begin at the boundaries of vector registers and cache lines.
 #pragma once
 
 #include <cstddef>

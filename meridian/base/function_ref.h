@@ -23,7 +23,7 @@ class FunctionRef<Result(Arguments...)> {
   template <typename Callable>
     requires(!std::is_same_v<std::remove_cvref_t<Callable>, FunctionRef> &&
              std::is_invocable_r_v<Result, Callable&, Arguments...>)
-  // NOLINTNEXTLINE(google-explicit-constructor): a parameter of this type takes any callable as it is.
+  // NOLINTNEXTLINE(google-explicit-constructor): a parameter of this type accepts any callable as it is.
   constexpr FunctionRef(Callable&& callable) noexcept {
     using Target = std::remove_reference_t<Callable>;
     if constexpr (std::is_function_v<Target>) {

@@ -39,10 +39,12 @@ template <std::integral Integer>
   return static_cast<std::int64_t>(number);
 }
 
+/// 2^64, the first double beyond the unsigned 64-bit range.
+inline constexpr double beyondUnsignedRange = 18446744073709551616.0;
+
 /// Returns the number truncated toward zero; absent if it is negative, not finite, or beyond the unsigned 64-bit range.
 [[nodiscard]] constexpr std::optional<std::uint64_t> truncatedUnsignedInteger(double number) noexcept {
-  constexpr double limit = 18446744073709551616.0;  // 2^64, the first double beyond the range
-  const bool fits = number >= 0 && number < limit;  // false for NaN
+  const bool fits = number >= 0 && number < beyondUnsignedRange;  // false for NaN
   if (!fits) return std::nullopt;
   return static_cast<std::uint64_t>(number);
 }

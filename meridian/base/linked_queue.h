@@ -19,6 +19,7 @@ class LinkedQueue {
   /// Returns the first node; null if the queue is empty.
   [[nodiscard]] constexpr Node* first() const noexcept { return first_; }
 
+  /// Appends a node that is in no queue, in O(1). Undefined for any other node.
   constexpr void append(Node& node) noexcept {
     node.previous = last_;
     node.next = nullptr;
@@ -26,13 +27,13 @@ class LinkedQueue {
     last_ = &node;
   }
 
-  /// Removes a node of this queue, in O(1).
+  /// Removes a node of this queue, in O(1). Undefined for a node that is not in it.
   constexpr void remove(Node& node) noexcept {
     (node.previous == nullptr ? first_ : node.previous->next) = node.next;
     (node.next == nullptr ? last_ : node.next->previous) = node.previous;
   }
 
-  /// Removes and returns the first node of a queue that is not empty.
+  /// Removes and returns the first node, in O(1). Undefined for an empty queue.
   [[nodiscard]] constexpr Node& takeFirst() noexcept {
     Node& node = *first_;
     remove(node);

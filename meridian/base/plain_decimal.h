@@ -1,4 +1,5 @@
-// A fast path for the numbers that fill most files of numbers: short decimals without an exponent.
+/// \file
+/// A fast path for the numbers that fill most files of numbers: short decimals without an exponent.
 #pragma once
 
 #include <array>

@@ -49,4 +49,10 @@ std::string printable(std::string_view text) {
 
 std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }
 
+std::string inQuotes(std::span<const std::string> texts) {
+  std::string list;
+  for (const std::string& text : texts) list += (list.empty() ? "" : ", ") + inQuotes(text);
+  return list;
+}
+
 }  // namespace meridian::inline v0_2

@@ -4,6 +4,7 @@
 ///     inQuotes("clip\n\x1b[31m.mov");  // "\"clip\\n\\x1b[31m.mov\"", on one line and without a colour change
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -18,5 +19,8 @@ namespace meridian::inline v0_2 {
 
 /// Returns the printable text in quotation marks, the form in which every message quotes what a user wrote.
 [[nodiscard]] MERIDIAN_API std::string inQuotes(std::string_view text);
+
+/// Returns the texts in quotation marks with commas between them.
+[[nodiscard]] MERIDIAN_API std::string inQuotes(std::span<const std::string> texts);
 
 }  // namespace meridian::inline v0_2

@@ -7,8 +7,8 @@
 ///     containsIgnoringCase("Straße 7", "STRASSE");  // true
 ///
 /// Every function accepts any bytes. A byte that is not part of a valid UTF-8 character (a stray or truncated sequence,
-/// an overlong form, a surrogate) is never changed or removed, and is equal to the same byte alone. Text that is all
-/// ASCII takes a fast path.
+/// an overlong form, a surrogate) is never changed or removed, and is equal to the same byte alone. ASCII text has a
+/// fast path.
 #pragma once
 
 #include <cstddef>

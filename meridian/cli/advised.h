@@ -29,9 +29,11 @@ struct Advised : Base {
 
  private:
   [[nodiscard]] std::string messageAt(std::string_view shownPlace) const {
-    std::error_code reason;
-    if constexpr (requires { Base::systemError; }) reason = Base::systemError;
-    return meridian::detail::messageOf(shownPlace, this->text(), this->detail, reason, remedy());
+    if constexpr (requires { Base::systemError; }) {
+      return meridian::detail::messageOf(shownPlace, this->text(), this->detail, this->systemError, remedy());
+    } else {
+      return meridian::detail::messageOf(shownPlace, this->text(), this->detail, std::error_code(), remedy());
+    }
   }
 };
 

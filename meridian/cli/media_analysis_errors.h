@@ -17,12 +17,17 @@ namespace meridian::inline v0_2 {
 
 /// What makes the basic options unusable.
 enum class MediaAnalysisCLIError : std::uint8_t {
+  /// There is no path to analyze, or there are only empty ones.
   pathToAnalyzeNotSupplied,
+  /// A path does not exist; once for each.
   pathToAnalyzeDoesNotExist,
   workDirectoryNotSupplied,
+  /// The path does not exist, or is not a directory.
   workDirectoryDoesNotExist,
   resultsFilePathNotSupplied,
+  /// The path exists, even if it is a directory or a dangling link.
   resultsFileAlreadyExists,
+  /// The directory does not exist or is not writable, or the path cannot be a file's.
   resultsFilePathNotCreated,
 };
 

@@ -112,7 +112,7 @@ class MERIDIAN_API MediaAnalysisCLICustodialOptions : public MediaAnalysisCLIOpt
   /// Returns which application of the suite it is; has no meaning without a process identifier.
   [[nodiscard]] virtual std::optional<std::int32_t> parentAppNumber() const noexcept = 0;
 
-  /// Enumerates the process identifier and the application's number in decimal, as far as they are present; nothing
+  /// Enumerates the process identifier and, if given, the application's number, both in decimal. Enumerates nothing
   /// without a process identifier.
   void enumerateArguments(ArgumentBlock block) const final;
 

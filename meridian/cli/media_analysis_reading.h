@@ -25,13 +25,20 @@ namespace meridian::inline v0_2 {
 
 /// Which words of a vector are not in the options that were read from it, and why.
 enum class MediaAnalysisCLIWarningCode : std::uint8_t {
+  /// A word comes before the first flag.
   strayWord,
+  /// The tool does not know the flag; once for each of its values.
   unknownFlag,
+  /// A flag that needs a value has none.
   missingValue,
+  /// A switch is followed by a value.
   unexpectedValue,
+  /// A value is not a valid number, or not a valid integer.
   unreadableNumber,
   unreadableInteger,
+  /// A later value replaced this one.
   replacedValue,
+  /// There is an application's number without a process identifier.
   withoutParentPid,
 };
 
@@ -90,17 +97,22 @@ struct MediaAnalysisCLIReading {
 ///
 /// Flags may come in any order and any case. A word whose first character is "-" is a flag, and every word up to the
 /// next flag is one of its values: all values count for a path to analyze and a snapshot location, and the last one for
-/// every other flag. Texts keep the white space at their ends, since a file's name may end in one; numbers are trimmed.
-/// Anything else than a number ("nan", "inf", "1e999", a number below 0, any other text) is ignored with a warning.
-/// Never fails: a setting that is not in the vector is absent, empty or 0, and `errorsOf` finds what the tool needs.
+/// every other flag. Texts keep the white space at their ends, since a file's name may end in white space; numbers are
+/// trimmed. A value that is not a valid number ("nan", "inf", "1e999", a number below 0, any other text) is ignored
+/// with a warning. Never fails: a setting that is not in the vector is absent, empty or 0, and `errorsOf` finds what
+/// the tool needs.
 [[nodiscard]] MERIDIAN_API MediaAnalysisCLIReading readMediaAnalysisArguments(std::span<const std::string_view> words);
 
 /// Why an option does not read back from its own vector.
 enum class MediaAnalysisCLIWritingWarningCode : std::uint8_t {
+  /// A text begins with "-", so it is read as a flag.
   readAsFlag,
+  /// A number is below 0, or is -0.0, and so begins with "-".
   belowZero,
+  /// A text contains a NUL, which ends a word of a command line.
   holdsNul,
   notFinite,
+  /// There is an application's number without a process identifier, so it is not written.
   withoutParentPid
 };
 

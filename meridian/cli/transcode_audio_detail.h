@@ -21,11 +21,15 @@ class MERIDIAN_API TranscodeAudioDetail {
 
   /// Returns whether audio is left out.
   [[nodiscard]] virtual bool omitAudio() const = 0;
+  /// Returns the codec.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentAudioFormatValue> audioFormat() const = 0;
+  /// Returns the quality of the encoder.
   [[nodiscard]] virtual std::optional<TranscodeAudioQuality> audioQuality() const = 0;
-  /// In samples per second.
+  /// Returns the sample rate in samples per second.
   [[nodiscard]] virtual std::optional<std::int64_t> sampleRate() const = 0;
+  /// Returns the bit rate in bits per second.
   [[nodiscard]] virtual std::optional<std::int64_t> audioBitRate() const = 0;
+  /// Returns the bit depth in bits per sample of a channel.
   [[nodiscard]] virtual std::optional<std::int64_t> audioBitsPerChannel() const = 0;
   /// Returns whether the channels are discrete rather than a layout.
   [[nodiscard]] virtual bool audioOutputIsDiscrete() const = 0;

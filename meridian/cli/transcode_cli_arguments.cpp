@@ -97,10 +97,10 @@ TranscodeCliArguments TranscodeCliArguments::fromReading(std::vector<ReadFlag> f
   TextDictionary presets;  // by flag, so that the last of repeated flags wins here too
   valid.reserve(flags.size());
   for (ReadFlag& read : flags) {
-    TextDictionary& entries = read.kind == FlagKind::setting  ? valid
-                              : read.kind == FlagKind::preset ? presets
-                                                              : rejected;
-    entries.set(std::move(read.flag), std::move(read.value));
+    TextDictionary* entries = &rejected;
+    if (read.kind == FlagKind::setting) entries = &valid;
+    if (read.kind == FlagKind::preset) entries = &presets;
+    entries->set(std::move(read.flag), std::move(read.value));
   }
   std::vector<std::string> presetNames;
   for (const auto& [flag, name] : presets) presetNames.push_back(name);

@@ -88,8 +88,8 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   explicit TranscodeCliArguments(std::span<const std::string> cliArgs, bool maintainOriginalOrdering = false);
   TranscodeCliArguments(std::initializer_list<std::string_view> cliArgs, bool maintainOriginalOrdering = false);
 
-  /// Returns the store of a dictionary: checks and normalises its entries in their order and expands its presets. Of
-  /// two entries whose flags differ only in case or blanks the later one wins.
+  /// Returns the store of a dictionary: checks and normalises its entries in their order and expands its presets. If
+  /// two flags differ only in case or white space, the later entry wins.
   [[nodiscard]] static TranscodeCliArguments fromArgumentLookup(const TextDictionary& argumentLookup);
 
   /// Returns a store of these properties as they are, without normalising them: the inverse of `stored()`.
@@ -120,27 +120,28 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] std::vector<std::string> commandLine() const { return commandLineArguments(); }
   [[nodiscard]] std::vector<std::string> commandLineArguments() const override;
 
-  /// "-out": the path of the output file.
+  /// Return or set the path of the output file ("-out").
   [[nodiscard]] std::optional<std::string_view> outputFile() const noexcept;
   void setOutputFile(std::optional<std::string_view> path);
 
-  /// "-file_format"; also absent for a text that is not a file format.
+  /// Return or set the format of the output file ("-file_format"); also absent for a text that is not a file format.
   [[nodiscard]] std::optional<SAVTranscodeArgumentFileFormatValue> outputFileFormat() const noexcept;
   void setOutputFileFormat(std::optional<SAVTranscodeArgumentFileFormatValue> format);
 
-  /// "-progress_file": the path of the file that progress is written to.
+  /// Return or set the path of the file that progress is written to ("-progress_file").
   [[nodiscard]] std::optional<std::string_view> progressFile() const noexcept;
   void setProgressFile(std::optional<std::string_view> path);
 
-  /// "-progress_prefix": the prefix of the progress that is written.
+  /// Return or set the prefix of the progress that is written ("-progress_prefix").
   [[nodiscard]] std::optional<std::string_view> progressOutputPrefix() const noexcept;
   void setProgressOutputPrefix(std::optional<std::string_view> prefix);
 
-  /// "-work_dir": the path of the work directory.
+  /// Return or set the path of the work directory ("-work_dir").
   [[nodiscard]] std::optional<std::string_view> workDirectory() const noexcept;
   void setWorkDirectory(std::optional<std::string_view> path);
 
-  /// "-overwrite": true when the flag is stored, whatever its value.
+  /// Return or set whether an existing output file is replaced ("-overwrite"): true if the flag is stored, whatever its
+  /// value.
   [[nodiscard]] bool shouldOverwrite() const noexcept;
   void setShouldOverwrite(bool overwrite);
 
@@ -179,7 +180,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
 
   /// Returns whether there is video: "-vn" is not stored, whatever the other video flags say.
   [[nodiscard]] bool includeVideo() const noexcept { return !omitVideo(); }
-  /// "-vn".
+  /// Return or set whether video is left out ("-vn").
   [[nodiscard]] bool omitVideo() const noexcept;
   void setOmitVideo(bool omit);
 
@@ -243,7 +244,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] bool audioOutputIsDiscrete() const override;
   void setAudioOutputIsDiscrete(bool isDiscrete) override;
   // The layout and the number of channels deliberately share "-acl": setting one replaces the other. Setting one to
-  // absent keeps a text that is the other, so that copying both members of a holder copies what is there.
+  // absent does not remove a value of the other, so copying both from a holder keeps the one that is set.
   [[nodiscard]] std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> channelLayout() const override;
   void setChannelLayout(std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> layout) override;
   [[nodiscard]] std::optional<std::int64_t> channelLayoutTag() const override;
@@ -270,7 +271,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
 
   /// Returns whether the output has timecode: a track, burnt in, or both. It has no flag of its own.
   [[nodiscard]] bool includeTimecode() const override;
-  /// True adds a track unless there is a track or a burn-in; false removes both.
+  /// Sets timecode: true adds a track if there is neither a track nor a burn-in; false removes both.
   void setIncludeTimecode(bool include) override;
 
   /// Returns the source of the timecode: "-tc_custom" when its value is a timecode, else "-tc_creation", else

@@ -70,7 +70,7 @@ struct EnumerationTable<TranscodeAudioQuality> {
   return tableRow(quality).avAudioQuality;
 }
 
-/// Returns the flag whose value a quality is.
+/// Returns the flag that stores the quality, "-aqual".
 [[nodiscard]] constexpr SAVTranscodeAudioArgumentFlag audioFlag(TranscodeAudioQuality /*quality*/) noexcept {
   return SAVAudioQualityFlag;
 }

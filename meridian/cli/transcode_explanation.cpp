@@ -23,12 +23,6 @@ constexpr auto presetTexts = [] {
   return texts;
 }();
 
-std::string quotedList(std::span<const std::string> texts) {
-  std::string list;
-  for (const std::string& text : texts) list += (list.empty() ? "" : ", ") + inQuotes(text);
-  return list;
-}
-
 /// What the reading of a vector found.
 struct Trace {
   /// Every flag as written, in order.
@@ -218,7 +212,7 @@ void explainValue(ExplainedSetting& setting) {
     expected += (expected.empty() ? "" : ", or ") + expectedForm(*property);
   }
   std::string detail = inQuotes(setting.value) + " is not " + std::string(description(setting.property->kind));
-  std::string advice = "expected " + setting.readableText.value_or(expected);
+  std::string advice = setting.readableText ? "did you mean " + *setting.readableText + "?" : "expected " + expected;
   setting.warnings.push_back(
       {{TranscodeWarningCode::invalidValue, setting.flag, std::move(detail)}, std::move(advice)});
 }
@@ -251,7 +245,7 @@ ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trac
   setting.writtenValue = trimmed(written->writtenValue);
   if (!setting.earlierValues.empty()) {
     setting.source = SettingSource::repeated;
-    warn(TranscodeWarningCode::repeated, "previously " + quotedList(setting.earlierValues));
+    warn(TranscodeWarningCode::repeated, "previously " + inQuotes(setting.earlierValues));
   }
   if (setting.writtenValue != setting.value) {
     warn(TranscodeWarningCode::lowerCased, inQuotes(setting.writtenValue));
@@ -273,42 +267,42 @@ std::optional<std::string> valuelessFlagBefore(const ReadFlag& rejected, const T
   return before.flag;
 }
 
-TranscodeError errorOf(const ExplainedRejection& rejection) {
-  const bool isPreset = rejection.flag == SAVPresetFlag.rawValue();
+TranscodeError errorOf(const RejectedEntry& entry) {
+  const bool isPreset = entry.flag == SAVPresetFlag.rawValue();
   TranscodeError error;
   error.code = isPreset ? TranscodeErrorCode::unknownPreset : TranscodeErrorCode::unknownFlag;
-  error.place = rejection.flag;
-  if (isPreset) error.detail = inQuotes(rejection.value);
-  if (rejection.writtenFlag != rejection.flag) error.detail += " after " + rejection.writtenFlag;
-  if (!rejection.earlierValues.empty()) {
-    error.detail += (isPreset ? ", previously " : "previously ") + quotedList(rejection.earlierValues);
+  error.place = entry.flag;
+  if (isPreset) error.detail = inQuotes(entry.value);
+  if (entry.writtenFlag != entry.flag) error.detail += " after " + entry.writtenFlag;
+  if (!entry.earlierValues.empty()) {
+    error.detail += (isPreset ? ", previously " : "previously ") + inQuotes(entry.earlierValues);
   }
-  if (rejection.suggestion) {
-    error.advice = "did you mean " + std::string(*rejection.suggestion) + "?";
-  } else if (rejection.valueless) {
-    error.advice = "it cannot be the value of " + *rejection.valueless + ", because no value begins with \"-\"";
+  if (entry.suggestion) {
+    error.advice = "did you mean " + std::string(*entry.suggestion) + "?";
+  } else if (entry.valueless) {
+    error.advice = "it cannot be the value of " + *entry.valueless + ", because no value begins with \"-\"";
   }
   return error;
 }
 
-ExplainedRejection explainedRejection(std::string_view flag, std::string_view value, const Trace& trace) {
-  ExplainedRejection rejection;
-  rejection.flag = flag;
-  rejection.value = value;
+RejectedEntry rejectedEntry(std::string_view flag, std::string_view value, const Trace& trace) {
+  RejectedEntry entry;
+  entry.flag = flag;
+  entry.value = value;
   if (flag == SAVPresetFlag.rawValue()) {
     // The store has one entry for every flag that begins with "-preset".
-    rejection.writtenFlag = trace.unknownPresetFlag;
-    rejection.earlierValues = trace.unknownPresetNames;
-    rejection.earlierValues.pop_back();
-    rejection.suggestion = nearestText(value, presetTexts);
+    entry.writtenFlag = trace.unknownPresetFlag;
+    entry.earlierValues = trace.unknownPresetNames;
+    entry.earlierValues.pop_back();
+    entry.suggestion = nearestText(value, presetTexts);
   } else {
-    rejection.writtenFlag = flag;
-    rejection.earlierValues = trace.earlierValues(flag);
-    rejection.suggestion = nearestText(flag, allKnownCommandFlags);
-    if (const ReadFlag* const last = trace.last(flag)) rejection.valueless = valuelessFlagBefore(*last, trace);
+    entry.writtenFlag = flag;
+    entry.earlierValues = trace.earlierValues(flag);
+    entry.suggestion = nearestText(flag, allKnownCommandFlags);
+    if (const ReadFlag* const last = trace.last(flag)) entry.valueless = valuelessFlagBefore(*last, trace);
   }
-  rejection.error = errorOf(rejection);
-  return rejection;
+  entry.error = errorOf(entry);
+  return entry;
 }
 
 /// Returns what the settings mean together.
@@ -362,7 +356,7 @@ TranscodeExplanation explain(std::span<const std::string_view> words, bool maint
     explanation.settings.push_back(explainedSetting(entry, trace, explanation.presets));
   }
   explanation.arguments.enumerateUnknownFlags([&](std::string_view flag, std::string_view value) {
-    explanation.rejections.push_back(explainedRejection(flag, value, trace));
+    explanation.rejectedEntries.push_back(rejectedEntry(flag, value, trace));
   });
   explanation.notes = notesOn(explanation.arguments);
   return explanation;

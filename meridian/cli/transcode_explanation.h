@@ -4,8 +4,8 @@
 ///
 ///     const TranscodeExplanation explanation = explain({{"-dims", "1280 x 720", "-vcoedc", "h264"}});
 ///     explanation.settings[0].warnings[0].message();  // "-dims": cannot be parsed: "1280 x 720" is not a size;
-///                                                     // expected 1280x720
-///     explanation.rejections[0].error.message();      // "-vcoedc": is not a flag of the transcoder;
+///                                                     // did you mean 1280x720?
+///     explanation.rejectedEntries[0].error.message();      // "-vcoedc": is not a flag of the transcoder;
 ///                                                     // did you mean -vcodec?
 #pragma once
 
@@ -28,7 +28,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// What there is to know about a setting or a word that the store did not reject. Those without a remedy are facts.
+/// Why a setting or a dropped word deserves attention. A code without a remedy only reports what happened.
 enum class TranscodeWarningCode : std::uint8_t {
   /// The text is not valid for the flag's property.
   invalidValue,
@@ -109,6 +109,7 @@ struct EnumerationTable<SettingSource> {
   });
 };
 
+/// A setting of the store, with its source, its meaning and its warnings.
 struct ExplainedSetting {
   std::string flag;
   std::string value;
@@ -121,16 +122,17 @@ struct ExplainedSetting {
   std::vector<std::string> earlierValues;
   /// The preset's value that was overridden.
   std::optional<std::string> presetValue;
-  /// The property that the flag stores or is a part of; of two that share it the first for which the text is valid.
-  /// Null for a flag without one, such as a listing command.
+  /// The property that the flag stores or is a part of. If two properties share the flag, the first whose text is
+  /// valid. Null for a flag without one, such as a listing command.
   const TranscodeProperty* property = nullptr;
-  /// What the text is as the property, or of a joint property this part; absent when it is not valid.
+  /// The text parsed as the property; for a joint property, the value of this flag alone. Absent if the text is not
+  /// valid.
   std::optional<PropertyValue> typed;
   /// The typed value for people: "1920 x 1080", "23.976 fps = 24000/1001"; empty where the text says it already.
   std::string meaning;
   /// A valid text that was probably meant by one that is not: "1280x720" for "1280 x 720".
   std::optional<std::string> readableText;
-  /// What there is to know about the setting, the most important first.
+  /// The warnings about the setting, the most important first.
   std::vector<TranscodeWarning> warnings;
 };
 
@@ -141,8 +143,9 @@ struct ExplainedPreset {
   std::vector<std::string> earlierNames;
 };
 
-struct ExplainedRejection {
-  /// "-preset" for an unknown preset name, even after another flag that begins with "-preset".
+/// An entry that the store rejected, and why.
+struct RejectedEntry {
+  /// The normalised flag; "-preset" for an unknown preset name, also if the flag was written as "-presets".
   std::string flag;
   /// The flag as written: differs for flags that begin with "-preset", such as "-presets".
   std::string writtenFlag;
@@ -151,8 +154,8 @@ struct ExplainedRejection {
   std::vector<std::string> earlierValues;
   /// The nearest known flag, or for an unknown preset name the nearest preset; absent when nothing is near.
   std::optional<std::string_view> suggestion;
-  /// The preceding flag, when it needs a value but got none: the rejected word may have been meant as its value, but no
-  /// value begins with "-".
+  /// The preceding flag if it needs a value and got none. The rejected word was probably meant as its value, but a
+  /// value cannot begin with "-".
   std::optional<std::string> valueless;
   TranscodeError error;
 };
@@ -165,12 +168,13 @@ struct DroppedWord {
   TranscodeWarning warning;
 };
 
+/// What `explain` finds in an argument vector.
 struct TranscodeExplanation {
   /// The store that the vector gives; `settings` are its flags, in its order.
   TranscodeCliArguments arguments;
   std::vector<ExplainedSetting> settings;
   std::vector<ExplainedPreset> presets;
-  std::vector<ExplainedRejection> rejections;
+  std::vector<RejectedEntry> rejectedEntries;
   std::vector<DroppedWord> droppedWords;
   /// What the settings mean together, one clause each: "video is left out".
   std::vector<std::string> notes;

@@ -63,7 +63,7 @@ enum class FlagValue : std::uint8_t {
 template <typename Flag>
 struct FlagRow {
   Flag flag;
-  FlagValue value;
+  FlagValue value = FlagValue::none;
   /// What the flag does, where it stores no property; empty where it does.
   std::string_view meaning = {};
   bool isCase = true;
@@ -379,7 +379,8 @@ struct FlagDescription {
   FlagGroup group;
   std::string_view text;
   FlagValue value;
-  /// What a listing command prints, or what a preset does; empty for a flag that stores a property, which has it.
+  /// What a listing command prints, or what a preset does; empty for a flag that stores a property:
+  /// `TranscodeProperty::meaning` says it.
   std::string_view meaning;
   /// Whether the flag is one of its group's cases.
   bool isCase;

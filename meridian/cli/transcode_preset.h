@@ -21,8 +21,7 @@
 namespace meridian::inline v0_2 {
 
 /// The presets: small H.264 proxies for the suite's cloud service, and a mastering format. The raw value is the value
-/// of
-/// "-preset".
+/// of "-preset".
 enum class TranscodeCliPreset : std::uint8_t { cloud, proRes4444XQ };
 
 template <>

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "meridian/base/ascii.h"
+#include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/cli/nearest_text.h"
@@ -133,21 +134,17 @@ constexpr const PropertyRules* rulesOf(const TranscodeProperty& property) noexce
   return found == propertyRules.end() ? nullptr : &*found;
 }
 
+static_assert(std::ranges::all_of(propertyRules,
+                                  [](const PropertyRules& rules) {
+                                    return findTranscodeProperty(rules.name) != nullptr;
+                                  }),
+              "each rule is that of a property");
 static_assert(std::ranges::all_of(transcodeProperties,
                                   [](const TranscodeProperty& property) {
                                     const PropertyRules* const rules = rulesOf(property);
                                     return property.isJoint() == (rules != nullptr && rules->get != nullptr);
                                   }),
               "exactly the joint properties have a getter of their own");
-
-std::string joined(const auto& texts, std::string_view separator) {
-  std::string result;
-  for (const auto& text : texts) {
-    if (&text != &*texts.begin()) result += separator;
-    result += text;
-  }
-  return result;
-}
 
 std::string textOf(const PropertyValue& value) {
   return std::visit(
@@ -214,13 +211,40 @@ std::optional<PropertyValue> trackNumbersOfInput(std::string_view input) {
   return tracks;
 }
 
+/// Returns what a text is by the property's kind; absent when it is not valid.
+std::optional<PropertyValue> parsedText(const TranscodeProperty& property, std::string_view text) {
+  if (property.kind == PropertyKind::onOff) return true;
+  return withAccess(property.kind, [text]<typename Access>(Access access) -> std::optional<PropertyValue> {
+    auto value = access.read(text);
+    if (!value) return std::nullopt;
+    // Those that a PropertyValue holds as texts.
+    if constexpr (HasCases<Access> || std::is_same_v<typename Access::Value, std::string_view> ||
+                  std::is_same_v<typename Access::Value, Url>) {
+      return std::string(access.write(*value));
+    } else {
+      return *std::move(value);
+    }
+  });
+}
+
+/// Text from a file ends with a newline and may have CRLF; an empty line is not a path.
+std::optional<PropertyValue> pathsOfInput(std::string_view input) {
+  if (input.ends_with('\n')) input.remove_suffix(1);
+  Paths paths;
+  for (std::string_view piece : pieces(input, '\n')) {
+    if (piece.ends_with('\r')) piece.remove_suffix(1);
+    if (piece.empty()) return std::nullopt;
+    paths.emplace_back(piece);
+  }
+  return paths;
+}
+
 /// Returns what a person's input is as the property; absent when it is not valid.
 std::optional<PropertyValue> valueOfInput(const TranscodeProperty& property, std::string_view input) {
   using enum PropertyKind;
-  if (property.kind == text || property.kind == path || property.kind == file) return valueOfText(property, input);
+  if (property.kind == text || property.kind == path || property.kind == file) return parsedText(property, input);
   if (property.kind == files) {
-    const auto paths = pieces(input, '\n');
-    return Paths(paths.begin(), paths.end());
+    return pathsOfInput(input);
   }
   input = trimmed(input);
   if (property.kind == onOff) return switchOfInput(input);
@@ -228,7 +252,7 @@ std::optional<PropertyValue> valueOfInput(const TranscodeProperty& property, std
   for (const std::string_view allowed : allowedTexts(property)) {
     if (equalsIgnoringCase(input, allowed)) return std::string(allowed);
   }
-  auto value = valueOfText(property, input);
+  auto value = parsedText(property, input);
   return value && isFinite(*value) ? std::move(value) : std::nullopt;
 }
 
@@ -243,8 +267,13 @@ Expected<void, PropertyError> setValidValue(TranscodeCliArguments& arguments, co
                                             const PropertyValue& value) {
   const auto* const paths = std::get_if<Paths>(&value);
   for (const std::string& text : paths != nullptr ? *paths : Paths{textOf(value)}) {
+    if (text.find('\0') != std::string::npos) {
+      return Unexpected(PropertyError{{PropertyErrorCode::containsNul, std::string(property.name), inQuotes(text)}});
+    }
     if (!trimmed(text).starts_with('-')) continue;
-    return Unexpected(PropertyError{{PropertyErrorCode::beginsWithDash, std::string(property.name), inQuotes(text)}});
+    const bool isPath = property.kind == PropertyKind::path || property.kind == PropertyKind::file || paths != nullptr;
+    return Unexpected(PropertyError{{PropertyErrorCode::beginsWithDash, std::string(property.name), inQuotes(text)},
+                                    isPath ? "begin the path with \"./\"" : "use a value that begins otherwise"});
   }
   if (const PropertyRules* const rules = rulesOf(property)) {
     rules->set(arguments, value);
@@ -310,10 +339,14 @@ Expected<void, PropertyError> setPropertyText(TranscodeCliArguments& arguments, 
 
 Expected<void, PropertyError> setPropertyValue(TranscodeCliArguments& arguments, const TranscodeProperty& property,
                                                const PropertyValue& value) {
+  const auto ofExample = valueOfInput(property, property.example);
+  if (ofExample && ofExample->index() != value.index()) {
+    return Unexpected(PropertyError{{PropertyErrorCode::wrongType, std::string(property.name)}});
+  }
   // As text, a path with a newline would become two.
   const bool isPaths = property.kind == PropertyKind::files && std::holds_alternative<Paths>(value);
   const auto valid = isPaths ? value : valueOfInput(property, textOf(value));
-  if (!valid || valid->index() != value.index()) return Unexpected(invalidValue(property, textOf(value)));
+  if (!valid) return Unexpected(invalidValue(property, textOf(value)));
   return setValidValue(arguments, property, *valid);
 }
 
@@ -326,18 +359,10 @@ void removeProperty(TranscodeCliArguments& arguments, const TranscodeProperty& p
 }
 
 std::optional<PropertyValue> valueOfText(const TranscodeProperty& property, std::string_view text) {
-  if (property.kind == PropertyKind::onOff) return true;
-  return withAccess(property.kind, [text]<typename Access>(Access access) -> std::optional<PropertyValue> {
-    auto value = access.read(text);
-    if (!value) return std::nullopt;
-    // Those that a PropertyValue holds as texts.
-    if constexpr (HasCases<Access> || std::is_same_v<typename Access::Value, std::string_view> ||
-                  std::is_same_v<typename Access::Value, Url>) {
-      return std::string(access.write(*value));
-    } else {
-      return *std::move(value);
-    }
-  });
+  if (property.isJoint()) {
+    preconditionFailed("valueOfText: no single flag stores the joint property " + inQuotes(property.name));
+  }
+  return parsedText(property, text);
 }
 
 std::vector<std::string_view> allowedTexts(const TranscodeProperty& property) {

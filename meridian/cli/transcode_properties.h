@@ -1,6 +1,5 @@
 /// \file
-/// The properties of a transcode by name, with texts as their values: how a command, a script or another language
-/// reads and sets what `TranscodeCliArguments` has as typed members.
+/// Reads and sets the properties of a transcode by name, as text, for commands, scripts and other languages.
 ///
 ///     TranscodeCliArguments arguments({"-preset", "solvane_cloud"});
 ///     const auto property = transcodePropertyNamed("videoFrameRate");
@@ -33,15 +32,18 @@
 
 namespace meridian::inline v0_2 {
 
-/// The value of a property of any kind. Paths and the kinds that accept one of a list of texts are texts; the two lists
-/// are those of `files` and `trackNumbers`.
+/// The value of a property of any kind. Paths and the kinds that accept one of a list of texts are texts. A list of
+/// texts is the value of `files`, a list of integers that of `trackNumbers`.
 using PropertyValue = std::variant<bool, std::int64_t, float, Size, TimecodeComponents, RgbColor, std::string,
                                    std::vector<std::string>, std::vector<std::int64_t>>;
 
+/// Why a property cannot be set.
 enum class PropertyErrorCode : std::uint8_t {
   unknownProperty,
   invalidValue,
+  wrongType,
   beginsWithDash,
+  containsNul,
 };
 
 template <>
@@ -49,8 +51,11 @@ struct EnumerationTable<PropertyErrorCode> {
   static constexpr auto rows = std::to_array<ErrorRow<PropertyErrorCode>>({
       {PropertyErrorCode::unknownProperty, "unknownProperty", "is not a property", "check the spelling"},
       {PropertyErrorCode::invalidValue, "invalidValue", "cannot be set"},
-      {PropertyErrorCode::beginsWithDash, "beginsWithDash", "cannot begin with \"-\", which marks a flag",
-       "begin a path with \"./\""},
+      {PropertyErrorCode::wrongType, "wrongType", "has a value of another type",
+       "pass the type that propertyValue returns"},
+      {PropertyErrorCode::beginsWithDash, "beginsWithDash", "cannot begin with \"-\", which marks a flag"},
+      {PropertyErrorCode::containsNul, "containsNul", "contains a NUL byte, which no argument can carry",
+       "remove the NUL byte"},
   });
 };
 
@@ -67,7 +72,7 @@ using PropertyError = Advised<Error<PropertyErrorCode>>;
 
 /// Returns the property's value as text: the text that its flag stores, "true" or "false" for a switch, and for a joint
 /// property the form of its kind. Absent when the property is not set or its text is not valid. The text can be passed
-/// to `setPropertyText`; only a path with a newline in it does not survive as one of several input files.
+/// to `setPropertyText`, except for an empty text, a number or size that is not finite, and a path with a newline.
 [[nodiscard]] MERIDIAN_API std::optional<std::string> propertyText(const TranscodeCliArguments& arguments,
                                                                    const TranscodeProperty& property);
 
@@ -80,8 +85,11 @@ using PropertyError = Advised<Error<PropertyErrorCode>>;
 /// and, where the property accepts one of a list of texts, letter case are ignored, and a switch accepts "true",
 /// "false", "on", "off", "yes" and "no". The empty input removes the property.
 ///
+/// Input files are separated by newlines; a newline at the end and CRLF are accepted. Track numbers are stored in
+/// ascending order, each once. Sizes keep six decimals.
+///
 /// Fails, and changes nothing, for input that is not valid, for a number or size that is not finite, and for a value
-/// that no command line can carry because it begins with "-".
+/// that no command line can carry because it begins with "-" or contains a NUL byte.
 MERIDIAN_API Expected<void, PropertyError> setPropertyText(TranscodeCliArguments& arguments,
                                                            const TranscodeProperty& property, std::string_view input);
 
@@ -94,7 +102,7 @@ MERIDIAN_API Expected<void, PropertyError> setPropertyValue(TranscodeCliArgument
 /// Removes the property, so that its default applies.
 MERIDIAN_API void removeProperty(TranscodeCliArguments& arguments, const TranscodeProperty& property);
 
-/// Returns what the text of a flag is as this property, which must not be a joint one; absent when it is not valid.
+/// Parses the text of a flag as the value of this property, which must not be joint. Absent if the text is not valid.
 [[nodiscard]] MERIDIAN_API std::optional<PropertyValue> valueOfText(const TranscodeProperty& property,
                                                                     std::string_view text);
 

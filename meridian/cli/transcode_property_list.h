@@ -89,6 +89,7 @@ struct EnumerationTable<PropertyKind> {
   });
 };
 
+/// A property of a transcode: its name, where it is stored, and what it means.
 struct TranscodeProperty {
   std::string_view name;
   /// The flag that stores the property; empty for a joint property, which several or numbered flags make up.

@@ -25,16 +25,22 @@ class MERIDIAN_API TranscodeTimecodeDetail {
 
   /// Returns whether the output has timecode: a track, burnt in, or both.
   [[nodiscard]] virtual bool includeTimecode() const = 0;
+  /// Returns where the timecode comes from.
   [[nodiscard]] virtual std::optional<TimecodeSource> timecodeSource() const = 0;
   /// Returns the timecode of the first frame, for a custom source.
   [[nodiscard]] virtual std::optional<TimecodeComponents> timecode() const = 0;
-  /// In frames per second.
+  /// Returns the rate at which timecode counts, in frames per second.
   [[nodiscard]] virtual std::optional<float> timecodeFrameRate() const = 0;
+  /// Returns whether the timecode is drop frame.
   [[nodiscard]] virtual bool timecodeIsDropFrame() const = 0;
+  /// Return whether there is a timecode track, and whether the timecode is burnt in.
   [[nodiscard]] virtual bool addTimecodeTrack() const = 0;
   [[nodiscard]] virtual bool addTimecodeBurn() const = 0;
+  /// Returns where the timecode is burnt in.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentOverlayAnchorValue> timecodeBurnAnchor() const = 0;
+  /// Returns the font size of the burnt-in timecode in points.
   [[nodiscard]] virtual std::optional<std::int64_t> timecodeBurnFontSize() const = 0;
+  /// Return the colours of the burnt-in timecode and of the box behind it.
   [[nodiscard]] virtual std::optional<RgbColor> timecodeBurnFontColor() const = 0;
   [[nodiscard]] virtual std::optional<RgbColor> timecodeBurnBoxColor() const = 0;
 

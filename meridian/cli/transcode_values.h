@@ -333,7 +333,8 @@ inline constexpr std::string_view SAVCopySourceValue = "copy";
 inline constexpr std::string_view SAVSolvaneCloudPresetValue = "solvane_cloud";
 inline constexpr std::string_view SAVSolvaneProRes4444XQPresetValue = "solvane_4444xq";
 
-/// GPU platforms, as listed for "-gpu_decoding" and "-gpu_encoding".
+/// Names of GPU platforms, as "-gpu_platforms" prints them. Not values of "-gpu_decoding" and "-gpu_encoding", which
+/// are switches.
 inline constexpr std::string_view SAVGpuPlatformOpenCLFlag = "opencl";
 inline constexpr std::string_view SAVGpuPlatformMetalFlag = "metal";
 inline constexpr std::string_view SAVGpuPlatformDefaultPlatformFlag = "default";

@@ -24,14 +24,17 @@ class MERIDIAN_API TranscodeVideoDetail {
 
   /// Returns the codec.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentVideoCodecValue> videoFormat() const = 0;
-  /// In frames per second.
+  /// Returns the frame rate in frames per second.
   [[nodiscard]] virtual std::optional<float> videoFrameRate() const = 0;
-  /// In pixels.
+  /// Returns the width and height in pixels.
   [[nodiscard]] virtual std::optional<Size> videoDimensions() const = 0;
+  /// Returns the average bit rate in megabits per second.
   [[nodiscard]] virtual std::optional<float> videoBitRate() const = 0;
+  /// Returns the bit depth in bits per sample.
   [[nodiscard]] virtual std::optional<std::int64_t> videoBitDepth() const = 0;
   /// Returns whether playback can start before the whole file is loaded.
   [[nodiscard]] virtual bool prepareForWeb() const = 0;
+  /// Return whether the GPU decodes, and whether it encodes.
   [[nodiscard]] virtual bool gpuDecode() const = 0;
   [[nodiscard]] virtual bool gpuEncode() const = 0;
   /// Returns the interval between key frames, in frames.
@@ -40,7 +43,9 @@ class MERIDIAN_API TranscodeVideoDetail {
   [[nodiscard]] virtual std::optional<Url> lutFile() const = 0;
   /// Returns how an image fits a frame of another aspect ratio.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentAspectRatioValue> aspectScaling() const = 0;
+  /// Returns which part of the image a crop keeps.
   [[nodiscard]] virtual std::optional<VideoCropAnchor> videoCropAnchor() const = 0;
+  /// Returns the colour space to convert to.
   [[nodiscard]] virtual std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpace() const = 0;
   /// Returns the profile of the codec. The text is valid until the holder is changed.
   [[nodiscard]] virtual std::optional<std::string_view> videoProfile() const = 0;

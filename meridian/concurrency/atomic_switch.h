@@ -26,6 +26,7 @@ class MERIDIAN_API AtomicSwitch {
   AtomicSwitch& operator=(AtomicSwitch&&) = delete;
   virtual ~AtomicSwitch();
 
+  /// Return and set the flag.
   [[nodiscard]] virtual bool isOn() const noexcept = 0;
   virtual void setIsOn(bool isOn) noexcept = 0;
 
@@ -66,6 +67,7 @@ class MERIDIAN_API QueueBasedAtomicSwitch final : public AtomicSwitch {
   [[nodiscard]] bool isOn() const noexcept override;
   void setIsOn(bool isOn) noexcept override;
 
+  /// Returns the queue that guards the switch, valid as long as the switch.
   [[nodiscard]] DispatchQueue& dispatchQueue() const noexcept { return dispatchQueue_; }
 
  private:
@@ -86,6 +88,7 @@ class MERIDIAN_API ConcurrentQueueBasedAtomicSwitch final : public AtomicSwitch 
   [[nodiscard]] bool isOn() const noexcept override;
   void setIsOn(bool isOn) noexcept override;
 
+  /// Returns the queue that guards the switch, valid as long as the switch.
   [[nodiscard]] DispatchQueue& dispatchQueue() const noexcept { return dispatchQueue_; }
 
  private:

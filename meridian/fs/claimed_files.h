@@ -5,10 +5,10 @@
 ///     if (!files) return report(files.error().message());
 ///     files->front().url.path();  // "/out/clip.mov", or "/out/clip 2.mov" if that name was in use
 ///
-/// The files are empty and closed, with the permissions of any new file. A name is in use if anything has it, also a
-/// link that leads nowhere; if another process takes the name in the meantime, the next number is tried. The files of a
-/// set are all created or none: if one fails, those already created are removed, unless the process ends first or
-/// somebody has written to them.
+/// The files are empty and closed, with the permissions of any new file. A name is in use if anything has it, even a
+/// dangling link; if another process takes the name in the meantime, the next number is tried. The files of a set are
+/// all created or none: if one fails, those already created are removed, unless the process ends first; a file that has
+/// content is kept.
 #pragma once
 
 #include <cstdint>
@@ -26,6 +26,7 @@
 
 namespace meridian::inline v0_2 {
 
+/// Why files were not created.
 enum class ClaimErrorCode : std::uint8_t { notAFileUrl, unusableName, nameTooLong, notCreated, sameFile, notRemoved };
 
 template <>
@@ -56,6 +57,7 @@ struct ClaimError : Error<ClaimErrorCode> {
   friend bool operator==(const ClaimError&, const ClaimError&) = default;
 };
 
+/// A file that was created under an unused name.
 struct ClaimedFile {
   Url url;
   /// The extension that the file was asked for as part of a set; empty for a single name.

@@ -25,6 +25,7 @@ namespace meridian::inline v0_2 {
 inline constexpr std::array<std::string_view, 6> defaultForceIgnorePathComponents{
     ".DS_STORE", ".Spotlight-V100", "$RECYCLE.BIN", ".Trashes", ".TemporaryItems", ".fseventsd"};
 
+/// Which items a copying application leaves out.
 struct ItemFilterSettings {
   /// Extensions in any case, with or without a leading dot; an extension may have several parts ("tar.gz").
   std::vector<std::string> extensionFilterList = {};
@@ -38,7 +39,7 @@ struct ItemFilterSettings {
 ///
 /// - forcedComponent: the last path component is among `forcePathComponents`; the item is ignored, even if it does not
 ///   exist.
-/// - hidden: hidden items are ignored, and this one exists and is hidden; it is ignored.
+/// - hidden: `ignoreHiddenItems` is set, and the item exists and is hidden; it is ignored.
 /// - directory: the item is a directory or a link to one; it is copied.
 /// - noExtensions: `extensionFilterList` is empty; the item is copied, whatever the option.
 /// - extension: the option decides by whether the name ends with a listed extension. The whole name counts, so ".mov"
@@ -59,6 +60,7 @@ struct EnumerationTable<ItemFilterRule> {
   });
 };
 
+/// Whether an item is copied, and the rule that decided.
 struct ItemDecision {
   /// True if the item is not copied.
   bool isIgnored = false;

@@ -18,6 +18,7 @@ namespace meridian::inline v0_2 {
 /// case; the raw value in the table is its name. `localizedString` and `localizedTooltip` translate the texts.
 enum class ItemFilteringOption : std::uint8_t { ignoreListedExtensions = 0, onlyListedExtensions = 1 };
 
+/// A row of the table of filtering options.
 struct ItemFilteringOptionRow {
   ItemFilteringOption value;
   std::string_view rawValue;

@@ -26,7 +26,10 @@ class TreeWalk {
 
   void run() {
     OpenDirectory directory(path_);
-    if (!directory.isOpen()) return report(TreeWalkErrorCode::unreadableItem, directory.error());
+    if (!directory.isOpen()) {
+      report(TreeWalkErrorCode::unreadableItem, directory.error());
+      return;
+    }
     enter(std::move(directory));
     bool stop = false;
     while (!levels_.empty() && !stop) {

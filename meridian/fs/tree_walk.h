@@ -31,6 +31,7 @@ struct TreeItem {
   ItemDecision decision;
 };
 
+/// What could not be read or followed during a walk.
 enum class TreeWalkErrorCode : std::uint8_t { unreadableItem, unresolvedLink };
 
 template <>

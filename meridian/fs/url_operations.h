@@ -33,7 +33,7 @@ inline constexpr std::array<std::string_view, 2> remoteURLSchemes{"https", "http
 [[nodiscard]] MERIDIAN_API bool isRemote(const Url& url) noexcept;
 
 /// Returns true if the volume of the item can hold such links (see `volumeLinks`). Asks the file system; throws
-/// `std::system_error`, with the path in its message, if it does not answer.
+/// `std::system_error`, with the path in its message, if the system cannot say.
 [[nodiscard]] MERIDIAN_API bool fileSystemSupportsSymbolicLinks(const Url& url);
 [[nodiscard]] MERIDIAN_API bool fileSystemSupportsHardLinks(const Url& url);
 
@@ -61,8 +61,8 @@ struct TextRange {
   friend constexpr bool operator==(const TextRange&, const TextRange&) = default;
 };
 
-/// Returns the range that the path of `url` has at the beginning of the path of `of`; absent if `of` does not begin
-/// with it.
+/// Returns the range of the path of `url` at the beginning of the path of `of`, in bytes; absent if `of` does not begin
+/// with `url`.
 [[nodiscard]] MERIDIAN_API std::optional<TextRange> prefixRange(const Url& url, const Url& of) noexcept;
 
 /// Returns true if the item is below `url`. A URL does not contain itself or a neighbour in the same directory, both

@@ -14,7 +14,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// Which code values of n bits stand for black and white.
+/// Which code values of n bits are black and white.
 enum class CodeValueRange : std::uint8_t {
   full,     ///< black is 0, white is 2^n - 1
   limited,  ///< "video" or "legal" range: black is 16 * 2^(n-8), white is 235 * 2^(n-8)
@@ -42,6 +42,7 @@ struct CodeValueFormat {
   constexpr CodeValueFormat(int depth, CodeValueRange codeValueRange = CodeValueRange::full) noexcept
       : bitDepth(depth), range(codeValueRange) {}
 
+  /// Returns true for limited range.
   [[nodiscard]] constexpr bool isLimited() const noexcept { return range == CodeValueRange::limited; }
 
   /// Returns whether black and white are whole code values: always in full range; from 8 bits on in limited range.

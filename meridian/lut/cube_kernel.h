@@ -1,14 +1,15 @@
-// A cube prepared for vector code by a floating-point filter with an exact fallback.
-//
-// The method is that of exact geometric predicates (J. R. Shewchuk, "Adaptive Precision Floating-Point Arithmetic and
-// Fast Robust Geometric Predicates", 1997; CGAL calls it a filtered kernel): single precision computes each result
-// together with a bound on its error that holds for the whole cube. Results are truncated to integers, so an error only
-// matters where an integer lies within the bound of a result. Such results are uncertain; for them alone the
-// definition in double precision is evaluated, operation by operation. All results are thus those of the definition, at
-// nearly the speed of single precision.
-//
-// Clipped black and white would be uncertain all over, because their results are integers. Cells that hold one steady
-// value at all their points are therefore marked as flat, and results within them are certain.
+/// \file
+/// A cube prepared for vector code by a floating-point filter with an exact fallback.
+///
+/// The method is that of exact geometric predicates (J. R. Shewchuk, "Adaptive Precision Floating-Point Arithmetic and
+/// Fast Robust Geometric Predicates", 1997; CGAL calls it a filtered kernel): single precision computes each result
+/// together with a bound on its error that holds for the whole cube. Results are truncated to integers, so an error
+/// only matters where an integer lies within the bound of a result. Such results are uncertain; for them alone the
+/// definition in double precision is evaluated, operation by operation. All results are thus those of the definition,
+/// at nearly the speed of single precision.
+///
+/// Clipped black and white would be uncertain all over, because their results are integers. Cells that hold one steady
+/// value at all their points are therefore marked as flat, and results within them are certain.
 #pragma once
 
 #include <array>

@@ -1,5 +1,6 @@
-// The driver: blocks of an image's rows go through the filter, and uncertain pixels are collected for the exact
-// fallback, whose results replace the filter's.
+/// \file
+/// The driver: blocks of an image's rows go through the filter, and uncertain pixels are collected for the exact
+/// fallback, whose results replace the filter's.
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_DRIVER_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_DRIVER_INL_H_
 #undef MERIDIAN_LUT_CUBE_KERNEL_DRIVER_INL_H_

@@ -1,10 +1,11 @@
-// The second half of the floating-point filter: colours in single precision, and which of their code values are
-// uncertain.
-//
-// Every result is within CubeKernel::errorBound of the definition's. Truncating both gives the same integer unless an
-// integer lies between them, so a result is certain if its distance from the nearest integer is at least the bound.
-// That distance is exact: the nearest integer is found by adding and subtracting 1.5 * 2^23, which leaves no bits for
-// fractions, and the difference of two numbers this close is exact (Sterbenz).
+/// \file
+/// The second half of the floating-point filter: colours in single precision, and which of their code values are
+/// uncertain.
+///
+/// Every result is within CubeKernel::errorBound of the definition's. Truncating both gives the same integer unless an
+/// integer lies between them, so a result is certain if its distance from the nearest integer is at least the bound.
+/// That distance is exact: the nearest integer is found by adding and subtracting 1.5 * 2^23, which leaves no bits for
+/// fractions, and the difference of two numbers this close is exact (Sterbenz).
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_
 #undef MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_

@@ -1,8 +1,9 @@
-// The first half of the floating-point filter: where the pixels of a block are in the lattice, in single precision.
-//
-// Of the three roundings on the way to a fraction only small ones are left: the product of a code value and `scaleHigh`
-// is exact (16 and 8 bits), and so are the point below it and the difference; `scaleLow` adds the rest, which is at
-// most 2^-7 of a place. CubeKernel::prepareAxes adds up what remains.
+/// \file
+/// The first half of the floating-point filter: where the pixels of a block are in the lattice, in single precision.
+///
+/// Of the three roundings on the way to a fraction only small ones are left: the product of a code value and
+/// `scaleHigh` is exact (16 and 8 bits), and so are the point below it and the difference; `scaleLow` adds the rest,
+/// which is at most 2^-7 of a place. CubeKernel::prepareAxes adds up what remains.
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_
 #undef MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_

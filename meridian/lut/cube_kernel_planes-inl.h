@@ -1,5 +1,6 @@
-// Between images and planes: samples of a block of pixels are separated by channel, code values widened to 16 bits, so
-// that the filter sees one form of every image. Compiled once for each instruction set.
+/// \file
+/// Between images and planes: samples of a block of pixels are separated by channel, code values widened to 16 bits, so
+/// that the filter sees one form of every image. Compiled once for each instruction set.
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_PLANES_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_PLANES_INL_H_
 #undef MERIDIAN_LUT_CUBE_KERNEL_PLANES_INL_H_

@@ -9,9 +9,6 @@ namespace {
 constexpr std::array channelsOfColor{&LutColor::red, &LutColor::green, &LutColor::blue};
 constexpr std::array numbersOfRow{&LutValueTriplet::first, &LutValueTriplet::second, &LutValueTriplet::third};
 
-/// 2^64, the first number beyond all code values.
-constexpr double beyondCodeValues = 0x1p64;
-
 std::array<AxisRule, 3> declaredAxes(const LutDeclaredDomain& domain) noexcept {
   const auto axis = [](double low, double high) { return AxisRule{low, high, low, high - low}; };
   return {axis(domain.minimum.red, domain.maximum.red), axis(domain.minimum.green, domain.maximum.green),
@@ -27,13 +24,13 @@ std::array<AxisRule, 3> axesOfCodeValues(double largest) noexcept {
 /// Returns the largest code value of a depth as a number, for a depth of 64 bits as well.
 double largestOfDepth(std::int64_t depth) noexcept {
   const std::uint64_t largest = largestCodeValue(depth);
-  return largest == 0 ? beyondCodeValues : static_cast<double>(largest);
+  return largest == 0 ? beyondUnsignedRange : static_cast<double>(largest);
 }
 
 /// Returns a code value at the depth of the LUT.
 double codeValueAtDepth(std::uint16_t code, std::int64_t from, std::int64_t to) noexcept {
   const auto scaled = rescaledCodeValue(code, from, to);
-  return scaled ? static_cast<double>(*scaled) : beyondCodeValues;
+  return scaled ? static_cast<double>(*scaled) : beyondUnsignedRange;
 }
 
 double fractionOfLargest(std::uint16_t code, std::int64_t depth) noexcept {

@@ -1,5 +1,6 @@
-// What a LUT makes of the pixels of an image, as plain definitions in double precision. The vector code has to return
-// exactly what these return.
+/// \file
+/// What a LUT makes of the pixels of an image, as plain definitions in double precision. The vector code has to return
+/// exactly what these return.
 #pragma once
 
 #include <algorithm>

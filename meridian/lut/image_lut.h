@@ -1,9 +1,10 @@
 /// \file
 /// Applies a LUT to whole images. For example, in place and on all cores:
 ///
-///     const auto file = ParsedLutFactory::parsed(Url::fromFilePath("/looks/show.cube"));
+///     const auto file = ParsedLutFactory::parsing(Url::fromFilePath("/looks/show.cube"));
+///     if (!file) return report(file.error().message());
 ///     const auto image = ImageView<std::uint16_t>::packed(ImageLayout::rgb, samples, 3840, 2160, 10);
-///     if (const auto applied = applyLut(*file, image, image, {}, 0); !applied) report(description(applied.error()));
+///     if (const auto applied = applyLut(**file, image, image, {}, 0); !applied) report(description(applied.error()));
 #pragma once
 
 #include <array>
@@ -32,11 +33,12 @@ namespace meridian::inline v0_2 {
 ///     input = (code - black) / (white - black)
 ///     code  = Round(black + result * (white - black))
 ///
-/// with black and white as CodeValueFormat says, and `Round` to the nearest integer, halves up. Code values below black
+/// with black and white as CodeValueFormat says, and `Round` to the nearest integer, halves up. All of it is computed
+/// in double precision, so that a result that is exactly half an integer may be rounded down. Code values below black
 /// and above white become inputs below 0 and above 1, which the axes of the LUT clamp unless its declared domain is
 /// wider. Results outside 0 to 1 are kept as far as `CodeValueFormat::lowest` and `highest`.
 ///
-/// Floating-point samples are on the scale from 0 to 1, which stands for all code values of a LUT of integers; results
+/// Floating-point samples are on the scale from 0 to 1. For a LUT of code values, 1 is its largest code value. Results
 /// are not truncated. NaN counts as the lowest input. Results are computed in single precision, to about six digits of
 /// the LUT's largest value; the last digit may differ between machines. Results too large for single precision become
 /// infinite.
@@ -59,10 +61,10 @@ class MERIDIAN_API ImageLut {
   ~ImageLut();
 
   /// Applies the LUT to every pixel of `source` and stores the results in `destination`. The two may be the same
-  /// samples with the same strides, but must not overlap otherwise; their layouts may differ. Alpha is copied at the
-  /// destination's bit depth, and is opaque where the source has none. `threads` work on bands of rows: 0 means as many
-  /// as the machine runs at once, 256 is the maximum; callers with threads of their own call it for some rows from
-  /// each. Nothing is written if an image is unusable.
+  /// samples with the same strides, but must not overlap otherwise; their layouts may differ. Alpha is converted to the
+  /// destination's bit depth, unchanged between equal depths, and is opaque where the source has none. `threads` work
+  /// on bands of rows: 0 means as many as the machine runs at once, 256 is the maximum; callers with their own threads
+  /// pass each a part of the image (`ImageView::rows`). Nothing is written if an image is unusable.
   [[nodiscard]] Expected<void, ImageErrorCode> apply(const ImageView<const std::uint8_t>& source,
                                                      const ImageView<std::uint8_t>& destination,
                                                      unsigned threads = 1) const;

@@ -36,7 +36,7 @@ struct EnumerationTable<LutAxisOrder> {
   });
 };
 
-/// Which input values the axes of a LUT stand for.
+/// Which input values the axes of a LUT cover.
 enum class LutInputDomain : std::uint8_t {
   /// As for the converters: from 0 to a cube's highest value; from the first to the last row of a 1D LUT.
   dataRange,
@@ -52,6 +52,7 @@ struct EnumerationTable<LutInputDomain> {
   });
 };
 
+/// How a LUT is applied to images. The defaults agree with the converters.
 struct ImageLutOptions {
   LutInterpolation interpolation = LutInterpolation::trilinear;
   LutAxisOrder axisOrder = LutAxisOrder::blueFastest;

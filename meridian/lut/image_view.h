@@ -12,11 +12,14 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <optional>
 #include <type_traits>
 
 #include "meridian/base/enumeration.h"
 #include "meridian/base/error.h"
 #include "meridian/base/expected.h"
+#include "meridian/base/integer_arithmetic.h"
 #include "meridian/lut/code_value_format.h"
 
 namespace meridian::inline v0_2 {
@@ -45,7 +48,8 @@ struct EnumerationTable<ImageErrorCode> {
   static constexpr auto rows = std::to_array<ErrorRow<ImageErrorCode>>({
       {ImageErrorCode::noSamples, "noSamples", "red, green or blue has no samples", "set all three planes"},
       {ImageErrorCode::unusableStride, "unusableStride",
-       "a stride is not a whole number of samples, or rows or pixels overlap", "give strides in bytes"},
+       "a stride is not a whole number of samples, rows or pixels overlap, or offsets overflow",
+       "give strides in bytes: multiples of a sample's size, for rows at least a row"},
       {ImageErrorCode::unequalSizes, "unequalSizes", "source and destination differ in width or height",
        "use images of one size"},
       {ImageErrorCode::unusableBitDepth, "unusableBitDepth",
@@ -96,14 +100,18 @@ struct ImageView {
   /// always full range. Unused for floating point, whose range has to be full.
   CodeValueFormat format{sampleBits};
 
-  /// Returns a view of samples that follow each other without gaps, from `first` on.
+  /// Returns a view of samples that follow each other without gaps, from `first` on; without samples, so that `check`
+  /// fails, if so many do not fit into memory.
   [[nodiscard]] static constexpr ImageView packed(ImageLayout layout, Sample* first, std::size_t width,
                                                   std::size_t height, CodeValueFormat format = sampleBits) noexcept {
     const bool isPlanar = layout == ImageLayout::planarRgb || layout == ImageLayout::planarRgba;
     const std::size_t channels = layout == ImageLayout::rgb || layout == ImageLayout::planarRgb ? 3 : 4;
     const std::size_t pixelSamples = isPlanar ? 1 : channels;
     ImageView view{.width = width, .height = height, .format = format};
-    for (std::size_t channel = 0; channel < channels && first != nullptr; ++channel) {
+    const auto pixels = checkedProduct<std::size_t>(width, height);
+    const auto bytes = pixels ? checkedProduct<std::size_t>(*pixels, channels * sizeof(Sample)) : std::nullopt;
+    if (first == nullptr || !bytes || *bytes > largestOffset) return view;
+    for (std::size_t channel = 0; channel < channels; ++channel) {
       view.planes[channel] = {.samples = first + (isPlanar ? channel * width * height : channel),
                               .rowStride = static_cast<std::ptrdiff_t>(width * pixelSamples * sizeof(Sample)),
                               .pixelStride = static_cast<std::ptrdiff_t>(pixelSamples * sizeof(Sample))};
@@ -111,6 +119,7 @@ struct ImageView {
     return view;
   }
 
+  /// Return the plane of a channel.
   [[nodiscard]] constexpr ImagePlane<Sample>& red() noexcept { return planes[0]; }
   [[nodiscard]] constexpr ImagePlane<Sample>& green() noexcept { return planes[1]; }
   [[nodiscard]] constexpr ImagePlane<Sample>& blue() noexcept { return planes[2]; }
@@ -120,6 +129,7 @@ struct ImageView {
   [[nodiscard]] constexpr const ImagePlane<Sample>& blue() const noexcept { return planes[2]; }
   [[nodiscard]] constexpr const ImagePlane<Sample>& alpha() const noexcept { return planes[3]; }
 
+  /// Returns true if the image has an alpha plane.
   [[nodiscard]] constexpr bool hasAlpha() const noexcept { return alpha().samples != nullptr; }
 
   /// Returns a view of the rows from `first` on: `count`, or fewer where the image ends.
@@ -165,10 +175,15 @@ struct ImageView {
   [[nodiscard]] constexpr bool hasUsableStrides(const ImagePlane<Sample>& plane) const noexcept {
     constexpr auto size = static_cast<std::ptrdiff_t>(sizeof(Sample));
     if (plane.rowStride % size != 0 || plane.pixelStride % size != 0 || plane.pixelStride < size) return false;
-    // By division, since the product of a hostile width and a stride may overflow.
-    const std::ptrdiff_t pixelsPerRow = plane.rowStride / plane.pixelStride;
-    return height <= 1 || static_cast<std::size_t>(pixelsPerRow < 0 ? -pixelsPerRow : pixelsPerRow) >= width;
+    // By division, and without a sign, since hostile sizes and strides would overflow.
+    if (width > largestOffset / static_cast<std::size_t>(plane.pixelStride)) return false;
+    if (height <= 1) return true;
+    const auto stride = static_cast<std::size_t>(plane.rowStride);
+    const std::size_t rowBytes = plane.rowStride < 0 ? std::size_t{0} - stride : stride;
+    return rowBytes / static_cast<std::size_t>(plane.pixelStride) >= width && height - 1 <= largestOffset / rowBytes;
   }
+
+  static constexpr auto largestOffset = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
 };
 
 }  // namespace meridian::inline v0_2

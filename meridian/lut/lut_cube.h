@@ -61,12 +61,14 @@ class MERIDIAN_API ThreeDimensionalLutCube {
   ThreeDimensionalLutCube& operator=(ThreeDimensionalLutCube&&) = delete;
   virtual ~ThreeDimensionalLutCube();
 
+  /// Returns a view of the colours, valid as long as the cube.
   [[nodiscard]] virtual LutLattice lattice() const noexcept = 0;
 
   /// Returns the points per axis.
   [[nodiscard]] virtual std::int64_t faceSize() const noexcept = 0;
 
-  /// Returns the range of the values: the one given, which for a file is that of all its rows, or that of the lattice.
+  /// Returns the range of the values: the range given to the constructor (for a file, that of all rows), otherwise that
+  /// of the lattice.
   [[nodiscard]] virtual double lowValue() const noexcept = 0;
   [[nodiscard]] virtual double highValue() const noexcept = 0;
 };

@@ -29,6 +29,7 @@ struct EnumerationTable<LutValueType> {
   });
 };
 
+/// The kind, size and range of a LUT file.
 struct LutDescription {
   LutDimensions dimensions = LutDimensions::oneD;
   LutValueType valueType = LutValueType::floatingPoint;
@@ -36,8 +37,8 @@ struct LutDescription {
   std::int64_t size = 0;
   /// The rows of the file; a cube may have more or fewer than it has points.
   std::size_t rows = 0;
-  /// The depth in bits to which code values are converted before they are looked up, and the depth of those that the
-  /// LUT yields. The same for a cube; absent for floating point.
+  /// The depth in bits of the code values that are looked up, and of those that the LUT returns. Equal for a cube;
+  /// absent for floating point.
   std::optional<std::int64_t> inputBitDepth{};
   std::optional<std::int64_t> valueBitDepth{};
   /// The smallest and the largest of the LUT's values.
@@ -49,8 +50,8 @@ struct LutDescription {
   friend bool operator==(const LutDescription&, const LutDescription&) noexcept = default;
 };
 
-/// Describes a LUT file. All members but `rows`, the values' range and the domain keep their defaults if the file's
-/// converter is neither over a cube nor over a 1D LUT of this library.
+/// Describes a LUT file. For a class of converter that this library does not know, only `rows`, the range of the values
+/// and the domain are set.
 [[nodiscard]] MERIDIAN_API LutDescription describe(const ParsedLutFile& file);
 
 }  // namespace meridian::inline v0_2

@@ -14,6 +14,7 @@
 
 namespace meridian::inline v0_2 {
 
+/// Why a file is not read as a LUT.
 enum class LutErrorCode : std::uint8_t {
   xmlDocument,
   unsupportedExtension,
@@ -31,7 +32,7 @@ struct EnumerationTable<LutErrorCode> {
       {LutErrorCode::xmlDocument, "xmlDocument", "is an XML document, which is not a supported LUT format",
        "export the LUT as a text file such as .cube"},
       {LutErrorCode::unsupportedExtension, "unsupportedExtension", "has an unsupported extension or none",
-       "if it is a LUT written as text, rename it to .cube"},
+       "if it is a LUT written as text, change its extension to .cube"},
       {LutErrorCode::notOpened, "notOpened", "cannot be opened", "check the spelling and that you may read it"},
       {LutErrorCode::notRead, "notRead", "cannot be read to its end", "check the volume that it is on"},
       {LutErrorCode::noRows, "noRows", "has no row of three numbers with single blanks between them",

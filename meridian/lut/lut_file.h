@@ -25,8 +25,11 @@ class MERIDIAN_API LutFile {
   LutFile& operator=(LutFile&&) = delete;
   virtual ~LutFile();
 
+  /// Returns the URL of the file.
   [[nodiscard]] virtual const Url& file() const noexcept = 0;
+  /// Returns whether it holds a 1D LUT or a cube.
   [[nodiscard]] virtual LutDimensions dimensions() const noexcept = 0;
+  /// Returns how the file is written.
   [[nodiscard]] virtual LutMarkupType fileMarkup() const noexcept = 0;
 };
 
@@ -36,6 +39,7 @@ class MERIDIAN_API ParsedLutFile : public LutFile, public LutEssence {
   /// Returns the name of the file's class, such as "ParsedThreeDimensionalIntegerFile".
   [[nodiscard]] virtual std::string_view className() const noexcept = 0;
 
+  /// Returns the converter made of the file's values, valid as long as the file.
   [[nodiscard]] virtual const LutRGBSampleConverter& inputConverter() const noexcept = 0;
 
   /// Returns the range of input values that the file declares; 0 to 1 if it declares none. The converters deliberately

@@ -1,5 +1,6 @@
-// How a colour between the points of a lattice is found, in double precision: the definition that everything else in
-// this directory has to match.
+/// \file
+/// How a colour between the points of a lattice is found, in double precision: the definition that everything else in
+/// this directory has to match.
 #pragma once
 
 #include <algorithm>

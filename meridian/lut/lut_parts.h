@@ -1,4 +1,5 @@
-// The parts of a LUT file that samples pass through, by their classes.
+/// \file
+/// The parts of a LUT file that samples pass through, by their classes.
 #pragma once
 
 #include <cstdint>

@@ -35,8 +35,8 @@ class MERIDIAN_API RGBSampleConverter {
   virtual ~RGBSampleConverter();
 
   /// Returns the converted sample. Depths are in bits; without an output depth the result has the input's. Terminates
-  /// the process if the result is not a code value but negative, not finite, or beyond 64 bits. That takes a LUT with
-  /// negative values or nothing but zeros, or a depth to which its code values cannot be converted.
+  /// the process if the result is negative, not finite, or beyond 64 bits. This happens only with a LUT that has
+  /// negative values or only zeros, or with a depth to which the code values cannot be converted.
   [[nodiscard]] RGBSample convert(std::uint64_t red, std::uint64_t green, std::uint64_t blue,
                                   std::int64_t inputBitDepth,
                                   std::optional<std::int64_t> outputBitDepth = std::nullopt) const noexcept;
@@ -103,8 +103,8 @@ class MERIDIAN_API Integer3DSampleConverter final : public ThreeDimensionalLutRG
   std::int64_t bitDepth_;
 };
 
-/// Applies a cube whose value 1 stands for the largest code value of every depth, 2^depth - 1. The results are
-/// truncated toward zero. Returns 0, 0, 0 for a depth below 1 or above 63.
+/// Applies a cube whose value 1 means the largest code value of every depth, 2^depth - 1. The results are truncated
+/// toward zero. Returns 0, 0, 0 for a depth below 1 or above 63.
 class MERIDIAN_API NormalizedFloatingPoint3DSampleConverter final : public ThreeDimensionalLutRGBSampleConverter {
  public:
   explicit NormalizedFloatingPoint3DSampleConverter(std::shared_ptr<const ThreeDimensionalLutCube> cube);
@@ -180,9 +180,9 @@ class MERIDIAN_API OneDimensionsUnsignedIntegerConverter final : public OneDimen
   double highValue_ = 0;
 };
 
-/// Applies a 1D LUT of floating-point values, interpolated linearly between its rows: the first row stands for an input
-/// of 0, the last for one of 1, which is the largest code value of every depth, 2^depth - 1. The results are truncated
-/// toward zero. Returns 0, 0, 0 for a depth below 1 or above 63.
+/// Applies a 1D LUT of floating-point values, interpolated linearly between its rows: the first row is the result for
+/// input 0, the last for input 1. Input 1 is the largest code value of every depth, 2^depth - 1. The results are
+/// truncated toward zero. Returns 0, 0, 0 for a depth below 1 or above 63.
 class MERIDIAN_API OneDimensionFloatingPointConverter final : public OneDimensionConverter {
  public:
   OneDimensionFloatingPointConverter(std::shared_ptr<const LutValueTriplets> orderedEntries, double lowValue,

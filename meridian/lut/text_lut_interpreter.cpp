@@ -7,6 +7,7 @@
 #include <span>
 #include <utility>
 
+#include "meridian/base/ascii.h"
 #include "meridian/base/text.h"
 
 namespace meridian::inline v0_2 {
@@ -106,8 +107,9 @@ bool GenericTextLutInterpreter::takeHeader(const LutHeaderWords& words, std::str
 }
 
 void GenericTextLutInterpreter::readSize(std::string_view line, std::string_view keyword) {
-  const auto found =
-      std::ranges::search(line, keyword, [](char one, char other) { return (one | 0x20) == (other | 0x20); });
+  const auto found = std::ranges::search(line, keyword, [](char one, char other) {
+    return detail::lowercasedAscii(one) == detail::lowercasedAscii(other);
+  });
   if (found.empty()) return;
   const auto length = static_cast<std::size_t>(found.begin() - line.begin()) + 1;
   const auto size = DecimalNumber::fromText(trimmed(line.substr(0, length)));

@@ -26,8 +26,10 @@ struct LutHeaderWords {
   bool threeD = false;                ///< "3d"
   bool oneD = false;                  ///< "1d"
 
+  /// Returns the keywords that the line contains.
   [[nodiscard]] static MERIDIAN_API LutHeaderWords in(std::string_view line);
 
+  /// Adds the keywords of another part of the line.
   LutHeaderWords& operator|=(const LutHeaderWords& other) noexcept;
 };
 
@@ -50,20 +52,21 @@ class GenericTextLutInterpreter {
   MERIDIAN_API void record(const LutValueTriplet& triplet);
   MERIDIAN_API void record(const LutColor& color);
 
+  /// Returns how the lines are written: as text.
   [[nodiscard]] static constexpr LutMarkupType markupType() noexcept { return LutMarkupType::txt; }
 
   /// Returns what the header lines say.
   [[nodiscard]] const std::optional<LutDimensions>& explicitDimensions() const noexcept { return explicitDimensions_; }
 
-  /// Returns the size read from a header line: the number before the keyword, up to and including the keyword's first
-  /// letter. Text that ends in a letter is not a number, so the size is deliberately never found here and comes from
-  /// the rows instead.
+  /// Always absent. The parser looks for the size before the keyword and includes the keyword's first letter, so what
+  /// it finds is never a number; this is deliberate, and the size comes from the rows.
   [[nodiscard]] const std::optional<std::uint64_t>& explicitLutSize() const noexcept { return explicitLutSize_; }
 
   /// Returns the smallest and the largest number of all rows; absent before the first row.
   [[nodiscard]] const std::optional<DecimalNumber>& explicitMinValue() const noexcept { return explicitMinValue_; }
   [[nodiscard]] const std::optional<DecimalNumber>& explicitMaxValue() const noexcept { return explicitMaxValue_; }
 
+  /// Return the rows read so far, in file order.
   [[nodiscard]] const LutValueTriplets& triplets() const noexcept { return triplets_; }
   [[nodiscard]] LutValueTriplets& triplets() noexcept { return triplets_; }
 
@@ -71,9 +74,9 @@ class GenericTextLutInterpreter {
   /// for any other number.
   [[nodiscard]] MERIDIAN_API std::optional<LutDimensions> inferredDimensions() const noexcept;
 
-  /// Returns the points per axis if there are as many rows as a cube of 17, 33 or 65 has, the number of rows if it is a
-  /// power of two, or else the smallest power of two that is at least the integer value of the largest number; absent
-  /// if that is not positive.
+  /// Returns the points per axis for the rows of a cube of 17, 33 or 65 points; the number of rows if it is a power of
+  /// two; otherwise the smallest power of two that is at least the integer value of the largest number. Absent if that
+  /// value is not positive.
   [[nodiscard]] MERIDIAN_API std::optional<std::uint64_t> lutSize() const noexcept;
 
   /// Returns what lines of the form "DOMAIN_MIN R G B", "DOMAIN_MAX R G B" and "LUT_3D_INPUT_RANGE MIN MAX" before the

@@ -1,4 +1,5 @@
-// The bytes of a LUT written as text, split into lines.
+/// \file
+/// The bytes of a LUT written as text, split into lines.
 #pragma once
 
 #include <cstddef>

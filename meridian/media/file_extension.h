@@ -60,9 +60,12 @@ class FileExtensionSet {
     for (const FileExtension member : members) insert(member);
   }
 
+  /// Adds a member; no effect if it is one already.
   constexpr void insert(FileExtension member) noexcept { wordOf(member) |= bitOf(member); }
+  /// Removes a member; no effect if it is not one.
   constexpr void remove(FileExtension member) noexcept { wordOf(member) &= ~bitOf(member); }
 
+  /// Returns true if the extension is a member.
   [[nodiscard]] constexpr bool contains(FileExtension member) const noexcept {
     return (words_[static_cast<std::size_t>(member) / 64] & bitOf(member)) != 0;
   }
@@ -71,11 +74,13 @@ class FileExtensionSet {
   /// component without an extension counts as `directory`.
   [[nodiscard]] MERIDIAN_API bool contains(std::string_view pathOrUrl) const;
 
+  /// Returns the number of members.
   [[nodiscard]] constexpr std::size_t size() const noexcept {
     std::size_t count = 0;
     for (const std::uint64_t word : words_) count += static_cast<std::size_t>(std::popcount(word));
     return count;
   }
+  /// Returns true if there are no members.
   [[nodiscard]] constexpr bool empty() const noexcept { return *this == FileExtensionSet{}; }
 
   /// Returns the union, the intersection and the difference of two sets.
@@ -93,6 +98,7 @@ class FileExtensionSet {
   }
   friend constexpr bool operator==(const FileExtensionSet&, const FileExtensionSet&) noexcept = default;
 
+  /// Visits the members of a set, which must outlive it.
   class Iterator {
    public:
     using iterator_category = std::forward_iterator_tag;
@@ -130,23 +136,33 @@ class FileExtensionSet {
     std::size_t place_ = 0;
   };
 
+  /// Return the ends of the iteration over the members.
   [[nodiscard]] constexpr Iterator begin() const noexcept { return {*this, 0}; }
   [[nodiscard]] constexpr Iterator end() const noexcept { return {*this, allCases<FileExtension>().size()}; }
 
+  /// Contains archives, disk images, packages and bundles.
   [[nodiscard]] static constexpr FileExtensionSet archiveExtensions() noexcept;
+  /// Contains text documents, spreadsheets and presentations.
   [[nodiscard]] static constexpr FileExtensionSet documentExtensions() noexcept;
+  /// Contains still images, camera raw ones too.
   [[nodiscard]] static constexpr FileExtensionSet imageFileExtensions() noexcept;
   /// Contains only `bak`, deliberately.
   [[nodiscard]] static constexpr FileExtensionSet sidecarFileExtensions() noexcept;
   /// Contains the files whose presence shows that a clip beside them is incomplete.
   [[nodiscard]] static constexpr FileExtensionSet incompleteFileIndicatorExtensions() noexcept;
+  /// Contains files with audio but no video.
   [[nodiscard]] static constexpr FileExtensionSet audioOnlyFileExtensions() noexcept;
+  /// Contains video clips.
   [[nodiscard]] static constexpr FileExtensionSet videoFileExtensions() noexcept;
   /// Contains `audioOnlyFileExtensions` without `iff` and `mpa`.
   [[nodiscard]] static constexpr FileExtensionSet musicFileExtensions() noexcept;
+  /// Contains raw video clips.
   [[nodiscard]] static constexpr FileExtensionSet rawMultimediaFileExtensions() noexcept;
+  /// Contains the frames of raw image sequences.
   [[nodiscard]] static constexpr FileExtensionSet rawImageSequenceFileExtensions() noexcept;
+  /// Contains the suite's reports.
   [[nodiscard]] static constexpr FileExtensionSet solvaneReportFileExtensions() noexcept;
+  /// Contains LUTs.
   [[nodiscard]] static constexpr FileExtensionSet colorLutFileExtensions() noexcept;
   /// Contains the video and the audio extensions.
   [[nodiscard]] static constexpr FileExtensionSet multimediaFileExtensions() noexcept;

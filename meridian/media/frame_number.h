@@ -118,7 +118,7 @@ constexpr TimecodeCounting countingOf(const VideoFrameRate& rate) noexcept {
 }
 
 /// Returns the number of the frame that the timecode labels, counted from 0 at 00:00:00:00. Hours may exceed 23.
-/// Returns an error for a label that does not exist at the rate.
+/// Returns an error for a label that does not exist at the rate: its code alone, so that nothing is allocated.
 [[nodiscard]] constexpr Expected<std::int64_t, TimecodeErrorCode> frameNumber(const TimecodeComponents& timecode,
                                                                               const VideoFrameRate& rate) noexcept {
   using enum TimecodeErrorCode;
@@ -137,12 +137,13 @@ constexpr TimecodeCounting countingOf(const VideoFrameRate& rate) noexcept {
   using Count = std::uint64_t;
   const auto hoursInSeconds = checkedProduct<Count>(static_cast<Count>(hours), 3600);
   if (!hoursInSeconds) return Unexpected(tooLarge);
-  const Count allSeconds = *hoursInSeconds + static_cast<Count>(minutes * 60 + seconds);
-  const auto secondsInLabels = checkedProduct<Count>(allSeconds, static_cast<Count>(*perSecond));
-  if (allSeconds < *hoursInSeconds || !secondsInLabels) return Unexpected(tooLarge);
+  const auto allSeconds = checkedSum<Count>(*hoursInSeconds, static_cast<Count>(minutes * 60 + seconds));
+  if (!allSeconds) return Unexpected(tooLarge);
+  const auto secondsInLabels = checkedProduct<Count>(*allSeconds, static_cast<Count>(*perSecond));
+  if (!secondsInLabels) return Unexpected(tooLarge);
   const auto labels = checkedSum<Count>(*secondsInLabels, static_cast<Count>(frames));
   if (!labels) return Unexpected(tooLarge);
-  const Count allMinutes = allSeconds / 60;
+  const Count allMinutes = *allSeconds / 60;
   const Count number = *labels - static_cast<Count>(*dropped) * (allMinutes - allMinutes / 10);
   if (number > Count{std::numeric_limits<std::int64_t>::max()}) return Unexpected(tooLarge);
   return static_cast<std::int64_t>(number);

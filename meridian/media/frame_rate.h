@@ -92,8 +92,8 @@ class FrameRate {
     return rate;
   }
 
-  /// Returns the choice that a stored number stands for: the well-defined case of exactly this number, else a custom
-  /// rate. A negative number or NaN is written to the system log, and nothing is returned.
+  /// Returns the choice for a stored number: the well-defined case of exactly this number, else a custom rate. A
+  /// negative number or NaN is written to the system log, and nothing is returned.
   [[nodiscard]] static constexpr std::optional<FrameRate> fromRawValue(double rawValue) {
     for (const FrameRate& each : wellDefinedCases()) {
       if (each.rawValue_ == rawValue) return each;

@@ -1,6 +1,8 @@
 /// \file
 /// Names of makers, containers, recording formats, camera series and video codecs, spelled as the suite shows them. For
-/// example, SLVMediaFileContainerQuickTimeMovie is "QuickTime".
+/// example:
+///
+///     SLVMediaFileContainerQuickTimeMovie  // "QuickTime"
 #pragma once
 
 #include <string_view>

@@ -158,8 +158,8 @@ struct MediaRational {
   std::int64_t denominator = 1;
 
   /// Returns a whole number over 1, and any other in millionths, truncated toward zero and not reduced: 29.97 is
-  /// 29970000/1000000, and 1e-9 is 0/1000000. Absent for 0, for a number that is not finite or is -2^63, and for one
-  /// that leaves the signed 64-bit range, in millionths too.
+  /// 29970000/1000000, and 1e-9 is 0/1000000. Absent for 0, -2^63 and numbers that are not finite, and if the number,
+  /// or a fraction's millionths, leave the signed 64-bit range.
   [[nodiscard]] static constexpr std::optional<MediaRational> fromRawValue(double rawValue) noexcept {
     const auto whole = truncatedInteger(rawValue);
     if (rawValue == 0 || !whole || *whole == std::numeric_limits<std::int64_t>::min()) return std::nullopt;

@@ -1,5 +1,8 @@
 /// \file
-/// A width and a height, such as Size{1920, 1080}.
+/// A width and a height. For example:
+///
+///     const Size frame{1920, 1080};
+///     frame.width / frame.height;  // 1.777...
 #pragma once
 
 #include <cstddef>

@@ -108,9 +108,9 @@ class VideoDimension {
     return {Kind::scaled, {factor, factor}};
   }
 
-  /// Returns the choice that a stored size stands for: the case of exactly these numbers, else `custom` for two numbers
-  /// above 0 and `scaled` for one factor above 0. Absent if the numbers do not fit their kind: not finite, not above 0,
-  /// two different factors, or other than 0 for `VideoSizingKind::match`.
+  /// Returns the choice for a stored size: the case of exactly these numbers, else `custom` for two numbers above 0 and
+  /// `scaled` for one factor above 0. Absent if the numbers do not fit their kind: not finite, not above 0, two
+  /// different factors, or other than 0 for `VideoSizingKind::match`.
   [[nodiscard]] static constexpr std::optional<VideoDimension> fromStored(VideoSizingKind sizing,
                                                                           const Size& size) noexcept;
 
@@ -147,19 +147,20 @@ class VideoDimension {
   /// Lists the standard sizes; the last is a custom size of 400 x 400.
   [[nodiscard]] static constexpr std::span<const VideoDimension> exactDimensionsOptions() noexcept;
 
-  /// Return the members of the list that are scale options, or exact ones, in the list's order. Custom sizes and scales
-  /// other than those two are not options.
+  /// Return the members of the list that are scale options, or exact ones, in the list's order. The only custom members
+  /// are the scale of `customScaleDefaultValue` and the size 400 x 400.
   [[nodiscard]] MERIDIAN_API static std::vector<VideoDimension> filterScaleOptions(
       std::span<const VideoDimension> from);
   [[nodiscard]] MERIDIAN_API static std::vector<VideoDimension> filterExactDimensionsOptions(
       std::span<const VideoDimension> from);
 
-  /// Return the choices for a codec: all of them (the scaled ones, then the exact ones), the exact ones, the scaled
-  /// ones. Avid DNxHD codes fixed rasters (SMPTE ST 2019-1): it allows 1280 x 720, 1920 x 1080, and `match` for sources
-  /// that have such a raster. Every other codec allows all options.
+  /// Returns all choices for a codec, scaled ones first. Avid DNxHD codes fixed rasters (SMPTE ST 2019-1): it allows
+  /// 1280 x 720, 1920 x 1080, and `match` for sources that have such a raster. Every other codec allows all options.
   [[nodiscard]] MERIDIAN_API static std::vector<VideoDimension> allAllowedOptions(ConversionCodecType codec);
+  /// Returns the exact ones.
   [[nodiscard]] static constexpr std::span<const VideoDimension> allowedExactOptions(
       ConversionCodecType codec) noexcept;
+  /// Returns the scaled ones.
   [[nodiscard]] static constexpr std::span<const VideoDimension> allowedScaledOptions(
       ConversionCodecType codec) noexcept;
 

@@ -1,4 +1,5 @@
-// Reads a file from beginning to end, in pieces.
+/// \file
+/// Reads a file from beginning to end, in pieces.
 #pragma once
 
 #include <cstddef>

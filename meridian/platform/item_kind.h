@@ -1,5 +1,7 @@
 /// \file
-/// The kinds of file-system items.
+/// The kinds of file-system items. For example, of an item that `walkTree` passes:
+///
+///     if (item.kind == ItemKind::symbolicLink) ++links;
 #pragma once
 
 #include <cstdint>

@@ -47,15 +47,19 @@ class Url {
   /// Returns the path, percent-decoded.
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
-  /// Return views into this URL.
+  /// Return the last component of the path, its extension without a dot, and all components, as views into this URL;
+  /// empty if there are none.
   [[nodiscard]] std::string_view lastPathComponent() const noexcept { return meridian::lastPathComponent(path_); }
   [[nodiscard]] std::string_view pathExtension() const noexcept { return meridian::pathExtension(path_); }
   [[nodiscard]] std::vector<std::string_view> pathComponents() const { return meridian::pathComponents(path_); }
 
+  /// Returns the URL without the extension of its path.
   [[nodiscard]] Url deletingPathExtension() const { return withPath(meridian::deletingPathExtension(path_)); }
+  /// Returns the URL with its path standardized, as by `standardizedPath`.
   [[nodiscard]] Url standardized() const { return withPath(standardizedPath(path_)); }
 
-  /// In a URL with a host, an empty path counts as the root "/".
+  /// Return the URL without its last component, and with one more. In a URL with a host, an empty path counts as the
+  /// root "/".
   [[nodiscard]] Url deletingLastPathComponent() const {
     return withPath(std::string(meridian::deletingLastPathComponent(rootedPath())));
   }

@@ -1,4 +1,5 @@
-// Checks whether bytes are a well-formed XML document.
+/// \file
+/// Checks whether bytes are a well-formed XML document.
 #pragma once
 
 #include <cstddef>

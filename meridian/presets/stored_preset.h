@@ -22,11 +22,10 @@ namespace meridian::inline v0_2 {
 /// Returns a stored preset with this name and the store's settings.
 ///
 /// The preset gets every setting, rejected ones too, except those of one job: all flags that begin with "-in", and
-/// "-out",
-/// "-overwrite", "-progress_file", "-progress_prefix", "-work_dir" and the listing commands. A text that parses as the
-/// type of the setting's field is stored there; a text that the field would write differently ("3" for 3.0) is stored
-/// beside it too, and so is everything that has no field. If flags differ only in case or white space, one setting is
-/// stored, a valid one before a rejected one.
+/// "-out", "-overwrite", "-progress_file", "-progress_prefix", "-work_dir" and the listing commands. A text that parses
+/// as the type of the setting's field is stored there; a text that the field would write differently ("3" for 3.0) is
+/// stored beside it too, and so is everything that has no field. If flags differ only in case or white space, one
+/// setting is stored, a valid one before a rejected one.
 [[nodiscard]] MERIDIAN_API stored::PresetInformation storedPreset(std::string_view name,
                                                                   const TranscodeCliArguments& arguments);
 

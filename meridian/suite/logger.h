@@ -17,6 +17,7 @@
 
 namespace meridian::inline v0_2 {
 
+/// Whether a message reports an error or only informs.
 enum class LogLevel : std::uint8_t { error, info };
 
 template <>

@@ -11,7 +11,7 @@
 #include "meridian/cli/media_analysis_flags.h"
 #include "meridian/cli/media_analysis_reading.h"
 #include "tests/cli/random_words.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -305,7 +305,7 @@ TEST(MediaAnalysisTest, ImageOptionsNeedAPositionAndAWidth) {
             "no image width above 0 is given; give one with -maxImageWidth");
 }
 
-/// Each error: its code, and its path below the folder.
+/// Each error: its code, and its path below the directory.
 Words errorsIn(const std::string& folder, const Words& paths, const std::string& workDirectory,
                const std::string& results) {
   Words errors;
@@ -317,7 +317,7 @@ Words errorsIn(const std::string& folder, const Words& paths, const std::string&
 }
 
 TEST(MediaAnalysisTest, BasicErrorsAreFoundInTheirOrderAndLeaveNothingBehind) {
-  const test::TemporaryFolder temporary;
+  const test::TemporaryDirectory temporary;
   const std::string folder = temporary.path().string();
   const std::string media = temporary.write("media \n.mov", "x");
   std::filesystem::create_symlink(folder + "/nowhere", folder + "/dangling");
@@ -361,7 +361,7 @@ TEST(MediaAnalysisTest, MissingOptionsAreFoundWithoutTheFileSystem) {
 }
 
 TEST(MediaAnalysisTest, ResultsCannotBeCreatedInADirectoryWithoutWritePermission) {
-  const test::TemporaryFolder temporary;
+  const test::TemporaryDirectory temporary;
   const std::string media = temporary.write("a.mov", "");
   std::filesystem::permissions(temporary.path(), std::filesystem::perms(0555));
   const uid_t user = geteuid();

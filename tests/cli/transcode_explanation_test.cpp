@@ -47,7 +47,7 @@ TEST(TranscodeExplanationTest, AccountsForEveryWordOfRandomVectors) {
     const reference::Store store = reference::parsed(words, keepOrder);
     ASSERT_EQ(reference::storeOf(explanation.arguments), store);
     ASSERT_EQ(pairsOf(explanation.settings), store.valid);
-    ASSERT_EQ(pairsOf(explanation.rejections), store.invalid);
+    ASSERT_EQ(pairsOf(explanation.rejectedEntries), store.invalid);
 
     const reference::Words read = reference::readWords(words);
     std::vector<std::size_t> dropped;
@@ -83,12 +83,12 @@ TEST(TranscodeExplanationTest, AccountsForEveryWordOfRandomVectors) {
       explainedNames.emplace(preset(each.preset));
       explainedNames.insert(each.earlierNames.begin(), each.earlierNames.end());
     }
-    for (const ExplainedRejection& rejection : explanation.rejections) {
-      const Words values = allValuesOf(rejection);
-      if (rejection.flag == "-preset") {
+    for (const RejectedEntry& entry : explanation.rejectedEntries) {
+      const Words values = allValuesOf(entry);
+      if (entry.flag == "-preset") {
         explainedNames.insert(values.begin(), values.end());
       } else {
-        ASSERT_EQ(values, written[rejection.flag]);
+        ASSERT_EQ(values, written[entry.flag]);
       }
     }
     ASSERT_EQ(explainedNames, presetNames);
@@ -106,7 +106,7 @@ TEST(TranscodeExplanationTest, ListsTheValuesThatASettingOverrides) {
   EXPECT_THAT(codec.presetValue, Optional(std::string("h264")));
   ASSERT_EQ(explanation.presets.size(), 1U);
   EXPECT_THAT(explanation.presets[0].earlierNames, ElementsAre("fast"));
-  EXPECT_THAT(explanation.rejections, IsEmpty());
+  EXPECT_THAT(explanation.rejectedEntries, IsEmpty());
 
   // Of two presets the first keeps its values.
   const TranscodeExplanation both = explained({"-presets", "solvane_4444xq", "-preset", "solvane_cloud"});
@@ -146,7 +146,7 @@ TEST(TranscodeExplanationTest, WarnsOfDoubtfulSettings) {
       {{"-x-acl_tag", "1"}, {acceptedByContainment}, "-acl"},
       {{"-dims", "1280 x 720"},
        {invalidValue},
-       R"("-dims": cannot be parsed: "1280 x 720" is not a size; expected 1280x720)"},
+       R"("-dims": cannot be parsed: "1280 x 720" is not a size; did you mean 1280x720?)"},
       {{"-vbd", "ten"}, {invalidValue}, R"("ten" is not a whole number; expected a whole number, such as 10)"},
       {{"-acl", "ster"}, {invalidValue}, "mono, stereo, quad, pent, hex, oct, or a whole number, such as 2"},
       {{"-c_space", "srgb"}, {needsCapitals}, "sRGB is lower-cased in reading"},
@@ -292,15 +292,15 @@ TEST(TranscodeExplanationTest, SuggestsWhatARejectedWordWasMeantToBe) {
   for (const auto& [words, suggestion, valueless] : cases) {
     SCOPED_TRACE(shown(words).substr(0, 80));
     const TranscodeExplanation explanation = explained(words);
-    ASSERT_EQ(explanation.rejections.size(), 1U);
-    EXPECT_EQ(explanation.rejections[0].suggestion, suggestion);
-    EXPECT_EQ(explanation.rejections[0].valueless, valueless);
-    const std::string message = explanation.rejections[0].error.message();
+    ASSERT_EQ(explanation.rejectedEntries.size(), 1U);
+    EXPECT_EQ(explanation.rejectedEntries[0].suggestion, suggestion);
+    EXPECT_EQ(explanation.rejectedEntries[0].valueless, valueless);
+    const std::string message = explanation.rejectedEntries[0].error.message();
     EXPECT_THAT(message, HasSubstr(suggestion  ? "did you mean " + std::string(*suggestion) + "?"
                                    : valueless ? "cannot be the value of " + *valueless
                                                : "check the spelling"));
   }
-  EXPECT_EQ(explained({"-presets", "fast"}).rejections.at(0).error.message(),
+  EXPECT_EQ(explained({"-presets", "fast"}).rejectedEntries.at(0).error.message(),
             R"("-preset": does not name a preset: "fast" after -presets; check the spelling)");
 }
 

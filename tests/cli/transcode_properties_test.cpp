@@ -140,13 +140,24 @@ TEST(TranscodeProperties, TypedValuesMustHaveTheTypeOfTheProperty) {
   EXPECT_TRUE(setPropertyValue(arguments, named("progressOutputPrefix"), std::string()));
   EXPECT_EQ(arguments.progressOutputPrefix(), "");
   const TranscodeCliArguments::Stored before = arguments.stored();
-  EXPECT_FALSE(setPropertyValue(arguments, named("videoFrameRate"), std::int64_t{25}));
+  EXPECT_EQ(setPropertyValue(arguments, named("videoFrameRate"), std::int64_t{25}).error().code,
+            PropertyErrorCode::wrongType);
+  EXPECT_EQ(setPropertyValue(arguments, named("videoFrameRate"), std::string("25")).error().code,
+            PropertyErrorCode::wrongType);
   EXPECT_FALSE(setPropertyValue(arguments, named("videoFrameRate"), std::numeric_limits<float>::quiet_NaN()));
   EXPECT_FALSE(setPropertyValue(arguments, named("watermarkText"), true));
   EXPECT_FALSE(setPropertyValue(arguments, named("videoFormat"), std::string("vp9")));
   EXPECT_FALSE(setPropertyValue(arguments, named("ignoredAudioFileTracks"), std::vector<std::int64_t>{-1}));
   EXPECT_FALSE(setPropertyValue(arguments, named("inputFiles"), Words{"/a", " -b"}));
   EXPECT_EQ(arguments.stored(), before);
+}
+
+TEST(TranscodeProperties, InputFilesMayEndTheirLinesAsFilesDo) {
+  TranscodeCliArguments arguments;
+  for (const std::string_view input : {"/a\n/b", "/a\n/b\n", "/a\r\n/b\r\n"}) {
+    ASSERT_TRUE(setPropertyText(arguments, named("inputFiles"), input));
+    EXPECT_EQ(arguments.inputFiles(), (Words{"/a", "/b"}));
+  }
 }
 
 TEST(TranscodeProperties, ErrorsNameThePlaceAndTheRemedy) {
@@ -165,9 +176,12 @@ TEST(TranscodeProperties, ErrorsNameThePlaceAndTheRemedy) {
       {"gpuDecode", "maybe", invalidValue, R"("maybe" is not a switch; expected true or false)"},
       {"ignoredAudioFileTracks", "1,", invalidValue, "such as 0,2"},
       {"timecode", "1:2", invalidValue, "such as 01:00:00:00"},
-      {"videoBitDepth", "-5", beginsWithDash, R"("videoBitDepth": cannot begin with "-", which marks a flag: "-5")"},
-      {"outputFile", " -a.mov", beginsWithDash, R"(begin a path with "./")"},
+      {"videoBitDepth", "-5", beginsWithDash,
+       R"("videoBitDepth": cannot begin with "-", which marks a flag: "-5"; use a value that begins otherwise)"},
+      {"outputFile", " -a.mov", beginsWithDash, R"(begin the path with "./")"},
       {"inputFiles", "/a\n-b", beginsWithDash, R"("-b")"},
+      {"inputFiles", "/a\n\n/b", invalidValue, "expected a list of paths"},
+      {"outputFile", std::string_view("/a\0b", 4), containsNul, R"("/a\x00b"; remove the NUL byte)"},
       {"watermarkText", "-\x1b[2J", beginsWithDash, R"(\x1b[2J)"}};
   for (const auto& [name, input, code, message] : cases) {
     TranscodeCliArguments arguments;

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "meridian/fs/claimed_files.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -29,17 +29,17 @@ using Claim = Expected<std::vector<ClaimedFile>, ClaimError>;
 
 class ClaimedFiles : public testing::Test {
  protected:
-  [[nodiscard]] std::string path(const std::string& name) const { return (folder_.path() / name).string(); }
+  [[nodiscard]] std::string path(const std::string& name) const { return (directory_.path() / name).string(); }
   [[nodiscard]] Url url(const std::string& name) const { return Url::fromFilePath(path(name)); }
   void makeDirectories(const Texts& names) const {
-    for (const std::string& name : names) fs::create_directory(folder_.path() / name);
+    for (const std::string& name : names) fs::create_directory(directory_.path() / name);
   }
 
-  /// Returns the relative paths of all items in the folder, at any depth.
+  /// Returns the relative paths of all items in the directory, at any depth.
   [[nodiscard]] Texts items() const {
     Texts names;
-    for (const auto& entry : fs::recursive_directory_iterator(folder_.path())) {
-      names.push_back(entry.path().lexically_relative(folder_.path()).string());
+    for (const auto& entry : fs::recursive_directory_iterator(directory_.path())) {
+      names.push_back(entry.path().lexically_relative(directory_.path()).string());
     }
     std::ranges::sort(names);
     return names;
@@ -53,13 +53,13 @@ class ClaimedFiles : public testing::Test {
       return names;
     }
     for (const ClaimedFile& file : *claim) {
-      names.push_back(fs::path(file.url.path()).lexically_relative(folder_.path()).string());
+      names.push_back(fs::path(file.url.path()).lexically_relative(directory_.path()).string());
       EXPECT_TRUE(fs::is_regular_file(file.url.path()) && fs::is_empty(file.url.path()));
     }
     return names;
   }
 
-  test::TemporaryFolder folder_;
+  test::TemporaryDirectory directory_;
 };
 
 std::string contentsOf(const std::string& path) {
@@ -68,7 +68,7 @@ std::string contentsOf(const std::string& path) {
 }
 
 TEST_F(ClaimedFiles, GetTheFirstUnusedName) {
-  folder_.write("clip.mov", "mine");
+  directory_.write("clip.mov", "mine");
   fs::create_symlink("nowhere", path("clip 2.mov"));
   EXPECT_THAT(createdBy(claimFile(url("clip.mov"))), ElementsAre("clip 3.mov"));
   EXPECT_THAT(createdBy(claimFile(url("clip.mov"))), ElementsAre("clip 4.mov"));
@@ -79,7 +79,7 @@ TEST_F(ClaimedFiles, GetTheFirstUnusedName) {
 
 TEST_F(ClaimedFiles, GetOneNameInEveryDirectory) {
   makeDirectories({"a", "b"});
-  folder_.write("b/clip.mov", "");
+  directory_.write("b/clip.mov", "");
   const std::vector<Url> directories{url("b"), url("a"), url("a/../b")};
   EXPECT_THAT(createdBy(claimFileAmongstDirectories("clip", directories, "mov")),
               ElementsAre("b/clip 2.mov", "a/clip 2.mov"));
@@ -90,7 +90,7 @@ TEST_F(ClaimedFiles, GetOneNameInEveryDirectory) {
 
 TEST_F(ClaimedFiles, ShareANumberAsASetInEveryDirectory) {
   makeDirectories({"a", "b"});
-  folder_.write("a/clip.xml", "");
+  directory_.write("a/clip.xml", "");
   fs::create_symlink("nowhere", path("b/clip-2.mov"));
   const std::vector<Url> directories{url("b"), url("a"), url("b/")};
   const Texts extensions{"xml", "mov", "xml"};
@@ -106,9 +106,9 @@ TEST_F(ClaimedFiles, ShareANumberAsASetInEveryDirectory) {
 
 TEST_F(ClaimedFiles, AreAllCreatedOrNone) {
   makeDirectories({"a", "b"});
-  folder_.write("file", "");
+  directory_.write("file", "");
   const std::string almostTooLong(251, 'x');
-  folder_.write("a/" + almostTooLong + ".mov", "");
+  directory_.write("a/" + almostTooLong + ".mov", "");
   const std::vector<Url> good{url("a"), url("b")};
   const Texts before = items();
   using Code = ClaimErrorCode;
@@ -202,7 +202,7 @@ TEST_F(ClaimedFiles, AreNeverSharedBetweenProcesses) {
   constexpr int processes = 6;
   constexpr int rounds = 100;
   makeDirectories({"a", "b"});
-  folder_.write("b/clip0.mov", "first");
+  directory_.write("b/clip0.mov", "first");
   int start[2];
   ASSERT_EQ(pipe(start), 0);
   std::vector<pid_t> children;
@@ -213,7 +213,7 @@ TEST_F(ClaimedFiles, AreNeverSharedBetweenProcesses) {
       close(start[1]);
       char unused = 0;
       const bool began = read(start[0], &unused, 1) == 0;  // all processes begin when the pipe is closed
-      if (began) claimManyFiles(folder_.path().string(), process, rounds);
+      if (began) claimManyFiles(directory_.path().string(), process, rounds);
       _exit(began ? 0 : 1);
     }
     children.push_back(child);

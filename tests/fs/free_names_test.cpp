@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "meridian/fs/free_names.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -208,7 +208,7 @@ TEST(FreeNames, CostOneQueryForEachCollision) {
 }
 
 TEST(FreeNames, QueryTheFileSystemByDefault) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const auto path = [&folder](const std::string& name) { return (folder.path() / name).string(); };
   const std::string longest(255, 'x');
   folder.write("clip.mov", "");
@@ -222,7 +222,7 @@ TEST(FreeNames, QueryTheFileSystemByDefault) {
   EXPECT_EQ(lastPathComponentAdjustedForCollision("clip", {&directory, 1}, "mov"), "clip 3.mov");
   EXPECT_EQ(consistentFilePathsAdjustedForCollision(directory, "clip", mov).at("mov").path(), path("clip-2.mov"));
   EXPECT_EQ(filePathAdjustedForCollision(urlOf(path("missing/clip.mov"))).path(), path("missing/clip.mov"));
-  // A link that leads nowhere does not exist, nor does a name that is too long.
+  // A dangling link does not exist, nor does a name that is too long.
   EXPECT_EQ(filePathAdjustedForCollision(urlOf(path("dangling"))).path(), path("dangling"));
   EXPECT_EQ(filePathAdjustedForCollision(urlOf(path(longest))).path(), path(longest + " 2"));
 }

@@ -10,7 +10,7 @@
 #include "meridian/platform/file_queries.h"
 #include "meridian/suite/localization.h"
 #include "tests/fs/plain_item_filter.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -45,7 +45,7 @@ TEST(ExtensionFilter, NeverPermitsKnownExtensionsThatAreNotListed) {
 }
 
 TEST(ItemFilter, DecidesByTheFirstRuleThatApplies) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const std::string root = folder.path().string();
   std::filesystem::create_directory(root + "/footage.mov");
   for (const char* const name : {"clip.MOV", ".mov", "clip.mxf", ".ds_store", "clipmov", "clip.tar.gz", "x.STRASSE"})
@@ -134,7 +134,7 @@ ItemFilterSettings randomSettings(std::mt19937& random) {
 }
 
 TEST(ItemFilter, DecidesAsThePlainRule) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const std::string root = folder.path().string();
   std::mt19937 random(11);
   for (int round = 0; round < 150; ++round) {

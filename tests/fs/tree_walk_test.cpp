@@ -14,7 +14,7 @@
 
 #include "tests/fs/plain_item_filter.h"
 #include "tests/support/process.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -66,7 +66,7 @@ void walkPlainly(const filesystem::path& directory, const ItemFilterSettings& se
 }
 
 TEST(TreeWalk, PassesTheItemsOfThePlainWalk) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   std::mt19937 random(3);
   const std::vector<std::string> names{"DCIM",      "A001.mov", "clip.MOV", ".hidden", ".DS_Store",
                                        "line\nend", "\xff.mov", "\xc3\xa9", "b.xml",   "x"};
@@ -108,7 +108,7 @@ TEST(TreeWalk, PassesTheItemsOfThePlainWalk) {
 }
 
 TEST(TreeWalk, PassesDirectoriesBeforeTheirItemsInTheOrderOfNames) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const std::string root = folder.path().string();
   filesystem::create_directories(root + "/b/z");
   for (const char* const name : {"c", "b/y", "b/z/x", "a", "B", "b.x"}) folder.write(name, "");
@@ -136,7 +136,7 @@ TEST(TreeWalk, PassesDirectoriesBeforeTheirItemsInTheOrderOfNames) {
 }
 
 TEST(TreeWalk, ReportsWhatItCannotReadAndContinues) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const std::string root = folder.path().string();
   const std::string file = folder.write("a", "");
   const auto error = [](TreeWalkErrorCode code, const std::string& path, std::errc systemError) {
@@ -196,7 +196,7 @@ std::vector<std::string> nestedDirectories(const std::string& root) {
 }
 
 TEST(TreeWalk, NeedsOnlyThreeOpenDirectories) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   static_cast<void>(nestedDirectories(folder.path().string() + "/root"));
   // A sanitizer opens files when it first sees a class, so it sees these classes before the limit is set.
   for (const std::error_code& code : {std::error_code(), std::make_error_code(std::errc::io_error)}) {
@@ -221,7 +221,7 @@ TEST(TreeWalk, NeedsOnlyThreeOpenDirectories) {
 
 // The walk returns through "..", which leads elsewhere if a directory was moved in the meantime.
 TEST(TreeWalk, ReturnsFromAMovedDirectory) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const std::string root = folder.path().string() + "/root";
   const std::vector<std::string> levels = nestedDirectories(root);
   std::vector<std::string> files;
@@ -253,7 +253,7 @@ TEST(TreeWalk, IsNotLimitedByTheLengthOfAPath) {
   constexpr int depth = 5000;
   // In memory if possible: a disk may need half a minute to remove so many directories.
   const filesystem::path memory = "/dev/shm";
-  const test::TemporaryFolder folder(filesystem::is_directory(memory) ? memory : filesystem::temp_directory_path());
+  const test::TemporaryDirectory folder(filesystem::is_directory(memory) ? memory : filesystem::temp_directory_path());
   const std::string root = folder.path().string() + "/deep";
   filesystem::create_directory(root);
   int descriptor = ::open(root.c_str(), O_RDONLY | O_DIRECTORY);

@@ -5,7 +5,7 @@
 
 #include <system_error>
 
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -78,7 +78,7 @@ TEST(UrlOperations, CutPaths) {
 }
 
 TEST(UrlOperations, AskTheFileSystem) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const Url root = file(folder.path().string());
   const Url clip = file(folder.write(".clip.mov", ""));
   const Url missing = root.appendingPathComponent(".missing");

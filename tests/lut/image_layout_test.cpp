@@ -205,6 +205,16 @@ TEST(ImageLayouts, AnUnusableImageIsAnErrorAndNothingIsWritten) {
       {with([](View& view) { view.width = 4; }), ImageErrorCode::unequalSizes},
       {with([](View& view) { view.height = 3; }), ImageErrorCode::unequalSizes},
       {with([](View& view) { view.width = SIZE_MAX; }), ImageErrorCode::unusableStride},
+      {with([](View& view) {
+         view.width = SIZE_MAX;
+         view.height = 1;
+       }),
+       ImageErrorCode::unusableStride},
+      {with([](View& view) { view.red().rowStride = PTRDIFF_MIN; }), ImageErrorCode::unusableStride},
+      {with([](View& view) { view.height = SIZE_MAX; }), ImageErrorCode::unusableStride},
+      {View::packed(ImageLayout::rgb, samples.data(), SIZE_MAX, 1, 10), ImageErrorCode::noSamples},
+      {View::packed(ImageLayout::planarRgb, samples.data(), std::size_t{1} << 33, std::size_t{1} << 33, 10),
+       ImageErrorCode::noSamples},
       {with([](View& view) { view.format = 0; }), ImageErrorCode::unusableBitDepth},
       {with([](View& view) { view.format = 17; }), ImageErrorCode::unusableBitDepth},
       {with([](View& view) { view.format = {7, CodeValueRange::limited}; }), ImageErrorCode::unusableRange},

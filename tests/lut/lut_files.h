@@ -9,7 +9,7 @@
 
 #include "meridian/lut/parsed_lut_factory.h"
 #include "meridian/suite/logger.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian::test {
 

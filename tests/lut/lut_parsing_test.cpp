@@ -32,12 +32,12 @@ std::string rowsText(std::size_t count, double largest, bool integers = false) {
 class LutParsing : public testing::Test {
  protected:
   Expected<std::unique_ptr<const ParsedLutFile>, LutError> parse(const std::string& name, std::string_view content) {
-    path_ = folder_.write(name, content);
+    path_ = directory_.write(name, content);
     return ParsedLutFactory::parsing(Url::fromFilePath(path_));
   }
   [[nodiscard]] const std::vector<std::string>& logged() const { return log_.messages(); }
 
-  test::TemporaryFolder folder_;
+  test::TemporaryDirectory directory_;
   test::LogKeeper log_;
   std::string path_;
 };
@@ -115,7 +115,7 @@ TEST_F(LutParsing, HeadersRowsAndValuesDecideWhatAFileIs) {
 }
 
 TEST_F(LutParsing, OnlyThreeErrorsAreLoggedInTheirWords) {
-  const std::string missing = (folder_.path() / "missing.cube").string();
+  const std::string missing = (directory_.path() / "missing.cube").string();
   EXPECT_EQ(ParsedLutFactory::parsed(Url::fromFilePath(missing)), nullptr);
   EXPECT_EQ(parse("short.lut", rowsText(128, 1)).error().code, LutErrorCode::tooFewRows);
   const std::string shortPath = path_;
@@ -133,8 +133,8 @@ TEST_F(LutParsing, ExtensionsArePermittedByTheirMeaning) {
   }
   // No extension is that of a directory, which the vocabulary knows.
   for (const std::string name : {"a.mov", "a.MOV", "plain", "a."}) EXPECT_FALSE(parse(name, rows)) << name;
-  const Url mov = Url::fromFilePath(folder_.write("b.mov", rows));
-  const Url look = Url::fromFilePath(folder_.write("b.mylook", rows));
+  const Url mov = Url::fromFilePath(directory_.write("b.mov", rows));
+  const Url look = Url::fromFilePath(directory_.write("b.mylook", rows));
   EXPECT_TRUE(ParsedLutFactory::parsing(mov, std::nullopt));
   EXPECT_FALSE(ParsedLutFactory::parsing(look, FileExtensionSet::colorLutFileExtensions(), false));
 }
@@ -143,9 +143,9 @@ TEST_F(LutParsing, AFileThatCannotBeReadIsAnErrorThatSaysWhy) {
   const auto codeOf = [](const std::string& path) {
     return ParsedLutFactory::parsing(Url::fromFilePath(path)).error().code;
   };
-  std::filesystem::create_directory(folder_.path() / "folder.cube");
-  EXPECT_EQ(codeOf((folder_.path() / "folder.cube").string()), LutErrorCode::notOpened);
-  const std::string table = folder_.write("table.cube", rowsText(256, 1));
+  std::filesystem::create_directory(directory_.path() / "folder.cube");
+  EXPECT_EQ(codeOf((directory_.path() / "folder.cube").string()), LutErrorCode::notOpened);
+  const std::string table = directory_.write("table.cube", rowsText(256, 1));
   EXPECT_EQ(codeOf(table + std::string("\0.cube", 6)), LutErrorCode::notOpened);
   if (geteuid() != 0) {
     std::filesystem::permissions(table, std::filesystem::perms::none);
@@ -199,7 +199,7 @@ TEST_F(LutParsing, HostileXmlNeedsLittleMemory) {
   for (int i = 0; i < 1'000'000; ++i) names += "<n" + std::to_string(i) + "/>";
   const std::string hostile[] = {"<a b='" + std::string(60'000'000, 'x'), std::move(nested), "<a>" + names};
   for (const std::string& text : hostile) {
-    folder_.write("hostile.cube", text);
+    directory_.write("hostile.cube", text);
     const auto before = peak();
     EXPECT_FALSE(parse("hostile.cube", text));
     EXPECT_LT(peak() - before, 64 * 1024);
@@ -342,6 +342,9 @@ TEST_F(LutParsing, DeclaredDomainsDoNotAffectTheConverter) {
       {"DOMAIN_MIN 2 0 0\nDOMAIN_MAX 1 1 1\n" + rows, none},  // one channel inverted: red,
       {"DOMAIN_MIN 0 2 0\nDOMAIN_MAX 1 1 1\n" + rows, none},  // green,
       {"DOMAIN_MIN 0 0 2\nDOMAIN_MAX 1 1 1\n" + rows, none},  // blue
+      {"DOMAIN_MIN 1 0 0\nDOMAIN_MAX 1 1 1\n" + rows, none},  // one channel empty: red,
+      {"DOMAIN_MIN 0 1 0\nDOMAIN_MAX 1 1 1\n" + rows, none},  // green,
+      {"DOMAIN_MIN 0 0 1\nDOMAIN_MAX 1 1 1\n" + rows, none},  // blue
       {"DOMAIN_MAX 2 3\nDOMAIN_MINIMUM 1 1 1\n" + rows, none},
       {rows + "DOMAIN_MAX 2 3 4\n", none},
   };

@@ -5,7 +5,7 @@
 
 #include <system_error>
 
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 namespace filesystem = std::filesystem;
 
 TEST(FileQueries, FollowLinks) {
-  const test::TemporaryFolder temporary;
+  const test::TemporaryDirectory temporary;
   const std::string root = temporary.path().string();
   const std::string file = temporary.write("\xff\n.mov", "");
   filesystem::create_directory(root + "/.directory");
@@ -58,7 +58,7 @@ TEST(FileQueries, FollowLinks) {
 }
 
 TEST(FileQueries, AVolumeSupportsTheLinksThatCanBeCreatedOnIt) {
-  const test::TemporaryFolder temporary;
+  const test::TemporaryDirectory temporary;
   const std::string file = temporary.write("file", "");
   std::error_code symbolic;
   std::error_code hard;

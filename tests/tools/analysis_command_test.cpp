@@ -8,7 +8,7 @@
 
 #include "meridian/cli/media_analysis_argument_factory.h"
 #include "tests/support/process.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -44,7 +44,7 @@ Words piecesOf(const std::string& text) {
 }
 
 TEST(AnalysisArgsCommand, WritesTheVectorOfTheFactoryAndReadsItBack) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const std::string media = folder.write("A \"1\"\n\xff.mov", "");
   const std::string results = (folder.path() / "r.json").string();
   const Outcome written = analysisArgs(
@@ -106,7 +106,7 @@ TEST(AnalysisArgsCommand, WritesTheVectorOfTheFactoryAndReadsItBack) {
 }
 
 TEST(AnalysisArgsCommand, CheckReportsEveryErrorAndEveryWarning) {
-  const test::TemporaryFolder folder;
+  const test::TemporaryDirectory folder;
   const std::string results = folder.write("r.json", "{}");
   const Words words{"stray\x1b", "-pathToAnalyze", "/nowhere", "-resultsFilePath",
                     results,     "-maxImageWidth", "wide",     "-deepAnalisys"};
@@ -146,8 +146,8 @@ TEST(AnalysisArgsCommand, SaysWhatIsWrongWithItsOptions) {
     std::string says;
   };
   const Case cases[]{
-      {{"--height", "3"}, 2, "images also need --snapshot"},
-      {{"--snapshot", "3"}, 2, "images also need --max-width"},
+      {{"--height", "3"}, 2, "image options need --snapshot and --max-width"},
+      {{"--snapshot", "3"}, 2, "image options need --snapshot and --max-width"},
       {{"--snapshot", "3", "--max-width", "wide"},
        2,
        "\"wide\" is not a number for --max-width; expected one such as 0.5"},

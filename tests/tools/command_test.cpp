@@ -147,7 +147,7 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"render", "word"}, "after \"--\""},
       {{"render", "--null", "--json", "--"}, "--json and --null cannot be used together"},
       {{"flags", "--", "-x"}, "accepts no words after"},
-      {{"extensions", "--group", "videos"}, "unknown group \"videos\"; known values:\n"},
+      {{"extensions", "--group", "videos"}, "unknown group \"videos\"; known groups:\n"},
       {{"rate"}, "VALUE|NUM/DEN is missing"},
       {{"rate", "-inf"}, "unexpected argument: -inf"},
       {{"timecode", "--rate", "25", "--rate", "24"}, "--rate is given more than once"},
@@ -159,7 +159,7 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"timecode", "--rate", "25", "--frames", "1.5"}, "is not a number of frames; expected a 64-bit integer"},
       {{"dimension", "1920"}, "is not a size; expected 1920 1080 or 1920x1080"},
       {{"dimension", "1920x1080", "1"}, "is not a width; expected a number of pixels"},
-      {{"completion", "fish"}, "known values:\n  bash"},
+      {{"completion", "fish"}, "known shells:\n  bash"},
       {{"timecode", "--rate"}, "--rate needs a value: VALUE|NUM/DEN"},
       {{"transcode"}, "unknown subcommand \"transcode\"; known subcommands:\n  parse\n"},
       {{"lut", "parse"}, "unknown subcommand \"parse\"; known subcommands:\n  info\n  sample\n"},
@@ -236,8 +236,8 @@ TEST(Command, ExplainShowsPropertiesAndMeanings) {
                     "SRGB", "-clut",  "/a",    "-asr",       "48000",      "-vbr",    "8.5"};
   const Outcome shown = meridianWith({"explain"}, words);
   for (const std::string text :
-       {"23.976 fps = 24000/1001", "\"1280 x 720\" is not a size; expected 1280x720", "video is left out",
-        "audio is copied because no codec is given", "\"ten\" is not a whole number", "expected 01:02:03;04",
+       {"23.976 fps = 24000/1001", "\"1280 x 720\" is not a size; did you mean 1280x720?", "video is left out",
+        "audio is copied because no codec is given", "\"ten\" is not a whole number", "did you mean 01:02:03;04?",
         "sRGB is lower-cased in reading"}) {
     EXPECT_THAT(shown.output, HasSubstr(text));
   }
@@ -269,16 +269,16 @@ TEST(Command, SetEditsProperties) {
             (Words{"-in_0_0", "/b", "-in_0_1", "/c d", "-vn", ""}));
   EXPECT_EQ(set({"inputFiles=/b", "inputFiles=", "inputFiles=/c\nd"}, {"-in_1_0", "/a"}), (Words{"-in_0_0", "/c\nd"}));
   EXPECT_EQ(set({"channelLayout="}, {"-acl", "2"}), (Words{"-acl", "2"}));
-  const Outcome lossy = meridianWith({"set", "watermarkText=Hello"}, Words{"stray"});
-  EXPECT_THAT(lossy.errors, AllOf(HasSubstr("\"-wmt_text\": will be read differently: \"Hello\" as \"hello\""),
-                                  HasSubstr("\"stray\": belongs to no flag")));
+  const Outcome warned = meridianWith({"set", "watermarkText=Hello"}, Words{"stray"});
+  EXPECT_THAT(warned.errors, AllOf(HasSubstr("\"-wmt_text\": will be read differently: \"Hello\" as \"hello\""),
+                                   HasSubstr("\"stray\": belongs to no flag")));
   struct Case {
     std::string assignment;
     int status;
     std::string message;
   };
   const Case cases[]{{"videoFormat=vp9", 1, "\"vp9\" is not a video codec; expected a video codec: dnxhd, h264"},
-                     {"VideoFormat=h264", 1, "unknown property \"VideoFormat\"; known properties:\n  inputFiles"},
+                     {"VideoFormat=h264", 1, "unknown property \"VideoFormat\"; did you mean videoFormat?"},
                      {"\x1b[2J=1", 1, "\\x1b[2J"},
                      {"videoBitDepth=-5", 1, "\"videoBitDepth\": cannot begin with \"-\""},
                      {"outputFile= -overwrite", 1, "which marks a flag"},
@@ -311,10 +311,10 @@ TEST(Command, RateShowsWhatItIsMatchedTo) {
   }
   EXPECT_THAT(meridianWith({"rate", "119.88"}).output, HasSubstr("ntsc120p looks the same but is 120000/1001"));
   EXPECT_THAT(meridianWith({"rate", "29.97"}).output, AllOf(HasSubstr("ntsc30p"), HasSubstr("30000/1001")));
-  for (const std::string refused : {"0", "inf", "nan", "1e300", "9223372036854775807", "25/0", "0/0", "1e-7", "0/5"}) {
-    const Outcome outcome = meridianWith({"rate", refused});
-    EXPECT_EQ(outcome.status, 1) << refused;
-    EXPECT_THAT(outcome.errors, HasSubstr(refused));
+  for (const std::string invalid : {"0", "inf", "nan", "1e300", "9223372036854775807", "25/0", "0/0", "1e-7", "0/5"}) {
+    const Outcome outcome = meridianWith({"rate", invalid});
+    EXPECT_EQ(outcome.status, 1) << invalid;
+    EXPECT_THAT(outcome.errors, HasSubstr(invalid));
   }
 }
 

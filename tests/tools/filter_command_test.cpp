@@ -5,7 +5,7 @@
 
 #include "meridian/fs/tree_walk.h"
 #include "tests/support/process.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -29,16 +29,16 @@ class FilterCommand : public testing::Test {
  protected:
   FilterCommand() {
     for (const char* const name : {"DCIM", "DCIM/.hidden", ".Trashes"}) {
-      std::filesystem::create_directory(folder_.path() / name);
+      std::filesystem::create_directory(directory_.path() / name);
     }
     for (const char* const name :
          {"DCIM/a.mov", "DCIM/b.XML", "DCIM/.hidden/c.xml", ".Trashes/d", "line\nend.mov", "\xff.mov", "\x1b[2J"}) {
-      folder_.write(name, "");
+      directory_.write(name, "");
     }
-    std::filesystem::create_directory_symlink(folder_.path(), folder_.path() / "loop");
+    std::filesystem::create_directory_symlink(directory_.path(), directory_.path() / "loop");
   }
 
-  [[nodiscard]] std::string root() const { return folder_.path().string(); }
+  [[nodiscard]] std::string root() const { return directory_.path().string(); }
 
   /// Returns the output of --null.
   [[nodiscard]] std::string expected(const ItemFilterSettings& settings) const {
@@ -53,7 +53,7 @@ class FilterCommand : public testing::Test {
     return text;
   }
 
-  const test::TemporaryFolder folder_;
+  const test::TemporaryDirectory directory_;
 };
 
 TEST_F(FilterCommand, PrintsTheDecisionsOfTheLibrary) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/support/process.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -29,7 +29,7 @@ class FreeNameCommand : public testing::Test {
     fs::create_directory(path("b"));
   }
 
-  [[nodiscard]] std::string path(const std::string& name) const { return (folder_.path() / name).string(); }
+  [[nodiscard]] std::string path(const std::string& name) const { return (directory_.path() / name).string(); }
 
   static Outcome freeName(Words words) {
     words.insert(words.begin(), {MERIDIAN_COMMAND, "free-name"});
@@ -43,11 +43,11 @@ class FreeNameCommand : public testing::Test {
     return outcome.output;
   }
 
-  test::TemporaryFolder folder_;
+  test::TemporaryDirectory directory_;
 };
 
 TEST_F(FreeNameCommand, PrintsANameAndCreatesTheFileIfAsked) {
-  const std::string clip = folder_.write("cl\xff ip\n.mov", "");
+  const std::string clip = directory_.write("cl\xff ip\n.mov", "");
   const std::string second = path("cl\xff ip\n 2.mov");
   EXPECT_EQ(printed({path("new.mov")}), path("new.mov") + "\n");
   EXPECT_EQ(printed({"--", "-new.mov"}), "-new.mov\n");
@@ -63,7 +63,7 @@ TEST_F(FreeNameCommand, PrintsANameAndCreatesTheFileIfAsked) {
 }
 
 TEST_F(FreeNameCommand, PrintsOneNameForSeveralDirectories) {
-  folder_.write("b/clip", "");
+  directory_.write("b/clip", "");
   const Words among{"--among", path("a"), path("b")};
   const auto named = [&among](Words words) {
     words.insert(words.end(), among.begin(), among.end());
@@ -79,7 +79,7 @@ TEST_F(FreeNameCommand, PrintsOneNameForSeveralDirectories) {
 }
 
 TEST_F(FreeNameCommand, PrintsAndCreatesTheSameFilesOfASet) {
-  folder_.write("b/clip.mov", "");
+  directory_.write("b/clip.mov", "");
   const Words set{"--base", "clip", "--ext", "xml", "mov", "--ext", "xml", "--set", path("a"), "--set", path("b")};
   const std::string expected = path("a/clip-2.xml") + "\n" + path("a/clip-2.mov") + "\n" + path("b/clip-2.xml") + "\n" +
                                path("b/clip-2.mov") + "\n";
@@ -94,8 +94,8 @@ TEST_F(FreeNameCommand, PrintsAndCreatesTheSameFilesOfASet) {
 
 TEST_F(FreeNameCommand, ReportsWhyThereIsNoName) {
   const std::string longest(255, 'x');
-  folder_.write("file", "");
-  folder_.write(longest, "");
+  directory_.write("file", "");
+  directory_.write(longest, "");
   const struct {
     Words words;
     int status;

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "tests/support/process.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian::test {
 
@@ -33,9 +33,9 @@ inline std::string contentsOf(const std::filesystem::path& path) {
 /// Files in a directory of their own, which is removed with the test.
 class LutCommand : public testing::Test {
  protected:
-  [[nodiscard]] std::string path(const std::string& name) const { return (folder_.path() / name).string(); }
+  [[nodiscard]] std::string path(const std::string& name) const { return (directory_.path() / name).string(); }
 
-  std::string write(const std::string& name, const std::string& text) const { return folder_.write(name, text); }
+  std::string write(const std::string& name, const std::string& text) const { return directory_.write(name, text); }
 
   /// Writes a cube of three points per axis; `change` makes a row of a place from 0 to 2 on each axis.
   std::string writeCube(const std::string& name, const std::function<std::string(int, int, int)>& change) const {
@@ -71,14 +71,14 @@ class LutCommand : public testing::Test {
 
   [[nodiscard]] Words fileNames() const {
     Words names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
+    for (const auto& entry : std::filesystem::directory_iterator(directory_.path()))
       names.push_back(entry.path().filename().string());
     std::ranges::sort(names);
     return names;
   }
 
  private:
-  TemporaryFolder folder_;
+  TemporaryDirectory directory_;
 };
 
 }  // namespace meridian::test

@@ -35,8 +35,8 @@ class ImageFile {
   /// Returns the bit depth of the code values; absent for floating point.
   [[nodiscard]] virtual std::optional<int> bitDepth() const noexcept = 0;
 
-  /// Begins the file to write at `path`. Throws CommandError if its format cannot hold the samples. `name` is what messages
-  /// call it.
+  /// Begins the file to write at `path`. Throws CommandError if its format cannot hold the samples. `name` is what
+  /// messages call it.
   virtual void beginWriting(const std::string& path, const std::string& name) = 0;
 
   virtual void read(const Progress& progress) = 0;

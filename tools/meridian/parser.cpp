@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
 #include "meridian/version.h"
 
@@ -14,11 +15,7 @@ namespace meridian::command {
 namespace {
 
 /// Each name on a line of its own.
-std::string asList(const std::vector<std::string_view>& names) {
-  std::string list;
-  for (const std::string_view name : names) list += "\n  " + std::string(name);
-  return list;
-}
+std::string asList(const std::vector<std::string_view>& names) { return "\n  " + joined(names, "\n  "); }
 
 std::string exampleOf(std::string_view example) {
   std::string text = "Example:\n  ";
@@ -127,7 +124,8 @@ void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
   for (const Option& option : subcommand.options) {
     const auto value = arguments.value(option.name);
     if (!value || option.choices.empty() || std::ranges::find(option.choices, *value) != option.choices.end()) continue;
-    throw UsageError("unknown " + option.name + " " + inQuotes(*value) + "; known values:" + asList(option.choices));
+    throw UsageError("unknown " + option.name + " " + inQuotes(*value) + "; known " + option.name +
+                     "s:" + asList(option.choices));
   }
 }
 

@@ -55,7 +55,7 @@ std::optional<Factory::ImageOptions> imageOptions(const Arguments& arguments) {
   const bool isAny = std::ranges::any_of(imageOptionNames, [&](const char* name) { return arguments.has(name); });
   if (!isAny) return std::nullopt;
   for (const char* const name : {"snapshot", "max-width"}) {
-    if (!arguments.has(name)) throw UsageError("images also need --" + std::string(name));
+    if (!arguments.has(name)) throw UsageError("image options need --snapshot and --max-width");
   }
   std::vector<float> locations;
   for (const std::string& text : arguments.given.at("snapshot")) locations.push_back(readNumber("snapshot", text));

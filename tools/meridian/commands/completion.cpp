@@ -3,6 +3,7 @@
 #include <iostream>
 #include <vector>
 
+#include "meridian/base/joined.h"
 #include "meridian/cli/transcode_flags.h"
 #include "meridian/cli/transcode_properties.h"
 #include "tools/meridian/command.h"
@@ -10,20 +11,13 @@
 namespace meridian::command {
 namespace {
 
-template <typename Texts>
-std::string spaced(const Texts& texts) {
-  std::string result;
-  for (const auto& text : texts) result += (result.empty() ? "" : " ") + std::string(text);
-  return result;
-}
-
 /// The options of a subcommand, as typed.
 std::string optionNames(const Subcommand& subcommand) {
   std::vector<std::string> names{"--help"};
   for (const Option& option : subcommand.options) {
     if (option.kind != Option::Kind::positional) names.push_back("--" + option.name);
   }
-  return spaced(names);
+  return joined(names, " ");
 }
 
 /// The lines of a case statement over the first word: the flags of argument vectors that are not the transcoder's.
@@ -31,7 +25,8 @@ std::string wordFlagCases() {
   std::string cases;
   for (const Subcommand& subcommand : allSubcommands()) {
     if (subcommand.wordFlags.empty()) continue;
-    cases += "      " + subcommand.name + ") [[ $word == -* ]] && words='" + spaced(subcommand.wordFlags) + "' ;;\n";
+    cases +=
+        "      " + subcommand.name + ") [[ $word == -* ]] && words='" + joined(subcommand.wordFlags, " ") + "' ;;\n";
   }
   return cases;
 }
@@ -50,7 +45,7 @@ std::string choiceCases(const Subcommand& subcommand) {
     if (option.choices.empty()) continue;
     const bool positional = option.kind == Option::Kind::positional;
     const std::string before = positional ? subcommand.name : "--" + option.name;
-    cases += "    '" + subcommand.fullName() + "':" + before + ") words='" + spaced(option.choices) + "' ;;\n";
+    cases += "    '" + subcommand.fullName() + "':" + before + ") words='" + joined(option.choices, " ") + "' ;;\n";
   }
   return cases;
 }
@@ -63,7 +58,7 @@ std::string groupCases() {
     for (const Subcommand& subcommand : allSubcommands()) {
       if (subcommand.group == group.name) members.push_back(subcommand.name);
     }
-    cases += "    " + std::string(group.name) + ") ((COMP_CWORD == 2)) && words='" + spaced(members) +
+    cases += "    " + std::string(group.name) + ") ((COMP_CWORD == 2)) && words='" + joined(members, " ") +
              " --help' || command+=\" ${COMP_WORDS[2]}\" ;;\n";
   }
   return cases;
@@ -85,7 +80,7 @@ void printBash() {
     // The prefix of the inputs is useless without its numbers.
     flags.emplace_back(flag.text == SAVInputPrefixFlag.rawValue() ? "-in_0_0" : flag.text);
     if (const auto values = allowedTextsOfFlag(flag.text); !values.empty()) {
-      flagCases += "      " + std::string(flag.text) + ") words='" + spaced(values) + "' ;;\n";
+      flagCases += "      " + std::string(flag.text) + ") words='" + joined(values, " ") + "' ;;\n";
     }
   }
 
@@ -100,7 +95,7 @@ _meridian() {
 )" << wordFlagCases()
             << R"(      *) case $previous in
 )" << flagCases
-            << R"(      *) [[ $word == -* ]] && words=')" << spaced(flags) << R"(' ;;
+            << R"(      *) [[ $word == -* ]] && words=')" << joined(flags, " ") << R"(' ;;
       esac ;;
     esac
     [[ -n $words ]] && COMPREPLY=($(compgen -W "$words" -- "$word"))
@@ -108,7 +103,7 @@ _meridian() {
   done
   if ((COMP_CWORD == 1)); then
     COMPREPLY=($(compgen -W ')"
-            << spaced(names) << R"( --help --version' -- "$word"))
+            << joined(names, " ") << R"( --help --version' -- "$word"))
     return
   fi
   local command=${COMP_WORDS[1]}
@@ -131,7 +126,7 @@ Subcommand completionCommand() {
       .name = "completion",
       .description = "Print the completion script for a shell",
       .example = "source <(meridian completion bash)",
-      .options = {{Option::Kind::positional, "shell", "The shell", "SHELL", {"bash"}}},
+      .options = {{Option::Kind::positional, "shell", "The shell: bash", "SHELL", {"bash"}}},
       .action =
           [](const Arguments&) {
             printBash();

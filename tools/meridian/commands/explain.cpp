@@ -13,12 +13,6 @@
 namespace meridian::command {
 namespace {
 
-std::string joined(const std::vector<std::string>& texts) {
-  std::string result;
-  for (const std::string& text : texts) result += (result.empty() ? "" : ", ") + inQuotes(text);
-  return result;
-}
-
 std::string sourceOf(const ExplainedSetting& setting) {
   std::string text(rawValue(setting.source));
   if (setting.source == SettingSource::preset) text += " " + std::string(preset(*setting.preset));
@@ -61,14 +55,14 @@ void printSettings(const TranscodeExplanation& explanation) {
   printTable(rows);
 }
 
-void printRejections(const TranscodeExplanation& explanation) {
+void printRejectedEntries(const TranscodeExplanation& explanation) {
   printHeading("Rejected");
   std::vector<std::vector<Cell>> rows;
-  for (const ExplainedRejection& rejection : explanation.rejections) {
-    rows.push_back({{rejection.flag, Style::bad},
-                    {rejection.value.empty() ? "(no value)" : rejection.value,
-                     rejection.value.empty() ? Style::faint : Style::plain},
-                    {rejection.error.sentence(), Style::warning}});
+  for (const RejectedEntry& entry : explanation.rejectedEntries) {
+    rows.push_back(
+        {{entry.flag, Style::bad},
+         {entry.value.empty() ? "(no value)" : entry.value, entry.value.empty() ? Style::faint : Style::plain},
+         {entry.error.sentence(), Style::warning}});
   }
   printTable(rows);
 }
@@ -133,12 +127,12 @@ Json asJson(const TranscodeExplanation& explanation) {
     presets.push_back({{"name", preset(each.preset)}, {"earlierNames", each.earlierNames}});
   }
   Json rejected = Json::array();
-  for (const ExplainedRejection& rejection : explanation.rejections) {
-    rejected.push_back({{"flag", rejection.flag},
-                        {"value", rejection.value},
-                        {"earlierValues", rejection.earlierValues},
-                        {"suggestion", orNull(rejection.suggestion)},
-                        {"error", asJson(rejection.error)}});
+  for (const RejectedEntry& entry : explanation.rejectedEntries) {
+    rejected.push_back({{"flag", entry.flag},
+                        {"value", entry.value},
+                        {"earlierValues", entry.earlierValues},
+                        {"suggestion", orNull(entry.suggestion)},
+                        {"error", asJson(entry.error)}});
   }
   Json dropped = Json::array();
   for (const DroppedWord& word : explanation.droppedWords) {
@@ -158,10 +152,10 @@ void printExplanation(std::span<const std::string_view> words) {
   std::string summary = counted(words.size(), "word") + ": " + counted(explanation.settings.size(), "setting");
   for (const ExplainedPreset& each : explanation.presets) {
     summary += ", with preset " + std::string(preset(each.preset));
-    if (!each.earlierNames.empty()) summary += " (previously " + joined(each.earlierNames) + ")";
+    if (!each.earlierNames.empty()) summary += " (previously " + inQuotes(each.earlierNames) + ")";
   }
-  if (!explanation.rejections.empty()) {
-    summary += ", " + styled(Style::bad, std::to_string(explanation.rejections.size()) + " rejected");
+  if (!explanation.rejectedEntries.empty()) {
+    summary += ", " + styled(Style::bad, std::to_string(explanation.rejectedEntries.size()) + " rejected");
   }
   if (!explanation.droppedWords.empty()) {
     summary += ", " + styled(Style::bad, std::to_string(explanation.droppedWords.size()) + " dropped");
@@ -172,7 +166,7 @@ void printExplanation(std::span<const std::string_view> words) {
     printHeading("Altogether");
     for (const std::string& note : explanation.notes) std::cout << "  " << note << '\n';
   }
-  if (!explanation.rejections.empty()) printRejections(explanation);
+  if (!explanation.rejectedEntries.empty()) printRejectedEntries(explanation);
   if (!explanation.droppedWords.empty()) printDropped(explanation);
 }
 

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
+#include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/fs/item_filter.h"
@@ -34,12 +35,6 @@ ItemFilterSettings readSettings(const Arguments& arguments) {
                                         defaultForceIgnorePathComponents.end());
   }
   return settings;
-}
-
-std::string listOf(std::span<const std::string_view> texts) {
-  std::string list;
-  for (const std::string_view text : texts) list.append(list.empty() ? " " : ", ").append(text);
-  return list;
 }
 
 constexpr std::size_t longestRule = [] {
@@ -163,7 +158,7 @@ Subcommand filterCommand() {
             .valueName = "NAME",
             .severalTimes = true},
            {flag, "default-forced",
-            "Ignore items that systems leave on volumes:" + listOf(defaultForceIgnorePathComponents)},
+            "Ignore items that systems leave on volumes: " + joined(defaultForceIgnorePathComponents, ", ")},
            {flag, "json", "Print a JSON list with an object for each item: path, ignored, rule"},
            {flag, "null",
             "End each item with a NUL, and separate \"copy\" or \"ignore\", the rule and the path with tabs; paths are "

@@ -69,8 +69,8 @@ Subcommand lutApplyCommand() {
       .name = "apply",
       .description = "Apply a LUT to an image",
       .details =
-          "Samples keep their kind and bit depth: code values of 8 and 16 bits or fewer (a DPX file's 10 and 12),\n"
-          "half and float. Other kinds, files of several images and deep images are not supported. Metadata, alpha\n"
+          "Samples keep their type and bit depth: code values of up to 16 bits (10 and 12 in DPX), half and float.\n"
+          "Other types, files of several images and deep images are not supported. Metadata, alpha\n"
           "and further channels stay as they are. OUT's extension decides its format, which has to support such\n"
           "samples and channels. OUT is written to a temporary file, verified, then renamed; it may be IN. It is\n"
           "owned by the user who runs the command and keeps the permissions that it had.",

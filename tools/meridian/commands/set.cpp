@@ -36,7 +36,12 @@ Assignment assignmentOf(std::string_view text) {
   }
   const std::string_view name = text.substr(0, equals);
   const auto property = transcodePropertyNamed(name);
-  if (!property) throw CommandError("unknown property " + inQuotes(name) + "; known properties:" + propertyLines());
+  if (!property) {
+    const std::string& advice = property.error().advice;
+    throw CommandError("unknown property " + inQuotes(name) +
+                       (advice.empty() ? "; known properties:" + propertyLines()
+                                       : "; " + advice + "\n\"meridian set --help\" lists all properties."));
+  }
   return {**property, text.substr(equals + 1)};
 }
 

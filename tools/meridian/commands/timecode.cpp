@@ -72,7 +72,7 @@ Reading readArguments(const Arguments& arguments) {
   const auto frames = arguments.value("frames");
   const auto rate = arguments.value("rate");
   if (!text && !frames) throw UsageError("missing argument: expected a timecode, or --frames with --rate");
-  if (frames && !rate) throw UsageError("--frames needs --rate: frames are labelled by the frame rate");
+  if (frames && !rate) throw UsageError("--frames needs --rate: the frame rate decides which timecode labels a frame");
 
   Reading reading;
   reading.text = text.value_or(std::string(TimecodeComponents::defaultNonDropTimecode));
@@ -141,7 +141,7 @@ Subcommand timecodeCommand() {
           "meridian timecode '01:02:03;04' --rate 29.97\nmeridian timecode '00:00:00;00' --rate 29.97 --frames 1800",
       .options = {{Option::Kind::positional,
                    "timecode",
-                   "Such as 01:02:03:04, or 01:02:03;04 for drop frame; default 00:00:00:00",
+                   "The timecode: 01:02:03:04, or 01:02:03;04 for drop frame; 00:00:00:00 by default",
                    "TEXT",
                    {},
                    true},

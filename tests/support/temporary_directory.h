@@ -11,15 +11,15 @@
 namespace meridian::test {
 
 /// A new directory that is removed with its files.
-class TemporaryFolder {
+class TemporaryDirectory {
  public:
-  explicit TemporaryFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+  explicit TemporaryDirectory(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
     std::string pattern = (parent / "meridian-XXXXXX").string();
     path_ = mkdtemp(pattern.data());
   }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+  ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
 
   /// Writes a file and returns its path.
   std::string write(const std::string& name, std::string_view content) const {
