@@ -232,7 +232,7 @@ std::optional<PropertyValue> pathsOfInput(std::string_view input) {
   if (input.ends_with('\n')) input.remove_suffix(1);
   Paths paths;
   for (std::string_view piece : pieces(input, '\n')) {
-    if (piece.ends_with('\r')) piece.remove_suffix(1);
+    while (piece.ends_with('\r')) piece.remove_suffix(1);
     if (piece.empty()) return std::nullopt;
     paths.emplace_back(piece);
   }
