@@ -272,8 +272,9 @@ Expected<void, PropertyError> setValidValue(TranscodeCliArguments& arguments, co
     }
     if (!trimmed(text).starts_with('-')) continue;
     const bool isPath = property.kind == PropertyKind::path || property.kind == PropertyKind::file || paths != nullptr;
-    return Unexpected(PropertyError{{PropertyErrorCode::beginsWithDash, std::string(property.name), inQuotes(text)},
-                                    isPath ? "begin the path with \"./\"" : "use a value that begins otherwise"});
+    return Unexpected(
+        PropertyError{{PropertyErrorCode::beginsWithDash, std::string(property.name), inQuotes(text)},
+                      isPath ? "begin the path with \"./\"" : "use a value that begins with another character"});
   }
   if (const PropertyRules* const rules = rulesOf(property)) {
     rules->set(arguments, value);

@@ -177,7 +177,7 @@ TEST(TranscodeProperties, ErrorsNameThePlaceAndTheRemedy) {
       {"ignoredAudioFileTracks", "1,", invalidValue, "such as 0,2"},
       {"timecode", "1:2", invalidValue, "such as 01:00:00:00"},
       {"videoBitDepth", "-5", beginsWithDash,
-       R"("videoBitDepth": cannot begin with "-", which marks a flag: "-5"; use a value that begins otherwise)"},
+       R"("videoBitDepth": cannot begin with "-", which marks a flag: "-5"; use a value that begins with another character)"},
       {"outputFile", " -a.mov", beginsWithDash, R"(begin the path with "./")"},
       {"inputFiles", "/a\n-b", beginsWithDash, R"("-b")"},
       {"inputFiles", "/a\n\n/b", invalidValue, "expected a list of paths"},

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <functional>
 #include <map>
 #include <optional>
@@ -18,7 +19,6 @@
 #include <string_view>
 #include <vector>
 
-#include "meridian/base/error.h"
 #include "meridian/base/expected.h"
 
 namespace meridian::command {
@@ -39,14 +39,18 @@ class CommandError : public std::runtime_error {
   explicit CommandError(const std::string& message) : std::runtime_error(message) {}
   /// Makes the message `"PLACE": WHY` of any two texts; escapes what is not safe for a terminal.
   CommandError(std::string_view place, std::string_view why);
-  /// Takes the message of an error of the library.
-  template <ErrorCode Code>
-  explicit CommandError(const Error<Code>& error) : std::runtime_error(error.message()) {}
+  /// Takes the message of an error of the library, of the very type that it has, so that nothing is sliced off.
+  template <typename LibraryError>
+    requires requires(const LibraryError& error) {
+      typename LibraryError::CodeType;
+      { error.message() } -> std::convertible_to<std::string>;
+    }
+  explicit CommandError(const LibraryError& error) : std::runtime_error(error.message()) {}
 };
 
 /// Returns the value, or throws the error as a CommandError.
 template <typename Value, typename E>
-[[nodiscard]] Value valueOf(Expected<Value, E> result) {
+Value valueOf(Expected<Value, E> result) {
   if (!result) throw CommandError(result.error());
   if constexpr (!std::is_void_v<Value>) return *std::move(result);
 }

@@ -19,12 +19,6 @@ namespace {
 
 using Files = std::vector<ClaimedFile>;
 
-/// Returns the files that were created. Throws CommandError if there are none.
-Files createdFiles(Expected<Files, ClaimError> claim) {
-  if (!claim) throw CommandError(claim.error().message());  // with the files left behind
-  return *std::move(claim);
-}
-
 /// Returns the files, which do not exist. Throws CommandError if the system cannot tell whether one exists.
 Files unusedFiles(Files files) {
   for (const ClaimedFile& file : files) {
@@ -72,7 +66,7 @@ Files filesOfPath(const Arguments& arguments) {
   if (arguments.has("base") || arguments.has("ext")) throw UsageError("--base and --ext need --among or --set");
   const Url path = Url::fromFilePath(*arguments.value("path"));
   if (!pathNamesFile(path.path())) throw UsageError(inQuotes(path.path()) + " does not name a file");
-  if (arguments.has("create")) return createdFiles(claimFile(path));
+  if (arguments.has("create")) return valueOf(claimFile(path));
   return unusedFiles({{filePathAdjustedForCollision(path, nameIsTaken), {}}});
 }
 
@@ -83,7 +77,7 @@ Files filesAmongDirectories(const Arguments& arguments) {
   const std::vector<Url> directories = readDirectories(arguments, "among");
   std::optional<std::string_view> extension;
   if (!extensions.empty()) extension = extensions.front();
-  if (arguments.has("create")) return createdFiles(claimFileAmongstDirectories(base, directories, extension));
+  if (arguments.has("create")) return valueOf(claimFileAmongstDirectories(base, directories, extension));
   const std::string name = lastPathComponentAdjustedForCollision(base, directories, extension, nameIsTaken);
   Files files;
   for (const Url& directory : directories) files.push_back({directory.appendingPathComponent(name), {}});
@@ -95,7 +89,7 @@ Files filesOfSet(const Arguments& arguments) {
   const std::vector<std::string> extensions = readExtensions(arguments);
   if (extensions.empty()) throw UsageError("--set needs extensions: --ext E...");
   const std::vector<Url> directories = readDirectories(arguments, "set");
-  if (arguments.has("create")) return createdFiles(claimConsistentFiles(directories, base, extensions));
+  if (arguments.has("create")) return valueOf(claimConsistentFiles(directories, base, extensions));
   const UrlsByExtension urls =
       consistentFilePathsAdjustedForCollisionAcrossDirectories(directories, base, extensions, nameIsTaken);
   Files files;

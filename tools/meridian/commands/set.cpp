@@ -45,10 +45,6 @@ Assignment assignmentOf(std::string_view text) {
   return {**property, text.substr(equals + 1)};
 }
 
-void check(const Expected<void, PropertyError>& result) {
-  if (!result) throw CommandError(result.error().message());
-}
-
 void assignAll(TranscodeCliArguments& store, std::span<const std::string> texts) {
   std::vector<Assignment> assignments;
   const TranscodeProperty* inputFiles = nullptr;
@@ -67,8 +63,8 @@ void assignAll(TranscodeCliArguments& store, std::span<const std::string> texts)
     }
   }
   // All together: they replace the inputs of the words.
-  if (inputFiles != nullptr) check(setPropertyValue(store, *inputFiles, paths));
-  for (const auto& [property, input] : assignments) check(setPropertyText(store, property, input));
+  if (inputFiles != nullptr) valueOf(setPropertyValue(store, *inputFiles, paths));
+  for (const auto& [property, input] : assignments) valueOf(setPropertyText(store, property, input));
 }
 
 Status setProperties(const Arguments& arguments) {
