@@ -34,7 +34,7 @@ void printFlagsAsJson() {
 }
 
 /// What follows the flag: "a number, in megabits per second".
-std::string valueOf(const FlagDescription& flag, const TranscodeProperty& property) {
+std::string argumentForm(const FlagDescription& flag, const TranscodeProperty& property) {
   if (!flag.takesValue()) return "";
   return expectedForm(property) + (property.unit.empty() ? "" : ", in " + std::string(property.unit));
 }
@@ -48,7 +48,7 @@ void addRows(const FlagDescription& flag, std::vector<std::vector<Cell>>& rows) 
                     {std::string(property->name)},
                     {std::string(property->meaning) + notOffered},
                     {std::string(property->whenAbsent), Style::faint},
-                    {valueOf(flag, *property)}});
+                    {argumentForm(flag, *property)}});
   }
   if (!properties.empty()) return;
   std::string values;
