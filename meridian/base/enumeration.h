@@ -33,7 +33,8 @@ struct EnumerationRow {
 };
 
 /// The table of an enumeration. Specialise it with a member `rows`: an array of all cases in declaration order, whose
-/// elements have at least the members of EnumerationRow. Another order, or a raw value twice, does not compile.
+/// elements have at least the members of EnumerationRow. The raw value may also be an integer; each row then needs a
+/// description. Another order, or a text twice, does not compile.
 template <typename Enumeration>
 struct EnumerationTable;
 
@@ -75,6 +76,10 @@ inline constexpr auto rawValueIndex = indexOfTable<Enumeration>();
 
 }  // namespace detail
 
+/// The type of an enumeration's raw values: a text view, or an integer.
+template <TabledEnumeration Enumeration>
+using RawValueOf = std::remove_cvref_t<decltype(EnumerationTable<Enumeration>::rows[0].rawValue)>;
+
 /// Returns all cases in declaration order.
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr const auto& allCases() noexcept {
@@ -87,25 +92,36 @@ template <TabledEnumeration Enumeration>
   return EnumerationTable<Enumeration>::rows[static_cast<std::size_t>(value)];
 }
 
-/// Returns the case's raw value, the text in which it is written and stored.
+/// Returns the case's raw value, the text or number in which it is written and stored.
 template <TabledEnumeration Enumeration>
-[[nodiscard]] constexpr std::string_view rawValue(Enumeration value) noexcept {
+[[nodiscard]] constexpr RawValueOf<Enumeration> rawValue(Enumeration value) noexcept {
   return tableRow(value).rawValue;
 }
 
-/// Returns the case with exactly this raw value; absent if there is none. O(1).
+/// Returns the case with exactly this raw value; absent if there is none. O(1) for texts.
 template <TabledEnumeration Enumeration>
-[[nodiscard]] constexpr std::optional<Enumeration> fromRawValue(std::string_view text) noexcept {
-  const auto place = detail::rawValueIndex<Enumeration>.find(text);
-  if (!place) return std::nullopt;
-  return detail::cases<Enumeration>[*place];
+[[nodiscard]] constexpr std::optional<Enumeration> fromRawValue(RawValueOf<Enumeration> raw) noexcept {
+  if constexpr (std::integral<RawValueOf<Enumeration>>) {
+    for (const Enumeration value : allCases<Enumeration>()) {
+      if (rawValue(value) == raw) return value;
+    }
+    return std::nullopt;
+  } else {
+    const auto place = detail::rawValueIndex<Enumeration>.find(raw);
+    if (!place) return std::nullopt;
+    return detail::cases<Enumeration>[*place];
+  }
 }
 
 /// Returns the case's display text in the source language, English.
 template <TabledEnumeration Enumeration>
 [[nodiscard]] constexpr std::string_view description(Enumeration value) noexcept {
   const auto& row = tableRow(value);
-  return row.description.empty() ? row.rawValue : row.description;
+  if constexpr (std::integral<RawValueOf<Enumeration>>) {
+    return row.description;
+  } else {
+    return row.description.empty() ? row.rawValue : row.description;
+  }
 }
 
 }  // namespace meridian::inline v0_2

@@ -243,8 +243,8 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   void setAudioBitsPerChannel(std::optional<std::int64_t> bits) override;
   [[nodiscard]] bool audioOutputIsDiscrete() const override;
   void setAudioOutputIsDiscrete(bool isDiscrete) override;
-  // The layout and the number of channels deliberately share "-acl": setting one replaces the other. Setting one to
-  // absent does not remove a value of the other, so copying both from a holder keeps the one that is set.
+  // The layout and the number of channels deliberately share "-acl": setting one replaces the other, and setting either
+  // to absent removes the flag, whichever of the two it holds.
   [[nodiscard]] std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> channelLayout() const override;
   void setChannelLayout(std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> layout) override;
   [[nodiscard]] std::optional<std::int64_t> channelLayoutTag() const override;

@@ -69,9 +69,9 @@ MERIDIAN_PROPERTY(sampleRate, setSampleRate)
 MERIDIAN_PROPERTY(audioBitRate, setAudioBitRate)
 MERIDIAN_PROPERTY(audioBitsPerChannel, setAudioBitsPerChannel)
 MERIDIAN_PROPERTY(audioOutputIsDiscrete, setAudioOutputIsDiscrete)
-MERIDIAN_PROPERTY_GETTER(channelLayout)
+MERIDIAN_PROPERTY(channelLayout, setChannelLayout)
 MERIDIAN_PROPERTY(channelLayoutTag, setChannelLayoutTag)
-MERIDIAN_PROPERTY_GETTER(outputChannels)
+MERIDIAN_PROPERTY(outputChannels, setOutputChannels)
 MERIDIAN_PROPERTY(channelLayoutDescriptions, setChannelLayoutDescriptions)
 MERIDIAN_PROPERTY(channelLayoutBitmap, setChannelLayoutBitmap)
 
@@ -102,16 +102,6 @@ MERIDIAN_PROPERTY(lookInvalidResolution, setLookInvalidResolution)
 
 #undef MERIDIAN_PROPERTY
 #undef MERIDIAN_PROPERTY_GETTER
-
-void TranscodeCliArguments::setChannelLayout(std::optional<SAVTranscodeArgumentAudioChannelLayoutValue> layout) {
-  if (!layout && outputChannels()) return;
-  setProperty<"channelLayout">(stored_.flagValueLookup, layout);
-}
-
-void TranscodeCliArguments::setOutputChannels(std::optional<std::int64_t> channels) {
-  if (!channels && channelLayout()) return;
-  setProperty<"outputChannels">(stored_.flagValueLookup, channels);
-}
 
 void TranscodeCliArguments::setTimecode(const std::optional<TimecodeComponents>& timecode) {
   if (timecode) {

@@ -1,5 +1,7 @@
 #include "meridian/cli/transcode_detail_modifier.h"
 
+#include <optional>
+
 namespace meridian::inline v0_2 {
 
 TranscodeVideoDetail::~TranscodeVideoDetail() = default;
@@ -37,9 +39,12 @@ MutableTranscodeAudioDetail& TranscodeDetailModifier::updatedAudio(MutableTransc
   detail.setAudioBitRate(toMatch.audioBitRate());
   detail.setAudioBitsPerChannel(toMatch.audioBitsPerChannel());
   detail.setAudioOutputIsDiscrete(toMatch.audioOutputIsDiscrete());
-  detail.setChannelLayout(toMatch.channelLayout());
+  const auto channelLayout = toMatch.channelLayout();
+  const auto outputChannels = toMatch.outputChannels();
+  if (!outputChannels) detail.setOutputChannels(std::nullopt);
+  detail.setChannelLayout(channelLayout);
   detail.setChannelLayoutTag(toMatch.channelLayoutTag());
-  detail.setOutputChannels(toMatch.outputChannels());
+  if (outputChannels) detail.setOutputChannels(outputChannels);
   // A second time, and last: see the header.
   detail.setAudioOutputIsDiscrete(toMatch.audioOutputIsDiscrete());
   return detail;

@@ -12,8 +12,8 @@
 namespace meridian::inline v0_2 {
 
 /// Copies a group of settings from a model to a target: reads every member of the model once and assigns it to the
-/// target, in the order of the interface, including absent values and false. Nothing is compared, skipped or merged.
-/// The target is changed in place and returned. Target and model may be the same.
+/// target, in the order of the interface but for what `updatedAudio` says, including absent values and false. Nothing
+/// is compared, skipped or merged. The target is changed in place and returned. Target and model may be the same.
 class MERIDIAN_API TranscodeDetailModifier {
  public:
   TranscodeDetailModifier() = delete;
@@ -21,8 +21,10 @@ class MERIDIAN_API TranscodeDetailModifier {
   static MutableTranscodeVideoDetail& updatedVideo(MutableTranscodeVideoDetail& detail,
                                                    const TranscodeVideoDetail& toMatch);
 
-  /// Deliberately assigns `audioOutputIsDiscrete` a second time at the end: it has to survive whatever a target does to
-  /// it when its channel layout changes.
+  /// Assigns an absent `outputChannels` before `channelLayout`, after reading both: a target that stores the two under
+  /// one flag, as `TranscodeCliArguments` does, then keeps the one that is present. Deliberately assigns
+  /// `audioOutputIsDiscrete` a second time at the end: it has to survive whatever a target does to it when its channel
+  /// layout changes.
   static MutableTranscodeAudioDetail& updatedAudio(MutableTranscodeAudioDetail& detail,
                                                    const TranscodeAudioDetail& toMatch);
 

@@ -121,12 +121,6 @@ constexpr auto propertyRules = std::to_array<PropertyRules>({
      [](Arguments& arguments, const Value& value) { arguments.setTimecodeSource(oneOf<TimecodeSource>(value)); }},
     {"timecode", nullptr,
      [](Arguments& arguments, const Value& value) { arguments.setTimecode(as<TimecodeComponents>(value)); }},
-    {"channelLayout", nullptr,
-     [](Arguments& arguments, const Value& value) {
-       arguments.setChannelLayout(oneOf<SAVTranscodeArgumentAudioChannelLayoutValue>(value));
-     }},
-    {"outputChannels", nullptr,
-     [](Arguments& arguments, const Value& value) { arguments.setOutputChannels(as<std::int64_t>(value)); }},
 });
 
 constexpr const PropertyRules* rulesOf(const TranscodeProperty& property) noexcept {

@@ -116,7 +116,7 @@ struct TranscodeProperty {
 };
 
 /// Every property, in the order of the groups of flags. `channelLayout` and `outputChannels` share "-acl" deliberately:
-/// setting one replaces the other.
+/// setting one replaces the other, and removing either removes the flag.
 inline constexpr auto transcodeProperties = std::to_array<TranscodeProperty>({
     {"inputFiles",
      "",

@@ -116,8 +116,8 @@ TEST(TranscodeProperties, JointAndSharedPropertiesKeepTheirRules) {
   EXPECT_THAT(lineAfter({"-an"}, "includeAudio", ""), IsEmpty());
   EXPECT_THAT(lineAfter({"-acopy"}, "copyAudio", ""), IsEmpty());
   EXPECT_THAT(lineAfter({"-tc_burn"}, "includeTimecode", ""), IsEmpty());
-  EXPECT_THAT(lineAfter({"-acl", "2"}, "channelLayout", ""), ElementsAre("-acl", "2"));
-  EXPECT_THAT(lineAfter({"-acl", "2"}, "outputChannels", ""), IsEmpty());
+  EXPECT_THAT(lineAfter({"-acl", "2"}, "channelLayout", ""), IsEmpty());
+  EXPECT_THAT(lineAfter({"-acl", "stereo"}, "outputChannels", ""), IsEmpty());
   EXPECT_THAT(lineAfter({"-acl", "stereo"}, "outputChannels", "6"), ElementsAre("-acl", "6"));
   EXPECT_THAT(lineAfter({"-tc_match"}, "timecode", "01:00:00;00"), ElementsAre("-tc_custom", "01:00:00;00"));
   EXPECT_THAT(lineAfter({"-tc_creation"}, "timecodeSource", "custom"), ElementsAre("-tc_custom", "00:00:00:00"));

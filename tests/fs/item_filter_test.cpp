@@ -19,9 +19,13 @@ using enum ItemFilterRule;
 constexpr auto onlyListed = ItemFilteringOption::onlyListedExtensions;
 
 TEST(ItemFilteringOption, IsStoredAsANumberAndTranslated) {
-  EXPECT_EQ(itemFilteringOption(0), ItemFilteringOption::ignoreListedExtensions);
-  EXPECT_EQ(itemFilteringOption(1), onlyListed);
-  for (const std::int64_t number : {-1, 2, 256, 257}) EXPECT_EQ(itemFilteringOption(number), std::nullopt);
+  EXPECT_EQ(rawValue(ItemFilteringOption::ignoreListedExtensions), 0);
+  EXPECT_EQ(rawValue(onlyListed), 1);
+  EXPECT_EQ(fromRawValue<ItemFilteringOption>(0), ItemFilteringOption::ignoreListedExtensions);
+  EXPECT_EQ(fromRawValue<ItemFilteringOption>(1), onlyListed);
+  for (const std::int64_t number : {-1, 2, 256, 257}) {
+    EXPECT_EQ(fromRawValue<ItemFilteringOption>(number), std::nullopt);
+  }
   setTranslator([](std::string_view text) { return "<" + std::string(text) + ">"; });
   EXPECT_EQ(localizedString(onlyListed), "<Only copy files with extension(s)>");
   EXPECT_EQ(localizedTooltip(onlyListed), "<Only copies files with the listed extensions>");
