@@ -2,22 +2,20 @@
 /// Checked reading of encoded documents: each function returns the value or throws a DecodingError with its place.
 /// For example:
 ///
-///     requireRecord(json, "", {"hours", "minutes"});
 ///     const std::int64_t hours = integerOf(memberOf(json, "", "hours"), "/hours");
 ///
+/// Members that are not asked for are passed over, so that a record of a later version can be read.
 /// `path` is always the JSON pointer of the value that is read.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
-#include <initializer_list>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
 #include "meridian/base/integer_arithmetic.h"
-#include "meridian/serialization/decoding_error.h"
+#include "meridian/serialization/coding_error.h"
 
 namespace meridian::inline v0_2 {
 
@@ -66,27 +64,20 @@ template <typename Json>
   throw DecodingError(path, "expected " + std::string(expected) + ", found " + json.dump());
 }
 
-/// Returns the member of a record; throws if it is missing.
+/// Returns the member of a record, which must be an object; null if there is none or if the member is null.
+template <typename Json>
+[[nodiscard]] const Json* optionalMemberOf(const Json& record, const std::string& path, std::string_view name) {
+  requireType(record.is_object(), record, path, "an object");
+  const auto found = record.find(name);
+  return found == record.end() || found->is_null() ? nullptr : &*found;
+}
+
+/// Returns the member of a record, which must be an object; throws if it is missing or null.
 template <typename Json>
 [[nodiscard]] const Json& memberOf(const Json& record, const std::string& path, std::string_view name) {
-  const auto found = record.find(name);
-  if (found == record.end()) throw DecodingError(memberPath(path, name), "is missing");
+  const Json* const found = optionalMemberOf(record, path, name);
+  if (found == nullptr) throw DecodingError(memberPath(path, name), "is missing");
   return *found;
-}
-
-template <typename Json>
-void requireObject(const Json& json, const std::string& path) {
-  requireType(json.is_object(), json, path, "an object");
-}
-
-/// Throws if the value is not an object or has a key other than these.
-template <typename Json>
-void requireRecord(const Json& json, const std::string& path, std::initializer_list<std::string_view> keys) {
-  requireObject(json, path);
-  for (const auto& [key, value] : json.items()) {
-    if (std::ranges::find(keys, std::string_view(key)) == keys.end())
-      throw DecodingError(memberPath(path, key), "is not a key of the record");
-  }
 }
 
 }  // namespace meridian::inline v0_2

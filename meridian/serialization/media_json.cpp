@@ -42,7 +42,6 @@ std::int64_t integerMember(const Json& record, std::string_view name) {
 
 template <typename Json>
 NumericRational decodedNumericRational(const Json& json) {
-  requireRecord(json, "", {"numerator", "denominator"});
   return {integerMember(json, "numerator"), integerMember(json, "denominator")};
 }
 
@@ -55,24 +54,26 @@ MediaRational decodedMediaRational(const Json& json, const std::string& path) {
 
 template <typename Json>
 VideoFrameRate decodedVideoFrameRate(const Json& json) {
-  requireObject(json, "");
-  if (json.size() != 1) throw DecodingError("", "Invalid number of keys found, expected one.");
-  const std::string& key = json.begin().key();
-  const Json& payload = json.begin().value();
-  const std::string path = memberPath("", key);
-  const auto kind = fromRawValue<VideoFrameRateKind>(key);
-  if (!kind) throw DecodingError(path, "is not a frame rate");
-  if (*kind == VideoFrameRateKind::custom) {
-    requireRecord(payload, path, {"_0"});
-    return VideoFrameRate::custom(decodedMediaRational(memberOf(payload, path, "_0"), memberPath(path, "_0")));
+  const Json* payload = nullptr;
+  VideoFrameRateKind kind{};
+  for (const VideoFrameRateKind each : allCases<VideoFrameRateKind>()) {
+    const Json* const member = optionalMemberOf(json, "", rawValue(each));
+    if (member == nullptr) continue;
+    if (payload != nullptr) throw DecodingError("", "Invalid number of keys found, expected one.");
+    payload = member;
+    kind = each;
   }
-  requireRecord(payload, path, {});
-  return standardVideoFrameRates[static_cast<std::size_t>(*kind)];
+  if (payload == nullptr) throw DecodingError("", "Invalid number of keys found, expected one.");
+  const std::string path = memberPath("", rawValue(kind));
+  requireType(payload->is_object(), *payload, path, "an object");
+  if (kind == VideoFrameRateKind::custom) {
+    return VideoFrameRate::custom(decodedMediaRational(memberOf(*payload, path, "_0"), memberPath(path, "_0")));
+  }
+  return standardVideoFrameRates[static_cast<std::size_t>(kind)];
 }
 
 template <typename Json>
 TimecodeComponents decodedTimecodeComponents(const Json& json) {
-  requireRecord(json, "", {"hours", "minutes", "seconds", "frames", "isDropFrame"});
   return {integerMember(json, "hours"), integerMember(json, "minutes"), integerMember(json, "seconds"),
           integerMember(json, "frames"), booleanOf(memberOf(json, "", "isDropFrame"), "/isDropFrame")};
 }

@@ -11,8 +11,9 @@
 ///     const nlohmann::json json = VideoFrameRate::ntsc30p;
 ///     json.get<VideoFrameRate>();  // VideoFrameRate::ntsc30p
 ///
-/// Decoding throws DecodingError, with the path within the value, if the document does not have exactly this shape; the
-/// value is then unchanged.
+/// Decoding passes over members with other names and reads a member that is null as absent, so that data of a later
+/// version or of another encoder can be read: {"p24": {}, "p30": null} is p24. It throws DecodingError, with the path
+/// within the value, if a member is missing or has another type; the value is then unchanged.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -21,7 +22,7 @@
 #include "meridian/media/rational.h"
 #include "meridian/media/timecode_components.h"
 #include "meridian/media/video_frame_rate.h"
-#include "meridian/serialization/decoding_error.h"
+#include "meridian/serialization/coding_error.h"
 
 namespace meridian::inline v0_2 {
 

@@ -22,16 +22,19 @@
 
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/export.h"
-#include "meridian/serialization/decoding_error.h"
+#include "meridian/serialization/coding_error.h"
 
 namespace meridian::inline v0_2 {
 
-/// Encodes the three stored properties unchanged.
+/// Encodes the three stored properties unchanged. JSON cannot carry texts that are not valid UTF-8: throws
+/// EncodingError with the path of the first such flag or value, and `json` is then unchanged. To keep these bytes,
+/// store the elements of `commandLine()` as they are, each with a NUL after it.
 MERIDIAN_API void to_json(nlohmann::json& json, const TranscodeCliArguments& arguments);
 MERIDIAN_API void to_json(nlohmann::ordered_json& json, const TranscodeCliArguments& arguments);
 
-/// Decodes the three properties without normalising or checking them again. Throws DecodingError if the document does
-/// not have exactly the form above; `arguments` is then unchanged.
+/// Decodes the three properties without normalising or checking them again. Passes over members with other names and
+/// reads null, also as the value of a flag, as absent. Throws DecodingError if "flagValueLookup" is missing or anything
+/// has another type; `arguments` is then unchanged.
 MERIDIAN_API void from_json(const nlohmann::json& json, TranscodeCliArguments& arguments);
 MERIDIAN_API void from_json(const nlohmann::ordered_json& json, TranscodeCliArguments& arguments);
 

@@ -35,14 +35,14 @@ TYPED_TEST(TranscodeCliArgumentsJsonTest, ReadsBackRandomStores) {
     TranscodeCliArguments arguments(words, random.below(2) == 0);
     arguments.setArgumentFlagValue(random.word(), random.word());
 
+    // JSON can only hold valid UTF-8.
+    if (!isValidUtf8(arguments.cliString()) || !std::ranges::all_of(words, isValidUtf8)) continue;
     const TypeParam json = arguments;
     const auto again = json.template get<TranscodeCliArguments>();
     ASSERT_EQ(again.stored(), arguments.stored());
     if constexpr (isOrdered) {
       ASSERT_EQ(reference::storeOf(again), reference::storeOf(arguments));
     }
-    // JSON text can only hold valid UTF-8.
-    if (!isValidUtf8(arguments.cliString()) || !std::ranges::all_of(words, isValidUtf8)) continue;
     const auto parsed = TypeParam::parse(json.dump()).template get<TranscodeCliArguments>();
     ASSERT_EQ(reference::storeOf(parsed), reference::storeOf(again));
   }
@@ -57,6 +57,34 @@ TYPED_TEST(TranscodeCliArgumentsJsonTest, DoesNotNormaliseAgain) {
   EXPECT_EQ(TypeParam(TranscodeCliArguments::fromStored(stored)).size(), 3U);
 }
 
+TYPED_TEST(TranscodeCliArgumentsJsonTest, ReadsStoresOfALaterVersion) {
+  const TypeParam json = TypeParam::parse(R"({"later": {"x": 1}, "invalidKeyValueLookup": null, "orderedFlags": null,
+      "flagValueLookup": {"-out": "a", "-vr": null}})");
+  const Stored expected{TextDictionary{{"-out", "a"}}, std::nullopt, std::nullopt};
+  EXPECT_EQ(json.template get<TranscodeCliArguments>().stored(), expected);
+}
+
+TYPED_TEST(TranscodeCliArgumentsJsonTest, TextsThatAreNotUtf8AreErrorsWithTheirPlace) {
+  const struct {
+    Stored stored;
+    std::string path;
+  } cases[]{{{TextDictionary{{"-out", "\xff"}}, {}, {}}, "/flagValueLookup/-out"},
+            {{TextDictionary{{"-\xff", ""}}, {}, {}}, "/flagValueLookup/-\xff"},
+            {{{}, TextDictionary{{"-foo", "\xc3"}}, {}}, "/invalidKeyValueLookup/-foo"},
+            {{{}, {}, Words{"-vn", "\xed\xa0\x80"}}, "/orderedFlags/1"}};
+  for (const auto& [stored, path] : cases) {
+    TypeParam json = 5;
+    try {
+      json = TranscodeCliArguments::fromStored(stored);
+      ADD_FAILURE() << path << " was encoded";
+    } catch (const EncodingError& error) {
+      EXPECT_EQ(error.path(), path);
+      EXPECT_THAT(error.message(), ::testing::HasSubstr("is not valid UTF-8"));
+    }
+    EXPECT_EQ(json, 5);
+  }
+}
+
 TYPED_TEST(TranscodeCliArgumentsJsonTest, ErrorsNameThePlaceAndChangeNothing) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"null", ""},
@@ -66,13 +94,13 @@ TYPED_TEST(TranscodeCliArgumentsJsonTest, ErrorsNameThePlaceAndChangeNothing) {
       {R"({"flagValueLookup": null})", "/flagValueLookup"},
       {R"({"flagValueLookup": ["-out", "a"]})", "/flagValueLookup"},
       {R"({"flagValueLookup": {"-vn": "", "-vbr": 5}})", "/flagValueLookup/-vbr"},
-      {R"({"flagValueLookup": {"-a~b/c": null}})", "/flagValueLookup/-a~0b~1c"},
+      {R"({"flagValueLookup": {"-a~b/c": 1}})", "/flagValueLookup/-a~0b~1c"},
       {R"({"flagValueLookup": {"": {}}})", "/flagValueLookup/"},
-      {R"({"flagValueLookup": {}, "invalidKeyValueLookup": null})", "/invalidKeyValueLookup"},
+      {R"({"flagValueLookup": {}, "invalidKeyValueLookup": []})", "/invalidKeyValueLookup"},
       {R"({"flagValueLookup": {}, "invalidKeyValueLookup": {"-foo": true}})", "/invalidKeyValueLookup/-foo"},
       {R"({"flagValueLookup": {}, "orderedFlags": {"0": "-vn"}})", "/orderedFlags"},
       {R"({"flagValueLookup": {}, "orderedFlags": ["-vn", 1]})", "/orderedFlags/1"},
-      {R"({"flagValueLookup": {}, "flags/~": {}})", "/flags~1~0"},
+      {R"({"flagValueLookup": {}, "orderedFlags": [null]})", "/orderedFlags/0"},
   };
   for (const auto& [text, path] : cases) {
     TranscodeCliArguments arguments({"-out", "a"});

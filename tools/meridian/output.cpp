@@ -7,6 +7,7 @@
 
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
+#include "meridian/serialization/transcode_cli_arguments_json.h"
 #include "tools/meridian/terminal.h"
 
 namespace meridian::command {
@@ -64,6 +65,21 @@ bool reportUnknownFlags(const TranscodeCliArguments& store) {
   });
   std::cerr << "meridian: \"meridian explain\" with the same words suggests corrections\n";
   return true;
+}
+
+Json asJson(const TranscodeCliArguments& store) {
+  const auto valid = [](const std::string& text) {
+    return Json::parse(Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
+  };
+  const auto validTexts = [&valid](const TextDictionary& dictionary) {
+    TextDictionary copy;
+    for (const auto& [flag, value] : dictionary) copy.set(valid(flag), valid(value));
+    return copy;
+  };
+  TranscodeCliArguments::Stored stored{validTexts(store.flagValueLookup()), std::nullopt, store.stored().orderedFlags};
+  if (const auto& rejected = store.stored().invalidKeyValueLookup) stored.invalidKeyValueLookup = validTexts(*rejected);
+  if (stored.orderedFlags) std::ranges::transform(*stored.orderedFlags, stored.orderedFlags->begin(), valid);
+  return TranscodeCliArguments::fromStored(std::move(stored));
 }
 
 void printJson(const Json& document) {

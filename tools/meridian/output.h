@@ -26,7 +26,7 @@ void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view in
 /// Warns on standard error of words that are not valid UTF-8. `instead` is as in `warnOfInvalid`.
 void warnOfInvalidText(std::span<const std::string_view> words,
                        std::string_view instead =
-                           "Flags that differ in these bytes alone look the same; \"meridian render "
+                           "Flags that differ in these bytes alone become one; \"meridian render "
                            "--null\" writes the bytes unchanged");
 
 /// Warns on standard error if the path is not valid UTF-8.
@@ -34,6 +34,9 @@ void warnOfInvalidPath(std::string_view path);
 
 /// Lists the flags that the store does not know on standard error. Returns true if there are any.
 bool reportUnknownFlags(const TranscodeCliArguments& store);
+
+/// Encodes the store; U+FFFD replaces bytes that are not valid UTF-8, of which `warnOfInvalidText` warns.
+[[nodiscard]] Json asJson(const TranscodeCliArguments& store);
 
 /// Writes the document and a newline to standard output. Bytes that are not valid UTF-8 become U+FFFD.
 void printJson(const Json& document);

@@ -1,6 +1,5 @@
 // meridian parse: the encoded form of an argument vector.
 #include "meridian/cli/transcode_cli_arguments.h"
-#include "meridian/serialization/transcode_cli_arguments_json.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
 
@@ -10,7 +9,7 @@ namespace {
 Status parse(const Arguments& arguments) {
   const TranscodeCliArguments store(arguments.words, arguments.has("keep-order"));
   warnOfInvalidText(arguments.words);
-  printJson(store);
+  printJson(asJson(store));
   return arguments.has("strict") && reportUnknownFlags(store) ? failed : done;
 }
 
