@@ -15,9 +15,7 @@ using fuzz::require;
 
 namespace {
 
-MediaAnalysisCLIReading readingOf(const std::vector<std::string>& words) {
-  return readMediaAnalysisArguments(std::vector<std::string_view>(words.begin(), words.end()));
-}
+MediaAnalysisCLIReading readingOf(const std::vector<std::string>& words) { return readMediaAnalysisArguments(words); }
 
 }  // namespace
 

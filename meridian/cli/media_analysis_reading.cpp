@@ -242,7 +242,8 @@ void MediaAnalysisCLIReading::enumerateUnknownFlags(
   }
 }
 
-MediaAnalysisCLIReading readMediaAnalysisArguments(std::span<const std::string_view> words) {
+MediaAnalysisCLIReading readMediaAnalysisArguments(const ArgumentWords& argumentWords) {
+  const std::span<const std::string_view> words = argumentWords.words();
   Collector collector;
   // The sanitizer skips these without reporting them.
   for (const std::string_view word : words) {

@@ -10,13 +10,13 @@
 #include <array>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "meridian/base/error.h"
 #include "meridian/base/function_ref.h"
+#include "meridian/cli/argument_words.h"
 #include "meridian/cli/media_analysis_argument_factory.h"
 #include "meridian/cli/media_analysis_options.h"
 #include "meridian/export.h"
@@ -101,7 +101,7 @@ struct MediaAnalysisCLIReading {
 /// trimmed. A value that is not a valid number ("nan", "inf", "1e999", a number below 0, any other text) is ignored
 /// with a warning. Never fails: a setting that is not in the vector is absent, empty or 0, and `errorsOf` finds what
 /// the tool needs.
-[[nodiscard]] MERIDIAN_API MediaAnalysisCLIReading readMediaAnalysisArguments(std::span<const std::string_view> words);
+[[nodiscard]] MERIDIAN_API MediaAnalysisCLIReading readMediaAnalysisArguments(const ArgumentWords& words);
 
 /// Why an option does not read back from its own vector.
 enum class MediaAnalysisCLIWritingWarningCode : std::uint8_t {

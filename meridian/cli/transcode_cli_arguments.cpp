@@ -13,8 +13,6 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-std::vector<std::string_view> viewsOf(std::span<const std::string> texts) { return {texts.begin(), texts.end()}; }
-
 /// Adds the presets' settings to the valid entries, where these do not have them, and unknown names to the rejected
 /// ones.
 TranscodeCliArguments::Stored storedOf(TextDictionary valid, TextDictionary rejected,
@@ -88,8 +86,8 @@ const TextDictionary& TranscodeCliArguments::solvaneProRes4444XQPresetArguments(
   return presetArguments(TranscodeCliPreset::proRes4444XQ);
 }
 
-TranscodeCliArguments::TranscodeCliArguments(std::span<const std::string_view> cliArgs, bool maintainOriginalOrdering)
-    : TranscodeCliArguments(fromReading(readArgumentVector(cliArgs).flags, maintainOriginalOrdering)) {}
+TranscodeCliArguments::TranscodeCliArguments(const ArgumentWords& cliArgs, bool maintainOriginalOrdering)
+    : TranscodeCliArguments(fromReading(readArgumentVector(cliArgs.words()).flags, maintainOriginalOrdering)) {}
 
 TranscodeCliArguments TranscodeCliArguments::fromReading(std::vector<ReadFlag> flags, bool maintainOriginalOrdering) {
   TextDictionary valid;
@@ -115,13 +113,12 @@ TranscodeCliArguments TranscodeCliArguments::fromReading(std::vector<ReadFlag> f
   return arguments;
 }
 
-TranscodeCliArguments::TranscodeCliArguments(std::span<const std::string> cliArgs, bool maintainOriginalOrdering)
-    : TranscodeCliArguments(std::span<const std::string_view>(viewsOf(cliArgs)), maintainOriginalOrdering) {}
-
 TranscodeCliArguments::TranscodeCliArguments(std::initializer_list<std::string_view> cliArgs,
                                              bool maintainOriginalOrdering)
-    : TranscodeCliArguments(std::span<const std::string_view>(cliArgs.begin(), cliArgs.size()),
-                            maintainOriginalOrdering) {}
+    : TranscodeCliArguments(ArgumentWords(cliArgs), maintainOriginalOrdering) {}
+
+TranscodeCliArguments::TranscodeCliArguments(int argc, const char* const* argv, bool maintainOriginalOrdering)
+    : TranscodeCliArguments(ArgumentWords(argc, argv), maintainOriginalOrdering) {}
 
 TranscodeCliArguments TranscodeCliArguments::fromArgumentLookup(const TextDictionary& argumentLookup) {
   TextDictionary valid;

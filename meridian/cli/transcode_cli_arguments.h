@@ -20,6 +20,7 @@
 
 #include "meridian/base/function_ref.h"
 #include "meridian/base/text_dictionary.h"
+#include "meridian/cli/argument_words.h"
 #include "meridian/cli/cli_argument_store.h"
 #include "meridian/cli/transcode_audio_detail.h"
 #include "meridian/cli/transcode_flags.h"
@@ -84,9 +85,10 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   /// Reads an argument vector, without a program path. A word that begins with "-" is a flag, and the word after it its
   /// value unless that begins with "-" too. The last value of a repeated flag wins. A preset adds its settings where
   /// these were not given.
-  explicit TranscodeCliArguments(std::span<const std::string_view> cliArgs, bool maintainOriginalOrdering = false);
-  explicit TranscodeCliArguments(std::span<const std::string> cliArgs, bool maintainOriginalOrdering = false);
+  explicit TranscodeCliArguments(const ArgumentWords& cliArgs, bool maintainOriginalOrdering = false);
   TranscodeCliArguments(std::initializer_list<std::string_view> cliArgs, bool maintainOriginalOrdering = false);
+  /// Reads the parameters of `main` in the same way; `argv[0]`, the program path, is left out.
+  TranscodeCliArguments(int argc, const char* const* argv, bool maintainOriginalOrdering = false);
 
   /// Returns the store of a dictionary: checks and normalises its entries in their order and expands its presets. If
   /// two flags differ only in case or white space, the later entry wins.
@@ -345,8 +347,7 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   [[nodiscard]] bool sourceFileAnalysisRequired() const noexcept;
 
  private:
-  friend MERIDIAN_API TranscodeExplanation explain(std::span<const std::string_view> words,
-                                                   bool maintainOriginalOrdering);
+  friend MERIDIAN_API TranscodeExplanation explain(const ArgumentWords& words, bool maintainOriginalOrdering);
 
   /// Builds the store of a vector that has been read.
   [[nodiscard]] static TranscodeCliArguments fromReading(std::vector<ReadFlag> flags, bool maintainOriginalOrdering);

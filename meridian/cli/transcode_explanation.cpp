@@ -342,12 +342,12 @@ std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
 
 }  // namespace
 
-TranscodeExplanation explain(std::span<const std::string_view> words, bool maintainOriginalOrdering) {
-  ReadArguments read = readArgumentVector(words);
+TranscodeExplanation explain(const ArgumentWords& words, bool maintainOriginalOrdering) {
+  ReadArguments read = readArgumentVector(words.words());
   TranscodeExplanation explanation;
   explanation.arguments = TranscodeCliArguments::fromReading(read.flags, maintainOriginalOrdering);
   for (const std::size_t index : read.strayWords) {
-    const std::string word(words[index]);
+    const std::string word(words.words()[index]);
     explanation.droppedWords.push_back({index, word, {{TranscodeWarningCode::strayWord, word}}});
   }
   Trace trace(std::move(read.flags));

@@ -2,7 +2,7 @@
 /// An argument vector explained: where each setting came from, what its text means, and what became of every other
 /// word.
 ///
-///     const TranscodeExplanation explanation = explain({{"-dims", "1280 x 720", "-vcoedc", "h264"}});
+///     const TranscodeExplanation explanation = explain({"-dims", "1280 x 720", "-vcoedc", "h264"});
 ///     explanation.settings[0].warnings[0].message();  // "-dims": cannot be parsed: "1280 x 720" is not a size;
 ///                                                     // did you mean 1280x720?
 ///     explanation.rejectedEntries[0].error.message();      // "-vcoedc": is not a flag of the transcoder;
@@ -21,6 +21,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/base/error.h"
 #include "meridian/cli/advised.h"
+#include "meridian/cli/argument_words.h"
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/cli/transcode_preset.h"
 #include "meridian/cli/transcode_properties.h"
@@ -181,7 +182,7 @@ struct TranscodeExplanation {
 };
 
 /// Explains an argument vector, without a program path. Reads it once, as `TranscodeCliArguments` does.
-[[nodiscard]] MERIDIAN_API TranscodeExplanation explain(std::span<const std::string_view> words,
+[[nodiscard]] MERIDIAN_API TranscodeExplanation explain(const ArgumentWords& words,
                                                         bool maintainOriginalOrdering = false);
 
 /// Warns about each value that a reader of the store's `commandLine()` gets differently: values are trimmed and mostly

@@ -20,4 +20,9 @@ bool FileExtensionSet::contains(std::string_view pathOrUrl) const {
   return extension && contains(*extension);
 }
 
+bool FileExtensionSet::contains(const Url& url) const {
+  const auto extension = fileExtensionIgnoringCase(url.pathExtension());
+  return extension && contains(*extension);
+}
+
 }  // namespace meridian::inline v0_2

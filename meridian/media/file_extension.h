@@ -18,6 +18,7 @@
 
 #include "meridian/base/enumeration.h"
 #include "meridian/export.h"
+#include "meridian/platform/url.h"
 
 namespace meridian::inline v0_2 {
 
@@ -73,6 +74,7 @@ class FileExtensionSet {
   /// Returns true if the extension of the path or URL is a member, ignoring case. Only a URL's path is used. A last
   /// component without an extension counts as `directory`.
   [[nodiscard]] MERIDIAN_API bool contains(std::string_view pathOrUrl) const;
+  [[nodiscard]] MERIDIAN_API bool contains(const Url& url) const;
 
   /// Returns the number of members.
   [[nodiscard]] constexpr std::size_t size() const noexcept {

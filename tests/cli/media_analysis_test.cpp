@@ -23,9 +23,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Optional;
 
-MediaAnalysisCLIReading readingOf(const Words& words) {
-  return readMediaAnalysisArguments(std::vector<std::string_view>(words.begin(), words.end()));
-}
+MediaAnalysisCLIReading readingOf(const Words& words) { return readMediaAnalysisArguments(words); }
 
 /// The dictionary's entries in their order.
 Words entriesOf(const CliArgumentStore& store) {

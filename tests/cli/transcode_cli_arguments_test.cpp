@@ -2,6 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <span>
+
+#include "meridian/cli/media_analysis_reading.h"
+#include "meridian/cli/transcode_explanation.h"
 #include "tests/cli/random_words.h"
 #include "tests/cli/reference_reading.h"
 
@@ -30,6 +35,23 @@ struct ReadingCase {
   Pairs valid;
   Pairs rejected = {};
 };
+
+TEST(ArgumentWords, AreWhateverACallerHas) {
+  const std::array<const char*, 6> argv{"/bin/transcoder", "-out", "/a b.mov", "-vn", "stray", nullptr};
+  const TranscodeCliArguments expected({"-out", "/a b.mov", "-vn", "stray"}, true);
+  const std::vector<std::string> texts(argv.begin() + 1, argv.begin() + 5);
+  const std::vector<std::string_view> views(texts.begin(), texts.end());
+  EXPECT_EQ(TranscodeCliArguments(5, argv.data(), true).stored(), expected.stored());
+  EXPECT_EQ(TranscodeCliArguments(texts, true).stored(), expected.stored());
+  EXPECT_EQ(TranscodeCliArguments(views, true).stored(), expected.stored());
+  EXPECT_EQ(TranscodeCliArguments(std::span(argv).subspan(1, 4), true).stored(), expected.stored());
+  for (const int argc : {1, 0, -1}) {
+    EXPECT_TRUE(TranscodeCliArguments(argc, argv.data()).flagValueLookup().empty()) << argc;
+  }
+  EXPECT_EQ(explain(ArgumentWords(5, argv.data()), true).arguments.stored(), expected.stored());
+  EXPECT_EQ(readMediaAnalysisArguments(ArgumentWords(5, argv.data())).warnings,
+            readMediaAnalysisArguments({"-out", "/a b.mov", "-vn", "stray"}).warnings);
+}
 
 TEST(TranscodeCliArgumentsTest, ReadsVectors) {
   const std::string cloud = "solvane_cloud";

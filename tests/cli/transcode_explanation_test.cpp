@@ -19,9 +19,7 @@ using ::testing::IsEmpty;
 using ::testing::Optional;
 using Words = std::vector<std::string>;
 
-TranscodeExplanation explained(const Words& words, bool keepOrder = false) {
-  return explain(std::vector<std::string_view>(words.begin(), words.end()), keepOrder);
-}
+TranscodeExplanation explained(const Words& words, bool keepOrder = false) { return explain(words, keepOrder); }
 
 template <typename Explained>
 reference::Pairs pairsOf(const std::vector<Explained>& list) {

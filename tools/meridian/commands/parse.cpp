@@ -1,4 +1,6 @@
 // meridian parse: the encoded form of an argument vector.
+#include <nlohmann/json.hpp>
+
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
