@@ -211,6 +211,12 @@ TEST(TranscodeExplanationTest, FindsThePropertyAndTheMeaningOfEachFlag) {
     std::string meaning = "";
   };
   const Case cases[]{{{"-vr", "23.976"}, "videoFrameRate", 23.976F, "23.976 fps = 24000/1001"},
+                     {{"-vr", "23.967"}, "videoFrameRate", 23.967F, "23.967 fps, which stands for 24000/1001"},
+                     {{"-vr", "23.98"},
+                      "videoFrameRate",
+                      23.98F,
+                      "23.98 fps, not a standard rate; ntsc24p looks the same but is 24000/1001"},
+                     {{"-vr", "12.5"}, "videoFrameRate", 12.5F, "12.5 fps, not a standard rate"},
                      {{"-tc_rate", "12.5"}, "timecodeFrameRate", 12.5F, "12.5 fps, not a standard rate"},
                      {{"-vr", "0"}, "videoFrameRate", 0.0F, "not a frame rate: it has to be above 0"},
                      {{"-vbr", "25"}, "videoBitRate", 25.0F},

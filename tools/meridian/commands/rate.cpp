@@ -37,11 +37,9 @@ std::string ratioText(const MediaRational& rational) {
 
 Cell standardText(const VideoFrameRate& rate) {
   if (rate.kind() != VideoFrameRateKind::custom) return {std::string(rawValue(rate.kind())), Style::good};
-  for (const VideoFrameRate& standard : standardVideoFrameRates) {
-    if (standard.formattedString() != rate.formattedString()) continue;
-    return {
-        "none; " + std::string(rawValue(standard.kind())) + " looks the same but is " + ratioText(standard.rawValue()),
-        Style::warning};
+  if (const auto alike = standardRateDisplayedAlike(rate)) {
+    return {"none; " + std::string(rawValue(alike->kind())) + " looks the same but is " + ratioText(alike->rawValue()),
+            Style::warning};
   }
   return {"none", Style::faint};
 }
