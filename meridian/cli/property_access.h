@@ -140,11 +140,12 @@ struct PropertyName {
 /// The property of this name, which must be stored by a flag of its own.
 template <PropertyName name>
 inline constexpr TranscodeProperty propertyNamed = [] {
-  const TranscodeProperty* const found = findTranscodeProperty(name.text.data());
-  if (found == nullptr || found->isJoint()) {
+  // By its place: GCC 12 does not compare addresses in constant expressions under the undefined-behaviour sanitizer.
+  const auto place = detail::transcodePropertyIndex.find(name.text.data());
+  if (!place || transcodeProperties[*place].isJoint()) {
     preconditionFailed("propertyNamed: no flag stores a property of this name");
   }
-  return *found;
+  return transcodeProperties[*place];
 }();
 
 template <PropertyName name>

@@ -130,7 +130,7 @@ constexpr const PropertyRules* rulesOf(const TranscodeProperty& property) noexce
 
 static_assert(std::ranges::all_of(propertyRules,
                                   [](const PropertyRules& rules) {
-                                    return findTranscodeProperty(rules.name) != nullptr;
+                                    return detail::transcodePropertyIndex.find(rules.name).has_value();
                                   }),
               "each rule is that of a property");
 static_assert(std::ranges::all_of(transcodeProperties,

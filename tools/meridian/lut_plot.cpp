@@ -193,8 +193,6 @@ std::string optionsText(const ParsedLutFile& lut, const ImageLutOptions& options
   return text + ", " + std::string(rawValue(options.interpolation));
 }
 
-}  // namespace
-
 void plotLut(const ParsedLutFile& lut, const ImageLutOptions& options, const std::string& title,
              const std::string& path) {
   const ImageLut prepared = ImageLut::forFloats(lut, options);
@@ -212,6 +210,13 @@ void plotLut(const ParsedLutFile& lut, const ImageLutOptions& options, const std
     drawRamps(canvas, {120, 790, 690, 60}, {870, 790, 690, 60}, apply);
   }
   canvas.write(path);
+}
+
+}  // namespace
+
+extern "C" const LutPlotModule* meridianLutPlotModule() {
+  static constexpr LutPlotModule module{&plotLut};
+  return &module;
 }
 
 }  // namespace meridian::command

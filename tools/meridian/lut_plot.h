@@ -1,4 +1,4 @@
-// Draws a LUT.
+// Draws a LUT: the module that the command loads when it draws.
 #pragma once
 
 #include <string>
@@ -8,9 +8,16 @@
 
 namespace meridian::command {
 
-/// Writes a PNG image of 1600 x 900 pixels: the results for greys as three curves, slices through a cube, and ramps
-/// before and after. `title` must be safe to display; `path` is overwritten. Throws std::runtime_error if that fails.
-void plotLut(const ParsedLutFile& lut, const ImageLutOptions& options, const std::string& title,
-             const std::string& path);
+/// The function of the module of plots. It is a module of its own because cairo brings some twenty libraries, X11 among
+/// them, which no other subcommand should load.
+struct LutPlotModule {
+  /// Writes a PNG image of 1600 x 900 pixels: the results for greys as three curves, slices through a cube, and ramps
+  /// before and after. `title` must be safe to display; `path` is overwritten. Throws std::runtime_error if that fails.
+  void (*plot)(const ParsedLutFile& lut, const ImageLutOptions& options, const std::string& title,
+               const std::string& path);
+};
+
+/// The name of the function that returns the module's LutPlotModule.
+inline constexpr const char* lutPlotModuleEntry = "meridianLutPlotModule";
 
 }  // namespace meridian::command

@@ -9,6 +9,7 @@
 #include "meridian/lut/lut_description.h"
 #include "meridian/platform/path_text.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/loaded_module.h"
 #include "tools/meridian/lut_arguments.h"
 #include "tools/meridian/lut_plot.h"
 #include "tools/meridian/output.h"
@@ -17,7 +18,16 @@
 namespace meridian::command {
 namespace {
 
-#ifdef MERIDIAN_HAS_PLOTS
+const LutPlotModule& plotModule() {
+  using Entry = const LutPlotModule* (*)();
+  const auto symbol = moduleSymbol(MERIDIAN_PLOT_MODULE, lutPlotModuleEntry);
+  if (!symbol) {
+    throw CommandError(
+        "this installation of meridian cannot draw: it was built without cairo, or the module is missing: " +
+        printable(symbol.error()));
+  }
+  return *reinterpret_cast<Entry>(*symbol)();
+}
 
 /// Throws CommandError for values so large that nothing of the range from 0 to 1 would be visible.
 void checkIsDrawable(const ParsedLutFile& lut) {
@@ -37,22 +47,15 @@ Status plotToFile(const Arguments& arguments) {
   if (!equalsIgnoringCase(pathExtension(out), "png")) {
     throw UsageError(inQuotes(out) + " is not the name of a PNG image; expected one that ends in .png");
   }
+  const LutPlotModule& plots = plotModule();
   const auto lut = readLut(arguments);
   checkIsDrawable(*lut);
   ReplacementFile replacement(out);
   const std::string name(lastPathComponent(*arguments.value("lut")));
-  plotLut(*lut, chosenImageLutOptions(arguments), printable(name), replacement.path());
+  plots.plot(*lut, chosenImageLutOptions(arguments), printable(name), replacement.path());
   replacement.replace();
   return done;
 }
-
-#else
-
-Status plotToFile(const Arguments& /*arguments*/) {
-  throw CommandError("this build of meridian cannot draw: it was built without cairo");
-}
-
-#endif
 
 }  // namespace
 
