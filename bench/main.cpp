@@ -7,13 +7,18 @@
 
 namespace {
 
-/// Prints the usual table, and below it the ratio of each "case/peer" to "case/meridian".
-class RatioReporter final : public benchmark::ConsoleReporter {
+/// Reports by the reporter that --benchmark_format chooses. Below its table for people it prints the ratio of each
+/// "case/peer" to "case/meridian"; JSON and CSV stay as they are.
+class RatioReporter final : public benchmark::BenchmarkReporter {
  public:
-  RatioReporter() : ConsoleReporter(OO_Tabular) {}
+  RatioReporter()
+      : chosen_(benchmark::CreateDefaultDisplayReporter()),
+        isForPeople_(dynamic_cast<benchmark::ConsoleReporter*>(chosen_) != nullptr) {}
+
+  bool ReportContext(const Context& context) override { return chosen_->ReportContext(context); }
 
   void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
+    chosen_->ReportRuns(runs);
     for (const Run& run : runs) {
       // If runs are repeated, their median counts.
       if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median") continue;
@@ -25,6 +30,8 @@ class RatioReporter final : public benchmark::ConsoleReporter {
   }
 
   void Finalize() override {
+    chosen_->Finalize();
+    if (!isForPeople_) return;
     for (const auto& [test, times] : times_) {
       const auto own = times.find("meridian");
       if (own == times.end()) continue;
@@ -36,6 +43,9 @@ class RatioReporter final : public benchmark::ConsoleReporter {
   }
 
  private:
+  /// Owned by the benchmark library.
+  benchmark::BenchmarkReporter* chosen_;
+  bool isForPeople_;
   std::map<std::string, std::map<std::string, double>> times_;
 };
 

@@ -1,4 +1,4 @@
-# Installs the package that find_package(Meridian) finds: the core, and each component that was built.
+# Installs the packages that find_package(Meridian) and pkg-config find: the core, and each component that was built.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Meridian)
@@ -15,3 +15,36 @@ endif()
 if(TARGET meridian-presets)
   install(EXPORT MeridianPresetsTargets NAMESPACE Meridian:: DESTINATION ${package_dir})
 endif()
+
+# Their paths are relative to the files themselves, so that an installed copy can be moved.
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+           OUTPUT_VARIABLE pc_prefix)
+cmake_path(NORMAL_PATH pc_prefix)
+string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
+function(meridian_pkg_config target description requires)
+  get_target_property(pc_name ${target} OUTPUT_NAME)
+  set(pc_description "${description}")
+  set(pc_requires "${requires}")
+  set(pc_libs "")
+  set(pc_cflags "")
+  if(NOT BUILD_SHARED_LIBS)
+    # A static library hands its private libraries on to the program.
+    set(pc_cflags -DMERIDIAN_STATIC)
+    if(target STREQUAL meridian)
+      set(pc_requires "libutf8proc expat libhwy")
+      set(pc_libs -pthread)
+    endif()
+  endif()
+  configure_file(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/meridian.pc.in ${PROJECT_BINARY_DIR}/${pc_name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${pc_name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
+meridian_pkg_config(meridian "${PROJECT_DESCRIPTION}" "")
+if(TARGET meridian-serialization)
+  meridian_pkg_config(meridian-serialization "Meridian's values and jobs as JSON"
+                      "meridian = ${PROJECT_VERSION} nlohmann_json >= 3.11")
+endif()
+if(TARGET meridian-presets)
+  meridian_pkg_config(meridian-presets "Meridian's stored presets" "meridian = ${PROJECT_VERSION} protobuf >= 3.15")
+endif()
+
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -27,6 +27,31 @@ run(${CMAKE_COMMAND} --build ${WORK_DIR}/examples)
 # An optional component whose dependency is missing is not found, and the rest of the package is.
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/core-only ${compiler} -DCMAKE_PREFIX_PATH=${prefix}
     -DCMAKE_DISABLE_FIND_PACKAGE_Protobuf=ON -DCMAKE_DISABLE_FIND_PACKAGE_nlohmann_json=ON)
+# A component of another name is told.
+file(WRITE ${WORK_DIR}/misspelt/CMakeLists.txt "cmake_minimum_required(VERSION 3.25)\nproject(Misspelt LANGUAGES CXX)\n"
+     "find_package(Meridian COMPONENTS Serialisation)\n")
+run(${CMAKE_COMMAND} -S ${WORK_DIR}/misspelt -B ${WORK_DIR}/misspelt ${compiler} -DCMAKE_PREFIX_PATH=${prefix})
+if(NOT output MATCHES "Serialisation is not a component \\(the components are: Serialization,[ \n]+Presets\\)")
+  message(FATAL_ERROR "find_package printed:\n${output}")
+endif()
+
+# By pkg-config, without exceptions, with every header of the core.
+file(GLOB_RECURSE headers RELATIVE ${prefix}/include ${prefix}/include/meridian/*.h)
+list(FILTER headers EXCLUDE REGEX "/(serialization|presets)/")
+list(TRANSFORM headers REPLACE "(.+)" "#include \"\\1\"")
+list(JOIN headers "\n" headers)
+file(READ ${SOURCE_DIR}/examples/edit_command_line.cpp example)
+file(WRITE ${WORK_DIR}/no_exceptions.cpp "${headers}\n${example}")
+file(GLOB_RECURSE package ${prefix}/lib*/meridian.pc)
+cmake_path(GET package PARENT_PATH packages)
+set(ENV{PKG_CONFIG_PATH} ${packages})
+run(pkg-config --cflags --libs meridian)
+separate_arguments(options UNIX_COMMAND "${output}")
+cmake_path(GET packages PARENT_PATH libraries)
+run(${CXX_COMPILER} -std=c++20 -fno-exceptions ${WORK_DIR}/no_exceptions.cpp -o ${WORK_DIR}/no_exceptions ${options}
+    -Wl,-rpath,${libraries})
+run(${WORK_DIR}/no_exceptions)
+
 run(${WORK_DIR}/examples/stored_job)
 if(PRESETS)
   run(${WORK_DIR}/examples/stored_preset)
