@@ -53,13 +53,13 @@ TEST(Rounding, AnIdentityChangesNoCodeValueAtAnyDepth) {
     for (const int faceSize : {2, 3, 5, 9, 16, 17, 32, 33, 64, 65}) {
       for (const auto order : allCases<LutAxisOrder>()) {
         const auto cube = identityCube(faceSize, 0, order);
-        for (const auto domain : allCases<LutInputDomain>()) {
-          for (const auto interpolation : allCases<LutInterpolation>()) {
-            SCOPED_TRACE(testing::Message() << depth << " bits, " << faceSize << " points, " << rawValue(interpolation)
-                                            << ", " << rawValue(order));
-            ImageLutOptions options{interpolation, order, domain, LutRounding::nearest};
-            ASSERT_EQ(applied(*cube, source, depth, options), source);
-          }
+        for (const auto interpolation : allCases<LutInterpolation>()) {
+          SCOPED_TRACE(testing::Message() << depth << " bits, " << faceSize << " points, " << rawValue(interpolation)
+                                          << ", " << rawValue(order));
+          const ImageLutOptions options{interpolation, order,
+                                        faceSize % 2 == 0 ? LutInputDomain::declared : LutInputDomain::dataRange,
+                                        LutRounding::nearest};
+          ASSERT_EQ(applied(*cube, source, depth, options), source);
         }
       }
     }

@@ -54,9 +54,10 @@ std::vector<Option> floatLutOptions() {
 
 std::vector<Option> imageLutOptions() {
   std::vector<Option> options = floatLutOptions();
-  options.push_back({Option::Kind::flag, "round",
-                     "Round results to the nearest code value, so that an identity changes nothing; otherwise they are "
-                     "truncated. Floating-point results are neither"});
+  options.push_back(
+      {Option::Kind::flag, "round",
+       "Round results to the nearest code value, so that an identity changes nothing, instead of truncating "
+       "them; floating-point results stay as they are"});
   return options;
 }
 

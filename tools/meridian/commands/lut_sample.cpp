@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <span>
 #include <string>
@@ -64,11 +63,10 @@ std::uint64_t readCodeValue(const std::string& text) {
 
 double readNumber(const std::string& text) {
   if (const auto number = DecimalNumber::fromText(text)) return number->doubleValue();
+  // The number of a text that has digits and yet is infinite is out of range.
   const bool isTooLarge = std::ranges::any_of(text, detail::isDigit) && std::isinf(doubleFromText(text).value_or(0));
-  throw UsageError(inQuotes(text) +
-                   (isTooLarge ? " is too large; expected a number of at most "
-                               : " is not a number; expected a decimal number such as ") +
-                   shortestDecimalText(isTooLarge ? std::numeric_limits<double>::max() : 0.18));
+  throw UsageError(inQuotes(text) + (isTooLarge ? " is out of range; expected a number between -1.7e308 and 1.7e308"
+                                                : " is not a number; expected a decimal number such as 0.18"));
 }
 
 /// Returns the words as samples: red, green and blue, each read by `read`. `noun` says what they are.
@@ -195,12 +193,11 @@ Subcommand lutSampleCommand() {
       .description = "Apply a LUT to code values or floating-point numbers",
       .details =
           "Prints a JSON list of the results, each a list of red, green and blue.\n"
-          "Code values are truncated and may have up to 63 bits; a result that is not a code value, such as a "
-          "negative\n"
-          "one, is an error. With --axis-order, --domain, --interpolation or --round, and with --float, the results\n"
-          "are those of \"meridian lut apply\": of at most 16 bits, and clamped to the code values of the depth; "
-          "numbers\n"
-          "are not clamped.",
+          "Code values have up to 63 bits. Results are truncated; one that is not a code value, such as a negative\n"
+          "one, is an error. With --axis-order, --domain, --interpolation or --round the results are those of\n"
+          "\"meridian lut apply\": code values have up to 16 bits, and results are clamped to those of the depth.\n"
+          "With --float the results are those for images of floating-point samples, and are not clamped. Put numbers\n"
+          "such as -.5, with nothing before the point, after \"--\".",
       .example =
           "meridian lut sample look.cube --depth 10 --out-depth 12 64 64 64 940 940 940\n"
           "meridian lut sample look.cube --float --axis-order red-fastest --domain declared 0.18 0.18 0.18",
