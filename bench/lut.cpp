@@ -254,6 +254,8 @@ void registerCase(const std::string& name, Function function, Arguments... argum
 const bool areRegistered = [] {
   constexpr ImageLutOptions tetrahedral{
       .interpolation = LutInterpolation::tetrahedral, .axisOrder = published.axisOrder, .domain = published.domain};
+  constexpr ImageLutOptions nearest{
+      .axisOrder = published.axisOrder, .domain = published.domain, .rounding = LutRounding::nearest};
   for (const int faceSize : {33, 65}) {
     const std::string size = std::to_string(faceSize);
     registerCase("lut_parse/" + size + "/meridian", parseMeridian, faceSize);
@@ -268,6 +270,8 @@ const bool areRegistered = [] {
                  published, ImageLayout::rgb, CodeValueRange::full);
     registerCase("lut_apply_u16_tetrahedral/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U,
                  tetrahedral, ImageLayout::rgb, CodeValueRange::full);
+    registerCase("lut_apply_u16_nearest/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, nearest,
+                 ImageLayout::rgb, CodeValueRange::full);
     registerCase("lut_apply_u16_planar/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
                  ImageLayout::planarRgb, CodeValueRange::full);
     registerCase("lut_apply_u16_limited/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
