@@ -40,13 +40,32 @@ LutColor look(double red, double green, double blue) {
   return {graded(red, 1.04), graded(green, 1.0), graded(blue, 0.97)};
 }
 
-/// A cube file with six decimals, which is removed at the end of the program.
+/// A file in a directory of its own, which is removed with it.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const std::string& name) {
+    std::string pattern = (std::filesystem::temp_directory_path() / "meridian-bench-XXXXXX").string();
+    directory_ = mkdtemp(pattern.data());
+    path_ = (directory_ / name).string();
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile() {
+    std::error_code ignored;
+    std::filesystem::remove_all(directory_, ignored);
+  }
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+ private:
+  std::filesystem::path directory_;
+  std::string path_;
+};
+
+/// A cube file with six decimals.
 class CubeFile {
  public:
   explicit CubeFile(int faceSize) {
-    std::string pattern = (std::filesystem::temp_directory_path() / "meridian-bench-XXXXXX").string();
-    directory_ = mkdtemp(pattern.data());
-    path_ = (directory_ / "look.cube").string();
     std::string text = "TITLE \"look\"\nLUT_3D_SIZE " + std::to_string(faceSize) +
                        "\nDOMAIN_MIN 0.0 0.0 0.0\nDOMAIN_MAX 1.0 1.0 1.0\n";
     const double last = faceSize - 1;
@@ -59,20 +78,13 @@ class CubeFile {
         }
       }
     }
-    std::ofstream(path_) << text;
-  }
-  CubeFile(const CubeFile&) = delete;
-  CubeFile& operator=(const CubeFile&) = delete;
-  ~CubeFile() {
-    std::error_code ignored;
-    std::filesystem::remove_all(directory_, ignored);
+    std::ofstream(path()) << text;
   }
 
-  [[nodiscard]] const std::string& path() const { return path_; }
+  [[nodiscard]] const std::string& path() const { return file_.path(); }
 
  private:
-  std::filesystem::path directory_;
-  std::string path_;
+  TemporaryFile file_{"look.cube"};
 };
 
 const std::string& cubePath(int faceSize) {
@@ -129,6 +141,31 @@ void parseMeridian(benchmark::State& state, int faceSize) {
   state.counters["peak_bytes"] = static_cast<double>(peakBytes() - before);
   state.counters["lattice_bytes"] = points * sizeof(LutColor);
 }
+
+/// Reads a 1D LUT of this many rows with six decimals; the time for a row must not depend on their number.
+void parseRows(benchmark::State& state) {
+  const auto rows = static_cast<std::size_t>(state.range(0));
+  const TemporaryFile file("rows.cube");
+  std::string text = "LUT_1D_SIZE " + std::to_string(rows) + "\n";
+  for (std::size_t row = 0; row < rows; ++row) {
+    const std::string number = fixedDecimalText(static_cast<double>(row) / static_cast<double>(rows), 6);
+    text += number + ' ' + number + ' ' + number + '\n';
+  }
+  std::ofstream(file.path()) << text;
+  text = {};
+  const std::size_t before = liveBytes();
+  startPeak();
+  for (auto _ : state) benchmark::DoNotOptimize(ParsedLutFactory::parsed(Url::fromFilePath(file.path())));
+  state.counters["rows"] = benchmark::Counter(static_cast<double>(rows), benchmark::Counter::kIsIterationInvariantRate,
+                                              benchmark::Counter::kIs1000);
+  state.counters["peak_bytes_per_row"] = static_cast<double>(peakBytes() - before) / static_cast<double>(rows);
+}
+BENCHMARK(parseRows)
+    ->Name("lut_parse_rows/meridian")
+    ->Arg(1 << 20)
+    ->Arg(1 << 22)
+    ->Arg(1 << 24)
+    ->Unit(benchmark::kMillisecond);
 
 template <typename Sample>
 ImageLut prepared(const ParsedLutFile& file, CodeValueFormat format, const ImageLutOptions& options) {
@@ -217,6 +254,8 @@ void registerCase(const std::string& name, Function function, Arguments... argum
 const bool areRegistered = [] {
   constexpr ImageLutOptions tetrahedral{
       .interpolation = LutInterpolation::tetrahedral, .axisOrder = published.axisOrder, .domain = published.domain};
+  constexpr ImageLutOptions nearest{
+      .axisOrder = published.axisOrder, .domain = published.domain, .rounding = LutRounding::nearest};
   for (const int faceSize : {33, 65}) {
     const std::string size = std::to_string(faceSize);
     registerCase("lut_parse/" + size + "/meridian", parseMeridian, faceSize);
@@ -231,6 +270,8 @@ const bool areRegistered = [] {
                  published, ImageLayout::rgb, CodeValueRange::full);
     registerCase("lut_apply_u16_tetrahedral/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U,
                  tetrahedral, ImageLayout::rgb, CodeValueRange::full);
+    registerCase("lut_apply_u16_nearest/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, nearest,
+                 ImageLayout::rgb, CodeValueRange::full);
     registerCase("lut_apply_u16_planar/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
                  ImageLayout::planarRgb, CodeValueRange::full);
     registerCase("lut_apply_u16_limited/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,

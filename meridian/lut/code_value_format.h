@@ -45,8 +45,11 @@ struct CodeValueFormat {
   /// Returns true for limited range.
   [[nodiscard]] constexpr bool isLimited() const noexcept { return range == CodeValueRange::limited; }
 
-  /// Returns whether black and white are whole code values: always in full range; from 8 bits on in limited range.
-  [[nodiscard]] constexpr bool hasRange() const noexcept { return !isLimited() || bitDepth >= 8; }
+  /// Returns whether black and white are whole code values: always in full range; from 8 bits on in limited range;
+  /// never for a range that is not a case of its enumeration.
+  [[nodiscard]] constexpr bool hasRange() const noexcept {
+    return range == CodeValueRange::full || (isLimited() && bitDepth >= 8);
+  }
 
   /// Returns the code value of 0 and of 1 on the scale from 0 to 1. For depths from 1 to 16 with `hasRange()`.
   [[nodiscard]] constexpr double black() const noexcept { return isLimited() ? static_cast<double>(16 * step()) : 0; }

@@ -57,7 +57,7 @@ CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<ImageF
 }
 
 void CubeKernel::prepareCodeValues() {
-  if (formats->areLimited()) {
+  if (formats->areRounded()) {
     const CodeValueFormat& source = formats->source;
     input = {.black = static_cast<std::int32_t>(source.black()),
              .divisor = source.white() - source.black(),

@@ -62,13 +62,13 @@ CubeDefinition::CubeDefinition(std::shared_ptr<const ThreeDimensionalLutCube> sh
 double CubeDefinition::unit() const noexcept { return integerDepth ? largestOfDepth(*integerDepth) : 1; }
 
 double CubeDefinition::axisValue(std::uint16_t code, const ImageFormats& formats) const noexcept {
-  if (formats.areLimited()) return normalizedCodeValue(code, formats.source) * unit();
+  if (formats.areRounded()) return normalizedCodeValue(code, formats.source) * unit();
   return integerDepth ? codeValueAtDepth(code, formats.source.bitDepth, *integerDepth)
                       : fractionOfLargest(code, formats.source.bitDepth);
 }
 
 ResultScale CubeDefinition::resultScale(const ImageFormats& formats) const noexcept {
-  if (formats.areLimited()) return ResultScale::ofLimitedRange(unit(), formats.destination);
+  if (formats.areRounded()) return ResultScale::rounded(unit(), formats.destination);
   if (integerDepth) return {};
   return {.factor = static_cast<double>(largestCodeValue(formats.destination.bitDepth))};
 }
@@ -133,8 +133,8 @@ std::uint16_t TableDefinition::storedCodeValue(std::uint16_t code, std::size_t c
 PixelCodes TableDefinition::codeValues(const PixelCodes& input, const ImageFormats& formats) const noexcept {
   const int sourceDepth = formats.source.bitDepth;
   PixelCodes result{};
-  if (formats.areLimited()) {
-    const ResultScale scaled = ResultScale::ofLimitedRange(1, formats.destination);
+  if (formats.areRounded()) {
+    const ResultScale scaled = ResultScale::rounded(1, formats.destination);
     const LutColor found =
         color({normalizedCodeValue(input[0], formats.source), normalizedCodeValue(input[1], formats.source),
                normalizedCodeValue(input[2], formats.source)});

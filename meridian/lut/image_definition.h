@@ -20,13 +20,16 @@
 
 namespace meridian::inline v0_2::detail {
 
-/// The formats between which code values are converted.
+/// The formats between which code values are converted, and how results become code values.
 struct ImageFormats {
   CodeValueFormat source;
   CodeValueFormat destination;
+  LutRounding rounding = LutRounding::truncate;
 
   /// Whether code values are converted by way of the scale from 0 to 1, and rounded, not truncated.
-  [[nodiscard]] bool areLimited() const noexcept { return source.isLimited() || destination.isLimited(); }
+  [[nodiscard]] bool areRounded() const noexcept {
+    return rounding == LutRounding::nearest || source.isLimited() || destination.isLimited();
+  }
 };
 
 /// How input values map to an axis: they are clamped to `low` and `high`; `offset` is at the first point and `offset` +
@@ -73,7 +76,7 @@ struct ResultScale {
   double factor = 1;  ///< code values from black to white
   double offset = 0;  ///< black, and the half by which truncating becomes rounding
 
-  [[nodiscard]] static ResultScale ofLimitedRange(double unit, CodeValueFormat destination) noexcept {
+  [[nodiscard]] static ResultScale rounded(double unit, CodeValueFormat destination) noexcept {
     return {unit, destination.white() - destination.black(), destination.black() + 0.5};
   }
   [[nodiscard]] double operator()(double value) const noexcept { return value / unit * factor + offset; }
@@ -91,7 +94,7 @@ struct CubeDefinition {
   /// Returns how results become code values of the destination, and the depth they have then.
   [[nodiscard]] ResultScale resultScale(const ImageFormats& formats) const noexcept;
   [[nodiscard]] std::int64_t resultDepth(const ImageFormats& formats) const noexcept {
-    return formats.areLimited() ? formats.destination.bitDepth : integerDepth.value_or(formats.destination.bitDepth);
+    return formats.areRounded() ? formats.destination.bitDepth : integerDepth.value_or(formats.destination.bitDepth);
   }
   /// Returns what 1 is on the axes and in the results.
   [[nodiscard]] double unit() const noexcept;

@@ -84,6 +84,18 @@ Expected<void, ImageErrorCode> checkFormat(CodeValueFormat format) noexcept {
   return {};
 }
 
+/// Terminates the process if an option is not a case of its enumeration.
+const ImageLutOptions& checked(const ImageLutOptions& options) noexcept {
+  const auto isCase = []<typename Option>(Option option) {
+    return static_cast<std::size_t>(option) < allCases<Option>().size();
+  };
+  if (!isCase(options.interpolation) || !isCase(options.axisOrder) || !isCase(options.domain) ||
+      !isCase(options.rounding)) {
+    preconditionFailed("ImageLut: an option is not a case of its enumeration");
+  }
+  return options;
+}
+
 /// Threads that are joined at the end of the scope, as std::jthread is, which libc++ 19 does not have.
 struct JoinedThreads {
   JoinedThreads() = default;
@@ -126,7 +138,7 @@ void inBands(std::size_t height, unsigned threads, const Work& work) {
 
 struct ImageLut::Prepared {
   Prepared(const ParsedLutFile& file, const std::optional<ImageFormats>& imageFormats, const ImageLutOptions& options)
-      : formats(imageFormats), kernel(kernelOf(file, imageFormats, options)) {}
+      : formats(imageFormats), kernel(kernelOf(file, imageFormats, checked(options))) {}
 
   using Kernel = std::variant<detail::CubeKernel, TableKernel>;
 
@@ -163,7 +175,7 @@ Expected<ImageLut, ImageErrorCode> ImageLut::forCodeValues(const ParsedLutFile& 
                                                            const ImageLutOptions& options) {
   if (const auto usable = checkFormat(source); !usable) return Unexpected(usable.error());
   if (const auto usable = checkFormat(destination); !usable) return Unexpected(usable.error());
-  return ImageLut(std::make_unique<const Prepared>(file, ImageFormats{source, destination}, options));
+  return ImageLut(std::make_unique<const Prepared>(file, ImageFormats{source, destination, options.rounding}, options));
 }
 
 ImageLut ImageLut::forFloats(const ParsedLutFile& file, const ImageLutOptions& options) {

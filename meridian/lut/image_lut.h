@@ -28,20 +28,22 @@ namespace meridian::inline v0_2 {
 /// difference: where a converter terminates the process or exceeds the destination's depth, the result is the nearest
 /// code value of that depth, and 0 where the LUT yields NaN.
 ///
-/// If the source or the destination is limited range, both are converted by way of the scale from 0 to 1:
+/// With LutRounding::nearest, and always if the source or the destination is limited range, both are converted by way
+/// of the scale from 0 to 1, on which 1 is the largest code value of a LUT of code values:
 ///
 ///     input = (code - black) / (white - black)
 ///     code  = Round(black + result * (white - black))
 ///
 /// with black and white as CodeValueFormat says, and `Round` to the nearest integer, halves up. All of it is computed
-/// in double precision, so that a result that is exactly half an integer may be rounded down. Code values below black
+/// in double precision, so that a result that is exactly half an integer may be rounded down. An identity thus keeps
+/// every code value at every depth, even one of code values of another depth. Code values below black
 /// and above white become inputs below 0 and above 1, which the axes of the LUT clamp unless its declared domain is
 /// wider. Results outside 0 to 1 are kept as far as `CodeValueFormat::lowest` and `highest`.
 ///
 /// Floating-point samples are on the scale from 0 to 1. For a LUT of code values, 1 is its largest code value. Results
-/// are not truncated. NaN counts as the lowest input. Results are computed in single precision, to about six digits of
-/// the LUT's largest value; the last digit may differ between machines. Results too large for single precision become
-/// infinite.
+/// are neither truncated nor rounded. NaN counts as the lowest input. Results are computed in single precision, to
+/// about six digits of the LUT's largest value; the last digit may differ between machines. Results too large for
+/// single precision become infinite.
 class MERIDIAN_API ImageLut {
  public:
   /// Prepares a LUT for images of code values. Returns unusableBitDepth for depths outside 1 to 16, and unusableRange

@@ -52,11 +52,29 @@ struct EnumerationTable<LutInputDomain> {
   });
 };
 
-/// How a LUT is applied to images. The defaults agree with the converters.
+/// How results become code values. Floating-point results are never changed.
+enum class LutRounding : std::uint8_t {
+  truncate,  ///< toward zero, as the converters do
+  nearest,   ///< to the nearest code value, so that an identity changes nothing; limited range always does this
+};
+
+template <>
+struct EnumerationTable<LutRounding> {
+  static constexpr auto rows = std::to_array<EnumerationRow<LutRounding>>({
+      {LutRounding::truncate, "truncate"},
+      {LutRounding::nearest, "nearest"},
+  });
+};
+
+/// How a LUT is applied to images. The defaults agree with the converters. A value that is not a case of its
+/// enumeration, such as one cast from an integer, terminates the process when a LUT is prepared with it.
 struct ImageLutOptions {
   LutInterpolation interpolation = LutInterpolation::trilinear;
   LutAxisOrder axisOrder = LutAxisOrder::blueFastest;
   LutInputDomain domain = LutInputDomain::dataRange;
+  LutRounding rounding = LutRounding::truncate;
+
+  friend constexpr bool operator==(const ImageLutOptions&, const ImageLutOptions&) noexcept = default;
 };
 
 }  // namespace meridian::inline v0_2

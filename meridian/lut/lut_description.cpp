@@ -1,5 +1,7 @@
 #include "meridian/lut/lut_description.h"
 
+#include "meridian/base/integer_arithmetic.h"
+#include "meridian/lut/bit_depth.h"
 #include "meridian/lut/lut_parts.h"
 
 namespace meridian::inline v0_2 {
@@ -35,6 +37,17 @@ LutDescription describe(const ParsedLutFile& file) {
   }
   if (result.valueBitDepth) result.valueType = LutValueType::integer;
   return result;
+}
+
+bool canConvertAll(const LutDescription& lut, std::int64_t outputBitDepth) noexcept {
+  if (lut.lowValue < 0 || (lut.dimensions == LutDimensions::cube && lut.highValue <= 0)) return false;
+  // Results are between the lowest and the highest value, but for rounding.
+  const double highest = lut.highValue * (1 + 0x1p-40);
+  if (!lut.valueBitDepth) {
+    return truncatedUnsignedInteger(highest * static_cast<double>(largestCodeValue(outputBitDepth))).has_value();
+  }
+  const auto code = truncatedUnsignedInteger(highest);
+  return code && rescaledCodeValue(*code, *lut.valueBitDepth, outputBitDepth);
 }
 
 }  // namespace meridian::inline v0_2

@@ -5,6 +5,7 @@
 ///     look.dimensions;  // LutDimensions::cube
 ///     look.valueType;   // LutValueType::floatingPoint
 ///     look.size;        // 33
+///     if (!canConvertAll(look, 10)) return report("the LUT has values that are not code values");
 #pragma once
 
 #include <array>
@@ -53,5 +54,10 @@ struct LutDescription {
 /// Describes a LUT file. For a class of converter that this library does not know, only `rows`, the range of the values
 /// and the domain are set.
 [[nodiscard]] MERIDIAN_API LutDescription describe(const ParsedLutFile& file);
+
+/// Returns whether the LUT's converter has a result for every sample at this output depth, in bits, so that `convert`
+/// does not terminate the process: for all code values of an input depth from 1 to 63. Answers from the range of the
+/// values alone, as files that were parsed have it; false means that some sample may have no result.
+[[nodiscard]] MERIDIAN_API bool canConvertAll(const LutDescription& lut, std::int64_t outputBitDepth) noexcept;
 
 }  // namespace meridian::inline v0_2

@@ -19,6 +19,7 @@ enum class LutErrorCode : std::uint8_t {
   xmlDocument,
   unsupportedExtension,
   notOpened,
+  notRegularFile,
   notRead,
   noRows,
   unknownDimensions,
@@ -34,6 +35,7 @@ struct EnumerationTable<LutErrorCode> {
       {LutErrorCode::unsupportedExtension, "unsupportedExtension", "has an unsupported extension or none",
        "if it is a LUT written as text, change its extension to .cube"},
       {LutErrorCode::notOpened, "notOpened", "cannot be opened", "check the spelling and that you may read it"},
+      {LutErrorCode::notRegularFile, "notRegularFile", "is not a regular file", "name the file that holds the LUT"},
       {LutErrorCode::notRead, "notRead", "cannot be read to its end", "check the volume that it is on"},
       {LutErrorCode::noRows, "noRows", "has no row of three numbers with single blanks between them",
        "check that it is a LUT written as text"},
@@ -47,8 +49,9 @@ struct EnumerationTable<LutErrorCode> {
   });
 };
 
-/// Names the file in `place`. `detail` gives the number of rows that were read, where there were any; `systemError` is
-/// set for notOpened and notRead.
+/// Names the file in `place`. `detail` gives the number of rows that were read, where there were any, and for
+/// notRegularFile what it is: "a directory", "a FIFO", "a device" or "a socket". `systemError` is set for notOpened and
+/// notRead.
 using LutError = Error<LutErrorCode>;
 
 }  // namespace meridian::inline v0_2

@@ -39,7 +39,7 @@ class FileText {
       if (count < piece.size()) break;
     }
     isWellFormed = isWellFormed && !reader_.error() && check.finish();
-    // The same bytes are read again as text. A pipe cannot be rewound, which leaves an error in the reader.
+    // The same bytes are read again as text. If they cannot be, the reader keeps the error.
     if (!isWellFormed && reader_.rewind()) head_.clear();
     return isWellFormed;
   }
@@ -141,6 +141,11 @@ Expected<std::unique_ptr<const ParsedLutFile>, LutError> ParsedLutFactory::parsi
   }
   if (!text) {
     log(LogLevel::error, "MRD_CLUT_PTFB-", "Failed to open lut file " + lutFilePath.path());
+    if (!reader.otherKind().empty()) {
+      return Unexpected(LutError{.code = LutErrorCode::notRegularFile,
+                                 .place = lutFilePath.path(),
+                                 .detail = std::string(reader.otherKind())});
+    }
     return failure(LutErrorCode::notOpened, lutFilePath, 0, reader.error());
   }
 

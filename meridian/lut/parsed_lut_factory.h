@@ -44,7 +44,8 @@ class MERIDIAN_API ParsedLutFactory {
   /// Returns the LUT in a file; null for every failure. The extension has to be one of
   /// FileExtensionSet::colorLutFileExtensions or unknown to the vocabulary; a file without an extension fails, since no
   /// extension is that of a directory. Only three failures are logged: a known extension of another kind, a file that
-  /// cannot be opened, and a 1D LUT that is too short. Throws nothing but std::bad_alloc: the rows need 24 bytes each.
+  /// cannot be opened or is not a regular file, and a 1D LUT that is too short. Throws nothing but std::bad_alloc: the
+  /// rows need 24 bytes each.
   [[nodiscard]] static std::unique_ptr<const ParsedLutFile> parsed(const Url& lutFilePath);
 
   /// Returns the LUT in a file as `parsed` does, or why there is none. Every extension is permitted if no set is given;

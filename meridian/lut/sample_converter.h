@@ -35,8 +35,19 @@ class MERIDIAN_API RGBSampleConverter {
   virtual ~RGBSampleConverter();
 
   /// Returns the converted sample. Depths are in bits; without an output depth the result has the input's. Terminates
-  /// the process if the result is negative, not finite, or beyond 64 bits. This happens only with a LUT that has
-  /// negative values or only zeros, or with a depth to which the code values cannot be converted.
+  /// the process if there is no result, which happens for
+  ///
+  /// - a cube whose largest value is 0, such as one of zeros only: every sample, since inputs are divided by that
+  /// value;
+  /// - a LUT with negative values: samples whose result is negative, if only by a fraction, or for a 1D LUT of code
+  ///   values whose row holds -1 or less;
+  /// - a floating-point LUT of very large values: samples whose result times 2^depth - 1 is 2^64 or more;
+  /// - an output depth of 64 bits or more with a LUT of code values: samples whose result does not fit in 64 bits at
+  ///   that depth;
+  /// - a cube of code values: samples beyond the input depth's largest code value that do not fit in 64 bits at the
+  ///   cube's depth.
+  ///
+  /// `canConvertAll` (lut_description.h) answers for a whole file, `convertIfPossible` for a single sample.
   [[nodiscard]] RGBSample convert(std::uint64_t red, std::uint64_t green, std::uint64_t blue,
                                   std::int64_t inputBitDepth,
                                   std::optional<std::int64_t> outputBitDepth = std::nullopt) const noexcept;

@@ -132,16 +132,22 @@ class LineCutter {
     kept_ = tail;
   }
 
-  /// Reserves room for the remaining rows, assuming that they are as long as those so far.
+  /// Reserves room for the remaining rows, assuming that they are as long as those so far. Rows are copied only when
+  /// their room is used up or all of them are expected to fit, so that reading takes linear time.
   void makeRoom() {
     LutValueTriplets& rows = interpreter_.triplets();
     if (rows.empty() || size_ <= read_) return;
     const auto count = static_cast<double>(rows.size());
+    const auto room = static_cast<double>(rows.capacity());
     const double expected = count * static_cast<double>(size_) / static_cast<double>(read_);
-    if (expected * 1.01 < static_cast<double>(rows.capacity())) return;
+    if (expected * 1.01 < room) return;
     constexpr double harmless = 1 << 20;  // few enough rows that a wrong guess costs little memory
-    const double enough = std::min(expected * 1.05 + 64, std::max(harmless, count * 2));
-    if (enough > static_cast<double>(rows.capacity())) rows.reserve(static_cast<std::size_t>(enough));
+    constexpr double shortestRow = 6;     // "0 0 0" and its newline
+    const double all = expected * 1.05 + 64;
+    const double most = std::max(harmless, count * 2);
+    const bool fitsNextChunk = count + static_cast<double>(limits_.chunk) / shortestRow < room;
+    if (fitsNextChunk && all > most) return;
+    rows.reserve(static_cast<std::size_t>(std::min(all, most)));
   }
 
   ByteSource source_;

@@ -9,24 +9,38 @@
 #include "meridian/platform/posix_calls.h"
 
 namespace meridian::inline v0_2 {
+namespace {
+
+std::string_view otherKindOf(mode_t mode) noexcept {
+  if (S_ISDIR(mode)) return "a directory";
+  if (S_ISFIFO(mode)) return "a FIFO";
+  return S_ISSOCK(mode) ? "a socket" : "a device";
+}
+
+}  // namespace
 
 FileReader::FileReader(const std::string& path) {
   if (detail::holdsNul(path)) {
     error_ = detail::nulError();
     return;
   }
-  descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // A FIFO without a writer is opened at once, and no terminal becomes the process's own.
+  descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  struct stat status{};
   if (descriptor_ < 0) {
     error_ = detail::lastError();
+    // The system opens no socket, and no device that is not there.
+    if (error_ == std::errc::no_such_device_or_address && ::stat(path.c_str(), &status) == 0) {
+      otherKind_ = otherKindOf(status.st_mode);
+    }
     return;
   }
-  struct stat status{};
   if (::fstat(descriptor_, &status) != 0) {
     error_ = detail::lastError();
-  } else if (S_ISDIR(status.st_mode)) {
-    error_ = std::make_error_code(std::errc::is_a_directory);
+  } else if (!S_ISREG(status.st_mode)) {
+    otherKind_ = otherKindOf(status.st_mode);
   } else {
-    size_ = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
+    size_ = static_cast<std::uint64_t>(status.st_size);
     return;
   }
   ::close(descriptor_);

@@ -6,11 +6,13 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace meridian::inline v0_2 {
 
-/// A file opened for reading. A directory counts as a file that cannot be opened.
+/// A regular file opened for reading. Nothing else is opened or read: a directory, FIFO, device or socket, or a link to
+/// one. Opening never waits, and what was opened is asked, not the path, so that nothing can take its place in between.
 class FileReader {
  public:
   explicit FileReader(const std::string& path);
@@ -22,23 +24,28 @@ class FileReader {
 
   [[nodiscard]] bool isOpen() const noexcept { return descriptor_ >= 0; }
 
-  /// Returns why opening or a later call failed; no error if nothing did.
+  /// Returns why opening or a later call failed; no error if nothing did or the path names `otherKind`.
   [[nodiscard]] const std::error_code& error() const noexcept { return error_; }
 
-  /// Returns the size in bytes if the system knows it beforehand; 0 for a pipe.
+  /// Returns what the path names if that is not a regular file: "a directory", "a FIFO", "a device", "a socket"; empty
+  /// for a regular file and for one that cannot be opened.
+  [[nodiscard]] std::string_view otherKind() const noexcept { return otherKind_; }
+
+  /// Returns the size in bytes at the time of opening. Files of the system, such as those in /proc, may have more.
   [[nodiscard]] std::uint64_t size() const noexcept { return size_; }
 
   /// Reads until the memory is full or the file ends. Returns the number of bytes read: less than the memory holds at
   /// the end of the file and after an error.
   [[nodiscard]] std::size_t read(std::span<char> memory) noexcept;
 
-  /// Goes back to the beginning. Returns false if that is impossible, as it is for a pipe.
+  /// Goes back to the beginning. Returns false if that failed.
   [[nodiscard]] bool rewind() noexcept;
 
  private:
   int descriptor_ = -1;
   std::uint64_t size_ = 0;
   std::error_code error_;
+  std::string_view otherKind_;
 };
 
 }  // namespace meridian::inline v0_2

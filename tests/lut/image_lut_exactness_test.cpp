@@ -61,10 +61,11 @@ TEST(ImageLutExactness, EveryPixelIsThatOfTheDefinitionOnEveryInstructionSet) {
   unsigned seed = 0;
   for (const test::NamedLut& named : test::manyLuts()) {
     SCOPED_TRACE(named.name);
+    seed += 2;  // so that each depth gets other options with each LUT
     const auto faceSize = static_cast<std::uint32_t>(
         std::max(1L, std::lround(std::cbrt(static_cast<double>(named.file->orderedValues().size())))));
     for (const auto& [from, to] : depths) {
-      // Each combination of LUT and depth with two of the eight options, so that all occur often.
+      // Each combination of LUT and depth with two of the options, so that all occur often.
       for (int repeat = 0; repeat < 2; ++repeat) {
         SCOPED_TRACE(testing::Message() << from << " to " << to << " bits, option " << seed % options.size());
         const auto lut = ImageLut::forCodeValues(*named.file, from, to, options[seed % options.size()]);
@@ -88,7 +89,8 @@ TEST(ImageLutExactness, EveryPixelIsThatOfTheDefinitionOnEveryInstructionSet) {
   }
 }
 
-/// Returns code values with a result so near an integer that single precision cannot tell on which side it is.
+/// Returns code values with a result so near an integer, or a half if it is rounded, that single precision cannot tell
+/// on which side it is.
 std::vector<std::uint16_t> pixelsNextToIntegers(const ParsedLutFile& file, const ImageLutOptions& options, int from,
                                                 int to) {
   constexpr std::size_t count = 3000;
@@ -96,7 +98,10 @@ std::vector<std::uint16_t> pixelsNextToIntegers(const ParsedLutFile& file, const
   const double most = std::ldexp(1.0, from) - 1;
   const double unit = std::ldexp(1.0, to) - 1;
   std::mt19937 random(71);
-  const auto isNear = [&](double value) { return std::fabs(value * unit - std::round(value * unit)) < 0.01; };
+  const double half = options.rounding == LutRounding::nearest ? 0.5 : 0;
+  const auto isNear = [&](double value) {
+    return std::fabs(value * unit + half - std::round(value * unit + half)) < 0.01;
+  };
   std::vector<std::uint16_t> pixels;
   for (int tries = 0; pixels.size() < count * 3 && tries < 200'000; ++tries) {
     const auto code = [&] { return static_cast<std::uint16_t>(random() % (1U << static_cast<unsigned>(from))); };
@@ -165,8 +170,11 @@ TEST(ImageLutExactness, FlatRegionsBeginWhereTheDefinitionSaysSo) {
             return LutColor{value, value, 1};
           }));
           for (const auto interpolation : allCases<LutInterpolation>()) {
-            expectDefinition(*file, {.interpolation = interpolation}, depth, depth, static_cast<std::uint16_t>(code));
-            expectDefinition(*file, {.interpolation = interpolation}, depth, 16, static_cast<std::uint16_t>(code));
+            for (const auto rounding : allCases<LutRounding>()) {
+              const ImageLutOptions options{.interpolation = interpolation, .rounding = rounding};
+              expectDefinition(*file, options, depth, depth, static_cast<std::uint16_t>(code));
+              expectDefinition(*file, options, depth, 16, static_cast<std::uint16_t>(code));
+            }
           }
         }
         break;  // one code for each cube

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 
-#include "tests/lut/lut_files.h"
+#include "meridian/lut/bit_depth.h"
+#include "tests/lut/many_luts.h"
 
 namespace meridian {
 namespace {
@@ -62,6 +64,32 @@ TEST(LutDescription, SaysWhatEachKindOfFileHolds) {
                                 .highValue = 1.5,
                                 .declaredDomain = domain};
   EXPECT_EQ(describe(floatTable), expected);
+}
+
+TEST(LutDescription, WhatCanBeConvertedHasAResultForEverySample) {
+  std::mt19937_64 random(111);
+  for (const test::NamedLut& named : test::manyLuts()) {
+    const LutDescription description = describe(*named.file);
+    for (const int from : {1, 8, 16, 40, 63}) {
+      for (const int to : {1, 10, 34, 63, 64, 70}) {
+        SCOPED_TRACE(testing::Message() << named.name << ", " << from << " to " << to << " bits");
+        bool hasAllResults = true;
+        for (int i = 0; i < 60; ++i) {
+          const std::uint64_t most = largestCodeValue(from);
+          const auto code = [&] { return i == 0 ? 0 : i == 1 ? most : random() & most; };
+          const std::uint64_t red = code();
+          const std::uint64_t green = code();
+          hasAllResults =
+              named.file->inputConverter().convertIfPossible(red, green, code(), from, to).has_value() && hasAllResults;
+        }
+        if (canConvertAll(description, to)) {
+          EXPECT_TRUE(hasAllResults);
+        } else if (to < 64 && from > 1) {
+          EXPECT_FALSE(hasAllResults);
+        }
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -1,15 +1,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <random>
+#include <span>
 #include <sstream>
 
 #include "meridian/lut/lut_description.h"
+#include "meridian/lut/text_lut_reading.h"
 #include "tests/lut/lut_files.h"
 
 namespace meridian {
@@ -143,8 +148,6 @@ TEST_F(LutParsing, AFileThatCannotBeReadIsAnErrorThatSaysWhy) {
   const auto codeOf = [](const std::string& path) {
     return ParsedLutFactory::parsing(Url::fromFilePath(path)).error().code;
   };
-  std::filesystem::create_directory(directory_.path() / "folder.cube");
-  EXPECT_EQ(codeOf((directory_.path() / "folder.cube").string()), LutErrorCode::notOpened);
   const std::string table = directory_.write("table.cube", rowsText(256, 1));
   EXPECT_EQ(codeOf(table + std::string("\0.cube", 6)), LutErrorCode::notOpened);
   if (geteuid() != 0) {
@@ -152,6 +155,35 @@ TEST_F(LutParsing, AFileThatCannotBeReadIsAnErrorThatSaysWhy) {
     const auto file = ParsedLutFactory::parsing(Url::fromFilePath(table));
     EXPECT_EQ(file.error().systemError, std::errc::permission_denied);
   }
+}
+
+TEST_F(LutParsing, OnlyARegularFileIsReadAndNothingIsWaitedFor) {
+  const auto pathTo = [this](const char* name) { return directory_.path() / name; };
+  std::filesystem::create_directory(pathTo("folder.cube"));
+  ASSERT_EQ(::mkfifo(pathTo("fifo.cube").c_str(), 0600), 0);
+  std::filesystem::create_symlink(pathTo("fifo.cube"), pathTo("link to fifo.cube"));
+  std::filesystem::create_symlink("/dev/zero", pathTo("zero.cube"));
+  std::filesystem::create_symlink("/dev/full", pathTo("full.mylook"));
+  sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+  const std::string socketPath = pathTo("socket.cube").string();
+  ASSERT_LT(socketPath.size(), sizeof(address.sun_path));
+  socketPath.copy(address.sun_path, socketPath.size());
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+  for (const auto& [name, kind] : {std::pair{"folder.cube", "a directory"},
+                                   {"fifo.cube", "a FIFO"},
+                                   {"link to fifo.cube", "a FIFO"},
+                                   {"zero.cube", "a device"},
+                                   {"full.mylook", "a device"},
+                                   {"socket.cube", "a socket"}}) {
+    const auto file = ParsedLutFactory::parsing(Url::fromFilePath(pathTo(name).string()));
+    EXPECT_EQ(file.error().code, LutErrorCode::notRegularFile) << name;
+    EXPECT_EQ(file.error().detail, kind) << name;
+  }
+  ::close(socket);
+  EXPECT_THAT(logged(), testing::Each(testing::StartsWith("error MRD_CLUT_PTFB-Failed to open lut file ")));
+  std::filesystem::create_symlink(directory_.write("table.cube", rowsText(256, 1)), pathTo("link.cube"));
+  EXPECT_TRUE(ParsedLutFactory::parsing(Url::fromFilePath(pathTo("link.cube").string())));
 }
 
 TEST_F(LutParsing, WellFormedXmlIsAnErrorWhateverItsExtension) {
@@ -261,6 +293,36 @@ TEST_F(LutParsing, ReadingInPiecesGivesTheRowsOfTheWholeText) {
     const std::vector<LutColor> expected = plainlyRead(text);
     ASSERT_EQ(colors.size(), expected.size());
     ASSERT_TRUE(std::ranges::equal(colors, expected)) << "round " << round;
+  }
+}
+
+TEST(TextLutReading, RowsAreCopiedAFewTimesHoweverManyTheyAre) {
+  const std::string shortRow = "0 0 0\n";
+  const std::string longRow = "0.123456 0.123456 0.123456\n";
+  constexpr std::size_t count = 3 << 20;
+  for (const bool beginsLong : {false, true}) {
+    std::size_t given = 0;  // rows; the first eighth is long, so that the estimate of their number is too low
+    std::string text;
+    GenericTextLutInterpreter lines;
+    std::size_t copies = 0;
+    std::size_t room = 0;
+    const auto source = [&](std::span<char> memory) {
+      if (lines.triplets().capacity() != room) ++copies;
+      room = lines.triplets().capacity();
+      EXPECT_LE(room, std::max<std::size_t>(1 << 20, 2 * lines.triplets().size()));
+      for (; text.size() < memory.size() && given < count; ++given) {
+        text += beginsLong && given < count / 8 ? longRow : shortRow;
+      }
+      const std::size_t filled = std::min(text.size(), memory.size());
+      std::copy_n(text.begin(), filled, memory.begin());
+      text.erase(0, filled);
+      return filled;
+    };
+    const std::size_t size =
+        beginsLong ? count / 8 * longRow.size() + (count - count / 8) * shortRow.size() : count * shortRow.size();
+    detail::readTextLut(source, size, lines, {.chunk = 1 << 14});
+    EXPECT_EQ(lines.triplets().size(), count);
+    EXPECT_LE(copies, 14U);
   }
 }
 

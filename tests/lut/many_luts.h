@@ -36,7 +36,9 @@ inline std::vector<ImageLutOptions> allOptions() {
   std::vector<ImageLutOptions> options;
   for (const auto interpolation : allCases<LutInterpolation>()) {
     for (const auto order : allCases<LutAxisOrder>()) {
-      for (const auto domain : allCases<LutInputDomain>()) options.push_back({interpolation, order, domain});
+      for (const auto domain : allCases<LutInputDomain>()) {
+        for (const auto rounding : allCases<LutRounding>()) options.push_back({interpolation, order, domain, rounding});
+      }
     }
   }
   return options;

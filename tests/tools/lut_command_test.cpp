@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "meridian/lut/image_lut.h"
 #include "meridian/lut/parsed_lut_factory.h"
 #include "tests/support/process.h"
 #include "tests/tools/lut_command_files.h"
@@ -65,12 +67,15 @@ TEST_F(LutCommand, InfoShowsEachKind) {
 }
 
 TEST_F(LutCommand, InfoSaysWhyAFileIsNotALutAndShowsTheOthers) {
+  const std::string fifo = path("fifo.cube");
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
   const struct {
     std::string file, error, says;
   } cases[]{{write("a.cube", "no numbers"), "noRows", "no row of three numbers"},
             {write("b.cube", "<a/>"), "xmlDocument", "XML document"},
             {path("\x1b[2J.cube"), "notOpened", "\\x1b[2J.cube\": cannot be opened: No such file or directory; check"},
-            {write("c.lut", "1 2 3\n4 5 6\n"), "tooFewRows", "fewer than 256 rows: 2 rows read; export it"}};
+            {write("c.lut", "1 2 3\n4 5 6\n"), "tooFewRows", "fewer than 256 rows: 2 rows read; export it"},
+            {fifo, "notRegularFile", "is not a regular file: a FIFO; name the file that holds the LUT"}};
   for (const auto& [file, error, says] : cases) {
     const Outcome outcome = lut({"info", file, table(), "--json"});
     EXPECT_EQ(outcome.status, 1) << says;
@@ -125,6 +130,79 @@ TEST_F(LutCommand, SampleFailsIfAResultIsNotACodeValue) {
             {{zeros, "--depth", "8", "1", "18446744073709551616", "3"}, 2, "does not fit in 64 bits"},
             {{zeros, "--depth", "8", "1", "2.5", "3"}, 2, "\"2.5\" is not a code value"},
             {{zeros, "--depth", "8"}, 2, "VALUE is missing"}};
+  for (auto [words, status, says] : cases) {
+    words.insert(words.begin(), "sample");
+    const Outcome outcome = lut(words);
+    EXPECT_EQ(outcome.status, status) << says;
+    EXPECT_THAT(outcome.output, IsEmpty());
+    EXPECT_THAT(outcome.errors, HasSubstr(says));
+  }
+}
+
+TEST_F(LutCommand, SampleAppliesTheOptionsAsImagesDo) {
+  // Red and blue change places with the order of the axes; the declared domain ends at 2.
+  std::string text = "LUT_3D_SIZE 3\nDOMAIN_MAX 2 2 2\n";
+  for (int place = 0; place < 27; ++place) {
+    text += std::to_string(place % 3 * 0.25) + " " + std::to_string(place / 3 % 3 * 0.5) + " 0.75\n";
+  }
+  const std::string file = write("look.cube", text);
+  const auto parsed = ParsedLutFactory::parsed(Url::fromFilePath(file));
+  const struct {
+    Words words;
+    ImageLutOptions options;
+  } cases[]{{{}, {}},
+            {{"--axis-order", "red-fastest"}, {.axisOrder = LutAxisOrder::redFastest}},
+            {{"--domain", "declared"}, {.domain = LutInputDomain::declared}},
+            {{"--interpolation", "tetrahedral"}, {.interpolation = LutInterpolation::tetrahedral}},
+            {{"--round"}, {.rounding = LutRounding::nearest}}};
+  for (const auto& [words, options] : cases) {
+    SCOPED_TRACE(testing::PrintToString(words));
+    Words codes{"sample", file, "--depth", "10", "--out-depth", "12", "700", "301", "7"};
+    codes.insert(codes.end(), words.begin(), words.end());
+    EXPECT_EQ(json::parse(lut(codes).output)[0],
+              json(ImageLut::forCodeValues(*parsed, 10, 12, options)->pixel(700, 301, 7)));
+    if (options.rounding == LutRounding::nearest) continue;
+    Words numbers{"sample", file, "--float", "0.7", "3.1e-1", "1.75", "-0.5", "2", "-0"};
+    numbers.insert(numbers.end(), words.begin(), words.end());
+    json expected;
+    for (const LutColor& input : {LutColor{0.7, 0.31, 1.75}, {-0.5, 2, 0}}) {
+      const LutColor color = ImageLut::forFloats(*parsed, options).pixel(input);
+      expected.push_back({color.red, color.green, color.blue});
+    }
+    EXPECT_EQ(json::parse(lut(numbers).output), expected);
+  }
+}
+
+TEST_F(LutCommand, SampleNamesTheWordThatIsWrongAndWhatWasExpected) {
+  const std::string cube = identityCube();
+  const std::string steep = writeCube("steep.cube", [](int red, int, int) {
+    return red == 1 ? std::string("1.7e308 0 0") : std::string("-1.7e308 0 1");
+  });
+  const struct {
+    Words words;
+    int status;
+    std::string says;
+  } cases[]{
+      {{cube, "--float", "nan", "0", "0"}, 2, "\"nan\" is not a number; expected a decimal number such as 0.18"},
+      {{cube, "--float", "0", "inf", "0"}, 2, "\"inf\" is not a number"},
+      {{cube, "--float", "--", "0", "-inf", "-.5"}, 2, "\"-inf\" is not a number"},
+      {{cube, "--float", "0", "0", ""}, 2, "\"\" is not a number"},
+      {{cube, "--float", "0", "0x1p3", "0"}, 2, "\"0x1p3\" is not a number"},
+      {{cube, "--float", "0", "0,5", "0"}, 2, "\"0,5\" is not a number"},
+      {{cube, "--float", "0", "-1e400", "0"}, 2, "\"-1e400\" is out of range; expected a number between"},
+      {{cube, "--float", "1", "2"}, 2, "three numbers (red, green, blue), but 2 were given"},
+      {{cube, "--float", "--depth", "8", "1", "2", "3"}, 2, "--depth is for code values"},
+      {{cube, "--float", "--out-depth", "8", "1", "2", "3"}, 2, "--out-depth is for code values"},
+      {{cube, "--float", "--round", "1", "2", "3"}, 2, "--round is for code values"},
+      {{cube, "0.1", "0.2", "0.3"}, 2, "or --float"},
+      {{cube, "--depth", "8", "0.1", "0.2", "0.3"}, 2, "\"0.1\" is not a code value; expected an integer, or --fl"},
+      {{cube, "--depth", "8", "nan", "2", "3"}, 2, "\"nan\" is not a code value; expected an integer\n"},
+      {{cube, "--depth", "17", "--round", "1", "2", "3"}, 2, "1 to 16 bits, not 17"},
+      {{cube, "--depth", "8", "--round", "1", "65536", "3"}, 2, "at most 65535, not 65536"},
+      {{cube, "--depth", "8", "--domain", "all", "1", "2", "3"}, 2, "unknown domain \"all\""},
+      {{steep, "--float", "--interpolation", "tetrahedral", "--domain", "declared", "0.4", "0", "0"},
+       1,
+       "sample 1 (0.4, 0, 0) has no finite result"}};
   for (auto [words, status, says] : cases) {
     words.insert(words.begin(), "sample");
     const Outcome outcome = lut(words);

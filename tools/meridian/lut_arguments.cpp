@@ -32,7 +32,7 @@ Option lutFileOption() {
           .path = true};
 }
 
-std::vector<Option> imageLutOptions() {
+std::vector<Option> floatLutOptions() {
   return {{Option::Kind::value,
            "axis-order",
            "Which index runs fastest through a cube's rows: blue-fastest (the default), or red-fastest as in the "
@@ -52,6 +52,15 @@ std::vector<Option> imageLutOptions() {
            {rawValue(LutInterpolation::trilinear), rawValue(LutInterpolation::tetrahedral)}}};
 }
 
+std::vector<Option> imageLutOptions() {
+  std::vector<Option> options = floatLutOptions();
+  options.push_back(
+      {Option::Kind::flag, "round",
+       "Round results to the nearest code value, so that an identity changes nothing, instead of truncating "
+       "them; floating-point results stay as they are"});
+  return options;
+}
+
 ImageLutOptions chosenImageLutOptions(const Arguments& arguments) {
   ImageLutOptions chosen;
   if (arguments.value("axis-order") == "red-fastest") chosen.axisOrder = LutAxisOrder::redFastest;
@@ -59,6 +68,7 @@ ImageLutOptions chosenImageLutOptions(const Arguments& arguments) {
   if (arguments.value("interpolation") == rawValue(LutInterpolation::tetrahedral)) {
     chosen.interpolation = LutInterpolation::tetrahedral;
   }
+  if (arguments.has("round")) chosen.rounding = LutRounding::nearest;
   return chosen;
 }
 
