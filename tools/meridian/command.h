@@ -23,16 +23,25 @@
 
 namespace meridian::command {
 
-/// Exit statuses. Every subcommand ends with one of these.
-enum Status : int { done = 0, failed = 1, wrongUsage = 2 };
+/// Exit statuses. Every subcommand ends with one of these. A wrong name is wrong usage; a value that does not fit is a
+/// failure, whether an option, an argument or a file gives it, because values mostly come from data.
+enum Status : int {
+  done = 0,
+  /// A value does not fit ("rate abc", "set videoBitDepth=ten"), nothing was found or labelled, a check found
+  /// something, or reading or writing failed.
+  failed = 1,
+  /// The words are not a call: a subcommand, option, choice or property has an unknown name, a word is missing or
+  /// unexpected, or options cannot be used together.
+  wrongUsage = 2,
+};
 
-/// The command line is wrong; ends the command with `wrongUsage`. The message must be safe for a terminal.
+/// The words are not a call; ends the command with `wrongUsage`. The message must be safe for a terminal.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// The command line is right, but what it asks for failed; ends the command with `failed`.
+/// The words are a call, but what it asks for failed; ends the command with `failed`.
 class CommandError : public std::runtime_error {
  public:
   /// Takes a message that is safe for a terminal.
