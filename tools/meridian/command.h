@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "meridian/base/expected.h"
+#include "meridian/cli/transcode_explanation.h"
 
 namespace meridian::command {
 
@@ -114,6 +115,8 @@ struct Subcommand {
   bool takesWords = false;
   /// The option with which it reads words; empty if it always does.
   std::string wordsOption = {};
+  /// The option with which a file gives the words; empty if there is none.
+  std::string fileOption = {};
   /// The flags that the words may contain, if these are not the transcoder's.
   std::vector<std::string> wordFlags = {};
   std::vector<Option> options = {};
@@ -125,6 +128,7 @@ struct Subcommand {
   [[nodiscard]] std::string fullName() const { return group.empty() ? name : group + " " + name; }
   /// Returns true if words after "--" are required with these options.
   [[nodiscard]] bool takesWordsWith(const Arguments& arguments) const {
+    if (!fileOption.empty() && arguments.has(fileOption)) return false;
     return takesWords && (wordsOption.empty() || arguments.has(wordsOption));
   }
   /// Returns true if it reads words with one of its options only.
@@ -181,6 +185,6 @@ void demonstrate();
 void demonstrateLut();
 
 /// Prints the explanation of an argument vector as a table for people.
-void printExplanation(std::span<const std::string_view> words);
+void printExplanation(const TranscodeExplanation& explanation, std::size_t wordCount);
 
 }  // namespace meridian::command
