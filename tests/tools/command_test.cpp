@@ -45,7 +45,8 @@ const Words cardWords{"-in_0_1", "/card/B.mov", "-in_0_0", "/card/A clip.mov", "
                       "-web",    "yes",         "stray",   "-overwrite"};
 
 TEST(Command, ParsePrintsTheEncodedFormOfTheStore) {
-  for (const Words& words : {Words{}, cardWords, Words{"-foo"}, Words{"--", "-", "-h"}, Words{""}}) {
+  for (const Words& words :
+       {Words{}, Words(cardWords.begin() + 4, cardWords.end() - 2), Words{"-foo"}, Words{"--", "-", "-h"}}) {
     for (const bool keepOrder : {false, true}) {
       const Words options = keepOrder ? Words{"parse", "--keep-order"} : Words{"parse"};
       const Outcome outcome = meridianWith(options, words);
@@ -56,14 +57,6 @@ TEST(Command, ParsePrintsTheEncodedFormOfTheStore) {
                 ordered_json(TranscodeCliArguments(words, keepOrder)).dump());
     }
   }
-}
-
-TEST(Command, StrictFailsOnRejectedEntriesAndStillPrintsTheStore) {
-  const Outcome outcome = meridianWith({"parse", "--strict"}, {"-vcoedc", "h265", "-out", "a.mov"});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(json::parse(outcome.output)["invalidKeyValueLookup"], json({{"-vcoedc", "h265"}}));
-  EXPECT_THAT(outcome.errors, HasSubstr("-vcoedc h265"));
-  EXPECT_EQ(meridianWith({"parse", "--strict"}, {"-out", "a.mov"}).status, 0);
 }
 
 TEST(Command, RenderGivesEveryElementInEachForm) {
@@ -142,7 +135,7 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
     Words options;
     std::string says;
   } cases[] = {
-      {{"parse"}, "after \"--\", for example: meridian parse"},
+      {{"parse"}, "after \"--\", or into a file for --from, for example: meridian parse"},
       {{"parse", "-vcodec", "h264"}, "unexpected arguments: -vcodec h264\nput the argument vector after \"--\""},
       {{"render", "word"}, "after \"--\""},
       {{"render", "--null", "--json", "--"}, "--json and --null cannot be used together"},
@@ -151,14 +144,9 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"rate"}, "VALUE|NUM/DEN is missing"},
       {{"rate", "-inf"}, "unexpected argument: -inf"},
       {{"timecode", "--rate", "25", "--rate", "24"}, "--rate is given more than once"},
-      {{"rate", "abc"}, "\"abc\" is not a frame rate; expected a number (23.976) or a ratio (24000/1001)"},
-      {{"rate", "1/2/3"}, "is not a ratio; expected two integers"},
       {{"timecode"}, "expected a timecode"},
       {{"dimension", "--", "1920", "1080", "-3"}, "unexpected argument: -3"},
       {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
-      {{"timecode", "--rate", "25", "--frames", "1.5"}, "is not a number of frames; expected a 64-bit integer"},
-      {{"dimension", "1920"}, "is not a size; expected 1920 1080 or 1920x1080"},
-      {{"dimension", "1920x1080", "1"}, "is not a width; expected a number of pixels"},
       {{"completion", "fish"}, "known shells:\n  bash"},
       {{"timecode", "--rate"}, "--rate needs a value: VALUE|NUM/DEN"},
       {{"transcode"}, "unknown subcommand \"transcode\"; known subcommands:\n  parse\n"},
@@ -173,6 +161,49 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
     EXPECT_EQ(outcome.status, 2) << testing::PrintToString(options);
     EXPECT_THAT(outcome.output, IsEmpty()) << testing::PrintToString(options);
     EXPECT_THAT(outcome.errors, AllOf(StartsWith("meridian: "), HasSubstr(says))) << testing::PrintToString(options);
+  }
+}
+
+TEST(Command, AValueThatDoesNotFitExitsWithOneAndOneLine) {
+  const struct {
+    Words options;
+    std::string says;
+  } cases[] = {
+      {{"rate", "abc"}, "\"abc\" is not a frame rate; expected a number (23.976) or a ratio (24000/1001)"},
+      {{"rate", "1/2/3"}, "expected a ratio of two integers"},
+      {{"rate", "-5"}, "\"-5\" is not a frame rate: below 0 frames per second"},
+      {{"rate", "25/-1"}, "below 0"},
+      {{"rate", "0"}, "0 frames per second"},
+      {{"rate", "0/5"}, "0 frames per second"},
+      {{"rate", "inf"}, "not finite"},
+      {{"rate", "nan"}, "not finite"},
+      {{"rate", "1e300"}, "too large"},
+      {{"rate", "9223372036854775807"}, "too large"},
+      {{"rate", "1e-7"}, "too small"},
+      {{"rate", "25/0"}, "the denominator is 0"},
+      {{"rate", "0/0"}, "the denominator is 0"},
+      {{"timecode", "garbage"}, "no number for hours, minutes, seconds, frames; expected"},
+      {{"timecode", "garbage", "--rate", "29.97", "--json"}, "\"garbage\": is not a timecode"},
+      {{"timecode", "01:00:00.02", "--rate", "29.97"}, "no number for seconds, frames"},
+      {{"timecode", "1:2:x:4"}, "no number for seconds"},
+      {{"timecode", "1:2:3:4:5"}, "no number for frames"},
+      {{"timecode", "12:34", "--rate", "25"}, "no number for seconds, frames"},
+      {{"timecode", "00:01:00;00", "--rate", "29.97"}, "is a label that drop-frame timecode skips"},
+      {{"timecode", "00:01:00;00", "--rate", "25"}, "is drop frame, which this frame rate does not have"},
+      {{"timecode", "01:00:61:00", "--rate", "25"}, "has minutes or seconds above 59"},
+      {{"timecode", "01:00:00:00", "--rate", "-5"}, "\"-5\" is not a frame rate"},
+      {{"timecode", "--rate", "25", "--frames", "1.5"}, "is not a number of frames; expected a 64-bit integer"},
+      {{"timecode", "--rate", "25", "--frames", "-1"}, "outside 0 to 2^63 - 1"},
+      {{"dimension", "1920"}, "is not a size; expected 1920 1080 or 1920x1080"},
+      {{"dimension", "1920x1080", "1"}, "is not a width; expected a number of pixels"},
+      {{"dimension", "0", "1080"}, "must be above 0"},
+  };
+  for (const auto& [options, says] : cases) {
+    const Outcome outcome = meridianWith(options);
+    EXPECT_EQ(outcome.status, 1) << testing::PrintToString(options);
+    EXPECT_THAT(outcome.output, IsEmpty()) << testing::PrintToString(options);
+    EXPECT_THAT(outcome.errors, AllOf(StartsWith("meridian: "), HasSubstr(says))) << testing::PrintToString(options);
+    EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;
   }
 }
 
@@ -278,8 +309,8 @@ TEST(Command, SetEditsProperties) {
     std::string message;
   };
   const Case cases[]{{"videoFormat=vp9", 1, "\"vp9\" is not a video codec; expected a video codec: dnxhd, h264"},
-                     {"VideoFormat=h264", 1, "unknown property \"VideoFormat\"; did you mean videoFormat?"},
-                     {"\x1b[2J=1", 1, "\\x1b[2J"},
+                     {"VideoFormat=h264", 2, "unknown property \"VideoFormat\"; did you mean videoFormat?"},
+                     {"\x1b[2J=1", 2, "\\x1b[2J"},
                      {"videoBitDepth=-5", 1, "\"videoBitDepth\": cannot begin with \"-\""},
                      {"outputFile= -overwrite", 1, "which marks a flag"},
                      {"videoFormat", 2, "expected PROPERTY=VALUE"}};
@@ -302,7 +333,7 @@ TEST(Command, RateShowsWhatItIsMatchedTo) {
       {"23.967", R"({"custom":{"_0":23.967}})", "23.97 FPS", R"({"case":"fps23_98","description":"23.97 fps"})"},
       {"50/2", R"({"pal25p":{}})", "25 FPS", R"({"case":"fps25","description":"25 fps"})"},
       {"0.5", R"({"custom":{"_0":0.5}})", "0.50 FPS", R"({"case":"halfstep","description":"Half Step"})"},
-      {"25/-1", R"({"custom":{"_0":-25.0}})", "-25 FPS", "null"}};
+      {"-25/-1", R"({"pal25p":{}})", "25 FPS", R"({"case":"fps25","description":"25 fps"})"}};
   for (const auto& [rate, encoded, formatted, choice] : cases) {
     const json document = json::parse(meridianWith({"rate", rate, "--json"}).output);
     EXPECT_EQ(document["videoFrameRate"].dump(), encoded) << rate;
@@ -311,41 +342,28 @@ TEST(Command, RateShowsWhatItIsMatchedTo) {
   }
   EXPECT_THAT(meridianWith({"rate", "119.88"}).output, HasSubstr("ntsc120p looks the same but is 120000/1001"));
   EXPECT_THAT(meridianWith({"rate", "29.97"}).output, AllOf(HasSubstr("ntsc30p"), HasSubstr("30000/1001")));
-  for (const std::string invalid : {"0", "inf", "nan", "1e300", "9223372036854775807", "25/0", "0/0", "1e-7", "0/5"}) {
-    const Outcome outcome = meridianWith({"rate", invalid});
-    EXPECT_EQ(outcome.status, 1) << invalid;
-    EXPECT_THAT(outcome.errors, HasSubstr(invalid));
-  }
 }
 
 TEST(Command, TimecodeShowsFormComponentsAndFrame) {
-  const auto timecode = [](Words words) {
+  const auto timecode = [](Words words, int status = 0) {
     words.insert(words.begin(), "timecode");
     words.emplace_back("--json");
     const Outcome outcome = meridianWith(words);
-    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome.status, status) << outcome.errors;
     return ordered_json::parse(outcome.output).dump();
   };
   EXPECT_EQ(timecode({"12:34"}),
             R"({"properForm":false,"components":{"hours":12,"minutes":34,"seconds":0,"frames":0,"isDropFrame":false},)"
             R"("timecodeString":"12:34:00:00"})");
   EXPECT_THAT(timecode({"01:00:00;00", "--rate", "29.97"}), HasSubstr(R"("frameNumber":107892,"error":null})"));
-  EXPECT_THAT(timecode({"00:01:00;00", "--rate", "30000/1001"}),
+  EXPECT_THAT(timecode({"00:01:00;00", "--rate", "30000/1001"}, 1),
               HasSubstr(R"("frameNumber":null,"error":"droppedLabel"})"));
   EXPECT_THAT(timecode({"00:00:59;29", "--rate", "29.97", "--frames", "1"}),
               HasSubstr(R"("timecodeString":"00:01:00;02","frameNumber":1800,"error":null})"));
   EXPECT_THAT(timecode({"--rate", "25", "--frames", "90000"}), HasSubstr(R"("timecodeString":"01:00:00:00")"));
-  EXPECT_THAT(meridianWith({"timecode", "00:01:00;00", "--rate", "25"}).output,
-              HasSubstr("no frame: the timecode is drop frame, which this frame rate does not have; use 29.97"));
-  EXPECT_THAT(meridianWith({"timecode", "1:2:x:4"}).output, HasSubstr("no number for seconds; read as 0"));
+  EXPECT_THAT(meridianWith({"timecode", "12:34"}).output, HasSubstr("no number for seconds, frames; read as 0"));
   EXPECT_THAT(meridianWith({"timecode", "1:2:3:4"}).output, HasSubstr("each part needs at least two digits"));
-  const Outcome unread = meridianWith({"timecode", "12:34", "--rate", "25", "--frames", "1"});
-  EXPECT_EQ(unread.status, 1);
-  EXPECT_THAT(unread.errors, HasSubstr("cannot count from \"12:34\": no number for seconds, frames"));
-  for (const std::string frames : {"-1", "9223372036854775807"}) {
-    const Outcome outcome = meridianWith({"timecode", "00:00:00:00", "--rate", "25", "--frames", frames});
-    EXPECT_EQ(outcome.status, frames == "-1" ? 1 : 0) << frames;
-  }
+  EXPECT_EQ(meridianWith({"timecode", "--rate", "25", "--frames", "9223372036854775807"}).status, 0);
 }
 
 TEST(Command, DimensionShowsTheChoice) {
@@ -354,7 +372,6 @@ TEST(Command, DimensionShowsTheChoice) {
   EXPECT_EQ(document["case"], "custom");
   EXPECT_EQ(document["description"], "Custom: 1920.0 x 800.0");
   EXPECT_EQ(document["previewSize"], json({{"width", 1920.0}, {"height", 800.0}}));
-  EXPECT_EQ(meridianWith({"dimension", "0", "1080"}).status, 1);
   EXPECT_THAT(meridianWith({"dimension", "1280X720"}).output, StartsWith("HD (1280 x 720)\n"));
 }
 

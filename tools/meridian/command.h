@@ -20,19 +20,29 @@
 #include <vector>
 
 #include "meridian/base/expected.h"
+#include "meridian/cli/transcode_explanation.h"
 
 namespace meridian::command {
 
-/// Exit statuses. Every subcommand ends with one of these.
-enum Status : int { done = 0, failed = 1, wrongUsage = 2 };
+/// Exit statuses. Every subcommand ends with one of these. A wrong name is wrong usage; a value that does not fit is a
+/// failure, whether an option, an argument or a file gives it, because values mostly come from data.
+enum Status : int {
+  done = 0,
+  /// A value does not fit ("rate abc", "set videoBitDepth=ten"), nothing was found or labelled, a check found
+  /// something, or reading or writing failed.
+  failed = 1,
+  /// The words are not a call: a subcommand, option, choice or property has an unknown name, a word is missing or
+  /// unexpected, or options cannot be used together.
+  wrongUsage = 2,
+};
 
-/// The command line is wrong; ends the command with `wrongUsage`. The message must be safe for a terminal.
+/// The words are not a call; ends the command with `wrongUsage`. The message must be safe for a terminal.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// The command line is right, but what it asks for failed; ends the command with `failed`.
+/// The words are a call, but what it asks for failed; ends the command with `failed`.
 class CommandError : public std::runtime_error {
  public:
   /// Takes a message that is safe for a terminal.
@@ -105,6 +115,8 @@ struct Subcommand {
   bool takesWords = false;
   /// The option with which it reads words; empty if it always does.
   std::string wordsOption = {};
+  /// The option with which a file gives the words; empty if there is none.
+  std::string fileOption = {};
   /// The flags that the words may contain, if these are not the transcoder's.
   std::vector<std::string> wordFlags = {};
   std::vector<Option> options = {};
@@ -116,6 +128,7 @@ struct Subcommand {
   [[nodiscard]] std::string fullName() const { return group.empty() ? name : group + " " + name; }
   /// Returns true if words after "--" are required with these options.
   [[nodiscard]] bool takesWordsWith(const Arguments& arguments) const {
+    if (!fileOption.empty() && arguments.has(fileOption)) return false;
     return takesWords && (wordsOption.empty() || arguments.has(wordsOption));
   }
   /// Returns true if it reads words with one of its options only.
@@ -172,6 +185,6 @@ void demonstrate();
 void demonstrateLut();
 
 /// Prints the explanation of an argument vector as a table for people.
-void printExplanation(std::span<const std::string_view> words);
+void printExplanation(const TranscodeExplanation& explanation, std::size_t wordCount);
 
 }  // namespace meridian::command

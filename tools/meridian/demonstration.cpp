@@ -6,6 +6,7 @@
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
+#include "tools/meridian/shell_words.h"
 
 namespace meridian::command {
 namespace {
@@ -27,25 +28,16 @@ constexpr auto exampleWords = std::to_array<std::string_view>({
     "Yes",           "please",
 });
 
-/// Quotes an element for a shell.
-std::string shellQuoted(const std::string& element) {
-  constexpr std::string_view plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-./:,+=@%";
-  if (!element.empty() && element.find_first_not_of(plain) == std::string::npos) return element;
-  std::string quoted = "'";
-  for (const char c : element) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
-}
-
 }  // namespace
 
 void demonstrate() {
   std::cout << styled(Style::heading, "A transcoder's command line as an application might write it") << "\n\n";
   std::cout << "  meridian explain --";
   for (const std::string_view word : exampleWords) {
-    std::cout << (word.starts_with('-') ? " \\\n    " : " ") << shellQuoted(std::string(word));
+    std::cout << (word.starts_with('-') ? " \\\n    " : " ") << shellQuoted(word);
   }
   std::cout << "\n\n" << styled(Style::heading, "How it is read") << "\n\n";
-  printExplanation(exampleWords);
+  printExplanation(explain(exampleWords), exampleWords.size());
 
   std::cout << '\n' << styled(Style::heading, "The same, rendered for the transcoder") << "\n\n  transcoder";
   const std::vector<std::string> vector = TranscodeCliArguments(exampleWords, true).commandLine();

@@ -8,6 +8,7 @@
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/serialization/transcode_cli_arguments_json.h"
+#include "tools/meridian/shell_words.h"
 #include "tools/meridian/terminal.h"
 
 namespace meridian::command {
@@ -57,14 +58,9 @@ void warnOfInvalidPath(std::string_view path) {
             << " is not valid UTF-8, which JSON cannot carry; U+FFFD replaces each such byte\n";
 }
 
-bool reportUnknownFlags(const TranscodeCliArguments& store) {
-  if (store.allFlagsAreValid()) return false;
-  store.enumerateUnknownFlags([](std::string_view flag, std::string_view value) {
-    std::cerr << "meridian: unknown flag: " << printable(flag) << (value.empty() ? "" : " ") << printable(value)
-              << '\n';
-  });
-  std::cerr << "meridian: \"meridian explain\" with the same words suggests corrections\n";
-  return true;
+void printJson(const Json& document, JsonForm form) {
+  const int indentation = form == JsonForm::indented ? 2 : -1;
+  std::cout << document.dump(indentation, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 Json asJson(const TranscodeCliArguments& store) {
@@ -82,14 +78,14 @@ Json asJson(const TranscodeCliArguments& store) {
   return TranscodeCliArguments::fromStored(std::move(stored));
 }
 
-void printJson(const Json& document) {
-  std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
-}
-
-void printVector(const std::vector<std::string>& vector, const Arguments& arguments) {
+void printVector(const std::vector<std::string>& vector, const Arguments& arguments, JsonForm form) {
   if (arguments.has("json")) {
     warnOfInvalidText(std::vector<std::string_view>(vector.begin(), vector.end()), "--null writes the bytes unchanged");
-    printJson(vector);
+    printJson(vector, form);
+    return;
+  }
+  if (arguments.has("shell")) {
+    std::cout << shellLine(vector) << '\n';
     return;
   }
   const char end = arguments.has("null") ? '\0' : '\n';

@@ -5,13 +5,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <nlohmann/json_fwd.hpp>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "meridian/cli/transcode_cli_arguments.h"
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
@@ -32,18 +32,19 @@ void warnOfInvalidText(std::span<const std::string_view> words,
 /// Warns on standard error if the path is not valid UTF-8.
 void warnOfInvalidPath(std::string_view path);
 
-/// Lists the flags that the store does not know on standard error. Returns true if there are any.
-bool reportUnknownFlags(const TranscodeCliArguments& store);
+/// Whether a document is spread over several lines, or is on one as in JSON Lines.
+enum class JsonForm : std::uint8_t { indented, oneLine };
 
 /// Encodes the store; U+FFFD replaces bytes that are not valid UTF-8, of which `warnOfInvalidText` warns.
 [[nodiscard]] Json asJson(const TranscodeCliArguments& store);
 
 /// Writes the document and a newline to standard output. Bytes that are not valid UTF-8 become U+FFFD.
-void printJson(const Json& document);
+void printJson(const Json& document, JsonForm form = JsonForm::indented);
 
-/// Writes an argument vector as a JSON list with the option "json", with a NUL after each element with "null", and
-/// otherwise an element a line.
-void printVector(const std::vector<std::string>& vector, const Arguments& arguments);
+/// Writes an argument vector as a JSON list with the option "json", with a NUL after each element with "null", as one
+/// line quoted for a shell with "shell", and otherwise an element a line.
+void printVector(const std::vector<std::string>& vector, const Arguments& arguments,
+                 JsonForm form = JsonForm::indented);
 
 /// Returns true if standard output is a terminal that shows colours and NO_COLOR is not set.
 [[nodiscard]] bool showsColour();

@@ -67,7 +67,9 @@ CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& 
     }
   }
   if (subcommand.takesWords) {
-    added->formatter(std::make_shared<WordsFormatter>(subcommand.wordsAreOptional() ? "[-- WORD...]" : "-- WORD..."));
+    std::string words = subcommand.wordsAreOptional() ? "[-- WORD...]" : "-- WORD...";
+    if (!subcommand.fileOption.empty()) words = "(" + words + " | --" + subcommand.fileOption + " FILE)";
+    added->formatter(std::make_shared<WordsFormatter>(std::move(words)));
   }
   added->footer((subcommand.details.empty() ? "" : subcommand.details + "\n\n") + exampleOf(subcommand.example));
   return added;
@@ -106,6 +108,9 @@ void checkPositionals(const Subcommand& subcommand, const Arguments& arguments) 
 /// In a subcommand that reads no words, "--" ends the options: the words after it are positionals, even if they begin
 /// with "-", and each goes to the first positional that accepts another value.
 void takeWordsAsPositionals(const Subcommand& subcommand, Arguments& arguments) {
+  if (!subcommand.fileOption.empty() && arguments.has(subcommand.fileOption)) {
+    throw UsageError("--" + subcommand.fileOption + " and words after \"--\" cannot be used together");
+  }
   if (arguments.words.empty()) return;
   if (std::ranges::find(subcommand.options, Option::Kind::positional, &Option::kind) == subcommand.options.end()) {
     throw UsageError("\"meridian " + subcommand.fullName() + "\" accepts no words after \"--\"" +
@@ -198,8 +203,9 @@ std::string plainMessage(const CLI::ParseError& error, const CLI::App& app, cons
 std::string wordsHint(const Subcommand& subcommand) {
   const std::string& example = subcommand.example;
   const std::size_t begin = example.rfind('\n', example.find(" -- ")) + 1;  // npos + 1 is 0: the first line
-  return "put the argument vector after \"--\", for example: " +
-         example.substr(begin, example.find('\n', begin) - begin);
+  const std::string fromFile = subcommand.fileOption.empty() ? "" : ", or into a file for --" + subcommand.fileOption;
+  return "put the argument vector after \"--\"" + fromFile +
+         ", for example: " + example.substr(begin, example.find('\n', begin) - begin);
 }
 
 }  // namespace

@@ -15,8 +15,8 @@ struct GivenRate {
   VideoFrameRate rate;
 };
 
-/// Reads a number ("23.976") or a ratio ("24000/1001") of frames per second. Throws UsageError for a text that is
-/// neither, and std::runtime_error for 0, for a number that is not finite, and for one that is too large.
+/// Reads a number ("23.976") or a ratio ("24000/1001") of frames per second. Throws CommandError for a text that is
+/// neither, and for a number that is not above 0, not finite, or too large.
 [[nodiscard]] GivenRate readRate(std::string_view text);
 
 }  // namespace meridian::command

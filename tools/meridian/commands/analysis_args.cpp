@@ -35,7 +35,7 @@ std::string required(const Arguments& arguments, std::string_view name) {
 float readNumber(std::string_view name, std::string_view text) {
   const auto number = floatFromText(text);
   if (!number || !std::isfinite(*number)) {
-    throw UsageError(inQuotes(text) + " is not a number for --" + std::string(name) + "; expected one such as 0.5");
+    throw CommandError(inQuotes(text) + " is not a number for --" + std::string(name) + "; expected one such as 0.5");
   }
   return *number;
 }
@@ -75,7 +75,7 @@ std::optional<Factory::CustodialOptions> custodialOptions(const Arguments& argum
   if (!text) return std::nullopt;
   const auto number = integerFromText(*text);
   if (!number || *number < Limits::min() || *number > Limits::max()) {
-    throw UsageError(inQuotes(*text) + " is not a process identifier for --parent-pid; expected a whole number");
+    throw CommandError(inQuotes(*text) + " is not a process identifier for --parent-pid; expected a whole number");
   }
   return Factory::custodialOptions(static_cast<std::int32_t>(*number));
 }

@@ -1,7 +1,6 @@
 // meridian dimension: shows which output-size choice a size in pixels is.
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
@@ -15,7 +14,7 @@ namespace {
 
 double readPixels(std::string_view text, std::string_view name) {
   const auto pixels = doubleFromText(text);
-  if (!pixels) throw UsageError(inQuotes(text) + " is not a " + std::string(name) + "; expected a number of pixels");
+  if (!pixels) throw CommandError(inQuotes(text) + " is not a " + std::string(name) + "; expected a number of pixels");
   return *pixels;
 }
 
@@ -25,7 +24,7 @@ Size readSize(const Arguments& arguments) {
   const auto height = arguments.value("height");
   if (height) return {readPixels(width, "width"), readPixels(*height, "height")};
   const auto size = sizeFromDimensionsText(width);
-  if (!size) throw UsageError(inQuotes(width) + " is not a size; expected 1920 1080 or 1920x1080");
+  if (!size) throw CommandError(inQuotes(width) + " is not a size; expected 1920 1080 or 1920x1080");
   return *size;
 }
 
@@ -35,8 +34,8 @@ Status showDimension(const Arguments& arguments) {
   const Size size = readSize(arguments);
   const auto choice = VideoDimension::fromStored(VideoSizingKind::pixels, size);
   if (!choice) {
-    throw std::runtime_error(shortestDecimalText(size.width) + " x " + shortestDecimalText(size.height) +
-                             " is not a size: width and height must be above 0 and finite");
+    throw CommandError(shortestDecimalText(size.width) + " x " + shortestDecimalText(size.height) +
+                       " is not a size: width and height must be above 0 and finite");
   }
   if (arguments.has("json")) {
     printJson({{"case", rawValue(choice->kind())},

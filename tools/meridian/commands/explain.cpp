@@ -9,6 +9,8 @@
 #include "meridian/serialization/media_json.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
+#include "tools/meridian/vector_findings.h"
+#include "tools/meridian/vector_input.h"
 
 namespace meridian::command {
 namespace {
@@ -145,11 +147,27 @@ Json asJson(const TranscodeExplanation& explanation) {
           {"notes", explanation.notes}};
 }
 
+/// Prints an explanation, with the number of its line if there are several.
+Status explainVector(const GivenVector& given, const Arguments& arguments) {
+  const std::vector<std::string_view> words = given.wordViews();
+  const TranscodeExplanation explanation = explain(words);
+  if (arguments.has("json")) {
+    warnOfInvalidText(words);
+    Json document = given.isFromFile() ? Json{{"line", given.line}} : Json::object();
+    document.update(asJson(explanation));
+    printJson(document, given.isFromFile() ? JsonForm::oneLine : JsonForm::indented);
+  } else {
+    if (given.inBatch) std::cout << styled(Style::heading, "Line " + std::to_string(given.line)) << '\n';
+    printExplanation(explanation, words.size());
+    if (given.inBatch) std::cout << '\n';
+  }
+  return arguments.has("strict") && reportFindings(explanation, given.place(), Findings::all) ? failed : done;
+}
+
 }  // namespace
 
-void printExplanation(std::span<const std::string_view> words) {
-  const TranscodeExplanation explanation = explain(words);
-  std::string summary = counted(words.size(), "word") + ": " + counted(explanation.settings.size(), "setting");
+void printExplanation(const TranscodeExplanation& explanation, std::size_t wordCount) {
+  std::string summary = counted(wordCount, "word") + ": " + counted(explanation.settings.size(), "setting");
   for (const ExplainedPreset& each : explanation.presets) {
     summary += ", with preset " + std::string(preset(each.preset));
     if (!each.earlierNames.empty()) summary += " (previously " + inQuotes(each.earlierNames) + ")";
@@ -174,18 +192,24 @@ Subcommand explainCommand() {
   return {
       .name = "explain",
       .description = "Explain an argument vector: every setting, where it came from, and what was rejected or dropped",
-      .example = "meridian explain -- -preset solvane_cloud -dims 1920x1080 -vcoedc h264 -overwrite a.mov",
+      .details =
+          "With --strict, what was found is also reported on standard error, a line each.\n"
+          "With --from, --json prints one document on each line, which begins with the number of the line.\n" +
+          std::string(fromDetails),
+      .example =
+          "meridian explain -- -preset solvane_cloud -dims 1920x1080 -vcoedc h264 -overwrite a.mov\n"
+          "meridian explain --strict --from jobs.txt",
       .takesWords = true,
-      .options = {{Option::Kind::flag, "json", "Print JSON: settings, presets, rejected, dropped, notes"}},
+      .fileOption = "from",
+      .options = {{Option::Kind::flag, "json", "Print JSON: settings, presets, rejected, dropped, notes"},
+                  {Option::Kind::flag, "strict",
+                   "Exit with status 1 if a flag, a preset or a value is rejected or will not be used, or if a word "
+                   "belongs to no flag"},
+                  fromOption()},
       .action =
           [](const Arguments& arguments) {
-            if (arguments.has("json")) {
-              warnOfInvalidText(arguments.words);
-              printJson(asJson(explain(arguments.words)));
-            } else {
-              printExplanation(arguments.words);
-            }
-            return done;
+            return forEachVector(arguments,
+                                 [&arguments](const GivenVector& given) { return explainVector(given, arguments); });
           },
   };
 }

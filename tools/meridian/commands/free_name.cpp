@@ -31,7 +31,7 @@ Files unusedFiles(Files files) {
 
 std::string readNamePart(const std::string& option, const std::string& text) {
   if (text.find('/') != std::string::npos)
-    throw UsageError("--" + option + " must not contain a separator: " + inQuotes(text));
+    throw CommandError("--" + option + " must not contain a separator: " + inQuotes(text));
   return text;
 }
 
@@ -48,7 +48,7 @@ std::vector<std::string> readExtensions(const Arguments& arguments) {
 std::string readBase(const Arguments& arguments) {
   std::string base = readNamePart("base", arguments.value("base").value_or(""));
   if (base.empty()) throw UsageError("--among and --set need a name: --base B");
-  if (!isFileName(base)) throw UsageError("--base must name a file, not a directory: " + inQuotes(base));
+  if (!isFileName(base)) throw CommandError("--base must name a file, not a directory: " + inQuotes(base));
   return base;
 }
 
@@ -56,7 +56,7 @@ std::vector<Url> readDirectories(const Arguments& arguments, std::string_view op
   std::vector<Url> directories;
   for (const std::string& path : arguments.given.find(option)->second) {
     if (path.empty())
-      throw UsageError("--" + std::string(option) + " has an empty path; write . for the current directory");
+      throw CommandError("--" + std::string(option) + " has an empty path; write . for the current directory");
     directories.push_back(Url::fromFilePath(path));
   }
   return directories;
@@ -65,7 +65,7 @@ std::vector<Url> readDirectories(const Arguments& arguments, std::string_view op
 Files filesOfPath(const Arguments& arguments) {
   if (arguments.has("base") || arguments.has("ext")) throw UsageError("--base and --ext need --among or --set");
   const Url path = Url::fromFilePath(*arguments.value("path"));
-  if (!pathNamesFile(path.path())) throw UsageError(inQuotes(path.path()) + " does not name a file");
+  if (!pathNamesFile(path.path())) throw CommandError(inQuotes(path.path()) + " does not name a file");
   if (arguments.has("create")) return valueOf(claimFile(path));
   return unusedFiles({{filePathAdjustedForCollision(path, nameIsTaken), {}}});
 }

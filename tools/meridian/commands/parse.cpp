@@ -1,18 +1,24 @@
 // meridian parse: the encoded form of an argument vector.
 #include <nlohmann/json.hpp>
 
-#include "meridian/cli/transcode_cli_arguments.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
+#include "tools/meridian/vector_findings.h"
+#include "tools/meridian/vector_input.h"
 
 namespace meridian::command {
 namespace {
 
-Status parse(const Arguments& arguments) {
-  const TranscodeCliArguments store(arguments.words, arguments.has("keep-order"));
-  warnOfInvalidText(arguments.words);
-  printJson(asJson(store));
-  return arguments.has("strict") && reportUnknownFlags(store) ? failed : done;
+/// Rejected flags are in the document, so that they are reported by --strict only.
+Status parseVector(const GivenVector& given, const Arguments& arguments) {
+  const std::vector<std::string_view> words = given.wordViews();
+  const TranscodeExplanation explanation = explain(words, arguments.has("keep-order"));
+  const bool isStrict = arguments.has("strict");
+  const bool isAny = reportFindings(explanation, given.place(), isStrict ? Findings::all : Findings::strayWords);
+  warnOfInvalidText(words);
+  printJson(asJson(given.store ? *given.store : explanation.arguments),
+            given.isFromFile() ? JsonForm::oneLine : JsonForm::indented);
+  return isStrict && isAny ? failed : done;
 }
 
 }  // namespace
@@ -22,11 +28,22 @@ Subcommand parseCommand() {
   return {
       .name = "parse",
       .description = "Read an argument vector and print its settings as JSON, in their stored form",
-      .example = "meridian parse --keep-order -- -preset solvane_cloud -out /out/a.mov -overwrite",
+      .details = "With --from, each store is printed on a line of its own.\n" + std::string(fromDetails),
+      .example =
+          "meridian parse --keep-order -- -preset solvane_cloud -out /out/a.mov -overwrite\n"
+          "meridian parse --strict --from jobs.txt",
       .takesWords = true,
+      .fileOption = "from",
       .options = {{flag, "keep-order", "Keep the order of the flags"},
-                  {flag, "strict", "Exit with status 1 if a flag or a preset is rejected"}},
-      .action = parse,
+                  {flag, "strict",
+                   "Exit with status 1 if a flag, a preset or a value is rejected or will not be used, or if a word "
+                   "belongs to no flag"},
+                  fromOption()},
+      .action =
+          [](const Arguments& arguments) {
+            return forEachVector(arguments,
+                                 [&arguments](const GivenVector& given) { return parseVector(given, arguments); });
+          },
   };
 }
 

@@ -1,7 +1,6 @@
 // meridian rate: shows which standard rate and which setting a frame rate matches.
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include "meridian/base/numbers.h"
 #include "meridian/media/frame_number.h"
@@ -14,18 +13,15 @@
 namespace meridian::command {
 namespace {
 
-/// Returns the choice in conversion settings; absent for a rate below 0.
-std::optional<FrameRate> choiceOf(const GivenRate& given) {
-  return given.number > 0 ? FrameRate::fromRawValue(given.number) : std::nullopt;
-}
+/// Returns the choice in conversion settings. Every rate above 0 has one.
+FrameRate choiceOf(const GivenRate& given) { return FrameRate::fromRawValue(given.number).value(); }
 
 void printAsJson(const GivenRate& given) {
-  const auto choice = choiceOf(given);
+  const FrameRate choice = choiceOf(given);
   const auto framesPerSecond = timecodeFramesPerSecond(given.rate);
   printJson({{"videoFrameRate", given.rate},
              {"formattedString", given.rate.formattedString()},
-             {"frameRate",
-              choice ? Json{{"case", rawValue(choice->kind())}, {"description", choice->description()}} : Json()},
+             {"frameRate", {{"case", rawValue(choice.kind())}, {"description", choice.description()}}},
              {"rational", given.rate.rawValue().rational()},
              {"timecodeFramesPerSecond", framesPerSecond ? Json(*framesPerSecond) : Json()},
              {"hasDropFrame", droppedLabelsPerMinute(given.rate).has_value()}});
@@ -53,12 +49,10 @@ std::string timecodeText(const VideoFrameRate& rate) {
 
 void printForPeople(const GivenRate& given) {
   const MediaRational rational = given.rate.rawValue();
-  const auto choice = choiceOf(given);
   std::cout << styled(Style::heading, given.rate.formattedString()) << '\n';
   printTable({{{"standard rate", Style::name}, standardText(given.rate)},
               {{"exactly", Style::name}, {ratioText(rational) + " = " + shortestDecimalText(rational.rawValue())}},
-              {{"in settings", Style::name},
-               {choice ? choice->description() : "not available", choice ? Style::plain : Style::warning}},
+              {{"in settings", Style::name}, {choiceOf(given).description()}},
               {{"timecode", Style::name}, {timecodeText(given.rate)}}});
 }
 

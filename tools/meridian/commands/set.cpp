@@ -1,6 +1,5 @@
 // meridian set: sets properties of an argument vector, and prints the new one.
 #include <algorithm>
-#include <iostream>
 #include <span>
 #include <vector>
 
@@ -8,7 +7,8 @@
 #include "meridian/cli/transcode_explanation.h"
 #include "meridian/cli/transcode_properties.h"
 #include "tools/meridian/command.h"
-#include "tools/meridian/output.h"
+#include "tools/meridian/vector_findings.h"
+#include "tools/meridian/vector_input.h"
 
 namespace meridian::command {
 namespace {
@@ -38,48 +38,47 @@ Assignment assignmentOf(std::string_view text) {
   const auto property = transcodePropertyNamed(name);
   if (!property) {
     const std::string& advice = property.error().advice;
-    throw CommandError("unknown property " + inQuotes(name) +
-                       (advice.empty() ? "; known properties:" + propertyLines()
-                                       : "; " + advice + "\n\"meridian set --help\" lists all properties."));
+    throw UsageError("unknown property " + inQuotes(name) +
+                     (advice.empty() ? "; known properties:" + propertyLines()
+                                     : "; " + advice + "\n\"meridian set --help\" lists all properties."));
   }
   return {**property, text.substr(equals + 1)};
 }
 
-void assignAll(TranscodeCliArguments& store, std::span<const std::string> texts) {
-  std::vector<Assignment> assignments;
+/// Sets the properties. The paths of all assignments to the input files together replace those of the store.
+void assignAll(TranscodeCliArguments& store, std::span<const Assignment> assignments) {
   const TranscodeProperty* inputFiles = nullptr;
   std::vector<std::string> paths;
-  for (const std::string& text : texts) {
-    const Assignment assignment = assignmentOf(text);
-    if (assignment.property.kind != PropertyKind::files) {
-      assignments.push_back(assignment);
-      continue;
-    }
-    inputFiles = &assignment.property;
-    if (assignment.input.empty()) {
+  for (const auto& [property, input] : assignments) {
+    if (property.kind != PropertyKind::files) continue;
+    inputFiles = &property;
+    if (input.empty()) {
       paths.clear();
     } else {
-      paths.emplace_back(assignment.input);
+      paths.emplace_back(input);
     }
   }
-  // All together: they replace the inputs of the words.
   if (inputFiles != nullptr) valueOf(setPropertyValue(store, *inputFiles, paths));
-  for (const auto& [property, input] : assignments) valueOf(setPropertyText(store, property, input));
+  for (const auto& [property, input] : assignments) {
+    if (property.kind != PropertyKind::files) valueOf(setPropertyText(store, property, input));
+  }
+}
+
+Status setInVector(const GivenVector& given, std::span<const Assignment> assignments, const Arguments& arguments) {
+  TranscodeExplanation explanation = explain(given.wordViews(), arguments.has("keep-order"));
+  TranscodeCliArguments& store = explanation.arguments;
+  if (given.store) store = *given.store;
+  assignAll(store, assignments);
+  warnOfReadingBack(store, given.place());
+  reportFindings(explanation, given.place(), Findings::unusedWords);
+  printGivenVector(store.commandLine(), given, arguments);
+  return done;
 }
 
 Status setProperties(const Arguments& arguments) {
-  TranscodeExplanation explanation = explain(arguments.words, arguments.has("keep-order"));
-  TranscodeCliArguments& store = explanation.arguments;
-  assignAll(store, arguments.given.at("assignments"));
-  for (const TranscodeWarning& warning : readingBackWarnings(store)) {
-    std::cerr << "meridian: warning: " << warning.message() << '\n';
-  }
-  reportUnknownFlags(store);
-  for (const DroppedWord& dropped : explanation.droppedWords) {
-    std::cerr << "meridian: warning: " << dropped.warning.message() << '\n';
-  }
-  printVector(store.commandLine(), arguments);
-  return done;
+  std::vector<Assignment> assignments;
+  for (const std::string& text : arguments.given.at("assignments")) assignments.push_back(assignmentOf(text));
+  return forEachVector(arguments, [&](const GivenVector& given) { return setInVector(given, assignments, arguments); });
 }
 
 }  // namespace
@@ -88,9 +87,11 @@ Subcommand setCommand() {
   return {
       .name = "set",
       .description = "Set properties of an argument vector, and print the new vector",
-      .details = "Properties and the values that they accept:" + propertyLines(),
+      .details = "Several vectors are printed one on each line: quoted for a shell, or with --json as JSON lists.\n" +
+                 std::string(fromDetails) + "\n\nProperties and the values that they accept:" + propertyLines(),
       .example = "meridian set videoFormat=h264 videoDimensions=1280x720 videoFrameRate= -- -preset solvane_cloud",
       .takesWords = true,
+      .fileOption = "from",
       .options = {{.kind = Option::Kind::positional,
                    .name = "assignments",
                    .help = "PROPERTY=VALUE; an empty VALUE removes the setting; inputFiles may be repeated",
@@ -98,8 +99,10 @@ Subcommand setCommand() {
                    .repeated = true},
                   {Option::Kind::flag, "keep-order", "Keep the order of the flags"},
                   {Option::Kind::flag, "json", "Print a JSON list"},
-                  {Option::Kind::flag, "null", "End each element with a NUL instead of a newline"}},
-      .exclusive = {"json", "null"},
+                  {Option::Kind::flag, "null", "End each element with a NUL instead of a newline"},
+                  {Option::Kind::flag, "shell", "Print one line that is quoted for a shell"},
+                  fromOption()},
+      .exclusive = {"json", "null", "shell"},
       .action = setProperties,
   };
 }

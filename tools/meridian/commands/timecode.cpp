@@ -1,8 +1,8 @@
 // meridian timecode: shows what a timecode means and which frame it labels.
+#include <algorithm>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <stdexcept>
 
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/numbers.h"
@@ -41,6 +41,18 @@ std::string missingComponents(std::string_view text) {
   return missing;
 }
 
+/// Throws CommandError unless each part of the text is a number and, with `all`, there are all four. Fewer parts
+/// ("12:34") are a timecode whose other components are 0, which suffices to show it but labels no frame.
+void requireParts(std::string_view text, bool all) {
+  const DecomposedTimecode read = TimecodeComponents::decomposeTimecodeString(text);
+  const auto parts = std::ranges::count_if(text, [](char c) { return c == ':' || c == ';'; }) + 1;
+  const auto numbers =
+      read.hours.has_value() + read.minutes.has_value() + read.seconds.has_value() + read.frames.has_value();
+  if (numbers == (all ? 4 : parts)) return;
+  throw CommandError(text, "is not a timecode: no number for " + missingComponents(text) +
+                               "; expected one such as 01:02:03:04, or 01:02:03;04 for drop frame");
+}
+
 /// Says why the text is not a proper timecode.
 std::string formProblem(std::string_view text) {
   const std::string missing = missingComponents(text);
@@ -51,17 +63,18 @@ std::string formProblem(std::string_view text) {
   return "not proper: minutes or seconds are above 60";
 }
 
-/// Returns the timecode this many frames later. Throws std::runtime_error if there is none.
+TimecodeError errorOf(const TimecodeComponents& timecode, const VideoFrameRate& rate, TimecodeErrorCode code) {
+  return {code, timecode.timecodeString(), "at " + rate.formattedString()};
+}
+
+/// Returns the timecode this many frames later. Throws CommandError if there is none.
 TimecodeComponents moved(const TimecodeComponents& timecode, std::int64_t frames, const VideoFrameRate& rate) {
   const auto number = frameNumber(timecode, rate);
-  if (!number) {
-    const TimecodeError error{number.error(), timecode.timecodeString(), "at " + rate.formattedString()};
-    throw std::runtime_error(error.message());
-  }
+  if (!number) throw CommandError(errorOf(timecode, rate, number.error()));
   const auto target = checkedSum(*number, frames);
   if (!target || *target < 0) {
-    throw std::runtime_error("cannot move " + timecode.timecodeString() + ", frame " + std::to_string(*number) +
-                             ", by " + std::to_string(frames) + " frames: the result is outside 0 to 2^63 - 1");
+    throw CommandError("cannot move " + timecode.timecodeString() + ", frame " + std::to_string(*number) + ", by " +
+                       std::to_string(frames) + " frames: the result is outside 0 to 2^63 - 1");
   }
   // A rate that has a frame number for a timecode has timecodes for all frame numbers.
   return timecodeOfFrame(*target, rate, timecode.isDropFrame).value();
@@ -76,16 +89,14 @@ Reading readArguments(const Arguments& arguments) {
 
   Reading reading;
   reading.text = text.value_or(std::string(TimecodeComponents::defaultNonDropTimecode));
+  requireParts(reading.text, rate.has_value());
   reading.timecode = TimecodeComponents::sanitizedTimecode(reading.text);
   if (rate) reading.rate = readRate(*rate).rate;
   if (!frames) return reading;
 
   reading.movedBy = integerFromText(*frames);
   if (!reading.movedBy) {
-    throw UsageError(inQuotes(*frames) + " is not a number of frames; expected a 64-bit integer");
-  }
-  if (const std::string missing = missingComponents(reading.text); !missing.empty()) {
-    throw std::runtime_error("cannot count from " + inQuotes(reading.text) + ": no number for " + missing);
+    throw CommandError(inQuotes(*frames) + " is not a number of frames; expected a 64-bit integer");
   }
   reading.timecode = moved(reading.timecode, *reading.movedBy, *reading.rate);
   return reading;
@@ -103,6 +114,7 @@ void printAsJson(const Reading& reading) {
   printJson(document);
 }
 
+/// Prints a timecode that labels a frame, if there is a rate.
 void printForPeople(const Reading& reading) {
   const TimecodeComponents& timecode = reading.timecode;
   std::cout << styled(Style::heading, timecode.timecodeString()) << '\n';
@@ -121,14 +133,22 @@ void printForPeople(const Reading& reading) {
   rows.push_back({{"frames", Style::name}, {std::to_string(timecode.frames)}});
   rows.push_back({{"counting", Style::name}, {timecode.isDropFrame ? "drop frame" : "non-drop"}});
   if (reading.rate) {
-    const auto number = reading.frameNumber();
     rows.push_back({{"at " + reading.rate->formattedString(), Style::name},
-                    number ? Cell{"frame " + std::to_string(*number)}
-                           : Cell{"no frame: the timecode " + std::string(description(number.error())) + "; " +
-                                      std::string(remedy(number.error())),
-                                  Style::warning}});
+                    {"frame " + std::to_string(reading.frameNumber().value())}});
   }
   printTable(rows);
+}
+
+/// Programs get the code of the error as well, people its message only.
+Status showTimecode(const Arguments& arguments) {
+  const Reading reading = readArguments(arguments);
+  if (arguments.has("json")) printAsJson(reading);
+  if (reading.rate) {
+    const auto number = reading.frameNumber();
+    if (!number) throw CommandError(errorOf(reading.timecode, *reading.rate, number.error()));
+  }
+  if (!arguments.has("json")) printForPeople(reading);
+  return done;
 }
 
 }  // namespace
@@ -137,6 +157,10 @@ Subcommand timecodeCommand() {
   return {
       .name = "timecode",
       .description = "Show the parts of a timecode, whether its form is proper, and which frame it labels",
+      .details =
+          "The exit status is 1 if a part of the text is not a number, or if with --rate the timecode labels no "
+          "frame.\n"
+          "Without --rate, parts may be missing at the end: 12:34 is 12:34:00:00.",
       .example =
           "meridian timecode '01:02:03;04' --rate 29.97\nmeridian timecode '00:00:00;00' --rate 29.97 --frames 1800",
       .options = {{Option::Kind::positional,
@@ -149,12 +173,7 @@ Subcommand timecodeCommand() {
                   {Option::Kind::value, "frames", "Show the timecode this many frames later, at the rate", "N"},
                   {Option::Kind::flag, "json",
                    "Print JSON: properForm, components, timecodeString, frameNumber, error"}},
-      .action =
-          [](const Arguments& arguments) {
-            const Reading reading = readArguments(arguments);
-            arguments.has("json") ? printAsJson(reading) : printForPeople(reading);
-            return done;
-          },
+      .action = showTimecode,
   };
 }
 

@@ -1,0 +1,46 @@
+#include "tools/meridian/vector_findings.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace meridian::command {
+namespace {
+
+/// A repeated flag loses a value unless it had the same one before; other warnings without a remedy only state a fact.
+bool concernsUnusedValue(const TranscodeWarning& warning, const ExplainedSetting& setting) {
+  if (warning.code == TranscodeWarningCode::repeated) {
+    return std::ranges::any_of(setting.earlierValues,
+                               [&setting](const std::string& earlier) { return earlier != setting.value; });
+  }
+  return !warning.remedy().empty();
+}
+
+}  // namespace
+
+bool reportFindings(const TranscodeExplanation& explanation, std::string_view place, Findings findings) {
+  bool isAny = false;
+  const auto report = [&](const auto& finding) {
+    std::cerr << "meridian: " << place << (findings == Findings::all ? "" : "warning: ") << finding.message() << '\n';
+    isAny = true;
+  };
+  if (findings == Findings::all) {
+    for (const ExplainedSetting& setting : explanation.settings) {
+      for (const TranscodeWarning& warning : setting.warnings) {
+        if (concernsUnusedValue(warning, setting)) report(warning);
+      }
+    }
+  }
+  if (findings != Findings::strayWords) {
+    for (const RejectedEntry& entry : explanation.rejectedEntries) report(entry.error);
+  }
+  for (const DroppedWord& dropped : explanation.droppedWords) report(dropped.warning);
+  return isAny;
+}
+
+void warnOfReadingBack(const TranscodeCliArguments& store, std::string_view place) {
+  for (const TranscodeWarning& warning : readingBackWarnings(store)) {
+    std::cerr << "meridian: " << place << "warning: " << warning.message() << '\n';
+  }
+}
+
+}  // namespace meridian::command
