@@ -27,6 +27,10 @@ if(MERIDIAN_SANITIZERS)
   # The whole tree and not only this interface, so that libraries and tests agree.
   add_compile_options(-fsanitize=${MERIDIAN_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${MERIDIAN_SANITIZERS})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # The checks that GCC inserts hide from it which member of a variant is set.
+    add_compile_options(-Wno-maybe-uninitialized)
+  endif()
 endif()
 if(MERIDIAN_COVERAGE)
   add_compile_options(--coverage)
