@@ -14,7 +14,9 @@
 #include "fuzz/require.h"
 #include "meridian/base/decimal_number.h"
 #include "meridian/lut/lut_cube.h"
+#include "meridian/lut/lut_description.h"
 #include "meridian/lut/lut_interpolator.h"
+#include "meridian/lut/parsed_lut_factory.h"
 #include "meridian/lut/text_lut_reading.h"
 #include "meridian/platform/xml_check.h"
 
@@ -73,13 +75,20 @@ void checkReading(std::string_view text, const detail::TextLutLimits& limits) {
           "the same range");
   require(lines.declaredDomain() == expected.declaredDomain(), "the same domain");
   if (lines.triplets().empty()) return;
-  const auto cube =
-      std::make_shared<const LutCube>(std::make_shared<const LutValueTriplets>(lines.triplets()),
-                                      lines.explicitMinValue()->doubleValue(), lines.explicitMaxValue()->doubleValue());
+  const auto rows = std::make_shared<const LutValueTriplets>(lines.triplets());
+  const auto cube = std::make_shared<const LutCube>(rows, lines.explicitMinValue()->doubleValue(),
+                                                    lines.explicitMaxValue()->doubleValue());
   const double high = cube->highValue();
   for (const double input : {0.0, high, high / 3, -1e300, std::numeric_limits<double>::quiet_NaN()}) {
     static_cast<void>(TrilinearLutInterpolator(cube).sample(input, high, 0));
     static_cast<void>(TetrahedralLutInterpolator(cube).sample(0, input, high));
+  }
+  const ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile file(Url::fromFilePath("/made.cube"),
+                                                                       lines.declaredDomain(), rows, cube);
+  if (!canConvertAll(describe(file), 10)) return;
+  for (const std::uint64_t code : {0U, 1U, 511U, 1023U}) {
+    require(file.inputConverter().convertIfPossible(code, 1023 - code, code / 2, 10).has_value(),
+            "a result for every sample");
   }
 }
 

@@ -85,7 +85,7 @@ Expected<void, ImageErrorCode> checkFormat(CodeValueFormat format) noexcept {
 }
 
 /// Terminates the process if an option is not a case of its enumeration.
-const ImageLutOptions& checked(const ImageLutOptions& options) noexcept {
+void checkOptions(const ImageLutOptions& options) noexcept {
   const auto isCase = []<typename Option>(Option option) {
     return static_cast<std::size_t>(option) < allCases<Option>().size();
   };
@@ -93,7 +93,6 @@ const ImageLutOptions& checked(const ImageLutOptions& options) noexcept {
       !isCase(options.rounding)) {
     preconditionFailed("ImageLut: an option is not a case of its enumeration");
   }
-  return options;
 }
 
 /// Threads that are joined at the end of the scope, as std::jthread is, which libc++ 19 does not have.
@@ -138,12 +137,13 @@ void inBands(std::size_t height, unsigned threads, const Work& work) {
 
 struct ImageLut::Prepared {
   Prepared(const ParsedLutFile& file, const std::optional<ImageFormats>& imageFormats, const ImageLutOptions& options)
-      : formats(imageFormats), kernel(kernelOf(file, imageFormats, checked(options))) {}
+      : formats(imageFormats), kernel(kernelOf(file, imageFormats, options)) {}
 
   using Kernel = std::variant<detail::CubeKernel, TableKernel>;
 
   static Kernel kernelOf(const ParsedLutFile& file, const std::optional<ImageFormats>& formats,
                          const ImageLutOptions& options) {
+    checkOptions(options);
     const detail::LutParts parts = detail::partsOf(file);
     if (parts.cube != nullptr) {
       return Kernel(
