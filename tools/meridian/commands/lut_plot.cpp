@@ -76,7 +76,7 @@ Subcommand lutPlotCommand() {
                    .path = true}},
       .action = plotToFile,
   };
-  for (Option& option : imageLutOptions()) command.options.push_back(std::move(option));
+  for (Option& option : floatLutOptions()) command.options.push_back(std::move(option));
   return command;
 }
 
