@@ -147,12 +147,23 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"timecode"}, "expected a timecode"},
       {{"dimension", "--", "1920", "1080", "-3"}, "unexpected argument: -3"},
       {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
-      {{"completion", "fish"}, "known shells:\n  bash"},
+      {{"completion", "tcsh"}, "known shells:\n  bash"},
       {{"timecode", "--rate"}, "--rate needs a value: VALUE|NUM/DEN"},
       {{"transcode"}, "unknown subcommand \"transcode\"; known subcommands:\n  parse\n"},
       {{"lut", "parse"}, "unknown subcommand \"parse\"; known subcommands:\n  info\n  sample\n"},
       {{"--nonsense"}, "unknown option --nonsense; known options: --help --version\n\"meridian --help\""},
       {{"rate", "--nonsense"}, "unknown option --nonsense; known options: --help --json\n\"meridian rate --help\""},
+      {{"prase"}, "unknown subcommand \"prase\"; did you mean parse?"},
+      {{"comp"}, "did you mean completion?"},
+      {{"apply", "x"}, "unknown subcommand \"apply\"; did you mean lut apply?"},
+      {{"lut", "smaple"}, "unknown subcommand \"smaple\"; did you mean sample?"},
+      {{"flags", "--jsno"}, "unknown option --jsno; did you mean --json?"},
+      {{"flags", "-json"}, "unknown option -json; did you mean --json?"},
+      {{"parse", "--keep_order=1", "--"}, "unknown option --keep_order; did you mean --keep-order?"},
+      {{"extensions", "--group", "sidecarFileExtension"}, "did you mean sidecarFileExtensions?"},
+      {{"completion", "bsh"}, "unknown shell \"bsh\"; did you mean bash?"},
+      {{"set", "foo=1", "--"}, "unknown property \"foo\"\n\"meridian set --help\""},
+      {{"set", "dims=1x1", "--"}, "unknown property \"dims\"; did you mean videoDimensions?"},
       {{"--"}, "no subcommand is given"},
       {{""}, "--help"},
   };
@@ -230,6 +241,11 @@ TEST(Command, ListsTheWholeVocabulary) {
   for (const json& flag : flags) {
     Words properties;
     for (const json& property : flag["properties"]) properties.push_back(property["name"]);
+    // Every flag says all about itself.
+    EXPECT_FALSE(flag["meaning"].get<std::string>().empty()) << flag;
+    EXPECT_FALSE(flag["default"].get<std::string>().empty()) << flag;
+    EXPECT_FALSE(flag["kind"].get<std::string>().empty()) << flag;
+    EXPECT_TRUE(flag["takesValue"] || flag["kind"] == "switch") << flag;
     if (flag["text"] == "-vbr") {
       EXPECT_EQ(flag["properties"][0], json({{"name", "videoBitRate"},
                                              {"kind", "number"},
@@ -245,6 +261,9 @@ TEST(Command, ListsTheWholeVocabulary) {
     } else if (flag["group"] == "command") {
       EXPECT_THAT(properties, IsEmpty());
       EXPECT_THAT(flag["meaning"], StartsWith("Print the"));
+    } else if (flag["text"] == "-tc_match") {
+      EXPECT_EQ(flag["meaning"], "Take the timecode from the source");
+      EXPECT_THAT(properties, ElementsAre("timecodeSource"));
     }
   }
   EXPECT_THAT(meridianWith({"flags"}).output,
@@ -320,8 +339,10 @@ TEST(Command, SetEditsProperties) {
     EXPECT_THAT(outcome.errors, HasSubstr(message));
     EXPECT_THAT(outcome.output, IsEmpty());
   }
-  EXPECT_THAT(meridianWith({"set", "--help"}).output,
-              HasSubstr("\n  videoFrameRate             a frame rate, such as"));
+  EXPECT_THAT(
+      meridianWith({"set", "--help"}).output,
+      HasSubstr("\n  videoFrameRate             Set the frame rate\n                             a frame rate, such "
+                "as 23.976, in frames per second\n"));
 }
 
 TEST(Command, RateShowsWhatItIsMatchedTo) {

@@ -13,13 +13,15 @@
 namespace meridian::command {
 namespace {
 
-/// Returns a line for each property: its name and what it accepts.
+/// Returns two lines for each property: its name and meaning, and below the meaning what it accepts.
 std::string propertyLines() {
   std::size_t width = 0;
   for (const TranscodeProperty& each : transcodeProperties) width = std::max(width, each.name.size());
   std::string lines;
   for (const TranscodeProperty& each : transcodeProperties) {
-    lines += "\n  " + std::string(each.name) + std::string(width - each.name.size() + 2, ' ') + expectedForm(each);
+    lines += "\n  " + std::string(each.name) + std::string(width - each.name.size() + 2, ' ') +
+             std::string(each.meaning) + "\n" + std::string(width + 4, ' ') + expectedForm(each) +
+             (each.unit.empty() ? "" : ", in " + std::string(each.unit));
   }
   return lines;
 }
@@ -38,9 +40,8 @@ Assignment assignmentOf(std::string_view text) {
   const auto property = transcodePropertyNamed(name);
   if (!property) {
     const std::string& advice = property.error().advice;
-    throw UsageError("unknown property " + inQuotes(name) +
-                     (advice.empty() ? "; known properties:" + propertyLines()
-                                     : "; " + advice + "\n\"meridian set --help\" lists all properties."));
+    throw UsageError("unknown property " + inQuotes(name) + (advice.empty() ? "" : "; " + advice) +
+                     "\n\"meridian set --help\" lists all properties.");
   }
   return {**property, text.substr(equals + 1)};
 }
@@ -88,7 +89,7 @@ Subcommand setCommand() {
       .name = "set",
       .description = "Set properties of an argument vector, and print the new vector",
       .details = "Several vectors are printed one on each line: quoted for a shell, or with --json as JSON lists.\n" +
-                 std::string(fromDetails) + "\n\nProperties and the values that they accept:" + propertyLines(),
+                 std::string(fromDetails) + "\n\nProperties, what they do and what they accept:" + propertyLines(),
       .example = "meridian set videoFormat=h264 videoDimensions=1280x720 videoFrameRate= -- -preset solvane_cloud",
       .takesWords = true,
       .fileOption = "from",
