@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@
 #include "meridian/media/file_extension.h"
 #include "meridian/serialization/transcode_cli_arguments_json.h"
 #include "tests/support/process.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -147,7 +150,7 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"timecode"}, "expected a timecode"},
       {{"dimension", "--", "1920", "1080", "-3"}, "unexpected argument: -3"},
       {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
-      {{"completion", "tcsh"}, "known shells:\n  bash"},
+      {{"completion", "tcsh"}, "known shells:\n  bash\n  zsh\n  fish"},
       {{"timecode", "--rate"}, "--rate needs a value: VALUE|NUM/DEN"},
       {{"transcode"}, "unknown subcommand \"transcode\"; known subcommands:\n  parse\n"},
       {{"lut", "parse"}, "unknown subcommand \"parse\"; known subcommands:\n  info\n  sample\n"},
@@ -442,7 +445,75 @@ TEST(Command, CompletionKnowsCommandsOptionsFlagsAndValues) {
   EXPECT_THAT(completionsOf({"explain", "--", "-out", "/"}), IsEmpty());  // left to file names
   EXPECT_THAT(completionsOf({"analysis-args", "--check", "--", "-work"}), ElementsAre("-workDirectory"));
   EXPECT_THAT(completionsOf({"extensions", "--group", "side"}), ElementsAre("sidecarFileExtensions"));
-  EXPECT_THAT(completionsOf({"completion", ""}), ElementsAre("bash"));
+  EXPECT_THAT(completionsOf({"completion", ""}), ElementsAre("bash", "zsh", "fish"));
+  EXPECT_THAT(completionsOf({"set", "videoF"}), ElementsAre("videoFormat=", "videoFrameRate="));
+  EXPECT_THAT(completionsOf({"set", "--n"}), ElementsAre("--null"));
+  EXPECT_THAT(completionsOf({"set", "videoFormat", "=", "prores422h"}), ElementsAre("prores422hq"));
+  EXPECT_THAT(completionsOf({"set", "prepareForWeb", "="}), ElementsAre("true", "false"));
+  EXPECT_THAT(completionsOf({"parse", "--from", "jo"}), IsEmpty());  // left to file names
+}
+
+/// What each shell makes of words with a single completion.
+const std::pair<std::string, std::string> uniqueCompletions[] = {
+    {"meridian pa", "meridian parse"},
+    {"meridian lut sa", "meridian lut sample"},
+    {"meridian parse --st", "meridian parse --strict"},
+    {"meridian parse --from inp", "meridian parse --from input"},
+    {"meridian set videoFo", "meridian set videoFormat="},
+    {"meridian set videoFormat=dn", "meridian set videoFormat=dnxhd"},
+    {"meridian set a= -- -preset solvane_c", "meridian set a= -- -preset solvane_cloud"},
+    {"meridian explain -- -gpu_dec", "meridian explain -- -gpu_decoding"},
+    {"meridian explain -- -out inp", "meridian explain -- -out input"},
+    {"meridian analysis-args --check -- -work", "meridian analysis-args --check -- -workDirectory"},
+    {"meridian extensions --group side", "meridian extensions --group sidecarFileExtensions"},
+    {"meridian completion f", "meridian completion fish"},
+};
+
+bool isInstalled(const std::string& program) { return test::run({"bash", "-c", "command -v " + program}).status == 0; }
+
+TEST(Command, ZshCompletesInARealTerminal) {
+  if (!isInstalled("zsh")) GTEST_SKIP() << "zsh is not installed";
+  const test::TemporaryDirectory directory;
+  directory.write("input", "");
+  std::string lines;
+  std::string expected;
+  for (const auto& [line, completed] : uniqueCompletions) {
+    lines += line + '\n';
+    expected += completed + '\n';
+  }
+  // Each line, a tab, a key that writes down the line, and one that clears it.
+  const Outcome outcome = test::run({"zsh", "-f", "-c", R"(
+    zmodload zsh/zpty
+    cd $2
+    $1 completion zsh > script
+    zpty shell 'TERM=dumb zsh -f -i'
+    zpty -w shell 'autoload -Uz compinit; compinit -D -u; source ./script'
+    zpty -w shell 'record() { print -r -- ${BUFFER% } >> written }; zle -N record; bindkey "^X^R" record'
+    zpty -w shell 'print > ready'
+    until [[ -e ready ]]; do sleep 0.05; done
+    for line in ${(f)3}; do zpty -n -w shell $line$'\t\x18\x12\x15'; done
+    zpty -w shell exit
+    zpty -r -m shell output '*NONE*'  # until the shell ends
+    cat written)",
+                                     "zsh", MERIDIAN_COMMAND, directory.path(), lines});
+  EXPECT_EQ(outcome.output, expected) << outcome.errors;
+}
+
+TEST(Command, FishCompletes) {
+  if (!isInstalled("fish")) GTEST_SKIP() << "fish is not installed";
+  const test::TemporaryDirectory directory;
+  directory.write("input", "");
+  for (const auto& [line, completed] : uniqueCompletions) {
+    const Outcome outcome =
+        test::run({"fish", "--no-config", "-c", "cd $argv[2]; $argv[1] completion fish | source; complete -C $argv[3]",
+                   MERIDIAN_COMMAND, directory.path(), line});
+    const std::string word = completed.substr(completed.rfind(' ') + 1);
+    std::set<std::string> offered;
+    std::istringstream stream(outcome.output);
+    for (std::string each; std::getline(stream, each);) offered.insert(each.substr(0, each.find('\t')));
+    if (word.ends_with('=')) std::erase_if(offered, [&word](const auto& each) { return each.size() > word.size(); });
+    EXPECT_THAT(offered, ElementsAre(word)) << line << outcome.errors;
+  }
 }
 
 TEST(Command, ManualPageIsValidRoff) {

@@ -26,6 +26,16 @@ std::string propertyLines() {
   return lines;
 }
 
+/// Returns the properties for the completion.
+std::vector<Option::Name> propertyNames() {
+  std::vector<Option::Name> names;
+  for (const TranscodeProperty& each : transcodeProperties) {
+    names.push_back({each.name, each.meaning, allowedTexts(each)});
+    if (each.kind == PropertyKind::onOff) names.back().values = {"true", "false"};
+  }
+  return names;
+}
+
 struct Assignment {
   const TranscodeProperty& property;
   std::string_view input;
@@ -97,7 +107,8 @@ Subcommand setCommand() {
                    .name = "assignments",
                    .help = "PROPERTY=VALUE; an empty VALUE removes the setting; inputFiles may be repeated",
                    .valueName = "ASSIGNMENT",
-                   .repeated = true},
+                   .repeated = true,
+                   .names = propertyNames()},
                   {Option::Kind::flag, "keep-order", "Keep the order of the flags"},
                   {Option::Kind::flag, "json", "Print a JSON list"},
                   {Option::Kind::flag, "null", "End each element with a NUL instead of a newline"},
