@@ -184,7 +184,8 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 /// What the command as a whole does.
 inline constexpr std::string_view purpose =
     "Rules of professional media work: command lines, presets, file types, frame rates, timecode, LUTs";
-inline constexpr std::string_view exitStatuses = "0 done, 1 failed, 2 wrong usage";
+inline constexpr std::string_view exitStatuses =
+    "0 done, 1 failed (also a value that does not fit), 2 wrong usage (an unknown name, a missing or unexpected word)";
 inline constexpr std::string_view mainExample =
     "meridian explain -- -preset solvane_cloud -dims 1920x1080 -out /out/a.mov";
 

@@ -11,6 +11,7 @@
 #include "meridian/base/printable.h"
 #include "meridian/cli/nearest_text.h"
 #include "meridian/version.h"
+#include "tools/meridian/vector_input.h"
 
 namespace meridian::command {
 namespace {
@@ -79,7 +80,10 @@ CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& 
     if (!subcommand.fileOption.empty()) words = "(" + words + " | --" + subcommand.fileOption + " FILE)";
     added->formatter(std::make_shared<WordsFormatter>(std::move(words)));
   }
-  added->footer((subcommand.details.empty() ? "" : subcommand.details + "\n\n") + exampleOf(subcommand.example));
+  std::string footer;
+  if (!subcommand.fileOption.empty()) footer += std::string(fromDetails) + "\n\n";
+  if (!subcommand.details.empty()) footer += subcommand.details + "\n\n";
+  added->footer(footer + exampleOf(subcommand.example));
   return added;
 }
 

@@ -98,8 +98,10 @@ Subcommand setCommand() {
   return {
       .name = "set",
       .description = "Set properties of an argument vector, and print the new vector",
-      .details = "Several vectors are printed one on each line: quoted for a shell, or with --json as JSON lists.\n" +
-                 std::string(fromDetails) + "\n\nProperties, what they do and what they accept:" + propertyLines(),
+      .details =
+          "Several vectors are printed one on each line: quoted for a shell, or with --json as JSON lists.\n\n"
+          "Properties, what they do and what they accept:" +
+          propertyLines(),
       .example = "meridian set videoFormat=h264 videoDimensions=1280x720 videoFrameRate= -- -preset solvane_cloud",
       .takesWords = true,
       .fileOption = "from",
