@@ -217,6 +217,16 @@ void explainValue(ExplainedSetting& setting) {
       {{TranscodeWarningCode::invalidValue, setting.flag, std::move(detail)}, std::move(advice)});
 }
 
+/// Returns the flag of the property whose name was written as a flag; absent if there is none.
+std::optional<std::string_view> flagOfPropertyNamed(std::string_view flag) {
+  const std::string_view name = flag.substr(std::min(flag.find_first_not_of('-'), flag.size()));
+  const auto property = std::ranges::find_if(
+      transcodeProperties, [name](const TranscodeProperty& each) { return equalsIgnoringCase(each.name, name); });
+  if (property == transcodeProperties.end()) return std::nullopt;
+  if (property->kind == PropertyKind::trackNumbers) return "-ac_omit_0";
+  return property->isJoint() ? std::nullopt : std::optional(property->flag);
+}
+
 ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trace& trace,
                                   std::span<const ExplainedPreset> presets) {
   ExplainedSetting setting;
@@ -229,7 +239,10 @@ ExplainedSetting explainedSetting(const TextDictionary::Entry& entry, const Trac
   explainValue(setting);
   const auto contained = containedKnownFlag(setting.flag);
   if (const auto code = flagWarning(setting, contained)) {
-    warn(*code, code == TranscodeWarningCode::acceptedByContainment ? std::string(*contained) : "");
+    const bool isMisspelt = code == TranscodeWarningCode::acceptedByContainment;
+    warn(*code, isMisspelt ? std::string(*contained) : "");
+    const auto suggestion = isMisspelt ? flagOfPropertyNamed(setting.flag) : std::nullopt;
+    if (suggestion) setting.warnings.back().advice = "did you mean " + std::string(*suggestion) + "?";
   }
 
   // The first of several presets with the flag counts, as in the store.
@@ -298,7 +311,8 @@ RejectedEntry rejectedEntry(std::string_view flag, std::string_view value, const
   } else {
     entry.writtenFlag = flag;
     entry.earlierValues = trace.earlierValues(flag);
-    entry.suggestion = nearestText(flag, allKnownCommandFlags);
+    entry.suggestion = flagOfPropertyNamed(flag);
+    if (!entry.suggestion) entry.suggestion = nearestText(flag, allKnownCommandFlags);
     if (const ReadFlag* const last = trace.last(flag)) entry.valueless = valuelessFlagBefore(*last, trace);
   }
   entry.error = errorOf(entry);

@@ -153,7 +153,8 @@ struct RejectedEntry {
   std::string value;
   /// Values that were written earlier in the vector and overridden, in their order.
   std::vector<std::string> earlierValues;
-  /// The nearest known flag, or for an unknown preset name the nearest preset; absent when nothing is near.
+  /// The flag of the property that the flag names ("-vcodec" for "-videoFormat"), or the nearest known flag; for an
+  /// unknown preset name the nearest preset. Absent when nothing is near.
   std::optional<std::string_view> suggestion;
   /// The preceding flag if it needs a value and got none. The rejected word was probably meant as its value, but a
   /// value cannot begin with "-".

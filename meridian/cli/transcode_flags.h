@@ -64,7 +64,7 @@ template <typename Flag>
 struct FlagRow {
   Flag flag;
   FlagValue value = FlagValue::none;
-  /// What the flag does, where it stores no property; empty where it does.
+  /// What the flag does, where it stores no property of its own; empty where it does.
   std::string_view meaning = {};
   bool isCase = true;
 };
@@ -176,7 +176,7 @@ template <>
 struct FlagTable<SAVTranscodeArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::general;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeArgumentFlag>>({
-      {SAVInputPrefixFlag, FlagValue::path},
+      {SAVInputPrefixFlag, FlagValue::path, "Read this file; numbered by group and place: -in_0_0 is the first"},
       {SAVOutputFileFlag, FlagValue::path},
       {SAVProgressFileFlag, FlagValue::path},
       {SAVProgressOutputPrefixFlag, FlagValue::lowercase},
@@ -255,8 +255,9 @@ struct FlagTable<SAVTranscodeAudioArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::audio;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeAudioArgumentFlag>>({
       {SAVNoAudioFlag, FlagValue::none},
-      {SAVCopyAudioFlag, FlagValue::none},
-      {SAVAudioIgnoreTracksPrefixFlag, FlagValue::lowercase},
+      {SAVCopyAudioFlag, FlagValue::none, "Copy the audio unchanged"},
+      {SAVAudioIgnoreTracksPrefixFlag, FlagValue::lowercase,
+       "Leave out an audio track; numbered from 0, without a value: -ac_omit_0"},
       {SAVDiscreteAudioFlag, FlagValue::none},
       {SAVAudioFormatFlag, FlagValue::lowercase},
       {SAVAudioBitsPerChannelFlag, FlagValue::lowercase},
@@ -298,8 +299,8 @@ struct FlagTable<SAVTranscodeTimecodeArgumentFlag> {
       {SAVTimecodeBurnFontSize, FlagValue::lowercase},
       {SAVTimecodeBurnFontRGB, FlagValue::lowercase},
       {SAVTimecodeBurnBoxRGB, FlagValue::lowercase},
-      {SAVTimecodeMatchSourceFlag, FlagValue::none},
-      {SAVTimecodeFromCreationDateFlag, FlagValue::none},
+      {SAVTimecodeMatchSourceFlag, FlagValue::none, "Take the timecode from the source"},
+      {SAVTimecodeFromCreationDateFlag, FlagValue::none, "Derive the timecode from the source's creation date"},
       {SAVTimecodeCustomFlag, FlagValue::lowercase},
       {SAVTimecodeFrameRateFlag, FlagValue::lowercase},
       {SAVTimecodeIsDropFlag, FlagValue::none},
@@ -379,8 +380,8 @@ struct FlagDescription {
   FlagGroup group;
   std::string_view text;
   FlagValue value;
-  /// What a listing command prints, or what a preset does; empty for a flag that stores a property:
-  /// `TranscodeProperty::meaning` says it.
+  /// What the flag does, where it is a listing command, "-preset" or a part of a joint property; empty for a flag that
+  /// stores a property of its own: `TranscodeProperty::meaning` says it.
   std::string_view meaning;
   /// Whether the flag is one of its group's cases.
   bool isCase;

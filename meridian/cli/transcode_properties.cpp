@@ -280,15 +280,36 @@ Expected<void, PropertyError> setValidValue(TranscodeCliArguments& arguments, co
   return {};
 }
 
+/// Returns what a name that no property has is probably meant to be: a flag with or without its dash, a misspelt name,
+/// or a misspelt flag. Empty if nothing is near.
+std::string adviceOnProperty(std::string_view name) {
+  const auto didYouMean = [](std::span<const TranscodeProperty* const> properties) {
+    std::vector<std::string_view> names;
+    std::ranges::transform(properties, std::back_inserter(names), &TranscodeProperty::name);
+    return "did you mean " + joined(names, " or ") + "?";
+  };
+  std::string flag = normalizedFlag(name);
+  if (!flag.starts_with('-')) flag.insert(0, 1, '-');
+  if (TranscodeCliArguments::isInputFileFlag(flag)) flag = SAVInputPrefixFlag.rawValue();
+  if (TranscodeCliArguments::isIgnoredTrackFlag(flag)) flag = SAVAudioIgnoreTracksPrefixFlag.rawValue();
+  if (findFlag(flag) != nullptr) {
+    const auto properties = propertiesOfFlag(flag);
+    return properties.empty() ? flag + " is a flag without a property; it belongs in the argument vector"
+                              : didYouMean(properties);
+  }
+  std::vector<std::string_view> names;
+  std::ranges::transform(transcodeProperties, std::back_inserter(names), &TranscodeProperty::name);
+  if (const auto nearest = nearestText(name, names)) return "did you mean " + std::string(*nearest) + "?";
+  const auto nearestFlag = nearestText(flag, detail::flagTexts);
+  const auto properties = nearestFlag ? propertiesOfFlag(*nearestFlag) : std::vector<const TranscodeProperty*>();
+  return properties.empty() ? "" : didYouMean(properties);
+}
+
 }  // namespace
 
 Expected<const TranscodeProperty*, PropertyError> transcodePropertyNamed(std::string_view name) {
   if (const TranscodeProperty* const property = findTranscodeProperty(name)) return property;
-  std::vector<std::string_view> names;
-  std::ranges::transform(transcodeProperties, std::back_inserter(names), &TranscodeProperty::name);
-  PropertyError error{{PropertyErrorCode::unknownProperty, std::string(name)}};
-  if (const auto nearest = nearestText(name, names)) error.advice = "did you mean " + std::string(*nearest) + "?";
-  return Unexpected(std::move(error));
+  return Unexpected(PropertyError{{PropertyErrorCode::unknownProperty, std::string(name)}, adviceOnProperty(name)});
 }
 
 std::vector<const TranscodeProperty*> propertiesOfFlag(std::string_view flag) {

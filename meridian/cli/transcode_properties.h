@@ -62,7 +62,8 @@ struct EnumerationTable<PropertyErrorCode> {
 /// Says why a property cannot be set. The place is the property's name; the remedy names what is expected.
 using PropertyError = Advised<Error<PropertyErrorCode>>;
 
-/// Returns the property of exactly this name, never null; an error that suggests the nearest name if there is none.
+/// Returns the property of exactly this name, never null; an error that suggests the nearest name, or for a flag its
+/// property, if there is none.
 [[nodiscard]] MERIDIAN_API Expected<const TranscodeProperty*, PropertyError> transcodePropertyNamed(
     std::string_view name);
 

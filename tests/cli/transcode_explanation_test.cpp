@@ -146,7 +146,7 @@ TEST(TranscodeExplanationTest, WarnsOfDoubtfulSettings) {
        {invalidValue},
        R"("-dims": cannot be parsed: "1280 x 720" is not a size; did you mean 1280x720?)"},
       {{"-vbd", "ten"}, {invalidValue}, R"("ten" is not a whole number; expected a whole number, such as 10)"},
-      {{"-acl", "ster"}, {invalidValue}, "mono, stereo, quad, pent, hex, oct, or a whole number, such as 2"},
+      {{"-acl", "loud"}, {invalidValue}, "mono, stereo, quad, pent, hex, oct, or a whole number, such as 2"},
       {{"-c_space", "srgb"}, {needsCapitals}, "sRGB is lower-cased in reading"},
       {{"-vcodec", "H264"}, {lowerCased}, R"("-vcodec": was written differently: "H264")"},
       {{"-vcodec", "h264", "-vcodec", "h265"}, {repeated}, R"(the last value wins: previously "h264")"},
@@ -285,6 +285,9 @@ TEST(TranscodeExplanationTest, SuggestsWhatARejectedWordWasMeantToBe) {
       {{"-ut", "a"}, "-out"},
       {{"-preset", "solvane_clod"}, "solvane_cloud"},
       {{"-preset", "fast"}, {}},
+      {{"-videoFormat", "h264"}, "-vcodec"},  // a property
+      {{"-VIDEOBITRATE", "3"}, "-vbr"},
+      {{"-vco", "h264"}, "-vcodec"},  // a beginning
       {{"-isTranscoder"}, {}},
       {{"-vbr", "-5"}, {}, "-vbr"},
       {{"-vbr", "x", "-5"}, {}},        // has a value of its own

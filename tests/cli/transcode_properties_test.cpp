@@ -26,8 +26,9 @@ Words lineAfter(TranscodeCliArguments arguments, std::string_view name, std::str
 TEST(TranscodeProperties, EveryFlagButListingsAndPresetsStoresOne) {
   for (const FlagDescription& flag : flagDescriptions) {
     const bool isPart = flag.group != FlagGroup::command && flag.text != SAVPresetFlag.rawValue();
-    EXPECT_EQ(!propertiesOfFlag(flag.text).empty(), isPart) << flag.text;
-    EXPECT_EQ(flag.meaning.empty(), isPart) << flag.text;
+    const auto properties = propertiesOfFlag(flag.text);
+    EXPECT_EQ(!properties.empty(), isPart) << flag.text;
+    EXPECT_EQ(flag.meaning.empty(), isPart && !properties.front()->isJoint()) << flag.text;
     for (const TranscodeProperty* const property : propertiesOfFlag(flag.text)) {
       EXPECT_THAT(property->flags(), Contains(flag.text));
       if (!property->isJoint()) {
@@ -194,7 +195,22 @@ TEST(TranscodeProperties, ErrorsNameThePlaceAndTheRemedy) {
   const auto unknown = transcodePropertyNamed("VideoFormat");
   ASSERT_FALSE(unknown);
   EXPECT_EQ(unknown.error().message(), R"("VideoFormat": is not a property; did you mean videoFormat?)");
-  EXPECT_EQ(transcodePropertyNamed("x").error().remedy(), "check the spelling");
+  const std::pair<std::string, std::string> advices[]{
+      {"x", "check the spelling"},
+      {"dims", "did you mean videoDimensions?"},
+      {"-dims", "did you mean videoDimensions?"},
+      {"DIMS", "did you mean videoDimensions?"},
+      {"dmis", "did you mean videoDimensions?"},
+      {"acl", "did you mean channelLayout or outputChannels?"},
+      {"in_0_3", "did you mean inputFiles?"},
+      {"-ac_omit_1", "did you mean ignoredAudioFileTracks?"},
+      {"VIDEOBITDEPTH", "did you mean videoBitDepth?"},
+      {"videoPro", "did you mean videoProfile?"},
+      {"preset", "-preset is a flag without a property; it belongs in the argument vector"},
+  };
+  for (const auto& [name, advice] : advices) {
+    EXPECT_EQ(transcodePropertyNamed(name).error().remedy(), advice) << name;
+  }
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@
 #include "meridian/media/file_extension.h"
 #include "meridian/serialization/transcode_cli_arguments_json.h"
 #include "tests/support/process.h"
+#include "tests/support/temporary_directory.h"
 
 namespace meridian {
 namespace {
@@ -147,12 +150,23 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"timecode"}, "expected a timecode"},
       {{"dimension", "--", "1920", "1080", "-3"}, "unexpected argument: -3"},
       {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
-      {{"completion", "fish"}, "known shells:\n  bash"},
+      {{"completion", "tcsh"}, "known shells:\n  bash\n  zsh\n  fish"},
       {{"timecode", "--rate"}, "--rate needs a value: VALUE|NUM/DEN"},
       {{"transcode"}, "unknown subcommand \"transcode\"; known subcommands:\n  parse\n"},
       {{"lut", "parse"}, "unknown subcommand \"parse\"; known subcommands:\n  info\n  sample\n"},
       {{"--nonsense"}, "unknown option --nonsense; known options: --help --version\n\"meridian --help\""},
       {{"rate", "--nonsense"}, "unknown option --nonsense; known options: --help --json\n\"meridian rate --help\""},
+      {{"prase"}, "unknown subcommand \"prase\"; did you mean parse?"},
+      {{"comp"}, "did you mean completion?"},
+      {{"apply", "x"}, "unknown subcommand \"apply\"; did you mean lut apply?"},
+      {{"lut", "smaple"}, "unknown subcommand \"smaple\"; did you mean sample?"},
+      {{"flags", "--jsno"}, "unknown option --jsno; did you mean --json?"},
+      {{"flags", "-json"}, "unknown option -json; did you mean --json?"},
+      {{"parse", "--keep_order=1", "--"}, "unknown option --keep_order; did you mean --keep-order?"},
+      {{"extensions", "--group", "sidecarFileExtension"}, "did you mean sidecarFileExtensions?"},
+      {{"completion", "bsh"}, "unknown shell \"bsh\"; did you mean bash?"},
+      {{"set", "foo=1", "--"}, "unknown property \"foo\"\n\"meridian set --help\""},
+      {{"set", "dims=1x1", "--"}, "unknown property \"dims\"; did you mean videoDimensions?"},
       {{"--"}, "no subcommand is given"},
       {{""}, "--help"},
   };
@@ -230,6 +244,11 @@ TEST(Command, ListsTheWholeVocabulary) {
   for (const json& flag : flags) {
     Words properties;
     for (const json& property : flag["properties"]) properties.push_back(property["name"]);
+    // Every flag says all about itself.
+    EXPECT_FALSE(flag["meaning"].get<std::string>().empty()) << flag;
+    EXPECT_FALSE(flag["default"].get<std::string>().empty()) << flag;
+    EXPECT_FALSE(flag["kind"].get<std::string>().empty()) << flag;
+    EXPECT_TRUE(flag["takesValue"] || flag["kind"] == "switch") << flag;
     if (flag["text"] == "-vbr") {
       EXPECT_EQ(flag["properties"][0], json({{"name", "videoBitRate"},
                                              {"kind", "number"},
@@ -245,6 +264,9 @@ TEST(Command, ListsTheWholeVocabulary) {
     } else if (flag["group"] == "command") {
       EXPECT_THAT(properties, IsEmpty());
       EXPECT_THAT(flag["meaning"], StartsWith("Print the"));
+    } else if (flag["text"] == "-tc_match") {
+      EXPECT_EQ(flag["meaning"], "Take the timecode from the source");
+      EXPECT_THAT(properties, ElementsAre("timecodeSource"));
     }
   }
   EXPECT_THAT(meridianWith({"flags"}).output,
@@ -320,8 +342,10 @@ TEST(Command, SetEditsProperties) {
     EXPECT_THAT(outcome.errors, HasSubstr(message));
     EXPECT_THAT(outcome.output, IsEmpty());
   }
-  EXPECT_THAT(meridianWith({"set", "--help"}).output,
-              HasSubstr("\n  videoFrameRate             a frame rate, such as"));
+  EXPECT_THAT(
+      meridianWith({"set", "--help"}).output,
+      HasSubstr("\n  videoFrameRate             Set the frame rate\n                             a frame rate, such "
+                "as 23.976, in frames per second\n"));
 }
 
 TEST(Command, RateShowsWhatItIsMatchedTo) {
@@ -421,7 +445,75 @@ TEST(Command, CompletionKnowsCommandsOptionsFlagsAndValues) {
   EXPECT_THAT(completionsOf({"explain", "--", "-out", "/"}), IsEmpty());  // left to file names
   EXPECT_THAT(completionsOf({"analysis-args", "--check", "--", "-work"}), ElementsAre("-workDirectory"));
   EXPECT_THAT(completionsOf({"extensions", "--group", "side"}), ElementsAre("sidecarFileExtensions"));
-  EXPECT_THAT(completionsOf({"completion", ""}), ElementsAre("bash"));
+  EXPECT_THAT(completionsOf({"completion", ""}), ElementsAre("bash", "zsh", "fish"));
+  EXPECT_THAT(completionsOf({"set", "videoF"}), ElementsAre("videoFormat=", "videoFrameRate="));
+  EXPECT_THAT(completionsOf({"set", "--n"}), ElementsAre("--null"));
+  EXPECT_THAT(completionsOf({"set", "videoFormat", "=", "prores422h"}), ElementsAre("prores422hq"));
+  EXPECT_THAT(completionsOf({"set", "prepareForWeb", "="}), ElementsAre("true", "false"));
+  EXPECT_THAT(completionsOf({"parse", "--from", "jo"}), IsEmpty());  // left to file names
+}
+
+/// What each shell makes of words with a single completion.
+const std::pair<std::string, std::string> uniqueCompletions[] = {
+    {"meridian pa", "meridian parse"},
+    {"meridian lut sa", "meridian lut sample"},
+    {"meridian parse --st", "meridian parse --strict"},
+    {"meridian parse --from inp", "meridian parse --from input"},
+    {"meridian set videoFo", "meridian set videoFormat="},
+    {"meridian set videoFormat=dn", "meridian set videoFormat=dnxhd"},
+    {"meridian set a= -- -preset solvane_c", "meridian set a= -- -preset solvane_cloud"},
+    {"meridian explain -- -gpu_dec", "meridian explain -- -gpu_decoding"},
+    {"meridian explain -- -out inp", "meridian explain -- -out input"},
+    {"meridian analysis-args --check -- -work", "meridian analysis-args --check -- -workDirectory"},
+    {"meridian extensions --group side", "meridian extensions --group sidecarFileExtensions"},
+    {"meridian completion f", "meridian completion fish"},
+};
+
+bool isInstalled(const std::string& program) { return test::run({"bash", "-c", "command -v " + program}).status == 0; }
+
+TEST(Command, ZshCompletesInARealTerminal) {
+  if (!isInstalled("zsh")) GTEST_SKIP() << "zsh is not installed";
+  const test::TemporaryDirectory directory;
+  directory.write("input", "");
+  std::string lines;
+  std::string expected;
+  for (const auto& [line, completed] : uniqueCompletions) {
+    lines += line + '\n';
+    expected += completed + '\n';
+  }
+  // Each line, a tab, a key that writes down the line, and one that clears it.
+  const Outcome outcome = test::run({"zsh", "-f", "-c", R"(
+    zmodload zsh/zpty
+    cd $2
+    $1 completion zsh > script
+    zpty shell 'TERM=dumb zsh -f -i'
+    zpty -w shell 'autoload -Uz compinit; compinit -D -u; source ./script'
+    zpty -w shell 'record() { print -r -- ${BUFFER% } >> written }; zle -N record; bindkey "^X^R" record'
+    zpty -w shell 'print > ready'
+    until [[ -e ready ]]; do sleep 0.05; done
+    for line in ${(f)3}; do zpty -n -w shell $line$'\t\x18\x12\x15'; done
+    zpty -w shell exit
+    zpty -r -m shell output '*NONE*'  # until the shell ends
+    cat written)",
+                                     "zsh", MERIDIAN_COMMAND, directory.path(), lines});
+  EXPECT_EQ(outcome.output, expected) << outcome.errors;
+}
+
+TEST(Command, FishCompletes) {
+  if (!isInstalled("fish")) GTEST_SKIP() << "fish is not installed";
+  const test::TemporaryDirectory directory;
+  directory.write("input", "");
+  for (const auto& [line, completed] : uniqueCompletions) {
+    const Outcome outcome =
+        test::run({"fish", "--no-config", "-c", "cd $argv[2]; $argv[1] completion fish | source; complete -C $argv[3]",
+                   MERIDIAN_COMMAND, directory.path(), line});
+    const std::string word = completed.substr(completed.rfind(' ') + 1);
+    std::set<std::string> offered;
+    std::istringstream stream(outcome.output);
+    for (std::string each; std::getline(stream, each);) offered.insert(each.substr(0, each.find('\t')));
+    if (word.ends_with('=')) std::erase_if(offered, [&word](const auto& each) { return each.size() > word.size(); });
+    EXPECT_THAT(offered, ElementsAre(word)) << line << outcome.errors;
+  }
 }
 
 TEST(Command, ManualPageIsValidRoff) {

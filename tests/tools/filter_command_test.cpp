@@ -62,6 +62,7 @@ TEST_F(FilterCommand, PrintsTheDecisionsOfTheLibrary) {
   const std::pair<Words, ItemFilterSettings> cases[] = {
       {{}, {}},
       {{"--ignore-ext", "XML", "--ignore-ext", ".mov"}, {.extensionFilterList = {"xml", "mov"}}},
+      {{"--ignore-ext", "XML,.mov"}, {.extensionFilterList = {"xml", "mov"}}},
       {{"--only-ext", "xml"},
        {.extensionFilterList = {"xml"}, .filteringOption = ItemFilteringOption::onlyListedExtensions}},
       {{"--ignore-hidden", "--force", "dcim", "--force", "x"},
@@ -103,6 +104,73 @@ TEST_F(FilterCommand, ContinuesAfterUnreadableItems) {
   const Outcome wrong = meridianWith("filter", {"--ignore-ext", "a", "--only-ext", "b", root()});
   EXPECT_EQ(wrong.status, 2);
   EXPECT_THAT(wrong.errors, HasSubstr("cannot be combined"));
+}
+
+TEST_F(FilterCommand, PrintsPathsAsRsyncAndTarNeedThem) {
+  // A name that would be an option or a comment, and a tree that --no-recursion leaves out in part.
+  directory_.write("-x.mov", "");
+  directory_.write("#y.mov", "");
+  const std::vector<std::string> copied{"#y.mov", "-x.mov", "DCIM", "DCIM/a.mov", "line\nend.mov", "loop", "\xff.mov"};
+  const Words options{"--paths", "--null", "--only-ext", "mov", "--default-forced", "--ignore-hidden"};
+  for (const std::string end : {"", "/", "//"}) {
+    Words words = options;
+    words.push_back(root() + end);
+    std::string expectedPaths;
+    for (const std::string& path : copied) expectedPaths += (path.find_first_of("#-") == 0 ? "./" : "") + path + '\0';
+    const Outcome outcome = meridianWith("filter", words);
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_EQ(outcome.output, expectedPaths);
+  }
+  // The lines of the help, with each tool that is installed.
+  const std::string filter = R"("$0" filter --paths --null --only-ext mov --default-forced --ignore-hidden "$1" | )";
+  const std::pair<std::string, std::string> tools[] = {
+      {"rsync", R"(rsync -a --from0 --files-from=- "$1" "$2")"},
+      {"tar", R"(tar -c -f "$2.tar" -C "$1" --null --no-recursion -T - && mkdir "$2" && tar -x -f "$2.tar" -C "$2")"},
+  };
+  for (const auto& [tool, command] : tools) {
+    if (test::run({"bash", "-c", "command -v " + tool}).status != 0) continue;
+    const test::TemporaryDirectory target;
+    const std::string to = target.path() / "copy";
+    const Outcome outcome =
+        test::run({"bash", "-c", "set -o pipefail; " + filter + command, MERIDIAN_COMMAND, root(), to});
+    EXPECT_EQ(outcome.status, 0) << tool << outcome.errors;
+    std::vector<std::string> found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(to)) {
+      found.push_back(std::filesystem::relative(entry.path().parent_path(), to) / entry.path().filename());
+    }
+    for (std::string& each : found) each = each.starts_with("./") ? each.substr(2) : each;
+    EXPECT_THAT(found, testing::UnorderedElementsAreArray(copied)) << tool;
+  }
+}
+
+TEST_F(FilterCommand, RefusesPathsThatItCannotPrint) {
+  const Outcome newline = meridianWith("filter", {"--paths", "--only-ext", "mov", root()});
+  EXPECT_EQ(newline.status, 1);
+  EXPECT_EQ(newline.output, ".Trashes\nDCIM\nDCIM/.hidden\nDCIM/a.mov\nloop\n\xff.mov\n");
+  EXPECT_THAT(newline.errors, HasSubstr("\"line\\nend.mov\": contains a newline; use --null"));
+  const struct {
+    Words words;
+    int status;
+    std::string says;
+  } cases[] = {
+      {{"--paths", root(), root()}, 2, "--paths needs a single PATH"},
+      {{"--paths", "--json", root()}, 2, "cannot be used together"},
+      {{"--paths", root() + "/DCIM/a.mov"}, 1, "is not a directory"},
+      {{"--paths", root() + "/none"}, 1, "does not exist"},
+      {{root(), "--only-ext", "mov", "mxf"},
+       2,
+       "\"mxf\" is not a path that exists; to list several extensions write "
+       "--only-ext mov,mxf"},
+      {{"--ignore-ext", "mov", "mxf", root()}, 2, "write --ignore-ext mov,mxf"},
+      {{"--only-ext", "mov,", root()}, 1, "--only-ext has an empty extension beside a comma: \"mov,\""},
+      {{"--only-ext", "a/b", root()}, 1, "must not contain a separator"},
+  };
+  for (const auto& [words, status, says] : cases) {
+    const Outcome outcome = meridianWith("filter", words);
+    EXPECT_EQ(outcome.status, status) << testing::PrintToString(words);
+    EXPECT_THAT(outcome.output, IsEmpty());
+    EXPECT_THAT(outcome.errors, HasSubstr(says));
+  }
 }
 
 TEST(CleanNameCommand, RemovesWhatTheTargetDoesNotAllow) {

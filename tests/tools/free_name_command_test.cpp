@@ -71,6 +71,7 @@ TEST_F(FreeNameCommand, PrintsOneNameForSeveralDirectories) {
   };
   EXPECT_EQ(named({"--base", "clip"}), "clip 2\n");
   EXPECT_EQ(named({"--base", "clip", "--ext", ""}), "clip 2.\n");
+  EXPECT_EQ(named({"--base", "clip", "--ext", ".MOV"}), "clip.MOV\n");
   EXPECT_EQ(named({"--base", "clip", "--ext", "mov", "--create"}), "clip.mov\n");
   EXPECT_TRUE(fs::exists(path("a/clip.mov")) && fs::exists(path("b/clip.mov")));
   EXPECT_EQ(json::parse(named({"--base", "clip", "--ext", "mov", "--json"})),
@@ -80,7 +81,7 @@ TEST_F(FreeNameCommand, PrintsOneNameForSeveralDirectories) {
 
 TEST_F(FreeNameCommand, PrintsAndCreatesTheSameFilesOfASet) {
   directory_.write("b/clip.mov", "");
-  const Words set{"--base", "clip", "--ext", "xml", "mov", "--ext", "xml", "--set", path("a"), "--set", path("b")};
+  const Words set{"--base", "clip", "--ext", "xml,.mov", "mov", "--ext", "xml", "--set", path("a"), "--set", path("b")};
   const std::string expected = path("a/clip-2.xml") + "\n" + path("a/clip-2.mov") + "\n" + path("b/clip-2.xml") + "\n" +
                                path("b/clip-2.mov") + "\n";
   EXPECT_EQ(printed(set), expected);

@@ -69,6 +69,14 @@ Value valueOf(Expected<Value, E> result) {
 struct Option {
   enum class Kind { flag, value, positional };
 
+  /// A name that a value of the form NAME=VALUE may begin with.
+  struct Name {
+    std::string_view text;
+    std::string_view meaning;
+    /// The values that it accepts; empty if it accepts others.
+    std::vector<std::string_view> values;
+  };
+
   Kind kind = Kind::flag;
   /// Without dashes.
   std::string name;
@@ -85,6 +93,8 @@ struct Option {
   bool severalTimes = false;
   /// True if it is a path, which a shell completes by itself.
   bool path = false;
+  /// What its values may begin with, if these are of the form NAME=VALUE.
+  std::vector<Name> names = {};
 };
 
 /// What a subcommand was called with.
@@ -174,7 +184,8 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 /// What the command as a whole does.
 inline constexpr std::string_view purpose =
     "Rules of professional media work: command lines, presets, file types, frame rates, timecode, LUTs";
-inline constexpr std::string_view exitStatuses = "0 done, 1 failed, 2 wrong usage";
+inline constexpr std::string_view exitStatuses =
+    "0 done, 1 failed (also a value that does not fit), 2 wrong usage (an unknown name, a missing or unexpected word)";
 inline constexpr std::string_view mainExample =
     "meridian explain -- -preset solvane_cloud -dims 1920x1080 -out /out/a.mov";
 

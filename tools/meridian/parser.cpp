@@ -9,13 +9,22 @@
 
 #include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
+#include "meridian/cli/nearest_text.h"
 #include "meridian/version.h"
+#include "tools/meridian/vector_input.h"
 
 namespace meridian::command {
 namespace {
 
 /// Each name on a line of its own.
 std::string asList(const std::vector<std::string_view>& names) { return "\n  " + joined(names, "\n  "); }
+
+/// Says that a name is not known: suggests the nearest, or lists them all. `noun` says what it names.
+std::string unknownName(const std::string& noun, std::string_view name, const std::vector<std::string_view>& known) {
+  const std::string message = "unknown " + noun + " " + inQuotes(name) + "; ";
+  if (const auto nearest = nearestText(name, known)) return message + "did you mean " + std::string(*nearest) + "?";
+  return message + "known " + noun + "s:" + asList(known);
+}
 
 std::string exampleOf(std::string_view example) {
   std::string text = "Example:\n  ";
@@ -71,7 +80,10 @@ CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& 
     if (!subcommand.fileOption.empty()) words = "(" + words + " | --" + subcommand.fileOption + " FILE)";
     added->formatter(std::make_shared<WordsFormatter>(std::move(words)));
   }
-  added->footer((subcommand.details.empty() ? "" : subcommand.details + "\n\n") + exampleOf(subcommand.example));
+  std::string footer;
+  if (!subcommand.fileOption.empty()) footer += std::string(fromDetails) + "\n\n";
+  if (!subcommand.details.empty()) footer += subcommand.details + "\n\n";
+  added->footer(footer + exampleOf(subcommand.example));
   return added;
 }
 
@@ -129,8 +141,7 @@ void checkChoices(const Subcommand& subcommand, const Arguments& arguments) {
   for (const Option& option : subcommand.options) {
     const auto value = arguments.value(option.name);
     if (!value || option.choices.empty() || std::ranges::find(option.choices, *value) != option.choices.end()) continue;
-    throw UsageError("unknown " + option.name + " " + inQuotes(*value) + "; known " + option.name +
-                     "s:" + asList(option.choices));
+    throw UsageError(unknownName(option.name, *value, option.choices));
   }
 }
 
@@ -154,26 +165,41 @@ std::vector<std::string_view> namesWithin(std::string_view group, std::span<cons
   return names;
 }
 
+/// The names of the options that may be meant where CLI11 stopped, with their dashes.
+std::vector<std::string> optionsKnownTo(const CLI::App& app, const Subcommand* chosen) {
+  std::vector<std::string> known{"--help"};
+  if (&reached(app) == &app) known.emplace_back("--version");
+  if (chosen == nullptr) return known;
+  for (const Option& option : chosen->options) {
+    if (option.kind != Option::Kind::positional) known.push_back("--" + option.name);
+  }
+  return known;
+}
+
 /// Which words CLI11 does not know.
 std::string unknownWords(const CLI::App& app, const Subcommand* chosen, std::span<const Subcommand> subcommands) {
   const std::vector<std::string> words = app.remaining(true);
   const std::string& first = words.front();
-  if (first.starts_with("--") || (first.starts_with('-') && chosen == nullptr)) {
-    std::vector<std::string_view> known{"help"};
-    if (&reached(app) == &app) known.emplace_back("version");
-    if (chosen != nullptr) {
-      for (const Option& option : chosen->options) {
-        if (option.kind != Option::Kind::positional) known.push_back(option.name);
-      }
-    }
-    std::string message = "unknown option " + printable(first) + "; known options:";
-    for (const std::string_view name : known) message += " --" + std::string(name);
-    return message;
+  if (first.starts_with('-')) {
+    const std::vector<std::string> known = optionsKnownTo(app, chosen);
+    const std::string name = first.substr(0, first.find('='));
+    // A single dash may be meant as two.
+    const auto nearest = nearestText(name.starts_with("--") ? name : "-" + name,
+                                     std::vector<std::string_view>(known.begin(), known.end()));
+    const std::string message = "unknown option " + printable(name) + "; ";
+    if (nearest) return message + "did you mean " + std::string(*nearest) + "?";
+    if (first.starts_with("--") || chosen == nullptr) return message + "known options: " + joined(known, " ");
   }
   if (chosen == nullptr) {
     const CLI::App& group = reached(app);
-    return "unknown subcommand " + inQuotes(first) + "; known subcommands:" +
-           asList(namesWithin(group.get_parent() == nullptr ? "" : group.get_name(), subcommands));
+    if (group.get_parent() != nullptr) {
+      return unknownName("subcommand", first, namesWithin(group.get_name(), subcommands));
+    }
+    const auto names = namesWithin("", subcommands);
+    const auto member = std::ranges::find_if(
+        subcommands, [&first](const Subcommand& each) { return !each.group.empty() && each.name == first; });
+    if (member == subcommands.end()) return unknownName("subcommand", first, names);
+    return "unknown subcommand " + inQuotes(first) + "; did you mean " + member->fullName() + "?";
   }
   std::string message = words.size() == 1 ? "unexpected argument:" : "unexpected arguments:";
   for (const std::string& word : words) message += " " + printable(word);

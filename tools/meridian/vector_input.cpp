@@ -256,7 +256,7 @@ Option fromOption() {
 }
 
 const std::string_view fromDetails =
-    "FILE may hold, recognised by its content:\n"
+    "The FILE of --from may hold, recognised by its content:\n"
     "  a JSON store, as \"meridian parse\" prints it\n"
     "  a JSON list of words: [\"-vr\", \"25\"]\n"
     "  words that end with a NUL, as \"meridian render --null\" prints them\n"

@@ -194,8 +194,7 @@ Subcommand explainCommand() {
       .description = "Explain an argument vector: every setting, where it came from, and what was rejected or dropped",
       .details =
           "With --strict, what was found is also reported on standard error, a line each.\n"
-          "With --from, --json prints one document on each line, which begins with the number of the line.\n" +
-          std::string(fromDetails),
+          "With --from, --json prints one document on each line, which begins with the number of the line.",
       .example =
           "meridian explain -- -preset solvane_cloud -dims 1920x1080 -vcoedc h264 -overwrite a.mov\n"
           "meridian explain --strict --from jobs.txt",

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
+#include "meridian/base/joined.h"
 #include "meridian/cli/transcode_properties.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
@@ -9,11 +10,39 @@
 namespace meridian::command {
 namespace {
 
+bool isPreset(const FlagDescription& flag) { return flag.text == SAVPresetFlag.rawValue(); }
+
+/// Returns what kind of value the flag accepts. Each input file is a flag of its own, with a path.
+std::string_view kindOf(const FlagDescription& flag, const TranscodeProperty* property) {
+  if (!flag.takesValue()) return rawValue(PropertyKind::onOff);
+  if (property == nullptr) return "preset";
+  return rawValue(property->kind == PropertyKind::files ? PropertyKind::path : property->kind);
+}
+
+std::string_view defaultOf(const FlagDescription& flag, const TranscodeProperty* property) {
+  if (property != nullptr) return property->whenAbsent;
+  return isPreset(flag) ? "none" : "not printed";
+}
+
+std::string_view meaningOf(const FlagDescription& flag, const TranscodeProperty* property) {
+  return flag.meaning.empty() ? property->meaning : flag.meaning;
+}
+
+/// Returns what follows the flag: "a number, such as 3.5, in megabits per second".
+std::string argumentForm(const FlagDescription& flag, const TranscodeProperty* property) {
+  if (!flag.takesValue()) return "no value";
+  if (property == nullptr) return "a preset: " + joined(allowedTextsOfFlag(flag.text), ", ");
+  if (property->kind == PropertyKind::files) return "a path, such as " + std::string(property->example);
+  if (property->kind == PropertyKind::trackNumbers) return "no value";
+  return expectedForm(*property) + (property->unit.empty() ? "" : ", in " + std::string(property->unit));
+}
+
 void printFlagsAsJson() {
   Json flags = Json::array();
   for (const FlagDescription& flag : flagDescriptions) {
     Json properties = Json::array();
-    for (const TranscodeProperty* const property : propertiesOfFlag(flag.text)) {
+    const auto ofFlag = propertiesOfFlag(flag.text);
+    for (const TranscodeProperty* const property : ofFlag) {
       properties.push_back({{"name", property->name},
                             {"kind", rawValue(property->kind)},
                             {"unit", property->unit.empty() ? Json() : Json(property->unit)},
@@ -22,39 +51,32 @@ void printFlagsAsJson() {
                             {"example", property->example},
                             {"meaning", property->meaning}});
     }
+    const TranscodeProperty* const first = ofFlag.empty() ? nullptr : ofFlag.front();
     flags.push_back({{"group", rawValue(flag.group)},
                      {"text", flag.text},
                      {"takesValue", flag.takesValue()},
                      {"isKnown", flag.isCase},
-                     {"meaning", flag.meaning.empty() ? Json() : Json(flag.meaning)},
+                     {"kind", kindOf(flag, first)},
+                     {"unit", first == nullptr || first->unit.empty() ? Json() : Json(first->unit)},
                      {"allowedValues", allowedTextsOfFlag(flag.text)},
+                     {"default", defaultOf(flag, first)},
+                     {"meaning", meaningOf(flag, first)},
                      {"properties", properties}});
   }
   printJson(flags);
 }
 
-/// What follows the flag: "a number, in megabits per second".
-std::string argumentForm(const FlagDescription& flag, const TranscodeProperty& property) {
-  if (!flag.takesValue()) return "";
-  return expectedForm(property) + (property.unit.empty() ? "" : ", in " + std::string(property.unit));
-}
-
 void addRows(const FlagDescription& flag, std::vector<std::vector<Cell>>& rows) {
-  const Cell name{std::string(flag.text), Style::name};
-  const std::string notOffered = flag.isCase ? "" : " (not offered)";
+  const auto addRow = [&](const TranscodeProperty* property) {
+    rows.push_back({{std::string(flag.text), Style::name},
+                    {property == nullptr ? "" : std::string(property->name)},
+                    {std::string(meaningOf(flag, property)) + (flag.isCase ? "" : " (not offered)")},
+                    {std::string(defaultOf(flag, property)), Style::faint},
+                    {argumentForm(flag, property)}});
+  };
   const auto properties = propertiesOfFlag(flag.text);
-  for (const TranscodeProperty* const property : properties) {
-    rows.push_back({name,
-                    {std::string(property->name)},
-                    {std::string(property->meaning) + notOffered},
-                    {std::string(property->whenAbsent), Style::faint},
-                    {argumentForm(flag, *property)}});
-  }
-  if (!properties.empty()) return;
-  std::string values;
-  for (const std::string_view text : allowedTextsOfFlag(flag.text))
-    values += (values.empty() ? "" : ", ") + std::string(text);
-  rows.push_back({name, {""}, {std::string(flag.meaning) + notOffered}, {""}, {values}});
+  for (const TranscodeProperty* const property : properties) addRow(property);
+  if (properties.empty()) addRow(nullptr);
 }
 
 void printFlagsForPeople() {
@@ -77,11 +99,11 @@ void printFlagsForPeople() {
 Subcommand flagsCommand() {
   return {
       .name = "flags",
-      .description = "List the transcoder's flags: their properties, values and defaults",
+      .description = "List the transcoder's flags: their properties, values, defaults and meanings",
       .example = "meridian flags --json",
       .options = {{Option::Kind::flag, "json",
-                   "Print a JSON list: group, text, takesValue, isKnown (offered, and known to the parser), meaning, "
-                   "allowedValues, properties"}},
+                   "Print a JSON list: group, text, takesValue, isKnown (offered, and known to the parser), kind, "
+                   "unit, allowedValues, default, meaning, properties (of which \"-acl\" has two)"}},
       .action =
           [](const Arguments& arguments) {
             arguments.has("json") ? printFlagsAsJson() : printFlagsForPeople();

@@ -1,5 +1,4 @@
 // meridian free-name: unused names for output files, and the files themselves.
-#include <algorithm>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -11,6 +10,7 @@
 #include "meridian/fs/name_rules.h"
 #include "meridian/platform/file_queries.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/extension_list.h"
 #include "tools/meridian/interruption.h"
 #include "tools/meridian/output.h"
 
@@ -29,24 +29,9 @@ Files unusedFiles(Files files) {
   return files;
 }
 
-std::string readNamePart(const std::string& option, const std::string& text) {
-  if (text.find('/') != std::string::npos)
-    throw CommandError("--" + option + " must not contain a separator: " + inQuotes(text));
-  return text;
-}
-
-/// Returns the distinct extensions.
-std::vector<std::string> readExtensions(const Arguments& arguments) {
-  std::vector<std::string> extensions;
-  if (!arguments.has("ext")) return extensions;
-  for (const std::string& text : arguments.given.at("ext")) {
-    if (std::ranges::find(extensions, text) == extensions.end()) extensions.push_back(readNamePart("ext", text));
-  }
-  return extensions;
-}
-
 std::string readBase(const Arguments& arguments) {
-  std::string base = readNamePart("base", arguments.value("base").value_or(""));
+  std::string base = arguments.value("base").value_or("");
+  if (base.find('/') != std::string::npos) throw CommandError("--base must not contain a separator: " + inQuotes(base));
   if (base.empty()) throw UsageError("--among and --set need a name: --base B");
   if (!isFileName(base)) throw CommandError("--base must name a file, not a directory: " + inQuotes(base));
   return base;
@@ -72,7 +57,7 @@ Files filesOfPath(const Arguments& arguments) {
 
 Files filesAmongDirectories(const Arguments& arguments) {
   const std::string base = readBase(arguments);
-  const std::vector<std::string> extensions = readExtensions(arguments);
+  const std::vector<std::string> extensions = readExtensionList(arguments, "ext");
   if (extensions.size() > 1) throw UsageError("--among accepts one extension; for several use --set");
   const std::vector<Url> directories = readDirectories(arguments, "among");
   std::optional<std::string_view> extension;
@@ -86,7 +71,7 @@ Files filesAmongDirectories(const Arguments& arguments) {
 
 Files filesOfSet(const Arguments& arguments) {
   const std::string base = readBase(arguments);
-  const std::vector<std::string> extensions = readExtensions(arguments);
+  const std::vector<std::string> extensions = readExtensionList(arguments, "ext");
   if (extensions.empty()) throw UsageError("--set needs extensions: --ext E...");
   const std::vector<Url> directories = readDirectories(arguments, "set");
   if (arguments.has("create")) return valueOf(claimConsistentFiles(directories, base, extensions));
@@ -166,7 +151,7 @@ Subcommand freeNameCommand() {
                   {value, "base", "The name without a number or an extension", "B"},
                   {.kind = value,
                    .name = "ext",
-                   .help = "The extension without its dot, used exactly as given; several for --set",
+                   .help = "The extension, in the case given; several for --set: mov xml or mov,xml",
                    .valueName = "E",
                    .repeated = true},
                   {.kind = value,

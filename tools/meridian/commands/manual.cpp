@@ -1,8 +1,10 @@
 // meridian manual: the manual page, generated from the definitions of the subcommands.
+#include <algorithm>
 #include <iostream>
 
 #include "meridian/version.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/vector_input.h"
 
 namespace meridian::command {
 namespace {
@@ -34,7 +36,10 @@ void printSynopsis(const Subcommand& subcommand) {
     std::cout << ' ' << (option.optional ? "[" + name + "]" : name);
   }
   if (subcommand.takesWords) {
-    const std::string words = bold("--") + ' ' + italic("WORD") + "...";
+    std::string words = bold("--") + ' ' + italic("WORD") + "...";
+    if (!subcommand.fileOption.empty()) {
+      words = "(" + words + " | " + bold("--" + subcommand.fileOption) + ' ' + italic("FILE") + ")";
+    }
     std::cout << ' ' << (subcommand.wordsAreOptional() ? "[" + words + "]" : words);
   }
   std::cout << '\n';
@@ -51,6 +56,22 @@ void printOption(const Option& option) {
     }
   }
   std::cout << '\n' << roff(option.help) << '\n';
+}
+
+/// Prints a text whose indented lines, a list, are not filled.
+void printDetails(std::string_view details) {
+  bool isList = false;
+  for (std::size_t begin = 0; begin < details.size();) {
+    const std::size_t end = std::min(details.find('\n', begin), details.size());
+    const std::string_view line = details.substr(begin, end - begin);
+    if (line.starts_with(' ') != isList) {
+      isList = !isList;
+      std::cout << (isList ? ".nf\n" : ".fi\n");
+    }
+    std::cout << (line.empty() ? ".PP" : roff(line)) << '\n';
+    begin = end + 1;
+  }
+  if (isList) std::cout << ".fi\n";
 }
 
 void printExample(std::string_view example) { std::cout << ".EX\n" << roff(example) << "\n.EE\n"; }
@@ -70,13 +91,15 @@ void printManual() {
             << "Without arguments, " << bold("meridian") << " shows a demonstration.\n.SH COMMANDS\n";
   for (const Subcommand& subcommand : subcommands) {
     std::cout << ".SS meridian " << roff(subcommand.fullName()) << '\n' << roff(subcommand.description) << ".\n";
-    if (!subcommand.details.empty()) std::cout << roff(subcommand.details) << '\n';
+    printDetails(subcommand.details);
     for (const Option& option : subcommand.options) printOption(option);
     std::cout << ".PP\nExample:\n";
     printExample(subcommand.example);
   }
   std::cout << ".PP\nEach command accepts " << bold("--help") << ", and " << bold("meridian --version")
-            << " prints the version.\n.SH ENVIRONMENT\n.TP\n"
+            << " prints the version.\n.SH ARGUMENT VECTORS IN FILES\n";
+  printDetails(fromDetails);
+  std::cout << ".SH ENVIRONMENT\n.TP\n"
             << bold("NO_COLOR") << "\nIf it is set, even to the empty text, no colours are written.\n";
   std::cout << ".SH EXIT STATUS\n" << roff(exitStatuses) << ".\n.SH EXAMPLES\n";
   printExample(mainExample);

@@ -28,7 +28,7 @@ Subcommand parseCommand() {
   return {
       .name = "parse",
       .description = "Read an argument vector and print its settings as JSON, in their stored form",
-      .details = "With --from, each store is printed on a line of its own.\n" + std::string(fromDetails),
+      .details = "With --from, each store is printed on a line of its own.",
       .example =
           "meridian parse --keep-order -- -preset solvane_cloud -out /out/a.mov -overwrite\n"
           "meridian parse --strict --from jobs.txt",

@@ -13,15 +13,27 @@
 namespace meridian::command {
 namespace {
 
-/// Returns a line for each property: its name and what it accepts.
+/// Returns two lines for each property: its name and meaning, and below the meaning what it accepts.
 std::string propertyLines() {
   std::size_t width = 0;
   for (const TranscodeProperty& each : transcodeProperties) width = std::max(width, each.name.size());
   std::string lines;
   for (const TranscodeProperty& each : transcodeProperties) {
-    lines += "\n  " + std::string(each.name) + std::string(width - each.name.size() + 2, ' ') + expectedForm(each);
+    lines += "\n  " + std::string(each.name) + std::string(width - each.name.size() + 2, ' ') +
+             std::string(each.meaning) + "\n" + std::string(width + 4, ' ') + expectedForm(each) +
+             (each.unit.empty() ? "" : ", in " + std::string(each.unit));
   }
   return lines;
+}
+
+/// Returns the properties for the completion.
+std::vector<Option::Name> propertyNames() {
+  std::vector<Option::Name> names;
+  for (const TranscodeProperty& each : transcodeProperties) {
+    names.push_back({each.name, each.meaning, allowedTexts(each)});
+    if (each.kind == PropertyKind::onOff) names.back().values = {"true", "false"};
+  }
+  return names;
 }
 
 struct Assignment {
@@ -38,9 +50,8 @@ Assignment assignmentOf(std::string_view text) {
   const auto property = transcodePropertyNamed(name);
   if (!property) {
     const std::string& advice = property.error().advice;
-    throw UsageError("unknown property " + inQuotes(name) +
-                     (advice.empty() ? "; known properties:" + propertyLines()
-                                     : "; " + advice + "\n\"meridian set --help\" lists all properties."));
+    throw UsageError("unknown property " + inQuotes(name) + (advice.empty() ? "" : "; " + advice) +
+                     "\n\"meridian set --help\" lists all properties.");
   }
   return {**property, text.substr(equals + 1)};
 }
@@ -87,8 +98,10 @@ Subcommand setCommand() {
   return {
       .name = "set",
       .description = "Set properties of an argument vector, and print the new vector",
-      .details = "Several vectors are printed one on each line: quoted for a shell, or with --json as JSON lists.\n" +
-                 std::string(fromDetails) + "\n\nProperties and the values that they accept:" + propertyLines(),
+      .details =
+          "Several vectors are printed one on each line: quoted for a shell, or with --json as JSON lists.\n\n"
+          "Properties, what they do and what they accept:" +
+          propertyLines(),
       .example = "meridian set videoFormat=h264 videoDimensions=1280x720 videoFrameRate= -- -preset solvane_cloud",
       .takesWords = true,
       .fileOption = "from",
@@ -96,7 +109,8 @@ Subcommand setCommand() {
                    .name = "assignments",
                    .help = "PROPERTY=VALUE; an empty VALUE removes the setting; inputFiles may be repeated",
                    .valueName = "ASSIGNMENT",
-                   .repeated = true},
+                   .repeated = true,
+                   .names = propertyNames()},
                   {Option::Kind::flag, "keep-order", "Keep the order of the flags"},
                   {Option::Kind::flag, "json", "Print a JSON list"},
                   {Option::Kind::flag, "null", "End each element with a NUL instead of a newline"},
