@@ -74,7 +74,8 @@ std::array<Sample, 4> converted(const ImageLut& lut, const std::array<Sample, 4>
     EXPECT_EQ(output[3], image.source.hasAlpha() ? input[3] : 1);
   } else {
     const unsigned opaque = (1U << static_cast<unsigned>(to)) - 1;
-    const unsigned alpha = to > from ? static_cast<unsigned>(input[3]) << (to - from) : input[3] >> (from - to);
+    const auto given = static_cast<unsigned>(input[3]);
+    const unsigned alpha = to > from ? given << (to - from) : given >> (from - to);
     EXPECT_EQ(output[3], image.source.hasAlpha() ? alpha : opaque);
   }
   return output;
