@@ -3,10 +3,34 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <iostream>
+#include <thread>
+
+#include "tests/support/temporary_directory.h"
 
 namespace meridian::command {
 namespace {
+
+TEST(RemovedOnInterruptionDeathTest, RemovesTheFilesThatExistThenAndEndsAsItWouldHave) {
+  const test::TemporaryDirectory directory;
+  const auto write = [&directory](const char* name) { return directory.write(name, "unfinished"); };
+  const auto ended = [&](const auto& end) {
+    const RemovedOnInterruption one(write("one"));
+    const RemovedOnInterruption two(write("two"));
+    { const RemovedOnInterruption finished(write("finished")); }
+    end();
+  };
+  for (const int signal : {SIGTERM, SIGPIPE, SIGABRT, SIGSEGV, SIGBUS, SIGFPE}) {
+    EXPECT_EXIT(ended([signal] { std::raise(signal); }), testing::KilledBySignal(signal), "");
+    EXPECT_EXIT(ended([signal] { std::thread([signal] { std::raise(signal); }).join(); }),
+                testing::KilledBySignal(signal), "");
+    EXPECT_EQ(directory.names(), std::vector<std::string>{"finished"}) << signal;
+  }
+  EXPECT_EXIT(ended([] { std::exit(3); }), testing::ExitedWithCode(3), "");
+  EXPECT_EQ(directory.names(), std::vector<std::string>{"finished"});
+}
 
 TEST(InterruptionsHeldDeathTest, DelaysASignalToTheEndOfTheScope) {
   const auto interrupted = [] {

@@ -181,8 +181,7 @@ void checkDpx(const std::string& path) {
   const std::uint64_t descriptor = header.number(800, 1).value_or(0);
   if (descriptor >= 1 && descriptor <= 9) throwImageError(path, "has 1 channel; a LUT needs red, green and blue");
   if (descriptor < rgb || descriptor > abgr) {
-    refuse("DPX files of CbYCr or other elements than RGB, RGBA and ABGR are not supported (descriptor " +
-           std::to_string(descriptor) + ")");
+    refuse("only DPX files of RGB, RGBA and ABGR are supported; its image descriptor is " + std::to_string(descriptor));
   }
   const std::uint64_t channels = descriptor == rgb ? 3 : 4;
   const std::uint64_t bits = header.number(803, 1).value_or(0);

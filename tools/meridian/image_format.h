@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,33 +16,52 @@
 
 namespace meridian::command {
 
+/// What the files of a format can hold.
+struct ImageStorage {
+  bool eightBits = false;
+  bool sixteenBits = false;
+  bool floating = false;
+  /// With alpha as the fourth; 0 if there is no limit.
+  int mostChannels = 0;
+  /// True if the samples are read back as they were written, unless the file's compression says otherwise.
+  bool isLossless = true;
+};
+
 /// A format, or several that one library reads and writes.
 struct ImageFormat {
   /// What people call it.
   std::string_view name;
   /// What OpenImageIO calls its reader and writer.
   std::string_view library;
-  /// In lower case.
-  std::array<std::string_view, 3> extensions{};
+  /// Those under which it is written, in lower case.
+  std::array<std::string_view, 2> extensions{};
   /// How its files begin; "_" is any byte. A format without any is recognised by its extension.
   std::array<std::string_view, 8> beginnings{};
-  bool isWritten = true;
-  /// True if a file holds exactly the samples written to it, unless its compression says otherwise.
-  bool isLossless = true;
+  /// Absent if it is only read.
+  std::optional<ImageStorage> storage;
 };
 
 inline constexpr auto imageFormats = std::to_array<ImageFormat>({
-    {"DPX", "dpx", {"dpx"}, {"SDPX", "XPDS"}},
-    {"EXR", "openexr", {"exr"}, {"v/1\x01"}},
-    {"TIFF", "tiff", {"tif", "tiff"}, {{{"II*\0", 4}, {"MM\0*", 4}, {"II+\0", 4}, {"MM\0+", 4}}}},
-    {"PNG", "png", {"png"}, {"\x89PNG\r\n\x1a\n"}},
-    {"JPEG", "jpeg", {"jpg", "jpeg"}, {"\xff\xd8\xff"}, true, false},
-    {"WebP", "webp", {"webp"}, {"RIFF____WEBP"}, true, false},
-    {"HDR", "hdr", {"hdr"}, {"#?RADIANCE", "#?RGBE"}, true, false},
-    {"Cineon", "cineon", {"cin"}, {"\x80\x2a\x5f\xd7", "\xd7\x5f\x2a\x80"}, false},
-    {"BMP", "bmp", {"bmp"}, {"BM"}},
-    {"TGA", "targa", {"tga"}},
-    {"PPM", "pnm", {"ppm", "pnm", "pfm"}, {"P1", "P2", "P3", "P4", "P5", "P6", "PF", "Pf"}},
+    {"DPX", "dpx", {"dpx"}, {"SDPX", "XPDS"}, ImageStorage{true, true, true, 4}},
+    {"EXR", "openexr", {"exr"}, {"v/1\x01"}, ImageStorage{false, false, true}},
+    {"TIFF",
+     "tiff",
+     {"tif", "tiff"},
+     {{{"II*\0", 4}, {"MM\0*", 4}, {"II+\0", 4}, {"MM\0+", 4}}},
+     ImageStorage{true, true, true}},
+    {"PNG", "png", {"png"}, {"\x89PNG\r\n\x1a\n"}, ImageStorage{true, true, false, 4}},
+    {"JPEG", "jpeg", {"jpg", "jpeg"}, {"\xff\xd8\xff"}, ImageStorage{true, false, false, 3, false}},
+    // Alpha could be written, but would be read multiplied into the colours.
+    {"WebP", "webp", {"webp"}, {"RIFF____WEBP"}, ImageStorage{true, false, false, 3, false}},
+    {"HDR", "hdr", {"hdr"}, {"#?RADIANCE", "#?RGBE"}, ImageStorage{false, false, true, 3, false}},
+    {"Cineon", "cineon", {"cin"}, {"\x80\x2a\x5f\xd7", "\xd7\x5f\x2a\x80"}, std::nullopt},
+    {"BMP", "bmp", {"bmp"}, {"BM"}, ImageStorage{true, false, false, 4}},
+    {"TGA", "targa", {"tga"}, {}, ImageStorage{true, false, false, 4}},
+    {"PPM",
+     "pnm",
+     {"ppm", "pnm"},
+     {"P1", "P2", "P3", "P4", "P5", "P6", "PF", "Pf"},
+     ImageStorage{true, false, false, 3}},
 });
 
 /// The most bytes that a file's beginning is recognised by.
@@ -74,7 +94,7 @@ inline constexpr std::size_t imageBeginningBytes = 16;
 [[nodiscard]] inline std::string imageFormatNames(bool written) {
   std::string names;
   for (const ImageFormat& format : imageFormats) {
-    if (written && !format.isWritten) continue;
+    if (written && !format.storage) continue;
     names.append(names.empty() ? "" : ", ").append(format.name);
   }
   return names;

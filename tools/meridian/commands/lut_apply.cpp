@@ -57,7 +57,7 @@ void checkCanBeWritten(const std::string& path) {
     throw CommandError(inQuotes(path) + " cannot be written: no supported image format has the extension " +
                        inQuotes(extension) + supported);
   }
-  if (!format->isWritten) {
+  if (!format->storage) {
     throw CommandError(inQuotes(path) + " cannot be written: " + std::string(format->name) + " files can only be read" +
                        supported);
   }
@@ -258,8 +258,8 @@ Subcommand lutApplyCommand() {
       .description = "Apply a LUT to an image, or to many",
       .details =
           "Formats: " + imageFormatNames(false) +
-          ".\nThe first bytes of IN decide its format (TGA: its extension), OUT's extension decides OUT's. Cineon is\n"
-          "only read, PPM includes PFM.\n\n"
+          ".\nThe first bytes of IN decide its format (TGA: its extension), OUT's extension decides OUT's. Cineon and\n"
+          "PFM are only read, WebP has no alpha; JPEG, WebP and HDR do not keep samples exactly.\n\n"
           "Samples keep their type and bit depth: code values of up to 16 bits (10 and 12 in DPX), half and float.\n"
           "Other types, files of several images and deep images are not supported. Metadata, alpha\n"
           "and further channels stay as they are. OUT's format has to support such samples and channels. OUT is\n"
