@@ -34,7 +34,9 @@ TEST(ReplacementFile, ReplacesAFileOnlyWhenItIsComplete) {
     fs::permissions(old, fs::perms::owner_read | fs::perms::owner_write);
     for (const std::string& path : {old, (directory.path() / "new").string()}) {
       const std::string before = contentsOf(path);
-      { const ReplacementFile abandoned(path, kind); }
+      {
+        const ReplacementFile abandoned(path, kind);
+      }
       ReplacementFile file(path, kind);
       std::ofstream(file.path()) << "by path";
       EXPECT_EQ(pwrite(file.descriptor(), "BY", 2, 0), 2);

@@ -63,7 +63,7 @@ std::size_t DescriptorProxy::pwrite(const void* bytes, std::size_t count, std::i
 
 std::size_t DescriptorProxy::size() const {
   flush();
-  struct stat status {};
+  struct stat status{};
   return fstat(descriptor_, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
 }
 

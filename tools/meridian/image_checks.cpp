@@ -50,8 +50,8 @@ constexpr std::size_t mostNames = 12;
 
 std::optional<Places> channelsOfLayer(const ImageSpec& spec, const std::string& layer) {
   const std::string prefix = layer.empty() ? "" : layer + ".";
-  for (const std::array<std::string_view, 3>& names : {std::array<std::string_view, 3>{"R", "G", "B"},
-                                                       std::array<std::string_view, 3>{"r", "g", "b"}}) {
+  for (const std::array<std::string_view, 3>& names :
+       {std::array<std::string_view, 3>{"R", "G", "B"}, std::array<std::string_view, 3>{"r", "g", "b"}}) {
     Places places{};
     const bool allAre = std::ranges::all_of(std::views::iota(0U, 3U), [&](unsigned color) {
       const auto found = std::ranges::find(spec.channelnames, prefix + std::string(names[color]));
@@ -98,8 +98,8 @@ Places colorChannels(const ImageSpec& spec, const std::optional<std::string>& la
   if (isNamed) throwQuotedError(path, "has no layer " + inQuotes(*layer) + " with channels R, G and B; " + known);
   if (layer) throwQuotedError(path, "cannot be read: the name of the layer is empty; " + known);
   if (layers.empty()) {
-    throwQuotedError(path, "has no channels R, G and B, which a LUT needs; its channels are " +
-                               quotedList(spec.channelnames));
+    throwQuotedError(
+        path, "has no channels R, G and B, which a LUT needs; its channels are " + quotedList(spec.channelnames));
   }
   throwQuotedError(path, "has no channels R, G and B outside of layers; " + known + ": choose with --layer NAME");
 }
@@ -150,7 +150,8 @@ class DpxHeader {
  public:
   explicit DpxHeader(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    if (!file.read(bytes_.data(), static_cast<std::streamsize>(bytes_.size()))) throwImageError(path, "cannot be read: it ends within its header");
+    if (!file.read(bytes_.data(), static_cast<std::streamsize>(bytes_.size())))
+      throwImageError(path, "cannot be read: it ends within its header");
   }
 
   /// Returns the unsigned number of `count` bytes at `place`; absent if all its bits are set, which means undefined.

@@ -24,8 +24,8 @@ namespace meridian::command {
 /// Returns the type that a file's samples are converted in; absent if that would lose something.
 [[nodiscard]] std::optional<OIIO::TypeDesc> workingType(const OIIO::ImageSpec& spec);
 
-/// Returns the indices of red, green and blue: the channels R, G and B, or with a layer those named LAYER.R, LAYER.G and
-/// LAYER.B. All three may also be in lower case. Throws CommandError, which names the layers that there are, if the
+/// Returns the indices of red, green and blue: the channels R, G and B, or with a layer those named LAYER.R, LAYER.G
+/// and LAYER.B. All three may also be in lower case. Throws CommandError, which names the layers that there are, if the
 /// file does not have them.
 [[nodiscard]] std::array<std::size_t, 3> colorChannels(const OIIO::ImageSpec& spec,
                                                        const std::optional<std::string>& layer,

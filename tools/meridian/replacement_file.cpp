@@ -95,7 +95,7 @@ ReplacementFile::~ReplacementFile() {
 
 void ReplacementFile::replace() {
   if (fsync(descriptor_) != 0) throwWriteError(target_, systemText(errno));
-  struct stat old {};
+  struct stat old{};
   // Not every file system has permissions.
   if (stat(target_.c_str(), &old) == 0) static_cast<void>(fchmod(descriptor_, old.st_mode & 07777U));
   if (hidden_.empty()) {
