@@ -2,11 +2,13 @@
 /// A directory for the files of a test.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace meridian::test {
 
@@ -26,6 +28,14 @@ class TemporaryDirectory {
     const std::string path = (path_ / name).string();
     std::ofstream(path, std::ios::binary) << content;
     return path;
+  }
+
+  /// Returns the names of the entries, sorted.
+  [[nodiscard]] std::vector<std::string> names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) names.push_back(entry.path().filename());
+    std::ranges::sort(names);
+    return names;
   }
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }

@@ -1,11 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
+#include <iterator>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -81,6 +84,8 @@ struct Kind {
 const Kind kinds[]{{"ten.dpx", TypeDesc::UINT16, 10, 3},     {"twelve.dpx", TypeDesc::UINT16, 12, 3},
                    {"sixteen.dpx", TypeDesc::UINT16, 16, 3}, {"alpha.dpx", TypeDesc::UINT16, 10, 4},
                    {"eight.png", TypeDesc::UINT8, 8, 3},     {"sixteen.png", TypeDesc::UINT16, 16, 4},
+                   {"eight.bmp", TypeDesc::UINT8, 8, 3},     {"eight.tga", TypeDesc::UINT8, 8, 4},
+                   {"eight.ppm", TypeDesc::UINT8, 8, 3},     {"ten.tif", TypeDesc::UINT16, 10, 3},
                    {"eight.tif", TypeDesc::UINT8, 8, 4},     {"twelve.tif", TypeDesc::UINT16, 12, 3},
                    {"sixteen.tif", TypeDesc::UINT16, 16, 3}, {"float.tif", TypeDesc::FLOAT, 16, 3},
                    {"half.exr", TypeDesc::HALF, 10, 4},      {"float.exr", TypeDesc::FLOAT, 16, 6}};
@@ -221,10 +226,10 @@ TEST_F(LutCommand, AFailureLeavesOutAsItWasAndNoTemporaryFile) {
             {cut(written("whole.tif", 3, TypeDesc::FLOAT), "cut.tif"), path("old.tif"), "cannot be read"},
             {cut(written("whole.dpx", 3, TypeDesc::UINT16), "cut.dpx"), path("old.dpx"), "ends before its last row"},
             {cut(written("whole.exr", 3, TypeDesc::HALF), "cut.exr"), path("old.exr"), "be read: OpenEXR"},
-            {write("text.png", "no image"), old, "is not an image that can be read"},
+            {write("text.png", "no image"), old, "is not an image of a supported format; supported are DPX, EXR"},
             {path("missing\n.png"), old, "missing\\n.png\" cannot be read: No such file or directory"},
-            {path("folder.png"), old, "is not a file"},
-            {path("whole.exr"), old, "do not hold samples of type \"half\""},
+            {path("folder.png"), old, "is not a regular file"},
+            {path("whole.exr"), old, "do not hold the samples of type \"half\""},
             {written("seven.tif", 7, TypeDesc::UINT8), path("old.dpx"), "do not hold the 7 channels"},
             {written("seven.tif", 7, TypeDesc::UINT8), path("old.jpg"), "do not hold the 7 channels"},
             {written("alpha.png", 4, TypeDesc::UINT8), path("old.jpg"), "do not hold the 4 channels"},
@@ -246,19 +251,226 @@ TEST_F(LutCommand, AFailureLeavesOutAsItWasAndNoTemporaryFile) {
   EXPECT_EQ(lut({"apply", cube, good, old, "--threads", "-1"}).status, 2);
 }
 
-TEST_F(LutCommand, AnInterruptedApplyLeavesNoTemporaryFile) {
+TEST_F(LutCommand, ApplyLeavesNoUnfinishedFileHoweverItEnds) {
   // Packing such an image takes far longer than the signal.
   writeImage(path("in.tif"), ImageSpec(2000, 1500, 3, TypeDesc::UINT16),
              ramps(ImageSpec(2000, 1500, 3, TypeDesc::UINT16), 16));
-  const Outcome outcome =
-      test::run({"bash", "-c",
-                 "(cd \"$1\" && exec \"$0\" lut apply table.lut in.tif out.png) & "
-                 "cd \"$1\"; until compgen -G '.meridian-*' >&2 || ! kill -0 $!; do sleep 0.01; done; "
-                 "kill -TERM $!; wait $!",
-                 MERIDIAN_COMMAND, fs::path(table()).parent_path()});
-  EXPECT_EQ(outcome.status, 128 + SIGTERM);
-  EXPECT_THAT(outcome.errors, HasSubstr(".meridian-"));
-  EXPECT_THAT(fileNames(), testing::ElementsAre("in.tif", "table.lut"));
+  const std::string folder = fs::path(table()).parent_path();
+  for (const int signal : {SIGTERM, SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGKILL}) {
+    const Outcome outcome =
+        test::run({"bash", "-c",
+                   "ulimit -c 0; (cd \"$1\" && exec \"$0\" lut apply table.lut in.tif out.png) & "
+                   "until ls -l /proc/$!/fd 2>/dev/null | grep -F \"$1/\" | grep -e deleted -e .meridian- >&2; do "
+                   "kill -0 $! || exit 99; sleep 0.01; done; "
+                   "kill -$2 $!; wait $!",
+                   MERIDIAN_COMMAND, folder, std::to_string(signal)});
+    EXPECT_EQ(outcome.status, 128 + signal) << outcome.errors;
+    EXPECT_THAT(fileNames(), testing::ElementsAre("in.tif", "table.lut"));
+  }
+}
+
+TEST_F(LutCommand, AFullDiskLeavesTheImageAsItWas) {
+  // A limit on the size of files fails the same writes as a disk that is full.
+  for (const std::string extension : {"bmp", "tga", "ppm", "png", "jpg", "webp", "dpx", "tif", "exr", "hdr"}) {
+    const std::string file = path("shot." + extension);
+    const bool isFloat = extension == "exr" || extension == "hdr";
+    const ImageSpec spec(320, 200, 3, isFloat ? TypeDesc::FLOAT : TypeDesc::UINT8);
+    std::vector<float> noise(std::size_t{320} * 200 * 3);
+    std::mt19937 random(1);
+    for (float& sample : noise) sample = static_cast<float>(random() % 256) / 255;
+    writeImage(file, spec, noise);
+    const std::string before = contentsOf(file);
+    const std::string cube = identityCube();
+    const Words names = fileNames();
+    for (const int kibibytes : {1, 16}) {
+      ASSERT_GT(before.size(), 1024U * static_cast<unsigned>(kibibytes)) << extension;
+      const Outcome outcome =
+          test::run({"bash", "-c", "trap '' XFSZ; ulimit -f $3; exec \"$0\" lut apply \"$1\" \"$2\" \"$2\"",
+                     MERIDIAN_COMMAND, cube, file, std::to_string(kibibytes)});
+      EXPECT_EQ(outcome.status, 1) << extension << kibibytes << outcome.errors;
+      EXPECT_THAT(outcome.errors, HasSubstr("cannot be written")) << extension;
+      EXPECT_TRUE(contentsOf(file) == before) << extension << kibibytes;
+      EXPECT_EQ(fileNames(), names);
+    }
+    EXPECT_EQ(lut({"apply", cube, file, file}).status, 0) << extension;
+  }
+}
+
+/// Sets some bytes of a big-endian file's header.
+std::string patched(std::string contents, std::size_t place, std::size_t bytes, std::uint32_t value) {
+  for (std::size_t i = 0; i < bytes; ++i) contents[place + i] = static_cast<char>(value >> 8U * (bytes - 1 - i));
+  return contents;
+}
+
+TEST_F(LutCommand, PaddingInDpxIsReadAndNotWritten) {
+  ImageSpec spec(33, 20, 3, TypeDesc::UINT8);
+  spec.attribute("oiio:Endian", "big");
+  writeImage(path("good.dpx"), spec, ramps(spec, 8));
+  const std::string good = contentsOf(path("good.dpx"));
+  const std::size_t row = std::size_t{33} * 3;
+  const std::size_t first = good.size() - 20 * row;
+  for (const std::uint32_t padding : {0U, 4U, 64U, 1000U, 0xFFFFFFFFU}) {
+    const std::size_t bytes = padding == 0xFFFFFFFF ? 0 : padding;
+    std::string padded = good.substr(0, first);
+    for (std::size_t i = 0; i < 20; ++i) padded += good.substr(first + i * row, row) + std::string(bytes, 'x');
+    padded = patched(patched(padded + std::string(bytes, 'x'), 812, 4, padding), 816, 4, padding);
+    const Outcome outcome = lut({"apply", exactIdentityCube(), write("padded.dpx", padded), path("out.dpx")});
+    ASSERT_EQ(outcome.status, 0) << padding << outcome.errors;
+    EXPECT_TRUE(readImage(path("out.dpx")).samples == readImage(path("good.dpx")).samples) << padding;
+    EXPECT_EQ(contentsOf(path("out.dpx")).size(), good.size());
+  }
+}
+
+TEST_F(LutCommand, KindsOfDpxThatWouldBeReadWronglyAreErrors) {
+  ImageSpec spec(31, 4, 3, TypeDesc::UINT16);
+  spec.attribute("oiio:BitsPerSample", 10);
+  spec.attribute("oiio:Endian", "big");
+  writeImage(path("rgb.dpx"), spec, ramps(spec, 10));
+  const std::string good = contentsOf(path("rgb.dpx"));
+  ASSERT_EQ(lut({"apply", identityCube(), path("rgb.dpx"), path("out.dpx")}).status, 0);
+  const struct {
+    std::size_t place, bytes;
+    std::uint32_t value;
+    std::string says;
+  } cases[]{{770, 2, 2, "holds several images"},
+            {780, 4, 1, "signed samples"},
+            {806, 2, 1, "run-length encoded"},
+            {800, 1, 102, "its image descriptor is 102"},
+            {800, 1, 6, "has 1 channel"},
+            {803, 1, 1, "DPX files of 1 bits"},
+            {804, 2, 7, "packing"},
+            {800, 1, 51, "only supported if they are packed"},
+            {776, 4, 5, "it ends before its last row"},
+            {812, 4, 4, "it ends before its last row"}};
+  for (const auto& each : cases) {
+    const std::string file = write("odd.dpx", patched(good, each.place, each.bytes, each.value));
+    const Outcome outcome = lut({"apply", identityCube(), file, path("none.dpx")});
+    EXPECT_EQ(outcome.status, 1) << each.says;
+    EXPECT_THAT(outcome.errors, HasSubstr(each.says));
+    EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;
+    EXPECT_FALSE(fs::exists(path("none.dpx")));
+  }
+}
+
+TEST_F(LutCommand, ApplyChangesTheChannelsCalledRedGreenAndBlueOrThoseOfALayer) {
+  const auto applied = [this](const Words& channels, const Words& options) {
+    ImageSpec spec(1, 1, static_cast<int>(channels.size()), TypeDesc::FLOAT);
+    spec.channelnames = channels;
+    writeImage(path("in.exr"), spec, std::vector<float>(channels.size(), 0.25F));
+    fs::remove(path("out.exr"));
+    Words words{"apply", inverseCube(), path("in.exr"), path("out.exr")};
+    words.insert(words.end(), options.begin(), options.end());
+    const Outcome outcome = lut(words);
+    if (outcome.status != 0) return outcome.errors.substr(outcome.errors.find("in.exr"));
+    const Image image = readImage(path("out.exr"));
+    std::string changed;
+    for (std::size_t i = 0; i < image.samples.size(); ++i) {
+      if (image.samples[i] == 0.75F) changed += image.spec.channelnames[i] + " ";
+    }
+    return changed;
+  };
+  const Words layers{"AO", "beauty.R", "beauty.G", "beauty.B", "spec.R", "spec.G", "spec.B"};
+  EXPECT_EQ(applied({"R", "G", "B", "spec.R", "spec.G", "spec.B"}, {}), "R G B ");
+  EXPECT_EQ(applied({"r", "g", "b"}, {}), "r g b ");
+  EXPECT_EQ(applied({"R", "G", "B", "spec.R", "spec.G", "spec.B"}, {"--layer", "spec"}), "spec.R spec.G spec.B ");
+  EXPECT_EQ(applied({"a.b.R", "a.b.G", "a.b.B"}, {"--layer", "a.b"}), "a.b.R a.b.G a.b.B ");
+  EXPECT_THAT(applied(layers, {}), HasSubstr("are \"beauty\", \"spec\": choose with --layer NAME"));
+  EXPECT_THAT(applied({"AO", "spec.R", "spec.G", "spec.B"}, {}), HasSubstr("is \"spec\": choose with --layer NAME"));
+  EXPECT_THAT(applied(layers, {"--layer", "Beauty"}), HasSubstr("no layer \"Beauty\" with channels R, G and B; its"));
+  EXPECT_THAT(applied(layers, {"--layer", ""}), HasSubstr("the name of the layer is empty; its layers"));
+  EXPECT_THAT(applied({"R", "G", "B"}, {"--layer", ""}), HasSubstr("it has no layer with"));
+  EXPECT_THAT(applied({"N.X", "N.Y", "N.Z"}, {}), HasSubstr("its channels are \"N.X\", \"N.Y\", \"N.Z\""));
+  EXPECT_THAT(applied({"R", "G", "A"}, {}), HasSubstr("has no channels R, G and B"));
+}
+
+TEST_F(LutCommand, ContentsDecideTheFormatAndOnlyRegularFilesOfKnownFormatsAreOpened) {
+  writeImage(path("image.png"), ImageSpec(2, 2, 3, TypeDesc::UINT8), std::vector<float>(12, 0.5F));
+  fs::rename(path("image.png"), path("image.dpx"));
+  EXPECT_EQ(lut({"apply", identityCube(), path("image.dpx"), path("out.bmp")}).status, 0);
+  ASSERT_EQ(mkfifo(path("pipe.dpx").c_str(), 0600), 0);
+  for (const std::string& file : {path("pipe.dpx"), std::string("/dev/zero")}) {
+    EXPECT_THAT(lut({"apply", identityCube(), file, path("out.dpx")}).errors, HasSubstr("is not a regular file"));
+  }
+  for (const std::string& beginning :
+       {std::string("SIMPLE  = T"), std::string("FOR4....CIMG"), std::string("\x01\xda\0\x01", 4), std::string()}) {
+    EXPECT_THAT(lut({"apply", identityCube(), write("other.tif", beginning), path("out.dpx")}).errors,
+                HasSubstr("is not an image of a supported format; supported are DPX, EXR, TIFF, PNG, JPEG"));
+  }
+  EXPECT_THAT(lut({"apply", identityCube(), path("image.dpx"), path("out.cin")}).errors,
+              HasSubstr("Cineon files can only be read"));
+}
+
+TEST_F(LutCommand, ApplyChangesManyImagesAndReportsThoseThatFail) {
+  const ImageSpec spec(20, 10, 3, TypeDesc::UINT16);
+  const std::vector<float> samples(600, 0.25F);
+  fs::create_directory(path("scan"));
+  fs::create_directory(path("graded"));
+  Words all{"apply", inverseCube()};
+  for (int frame = 0; frame < 20; ++frame) {
+    all.push_back(path("scan/" + std::to_string(frame) + (frame % 2 == 0 ? ".dpx" : ".png")));
+    writeImage(all.back(), spec, samples);
+  }
+  const auto call = [&all](const Words& options) {
+    Words words = all;
+    words.insert(words.end(), options.begin(), options.end());
+    return lut(words);
+  };
+  ASSERT_EQ(lut({"apply", inverseCube(), all[2], path("one.dpx")}).status, 0);
+  const Outcome outcome = call({"--to", path("graded")});
+  EXPECT_EQ(outcome.status, 0) << outcome.errors;
+  EXPECT_THAT(outcome.output + outcome.errors, IsEmpty());
+  for (std::size_t i = 2; i < all.size(); ++i) {
+    const fs::path result = fs::path(path("graded")) / fs::path(all[i]).filename();
+    EXPECT_TRUE(readImage(result).samples == readImage(path("one.dpx")).samples) << result;
+  }
+
+  fs::copy_file(path("one.dpx"), path("graded/5.png"), fs::copy_options::overwrite_existing);
+  write("scan/7.png", "no image");
+  const Outcome some = call({"--to", path("scan"), "--threads", "3", "--", path("missing.dpx")});
+  EXPECT_EQ(some.status, 1);
+  EXPECT_THAT(some.errors, testing::AllOf(HasSubstr("7.png\" is not an image"), HasSubstr("missing.dpx\" cannot be"),
+                                          testing::EndsWith("meridian: 2 of 21 images failed\n")));
+  EXPECT_EQ(std::ranges::count(some.errors, '\n'), 3) << some.errors;
+  EXPECT_EQ(contentsOf(path("scan/7.png")), "no image");
+  EXPECT_TRUE(readImage(path("scan/19.png")).samples == readImage(path("one.dpx")).samples);
+  EXPECT_EQ(std::distance(fs::directory_iterator(path("scan")), {}), 20);
+
+  const std::string before = contentsOf(all[2]);
+  EXPECT_EQ(call({path("graded/4.dpx"), "--to", path("graded")}).status, 2);
+  EXPECT_EQ(call({"--to", path("one.dpx")}).status, 1);
+  EXPECT_EQ(call({"--to", path("nowhere")}).status, 1);
+  EXPECT_THAT(call({}).errors, HasSubstr("give IN... --to FOLDER"));
+  EXPECT_EQ(lut({"apply", inverseCube(), all[2]}).status, 2);
+  EXPECT_EQ(contentsOf(all[2]), before);
+}
+
+// The sanitizers of addresses and threads need more address space than any limit leaves.
+#ifdef __has_feature
+#define MERIDIAN_HAS_FEATURE(name) __has_feature(name)
+#else
+#define MERIDIAN_HAS_FEATURE(name) 0
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || MERIDIAN_HAS_FEATURE(address_sanitizer) || \
+    MERIDIAN_HAS_FEATURE(thread_sanitizer)
+constexpr bool limitsAreUsable = false;
+#else
+constexpr bool limitsAreUsable = true;
+#endif
+
+TEST_F(LutCommand, WithLittleMemoryApplyFailsWithOneLine) {
+  if (!limitsAreUsable) GTEST_SKIP() << "under a sanitizer";
+  const ImageSpec spec(20, 10, 3, TypeDesc::UINT16);
+  writeImage(path("in.dpx"), spec, std::vector<float>(600, 0.25F));
+  for (const std::string kibibytes : {"100000", "400000", "450000", "600000", "800000", "1500000"}) {
+    const Outcome outcome =
+        test::run({"bash", "-c", "ulimit -c 0; ulimit -v $3; exec timeout 30 \"$0\" lut apply \"$1\" \"$2\" \"$2\"",
+                   MERIDIAN_COMMAND, identityCube(), path("in.dpx"), kibibytes});
+    EXPECT_TRUE(outcome.status == 0 || outcome.status == 1) << kibibytes << outcome.errors;
+    EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), outcome.status) << outcome.errors;
+    if (kibibytes == "400000") {
+      EXPECT_THAT(outcome.errors, HasSubstr("too little memory"));
+    }
+  }
 }
 
 #else

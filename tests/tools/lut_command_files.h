@@ -69,13 +69,7 @@ class LutCommand : public testing::Test {
     return write("table.lut", text);
   }
 
-  [[nodiscard]] Words fileNames() const {
-    Words names;
-    for (const auto& entry : std::filesystem::directory_iterator(directory_.path()))
-      names.push_back(entry.path().filename().string());
-    std::ranges::sort(names);
-    return names;
-  }
+  [[nodiscard]] Words fileNames() const { return directory_.names(); }
 
  private:
   TemporaryDirectory directory_;

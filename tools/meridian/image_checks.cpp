@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <ranges>
 #include <system_error>
+#include <vector>
 
 #include "meridian/base/printable.h"
 #include "tools/meridian/command.h"
@@ -39,15 +41,67 @@ std::optional<TypeDesc> workingType(const ImageSpec& spec) {
   }
 }
 
-std::array<std::size_t, 3> colorChannels(const ImageSpec& spec) {
-  std::array<std::size_t, 3> places{0, 1, 2};
-  const std::array<std::string_view, 3> names{"R", "G", "B"};
-  for (std::size_t channel = 0; channel < 3; ++channel) {
-    const int place = spec.channelindex(names[channel]);
-    if (place < 0) return {0, 1, 2};
-    places[channel] = static_cast<std::size_t>(place);
+namespace {
+
+using Places = std::array<std::size_t, 3>;
+
+/// The largest number of names that an error lists.
+constexpr std::size_t mostNames = 12;
+
+std::optional<Places> channelsOfLayer(const ImageSpec& spec, const std::string& layer) {
+  const std::string prefix = layer.empty() ? "" : layer + ".";
+  for (const std::array<std::string_view, 3>& names :
+       {std::array<std::string_view, 3>{"R", "G", "B"}, std::array<std::string_view, 3>{"r", "g", "b"}}) {
+    Places places{};
+    const bool allAre = std::ranges::all_of(std::views::iota(0U, 3U), [&](unsigned color) {
+      const auto found = std::ranges::find(spec.channelnames, prefix + std::string(names[color]));
+      places[color] = static_cast<std::size_t>(found - spec.channelnames.begin());
+      return found != spec.channelnames.end();
+    });
+    if (allAre) return places;
   }
-  return places;
+  return std::nullopt;
+}
+
+/// Returns the layers that have red, green and blue, each once, in the file's order.
+std::vector<std::string> colorLayers(const ImageSpec& spec) {
+  std::vector<std::string> layers;
+  for (const std::string& channel : spec.channelnames) {
+    const std::string layer = channel.substr(0, std::min(channel.rfind('.'), channel.size()));
+    if (layer.size() == channel.size() || layer.empty()) continue;
+    if (std::ranges::find(layers, layer) == layers.end() && channelsOfLayer(spec, layer)) layers.push_back(layer);
+  }
+  return layers;
+}
+
+std::string quotedList(const std::vector<std::string>& names) {
+  std::string list;
+  for (std::size_t i = 0; i < std::min(names.size(), mostNames); ++i) list += (i == 0 ? "" : ", ") + inQuotes(names[i]);
+  if (names.size() > mostNames) list += " and " + std::to_string(names.size() - mostNames) + " more";
+  return list;
+}
+
+/// Throws CommandError; `why` is already safe for a terminal.
+[[noreturn]] void throwQuotedError(const std::string& path, const std::string& why) {
+  throw CommandError(inQuotes(path) + " " + why);
+}
+
+}  // namespace
+
+Places colorChannels(const ImageSpec& spec, const std::optional<std::string>& layer, const std::string& path) {
+  const bool isNamed = layer && !layer->empty();
+  if (const auto places = channelsOfLayer(spec, layer.value_or("")); places && (isNamed || !layer)) return *places;
+  const std::vector<std::string> layers = colorLayers(spec);
+  const std::string known = layers.empty()       ? "it has no layer with channels R, G and B"
+                            : layers.size() == 1 ? "its layer with channels R, G and B is " + quotedList(layers)
+                                                 : "its layers with channels R, G and B are " + quotedList(layers);
+  if (isNamed) throwQuotedError(path, "has no layer " + inQuotes(*layer) + " with channels R, G and B; " + known);
+  if (layer) throwQuotedError(path, "cannot be read: the name of the layer is empty; " + known);
+  if (layers.empty()) {
+    throwQuotedError(
+        path, "has no channels R, G and B, which a LUT needs; its channels are " + quotedList(spec.channelnames));
+  }
+  throwQuotedError(path, "has no channels R, G and B outside of layers; " + known + ": choose with --layer NAME");
 }
 
 int codeValueBits(const ImageSpec& spec) {
@@ -60,7 +114,7 @@ void checkIsAlone(ImageInput& input, const std::string& path) {
   if (input.seek_subimage(1, 0)) throwImageError(path, "holds several images, of which only the first would be kept");
   if (input.seek_subimage(0, 1)) throwImageError(path, "holds smaller versions of its image, which would be lost");
   static_cast<void>(input.geterror());
-  if (!input.seek_subimage(0, 0)) throwImageError(path, "cannot be read: " + asLine(input.geterror()));
+  input.close();
 }
 
 void checkSamples(const ImageSpec& spec, const std::string& path) {
@@ -68,6 +122,11 @@ void checkSamples(const ImageSpec& spec, const std::string& path) {
   if (spec.depth > 1) throwImageError(path, "is a volume, not an image");
   for (const char* const name : {"tiff:ColorSpace", "jpeg:ColorSpace"}) {
     if (spec.get_string_attribute(name) == "CMYK") throwImageError(path, "is CMYK; a LUT needs red, green and blue");
+  }
+  // CIE L*a*b*, its ICC and ITU variants, and LogLuv, of which red, green and blue are not known.
+  constexpr std::array notRgb{8, 9, 10, 32844, 32845};
+  if (std::ranges::find(notRgb, spec.get_int_attribute("tiff:PhotometricInterpretation")) != notRgb.end()) {
+    throwImageError(path, "is CIE L*a*b* or LogLuv; a LUT needs red, green and blue");
   }
   if (spec.nchannels < 3) {
     throwImageError(path, "has " + std::to_string(spec.nchannels) + (spec.nchannels == 1 ? " channel" : " channels") +
@@ -84,32 +143,71 @@ void checkSamples(const ImageSpec& spec, const std::string& path) {
   }
 }
 
-void checkDpxIsWhole(const ImageSpec& spec, const std::string& path) {
-  std::array<unsigned char, 812> head{};
-  std::ifstream file(path, std::ios::binary);
-  if (!file.read(reinterpret_cast<char*>(head.data()), head.size())) throwImageError(path, "ends within its header");
-  const auto number = [&head](std::size_t place, std::size_t bytes) {
-    const bool isLittleEndian = head[0] == 'X';
+namespace {
+
+/// The header of a DPX file up to the first image element, as SMPTE 268M lays it out.
+class DpxHeader {
+ public:
+  explicit DpxHeader(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file.read(bytes_.data(), static_cast<std::streamsize>(bytes_.size())))
+      throwImageError(path, "cannot be read: it ends within its header");
+  }
+
+  /// Returns the unsigned number of `count` bytes at `place`; absent if all its bits are set, which means undefined.
+  [[nodiscard]] std::optional<std::uint64_t> number(std::size_t place, std::size_t count) const {
+    const bool isLittleEndian = bytes_[0] == 'X';
     std::uint64_t value = 0;
-    for (std::size_t i = 0; i < bytes; ++i) value = value << 8U | head[place + (isLittleEndian ? bytes - 1 - i : i)];
-    return value;
-  };
-  constexpr std::uint64_t undefined = 0xFFFFFFFF;
-  const std::uint64_t offset = number(808, 4) == undefined ? number(4, 4) : number(808, 4);
-  const std::uint64_t descriptor = head[800];
-  const std::uint64_t bits = head[803];
-  const bool isPlainRgb = (descriptor == 50 || descriptor == 51 || descriptor == 52) && number(806, 2) == 0;
-  if (!isPlainRgb) return;
-  const bool isFilled = number(804, 2) != 0;
-  const auto samples = static_cast<std::uint64_t>(spec.width) * static_cast<std::uint64_t>(spec.nchannels);
-  std::uint64_t rowBytes = samples * bits / 8;
-  if (isFilled && bits == 10) rowBytes = (samples + 2) / 3 * 4;
-  if (isFilled && bits == 12) rowBytes = samples * 2;
+    for (std::size_t i = 0; i < count; ++i) {
+      const char byte = bytes_[place + (isLittleEndian ? count - 1 - i : i)];
+      value = value << 8U | static_cast<unsigned char>(byte);
+    }
+    return value == (std::uint64_t{1} << 8U * count) - 1 ? std::nullopt : std::optional(value);
+  }
+
+ private:
+  std::array<char, 820> bytes_{};
+};
+
+}  // namespace
+
+void checkDpx(const std::string& path) {
+  const DpxHeader header(path);
+  const auto refuse = [&path](const std::string& why) { throwImageError(path, "cannot be read: " + why); };
+  if (header.number(770, 2).value_or(1) > 1) throwImageError(path, "holds several images, which would not all be kept");
+  if (header.number(780, 4).value_or(0) != 0) refuse("DPX files of signed samples are not supported");
+  if (header.number(806, 2).value_or(0) != 0) refuse("run-length encoded DPX files are not supported");
+  constexpr std::uint64_t rgb = 50;
+  constexpr std::uint64_t abgr = 52;
+  const std::uint64_t descriptor = header.number(800, 1).value_or(0);
+  if (descriptor >= 1 && descriptor <= 9) throwImageError(path, "has 1 channel; a LUT needs red, green and blue");
+  if (descriptor < rgb || descriptor > abgr) {
+    refuse("only DPX files of RGB, RGBA and ABGR are supported; its image descriptor is " + std::to_string(descriptor));
+  }
+  const std::uint64_t channels = descriptor == rgb ? 3 : 4;
+  const std::uint64_t bits = header.number(803, 1).value_or(0);
+  const bool isPadded = bits == 10 || bits == 12;
+  if (!isPadded && bits != 8 && bits != 16 && bits != 32 && bits != 64) {
+    refuse("DPX files of " + std::to_string(bits) + " bits per sample are not supported");
+  }
+  const std::uint64_t packing = header.number(804, 2).value_or(0);
+  if (isPadded && packing > 2) refuse("its packing of samples is not supported (" + std::to_string(packing) + ")");
+  const std::uint64_t rowSamples = header.number(772, 4).value_or(0) * channels;
+  const bool isFilled = isPadded && packing != 0;
+  // OpenImageIO loses the last sample of each row.
+  if (isFilled && bits == 10 && rowSamples % 3 == 1) {
+    refuse("DPX files of 10 bits, 4 channels and this width are only supported if they are packed");
+  }
+  std::uint64_t rowBytes = (rowSamples * bits + 31) / 32 * 4;
+  if (!isPadded) rowBytes = rowSamples * bits / 8;
+  if (isFilled) rowBytes = bits == 10 ? (rowSamples + 2) / 3 * 4 : rowSamples * 2;
+  rowBytes += header.number(812, 4).value_or(0);
+  const std::uint64_t offset = header.number(808, 4).value_or(header.number(4, 4).value_or(0));
   std::error_code error;
   const std::uint64_t size = std::filesystem::file_size(path, error);
-  if (!error && size < offset + rowBytes * static_cast<std::uint64_t>(spec.height)) {
-    throwImageError(path, "cannot be read: it ends before its last row");
-  }
+  if (error) refuse(error.message());
+  const std::uint64_t rows = header.number(776, 4).value_or(0);
+  if (size < offset || (rowBytes != 0 && (size - offset) / rowBytes < rows)) refuse("it ends before its last row");
 }
 
 }  // namespace meridian::command

@@ -1,4 +1,8 @@
-// What OpenImageIO says of an image, and whether a LUT can be applied to it without losing anything.
+/// \file
+/// What OpenImageIO says of an image, and whether a LUT can be applied to it without losing anything. For example:
+///
+///     checkSamples(input->spec(), path);
+///     const auto [red, green, blue] = colorChannels(input->spec(), "beauty", path);
 #pragma once
 
 #include <OpenImageIO/imageio.h>
@@ -20,19 +24,24 @@ namespace meridian::command {
 /// Returns the type that a file's samples are converted in; absent if that would lose something.
 [[nodiscard]] std::optional<OIIO::TypeDesc> workingType(const OIIO::ImageSpec& spec);
 
-/// Returns the indices of red, green and blue by their names, or else the first three channels.
-[[nodiscard]] std::array<std::size_t, 3> colorChannels(const OIIO::ImageSpec& spec);
+/// Returns the indices of red, green and blue: the channels R, G and B, or with a layer those named LAYER.R, LAYER.G
+/// and LAYER.B. All three may also be in lower case. Throws CommandError, which names the layers that there are, if the
+/// file does not have them.
+[[nodiscard]] std::array<std::size_t, 3> colorChannels(const OIIO::ImageSpec& spec,
+                                                       const std::optional<std::string>& layer,
+                                                       const std::string& path);
 
 /// Returns the bits of a code value. The reader spreads fewer bits over the whole sample and says how many there were.
 [[nodiscard]] int codeValueBits(const OIIO::ImageSpec& spec);
 
-/// Throws CommandError for a file that holds more than the one image that is read.
+/// Throws CommandError for a file that holds more than the one image that is read. Closes the file.
 void checkIsAlone(OIIO::ImageInput& input, const std::string& path);
 
 /// Throws CommandError for samples, channels and kinds of image that are not supported.
 void checkSamples(const OIIO::ImageSpec& spec, const std::string& path);
 
-/// Throws CommandError for a DPX file that ends early. The reader would not notice and return whatever the memory held.
-void checkDpxIsWhole(const OIIO::ImageSpec& spec, const std::string& path);
+/// Throws CommandError for DPX files that end early and for kinds of DPX that OpenImageIO reads wrongly or changes: it
+/// would not notice. To be called before it opens the file.
+void checkDpx(const std::string& path);
 
 }  // namespace meridian::command

@@ -6,11 +6,13 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
+#include <cerrno>
+#include <cmath>
+#include <concepts>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <new>
+#include <limits>
 #include <span>
 #include <system_error>
 #include <utility>
@@ -18,7 +20,9 @@
 #include "meridian/base/printable.h"
 #include "meridian/platform/path_text.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/descriptor_proxy.h"
 #include "tools/meridian/image_checks.h"
+#include "tools/meridian/image_format.h"
 
 namespace meridian::command {
 namespace {
@@ -48,7 +52,69 @@ ImageSpec outputSpec(const ImageSpec& read, const ImageOutput& output) {
                                  "thumbnail_height", "thumbnail_nchannels", "thumbnail_image"}) {
     spec.erase_attribute(name);
   }
+  // The DPX writer would announce padding and leave it out.
+  spec.erase_attribute("dpx:EndOfLinePadding");
+  spec.erase_attribute("dpx:EndOfImagePadding");
   return spec;
+}
+
+/// Returns true if the compression keeps only what the eye sees.
+bool isLossyCompression(std::string_view compression) {
+  constexpr std::array<std::string_view, 6> lossy{"jpeg", "pxr24", "b44", "b44a", "dwaa", "dwab"};
+  return std::ranges::find(lossy, compression.substr(0, compression.find(':'))) != lossy.end();
+}
+
+/// Returns the file's first bytes, at most `imageBeginningBytes`.
+std::string beginningOf(const std::string& path) {
+  std::string bytes(imageBeginningBytes, '\0');
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throwImageError(path, "cannot be opened: " + std::generic_category().message(errno));
+  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  bytes.resize(static_cast<std::size_t>(file.gcount()));
+  return bytes;
+}
+
+/// Returns the format of a file, by its first bytes or else by its extension.
+const ImageFormat& inputFormat(const std::string& path) {
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  if (!std::filesystem::exists(status)) throwImageError(path, "cannot be read: " + error.message());
+  if (!std::filesystem::is_regular_file(status)) throwImageError(path, "is not a regular file");
+  if (const ImageFormat* const format = imageFormatOfContents(beginningOf(path))) return *format;
+  const ImageFormat* const named = imageFormatOfExtension(pathExtension(path));
+  if (named != nullptr && named->beginnings[0].empty()) return *named;
+  throwImageError(path, "is not an image of a supported format; supported are " + imageFormatNames(false));
+}
+
+/// How far samples that were read back differ from those written.
+struct Difference {
+  bool isAny = false;
+  double sum = 0;
+  double scale = 0;
+
+  /// For lossy formats: true if an average sample is off by a fifth of the range, or in floating point of the average
+  /// value, in which case a part of the image is probably missing: what is missing is read as grey or black. Noise, the
+  /// worst case for them, comes back closer: 0.18 of the range for JPEG and WebP, against 0.25 for grey.
+  [[nodiscard]] bool isLarge() const { return sum > scale / 5; }
+};
+
+template <typename Sample>
+Difference differenceOf(std::span<const Sample> written, std::span<const Sample> read) {
+  Difference difference;
+  for (std::size_t i = 0; i < written.size(); ++i) {
+    const Sample from = written[i];
+    const Sample to = read[i];
+    bool isEqual = from == to;
+    if constexpr (std::same_as<Sample, float>) {
+      isEqual |= std::isnan(from) && std::isnan(to);
+      difference.scale += std::isfinite(from) ? std::abs(double{from}) : 0;
+    } else {
+      difference.scale += std::numeric_limits<Sample>::max();
+    }
+    difference.isAny |= !isEqual;
+    if (!isEqual) difference.sum += std::abs(static_cast<double>(from) - static_cast<double>(to));
+  }
+  return difference;
 }
 
 /// Passes OpenImageIO's reports of progress on.
@@ -64,12 +130,12 @@ struct Freed {
 /// An image that OpenImageIO reads and writes.
 class OpenImageIoFile final : public ImageFile {
  public:
-  OpenImageIoFile(const std::string& path, unsigned threads);
+  OpenImageIoFile(const std::string& path, const std::optional<std::string>& layer);
 
   [[nodiscard]] std::optional<int> bitDepth() const noexcept override {
     return type_ == TypeDesc::FLOAT ? std::nullopt : std::optional(bits_);
   }
-  void beginWriting(const std::string& path, const std::string& name) override;
+  void beginWriting(int descriptor, const std::string& path, const std::string& name) override;
   void read(const Progress& progress) override;
   void changeColors(const Change& change, const Progress& progress) override;
   void write(const Progress& progress) override;
@@ -81,8 +147,16 @@ class OpenImageIoFile final : public ImageFile {
 
   void allocate();
   void checkIsWhole(const Progress& progress);
+  template <typename Sample>
+  void checkRows(ImageInput& input, std::size_t first, std::size_t count) const;
+  template <typename Sample>
+  [[nodiscard]] std::vector<Sample> asStored(std::span<const Sample> samples) const;
+  [[nodiscard]] bool isLossless() const;
+  void checkIsStorable() const;
+  [[noreturn]] void throwDoesNotHold(const std::string& what) const;
   [[noreturn]] void throwOutputError(std::string why) const;
-  [[nodiscard]] bool keepsChannels(const ImageSpec& wanted) const;
+  [[nodiscard]] bool keepsChannels() const;
+  [[nodiscard]] bool keepsSamples() const;
   template <typename Sample>
   [[nodiscard]] Sample* row(std::size_t place) const {
     return reinterpret_cast<Sample*>(samples_.get()) + place * width() * channelCount();
@@ -98,6 +172,9 @@ class OpenImageIoFile final : public ImageFile {
   std::string outputPath_;
   std::string outputName_;
   std::unique_ptr<ImageInput> input_;
+  const ImageFormat* outputFormat_ = nullptr;
+  // The writer is destroyed before what it writes to.
+  std::optional<DescriptorProxy> written_;
   std::unique_ptr<ImageOutput> output_;
   ImageSpec spec_;
   TypeDesc type_;
@@ -166,62 +243,52 @@ void OpenImageIoFile::changeAs(const Change& change, const Progress& progress) {
   }
 }
 
-void checkExtension(const std::string& path) {
-  const std::string extension(pathExtension(path));
-  if (extension.empty()) throwImageError(path, "has no extension; give one such as .exr, which decides the format");
-  // Names for discarding and for displaying images, which write no file.
-  const bool writesFile = extension != "null" && extension != "nul" && extension != "term";
-  if (writesFile && ImageOutput::create(extension)) return;
-  static_cast<void>(OIIO::geterror());
-  throwImageError(path, "cannot be written: no image format has the extension " + inQuotes(extension));
-}
-
-OpenImageIoFile::OpenImageIoFile(const std::string& path, unsigned threads) : path_(path) {
-  const int most = static_cast<int>(std::min(threads, 1024U));
-  OIIO::attribute("threads", most);
-  OIIO::attribute("exr_threads", most);
-  std::error_code error;
-  const auto status = std::filesystem::status(path, error);
-  if (!std::filesystem::exists(status)) throwImageError(path, "cannot be read: " + error.message());
-  if (!std::filesystem::is_regular_file(status)) throwImageError(path, "is not a file");
-  if (!std::ifstream(path)) throwImageError(path, "cannot be opened");
-
+OpenImageIoFile::OpenImageIoFile(const std::string& path, const std::optional<std::string>& layer) : path_(path) {
+  const ImageFormat& format = inputFormat(path);
+  if (format.library == "dpx") checkDpx(path);
   ImageSpec wishes;
   // Otherwise colours would be multiplied by alpha when read and divided again when written.
   wishes.attribute("oiio:UnassociatedAlpha", 1);
-  input_ = ImageInput::open(path, &wishes);
-  if (!input_) throwImageError(path, "is not an image that can be read: " + asLine(OIIO::geterror()));
+  input_ = ImageInput::create(std::string(format.library));
+  if (!input_) throwImageError(path, "cannot be read: " + asLine(OIIO::geterror()));
+  if (!input_->open(path, spec_, wishes)) {
+    throwImageError(path, std::string("is not a ") + std::string(format.name) +
+                              " image that can be read: " + asLine(input_->geterror()));
+  }
   checkIsAlone(*input_, path);
-  spec_ = input_->spec();
+  // Not every reader finds back to the first image, of those that can hold several.
+  if (!input_->open(path, spec_, wishes)) throwImageError(path, "cannot be read: " + asLine(input_->geterror()));
   checkSamples(spec_, path);
-  if (std::string_view(input_->format_name()) == "dpx") checkDpxIsWhole(spec_, path);
+  if (format.library == "webp" && spec_.nchannels > 3) {
+    throwImageError(path, "has alpha, which the WebP reader multiplies into the colours; not supported");
+  }
   type_ = *workingType(spec_);
-  channels_ = colorChannels(spec_);
+  channels_ = colorChannels(spec_, layer, path);
   bits_ = codeValueBits(spec_);
   if (type_ == TypeDesc::FLOAT) bits_ = ImageView<float>::sampleBits;
 }
 
-void OpenImageIoFile::beginWriting(const std::string& path, const std::string& name) {
+void OpenImageIoFile::beginWriting(int descriptor, const std::string& path, const std::string& name) {
   outputPath_ = path;
   outputName_ = name;
-  output_ = ImageOutput::create(std::string(pathExtension(path)));
-  if (!output_) throwImageError(name, "cannot be written: " + asLine(OIIO::geterror()));
+  outputFormat_ = imageFormatOfExtension(pathExtension(name));
+  if (outputFormat_ == nullptr || !outputFormat_->storage) throwOutputError("its format is not supported");
+  output_ = ImageOutput::create(std::string(outputFormat_->library));
+  if (!output_) throwOutputError(asLine(OIIO::geterror()));
   const ImageSpec wanted = outputSpec(spec_, *output_);
-  // This writer terminates the process for more channels instead of reporting an error.
-  if (std::string_view(output_->format_name()) == "dpx" && wanted.nchannels > 4) {
-    throwImageError(name, "cannot be written: dpx files do not hold the " + std::to_string(wanted.nchannels) +
-                              " channels of " + inQuotes(path_));
+  // Before the writer is open: some terminate the process or print messages of their own.
+  if (!keepsChannels()) throwDoesNotHold("the " + std::to_string(wanted.nchannels) + " channels");
+  const std::string samples = "the samples of type \"" + std::string(wanted.format.c_str()) + "\"";
+  if (!keepsSamples()) throwDoesNotHold(samples);
+  written_.emplace(descriptor, name);
+  // The TIFF writer reads what it has written, which it does not do through a proxy; it notices failures by itself.
+  const bool isByPath = outputFormat_->library == "tiff";
+  if (!isByPath && !output_->set_ioproxy(&*written_)) throwOutputError("its writer is too old");
+  if (!output_->open(isByPath ? path : name, wanted)) throwOutputError(asLine(output_->geterror()));
+  if (output_->spec().nchannels != wanted.nchannels) {
+    throwDoesNotHold("the " + std::to_string(wanted.nchannels) + " channels");
   }
-  if (!output_->open(path, wanted)) throwOutputError(asLine(output_->geterror()));
-  if (!keepsChannels(wanted)) {
-    throwImageError(name, std::string("cannot be written: ") + output_->format_name() + " files do not hold the " +
-                              std::to_string(wanted.nchannels) + " channels of " + inQuotes(path_));
-  }
-  if (output_->spec().format != wanted.format) {
-    throwImageError(name, std::string("cannot be written: ") + output_->format_name() +
-                              " files do not hold samples of type \"" + wanted.format.c_str() + "\", which " +
-                              inQuotes(path_) + " has");
-  }
+  if (output_->spec().format != wanted.format) throwDoesNotHold(samples);
 }
 
 void OpenImageIoFile::read(const Progress& progress) {
@@ -245,36 +312,120 @@ void OpenImageIoFile::changeColors(const Change& change, const Progress& progres
 }
 
 void OpenImageIoFile::write(const Progress& progress) {
-  Progress teller = progress;
+  checkIsStorable();
+  Progress teller = [&progress](double portion) { progress(portion / 2); };
   const bool isWritten = output_->write_image(type_, samples_.get(), OIIO::AutoStride, OIIO::AutoStride,
                                               OIIO::AutoStride, &tellProgress, &teller);
   // Closing writes what is still buffered, and may fail on its own.
   const bool isClosed = output_->close();
+  if (const int failure = written_->failure(); failure != 0) {
+    throwOutputError(std::generic_category().message(failure));
+  }
   if (!isWritten || !isClosed) throwOutputError(asLine(output_->geterror()));
-  checkIsWhole(progress);
+  checkIsWhole([&progress](double portion) { progress((1 + portion) / 2); });
 }
 
-/// Reads the written file back, since not every writer notices that a disk is full, into the memory of the samples,
-/// which are no longer needed.
-void OpenImageIoFile::checkIsWhole(const Progress& progress) {
-  constexpr std::string_view notReadBack = "it cannot be read back; check that the disk is not full";
-  const auto written = ImageInput::open(outputPath_);
-  static_cast<void>(OIIO::geterror());
-  if (!written) throwOutputError(std::string(notReadBack));
-  const ImageSpec& spec = written->spec();
-  const bool fits = spec.width == spec_.width && spec.height == spec_.height && spec.nchannels == spec_.nchannels;
-  if (!fits) throwOutputError(std::string(notReadBack));
-  if (std::string_view(written->format_name()) == "dpx") checkDpxIsWhole(spec, outputPath_);
-  Progress teller = progress;
-  const bool isRead = written->read_image(0, 0, 0, spec.nchannels, type_, samples_.get(), OIIO::AutoStride,
-                                          OIIO::AutoStride, OIIO::AutoStride, &tellProgress, &teller);
-  if (!isRead || written->has_error()) {
-    static_cast<void>(written->geterror());
-    throwOutputError(std::string(notReadBack));
+/// The HDR writer stores something else for negative and infinite samples and for NaN, without an error.
+void OpenImageIoFile::checkIsStorable() const {
+  if (outputFormat_->library != "hdr") return;
+  const std::span samples(row<float>(0), width() * height() * channelCount());
+  if (std::ranges::any_of(samples, [](float sample) { return !(sample >= 0) || !std::isfinite(sample); })) {
+    throwOutputError("HDR files do not hold negative or infinite samples or NaN, which this image has");
   }
 }
 
-/// Throws CommandError with the file's own name in place of its temporary one.
+bool OpenImageIoFile::isLossless() const {
+  if (!outputFormat_->storage->isLossless || isLossyCompression(output_->spec().get_string_attribute("compression"))) {
+    return false;
+  }
+  // Colours that alpha was multiplied into are divided again where a format wants them so, and then truncated.
+  const bool isDivided = spec_.alpha_channel >= 0 && spec_.get_int_attribute("oiio:UnassociatedAlpha") == 0 &&
+                         (outputFormat_->library == "png" || outputFormat_->library == "targa");
+  return !isDivided;
+}
+
+/// Returns the samples as the file holds them: half where its channel is half.
+template <typename Sample>
+std::vector<Sample> OpenImageIoFile::asStored(std::span<const Sample> samples) const {
+  std::vector<Sample> stored(samples.begin(), samples.end());
+  if constexpr (std::same_as<Sample, float>) {
+    const ImageSpec& spec = output_->spec();
+    std::vector<std::uint16_t> halves(samples.size());
+    std::vector<float> rounded(samples.size());
+    OIIO::convert_pixel_values(TypeDesc::FLOAT, samples.data(), TypeDesc::HALF, halves.data(),
+                               static_cast<int>(samples.size()));
+    OIIO::convert_pixel_values(TypeDesc::HALF, halves.data(), TypeDesc::FLOAT, rounded.data(),
+                               static_cast<int>(samples.size()));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      if (spec.channelformat(static_cast<int>(i % channelCount())) == TypeDesc::HALF) stored[i] = rounded[i];
+    }
+  }
+  return stored;
+}
+
+/// Compares some rows of the written file with the samples.
+template <typename Sample>
+void OpenImageIoFile::checkRows(ImageInput& input, std::size_t first, std::size_t count) const {
+  const ImageSpec& spec = input.spec();
+  std::vector<Sample> read(count * width() * channelCount());
+  const int begin = spec.y + static_cast<int>(first);
+  const int end = begin + static_cast<int>(count);
+  const bool isRead = spec.tile_width > 0
+                          ? input.read_tiles(0, 0, spec.x, spec.x + spec.width, begin, end, spec.z, spec.z + 1, 0,
+                                             spec.nchannels, type_, read.data())
+                          : input.read_scanlines(0, 0, begin, end, spec.z, 0, spec.nchannels, type_, read.data());
+  if (!isRead || input.has_error()) throwOutputError("it cannot be read back: " + asLine(input.geterror()));
+  std::vector<Sample> written = asStored(std::span<const Sample>(row<Sample>(first), read.size()));
+  // Readers spread fewer bits over a sample in ways that differ in the last one, so the code values are compared.
+  if constexpr (ImageView<Sample>::hasCodeValues) {
+    const int shift = ImageView<Sample>::sampleBits - codeValueBits(spec);
+    if (codeValueBits(spec) == bits_ && shift > 0) {
+      for (std::vector<Sample>* const samples : {&written, &read}) {
+        for (Sample& sample : *samples) sample = static_cast<Sample>(sample >> shift);
+      }
+    }
+  }
+  const Difference difference = differenceOf<Sample>(written, read);
+  if (isLossless() ? difference.isAny : difference.isLarge()) {
+    throwOutputError("it reads back with other samples than were written");
+  }
+}
+
+/// Reads the written file back, since not every writer notices that something was not stored.
+void OpenImageIoFile::checkIsWhole(const Progress& progress) {
+  const auto input = ImageInput::create(std::string(outputFormat_->library));
+  if (!input) throwOutputError("it cannot be read back");
+  ImageSpec wishes;
+  wishes.attribute("oiio:UnassociatedAlpha", spec_.get_int_attribute("oiio:UnassociatedAlpha"));
+  ImageSpec spec;
+  if (!input->open(outputPath_, spec, wishes)) {
+    throwOutputError("it cannot be read back: " + asLine(input->geterror()));
+  }
+  if (spec.width != spec_.width || spec.height != spec_.height || spec.nchannels != spec_.nchannels) {
+    throwOutputError("it reads back with another size or other channels");
+  }
+  // Small enough that a missing part shows in lossy formats; whole tiles.
+  constexpr std::size_t bandRows = 16;
+  const std::size_t step = spec.tile_height > 0 ? static_cast<std::size_t>(spec.tile_height) : bandRows;
+  for (std::size_t first = 0; first < height(); first += step) {
+    const std::size_t count = std::min(step, height() - first);
+    if (type_ == TypeDesc::UINT8) {
+      checkRows<std::uint8_t>(*input, first, count);
+    } else if (type_ == TypeDesc::UINT16) {
+      checkRows<std::uint16_t>(*input, first, count);
+    } else {
+      checkRows<float>(*input, first, count);
+    }
+    progress(static_cast<double>(first + count) / static_cast<double>(height()));
+  }
+}
+
+void OpenImageIoFile::throwDoesNotHold(const std::string& what) const {
+  throw CommandError(inQuotes(outputName_) + " cannot be written: " + std::string(outputFormat_->name) +
+                     " files do not hold " + what + " of " + inQuotes(path_));
+}
+
+/// Throws CommandError with the file's own name in place of the one at which it is open.
 void OpenImageIoFile::throwOutputError(std::string why) const {
   for (std::size_t place = why.find(outputPath_); place != std::string::npos; place = why.find(outputPath_)) {
     why.replace(place, outputPath_.size(), outputName_);
@@ -282,20 +433,32 @@ void OpenImageIoFile::throwOutputError(std::string why) const {
   throwImageError(outputName_, "cannot be written: " + why);
 }
 
-/// Returns whether the writer, which is open, writes every channel.
-bool OpenImageIoFile::keepsChannels(const ImageSpec& wanted) const {
-  const bool hasAlpha = wanted.alpha_channel >= 0;
-  if (output_->spec().nchannels != wanted.nchannels || (hasAlpha && output_->supports("alpha") == 0)) return false;
-  return wanted.nchannels <= (hasAlpha ? 4 : 3) || output_->supports("nchannels") != 0;
+/// Returns true if the format holds every channel.
+bool OpenImageIoFile::keepsChannels() const {
+  const int most = outputFormat_->storage->mostChannels;
+  return most == 0 || spec_.nchannels <= (spec_.alpha_channel >= 0 ? most : std::min(most, 3));
+}
+
+/// Returns true if the format holds samples of that size.
+bool OpenImageIoFile::keepsSamples() const {
+  const ImageStorage& storage = *outputFormat_->storage;
+  if (type_ == TypeDesc::UINT8) return storage.eightBits;
+  return type_ == TypeDesc::UINT16 ? storage.sixteenBits : storage.floating;
 }
 
 }  // namespace
 
 extern "C" const ImageFileModule* meridianImageFileModule() {
-  static constexpr ImageFileModule module{&checkExtension,
-                                          [](const std::string& path, unsigned threads) -> std::unique_ptr<ImageFile> {
-                                            return std::make_unique<OpenImageIoFile>(path, threads);
-                                          }};
+  static constexpr ImageFileModule module{
+      [](unsigned threads) {
+        const int most = static_cast<int>(std::min(threads, 1024U));
+        OIIO::attribute("threads", most);
+        // With a pool of one thread, images would wait for each other; -1 is no pool.
+        OIIO::attribute("exr_threads", most == 1 ? -1 : most);
+      },
+      [](const std::string& path, const std::optional<std::string>& layer) -> std::unique_ptr<ImageFile> {
+        return std::make_unique<OpenImageIoFile>(path, layer);
+      }};
   return &module;
 }
 

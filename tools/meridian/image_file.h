@@ -1,4 +1,12 @@
-// Image files: read whole, changed in their own kind of samples, and written with everything else unchanged.
+/// \file
+/// Image files: read whole, changed in their own kind of samples, and written with everything else unchanged. For
+/// example:
+///
+///     const auto image = module.open("in.dpx", std::nullopt);
+///     image->beginWriting(replacement.descriptor(), replacement.path(), "out.dpx");
+///     image->read(progress);
+///     image->changeColors(change, progress);
+///     image->write(progress);
 #pragma once
 
 #include <cstddef>
@@ -35,27 +43,30 @@ class ImageFile {
   /// Returns the bit depth of the code values; absent for floating point.
   [[nodiscard]] virtual std::optional<int> bitDepth() const noexcept = 0;
 
-  /// Begins the file to write at `path`. Throws CommandError if its format cannot hold the samples. `name` is what
-  /// messages call it.
-  virtual void beginWriting(const std::string& path, const std::string& name) = 0;
+  /// Begins to write to an open, empty file, which can also be opened at `path`. `name` is what messages call it, and
+  /// its extension decides the format. Throws CommandError if that format cannot hold the samples.
+  virtual void beginWriting(int descriptor, const std::string& path, const std::string& name) = 0;
 
   virtual void read(const Progress& progress) = 0;
 
   /// Calls `change` with the colours from top to bottom, some rows at a time.
   virtual void changeColors(const Change& change, const Progress& progress) = 0;
 
+  /// Writes the image, reads it back and compares it with what was written.
   virtual void write(const Progress& progress) = 0;
 };
 
 /// The functions of the module of image files. It is a module of its own because OpenImageIO needs a third of a second
 /// to load, which no other subcommand should pay for.
 struct ImageFileModule {
-  /// Throws CommandError if no image format has the path's extension.
-  void (*checkExtension)(const std::string& path);
+  /// Says how many threads compress and decompress each image: 0 means as many as the machine runs at once, 1 that this
+  /// is left to the threads that call. To be called once, before any image is opened.
+  void (*useThreads)(unsigned threads);
 
-  /// Opens the file. Throws CommandError for what would not be kept whole: several images in one file, samples of other
-  /// kinds, fewer than three channels. `threads` compress and decompress; 0 means as many as the machine runs at once.
-  std::unique_ptr<ImageFile> (*open)(const std::string& path, unsigned threads);
+  /// Opens the file, whose first bytes decide the format. The colours are its channels R, G and B, or those of the
+  /// layer. Throws CommandError for other formats, for files without these channels, and for what would not be kept
+  /// whole: several images in one file and samples of other kinds. May be called from several threads at once.
+  std::unique_ptr<ImageFile> (*open)(const std::string& path, const std::optional<std::string>& layer);
 };
 
 /// The name of the function that returns the module's ImageFileModule.

@@ -5,7 +5,8 @@
 
 namespace meridian::command {
 
-/// Loads the module, once. Throws CommandError if it is not installed or cannot be loaded.
+/// Loads the module, once. Throws CommandError if it is not installed, cannot be loaded, or needs more address space
+/// than the process may have.
 [[nodiscard]] const ImageFileModule& imageFileModule();
 
 }  // namespace meridian::command

@@ -4,45 +4,89 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <mutex>
 
 namespace meridian::command {
 namespace {
 
-/// The path, in memory that a signal handler may read.
-constinit std::array<char, 4096> unfinished{};
-
-/// Set while the path above is complete.
-constinit volatile std::sig_atomic_t hasUnfinished = 0;
-
-void removeUnfinishedFile() {
-  if (hasUnfinished != 0) unlink(unfinished.data());
-}
-
 /// The signals by which a user or the system ends a process.
 constexpr std::array endings{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
-extern "C" void removeUnfinished(int signal) {
-  removeUnfinishedFile();
-  static_cast<void>(std::signal(signal, SIG_DFL));
-  static_cast<void>(std::raise(signal));
-}
+/// Further signals that end a process: limits, pipes, and faults of the program.
+constexpr std::array otherEndings{SIGPIPE, SIGXFSZ, SIGXCPU, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL};
 
 }  // namespace
 
-void removeFileOnInterruption(const std::string& path) {
-  hasUnfinished = 0;
-  if (path.empty() || path.size() >= unfinished.size()) return;
-  *std::ranges::copy(path, unfinished.begin()).out = '\0';
-  hasUnfinished = 1;
-  // Some libraries exit on an error.
-  static const bool isRegistered = std::atexit(removeUnfinishedFile) == 0;
-  static_cast<void>(isRegistered);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGABRT, SIGXFSZ, SIGXCPU}) {
-    // A signal that the process was started to ignore stays ignored.
-    if (std::signal(signal, &removeUnfinished) == SIG_IGN) static_cast<void>(std::signal(signal, SIG_IGN));
+/// A path, in memory that a signal handler may read at any time: slots are used again, but never freed.
+struct RemovedOnInterruption::Slot {
+  std::array<char, 4096> path{};
+  std::atomic<bool> isTaken{true};
+  /// Set while the path is complete.
+  std::atomic<bool> isSet{false};
+  Slot* next = nullptr;
+};
+
+struct RemovedOnInterruption::Slots {
+  static constinit std::atomic<Slot*> first;
+
+  static Slot* taken() {
+    for (Slot* slot = first; slot != nullptr; slot = slot->next) {
+      if (!slot->isTaken.exchange(true)) return slot;
+    }
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): kept for the rest of the process
+    auto* const slot = new Slot;
+    slot->next = first;
+    while (!first.compare_exchange_weak(slot->next, slot)) {
+    }
+    return slot;
   }
+
+  static void removeFiles() {
+    for (Slot* slot = first; slot != nullptr; slot = slot->next) {
+      if (slot->isSet) unlink(slot->path.data());
+    }
+  }
+
+  static void handle(int signal) {
+    removeFiles();
+    // The default action, which SA_RESETHAND has restored, follows when this handler returns.
+    static_cast<void>(std::raise(signal));
+  }
+
+  static void listen() {
+    static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<Slot*>::is_always_lock_free);
+    // Some libraries exit on an error.
+    static_cast<void>(std::atexit(removeFiles));
+    const auto handleSignal = [](int signal) {
+      struct sigaction before{};
+      // A signal that the process was started to ignore stays ignored.
+      if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler == SIG_IGN) return;
+      struct sigaction action{};
+      action.sa_handler = &handle;
+      action.sa_flags = static_cast<int>(SA_RESETHAND);
+      sigaction(signal, &action, nullptr);
+    };
+    std::ranges::for_each(endings, handleSignal);
+    std::ranges::for_each(otherEndings, handleSignal);
+  }
+};
+
+constinit std::atomic<RemovedOnInterruption::Slot*> RemovedOnInterruption::Slots::first{};
+
+RemovedOnInterruption::RemovedOnInterruption(const std::string& path) : slot_(Slots::taken()) {
+  static std::once_flag listens;
+  std::call_once(listens, Slots::listen);
+  if (path.size() >= slot_->path.size()) return;
+  *std::ranges::copy(path, slot_->path.begin()).out = '\0';
+  slot_->isSet = true;
+}
+
+RemovedOnInterruption::~RemovedOnInterruption() {
+  slot_->isSet = false;
+  slot_->isTaken = false;
 }
 
 InterruptionsHeld::InterruptionsHeld() noexcept {

@@ -1,25 +1,37 @@
 /// \file
-/// Clean up when the process is interrupted. For example:
+/// Clean up when the process ends early. For example:
 ///
-///     removeFileOnInterruption(temporary);
+///     const RemovedOnInterruption unfinished(temporary);
 ///     write(temporary);
-///     {
-///       const InterruptionsHeld held;
-///       rename(temporary, final);
-///       removeFileOnInterruption("");
-///     }
+///     const InterruptionsHeld held;
+///     rename(temporary, final);
 #pragma once
 
 #include <string>
 
 namespace meridian::command {
 
-/// Registers the one file to remove if the process ends early, by a signal, an abort or an exit; the process then ends
-/// as it would have. Replaces the file registered before; an empty path, or one of 4096 bytes or more, registers none.
-void removeFileOnInterruption(const std::string& path);
+/// Removes a file if the process ends early while this object exists: by a signal (also one for a fault of the program,
+/// such as SIGSEGV), an abort or an exit. The process then ends as it would have, with the same status. Several threads
+/// may have one each. SIGKILL cannot be handled; nor can a stack overflow.
+class RemovedOnInterruption {
+ public:
+  /// Registers a path; one of 4096 bytes or more, which no file has, is ignored.
+  explicit RemovedOnInterruption(const std::string& path);
+  RemovedOnInterruption(const RemovedOnInterruption&) = delete;
+  RemovedOnInterruption& operator=(const RemovedOnInterruption&) = delete;
+  RemovedOnInterruption(RemovedOnInterruption&&) = delete;
+  RemovedOnInterruption& operator=(RemovedOnInterruption&&) = delete;
+  ~RemovedOnInterruption();
+
+ private:
+  struct Slot;
+  struct Slots;
+  Slot* slot_;
+};
 
 /// Delays the signals by which a user or the system ends a process to the end of the scope, on this thread. For short
-/// work in a single-threaded program.
+/// work; in a program of several threads, another one may still take the signal.
 class InterruptionsHeld {
  public:
   InterruptionsHeld() noexcept;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "tools/meridian/terminal.h"
 
@@ -12,8 +13,10 @@ namespace meridian::command {
 ProgressBar::ProgressBar()
     : isTerminal_(standardErrorIsRewritable()), next_(Clock::now() + std::chrono::milliseconds(1000)) {}
 
-ProgressBar::~ProgressBar() {
-  if (isShown_) std::cerr << "\r\x1b[K" << std::flush;
+ProgressBar::~ProgressBar() { clear(); }
+
+void ProgressBar::clear() {
+  if (std::exchange(isShown_, false)) std::cerr << "\r\x1b[K" << std::flush;
 }
 
 void ProgressBar::show(std::string_view step, double portion) {

@@ -1,4 +1,8 @@
-// Shows on standard error how far a long task has come.
+/// \file
+/// Shows on standard error how far a long task has come. For example:
+///
+///     ProgressBar bar;
+///     for (int done = 0; done < 1000; ++done) bar.show(std::to_string(done) + " of 1000 images", done / 1000.0);
 #pragma once
 
 #include <chrono>
@@ -19,6 +23,9 @@ class ProgressBar {
 
   /// Shows the current step and how much of it is done, from 0 to 1.
   void show(std::string_view step, double portion);
+
+  /// Clears the line, so that something else can be printed; the next `show` brings it back.
+  void clear();
 
  private:
   using Clock = std::chrono::steady_clock;

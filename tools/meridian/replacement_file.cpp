@@ -1,15 +1,18 @@
 #include "tools/meridian/replacement_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <random>
 #include <system_error>
+#include <utility>
 
 #include "meridian/base/printable.h"
 #include "tools/meridian/command.h"
-#include "tools/meridian/interruption.h"
 
 namespace meridian::command {
 namespace {
@@ -23,10 +26,10 @@ namespace fs = std::filesystem;
 std::string systemText(int error) { return std::generic_category().message(error); }
 
 /// Opens and closes the file. Returns the system's error number, or 0.
-int tryOpening(const std::string& path, const char* mode) {
-  std::FILE* const file = std::fopen(path.c_str(), mode);
-  if (file == nullptr) return errno;
-  static_cast<void>(std::fclose(file));
+int tryOpening(const std::string& path, int flags) {
+  const int file = open(path.c_str(), flags | O_CLOEXEC);
+  if (file < 0) return errno;
+  close(file);
   return 0;
 }
 
@@ -43,43 +46,70 @@ fs::path targetOf(const std::string& path) {
   if (fs::is_directory(status)) throwWriteError(path, systemText(EISDIR));
   if (!fs::is_regular_file(status)) throwWriteError(path, "it is a device or a pipe");
   // A rename would replace even a write-protected file.
-  if (const int failure = tryOpening(path, "r+b"); failure != 0) throwWriteError(path, systemText(failure));
+  if (const int failure = tryOpening(path, O_RDWR); failure != 0) throwWriteError(path, systemText(failure));
   return fs::canonical(path, error);
 }
 
-std::string temporaryName(const fs::path& target) {
+std::string hiddenName(const fs::path& target) {
   std::random_device random;
   const std::uint64_t number = (std::uint64_t{random()} << 32U) | random();
-  return ".meridian-" + std::to_string(number) + target.extension().string();
+  return (target.parent_path() / (".meridian-" + std::to_string(number))).string();
+}
+
+/// The permissions of a new file, of which the user's mask takes some away.
+constexpr mode_t newFile = 0666;
+
+/// Returns the descriptor of a file without a name, and -1 where the system does not have such files.
+int openedWithoutName(const fs::path& target) {
+  const fs::path folder = target.parent_path();
+  const int file = open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, newFile);
+  // Without /proc it could not be given a name.
+  if (file >= 0 && access(("/proc/self/fd/" + std::to_string(file)).c_str(), F_OK) != 0) {
+    close(file);
+    return -1;
+  }
+  return file;
 }
 
 }  // namespace
 
-ReplacementFile::ReplacementFile(const std::string& path) {
+ReplacementFile::ReplacementFile(const std::string& path, Unfinished preferred) {
   const fs::path target = targetOf(path);
   target_ = target.string();
-  const std::string temporary = (target.parent_path() / temporaryName(target)).string();
-  removeFileOnInterruption(temporary);
-  if (const int failure = tryOpening(temporary, "wbx"); failure != 0) {
-    removeFileOnInterruption({});
-    throwWriteError(path, systemText(failure));
+  if (preferred == Unfinished::withoutName) descriptor_ = openedWithoutName(target);
+  if (descriptor_ >= 0) {
+    opened_ = "/proc/self/fd/" + std::to_string(descriptor_);
+    return;
   }
-  temporary_ = temporary;
+  hidden_ = hiddenName(target);
+  removal_ = std::make_unique<RemovedOnInterruption>(hidden_);
+  descriptor_ = open(hidden_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, newFile);
+  if (descriptor_ < 0) throwWriteError(path, systemText(errno));
+  opened_ = hidden_;
 }
 
 ReplacementFile::~ReplacementFile() {
-  std::error_code ignored;
-  if (!temporary_.empty()) fs::remove(temporary_, ignored);
-  removeFileOnInterruption({});
+  if (descriptor_ >= 0) close(descriptor_);
+  if (!hidden_.empty()) unlink(hidden_.c_str());
 }
 
 void ReplacementFile::replace() {
-  std::error_code error;
-  const fs::file_status old = fs::status(target_, error);
-  if (fs::exists(old)) fs::permissions(temporary_, old.permissions(), error);
-  fs::rename(temporary_, target_, error);
-  if (error) throwWriteError(target_, error.message());
-  temporary_.clear();
+  if (fsync(descriptor_) != 0) throwWriteError(target_, systemText(errno));
+  struct stat old{};
+  // Not every file system has permissions.
+  if (stat(target_.c_str(), &old) == 0) static_cast<void>(fchmod(descriptor_, old.st_mode & 07777U));
+  if (hidden_.empty()) {
+    hidden_ = hiddenName(target_);
+    removal_ = std::make_unique<RemovedOnInterruption>(hidden_);
+    if (linkat(AT_FDCWD, opened_.c_str(), AT_FDCWD, hidden_.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+      throwWriteError(target_, systemText(errno));
+    }
+  }
+  const int file = std::exchange(descriptor_, -1);
+  if (close(file) != 0) throwWriteError(target_, systemText(errno));
+  if (rename(hidden_.c_str(), target_.c_str()) != 0) throwWriteError(target_, systemText(errno));
+  hidden_.clear();
+  removal_.reset();
 }
 
 }  // namespace meridian::command

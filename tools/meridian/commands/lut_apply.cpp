@@ -1,13 +1,30 @@
-// meridian lut apply: applies a LUT to an image file.
+// meridian lut apply: applies a LUT to image files.
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <mutex>
+#include <new>
 #include <string>
+#include <string_view>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/lut/image_lut.h"
+#include "meridian/platform/path_text.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/image_file.h"
+#include "tools/meridian/image_format.h"
 #include "tools/meridian/image_module.h"
 #include "tools/meridian/lut_arguments.h"
 #include "tools/meridian/progress_bar.h"
@@ -16,6 +33,7 @@
 namespace meridian::command {
 namespace {
 
+/// Returns the number of threads to use, at least 1.
 unsigned readThreads(const Arguments& arguments) {
   constexpr std::int64_t most = 1024;
   const std::string text = arguments.value("threads").value_or("0");
@@ -24,40 +42,210 @@ unsigned readThreads(const Arguments& arguments) {
     throw UsageError(inQuotes(text) + " is not a number of threads; expected an integer from 0 to " +
                      std::to_string(most));
   }
-  return static_cast<unsigned>(*threads);
+  return *threads == 0 ? std::max(1U, std::thread::hardware_concurrency()) : static_cast<unsigned>(*threads);
 }
 
-ImageLut preparedLut(const ParsedLutFile& file, const ImageFile& image, const ImageLutOptions& options) {
-  const auto depth = image.bitDepth();
-  if (!depth) return ImageLut::forFloats(file, options);
-  // Samples of 8 and 16 bits always have a usable depth.
-  return *ImageLut::forCodeValues(file, *depth, *depth, options);
+/// Throws CommandError if no image can be written under this name.
+void checkCanBeWritten(const std::string& path) {
+  const std::string_view extension = pathExtension(path);
+  const std::string supported = "; formats that can be written: " + imageFormatNames(true);
+  if (extension.empty()) {
+    throw CommandError(inQuotes(path) + " has no extension; give one such as .exr, which decides the format");
+  }
+  const ImageFormat* const format = imageFormatOfExtension(extension);
+  if (format == nullptr) {
+    throw CommandError(inQuotes(path) + " cannot be written: no supported image format has the extension " +
+                       inQuotes(extension) + supported);
+  }
+  if (!format->storage) {
+    throw CommandError(inQuotes(path) + " cannot be written: " + std::string(format->name) + " files can only be read" +
+                       supported);
+  }
 }
 
-Status applyToImage(const Arguments& arguments) {
-  const unsigned threads = readThreads(arguments);
-  const std::string from = *arguments.value("in");
-  const std::string to = *arguments.value("out");
-  const ImageFileModule& images = imageFileModule();
-  images.checkExtension(to);
-  const auto file = readLut(arguments);
-  const auto image = images.open(from, threads);
-  ReplacementFile replacement(to);
-  image->beginWriting(replacement.path(), to);
+/// A LUT that is prepared once for each bit depth. May be used from several threads at once.
+class PreparedLuts {
+ public:
+  PreparedLuts(const ParsedLutFile& file, const ImageLutOptions& options) : file_(file), options_(options) {}
 
+  const ImageLut& forImage(const ImageFile& image) {
+    const auto depth = image.bitDepth();
+    const std::lock_guard lock(mutex_);
+    auto found = byDepth_.find(depth);
+    if (found == byDepth_.end()) found = byDepth_.emplace(depth, prepared(depth)).first;
+    return found->second;
+  }
+
+ private:
+  [[nodiscard]] ImageLut prepared(std::optional<int> depth) const {
+    if (!depth) return ImageLut::forFloats(file_, options_);
+    // Samples of 8 and 16 bits always have a usable depth.
+    return *ImageLut::forCodeValues(file_, *depth, *depth, options_);
+  }
+
+  const ParsedLutFile& file_;
+  ImageLutOptions options_;
+  std::mutex mutex_;
+  std::map<std::optional<int>, ImageLut> byDepth_;
+};
+
+/// An image to read and the path at which its result is written.
+struct ImageJob {
+  std::string from;
+  std::string to;
+};
+
+/// What all images of a call have in common.
+struct LutApplication {
+  const ImageFileModule& images;
+  PreparedLuts& luts;
+  std::optional<std::string> layer;
+
+  /// Calls `show` with the step and how much of it is done. Throws CommandError.
+  void apply(const ImageJob& job, unsigned threads,
+             const std::function<void(std::string_view step, double portion)>& show) const {
+    checkCanBeWritten(job.to);
+    const auto image = images.open(job.from, layer);
+    ReplacementFile replacement(job.to);
+    image->beginWriting(replacement.descriptor(), replacement.path(), job.to);
+    const auto step = [&show](std::string_view name) { return [&show, name](double portion) { show(name, portion); }; };
+    image->read(step("reading"));
+    const ImageLut& lut = luts.forImage(*image);
+    const auto change = [&lut, threads](const auto& view) {
+      if (const auto applied = lut.apply(view, view, threads); !applied) {
+        throw CommandError(std::string(description(applied.error())));
+      }
+    };
+    image->changeColors([&change](const ImageFile::Colors& colors) { std::visit(change, colors); }, step("applying"));
+    image->write(step("writing"));
+    replacement.replace();
+  }
+};
+
+/// Returns why the job failed, safe for a terminal; absent if it is done.
+std::optional<std::string> errorOf(const ImageJob& job, const std::function<void()>& work) {
+  try {
+    work();
+    return std::nullopt;
+  } catch (const CommandError& error) {
+    return error.what();
+  } catch (const std::bad_alloc&) {
+    return inQuotes(job.from) + " cannot be processed: there is too little memory";
+  } catch (const std::exception& error) {
+    return inQuotes(job.from) + " cannot be processed: " + printable(error.what());
+  }
+}
+
+Status applyToImage(const LutApplication& application, const ImageJob& job, unsigned threads) {
   ProgressBar bar;
-  const auto step = [&bar](std::string_view name) { return [&bar, name](double portion) { bar.show(name, portion); }; };
-  image->read(step("reading"));
-  const ImageLut lut = preparedLut(*file, *image, chosenImageLutOptions(arguments));
-  const auto apply = [&lut, threads](const auto& view) {
-    if (const auto applied = lut.apply(view, view, threads); !applied) {
-      throw CommandError(std::string(description(applied.error())));
-    }
-  };
-  image->changeColors([&apply](const ImageFile::Colors& colors) { std::visit(apply, colors); }, step("applying"));
-  image->write(step("writing"));
-  replacement.replace();
+  const auto error = errorOf(job, [&] {
+    application.apply(job, threads, [&bar](std::string_view step, double portion) { bar.show(step, portion); });
+  });
+  bar.clear();
+  if (error) throw CommandError(*error);
   return done;
+}
+
+/// Images that several threads work on, one image each at a time, so that as many images are in memory as there are
+/// threads. Progress and errors are printed by the thread that calls.
+class ImageBatch {
+ public:
+  ImageBatch(const LutApplication& application, std::span<const ImageJob> jobs)
+      : application_(application), jobs_(jobs) {}
+
+  /// Returns the number of images that failed.
+  std::size_t run(unsigned threads) {
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(threads, jobs_.size()));
+    std::vector<std::jthread> workers;
+    try {
+      while (workers.size() < count) workers.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {
+      if (workers.empty()) throw CommandError("no thread can be started: there is too little memory or a limit");
+    }
+    return watch();
+  }
+
+ private:
+  void work() {
+    for (std::size_t next = next_++; next < jobs_.size(); next = next_++) {
+      auto error = errorOf(jobs_[next], [&] { application_.apply(jobs_[next], 1, [](std::string_view, double) {}); });
+      const std::lock_guard lock(mutex_);
+      ++done_;
+      if (error) errors_.push_back(*std::move(error));
+      changed_.notify_one();
+    }
+  }
+
+  std::size_t watch() {
+    ProgressBar bar;
+    std::size_t failures = 0;
+    std::size_t shown = 0;
+    while (shown < jobs_.size()) {
+      std::unique_lock lock(mutex_);
+      changed_.wait(lock, [&] { return done_ > shown; });
+      shown = done_;
+      const auto errors = std::exchange(errors_, {});
+      lock.unlock();
+      if (!errors.empty()) bar.clear();
+      for (const std::string& error : errors) std::cerr << "meridian: " << error << '\n';
+      failures += errors.size();
+      bar.show(std::to_string(shown) + " of " + std::to_string(jobs_.size()) + " images",
+               static_cast<double>(shown) / static_cast<double>(jobs_.size()));
+    }
+    return failures;
+  }
+
+  const LutApplication& application_;
+  std::span<const ImageJob> jobs_;
+  std::atomic<std::size_t> next_{0};
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::size_t done_ = 0;
+  std::deque<std::string> errors_;
+};
+
+/// Returns IN and OUT, or with --to each IN and its place in FOLDER.
+std::vector<ImageJob> readJobs(const Arguments& arguments) {
+  const std::vector<std::string>& paths = arguments.given.at("images");
+  const auto folder = arguments.value("to");
+  if (!folder) {
+    if (paths.size() == 2) return {{paths[0], paths[1]}};
+    throw UsageError(paths.size() < 2 ? "OUT is missing: give IN OUT, or IN... --to FOLDER"
+                                      : "several images need a folder to write them to: give IN... --to FOLDER");
+  }
+  std::vector<ImageJob> jobs;
+  std::map<std::string, std::string, std::less<>> byName;
+  for (const std::string& path : paths) {
+    const std::string name(lastPathComponent(path));
+    const auto [same, isNew] = byName.emplace(name, path);
+    if (!isNew) {
+      throw UsageError(inQuotes(same->second) + " and " + inQuotes(path) +
+                       " would be written to the same file; give images of different names");
+    }
+    jobs.push_back({path, appendingPathComponent(*folder, name)});
+  }
+  std::error_code error;
+  if (!std::filesystem::is_directory(*folder, error)) {
+    throw CommandError(inQuotes(*folder) + (error ? ": " + error.message() : " is not a folder"));
+  }
+  return jobs;
+}
+
+Status applyToImages(const Arguments& arguments) {
+  const unsigned threads = readThreads(arguments);
+  const std::vector<ImageJob> jobs = readJobs(arguments);
+  const bool isBatch = arguments.has("to");
+  if (!isBatch) checkCanBeWritten(jobs.front().to);
+  const auto file = readLut(arguments);
+  PreparedLuts luts(*file, chosenImageLutOptions(arguments));
+  const ImageFileModule& images = imageFileModule();
+  images.useThreads(jobs.size() == 1 ? threads : 1);
+  const LutApplication application{images, luts, arguments.value("layer")};
+  if (!isBatch) return applyToImage(application, jobs.front(), threads);
+  const std::size_t failures = ImageBatch(application, jobs).run(threads);
+  if (failures == 0) return done;
+  throw CommandError(std::to_string(failures) + " of " + std::to_string(jobs.size()) +
+                     (jobs.size() == 1 ? " image" : " images") + " failed");
 }
 
 }  // namespace
@@ -67,20 +255,39 @@ Subcommand lutApplyCommand() {
   Subcommand command{
       .group = "lut",
       .name = "apply",
-      .description = "Apply a LUT to an image",
+      .description = "Apply a LUT to an image, or to many",
       .details =
+          "Formats: " + imageFormatNames(false) +
+          ".\nThe first bytes of IN decide its format (TGA: its extension), OUT's extension decides OUT's. Cineon and\n"
+          "PFM are only read, WebP has no alpha; JPEG, WebP and HDR do not keep samples exactly.\n\n"
           "Samples keep their type and bit depth: code values of up to 16 bits (10 and 12 in DPX), half and float.\n"
           "Other types, files of several images and deep images are not supported. Metadata, alpha\n"
-          "and further channels stay as they are. OUT's extension decides its format, which has to support such\n"
-          "samples and channels. OUT is written to a temporary file, verified, then renamed; it may be IN. It is\n"
-          "owned by the user who runs the command and keeps the permissions that it had.",
+          "and further channels stay as they are. OUT's format has to support such samples and channels. OUT is\n"
+          "written to a temporary file, read back, then renamed; it may be IN. It is owned by the user who runs\n"
+          "the command and keeps the permissions that it had.\n\n"
+          "With --to, each image is written to FOLDER under its own name; FOLDER may be the one that the images are\n"
+          "in. The other images are still done if one fails; the status is then 1.",
       .example =
           "meridian lut apply look.cube in.dpx out.dpx\n"
-          "meridian lut apply look.cube shot.exr shot.exr --axis-order red-fastest --domain declared",
+          "meridian lut apply look.cube shot.exr shot.exr --axis-order red-fastest --domain declared\n"
+          "meridian lut apply look.cube scan/*.dpx --to graded",
       .options = {lutFileOption(),
-                  {.kind = positional, .name = "in", .help = "The image", .valueName = "IN", .path = true},
-                  {.kind = positional, .name = "out", .help = "The image to write", .valueName = "OUT", .path = true}},
-      .action = applyToImage,
+                  {.kind = positional,
+                   .name = "images",
+                   .help = "IN OUT: the image and the one to write; with --to, the images",
+                   .valueName = "IMAGES",
+                   .repeated = true,
+                   .path = true},
+                  {.kind = value,
+                   .name = "to",
+                   .help = "The folder to write the images to, each under its own name",
+                   .valueName = "FOLDER",
+                   .path = true},
+                  {.kind = value,
+                   .name = "layer",
+                   .help = "The layer to change: the channels NAME.R, NAME.G and NAME.B instead of R, G and B",
+                   .valueName = "NAME"}},
+      .action = applyToImages,
   };
   for (Option& option : imageLutOptions()) command.options.push_back(std::move(option));
   command.options.push_back({value, "threads", "The number of threads; 0, the default, uses all cores", "N"});
