@@ -10,6 +10,8 @@
 #include <map>
 #include <mutex>
 #include <new>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>
