@@ -5,27 +5,27 @@ namespace meridian::command {
 namespace {
 
 /// Quotes a text for fish, where a backslash within single quotes escapes a quote and a backslash.
-std::string quoted(std::string_view text) {
+std::string fishQuoted(std::string_view text) {
   std::string result = "'";
   for (const char c : text) result += c == '\'' || c == '\\' ? std::string{'\\', c} : std::string(1, c);
   return result + "'";
 }
 
 std::string offer(std::string_view condition, std::string_view text, std::string_view description) {
-  return "complete -c meridian -n " + quoted(condition) + " -a " + quoted(text) +
-         (description.empty() ? "" : " -d " + quoted(description)) + "\n";
+  return "complete -c meridian -n " + fishQuoted(condition) + " -a " + fishQuoted(text) +
+         (description.empty() ? "" : " -d " + fishQuoted(description)) + "\n";
 }
 
 std::string optionLine(const std::string& condition, const Option& option) {
-  std::string line = "complete -c meridian -n " + quoted(condition) + " -l " + option.name;
+  std::string line = "complete -c meridian -n " + fishQuoted(condition) + " -l " + option.name;
   if (option.kind == Option::Kind::value) {
     if (!option.choices.empty()) {
-      line += " -x -a " + quoted(joined(option.choices, " "));
+      line += " -x -a " + fishQuoted(joined(option.choices, " "));
     } else {
       line += option.path ? " -r -F" : " -x";
     }
   }
-  return line + " -d " + quoted(option.help) + "\n";
+  return line + " -d " + fishQuoted(option.help) + "\n";
 }
 
 std::string positionalLines(const std::string& condition, const Option& option) {
@@ -37,7 +37,7 @@ std::string positionalLines(const std::string& condition, const Option& option) 
       lines += offer(condition, std::string(name.text) + "=" + std::string(value), name.meaning);
     }
   }
-  if (option.path) lines += "complete -c meridian -n " + quoted(condition) + " -F\n";
+  if (option.path) lines += "complete -c meridian -n " + fishQuoted(condition) + " -F\n";
   return lines;
 }
 
@@ -89,7 +89,9 @@ complete -c meridian -l help -d 'Print the help'
     }
     if (!each.takesWords) continue;
     const std::string inVector = "__meridian_vector_of " + each.name;
-    script += "complete -c meridian -n " + quoted(inVector + "; and not __meridian_after" + flagsWithValues) + " -F\n";
+    std::string isFile = inVector;
+    isFile.append("; and not __meridian_after").append(flagsWithValues);
+    script += "complete -c meridian -n " + fishQuoted(isFile) + " -F\n";
     if (each.wordFlags.empty()) readers.push_back(each.name);
     for (const std::string& flag : each.wordFlags) script += offer(inVector, flag, "");
   }

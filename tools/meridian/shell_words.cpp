@@ -16,6 +16,10 @@ constexpr bool isOneOf(std::string_view characters, char c) noexcept {
   return characters.find(c) != std::string_view::npos;
 }
 
+VectorInputError errorAt(VectorInputErrorCode code, ShellLine::Position position, char c) {
+  return {{code, "", std::string(1, c)}, position.line, position.column};
+}
+
 }  // namespace
 
 bool ShellReader::atNewline() const noexcept {
@@ -51,10 +55,6 @@ void ShellReader::skipEmptyLines() noexcept {
       return;
     }
   }
-}
-
-VectorInputError ShellReader::errorAt(VectorInputErrorCode code, ShellLine::Position position, char c) const {
-  return {{code, "", std::string(1, c)}, position.line, position.column};
 }
 
 /// Reads from an opening quotation mark to its closing one. Returns false, with `error_`, if there is none.

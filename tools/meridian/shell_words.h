@@ -58,7 +58,6 @@ class ShellReader {
   void skipRestOfLine() noexcept;
   [[nodiscard]] Step readWord(ShellLine& line, std::string& word, bool& isWord);
   [[nodiscard]] bool readQuotation(ShellLine& line, std::string& word);
-  [[nodiscard]] VectorInputError errorAt(VectorInputErrorCode code, ShellLine::Position position, char c) const;
 
   std::string_view text_;
   std::size_t place_ = 0;

@@ -18,7 +18,7 @@
 namespace meridian::command {
 namespace {
 
-using Code = VectorInputErrorCode;
+using InputCode = VectorInputErrorCode;
 using ReadVectors = std::vector<ReadVector>;
 
 constexpr std::string_view blanks = " \t\r\n";
@@ -59,7 +59,7 @@ ReadVector vectorOfJson(std::string_view text, std::size_t line) {
   auto document = parseStrictJson(text, line);
   if (!document) return Unexpected(document.error());
   const auto notAVector = [line](std::string detail) {
-    return Unexpected(VectorInputError{{Code::notAVector, "", std::move(detail)}, line});
+    return Unexpected(VectorInputError{{InputCode::notAVector, "", std::move(detail)}, line});
   };
   GivenVector vector;
   vector.line = line;
@@ -98,7 +98,7 @@ ReadVectors vectorsOfJson(std::string_view text) {
   ReadVectors vectors;
   if (isJsonLines(text)) {
     forEachLine(text, [&vectors](std::string_view line, std::size_t number) {
-      vectors.push_back(vectorOfJson(line, number));
+      vectors.emplace_back(vectorOfJson(line, number));
       return true;
     });
     return vectors;
@@ -110,7 +110,7 @@ ReadVectors vectorsOfJson(std::string_view text) {
     first = number;
     return false;
   });
-  vectors.push_back(vectorOfJson(text, first));
+  vectors.emplace_back(vectorOfJson(text, first));
   return vectors;
 }
 
@@ -119,7 +119,7 @@ ReadVectors vectorsOfShellText(std::string_view text) {
   for (ShellReader reader(text); !reader.atEnd();) {
     auto line = reader.read();
     if (!line) {
-      vectors.push_back(Unexpected(line.error()));
+      vectors.emplace_back(Unexpected(line.error()));
       continue;
     }
     GivenVector vector;
@@ -129,7 +129,7 @@ ReadVectors vectorsOfShellText(std::string_view text) {
       std::cerr << "meridian: warning: line " << line->quotedNewline->line << ", column " << line->quotedNewline->column
                 << ": this quotation goes on in the next line\n";
     }
-    vectors.push_back(std::move(vector));
+    vectors.emplace_back(std::move(vector));
   }
   return vectors;
 }
@@ -154,10 +154,11 @@ Expected<std::string, VectorInputError> contentsOfStream(std::istream& stream, c
   errno = 0;
   while (stream.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) || stream.gcount() > 0) {
     contents.append(buffer.data(), static_cast<std::size_t>(stream.gcount()));
-    if (contents.size() > largestInput) return Unexpected(VectorInputError{{Code::tooLarge, name}});
+    if (contents.size() > largestInput) return Unexpected(VectorInputError{{InputCode::tooLarge, name}});
   }
   if (stream.bad() || errno != 0) {
-    return Unexpected(VectorInputError{{Code::notRead, name, "", std::error_code(errno, std::generic_category())}});
+    return Unexpected(
+        VectorInputError{{InputCode::notRead, name, "", std::error_code(errno, std::generic_category())}});
   }
   return contents;
 }
@@ -165,10 +166,11 @@ Expected<std::string, VectorInputError> contentsOfStream(std::istream& stream, c
 }  // namespace
 
 Expected<std::vector<ReadVector>, VectorInputError> vectorsOfText(std::string_view text) {
-  if (text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff")) return Unexpected(VectorInputError{{Code::utf16}});
+  if (text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"))
+    return Unexpected(VectorInputError{{InputCode::utf16}});
   ReadVectors vectors;
   if (text.find('\0') != std::string_view::npos) {
-    vectors.push_back(vectorOfTerminatedWords(text));
+    vectors.emplace_back(vectorOfTerminatedWords(text));
     return vectors;
   }
   if (text.starts_with("\xef\xbb\xbf")) text.remove_prefix(3);
@@ -178,7 +180,7 @@ Expected<std::vector<ReadVector>, VectorInputError> vectorsOfText(std::string_vi
     return false;
   });
   vectors = isJson ? vectorsOfJson(text) : vectorsOfShellText(text);
-  if (vectors.empty()) return Unexpected(VectorInputError{{Code::noVector}});
+  if (vectors.empty()) return Unexpected(VectorInputError{{InputCode::noVector}});
   return vectors;
 }
 
@@ -189,16 +191,17 @@ Expected<std::string, VectorInputError> contentsOfInput(const std::string& path)
   const fs::file_type type = fs::status(path, error).type();
   if (error || type == fs::file_type::not_found) {
     if (!error) error = std::make_error_code(std::errc::no_such_file_or_directory);
-    return Unexpected(VectorInputError{{Code::notRead, path, "", error}});
+    return Unexpected(VectorInputError{{InputCode::notRead, path, "", error}});
   }
   // A pipe is allowed for a shell's <(...); a device may never end.
   if (type != fs::file_type::regular && type != fs::file_type::fifo) {
-    return Unexpected(VectorInputError{{Code::notAFile, path}});
+    return Unexpected(VectorInputError{{InputCode::notAFile, path}});
   }
   errno = 0;
   std::ifstream stream(path, std::ios::binary);
   if (!stream) {
-    return Unexpected(VectorInputError{{Code::notRead, path, "", std::error_code(errno, std::generic_category())}});
+    return Unexpected(
+        VectorInputError{{InputCode::notRead, path, "", std::error_code(errno, std::generic_category())}});
   }
   return contentsOfStream(stream, path);
 }

@@ -23,7 +23,7 @@ std::vector<Candidate> optionsOf(const Subcommand& subcommand) {
 }
 
 /// A line of a case statement over "subcommand:preceding word", for the value of an option.
-std::string valueCases(const Subcommand& subcommand) {
+std::string optionValueCases(const Subcommand& subcommand) {
   std::string cases;
   for (const Option& option : subcommand.options) {
     if (option.kind != Option::Kind::value) continue;
@@ -53,18 +53,21 @@ std::string positionalCases(const Subcommand& subcommand) {
       if (name.values.empty()) continue;
       values += "        " + std::string(name.text) + ") compadd -- " + joined(name.values, " ") + " ;;\n";
     }
-    return head + R"(
+    std::string body = head;
+    body += R"(
       local name=${words[CURRENT]%%=*}
       if [[ $words[CURRENT] == *=* ]]; then
         compset -P '*='
         case $name in
-)" + values +
-           R"(        *) _files ;;
+)";
+    body += values;
+    body += R"(        *) _files ;;
         esac
         return
       fi
-      )" + arrayOf(beginnings) +
-           "\n      _describe 'property' candidates -S '' ;;\n";
+      )";
+    body += arrayOf(beginnings);
+    return body += "\n      _describe 'property' candidates -S '' ;;\n";
   }
   const bool takesPath = std::ranges::any_of(subcommand.options, &Option::path);
   return takesPath ? "    '" + subcommand.fullName() + "') _files ;;\n" : "";
@@ -93,7 +96,7 @@ std::string zshCompletion() {
       wordFlags +=
           "      '" + each.fullName() + "') compadd -- " + joined(each.wordFlags, " ") + "; _files; return ;;\n";
     }
-    optionValues += valueCases(each);
+    optionValues += optionValueCases(each);
     options += "    '" + each.fullName() + "') " + arrayOf(optionsOf(each)) + " ;;\n";
     positionals += positionalCases(each);
   }
