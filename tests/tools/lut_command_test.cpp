@@ -123,12 +123,12 @@ TEST_F(LutCommand, SampleFailsIfAResultIsNotACodeValue) {
             {{large, "--depth", "4", "18446744073709551615", "2", "3"}, 1, "from 4 bits to the LUT's 16"},
             {{"/missing.cube", "--depth", "8", "1", "2", "3"}, 1, "cannot be opened"},
             {{zeros, "1", "2", "3"}, 2, "--depth is missing"},
-            {{zeros, "--depth", "64", "1", "2", "3"}, 2, "from 1 to 63"},
-            {{zeros, "--depth", "8", "--out-depth", "0", "1", "2", "3"}, 2, "from 1 to 63"},
+            {{zeros, "--depth", "64", "1", "2", "3"}, 1, "from 1 to 63"},
+            {{zeros, "--depth", "8", "--out-depth", "0", "1", "2", "3"}, 1, "from 1 to 63"},
             {{zeros, "--depth", "8", "1", "2", "3", "4"}, 2, "4 were given"},
-            {{zeros, "--depth", "8", "1", "-2", "3"}, 2, "\"-2\" is negative"},
-            {{zeros, "--depth", "8", "1", "18446744073709551616", "3"}, 2, "does not fit in 64 bits"},
-            {{zeros, "--depth", "8", "1", "2.5", "3"}, 2, "\"2.5\" is not a code value"},
+            {{zeros, "--depth", "8", "1", "-2", "3"}, 1, "\"-2\" is negative"},
+            {{zeros, "--depth", "8", "1", "18446744073709551616", "3"}, 1, "does not fit in 64 bits"},
+            {{zeros, "--depth", "8", "1", "2.5", "3"}, 1, "\"2.5\" is not a code value"},
             {{zeros, "--depth", "8"}, 2, "VALUE is missing"}};
   for (auto [words, status, says] : cases) {
     words.insert(words.begin(), "sample");
@@ -183,22 +183,22 @@ TEST_F(LutCommand, SampleNamesTheWordThatIsWrongAndWhatWasExpected) {
     int status;
     std::string says;
   } cases[]{
-      {{cube, "--float", "nan", "0", "0"}, 2, "\"nan\" is not a number; expected a decimal number such as 0.18"},
-      {{cube, "--float", "0", "inf", "0"}, 2, "\"inf\" is not a number"},
-      {{cube, "--float", "--", "0", "-inf", "-.5"}, 2, "\"-inf\" is not a number"},
-      {{cube, "--float", "0", "0", ""}, 2, "\"\" is not a number"},
-      {{cube, "--float", "0", "0x1p3", "0"}, 2, "\"0x1p3\" is not a number"},
-      {{cube, "--float", "0", "0,5", "0"}, 2, "\"0,5\" is not a number"},
-      {{cube, "--float", "0", "-1e400", "0"}, 2, "\"-1e400\" is out of range; expected a number between"},
+      {{cube, "--float", "nan", "0", "0"}, 1, "\"nan\" is not a number; expected a decimal number such as 0.18"},
+      {{cube, "--float", "0", "inf", "0"}, 1, "\"inf\" is not a number"},
+      {{cube, "--float", "--", "0", "-inf", "-.5"}, 1, "\"-inf\" is not a number"},
+      {{cube, "--float", "0", "0", ""}, 1, "\"\" is not a number"},
+      {{cube, "--float", "0", "0x1p3", "0"}, 1, "\"0x1p3\" is not a number"},
+      {{cube, "--float", "0", "0,5", "0"}, 1, "\"0,5\" is not a number"},
+      {{cube, "--float", "0", "-1e400", "0"}, 1, "\"-1e400\" is out of range; expected a number between"},
       {{cube, "--float", "1", "2"}, 2, "three numbers (red, green, blue), but 2 were given"},
       {{cube, "--float", "--depth", "8", "1", "2", "3"}, 2, "--depth is for code values"},
       {{cube, "--float", "--out-depth", "8", "1", "2", "3"}, 2, "--out-depth is for code values"},
       {{cube, "--float", "--round", "1", "2", "3"}, 2, "--round is for code values"},
       {{cube, "0.1", "0.2", "0.3"}, 2, "or --float"},
-      {{cube, "--depth", "8", "0.1", "0.2", "0.3"}, 2, "\"0.1\" is not a code value; expected an integer, or --fl"},
-      {{cube, "--depth", "8", "nan", "2", "3"}, 2, "\"nan\" is not a code value; expected an integer\n"},
-      {{cube, "--depth", "17", "--round", "1", "2", "3"}, 2, "1 to 16 bits, not 17"},
-      {{cube, "--depth", "8", "--round", "1", "65536", "3"}, 2, "at most 65535, not 65536"},
+      {{cube, "--depth", "8", "0.1", "0.2", "0.3"}, 1, "\"0.1\" is not a code value; expected an integer, or --fl"},
+      {{cube, "--depth", "8", "nan", "2", "3"}, 1, "\"nan\" is not a code value; expected an integer\n"},
+      {{cube, "--depth", "17", "--round", "1", "2", "3"}, 1, "1 to 16 bits, not 17"},
+      {{cube, "--depth", "8", "--round", "1", "65536", "3"}, 1, "at most 65535, not 65536"},
       {{cube, "--depth", "8", "--domain", "all", "1", "2", "3"}, 2, "unknown domain \"all\""},
       {{steep, "--float", "--interpolation", "tetrahedral", "--domain", "declared", "0.4", "0", "0"},
        1,
@@ -254,7 +254,7 @@ TEST_F(LutCommand, PlotWritesAnImageOfItsSize) {
     if (file != table()) fs::rename(path("last.png"), path("cube.png"));
   }
   EXPECT_NE(contentsOf(path("cube.png")), contentsOf(path("last.png")));
-  EXPECT_EQ(lut({"plot", table(), path("plot.jpg")}).status, 2);
+  EXPECT_EQ(lut({"plot", table(), path("plot.jpg")}).status, 1);
   EXPECT_THAT(lut({"plot", table(), path("none/plot.png")}).errors, HasSubstr("No such file or directory"));
   EXPECT_EQ(lut({"plot", write("bad.cube", ""), path("plot.png")}).status, 1);
   EXPECT_THAT(fileNames(), testing::ElementsAre("bad.cube", "cube.png", "identity.cube", "last.png", "table.lut"));

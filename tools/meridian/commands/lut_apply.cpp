@@ -41,8 +41,8 @@ unsigned readThreads(const Arguments& arguments) {
   const std::string text = arguments.value("threads").value_or("0");
   const auto threads = integerFromText(text);
   if (!threads || *threads < 0 || *threads > most) {
-    throw UsageError(inQuotes(text) + " is not a number of threads; expected an integer from 0 to " +
-                     std::to_string(most));
+    throw CommandError(inQuotes(text) + " is not a number of threads; expected an integer from 0 to " +
+                       std::to_string(most));
   }
   return *threads == 0 ? std::max(1U, std::thread::hardware_concurrency()) : static_cast<unsigned>(*threads);
 }

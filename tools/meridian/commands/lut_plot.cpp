@@ -45,7 +45,7 @@ void checkIsDrawable(const ParsedLutFile& lut) {
 Status plotToFile(const Arguments& arguments) {
   const std::string out = *arguments.value("out");
   if (!equalsIgnoringCase(pathExtension(out), "png")) {
-    throw UsageError(inQuotes(out) + " is not the name of a PNG image; expected one that ends in .png");
+    throw CommandError(inQuotes(out) + " is not the name of a PNG image; expected one that ends in .png");
   }
   const LutPlotModule& plots = plotModule();
   const auto lut = readLut(arguments);

@@ -34,7 +34,7 @@ struct Depths {
 std::int64_t readDepth(const std::string& text) {
   const auto depth = integerFromText(text);
   if (!depth || *depth < 1 || *depth > 63) {
-    throw UsageError(inQuotes(text) + " is not a bit depth; expected an integer from 1 to 63");
+    throw CommandError(inQuotes(text) + " is not a bit depth; expected an integer from 1 to 63");
   }
   return *depth;
 }
@@ -46,7 +46,9 @@ Depths readDepths(const Arguments& arguments) {
 }
 
 std::uint64_t readCodeValue(const std::string& text) {
-  const auto error = [&text](std::string_view words) { return UsageError(inQuotes(text) + " " + std::string(words)); };
+  const auto error = [&text](std::string_view words) {
+    return CommandError(inQuotes(text) + " " + std::string(words));
+  };
   const bool isNegative = text.starts_with('-');
   const std::string_view digits = std::string_view(text).substr(isNegative ? 1 : 0);
   if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos) {
@@ -65,8 +67,8 @@ double readNumber(const std::string& text) {
   if (const auto number = DecimalNumber::fromText(text)) return number->doubleValue();
   // The number of a text that has digits and yet is infinite is out of range.
   const bool isTooLarge = std::ranges::any_of(text, detail::isDigit) && std::isinf(doubleFromText(text).value_or(0));
-  throw UsageError(inQuotes(text) + (isTooLarge ? " is out of range; expected a number between -1.7e308 and 1.7e308"
-                                                : " is not a number; expected a decimal number such as 0.18"));
+  throw CommandError(inQuotes(text) + (isTooLarge ? " is out of range; expected a number between -1.7e308 and 1.7e308"
+                                                  : " is not a number; expected a decimal number such as 0.18"));
 }
 
 /// Returns the words as samples: red, green and blue, each read by `read`. `noun` says what they are.
@@ -126,20 +128,20 @@ Json converted(const ParsedLutFile& lut, std::span<const std::array<std::uint64_
   return results;
 }
 
-/// Returns the samples as those of an image. Throws UsageError for what images cannot have.
+/// Returns the samples as those of an image. Throws CommandError for what images cannot have.
 std::vector<std::array<std::uint16_t, 3>> asImageSamples(std::span<const std::array<std::uint64_t, 3>> samples,
                                                          const Depths& depths) {
   constexpr std::string_view reason = "--axis-order, --domain, --interpolation and --round apply the LUT as to images";
   for (const std::int64_t depth : {depths.input, depths.output}) {
     if (depth > 16) {
-      throw UsageError(std::string(reason) + ", whose depths are 1 to 16 bits, not " + std::to_string(depth));
+      throw CommandError(std::string(reason) + ", whose depths are 1 to 16 bits, not " + std::to_string(depth));
     }
   }
   std::vector<std::array<std::uint16_t, 3>> result;
   for (const auto& sample : samples) {
     const std::uint64_t most = std::ranges::max(sample);
     if (most > 0xFFFF) {
-      throw UsageError(std::string(reason) + ", whose samples are at most 65535, not " + std::to_string(most));
+      throw CommandError(std::string(reason) + ", whose samples are at most 65535, not " + std::to_string(most));
     }
     const auto narrowed = [&sample](std::size_t channel) { return static_cast<std::uint16_t>(sample[channel]); };
     result.push_back({narrowed(0), narrowed(1), narrowed(2)});
