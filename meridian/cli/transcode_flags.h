@@ -120,37 +120,15 @@ class SAVTranscodeCliCommand : public FlagText<SAVTranscodeCliCommand> {
   using FlagText::FlagText;
 };
 
-inline constexpr SAVTranscodeCliCommand SAVCliHelpFlag{"-h"};
-inline constexpr SAVTranscodeCliCommand SAVCliCodecsFlag{"-codecs"};
-inline constexpr SAVTranscodeCliCommand SAVCliFormatsFlag{"-formats"};
-inline constexpr SAVTranscodeCliCommand SAVCliVersionFlag{"-version"};
-inline constexpr SAVTranscodeCliCommand SAVCliAcknowledgementFlag{"-acknowledge"};
-inline constexpr SAVTranscodeCliCommand SAVCliPresetsFlag{"-presets"};
-inline constexpr SAVTranscodeCliCommand SAVCliAspectRatioScalingsFlag{"-aspect_scalings"};
-inline constexpr SAVTranscodeCliCommand SAVCliCropAnchorsFlag{"-crop_anchors"};
-inline constexpr SAVTranscodeCliCommand SAVCliColorSpacesFlag{"-color_spaces"};
-inline constexpr SAVTranscodeCliCommand SAVCliAudioChannelLayoutsFlag{"-audio_channel_layouts"};
-inline constexpr SAVTranscodeCliCommand SAVCliTimecodeBurnAnchorsFlag{"-tc_burn_anchors"};
-inline constexpr SAVTranscodeCliCommand SAVCliWatermarkFileBurnAnchorsFlag{"-wmf_burn_anchors"};
-inline constexpr SAVTranscodeCliCommand SAVCliGpuPlatformsFlag{"-gpu_platforms"};
+#define MERIDIAN_COMMAND_FLAG(name, text, ...) inline constexpr SAVTranscodeCliCommand name{text};
+#include "meridian/cli/transcode_flags.def"
 
 template <>
 struct FlagTable<SAVTranscodeCliCommand> {
   static constexpr FlagGroup group = FlagGroup::command;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeCliCommand>>({
-      {SAVCliHelpFlag, FlagValue::none, "Print the usage"},
-      {SAVCliCodecsFlag, FlagValue::none, "Print the video and audio codecs"},
-      {SAVCliFormatsFlag, FlagValue::none, "Print the file formats"},
-      {SAVCliVersionFlag, FlagValue::none, "Print the version"},
-      {SAVCliAcknowledgementFlag, FlagValue::none, "Print the licences of the libraries in use"},
-      {SAVCliPresetsFlag, FlagValue::none, "Print the presets and their settings"},
-      {SAVCliAspectRatioScalingsFlag, FlagValue::none, "Print the aspect scalings"},
-      {SAVCliCropAnchorsFlag, FlagValue::none, "Print the crop anchors"},
-      {SAVCliColorSpacesFlag, FlagValue::none, "Print the colour spaces"},
-      {SAVCliAudioChannelLayoutsFlag, FlagValue::none, "Print the audio channel layouts"},
-      {SAVCliTimecodeBurnAnchorsFlag, FlagValue::none, "Print the anchors of a burnt-in timecode"},
-      {SAVCliWatermarkFileBurnAnchorsFlag, FlagValue::none, "Print the anchors of a watermark image", false},
-      {SAVCliGpuPlatformsFlag, FlagValue::none, "Print the GPU platforms"},
+#define MERIDIAN_COMMAND_FLAG(name, text, value, ...) {name, FlagValue::value __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_flags.def"
   });
 };
 
@@ -161,31 +139,15 @@ class SAVTranscodeArgumentFlag : public FlagText<SAVTranscodeArgumentFlag> {
   using FlagText::FlagText;
 };
 
-inline constexpr SAVTranscodeArgumentFlag SAVInputPrefixFlag{"-in"};
-inline constexpr SAVTranscodeArgumentFlag SAVOutputFileFlag{"-out"};
-inline constexpr SAVTranscodeArgumentFlag SAVProgressFileFlag{"-progress_file"};
-inline constexpr SAVTranscodeArgumentFlag SAVProgressOutputPrefixFlag{"-progress_prefix"};
-inline constexpr SAVTranscodeArgumentFlag SAVOverwriteExistingFlag{"-overwrite"};
-inline constexpr SAVTranscodeArgumentFlag SAVFileFormatFlag{"-file_format"};
-inline constexpr SAVTranscodeArgumentFlag SAVColorLutFileFlag{"-clut"};
-inline constexpr SAVTranscodeArgumentFlag SAVPrepareForWebFlag{"-web"};
-inline constexpr SAVTranscodeArgumentFlag SAVPresetFlag{"-preset"};
-inline constexpr SAVTranscodeArgumentFlag SAVWorkDirectoryFlag{"-work_dir"};
+#define MERIDIAN_GENERAL_FLAG(name, text, ...) inline constexpr SAVTranscodeArgumentFlag name{text};
+#include "meridian/cli/transcode_flags.def"
 
 template <>
 struct FlagTable<SAVTranscodeArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::general;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeArgumentFlag>>({
-      {SAVInputPrefixFlag, FlagValue::path, "Read this file; numbered by group and place: -in_0_0 is the first"},
-      {SAVOutputFileFlag, FlagValue::path},
-      {SAVProgressFileFlag, FlagValue::path},
-      {SAVProgressOutputPrefixFlag, FlagValue::lowercase},
-      {SAVOverwriteExistingFlag, FlagValue::none},
-      {SAVFileFormatFlag, FlagValue::lowercase},
-      {SAVColorLutFileFlag, FlagValue::path},
-      {SAVPrepareForWebFlag, FlagValue::none},
-      {SAVPresetFlag, FlagValue::lowercase, "Add the settings of a preset, where the vector does not have them"},
-      {SAVWorkDirectoryFlag, FlagValue::path},
+#define MERIDIAN_GENERAL_FLAG(name, text, value, ...) {name, FlagValue::value __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_flags.def"
   });
 };
 
@@ -195,37 +157,15 @@ class SAVTranscodeVideoArgumentFlag : public FlagText<SAVTranscodeVideoArgumentF
   using FlagText::FlagText;
 };
 
-inline constexpr SAVTranscodeVideoArgumentFlag SAVNoVideoFlag{"-vn"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoFormatFlag{"-vcodec"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoFrameRateFlag{"-vr"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoDimensionsFlag{"-dims"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoAspectScalingFlag{"-aspect_scaling"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoAspectCropAnchorFlag{"-crop_anchor"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoBitRateFlag{"-vbr"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoBitDepthFlag{"-vbd"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoColorSpaceFlag{"-c_space"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoKeyFramesFlag{"-key_frames"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoGPUDecodingFlag{"-gpu_decoding"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoGPUEncodingFlag{"-gpu_encoding"};
-inline constexpr SAVTranscodeVideoArgumentFlag SAVVideoProfileFlag{"-vprofile"};
+#define MERIDIAN_VIDEO_FLAG(name, text, ...) inline constexpr SAVTranscodeVideoArgumentFlag name{text};
+#include "meridian/cli/transcode_flags.def"
 
 template <>
 struct FlagTable<SAVTranscodeVideoArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::video;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeVideoArgumentFlag>>({
-      {SAVNoVideoFlag, FlagValue::none},
-      {SAVVideoFormatFlag, FlagValue::lowercase},
-      {SAVVideoFrameRateFlag, FlagValue::lowercase},
-      {SAVVideoDimensionsFlag, FlagValue::lowercase},
-      {SAVVideoAspectScalingFlag, FlagValue::lowercase},
-      {SAVVideoAspectCropAnchorFlag, FlagValue::lowercase},
-      {SAVVideoBitRateFlag, FlagValue::lowercase},
-      {SAVVideoBitDepthFlag, FlagValue::lowercase},
-      {SAVVideoColorSpaceFlag, FlagValue::lowercase},
-      {SAVVideoKeyFramesFlag, FlagValue::lowercase},
-      {SAVVideoGPUDecodingFlag, FlagValue::none},
-      {SAVVideoGPUEncodingFlag, FlagValue::none},
-      {SAVVideoProfileFlag, FlagValue::lowercase},
+#define MERIDIAN_VIDEO_FLAG(name, text, value, ...) {name, FlagValue::value __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_flags.def"
   });
 };
 
@@ -236,38 +176,15 @@ class SAVTranscodeAudioArgumentFlag : public FlagText<SAVTranscodeAudioArgumentF
   using FlagText::FlagText;
 };
 
-inline constexpr SAVTranscodeAudioArgumentFlag SAVNoAudioFlag{"-an"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVCopyAudioFlag{"-acopy"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioIgnoreTracksPrefixFlag{"-ac_omit"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVDiscreteAudioFlag{"-adiscrete"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioFormatFlag{"-acodec"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioBitsPerChannelFlag{"-abpc"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioSampleRateFlag{"-asr"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioChannelLayoutFlag{"-acl"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioChannelLayoutTagFlag{"-acl_tag"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioChannelLayoutDescriptionsFlag{"-acl_descs"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioChannelLayoutBitmapFlag{"-acl_bitmap"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioBitRateFlag{"-abr"};
-inline constexpr SAVTranscodeAudioArgumentFlag SAVAudioQualityFlag{"-aqual"};
+#define MERIDIAN_AUDIO_FLAG(name, text, ...) inline constexpr SAVTranscodeAudioArgumentFlag name{text};
+#include "meridian/cli/transcode_flags.def"
 
 template <>
 struct FlagTable<SAVTranscodeAudioArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::audio;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeAudioArgumentFlag>>({
-      {SAVNoAudioFlag, FlagValue::none},
-      {SAVCopyAudioFlag, FlagValue::none, "Copy the audio unchanged"},
-      {SAVAudioIgnoreTracksPrefixFlag, FlagValue::lowercase,
-       "Leave out an audio track; numbered from 0, without a value: -ac_omit_0"},
-      {SAVDiscreteAudioFlag, FlagValue::none},
-      {SAVAudioFormatFlag, FlagValue::lowercase},
-      {SAVAudioBitsPerChannelFlag, FlagValue::lowercase},
-      {SAVAudioSampleRateFlag, FlagValue::lowercase},
-      {SAVAudioChannelLayoutFlag, FlagValue::lowercase},
-      {SAVAudioChannelLayoutTagFlag, FlagValue::lowercase},
-      {SAVAudioChannelLayoutDescriptionsFlag, FlagValue::lowercase, "", false},
-      {SAVAudioChannelLayoutBitmapFlag, FlagValue::lowercase, "", false},
-      {SAVAudioBitRateFlag, FlagValue::lowercase},
-      {SAVAudioQualityFlag, FlagValue::lowercase},
+#define MERIDIAN_AUDIO_FLAG(name, text, value, ...) {name, FlagValue::value __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_flags.def"
   });
 };
 
@@ -277,33 +194,15 @@ class SAVTranscodeTimecodeArgumentFlag : public FlagText<SAVTranscodeTimecodeArg
   using FlagText::FlagText;
 };
 
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeMatchSourceFlag{"-tc_match"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeFromCreationDateFlag{"-tc_creation"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeCustomFlag{"-tc_custom"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeFrameRateFlag{"-tc_rate"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeIsDropFlag{"-tc_drop"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeAddTrackFlag{"-tc_track"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeAddBurnFlag{"-tc_burn"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeBurnAnchorFlag{"-tc_burn_anchor"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeBurnFontSize{"-tc_burn_size"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeBurnFontRGB{"-tc_burn_font_rgb"};
-inline constexpr SAVTranscodeTimecodeArgumentFlag SAVTimecodeBurnBoxRGB{"-tc_burn_box_rgb"};
+#define MERIDIAN_TIMECODE_FLAG(name, text, ...) inline constexpr SAVTranscodeTimecodeArgumentFlag name{text};
+#include "meridian/cli/transcode_flags.def"
 
 template <>
 struct FlagTable<SAVTranscodeTimecodeArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::timecode;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeTimecodeArgumentFlag>>({
-      {SAVTimecodeAddTrackFlag, FlagValue::none},
-      {SAVTimecodeAddBurnFlag, FlagValue::none},
-      {SAVTimecodeBurnAnchorFlag, FlagValue::lowercase, "", false},
-      {SAVTimecodeBurnFontSize, FlagValue::lowercase},
-      {SAVTimecodeBurnFontRGB, FlagValue::lowercase},
-      {SAVTimecodeBurnBoxRGB, FlagValue::lowercase},
-      {SAVTimecodeMatchSourceFlag, FlagValue::none, "Take the timecode from the source"},
-      {SAVTimecodeFromCreationDateFlag, FlagValue::none, "Derive the timecode from the source's creation date"},
-      {SAVTimecodeCustomFlag, FlagValue::lowercase},
-      {SAVTimecodeFrameRateFlag, FlagValue::lowercase},
-      {SAVTimecodeIsDropFlag, FlagValue::none},
+#define MERIDIAN_TIMECODE_FLAG(name, text, value, ...) {name, FlagValue::value __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_flags.def"
   });
 };
 
@@ -313,17 +212,15 @@ class SAVTranscodeWatermarkFileArgumentFlag : public FlagText<SAVTranscodeWaterm
   using FlagText::FlagText;
 };
 
-inline constexpr SAVTranscodeWatermarkFileArgumentFlag SAVWatermarkFileBurnFilePathFlag{"-wmf_path"};
-inline constexpr SAVTranscodeWatermarkFileArgumentFlag SAVWatermarkFileBurnAnchorFlag{"-wmf_anchor"};
-inline constexpr SAVTranscodeWatermarkFileArgumentFlag SAVWatermarkFileBurnScaleFlag{"-wmf_scale"};
+#define MERIDIAN_WATERMARK_FILE_FLAG(name, text, ...) inline constexpr SAVTranscodeWatermarkFileArgumentFlag name{text};
+#include "meridian/cli/transcode_flags.def"
 
 template <>
 struct FlagTable<SAVTranscodeWatermarkFileArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::watermarkFile;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeWatermarkFileArgumentFlag>>({
-      {SAVWatermarkFileBurnAnchorFlag, FlagValue::lowercase},
-      {SAVWatermarkFileBurnFilePathFlag, FlagValue::lowercase},
-      {SAVWatermarkFileBurnScaleFlag, FlagValue::lowercase},
+#define MERIDIAN_WATERMARK_FILE_FLAG(name, text, value, ...) {name, FlagValue::value __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_flags.def"
   });
 };
 
@@ -333,23 +230,15 @@ class SAVTranscodeWatermarkTextArgumentFlag : public FlagText<SAVTranscodeWaterm
   using FlagText::FlagText;
 };
 
-inline constexpr SAVTranscodeWatermarkTextArgumentFlag SAVWatermarkTextAddBurnFlag{"-wmt_burn"};
-inline constexpr SAVTranscodeWatermarkTextArgumentFlag SAVWatermarkTextBurnTextFlag{"-wmt_text"};
-inline constexpr SAVTranscodeWatermarkTextArgumentFlag SAVWatermarkTextBurnFontSizeFlag{"-wmt_size"};
-inline constexpr SAVTranscodeWatermarkTextArgumentFlag SAVWatermarkTextBurnAnchorFlag{"-wmt_anchor"};
-inline constexpr SAVTranscodeWatermarkTextArgumentFlag SAVWatermarkTextBurnFontRGBFlag{"-wmt_font_rgb"};
-inline constexpr SAVTranscodeWatermarkTextArgumentFlag SAVWatermarkTextBurnBoxRGBFlag{"-wmt_box_rgb"};
+#define MERIDIAN_WATERMARK_TEXT_FLAG(name, text, ...) inline constexpr SAVTranscodeWatermarkTextArgumentFlag name{text};
+#include "meridian/cli/transcode_flags.def"
 
 template <>
 struct FlagTable<SAVTranscodeWatermarkTextArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::watermarkText;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeWatermarkTextArgumentFlag>>({
-      {SAVWatermarkTextAddBurnFlag, FlagValue::none},
-      {SAVWatermarkTextBurnTextFlag, FlagValue::lowercase},
-      {SAVWatermarkTextBurnFontSizeFlag, FlagValue::lowercase},
-      {SAVWatermarkTextBurnAnchorFlag, FlagValue::lowercase},
-      {SAVWatermarkTextBurnFontRGBFlag, FlagValue::lowercase},
-      {SAVWatermarkTextBurnBoxRGBFlag, FlagValue::lowercase},
+#define MERIDIAN_WATERMARK_TEXT_FLAG(name, text, value, ...) {name, FlagValue::value __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_flags.def"
   });
 };
 
@@ -359,19 +248,15 @@ class SAVTranscodeArriLookArgumentFlag : public FlagText<SAVTranscodeArriLookArg
   using FlagText::FlagText;
 };
 
-inline constexpr SAVTranscodeArriLookArgumentFlag SAVArriLookColorSpacePrimaryFlag{"-arri_cs"};
-inline constexpr SAVTranscodeArriLookArgumentFlag SAVArriLookColorSpaceWhitePointFlag{"-arri_wp"};
-inline constexpr SAVTranscodeArriLookArgumentFlag SAVArriLookColorSpaceCurveFlag{"-arri_curve"};
-inline constexpr SAVTranscodeArriLookArgumentFlag SAVArriLookInvalidLookResolutionFlag{"-arri_inv_res"};
+#define MERIDIAN_CAMERA_LOOK_FLAG(name, text, ...) inline constexpr SAVTranscodeArriLookArgumentFlag name{text};
+#include "meridian/cli/transcode_flags.def"
 
 template <>
 struct FlagTable<SAVTranscodeArriLookArgumentFlag> {
   static constexpr FlagGroup group = FlagGroup::cameraLook;
   static constexpr auto rows = std::to_array<FlagRow<SAVTranscodeArriLookArgumentFlag>>({
-      {SAVArriLookColorSpacePrimaryFlag, FlagValue::lowercase},
-      {SAVArriLookColorSpaceWhitePointFlag, FlagValue::lowercase},
-      {SAVArriLookColorSpaceCurveFlag, FlagValue::lowercase},
-      {SAVArriLookInvalidLookResolutionFlag, FlagValue::lowercase},
+#define MERIDIAN_CAMERA_LOOK_FLAG(name, text, value, ...) {name, FlagValue::value __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_flags.def"
   });
 };
 

@@ -103,9 +103,8 @@ class SAVTranscodeArgumentFileFormatValue : public ValueText<SAVTranscodeArgumen
   [[nodiscard]] constexpr std::optional<FileExtension> preferredFileExtension() const noexcept;
 };
 
-inline constexpr SAVTranscodeArgumentFileFormatValue SAVQuickTimeFileFormat{"qt"};
-inline constexpr SAVTranscodeArgumentFileFormatValue SAVMp4Format{"mp4"};
-inline constexpr SAVTranscodeArgumentFileFormatValue SAVWaveFileFormat{"wav"};
+#define MERIDIAN_FILE_FORMAT(name, text, ...) inline constexpr SAVTranscodeArgumentFileFormatValue name{text};
+#include "meridian/cli/transcode_values.def"
 
 struct FileFormatRow {
   SAVTranscodeArgumentFileFormatValue value;
@@ -116,9 +115,8 @@ struct FileFormatRow {
 template <>
 struct ValueTable<SAVTranscodeArgumentFileFormatValue> {
   static constexpr auto rows = std::to_array<FileFormatRow>({
-      {SAVQuickTimeFileFormat, {FileExtension::mov, FileExtension::mp4}},
-      {SAVMp4Format, {FileExtension::mp4, FileExtension::mov}},
-      {SAVWaveFileFormat, {FileExtension::wav}},
+#define MERIDIAN_FILE_FORMAT(name, text, extensions) {name, extensions},
+#include "meridian/cli/transcode_values.def"
   });
 };
 
@@ -145,17 +143,8 @@ class SAVTranscodeArgumentVideoCodecValue : public ValueText<SAVTranscodeArgumen
   [[nodiscard]] static constexpr std::span<const SAVTranscodeArgumentVideoCodecValue> allProResFormats() noexcept;
 };
 
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVDnxhdCodec{"dnxhd"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVAvcH264Codec{"h264"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVHevcCodec{"h265"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVMotionJpegCodec{"mjpeg"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVMpeg4Codec{"mp4"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVProRes4444{"prores4444"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVProRes4444XQ{"prores4444xq"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVProRes422{"prores422"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVProRes422HQ{"prores422hq"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVProRes422LT{"prores422lt"};
-inline constexpr SAVTranscodeArgumentVideoCodecValue SAVProRes422Proxy{"prores422proxy"};
+#define MERIDIAN_VIDEO_CODEC(name, text, ...) inline constexpr SAVTranscodeArgumentVideoCodecValue name{text};
+#include "meridian/cli/transcode_values.def"
 
 enum class VideoCodecFamily { none, avidDNx, web, proRes };
 
@@ -170,20 +159,9 @@ struct VideoCodecRow {
 template <>
 struct ValueTable<SAVTranscodeArgumentVideoCodecValue> {
   static constexpr auto rows = std::to_array<VideoCodecRow>({
-      {SAVDnxhdCodec, ConversionCodecType::dnxhd, {FileExtension::mxf}, VideoCodecFamily::avidDNx},
-      {SAVAvcH264Codec, ConversionCodecType::h264, {FileExtension::mp4, FileExtension::mov}, VideoCodecFamily::web},
-      {SAVHevcCodec, ConversionCodecType::h265, {FileExtension::mov}, VideoCodecFamily::web},
-      {SAVMotionJpegCodec,
-       ConversionCodecType::motionJpeg,
-       {FileExtension::mov, FileExtension::mjpeg},
-       VideoCodecFamily::web},
-      {SAVMpeg4Codec, ConversionCodecType::mpeg4, {FileExtension::mov}, VideoCodecFamily::none},
-      {SAVProRes4444, ConversionCodecType::proRes4444, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes4444XQ, ConversionCodecType::proRes4444XQ, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes422, ConversionCodecType::proRes422, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes422HQ, ConversionCodecType::proRes422HQ, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes422LT, ConversionCodecType::proRes422LT, {FileExtension::mov}, VideoCodecFamily::proRes},
-      {SAVProRes422Proxy, ConversionCodecType::proRes422Proxy, {FileExtension::mov}, VideoCodecFamily::proRes},
+#define MERIDIAN_VIDEO_CODEC(name, text, codec, extensions, family) \
+  {name, ConversionCodecType::codec, extensions, VideoCodecFamily::family},
+#include "meridian/cli/transcode_values.def"
   });
 };
 
@@ -198,15 +176,15 @@ class SAVTranscodeArgumentAspectRatioValue : public ValueText<SAVTranscodeArgume
   [[nodiscard]] static constexpr std::string_view cliFlag() noexcept { return videoFlag().rawValue(); }
 };
 
-inline constexpr SAVTranscodeArgumentAspectRatioValue SAVMatchSourceRatio{"match"};
-inline constexpr SAVTranscodeArgumentAspectRatioValue SAVStretchAspect{"stretch"};
-inline constexpr SAVTranscodeArgumentAspectRatioValue SAVLetterboxAspect{"letterbox"};
-inline constexpr SAVTranscodeArgumentAspectRatioValue SAVCropAspect{"crop"};
+#define MERIDIAN_ASPECT_RATIO(name, text, ...) inline constexpr SAVTranscodeArgumentAspectRatioValue name{text};
+#include "meridian/cli/transcode_values.def"
 
 template <>
 struct ValueTable<SAVTranscodeArgumentAspectRatioValue> {
-  static constexpr auto rows = std::to_array<ValueRow<SAVTranscodeArgumentAspectRatioValue>>(
-      {{SAVMatchSourceRatio}, {SAVStretchAspect}, {SAVLetterboxAspect}, {SAVCropAspect}});
+  static constexpr auto rows = std::to_array<ValueRow<SAVTranscodeArgumentAspectRatioValue>>({
+#define MERIDIAN_ASPECT_RATIO(name, text) {name},
+#include "meridian/cli/transcode_values.def"
+  });
 };
 
 /// The anchor of a crop, a burn-in or a watermark: its place in the frame.
@@ -215,28 +193,14 @@ class SAVTranscodeArgumentOverlayAnchorValue : public ValueText<SAVTranscodeArgu
   using ValueText::ValueText;
 };
 
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorTopLeft{"tl"};
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorTopCenter{"tc"};
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorTopRight{"tr"};
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorCenterLeft{"cl"};
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorCenter{"c"};
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorCenterRight{"cr"};
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorBottomLeft{"bl"};
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorBottomCenter{"bc"};
-inline constexpr SAVTranscodeArgumentOverlayAnchorValue SAVAnchorBottomRight{"br"};
+#define MERIDIAN_OVERLAY_ANCHOR(name, text, ...) inline constexpr SAVTranscodeArgumentOverlayAnchorValue name{text};
+#include "meridian/cli/transcode_values.def"
 
 template <>
 struct ValueTable<SAVTranscodeArgumentOverlayAnchorValue> {
   static constexpr auto rows = std::to_array<ValueRow<SAVTranscodeArgumentOverlayAnchorValue>>({
-      {SAVAnchorTopLeft},
-      {SAVAnchorTopCenter},
-      {SAVAnchorTopRight},
-      {SAVAnchorCenterLeft},
-      {SAVAnchorCenter},
-      {SAVAnchorCenterRight},
-      {SAVAnchorBottomLeft},
-      {SAVAnchorBottomCenter},
-      {SAVAnchorBottomRight},
+#define MERIDIAN_OVERLAY_ANCHOR(name, text) {name},
+#include "meridian/cli/transcode_values.def"
   });
 };
 
@@ -250,20 +214,14 @@ class SAVTranscodeArgumentColorSpaceValue : public ValueText<SAVTranscodeArgumen
   [[nodiscard]] static constexpr std::string_view cliFlag() noexcept { return videoFlag().rawValue(); }
 };
 
-inline constexpr SAVTranscodeArgumentColorSpaceValue SAVRec2020ColorSpace{"rec_2020"};
-inline constexpr SAVTranscodeArgumentColorSpaceValue SAVRec709ColorSpace{"rec_709"};
-inline constexpr SAVTranscodeArgumentColorSpaceValue SAVSrgbColorSpace{"sRGB"};
-inline constexpr SAVTranscodeArgumentColorSpaceValue SAVSmptecColorSpace{"smpte_c"};
-inline constexpr SAVTranscodeArgumentColorSpaceValue SAVEbu3213ColorSpace{"ebu_3213"};
+#define MERIDIAN_COLOR_SPACE(name, text, ...) inline constexpr SAVTranscodeArgumentColorSpaceValue name{text};
+#include "meridian/cli/transcode_values.def"
 
 template <>
 struct ValueTable<SAVTranscodeArgumentColorSpaceValue> {
   static constexpr auto rows = std::to_array<ValueRow<SAVTranscodeArgumentColorSpaceValue>>({
-      {SAVRec2020ColorSpace},
-      {SAVRec709ColorSpace},
-      {SAVSrgbColorSpace},
-      {SAVSmptecColorSpace},
-      {SAVEbu3213ColorSpace},
+#define MERIDIAN_COLOR_SPACE(name, text) {name},
+#include "meridian/cli/transcode_values.def"
   });
 };
 
@@ -277,22 +235,14 @@ class SAVTranscodeArgumentAudioFormatValue : public ValueText<SAVTranscodeArgume
   [[nodiscard]] static constexpr std::string_view cliFlag() noexcept { return audioFlag().rawValue(); }
 };
 
-inline constexpr SAVTranscodeArgumentAudioFormatValue SAVLpcmAudioFormatValue{"lpcm"};
-inline constexpr SAVTranscodeArgumentAudioFormatValue SAVAacAudioFormatValue{"aac"};
-inline constexpr SAVTranscodeArgumentAudioFormatValue SAVAppleLosslessAudioFormatValue{"apple_lossless"};
-inline constexpr SAVTranscodeArgumentAudioFormatValue SAVAacHEAudioFormatValue{"aac_he"};
-inline constexpr SAVTranscodeArgumentAudioFormatValue SAVAacELDLosslessAudioFormatValue{"aac_eld"};
-inline constexpr SAVTranscodeArgumentAudioFormatValue SAVAppleIMA41ADPCMAudioFormatValue{"apple_ima4"};
+#define MERIDIAN_AUDIO_FORMAT(name, text, ...) inline constexpr SAVTranscodeArgumentAudioFormatValue name{text};
+#include "meridian/cli/transcode_values.def"
 
 template <>
 struct ValueTable<SAVTranscodeArgumentAudioFormatValue> {
   static constexpr auto rows = std::to_array<ValueRow<SAVTranscodeArgumentAudioFormatValue>>({
-      {SAVLpcmAudioFormatValue},
-      {SAVAacAudioFormatValue},
-      {SAVAppleLosslessAudioFormatValue},
-      {SAVAacHEAudioFormatValue, false},
-      {SAVAacELDLosslessAudioFormatValue, false},
-      {SAVAppleIMA41ADPCMAudioFormatValue, false},
+#define MERIDIAN_AUDIO_FORMAT(name, text, ...) {name __VA_OPT__(, ) __VA_ARGS__},
+#include "meridian/cli/transcode_values.def"
   });
 };
 
@@ -307,63 +257,21 @@ class SAVTranscodeArgumentAudioChannelLayoutValue : public ValueText<SAVTranscod
   [[nodiscard]] static constexpr std::string_view cliFlag() noexcept { return audioFlag().rawValue(); }
 };
 
-inline constexpr SAVTranscodeArgumentAudioChannelLayoutValue SAVMonoAudioLayout{"mono"};
-inline constexpr SAVTranscodeArgumentAudioChannelLayoutValue SAVStereoAudioLayout{"stereo"};
-inline constexpr SAVTranscodeArgumentAudioChannelLayoutValue SAVQuadraphonicAudioLayout{"quad"};
-inline constexpr SAVTranscodeArgumentAudioChannelLayoutValue SAVPentagonalAudioLayout{"pent"};
-inline constexpr SAVTranscodeArgumentAudioChannelLayoutValue SAVHexagonalAudioLayout{"hex"};
-inline constexpr SAVTranscodeArgumentAudioChannelLayoutValue SAVOctagonalAudioLayout{"oct"};
+#define MERIDIAN_CHANNEL_LAYOUT(name, text, ...) \
+  inline constexpr SAVTranscodeArgumentAudioChannelLayoutValue name{text};
+#include "meridian/cli/transcode_values.def"
 
 template <>
 struct ValueTable<SAVTranscodeArgumentAudioChannelLayoutValue> {
   static constexpr auto rows = std::to_array<ValueRow<SAVTranscodeArgumentAudioChannelLayoutValue>>({
-      {SAVMonoAudioLayout},
-      {SAVStereoAudioLayout},
-      {SAVQuadraphonicAudioLayout},
-      {SAVPentagonalAudioLayout},
-      {SAVHexagonalAudioLayout},
-      {SAVOctagonalAudioLayout},
+#define MERIDIAN_CHANNEL_LAYOUT(name, text) {name},
+#include "meridian/cli/transcode_values.def"
   });
 };
 
-/// The value that means "as the source": copy a codec or a rate unchanged.
-inline constexpr std::string_view SAVCopySourceValue = "copy";
-
-/// Values of "-preset".
-inline constexpr std::string_view SAVSolvaneCloudPresetValue = "solvane_cloud";
-inline constexpr std::string_view SAVSolvaneProRes4444XQPresetValue = "solvane_4444xq";
-
-/// Names of GPU platforms, as "-gpu_platforms" prints them. Not values of "-gpu_decoding" and "-gpu_encoding", which
-/// are switches.
-inline constexpr std::string_view SAVGpuPlatformOpenCLFlag = "opencl";
-inline constexpr std::string_view SAVGpuPlatformMetalFlag = "metal";
-inline constexpr std::string_view SAVGpuPlatformDefaultPlatformFlag = "default";
-
-/// Values of "-arri_cs": primaries.
-inline constexpr std::string_view SAVArriLookColorSpaceRec709 = "rec709";
-inline constexpr std::string_view SAVArriLookColorSpaceRec2020 = "rec2020";
-inline constexpr std::string_view SAVArriLookColorSpaceP3 = "p3";
-inline constexpr std::string_view SAVArriLookColorSpaceAP0 = "ap0";
-inline constexpr std::string_view SAVArriLookColorSpaceAWG3 = "awg3";
-inline constexpr std::string_view SAVArriLookColorSpaceAWG4 = "awg4";
-
-/// Values of "-arri_curve": transfer curves.
-inline constexpr std::string_view SAVArriCurveBT1886 = "bt1886";
-inline constexpr std::string_view SAVArriCurveDCI = "dci";
-inline constexpr std::string_view SAVArriCurvePQ = "pq";
-inline constexpr std::string_view SAVArriCurveHLG = "hlg";
-inline constexpr std::string_view SAVArriCurveLogC3 = "logc3";
-inline constexpr std::string_view SAVArriCurveLogC4 = "logc4";
-inline constexpr std::string_view SAVArriCurveLinear = "linear";
-
-/// Values of "-arri_wp": white points.
-inline constexpr std::string_view SAVArriWhitePointD60 = "d60";
-inline constexpr std::string_view SAVArriWhitePointDCI = "dci";
-inline constexpr std::string_view SAVArriWhitePointD65 = "d65";
-
-/// Values of "-arri_inv_res".
-inline constexpr std::string_view SAVArriLookResolutionIgnore = "ignore";
-inline constexpr std::string_view SAVArriLookResolutionFirst = "first";
+// Values without a type of their own.
+#define MERIDIAN_VALUE_TEXT(name, text) inline constexpr std::string_view name = text;
+#include "meridian/cli/transcode_values.def"
 
 namespace detail {
 
