@@ -38,15 +38,20 @@ if(MERIDIAN_COVERAGE)
 endif()
 
 # What every library of the project has in common: hidden symbols, a version, and its public headers under <meridian/>.
+# With C_INTERFACE the headers are C, so that callers need no C++ compiler.
 function(meridian_library target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "EXPORT_NAME;OUTPUT_NAME" "SOURCES;PUBLIC_HEADERS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "C_INTERFACE" "EXPORT_NAME;OUTPUT_NAME" "SOURCES;PUBLIC_HEADERS")
   add_library(${target})
   add_library(Meridian::${arg_EXPORT_NAME} ALIAS ${target})
   target_sources(
     ${target}
     PRIVATE ${arg_SOURCES}
     PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_PUBLIC_HEADERS})
-  target_compile_features(${target} PUBLIC cxx_std_20)
+  if(arg_C_INTERFACE)
+    target_compile_features(${target} PRIVATE cxx_std_20)
+  else()
+    target_compile_features(${target} PUBLIC cxx_std_20)
+  endif()
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:meridian_build_options>)
   set_target_properties(
     ${target}

@@ -1,0 +1,1 @@
+#include <meridian/c/meridian.h>
