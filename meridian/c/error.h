@@ -11,7 +11,8 @@
  *     }
  *
  * A function that can fail has a last parameter `MeridianError** error`. If it fails it returns false or NULL, changes
- * nothing, and stores an error that the caller owns, unless `error` is NULL. If it succeeds it leaves `*error` as it is.
+ * nothing, and stores an error that the caller owns, unless `error` is NULL. If it succeeds it leaves `*error` as it
+ * is.
  *
  * Nothing throws. Out of memory is an error like every other, with the code "outOfMemory" of the area "call"; it is
  * stored without allocating. Functions without the parameter do not allocate.

@@ -1,6 +1,6 @@
 /// \file
-/// What the functions of the C interface share: the C++ objects behind its handles, texts in both directions, and the one
-/// place where an exception becomes an error.
+/// What the functions of the C interface share: the C++ objects behind its handles, texts in both directions, and the
+/// one place where an exception becomes an error.
 ///
 ///     MeridianString* meridian_timecode_string_create(MeridianTimecode timecode, MeridianError** error) noexcept {
 ///       return created(error, [&] { return new MeridianString{componentsOf(timecode).timecodeString()}; });
@@ -138,14 +138,8 @@ template <typename LibraryError>
 [[nodiscard]] MeridianError errorOf(const LibraryError& error) {
   using Code = typename LibraryError::CodeType;
   static_assert(!areaOf<Code>.empty());
-  return {areaOf<Code>,
-          static_cast<int>(error.code),
-          rawValue(error.code),
-          error.place,
-          error.text(),
-          error.detail,
-          std::string(error.remedy()),
-          error.message()};
+  return {areaOf<Code>, static_cast<int>(error.code), rawValue(error.code), error.place, error.text(),
+          error.detail, std::string(error.remedy()),  error.message()};
 }
 template <ErrorCode Code>
 [[nodiscard]] MeridianError errorOf(Code code) {

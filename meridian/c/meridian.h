@@ -15,8 +15,12 @@
 #ifndef MERIDIAN_C_MERIDIAN_H
 #define MERIDIAN_C_MERIDIAN_H
 
+#include <meridian/c/arguments.h>
 #include <meridian/c/constants.h>
 #include <meridian/c/error.h>
+#include <meridian/c/explanation.h>
+#include <meridian/c/media.h>
+#include <meridian/c/properties.h>
 #include <meridian/c/text.h>
 
 #endif

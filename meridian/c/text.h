@@ -7,16 +7,17 @@
  *
  * The rules of this page hold for every header of the C interface:
  *
- * - **Ownership.** A function whose name contains `create`, `copy` or `open` returns a handle that the caller owns: pass
- *   it to the `destroy` function of its type, which accepts NULL. Everything else that is returned, whether a text or a
- *   pointer to const, is a view: it is valid until its handle is changed or destroyed.
+ * - **Ownership.** A function whose name contains `create`, `copy` or `open` returns a handle that the caller owns:
+ * pass it to the `destroy` function of its type, which accepts NULL. Everything else that is returned, whether a text
+ * or a pointer to const, is a view: it is valid until its handle is changed or destroyed.
  * - **Texts that are passed in.** Names of a vocabulary (flags, properties, presets, containers, file extensions) are
  *   UTF-8 texts that end with a NUL; NULL counts as the empty text. All other texts (words, values, paths, names of
  *   files) are a MeridianText, which may hold any bytes. They are read during the call only.
- * - **Texts that are returned** are UTF-8, except words, values and paths, which hold the bytes that were passed in. A NUL
- *   that `size` does not count follows each, except a text that a callback receives. An absent text has NULL as `data`.
- * - **Absent values.** A function that returns a value through a pointer returns false if there is none, and then leaves
- *   the value unchanged.
+ * - **Texts that are returned** are UTF-8, except words, values and paths, which hold the bytes that were passed in. A
+ * NUL that `size` does not count follows each, except a text that a callback receives. An absent text has NULL as
+ * `data`.
+ * - **Absent values.** A function that returns a value through a pointer returns false if there is none, and then
+ * leaves the value unchanged.
  * - **Errors.** A function that can fail has a last parameter `error`, see error.h.
  * - **Arrays** are a pointer and a number of elements; the pointer may be NULL for none. A handle must not be NULL, nor
  *   may a pointer to a result, unless its function says so.
@@ -44,7 +45,8 @@ extern "C" {
 #define MERIDIAN_NOTHROW
 #endif
 
-/** Views a text of `size` bytes. NULL as `data` means an absent text, and counts as the empty text where one is needed. */
+/** Views a text of `size` bytes. NULL as `data` means an absent text, and counts as the empty text where one is needed.
+ */
 typedef struct MeridianText {
   const char* data;
   size_t size;

@@ -48,14 +48,13 @@ TEST(CConstants, AreAsManyAsTheTablesOfCppHave) {
   const auto rows = []<typename... Values>(std::type_identity<Values>...) {
     return (meridian::ValueTable<Values>::rows.size() + ...);
   };
-  const std::size_t typedValues =
-      rows(std::type_identity<meridian::SAVTranscodeArgumentFileFormatValue>{},
-           std::type_identity<meridian::SAVTranscodeArgumentVideoCodecValue>{},
-           std::type_identity<meridian::SAVTranscodeArgumentAspectRatioValue>{},
-           std::type_identity<meridian::SAVTranscodeArgumentOverlayAnchorValue>{},
-           std::type_identity<meridian::SAVTranscodeArgumentColorSpaceValue>{},
-           std::type_identity<meridian::SAVTranscodeArgumentAudioFormatValue>{},
-           std::type_identity<meridian::SAVTranscodeArgumentAudioChannelLayoutValue>{});
+  const std::size_t typedValues = rows(std::type_identity<meridian::SAVTranscodeArgumentFileFormatValue>{},
+                                       std::type_identity<meridian::SAVTranscodeArgumentVideoCodecValue>{},
+                                       std::type_identity<meridian::SAVTranscodeArgumentAspectRatioValue>{},
+                                       std::type_identity<meridian::SAVTranscodeArgumentOverlayAnchorValue>{},
+                                       std::type_identity<meridian::SAVTranscodeArgumentColorSpaceValue>{},
+                                       std::type_identity<meridian::SAVTranscodeArgumentAudioFormatValue>{},
+                                       std::type_identity<meridian::SAVTranscodeArgumentAudioChannelLayoutValue>{});
   constexpr std::size_t untypedValues = 0
 #define MERIDIAN_VALUE_TEXT(name, text) +1
 #include "meridian/cli/transcode_values.def"

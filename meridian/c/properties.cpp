@@ -1,0 +1,66 @@
+// The functions of the typed properties, from the list that the header was made from.
+#include "meridian/c/properties.h"
+
+#include "meridian/c/handles.h"
+#include "meridian/c/media_values.h"
+
+namespace m = meridian;
+
+namespace {
+
+/// Returns a caller's value as the library's; absent for an absent text.
+std::optional<m::PropertyValue> valueOf(bool value) { return value; }
+std::optional<m::PropertyValue> valueOf(float value) { return value; }
+std::optional<m::PropertyValue> valueOf(std::int64_t value) { return value; }
+std::optional<m::PropertyValue> valueOf(MeridianSize value) { return m::c::fromC(value); }
+std::optional<m::PropertyValue> valueOf(MeridianTimecode value) { return m::c::fromC(value); }
+std::optional<m::PropertyValue> valueOf(MeridianColor value) { return m::c::fromC(value); }
+std::optional<m::PropertyValue> valueOf(MeridianText value) {
+  if (value.data == nullptr) return std::nullopt;
+  return std::string(m::c::viewOf(value));
+}
+
+bool setProperty(MeridianArguments* arguments, const m::TranscodeProperty& property,
+                 const std::optional<m::PropertyValue>& value, MeridianError** error) {
+  if (!value) {
+    m::removeProperty(arguments->value, property);
+    return true;
+  }
+  const auto set = m::setPropertyValue(arguments->value, property, *value);
+  return set ? true : m::c::failed(error, set.error());
+}
+
+template <typename Value, typename Result>
+bool getValue(const std::optional<Value>& found, Result* result) noexcept {
+  if (!found) return false;
+  *result = m::c::toC(*found);
+  return true;
+}
+
+}  // namespace
+
+#define MERIDIAN_C_SETTER(name, function, type)                                                                      \
+  bool meridian_arguments_set_##function(MeridianArguments* arguments, type value, MeridianError** error) noexcept { \
+    constexpr const m::TranscodeProperty& property = *m::findTranscodeProperty(#name);                               \
+    return m::c::done(error, [&] { return setProperty(arguments, property, valueOf(value), error); });               \
+  }
+#define MERIDIAN_C_PROPERTY_SWITCH(name, function, type)                                                              \
+  bool meridian_arguments_##function(const MeridianArguments* arguments) noexcept { return arguments->value.name(); } \
+  MERIDIAN_C_SETTER(name, function, type)
+#define MERIDIAN_C_PROPERTY_VALUE(name, function, type)                                          \
+  bool meridian_arguments_##function(const MeridianArguments* arguments, type* value) noexcept { \
+    return getValue(arguments->value.name(), value);                                             \
+  }                                                                                              \
+  MERIDIAN_C_SETTER(name, function, type)
+#define MERIDIAN_C_PROPERTY_TEXT(name, function, type)                                      \
+  MeridianText meridian_arguments_##function(const MeridianArguments* arguments) noexcept { \
+    return m::c::textOf(arguments->value.name());                                           \
+  }                                                                                         \
+  MERIDIAN_C_SETTER(name, function, type)
+// The path of a file is the flag's text, which can be viewed where the C++ property is a copy.
+#define MERIDIAN_C_PROPERTY_FILE(name, function, type)                                                   \
+  MeridianText meridian_arguments_##function(const MeridianArguments* arguments) noexcept {              \
+    return m::c::textOf(arguments->value.flagValueLookup().find(m::findTranscodeProperty(#name)->flag)); \
+  }                                                                                                      \
+  MERIDIAN_C_SETTER(name, function, type)
+#include "meridian/c/properties.def"
