@@ -15,11 +15,15 @@
 #ifndef MERIDIAN_C_MERIDIAN_H
 #define MERIDIAN_C_MERIDIAN_H
 
+#include <meridian/c/analysis.h>
 #include <meridian/c/arguments.h>
 #include <meridian/c/constants.h>
 #include <meridian/c/error.h>
 #include <meridian/c/explanation.h>
+#include <meridian/c/filter.h>
+#include <meridian/c/lut.h>
 #include <meridian/c/media.h>
+#include <meridian/c/names.h>
 #include <meridian/c/properties.h>
 #include <meridian/c/text.h>
 

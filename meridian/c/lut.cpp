@@ -1,0 +1,172 @@
+#include "meridian/c/lut.h"
+
+#include "meridian/c/handles.h"
+#include "meridian/lut/image_lut.h"
+#include "meridian/lut/lut_description.h"
+#include "meridian/lut/parsed_lut_factory.h"
+
+namespace m = meridian;
+using m::c::created;
+using m::c::done;
+using m::c::failed;
+
+struct MeridianLut {
+  std::unique_ptr<const m::ParsedLutFile> file;
+};
+
+struct MeridianImageLut {
+  m::ImageLut value;
+};
+
+namespace {
+
+using Applied = m::Expected<void, m::ImageErrorCode>;
+
+static_assert(static_cast<int>(m::CodeValueRange::full) == MERIDIAN_RANGE_FULL &&
+              static_cast<int>(m::CodeValueRange::limited) == MERIDIAN_RANGE_LIMITED);
+
+m::CodeValueFormat formatOf(const MeridianImage& image) noexcept {
+  return {image.bit_depth, static_cast<m::CodeValueRange>(image.range)};
+}
+
+template <typename Sample>
+m::ImageView<Sample> viewOf(const MeridianImage& image) noexcept {
+  m::ImageView<Sample> view{.width = image.width, .height = image.height, .format = formatOf(image)};
+  for (std::size_t channel = 0; channel < view.planes.size(); ++channel) {
+    const MeridianPlane& plane = image.planes[channel];
+    view.planes[channel] = {static_cast<Sample*>(plane.samples), plane.row_stride, plane.pixel_stride};
+  }
+  return view;
+}
+
+m::ImageLutOptions optionsOf(const MeridianLutOptions* options) noexcept {
+  if (options == nullptr) return {};
+  using enum m::LutInterpolation;
+  using enum m::LutAxisOrder;
+  using enum m::LutInputDomain;
+  using enum m::LutRounding;
+  return {.interpolation = options->tetrahedral ? tetrahedral : trilinear,
+          .axisOrder = options->red_fastest ? redFastest : blueFastest,
+          .domain = options->declared_domain ? declared : dataRange,
+          .rounding = options->nearest ? nearest : truncate};
+}
+
+m::Expected<m::ImageLut, m::ImageErrorCode> prepared(const MeridianLut& lut, const MeridianImage& source,
+                                                     const MeridianImage& destination,
+                                                     const MeridianLutOptions* options) {
+  if (source.samples != destination.samples) return m::Unexpected(m::ImageErrorCode::otherFormat);
+  if (source.samples == MERIDIAN_SAMPLES_FLOAT) return m::ImageLut::forFloats(*lut.file, optionsOf(options));
+  return m::ImageLut::forCodeValues(*lut.file, formatOf(source), formatOf(destination), optionsOf(options));
+}
+
+Applied apply(const m::ImageLut& lut, const MeridianImage& source, const MeridianImage& destination, unsigned threads) {
+  const auto applyTo = [&]<typename Sample>(std::type_identity<Sample>) {
+    return lut.apply(viewOf<const Sample>(source), viewOf<Sample>(destination), threads);
+  };
+  if (source.samples == destination.samples) {
+    switch (source.samples) {
+      case MERIDIAN_SAMPLES_UINT8:
+        return applyTo(std::type_identity<std::uint8_t>{});
+      case MERIDIAN_SAMPLES_UINT16:
+        return applyTo(std::type_identity<std::uint16_t>{});
+      case MERIDIAN_SAMPLES_FLOAT:
+        return applyTo(std::type_identity<float>{});
+    }
+  }
+  return m::Unexpected(m::ImageErrorCode::otherFormat);
+}
+
+}  // namespace
+
+MeridianLut* meridian_lut_open(MeridianText path, MeridianError** error) noexcept {
+  return created(error, [&]() -> MeridianLut* {
+    auto file = m::ParsedLutFactory::parsing(m::Url::fromFilePath(std::string(m::c::viewOf(path))));
+    if (file) return new MeridianLut{*std::move(file)};
+    std::ignore = failed(error, file.error());
+    return nullptr;
+  });
+}
+
+void meridian_lut_destroy(MeridianLut* lut) noexcept { delete lut; }
+
+MeridianLutFacts meridian_lut_facts(const MeridianLut* lut) noexcept {
+  const m::LutDescription facts = m::describe(*lut->file);
+  const m::LutColor& minimum = facts.declaredDomain.minimum;
+  const m::LutColor& maximum = facts.declaredDomain.maximum;
+  return {.is_cube = facts.dimensions == m::LutDimensions::cube,
+          .has_code_values = facts.valueType == m::LutValueType::integer,
+          .size = facts.size,
+          .rows = facts.rows,
+          .input_bit_depth = facts.inputBitDepth.value_or(0),
+          .value_bit_depth = facts.valueBitDepth.value_or(0),
+          .low_value = facts.lowValue,
+          .high_value = facts.highValue,
+          .domain_minimum = {minimum.red, minimum.green, minimum.blue},
+          .domain_maximum = {maximum.red, maximum.green, maximum.blue},
+          .declares_domain = facts.declaredDomain.isDeclared};
+}
+
+const double* meridian_lut_rows(const MeridianLut* lut) noexcept {
+  static_assert(sizeof(m::LutColor) == 3 * sizeof(double));
+  return &lut->file->orderedValues().colors().data()->red;
+}
+
+bool meridian_lut_sample(const MeridianLut* lut, const uint64_t sample[3], int64_t input_bit_depth,
+                         int64_t output_bit_depth, uint64_t result[3]) noexcept {
+  const auto converted =
+      lut->file->inputConverter().convertIfPossible(sample[0], sample[1], sample[2], input_bit_depth, output_bit_depth);
+  if (!converted) return false;
+  result[0] = converted->red;
+  result[1] = converted->green;
+  result[2] = converted->blue;
+  return true;
+}
+
+MeridianImage meridian_image_packed(MeridianSamples samples, void* data, int channels, size_t width,
+                                    size_t height) noexcept {
+  const auto packed = [&]<typename Sample>(std::type_identity<Sample>) {
+    const auto layout = channels == 3 ? m::ImageLayout::rgb : m::ImageLayout::rgba;
+    auto* const first = channels == 3 || channels == 4 ? static_cast<Sample*>(data) : nullptr;
+    const auto view = m::ImageView<Sample>::packed(layout, first, width, height);
+    MeridianImage image{{}, width, height, samples, view.sampleBits, MERIDIAN_RANGE_FULL};
+    for (std::size_t channel = 0; channel < view.planes.size(); ++channel) {
+      const auto& plane = view.planes[channel];
+      image.planes[channel] = {plane.samples, plane.rowStride, plane.pixelStride};
+    }
+    return image;
+  };
+  if (samples == MERIDIAN_SAMPLES_UINT8) return packed(std::type_identity<std::uint8_t>{});
+  if (samples == MERIDIAN_SAMPLES_UINT16) return packed(std::type_identity<std::uint16_t>{});
+  return packed(std::type_identity<float>{});
+}
+
+bool meridian_lut_apply(const MeridianLut* lut, const MeridianImage* source, const MeridianImage* destination,
+                        const MeridianLutOptions* options, unsigned threads, MeridianError** error) noexcept {
+  return done(error, [&] {
+    const auto image_lut = prepared(*lut, *source, *destination, options);
+    if (!image_lut) return failed(error, image_lut.error());
+    const Applied applied = apply(*image_lut, *source, *destination, threads);
+    return applied ? true : failed(error, applied.error());
+  });
+}
+
+MeridianImageLut* meridian_image_lut_create(const MeridianLut* lut, const MeridianImage* source,
+                                            const MeridianImage* destination, const MeridianLutOptions* options,
+                                            MeridianError** error) noexcept {
+  return created(error, [&]() -> MeridianImageLut* {
+    auto image_lut = prepared(*lut, *source, *destination, options);
+    if (image_lut) return new MeridianImageLut{*std::move(image_lut)};
+    std::ignore = failed(error, image_lut.error());
+    return nullptr;
+  });
+}
+
+bool meridian_image_lut_apply(const MeridianImageLut* lut, const MeridianImage* source,
+                              const MeridianImage* destination, unsigned threads, MeridianError** error) noexcept {
+  return done(error, [&] {
+    const Applied applied = apply(lut->value, *source, *destination, threads);
+    return applied ? true : failed(error, applied.error());
+  });
+}
+
+void meridian_image_lut_destroy(MeridianImageLut* lut) noexcept { delete lut; }
