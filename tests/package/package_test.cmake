@@ -31,13 +31,13 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/core-only ${compil
 file(WRITE ${WORK_DIR}/misspelt/CMakeLists.txt "cmake_minimum_required(VERSION 3.25)\nproject(Misspelt LANGUAGES CXX)\n"
      "find_package(Meridian COMPONENTS Serialisation)\n")
 run(${CMAKE_COMMAND} -S ${WORK_DIR}/misspelt -B ${WORK_DIR}/misspelt ${compiler} -DCMAKE_PREFIX_PATH=${prefix})
-if(NOT output MATCHES "Serialisation is not a component \\(the components are: Serialization,[ \n]+Presets\\)")
+if(NOT output MATCHES "Serialisation is not a component \\(the components are: Serialization,[ \n]+C,[ \n]+Presets\\)")
   message(FATAL_ERROR "find_package printed:\n${output}")
 endif()
 
 # By pkg-config, without exceptions, with every header of the core.
 file(GLOB_RECURSE headers RELATIVE ${prefix}/include ${prefix}/include/meridian/*.h)
-list(FILTER headers EXCLUDE REGEX "/(serialization|presets)/")
+list(FILTER headers EXCLUDE REGEX "/(c|serialization|presets)/")
 list(TRANSFORM headers REPLACE "(.+)" "#include \"\\1\"")
 list(JOIN headers "\n" headers)
 file(READ ${SOURCE_DIR}/examples/edit_command_line.cpp example)
@@ -51,6 +51,20 @@ cmake_path(GET packages PARENT_PATH libraries)
 run(${CXX_COMPILER} -std=c++20 -fno-exceptions ${WORK_DIR}/no_exceptions.cpp -o ${WORK_DIR}/no_exceptions ${options}
     -Wl,-rpath,${libraries})
 run(${WORK_DIR}/no_exceptions)
+
+# The C interface from a C project by pkg-config, without a C++ compiler.
+if(C_COMPILER)
+  run(pkg-config --cflags --libs meridian-c)
+  separate_arguments(options UNIX_COMMAND "${output}")
+  run(${C_COMPILER} -std=c11 -Wall -Wextra -Wpedantic -Werror ${SOURCE_DIR}/examples/check_job.c
+      -o ${WORK_DIR}/check_job ${options} -Wl,-rpath,${libraries})
+  foreach(program IN ITEMS ${WORK_DIR}/check_job ${WORK_DIR}/examples/check_job)
+    run(${program} --set videoFrameRate 25 -dims 1920x1080 -out /out/a.mov)
+    if(NOT output MATCHES "-dims: 1920 x 1080\n.*\\[-vr\\]\n\\[25.0\\]")
+      message(FATAL_ERROR "the example printed:\n${output}")
+    endif()
+  endforeach()
+endif()
 
 run(${WORK_DIR}/examples/stored_job)
 if(PRESETS)
