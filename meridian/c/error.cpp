@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <new>
+#include <stdexcept>
 
 #include "meridian/base/no_destructor.h"
 #include "meridian/c/handles.h"
@@ -21,6 +22,8 @@ void storeHandled(MeridianError** destination) {
   try {
     throw;
   } catch (const std::bad_alloc&) {
+    *destination = &*outOfMemory;
+  } catch (const std::length_error&) {
     *destination = &*outOfMemory;
   } catch (const DecodingError& error) {
     storeCallError(destination, CallErrorCode::notDecoded, error.path(), error.message());

@@ -15,7 +15,7 @@
  * is.
  *
  * Nothing throws. Out of memory is an error like every other, with the code "outOfMemory" of the area "call"; it is
- * stored without allocating. Functions without the parameter do not allocate.
+ * stored without allocating. Functions without the parameter cannot fail.
  */
 #ifndef MERIDIAN_C_ERROR_H
 #define MERIDIAN_C_ERROR_H

@@ -14,11 +14,11 @@ struct MeridianFilter {
 
 namespace {
 
-MeridianDecision toC(const m::ItemDecision& decision) noexcept {
+MeridianDecision decisionOf(const m::ItemDecision& decision) noexcept {
   return {decision.isIgnored, textOf(rawValue(decision.rule))};
 }
 
-MeridianItemKind toC(m::ItemKind kind) noexcept {
+MeridianItemKind kindOf(m::ItemKind kind) noexcept {
   switch (kind) {
     case m::ItemKind::file:
       return MERIDIAN_ITEM_FILE;
@@ -50,7 +50,7 @@ void meridian_filter_destroy(MeridianFilter* filter) noexcept { delete filter; }
 bool meridian_filter_decide(const MeridianFilter* filter, MeridianText path, MeridianDecision* decision,
                             MeridianError** error) noexcept {
   return done(error, [&] {
-    *decision = toC(filter->value.decision(m::Url::fromFilePath(std::string(m::c::viewOf(path)))));
+    *decision = decisionOf(filter->value.decision(m::Url::fromFilePath(std::string(m::c::viewOf(path)))));
     return true;
   });
 }
@@ -69,7 +69,8 @@ bool meridian_walk_tree(MeridianText directory, const MeridianFilter* filter, Me
     m::walkTree(
         m::Url::fromFilePath(std::string(m::c::viewOf(directory))), filter->value,
         [&](const m::TreeItem& item, bool& stop) {
-          const MeridianTreeItem passed{textOf(item.path), textOf(item.name), toC(item.kind), toC(item.decision)};
+          const MeridianTreeItem passed{textOf(item.path), textOf(item.name), kindOf(item.kind),
+                                        decisionOf(item.decision)};
           visit(&passed, &stop, context);
         },
         [&](const m::TreeWalkError& treeError) {

@@ -30,7 +30,7 @@ m::CodeValueFormat formatOf(const MeridianImage& image) noexcept {
 }
 
 template <typename Sample>
-m::ImageView<Sample> viewOf(const MeridianImage& image) noexcept {
+m::ImageView<Sample> imageViewOf(const MeridianImage& image) noexcept {
   m::ImageView<Sample> view{.width = image.width, .height = image.height, .format = formatOf(image)};
   for (std::size_t channel = 0; channel < view.planes.size(); ++channel) {
     const MeridianPlane& plane = image.planes[channel];
@@ -61,7 +61,7 @@ m::Expected<m::ImageLut, m::ImageErrorCode> prepared(const MeridianLut& lut, con
 
 Applied apply(const m::ImageLut& lut, const MeridianImage& source, const MeridianImage& destination, unsigned threads) {
   const auto applyTo = [&]<typename Sample>(std::type_identity<Sample>) {
-    return lut.apply(viewOf<const Sample>(source), viewOf<Sample>(destination), threads);
+    return lut.apply(imageViewOf<const Sample>(source), imageViewOf<Sample>(destination), threads);
   };
   if (source.samples == destination.samples) {
     switch (source.samples) {

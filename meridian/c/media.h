@@ -37,7 +37,10 @@ typedef struct MeridianRational {
   int64_t denominator;
 } MeridianRational;
 
-/** Passes each file extension of a container, such as SLVMediaFileContainerMXF; none for an unknown one. */
+/**
+ * Passes each file extension of a container, such as SLVMediaFileContainerMXF; none for an unknown one. The table is
+ * made when it is first used; without memory for it nothing is passed.
+ */
 MERIDIAN_C_API void meridian_enumerate_container_extensions(const char* container, MeridianTextVisitor visit,
                                                             void* context) MERIDIAN_NOTHROW;
 /** Passes each container that has the extension. Ignores case, but not a leading dot. */

@@ -1,6 +1,8 @@
 // The functions of the typed properties, from the list that the header was made from.
 #include "meridian/c/properties.h"
 
+#include <type_traits>
+
 #include "meridian/c/handles.h"
 #include "meridian/c/media_values.h"
 
@@ -47,10 +49,10 @@ bool getValue(const std::optional<Value>& found, Result* result) noexcept {
 #define MERIDIAN_C_PROPERTY_SWITCH(name, function, type)                                                              \
   bool meridian_arguments_##function(const MeridianArguments* arguments) noexcept { return arguments->value.name(); } \
   MERIDIAN_C_SETTER(name, function, type)
-#define MERIDIAN_C_PROPERTY_VALUE(name, function, type)                                          \
-  bool meridian_arguments_##function(const MeridianArguments* arguments, type* value) noexcept { \
-    return getValue(arguments->value.name(), value);                                             \
-  }                                                                                              \
+#define MERIDIAN_C_PROPERTY_VALUE(name, function, type)                                                             \
+  bool meridian_arguments_##function(const MeridianArguments* arguments, std::add_pointer_t<type> value) noexcept { \
+    return getValue(arguments->value.name(), value);                                                                \
+  }                                                                                                                 \
   MERIDIAN_C_SETTER(name, function, type)
 #define MERIDIAN_C_PROPERTY_TEXT(name, function, type)                                      \
   MeridianText meridian_arguments_##function(const MeridianArguments* arguments) noexcept { \

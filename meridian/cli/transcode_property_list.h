@@ -125,7 +125,7 @@ consteval std::array<std::string_view, 3> textsOfFlags(const auto&... flags) { r
 /// setting one replaces the other, and removing either removes the flag.
 inline constexpr auto transcodeProperties = std::to_array<TranscodeProperty>({
 #define MERIDIAN_FLAG_PROPERTY(name, kind, flag, unit, whenAbsent, example, meaning) \
-  {#name, flag.rawValue(), PropertyKind::kind, unit, whenAbsent, example, meaning},
+  {#name, (flag).rawValue(), PropertyKind::kind, unit, whenAbsent, example, meaning},
 #define MERIDIAN_JOINT_PROPERTY(name, kind, unit, whenAbsent, example, meaning, ...) \
   {#name, "", PropertyKind::kind, unit, whenAbsent, example, meaning, detail::textsOfFlags(__VA_ARGS__)},
 #include "meridian/cli/transcode_properties.def"
