@@ -52,11 +52,13 @@ constexpr auto words = std::to_array<std::string_view>({"-in_0_0",
 
 TranscodeCliArguments cppStore() { return TranscodeCliArguments(words); }
 
-MeridianArguments* cStore() {
+constexpr auto cWords = [] {
   std::array<MeridianText, words.size()> texts{};
   for (std::size_t index = 0; index < words.size(); ++index) texts[index] = {words[index].data(), words[index].size()};
-  return meridian_arguments_create(texts.data(), texts.size(), false, nullptr);
-}
+  return texts;
+}();
+
+MeridianArguments* cStore() { return meridian_arguments_create(cWords.data(), cWords.size(), false, nullptr); }
 
 template <auto getter>
 void readByCpp(benchmark::State& state) {

@@ -78,8 +78,9 @@ MeridianAnalysis* meridian_analysis_create(const MeridianAnalysisOptions* option
 
 MeridianAnalysis* meridian_analysis_create_from_words(const MeridianText* words, size_t count,
                                                       MeridianError** error) noexcept {
-  return created(error,
-                 [&] { return new MeridianAnalysis(m::readMediaAnalysisArguments(m::c::viewsOf(words, count))); });
+  return created(error, [&] {
+    return new MeridianAnalysis(m::readMediaAnalysisArguments(m::c::WordViews(words, count).views()));
+  });
 }
 
 void meridian_analysis_destroy(MeridianAnalysis* analysis) noexcept { delete analysis; }

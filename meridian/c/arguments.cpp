@@ -53,7 +53,8 @@ bool setList(MeridianArguments* arguments, std::string_view name, const m::Prope
 MeridianArguments* meridian_arguments_create(const MeridianText* words, size_t count, bool maintain_original_ordering,
                                              MeridianError** error) noexcept {
   return created(error, [&] {
-    return new MeridianArguments{m::TranscodeCliArguments(m::c::viewsOf(words, count), maintain_original_ordering)};
+    return new MeridianArguments{
+        m::TranscodeCliArguments(m::c::WordViews(words, count).views(), maintain_original_ordering)};
   });
 }
 

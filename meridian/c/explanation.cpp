@@ -27,7 +27,7 @@ struct MeridianExplanation {
 MeridianExplanation* meridian_explanation_create(const MeridianText* words, size_t count,
                                                  bool maintain_original_ordering, MeridianError** error) noexcept {
   return m::c::created(error, [&] {
-    return new MeridianExplanation(m::explain(m::c::viewsOf(words, count), maintain_original_ordering));
+    return new MeridianExplanation(m::explain(m::c::WordViews(words, count).views(), maintain_original_ordering));
   });
 }
 

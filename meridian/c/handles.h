@@ -7,6 +7,7 @@
 ///     }
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -128,9 +129,24 @@ template <typename Value>
   }
 }
 
-/// Copies an array of texts; the views of the second live as long as the caller's texts.
+/// Copies an array of texts.
 [[nodiscard]] std::vector<std::string> stringsOf(const MeridianText* texts, std::size_t count);
-[[nodiscard]] std::vector<std::string_view> viewsOf(const MeridianText* texts, std::size_t count);
+
+/// Views of the words of a vector, which allocate nothing for one of usual length.
+class WordViews {
+ public:
+  WordViews(const MeridianText* words, std::size_t count);
+  WordViews(const WordViews&) = delete;
+  WordViews& operator=(const WordViews&) = delete;
+  ~WordViews() = default;
+
+  [[nodiscard]] std::span<const std::string_view> views() const noexcept { return views_; }
+
+ private:
+  std::array<std::string_view, 32> few_;
+  std::vector<std::string_view> many_;
+  std::span<std::string_view> views_;
+};
 
 /// Makes the error of a caller from any error or warning of the library.
 template <typename LibraryError>

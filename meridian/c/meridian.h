@@ -21,6 +21,7 @@
 #include <meridian/c/error.h>
 #include <meridian/c/explanation.h>
 #include <meridian/c/filter.h>
+#include <meridian/c/log.h>
 #include <meridian/c/lut.h>
 #include <meridian/c/media.h>
 #include <meridian/c/names.h>

@@ -14,14 +14,16 @@ MeridianTexts::MeridianTexts(std::vector<std::string> texts) : values(std::move(
 namespace meridian::inline v0_2::c {
 
 std::vector<std::string> stringsOf(const MeridianText* texts, std::size_t count) {
-  const auto views = viewsOf(texts, count);
-  return {views.begin(), views.end()};
+  std::vector<std::string> strings;
+  strings.reserve(count);
+  for (const MeridianText text : std::span(texts, count)) strings.emplace_back(viewOf(text));
+  return strings;
 }
 
-std::vector<std::string_view> viewsOf(const MeridianText* texts, std::size_t count) {
-  std::vector<std::string_view> views(count);
-  std::transform(texts, texts + count, views.begin(), [](MeridianText text) { return viewOf(text); });
-  return views;
+WordViews::WordViews(const MeridianText* words, std::size_t count) {
+  if (count > few_.size()) many_.resize(count);
+  views_ = count > few_.size() ? std::span(many_) : std::span(few_).first(count);
+  std::transform(words, words + count, views_.begin(), [](MeridianText text) { return viewOf(text); });
 }
 
 }  // namespace meridian::inline v0_2::c

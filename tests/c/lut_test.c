@@ -23,7 +23,14 @@ static void write_inverting_cube(void) {
   fclose(file);
 }
 
+static void count_message(MeridianText level, MeridianText message, void* context) {
+  CHECK(level.size > 0 && message.size > 0);
+  ++*(int*)context;
+}
+
 static void a_file_that_is_not_a_lut_is_an_error(void) {
+  int messages = 0;
+  CHECK(meridian_set_log(count_message, &messages, NULL));
   static const struct {
     const char* path;
     const char* code;
@@ -39,6 +46,8 @@ static void a_file_that_is_not_a_lut_is_an_error(void) {
     meridian_error_destroy(error);
     CHECK(meridian_lut_open(meridian_text(cases[index].path), NULL) == NULL);
   }
+  CHECK(messages == 4);
+  CHECK(meridian_set_log(NULL, NULL, NULL));
 }
 
 static void a_lut_tells_what_it_holds_and_converts_samples(const MeridianLut* lut) {
