@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "bench/allocations.h"
+#include "bench/argument_vectors.h"
 #include "meridian/c/meridian.h"
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/lut/image_lut.h"
@@ -17,65 +18,36 @@
 namespace meridian::bench {
 namespace {
 
-constexpr auto words = std::to_array<std::string_view>({"-in_0_0",
-                                                        "/Volumes/Card A/A001C001_250101.mov",
-                                                        "-out",
-                                                        "/Volumes/RAID/Dailies/A001C001.mov",
-                                                        "-vcodec",
-                                                        "prores422proxy",
-                                                        "-vr",
-                                                        "23.976",
-                                                        "-dims",
-                                                        "1920x1080",
-                                                        "-aspect_scaling",
-                                                        "letterbox",
-                                                        "-vbd",
-                                                        "10",
-                                                        "-clut",
-                                                        "/Looks/Show LUT.cube",
-                                                        "-vprofile",
-                                                        "main",
-                                                        "-gpu_decoding",
-                                                        "-tc_custom",
-                                                        "01:00:00:00",
-                                                        "-tc_track",
-                                                        "-acodec",
-                                                        "lpcm",
-                                                        "-asr",
-                                                        "48000",
-                                                        "-acl",
-                                                        "stereo",
-                                                        "-tc_burn_font_rgb",
-                                                        "255,128,0",
-                                                        "-overwrite",
-                                                        "-web"});
-
-TranscodeCliArguments cppStore() { return TranscodeCliArguments(words); }
-
-constexpr auto cWords = [] {
-  std::array<MeridianText, words.size()> texts{};
-  for (std::size_t index = 0; index < words.size(); ++index) texts[index] = {words[index].data(), words[index].size()};
+template <std::size_t count>
+constexpr std::array<MeridianText, count> textsOf(const std::array<std::string_view, count>& words) {
+  std::array<MeridianText, count> texts{};
+  for (std::size_t index = 0; index < count; ++index) texts[index] = {words[index].data(), words[index].size()};
   return texts;
-}();
+}
 
-MeridianArguments* cStore() { return meridian_arguments_create(cWords.data(), cWords.size(), false, nullptr); }
+constexpr auto cWords = textsOf(words);
+constexpr auto cPropertyWords = textsOf(propertyWords);
+
+MeridianArguments* filledStore() {
+  return meridian_arguments_create(cPropertyWords.data(), cPropertyWords.size(), false, nullptr);
+}
 
 template <auto getter>
 void readByCpp(benchmark::State& state) {
-  const TranscodeCliArguments arguments = cppStore();
+  const TranscodeCliArguments arguments(propertyWords);
   for (auto _ : state) benchmark::DoNotOptimize((arguments.*getter)());
 }
 
 /// Reads by a function that returns the value, or one that stores it.
 template <auto getter>
 void readByC(benchmark::State& state) {
-  MeridianArguments* const arguments = cStore();
+  MeridianArguments* const arguments = filledStore();
   for (auto _ : state) benchmark::DoNotOptimize(getter(arguments));
   meridian_arguments_destroy(arguments);
 }
 template <auto getter, typename Value>
 void readIntoByC(benchmark::State& state) {
-  MeridianArguments* const arguments = cStore();
+  MeridianArguments* const arguments = filledStore();
   Value value{};
   for (auto _ : state) {
     benchmark::DoNotOptimize(getter(arguments, &value));
@@ -104,12 +76,12 @@ BENCHMARK(readIntoByC<meridian_arguments_timecode, MeridianTimecode>)->Name("c_r
 
 void parseByCpp(benchmark::State& state) {
   const AllocationsPerIteration allocations(state);
-  for (auto _ : state) benchmark::DoNotOptimize(cppStore());
+  for (auto _ : state) benchmark::DoNotOptimize(TranscodeCliArguments(words));
 }
 void parseByC(benchmark::State& state) {
   const AllocationsPerIteration allocations(state);
   for (auto _ : state) {
-    MeridianArguments* const arguments = cStore();
+    MeridianArguments* const arguments = meridian_arguments_create(cWords.data(), cWords.size(), false, nullptr);
     benchmark::DoNotOptimize(arguments);
     meridian_arguments_destroy(arguments);
   }

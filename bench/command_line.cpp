@@ -15,43 +15,11 @@
 #endif
 
 #include "bench/allocations.h"
+#include "bench/argument_vectors.h"
 #include "meridian/cli/transcode_cli_arguments.h"
 
 namespace meridian::bench {
 namespace {
-
-// 28 words: 13 flags with a value and 2 without.
-constexpr auto words = std::to_array<std::string_view>({
-    "-in_0_0",
-    "/Volumes/A001/CLIPS/A001C001.mov",
-    "-out",
-    "/Volumes/Proxies/A001C001.mov",
-    "-file_format",
-    "qt",
-    "-vcodec",
-    "prores422proxy",
-    "-vr",
-    "23.976",
-    "-dims",
-    "1920x1080",
-    "-aspect_scaling",
-    "letterbox",
-    "-vbr",
-    "5000",
-    "-clut",
-    "/Looks/Rec709.cube",
-    "-acodec",
-    "lpcm",
-    "-asr",
-    "48000",
-    "-acl",
-    "stereo",
-    "-progress_file",
-    "/tmp/progress.txt",
-    "-overwrite",
-    "-web",
-});
-static_assert(words.size() == 28);
 
 /// Returns the words as other parsers accept them: with a program name, and two dashes before a long name.
 std::vector<std::string> peerWords() {

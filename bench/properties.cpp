@@ -2,16 +2,13 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/allocations.h"
+#include "bench/argument_vectors.h"
 #include "meridian/cli/transcode_cli_arguments.h"
 
 namespace meridian::bench {
 namespace {
 
-TranscodeCliArguments filledStore() {
-  return TranscodeCliArguments({"-vcodec", "prores422proxy", "-vr", "23.976", "-dims", "1920x1080", "-vbd", "10",
-                                "-gpu_decoding", "-clut", "/Looks/Rec709.cube", "-vprofile", "main", "-tc_custom",
-                                "01:00:00:00", "-tc_burn_font_rgb", "255,128,0", "-crop_anchor", "tl"});
-}
+TranscodeCliArguments filledStore() { return TranscodeCliArguments(propertyWords); }
 
 template <auto getter>
 void get(benchmark::State& state) {

@@ -5,6 +5,7 @@
 
 #include "meridian/c/handles.h"
 #include "meridian/c/media_values.h"
+#include "meridian/cli/property_access.h"
 
 namespace m = meridian;
 
@@ -39,24 +40,49 @@ bool getValue(const std::optional<Value>& found, Result* result) noexcept {
   return true;
 }
 
+/// Returns whether a property is read in this library, without a call of its getter: where that takes no more than
+/// finding the flag, the call would count. The rest is read by code that the core keeps to itself.
+consteval bool isReadHere(std::string_view name) {
+  using enum m::PropertyKind;
+  const m::TranscodeProperty& property = *m::findTranscodeProperty(name);
+  switch (property.kind) {
+    case number:
+    case frameRate:
+    case integer:
+    case dimensions:
+    case color:
+      return false;
+    default:
+      return !property.isJoint();
+  }
+}
+
 }  // namespace
 
+#define MERIDIAN_C_READ(name)                                \
+  [](const auto& store) {                                    \
+    if constexpr (isReadHere(#name)) {                       \
+      return m::getProperty<#name>(store.flagValueLookup()); \
+    } else {                                                 \
+      return store.name();                                   \
+    }                                                        \
+  }(arguments->value)
 #define MERIDIAN_C_SETTER(name, function, type)                                                                      \
   bool meridian_arguments_set_##function(MeridianArguments* arguments, type value, MeridianError** error) noexcept { \
     constexpr const m::TranscodeProperty& property = *m::findTranscodeProperty(#name);                               \
     return m::c::done(error, [&] { return setProperty(arguments, property, valueOf(value), error); });               \
   }
-#define MERIDIAN_C_PROPERTY_SWITCH(name, function, type)                                                              \
-  bool meridian_arguments_##function(const MeridianArguments* arguments) noexcept { return arguments->value.name(); } \
+#define MERIDIAN_C_PROPERTY_SWITCH(name, function, type)                                                            \
+  bool meridian_arguments_##function(const MeridianArguments* arguments) noexcept { return MERIDIAN_C_READ(name); } \
   MERIDIAN_C_SETTER(name, function, type)
 #define MERIDIAN_C_PROPERTY_VALUE(name, function, type)                                                             \
   bool meridian_arguments_##function(const MeridianArguments* arguments, std::add_pointer_t<type> value) noexcept { \
-    return getValue(arguments->value.name(), value);                                                                \
+    return getValue(MERIDIAN_C_READ(name), value);                                                                  \
   }                                                                                                                 \
   MERIDIAN_C_SETTER(name, function, type)
 #define MERIDIAN_C_PROPERTY_TEXT(name, function, type)                                      \
   MeridianText meridian_arguments_##function(const MeridianArguments* arguments) noexcept { \
-    return m::c::textOf(arguments->value.name());                                           \
+    return m::c::textOf(MERIDIAN_C_READ(name));                                             \
   }                                                                                         \
   MERIDIAN_C_SETTER(name, function, type)
 // The path of a file is the flag's text, which can be viewed where the C++ property is a copy.
