@@ -1,5 +1,6 @@
-# Makes the parts of the C interface that follow from the library's lists: the header of the constants, and the functions
-# for the typed properties. The lists are read when the build is configured, and again when one of them changes.
+# Makes the parts of the C interface that follow from the library's lists: the header of the constants, and the
+# functions for the typed properties. The lists are read when the build is configured, and again when one of them
+# changes.
 
 # Reads a list file. Sets <result> to its entries and comments, one element each. In texts, what CMake would take for
 # the syntax of a list is replaced; meridian_c_text undoes that.

@@ -10,14 +10,14 @@ namespace {
 
 class FunctionLogger final : public m::Logger {
  public:
-  FunctionLogger(MeridianLog log, void* context) : log_(log), context_(context) {}
+  FunctionLogger(MeridianLog function, void* context) : function_(function), context_(context) {}
 
   void log(m::LogLevel level, std::string_view message) override {
-    log_(textOf(rawValue(level)), textOf(message), context_);
+    function_(textOf(rawValue(level)), textOf(message), context_);
   }
 
  private:
-  MeridianLog log_;
+  MeridianLog function_;
   void* context_;
 };
 
