@@ -356,19 +356,32 @@ std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
 
 }  // namespace
 
+/// Warns of each timecode source but the one that counts.
+void warnOfUnusedTimecodeSources(TranscodeExplanation& explanation) {
+  const auto used = explanation.arguments.timecodeSource();
+  for (ExplainedSetting& setting : explanation.settings) {
+    if (!setting.property || setting.property->kind != PropertyKind::timecodeSource) continue;
+    if (setting.flag == timecodeFlag(*used).rawValue()) continue;
+    setting.warnings.push_back({{TranscodeWarningCode::unusedTimecodeSource, setting.flag,
+                                 "the timecode is " + std::string(rawValue(*used))}});
+  }
+}
+
 TranscodeExplanation explain(const ArgumentWords& words, bool maintainOriginalOrdering) {
   ReadArguments read = readArgumentVector(words.words());
   TranscodeExplanation explanation;
   explanation.arguments = TranscodeCliArguments::fromReading(read.flags, maintainOriginalOrdering);
   for (const std::size_t index : read.strayWords) {
     const std::string word(words.words()[index]);
-    explanation.droppedWords.push_back({index, word, {{TranscodeWarningCode::strayWord, word}}});
+    const std::string detail = word.empty() ? "the word is empty" : "";
+    explanation.droppedWords.push_back({index, word, {{TranscodeWarningCode::strayWord, word, detail}}});
   }
   Trace trace(std::move(read.flags));
   explanation.presets = explainedPresets(trace);
   for (const TextDictionary::Entry& entry : explanation.arguments.flagValueLookup()) {
     explanation.settings.push_back(explainedSetting(entry, trace, explanation.presets));
   }
+  warnOfUnusedTimecodeSources(explanation);
   explanation.arguments.enumerateUnknownFlags([&](std::string_view flag, std::string_view value) {
     explanation.rejectedEntries.push_back(rejectedEntry(flag, value, trace));
   });
