@@ -384,6 +384,21 @@ TEST_F(LutCommand, ApplyChangesTheChannelsCalledRedGreenAndBlueOrThoseOfALayer) 
   EXPECT_THAT(applied({"R", "G", "A"}, {}), HasSubstr("has no channels R, G and B"));
 }
 
+TEST_F(LutCommand, LossyFormatsMayStoreAnotherValueForInfinity) {
+  const std::string cube = writeCube("large.cube", [](int red, int green, int blue) {
+    return std::to_string(red * 50000) + " " + std::to_string(green * 50000) + " " + std::to_string(blue * 50000);
+  });
+  for (const std::string compression : {"dwaa", "b44"}) {
+    ImageSpec spec(32, 32, 3, TypeDesc::HALF);
+    spec.attribute("compression", compression);
+    std::vector<float> samples(std::size_t{32} * 32 * 3, 0.25F);
+    std::fill_n(samples.begin(), 12, 1.0F);  // infinity, since half ends at 65504
+    writeImage(path("in.exr"), spec, samples);
+    const Outcome outcome = lut({"apply", cube, path("in.exr"), path("out.exr"), "--domain", "declared"});
+    EXPECT_EQ(outcome.status, 0) << compression << outcome.errors;
+  }
+}
+
 TEST_F(LutCommand, ContentsDecideTheFormatAndOnlyRegularFilesOfKnownFormatsAreOpened) {
   writeImage(path("image.png"), ImageSpec(2, 2, 3, TypeDesc::UINT8), std::vector<float>(12, 0.5F));
   fs::rename(path("image.png"), path("image.dpx"));
@@ -417,7 +432,7 @@ TEST_F(LutCommand, ApplyChangesManyImagesAndReportsThoseThatFail) {
     return lut(words);
   };
   ASSERT_EQ(lut({"apply", inverseCube(), all[2], path("one.dpx")}).status, 0);
-  const Outcome outcome = call({"--to", path("graded")});
+  const Outcome outcome = call({"--to", path("graded"), "--threads", "64"});
   EXPECT_EQ(outcome.status, 0) << outcome.errors;
   EXPECT_THAT(outcome.output + outcome.errors, IsEmpty());
   for (std::size_t i = 2; i < all.size(); ++i) {

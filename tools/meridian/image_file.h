@@ -61,8 +61,8 @@ class ImageFile {
 /// The functions of the module of image files. It is a module of its own because OpenImageIO needs a third of a second
 /// to load, which no other subcommand should pay for.
 struct ImageFileModule {
-  /// Sets how many threads compress and decompress each image, from 1 to 1024. With 1, the calling thread does it. Call
-  /// it once, before any image is opened.
+  /// Sets how many threads compress and decompress, all images together, from 1 to 1024. With 1, the threads that read
+  /// and write do it. Call it once, before any image is opened.
   void (*useThreads)(unsigned threads);
 
   /// Opens the file, whose first bytes decide the format. The colours are its channels R, G and B, or those of the

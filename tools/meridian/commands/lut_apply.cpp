@@ -178,7 +178,7 @@ class ImageBatch {
     workers.reserve(count);
     try {
       while (workers.size() < count) workers.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {  // the system's limit or too little memory
       if (workers.empty()) throw CommandError("cannot start a thread; free memory or raise the limit (ulimit -u)");
     }
     return watch();
@@ -254,13 +254,12 @@ std::vector<ImageJob> readJobs(const Arguments& arguments) {
 Status applyToImages(const Arguments& arguments) {
   const unsigned threads = readThreads(arguments);
   const std::vector<ImageJob> jobs = readJobs(arguments);
-  // At least one image, and as many images at once as there are threads; those that are left over help with each.
   const auto workers = static_cast<unsigned>(std::min<std::size_t>(threads, jobs.size()));
   const auto file = readLut(arguments);
   PreparedLuts luts(*file, chosenImageLutOptions(arguments));
   const ImageFileModule& images = imageFileModule();
   const LutApplication application{images, luts, arguments.value("layer"), threads / workers};
-  images.useThreads(application.threadsPerImage);
+  images.useThreads(application.threadsPerImage == 1 ? 1 : threads);
   if (!arguments.has("to")) return applyToImage(application, jobs.front());
   const std::size_t failures = ImageBatch(application, jobs).run(workers);
   if (failures == 0) return done;
