@@ -92,9 +92,9 @@ ChannelIndices colorChannels(const ImageSpec& spec, const std::optional<std::str
   const bool isNamed = layer && !layer->empty();
   if (const auto indices = channelsOfLayer(spec, layer.value_or("")); indices && (isNamed || !layer)) return *indices;
   const std::vector<std::string> layers = colorLayers(spec);
-  const std::string known = layers.empty()       ? "it has no layer with channels R, G and B"
-                            : layers.size() == 1 ? "its layer with channels R, G and B is " + quotedList(layers)
-                                                 : "its layers with channels R, G and B are " + quotedList(layers);
+  std::string known = "it has no layer with channels R, G and B";
+  if (layers.size() == 1) known = "its layer with channels R, G and B is " + quotedList(layers);
+  if (layers.size() > 1) known = "its layers with channels R, G and B are " + quotedList(layers);
   if (isNamed) throwQuotedError(path, "has no layer " + inQuotes(*layer) + " with channels R, G and B; " + known);
   if (layer) throwQuotedError(path, "cannot be read: the name of the layer is empty; " + known);
   if (layers.empty()) {

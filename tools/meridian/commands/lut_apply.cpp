@@ -103,7 +103,7 @@ struct LutApplication {
   const ImageFileModule& images;
   PreparedLuts& luts;
   std::optional<std::string> layer;
-  unsigned threadsPerImage;
+  unsigned threadsPerImage = 1;
 
   /// Calls `show` with the step and how much of it is done. Throws CommandError.
   void apply(const ImageJob& job, const std::function<void(std::string_view step, double portion)>& show) const {
