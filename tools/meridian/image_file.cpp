@@ -169,8 +169,8 @@ class OpenImageIoFile final : public ImageFile {
   [[nodiscard]] bool keepsChannels() const;
   [[nodiscard]] bool keepsSamples() const;
   template <typename Sample>
-  [[nodiscard]] Sample* row(std::size_t place) const {
-    return reinterpret_cast<Sample*>(samples_.get()) + place * width() * channelCount();
+  [[nodiscard]] Sample* row(std::size_t index) const {
+    return reinterpret_cast<Sample*>(samples_.get()) + index * width() * channelCount();
   }
   template <typename Sample>
   void changeAs(const Change& change, const Progress& progress);
@@ -438,8 +438,8 @@ void OpenImageIoFile::throwDoesNotHold(const std::string& what) const {
 
 /// Throws CommandError with the file's own name in place of the one at which it is open.
 void OpenImageIoFile::throwOutputError(std::string why) const {
-  for (std::size_t place = why.find(outputPath_); place != std::string::npos; place = why.find(outputPath_)) {
-    why.replace(place, outputPath_.size(), outputName_);
+  for (std::size_t position = why.find(outputPath_); position != std::string::npos; position = why.find(outputPath_)) {
+    why.replace(position, outputPath_.size(), outputName_);
   }
   throwImageError(outputName_, "cannot be written: " + why);
 }

@@ -20,8 +20,8 @@ constexpr std::array otherEndings{SIGPIPE, SIGXFSZ, SIGXCPU, SIGABRT, SIGSEGV, S
 
 }  // namespace
 
-/// A path, in memory that a signal handler may read at any time: slots are never freed, and used again only
-/// until the process begins to end.
+/// A path, in memory that a signal handler may read at any time: slots are never freed, and reused only until the
+/// process begins to end.
 struct RemovedOnInterruption::Slot {
   std::array<char, 4096> path{};
   std::atomic<bool> isTaken{true};
@@ -37,7 +37,7 @@ struct RemovedOnInterruption::Slots {
 
   static Slot* taken() {
     for (Slot* slot = first; slot != nullptr; slot = slot->next) {
-      // When the process is ending, its path may just be read, so it must not change.
+      // Once the process is ending, the handler may still read the path that the slot had.
       if (!slot->isTaken.exchange(true) && !isEnding) return slot;
     }
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): kept for the rest of the process
