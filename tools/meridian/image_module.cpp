@@ -38,14 +38,31 @@ void checkAddressSpace() {
   _exit(failed);
 }
 
+/// Sets what the process does when it terminates, to the end of the scope.
+class TerminateHandlerSet {
+ public:
+  explicit TerminateHandlerSet(std::terminate_handler handler) : before_(std::set_terminate(handler)) {}
+  TerminateHandlerSet(const TerminateHandlerSet&) = delete;
+  TerminateHandlerSet& operator=(const TerminateHandlerSet&) = delete;
+  TerminateHandlerSet(TerminateHandlerSet&&) = delete;
+  TerminateHandlerSet& operator=(TerminateHandlerSet&&) = delete;
+  ~TerminateHandlerSet() { std::set_terminate(before_); }
+
+ private:
+  std::terminate_handler before_;
+};
+
+Expected<void*, std::string> loadedEntry() {
+  const TerminateHandlerSet handler(endForTooLittleMemory);
+  return moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
+}
+
 }  // namespace
 
 const ImageFileModule& imageFileModule() {
   using Entry = const ImageFileModule* (*)();
   checkAddressSpace();
-  const std::terminate_handler before = std::set_terminate(endForTooLittleMemory);
-  const auto symbol = moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
-  std::set_terminate(before);
+  const auto symbol = loadedEntry();
   if (!symbol) {
     throw CommandError(
         "this installation of meridian cannot read and write images: it was built without OpenImageIO, or the module "
