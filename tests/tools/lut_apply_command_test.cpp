@@ -318,6 +318,7 @@ TEST_F(LutCommand, PaddingInDpxIsReadAndNotWritten) {
     ASSERT_EQ(outcome.status, 0) << padding << outcome.errors;
     EXPECT_TRUE(readImage(path("out.dpx")).samples == readImage(path("good.dpx")).samples) << padding;
     EXPECT_EQ(contentsOf(path("out.dpx")).size(), good.size());
+    EXPECT_EQ(contentsOf(path("out.dpx")).substr(0, 4), "SDPX");
   }
 }
 
@@ -342,6 +343,9 @@ TEST_F(LutCommand, KindsOfDpxThatWouldBeReadWronglyAreErrors) {
             {804, 2, 7, "packing"},
             {800, 1, 51, "10-bit DPX with alpha is not supported at this width"},
             {776, 4, 5, "it ends before its last row"},
+            {776, 4, 0, "has no pixels"},
+            {768, 2, 5, "lines run from top to bottom"},
+            {32, 4, 0x7F000000, "it ends before its user data do"},
             {812, 4, 4, "it ends before its last row"}};
   for (const auto& each : cases) {
     const std::string file = write("odd.dpx", patched(good, each.place, each.bytes, each.value));
@@ -454,6 +458,12 @@ TEST_F(LutCommand, ApplyChangesManyImagesAndReportsThoseThatFail) {
 
   const std::string before = contentsOf(all[2]);
   EXPECT_EQ(call({path("graded/4.dpx"), "--to", path("graded")}).status, 2);
+  // A LUT is never applied twice to a file that has two names.
+  fs::create_symlink("2.dpx", path("scan/link.dpx"));
+  EXPECT_THAT(call({path("scan/link.dpx"), "--to", path("scan")}).errors, HasSubstr("are the same file"));
+  fs::create_symlink("../scan/4.dpx", path("graded/link.dpx"));
+  EXPECT_THAT(lut({"apply", inverseCube(), path("scan/link.dpx"), all[6], "--to", path("graded")}).errors,
+              HasSubstr("is also the result of"));
   EXPECT_EQ(call({"--to", path("one.dpx")}).status, 1);
   EXPECT_EQ(call({"--to", path("nowhere")}).status, 1);
   EXPECT_THAT(call({}).errors, HasSubstr("give IN... --to DIR"));
@@ -479,9 +489,9 @@ TEST_F(LutCommand, WithLittleMemoryApplyFailsWithOneLine) {
   const ImageSpec spec(20, 10, 3, TypeDesc::UINT16);
   writeImage(path("in.dpx"), spec, std::vector<float>(600, 0.25F));
   for (const std::string kibibytes : {"100000", "400000", "450000", "600000", "800000", "1500000"}) {
-    const Outcome outcome =
-        test::run({"bash", "-c", "ulimit -c 0; ulimit -v $3; exec timeout 30 \"$0\" lut apply \"$1\" \"$2\" \"$2\"",
-                   MERIDIAN_COMMAND, identityCube(), path("in.dpx"), kibibytes});
+    const Outcome outcome = test::run(
+        {"bash", "-c", "ulimit -c 0; ulimit -v $3; exec timeout 30 \"$0\" lut apply \"$1\" \"$2\" \"$2\" --threads 256",
+         MERIDIAN_COMMAND, identityCube(), path("in.dpx"), kibibytes});
     EXPECT_TRUE(outcome.status == 0 || outcome.status == 1) << kibibytes << outcome.errors;
     EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), outcome.status) << outcome.errors;
     if (kibibytes == "400000") {

@@ -154,12 +154,13 @@ class DpxHeader {
       throwImageError(path, "cannot be read: it ends within its header");
   }
 
+  [[nodiscard]] bool isLittleEndian() const noexcept { return bytes_[0] == 'X'; }
+
   /// Returns the unsigned number of `count` bytes at `offset`; absent if all its bits are set, which means undefined.
   [[nodiscard]] std::optional<std::uint64_t> number(std::size_t offset, std::size_t count) const {
-    const bool isLittleEndian = bytes_[0] == 'X';
     std::uint64_t value = 0;
     for (std::size_t i = 0; i < count; ++i) {
-      const char byte = bytes_[offset + (isLittleEndian ? count - 1 - i : i)];
+      const char byte = bytes_[offset + (isLittleEndian() ? count - 1 - i : i)];
       value = value << 8U | static_cast<unsigned char>(byte);
     }
     return value == (std::uint64_t{1} << 8U * count) - 1 ? std::nullopt : std::optional(value);
@@ -180,6 +181,11 @@ void checkDpx(const std::string& path) {
   constexpr std::uint64_t rgb = 50;
   constexpr std::uint64_t abgr = 52;
   const std::uint64_t descriptor = header.number(800, 1).value_or(0);
+  const std::uint64_t rows = header.number(776, 4).value_or(0);
+  if (rows == 0 || header.number(772, 4).value_or(0) == 0) throwImageError(path, "has no pixels");
+  if (header.number(768, 2).value_or(0) > 3) {
+    throwUnsupported("DPX files whose lines run from top to bottom are not supported");
+  }
   if (descriptor >= 1 && descriptor <= 9) throwImageError(path, "has 1 channel; a LUT needs red, green and blue");
   if (descriptor < rgb || descriptor > abgr) {
     throwUnsupported("only DPX files of RGB, RGBA and ABGR are supported; its image descriptor is " +
@@ -210,10 +216,16 @@ void checkDpx(const std::string& path) {
   std::error_code error;
   const std::uint64_t size = std::filesystem::file_size(path, error);
   if (error) throwImageError(path, "cannot be read: " + error.message());
-  const std::uint64_t rows = header.number(776, 4).value_or(0);
+  // OpenImageIO reserves memory for the user's data before it looks for them.
+  constexpr std::uint64_t headerBytes = 2048;
+  if (header.number(32, 4).value_or(0) > std::max(size, headerBytes) - headerBytes) {
+    throwImageError(path, "cannot be read: it ends before its user data do");
+  }
   if (size < offset || (rowBytes != 0 && (size - offset) / rowBytes < rows)) {
     throwImageError(path, "cannot be read: it ends before its last row");
   }
 }
+
+std::string dpxByteOrder(const std::string& path) { return DpxHeader(path).isLittleEndian() ? "little" : "big"; }
 
 }  // namespace meridian::command

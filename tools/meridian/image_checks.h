@@ -44,4 +44,8 @@ void checkSamples(const OIIO::ImageSpec& spec, const std::string& path);
 /// before OpenImageIO opens the file.
 void checkDpx(const std::string& path);
 
+/// Returns the byte order of a DPX file as OpenImageIO's writer wants it, "big" or "little", which its reader does not
+/// tell.
+[[nodiscard]] std::string dpxByteOrder(const std::string& path);
+
 }  // namespace meridian::command

@@ -273,6 +273,7 @@ OpenImageIoFile::OpenImageIoFile(const std::string& path, const std::optional<st
   if (format.formatName == "webp" && spec_.nchannels > 3) {
     throwImageError(path, "has alpha, which the WebP reader multiplies into the colours; not supported");
   }
+  if (format.formatName == "dpx") spec_.attribute("oiio:Endian", dpxByteOrder(path));
   type_ = *workingType(spec_);
   channels_ = colorChannels(spec_, layer, path);
   bits_ = codeValueBits(spec_);

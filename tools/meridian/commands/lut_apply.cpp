@@ -107,12 +107,13 @@ struct LutApplication {
 
   /// Calls `show` with the step and how much of it is done. Throws CommandError.
   void apply(const ImageJob& job, const std::function<void(std::string_view step, double portion)>& show) const {
-    const ImageFormat& format = writtenFormat(job.to);
     const auto image = images.open(job.from, layer);
+    const ImageFormat& format = writtenFormat(job.to);
     ReplacementFile replacement(job.to);
-    image->beginWriting(replacement.descriptor(), replacement.path(), job.to, format);
     const auto step = [&show](std::string_view name) { return [&show, name](double portion) { show(name, portion); }; };
     image->read(step("reading"));
+    // Not before, since a writer that is left unused may print a message of its own.
+    image->beginWriting(replacement.descriptor(), replacement.path(), job.to, format);
     const ImageLut& lut = luts.forImage(*image);
     const auto change = [this, &lut](const auto& view) {
       if (const auto applied = lut.apply(view, view, threadsPerImage); !applied) {
@@ -224,6 +225,31 @@ class ImageBatch {
   std::vector<std::string> errors_;
 };
 
+/// Throws CommandError if the result of an image would replace another image of the call, or its result: by a symbolic
+/// link, so that a LUT would be applied twice.
+void checkAreApart(std::span<const ImageJob> jobs) {
+  const auto resolved = [](const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path canonical = std::filesystem::weakly_canonical(path, error);
+    return error ? std::filesystem::path(path) : canonical;
+  };
+  std::map<std::filesystem::path, const ImageJob*> byResult;
+  for (const ImageJob& job : jobs) {
+    const auto [same, isNew] = byResult.emplace(resolved(job.to), &job);
+    if (!isNew) {
+      throw CommandError(inQuotes(same->second->to) + " and " + inQuotes(job.to) +
+                         " are the same file; write the images to another directory");
+    }
+  }
+  for (const ImageJob& job : jobs) {
+    const auto same = byResult.find(resolved(job.from));
+    if (same != byResult.end() && same->second != &job) {
+      throw CommandError(inQuotes(job.from) + " is also the result of " + inQuotes(same->second->from) +
+                         "; write the images to another directory");
+    }
+  }
+}
+
 /// Returns IN and OUT, or with --to each IN and its path in DIR.
 std::vector<ImageJob> readJobs(const Arguments& arguments) {
   const std::vector<std::string>& paths = arguments.given.at("images");
@@ -248,18 +274,19 @@ std::vector<ImageJob> readJobs(const Arguments& arguments) {
   if (!std::filesystem::is_directory(*directory, error)) {
     throw CommandError(inQuotes(*directory) + (error ? ": " + error.message() : " is not a directory"));
   }
+  checkAreApart(jobs);
   return jobs;
 }
 
 Status applyToImages(const Arguments& arguments) {
-  const unsigned threads = readThreads(arguments);
+  const unsigned threads = affordableThreads(readThreads(arguments));
   const std::vector<ImageJob> jobs = readJobs(arguments);
   const auto workers = static_cast<unsigned>(std::min<std::size_t>(threads, jobs.size()));
   const auto file = readLut(arguments);
   PreparedLuts luts(*file, chosenImageLutOptions(arguments));
   const ImageFileModule& images = imageFileModule();
   const LutApplication application{images, luts, arguments.value("layer"), threads / workers};
-  images.useThreads(application.threadsPerImage == 1 ? 1 : threads);
+  startThreads(images, application.threadsPerImage == 1 ? 1 : threads);
   if (!arguments.has("to")) return applyToImage(application, jobs.front());
   const std::size_t failures = ImageBatch(application, jobs).run(workers);
   if (failures == 0) return done;
@@ -304,14 +331,18 @@ Subcommand lutApplyCommand() {
                    .path = true},
                   {.kind = value,
                    .name = "layer",
-                   .help = "The layer to change: the channels NAME.R, NAME.G and NAME.B instead of R, G and B",
+                   .help = "The layer to change: the channels NAME.R, NAME.G and NAME.B instead of R, G and B; needed "
+                           "where there are "
+                           "no channels R, G and B, even if there is a single layer",
                    .valueName = "NAME"}},
       .action = applyToImages,
   };
   for (Option& option : imageLutOptions()) command.options.push_back(std::move(option));
-  command.options.push_back({value, "threads",
-                             "The number of threads, and with --to of images in memory; 0, the default, uses all cores",
-                             "N"});
+  command.options.push_back(
+      {value, "threads",
+       "The number of threads, and with --to of images in memory; 0, the default, uses all cores. Fewer are used "
+       "where the memory is limited (ulimit -v)",
+       "N"});
   return command;
 }
 
