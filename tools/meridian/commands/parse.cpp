@@ -16,7 +16,7 @@ Status parseVector(const GivenVector& given, const Arguments& arguments) {
   const bool isStrict = arguments.has("strict");
   const bool isAny = reportFindings(explanation, given.place(), isStrict ? Findings::all : Findings::strayWords);
   warnOfInvalidText(words);
-  printJson(asJson(given.store ? *given.store : explanation.arguments),
+  printJson(storeAsJson(given.store ? *given.store : explanation.arguments),
             given.isFromFile() ? JsonForm::oneLine : JsonForm::indented);
   return isStrict && isAny ? failed : done;
 }
