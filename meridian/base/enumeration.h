@@ -42,6 +42,10 @@ struct EnumerationTable;
 template <typename Type>
 concept TabledEnumeration = std::is_enum_v<Type> && requires { EnumerationTable<Type>::rows; };
 
+/// The type of an enumeration's raw values: a text view, or an integer.
+template <TabledEnumeration Enumeration>
+using RawValueOf = std::remove_cvref_t<decltype(EnumerationTable<Enumeration>::rows[0].rawValue)>;
+
 namespace detail {
 
 template <TabledEnumeration Enumeration>
@@ -55,7 +59,7 @@ consteval auto casesOfTable() {
     if (static_cast<std::size_t>(cases[place]) != place) {
       preconditionFailed("EnumerationTable: the rows are not in declaration order");
     }
-    if constexpr (std::integral<std::remove_cvref_t<decltype(EnumerationTable<Enumeration>::rows[0].rawValue)>>) {
+    if constexpr (std::integral<RawValueOf<Enumeration>>) {
       const auto& row = EnumerationTable<Enumeration>::rows[place];
       if (row.description.empty()) preconditionFailed("EnumerationTable: a row has no description");
       for (std::size_t earlier = 0; earlier < place; ++earlier) {
@@ -84,10 +88,6 @@ template <TabledEnumeration Enumeration>
 inline constexpr auto rawValueIndex = indexOfTable<Enumeration>();
 
 }  // namespace detail
-
-/// The type of an enumeration's raw values: a text view, or an integer.
-template <TabledEnumeration Enumeration>
-using RawValueOf = std::remove_cvref_t<decltype(EnumerationTable<Enumeration>::rows[0].rawValue)>;
 
 /// Returns all cases in declaration order.
 template <TabledEnumeration Enumeration>

@@ -217,7 +217,7 @@ void explainValue(ExplainedSetting& setting) {
       {{TranscodeWarningCode::invalidValue, setting.flag, std::move(detail)}, std::move(advice)});
 }
 
-/// Returns the flag of the property whose name was written as a flag; absent if there is none.
+/// Returns the flag of the property whose name was written in place of its flag; absent if no property has that name.
 std::optional<std::string_view> flagOfPropertyNamed(std::string_view flag) {
   const std::string_view name = flag.substr(std::min(flag.find_first_not_of('-'), flag.size()));
   const auto property = std::ranges::find_if(
@@ -354,8 +354,6 @@ std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
   return notes;
 }
 
-}  // namespace
-
 /// Warns of each timecode source but the one that counts.
 void warnOfUnusedTimecodeSources(TranscodeExplanation& explanation) {
   const auto used = explanation.arguments.timecodeSource();
@@ -366,6 +364,8 @@ void warnOfUnusedTimecodeSources(TranscodeExplanation& explanation) {
                                  "the timecode is " + std::string(rawValue(*used))}});
   }
 }
+
+}  // namespace
 
 TranscodeExplanation explain(const ArgumentWords& words, bool maintainOriginalOrdering) {
   ReadArguments read = readArgumentVector(words.words());

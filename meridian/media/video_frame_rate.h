@@ -165,7 +165,7 @@ inline constexpr auto standardVideoFrameRates = std::to_array<VideoFrameRate>(
      VideoFrameRate::ntsc120p, VideoFrameRate::p120, VideoFrameRate::p300, VideoFrameRate::p600});
 
 /// Returns the first standard rate that is displayed like this custom rate but differs from it: 24000/1001 for 23.98;
-/// absent for a standard rate, and if there is none.
+/// absent for a standard rate, and if no standard rate looks alike.
 [[nodiscard]] MERIDIAN_API std::optional<VideoFrameRate> standardRateDisplayedAlike(const VideoFrameRate& rate);
 
 /// Describes a number of frames per second together with the exact standard rate that it matches: "23.976 fps =

@@ -490,17 +490,25 @@ TEST(Command, ZshCompletesInARealTerminal) {
     lines += line + '\n';
     expected += completed + '\n';
   }
-  // Each line, a tab, a key that writes down the line, and one that clears it.
+  // Each line, a tab, a key that writes down the line, and one that clears it. Keys are sent only while the line editor
+  // reads them, since the terminal would interpret some itself, and a line only after the one before is written down.
   const Outcome outcome = test::run({"zsh", "-f", "-c", R"(
     zmodload zsh/zpty
+    await() { repeat 1200; do eval $1 && return; sleep 0.05; done; print -u2 "no $1"; exit 1 }
+    lines() { [[ -e written ]] && wc -l < written || print 0 }
     cd $2
     $1 completion zsh > script
     zpty shell 'TERM=dumb zsh -f -i'
     zpty -w shell 'autoload -Uz compinit; compinit -D -u; source ./script'
     zpty -w shell 'record() { print -r -- ${BUFFER% } >> written }; zle -N record; bindkey "^X^R" record'
-    zpty -w shell 'print > ready'
-    repeat 400; do [[ -e ready ]] && break; sleep 0.05; done
-    for line in ${(f)3}; do zpty -n -w shell $line$'\t\x18\x12\x15'; done
+    zpty -w shell 'zle-line-init() { print > ready }; zle -N zle-line-init'
+    await '[[ -e ready ]]'
+    integer count=0
+    for line in ${(f)3}; do
+      zpty -n -w shell $line$'\t\x18\x12\x15'
+      (( ++count ))
+      await '(( $(lines) == count ))'
+    done
     zpty -w shell exit
     zpty -r -m shell output '*NONE*'  # until the shell ends
     cat written)",

@@ -11,7 +11,6 @@
 #include <string>
 #include <string_view>
 
-#include "meridian/base/printable.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/loaded_module.h"
 
@@ -64,24 +63,13 @@ class TerminateHandlerSet {
   std::terminate_handler before_;
 };
 
-Expected<void*, std::string> loadedEntry() {
-  const TerminateHandlerSet handler(endForTooLittleMemory);
-  return moduleSymbol(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry);
-}
-
 }  // namespace
 
 const ImageFileModule& imageFileModule() {
-  using Entry = const ImageFileModule* (*)();
   checkAddressSpace();
-  const auto symbol = loadedEntry();
-  if (!symbol) {
-    throw CommandError(
-        "this installation of meridian cannot read and write images: it was built without OpenImageIO, or the module "
-        "is missing: " +
-        printable(symbol.error()));
-  }
-  return *reinterpret_cast<Entry>(*symbol)();
+  const TerminateHandlerSet handler(endForTooLittleMemory);
+  return loadedModule<ImageFileModule>(MERIDIAN_IMAGE_MODULE, imageFileModuleEntry, "read and write images",
+                                       "OpenImageIO");
 }
 
 unsigned affordableThreads(unsigned wanted) noexcept {

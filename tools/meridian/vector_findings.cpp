@@ -50,6 +50,13 @@ bool reportFindings(const TranscodeExplanation& explanation, std::string_view pl
   return isAny;
 }
 
+Option strictOption() {
+  return {
+      Option::Kind::flag, "strict",
+      "Exit with status 1 if a flag, a preset or a value is rejected or will not be used, or if a word belongs to no "
+      "flag"};
+}
+
 void warnOfReadingBack(const TranscodeCliArguments& store, std::string_view place) {
   for (const TranscodeWarning& warning : readingBackWarnings(store)) {
     std::cerr << "meridian: " << place << "warning: " << warning.message() << '\n';

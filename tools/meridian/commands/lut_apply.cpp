@@ -331,9 +331,9 @@ Subcommand lutApplyCommand() {
                    .path = true},
                   {.kind = value,
                    .name = "layer",
-                   .help = "The layer to change: the channels NAME.R, NAME.G and NAME.B instead of R, G and B; needed "
-                           "where there are "
-                           "no channels R, G and B, even if there is a single layer",
+                   .help =
+                       "The layer to change: the channels NAME.R, NAME.G and NAME.B instead of R, G and B; needed in "
+                       "a file without channels R, G and B, even if it has a single layer",
                    .valueName = "NAME"}},
       .action = applyToImages,
   };

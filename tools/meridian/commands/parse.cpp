@@ -35,9 +35,7 @@ Subcommand parseCommand() {
       .takesWords = true,
       .fileOption = "from",
       .options = {{flag, "keep-order", "Keep the order of the flags; a store keeps its own"},
-                  {flag, "strict",
-                   "Exit with status 1 if a flag, a preset or a value is rejected or will not be used, or if a word "
-                   "belongs to no flag"},
+                  strictOption(),
                   fromOption()},
       .action =
           [](const Arguments& arguments) {
