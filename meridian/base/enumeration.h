@@ -33,14 +33,18 @@ struct EnumerationRow {
 };
 
 /// The table of an enumeration. Specialise it with a member `rows`: an array of all cases in declaration order, whose
-/// elements have at least the members of EnumerationRow. The raw value may also be an integer; each row then needs a
-/// description. Another order, or a text twice, does not compile.
+/// elements have at least the members of EnumerationRow. The raw value may also be an integer. Another order, a
+/// raw value twice, or an integer without a description does not compile.
 template <typename Enumeration>
 struct EnumerationTable;
 
 /// Any enumeration that has a table.
 template <typename Type>
 concept TabledEnumeration = std::is_enum_v<Type> && requires { EnumerationTable<Type>::rows; };
+
+/// The type of an enumeration's raw values: a text view, or an integer.
+template <TabledEnumeration Enumeration>
+using RawValueOf = std::remove_cvref_t<decltype(EnumerationTable<Enumeration>::rows[0].rawValue)>;
 
 namespace detail {
 
@@ -54,6 +58,15 @@ consteval auto casesOfTable() {
     cases[place] = EnumerationTable<Enumeration>::rows[place].value;
     if (static_cast<std::size_t>(cases[place]) != place) {
       preconditionFailed("EnumerationTable: the rows are not in declaration order");
+    }
+    if constexpr (std::integral<RawValueOf<Enumeration>>) {
+      const auto& row = EnumerationTable<Enumeration>::rows[place];
+      if (row.description.empty()) preconditionFailed("EnumerationTable: a row has no description");
+      for (std::size_t earlier = 0; earlier < place; ++earlier) {
+        if (EnumerationTable<Enumeration>::rows[earlier].rawValue == row.rawValue) {
+          preconditionFailed("EnumerationTable: a raw value is listed twice");
+        }
+      }
     }
   }
   return cases;
@@ -75,10 +88,6 @@ template <TabledEnumeration Enumeration>
 inline constexpr auto rawValueIndex = indexOfTable<Enumeration>();
 
 }  // namespace detail
-
-/// The type of an enumeration's raw values: a text view, or an integer.
-template <TabledEnumeration Enumeration>
-using RawValueOf = std::remove_cvref_t<decltype(EnumerationTable<Enumeration>::rows[0].rawValue)>;
 
 /// Returns all cases in declaration order.
 template <TabledEnumeration Enumeration>

@@ -1,5 +1,5 @@
 /// \file
-/// The words of a command line, as whatever a caller has them. Functions that read an argument vector accept each of
+/// Accepts the words of a command line in any of the usual forms. Functions that read an argument vector take each of
 /// these:
 ///
 ///     explain({"-dims", "1280 x 720"});
@@ -17,15 +17,18 @@
 
 namespace meridian::inline v0_2 {
 
-/// Views the words of an argument vector, without a program path. Made where a function is called: the texts, and an
-/// array of views, must outlive it.
+/// A view of the words of an argument vector, without the program path. Use it as a function parameter only: it refers
+/// to the caller's texts. A null pointer among them is undefined behaviour.
 class ArgumentWords {
  public:
+  /// Holds no words.
+  ArgumentWords() noexcept = default;
   // NOLINTBEGIN(google-explicit-constructor): callers pass what they have.
   ArgumentWords(std::initializer_list<std::string_view> words) noexcept : views_(words.begin(), words.size()) {}
   /// Does not compile: a second pair of braces would read two words as the two ends of one text.
-  ArgumentWords(std::initializer_list<std::initializer_list<const char*>> words) = delete;
-  /// Takes a contiguous range of texts. Views of them are made unless they are views already.
+  template <std::same_as<const char*> Text>
+  ArgumentWords(std::initializer_list<std::initializer_list<Text>> words) = delete;
+  /// Accepts a contiguous range of texts. Views of them are made unless they are views already.
   template <std::ranges::contiguous_range Words>
     requires std::convertible_to<std::ranges::range_reference_t<const Words>, std::string_view>
   ArgumentWords(const Words& words) {
@@ -36,7 +39,7 @@ class ArgumentWords {
     }
   }
   // NOLINTEND(google-explicit-constructor)
-  /// Takes the parameters of `main` and leaves out the program path, `argv[0]`. An `argc` below 1 gives no words.
+  /// Accepts the parameters of `main` and leaves out the program path, `argv[0]`. An `argc` below 1 gives no words.
   ArgumentWords(int argc, const char* const* argv) : made_(argv + (argc > 0 ? 1 : 0), argv + (argc > 0 ? argc : 0)) {}
 
   /// Returns the words, in order.

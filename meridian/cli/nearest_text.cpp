@@ -13,7 +13,7 @@ bool areSameLetter(char left, char right) noexcept {
   return detail::lowercasedAscii(left) == detail::lowercasedAscii(right);
 }
 
-/// Returns the only candidate that begins with the text; absent if there is none or are several.
+/// Returns the candidate that begins with the text; absent if none or several do.
 std::optional<std::string_view> onlyContinuation(std::string_view text, std::span<const std::string_view> candidates) {
   constexpr std::size_t shortest = 3;
   if (text.size() < shortest) return std::nullopt;

@@ -8,6 +8,7 @@
 /// transcode_properties.h reads and sets the typed properties by name, as text.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <initializer_list>
 #include <map>
@@ -87,6 +88,10 @@ class MERIDIAN_API TranscodeCliArguments final : public CliArgumentStore,
   /// these were not given.
   explicit TranscodeCliArguments(const ArgumentWords& cliArgs, bool maintainOriginalOrdering = false);
   TranscodeCliArguments(std::initializer_list<std::string_view> cliArgs, bool maintainOriginalOrdering = false);
+  /// Does not compile: see ArgumentWords.
+  template <std::same_as<const char*> Text>
+  TranscodeCliArguments(std::initializer_list<std::initializer_list<Text>> cliArgs,
+                        bool maintainOriginalOrdering = false) = delete;
   /// Reads the parameters of `main` in the same way; `argv[0]`, the program path, is left out.
   TranscodeCliArguments(int argc, const char* const* argv, bool maintainOriginalOrdering = false);
 

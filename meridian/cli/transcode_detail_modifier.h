@@ -12,8 +12,9 @@
 namespace meridian::inline v0_2 {
 
 /// Copies a group of settings from a model to a target: reads every member of the model once and assigns it to the
-/// target, in the order of the interface but for what `updatedAudio` says, including absent values and false. Nothing
-/// is compared, skipped or merged. The target is changed in place and returned. Target and model may be the same.
+/// target, in the order of the interface (exceptions: see `updatedAudio`). Absent values and false are assigned too.
+/// Nothing is compared, skipped or merged. The target is changed in place and returned. Target and model may be the
+/// same.
 class MERIDIAN_API TranscodeDetailModifier {
  public:
   TranscodeDetailModifier() = delete;

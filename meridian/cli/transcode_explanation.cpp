@@ -217,7 +217,7 @@ void explainValue(ExplainedSetting& setting) {
       {{TranscodeWarningCode::invalidValue, setting.flag, std::move(detail)}, std::move(advice)});
 }
 
-/// Returns the flag of the property whose name was written as a flag; absent if there is none.
+/// Returns the flag of the property whose name was written in place of its flag; absent if no property has that name.
 std::optional<std::string_view> flagOfPropertyNamed(std::string_view flag) {
   const std::string_view name = flag.substr(std::min(flag.find_first_not_of('-'), flag.size()));
   const auto property = std::ranges::find_if(
@@ -354,6 +354,17 @@ std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
   return notes;
 }
 
+/// Warns of each timecode source but the one that counts.
+void warnOfUnusedTimecodeSources(TranscodeExplanation& explanation) {
+  const auto used = explanation.arguments.timecodeSource();
+  for (ExplainedSetting& setting : explanation.settings) {
+    if (!setting.property || setting.property->kind != PropertyKind::timecodeSource) continue;
+    if (setting.flag == timecodeFlag(*used).rawValue()) continue;
+    setting.warnings.push_back({{TranscodeWarningCode::unusedTimecodeSource, setting.flag,
+                                 "the timecode is " + std::string(rawValue(*used))}});
+  }
+}
+
 }  // namespace
 
 TranscodeExplanation explain(const ArgumentWords& words, bool maintainOriginalOrdering) {
@@ -362,13 +373,15 @@ TranscodeExplanation explain(const ArgumentWords& words, bool maintainOriginalOr
   explanation.arguments = TranscodeCliArguments::fromReading(read.flags, maintainOriginalOrdering);
   for (const std::size_t index : read.strayWords) {
     const std::string word(words.words()[index]);
-    explanation.droppedWords.push_back({index, word, {{TranscodeWarningCode::strayWord, word}}});
+    const std::string detail = word.empty() ? "the word is empty" : "";
+    explanation.droppedWords.push_back({index, word, {{TranscodeWarningCode::strayWord, word, detail}}});
   }
   Trace trace(std::move(read.flags));
   explanation.presets = explainedPresets(trace);
   for (const TextDictionary::Entry& entry : explanation.arguments.flagValueLookup()) {
     explanation.settings.push_back(explainedSetting(entry, trace, explanation.presets));
   }
+  warnOfUnusedTimecodeSources(explanation);
   explanation.arguments.enumerateUnknownFlags([&](std::string_view flag, std::string_view value) {
     explanation.rejectedEntries.push_back(rejectedEntry(flag, value, trace));
   });

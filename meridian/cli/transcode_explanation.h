@@ -51,6 +51,8 @@ enum class TranscodeWarningCode : std::uint8_t {
   lowerCased,
   /// The setting is also one of a preset, with another value or the same.
   overridesPreset,
+  /// The flag is a timecode source, but another one counts.
+  unusedTimecodeSource,
   /// A word belongs to no flag and was dropped.
   strayWord,
   /// A reader of the rendered vector gets another value than is stored.
@@ -76,6 +78,8 @@ struct EnumerationTable<TranscodeWarningCode> {
       {TranscodeWarningCode::repeated, "repeated", "is repeated, and the last value wins"},
       {TranscodeWarningCode::lowerCased, "lowerCased", "was written differently"},
       {TranscodeWarningCode::overridesPreset, "overridesPreset", "overrides a preset"},
+      {TranscodeWarningCode::unusedTimecodeSource, "unusedTimecodeSource", "is not used",
+       "remove all timecode sources but one"},
       {TranscodeWarningCode::strayWord, "strayWord", "belongs to no flag"},
       {TranscodeWarningCode::readsBackDifferently, "readsBackDifferently", "will be read differently"},
   });

@@ -251,9 +251,10 @@ std::optional<PropertyValue> valueOfInput(const TranscodeProperty& property, std
 }
 
 PropertyError invalidValue(const TranscodeProperty& property, std::string_view input) {
+  const auto nearest = nearestText(input, allowedTexts(property));
   return {{PropertyErrorCode::invalidValue, std::string(property.name),
            inQuotes(input) + " is not " + std::string(description(property.kind))},
-          "expected " + expectedForm(property)};
+          (nearest ? "did you mean " + std::string(*nearest) + "? " : "") + "expected " + expectedForm(property)};
 }
 
 /// Sets the property to a value that is valid for it.
@@ -325,6 +326,12 @@ std::vector<const TranscodeProperty*> propertiesOfFlag(std::string_view flag) {
   }
   if (own.empty() && joint != nullptr) own.push_back(joint);
   return own;
+}
+
+std::string_view meaningOfFlag(const FlagDescription& flag) {
+  if (!flag.meaning.empty()) return flag.meaning;
+  const auto properties = propertiesOfFlag(flag.text);
+  return properties.empty() ? std::string_view() : properties.front()->meaning;
 }
 
 std::optional<PropertyValue> propertyValue(const TranscodeCliArguments& arguments, const TranscodeProperty& property) {

@@ -71,6 +71,9 @@ using PropertyError = Advised<Error<PropertyErrorCode>>;
 /// "-in", returns the joint property that it is a part of. Empty for a flag that is part of none.
 [[nodiscard]] MERIDIAN_API std::vector<const TranscodeProperty*> propertiesOfFlag(std::string_view flag);
 
+/// Returns what the flag does, as one line: its own meaning, or that of its first property.
+[[nodiscard]] MERIDIAN_API std::string_view meaningOfFlag(const FlagDescription& flag);
+
 /// Returns the property's value as text: the text that its flag stores, "true" or "false" for a switch, and for a joint
 /// property the form of its kind. Absent when the property is not set or its text is not valid. The text can be passed
 /// to `setPropertyText`, except for an empty text, a number or size that is not finite, and a path with a newline.

@@ -35,9 +35,9 @@ namespace meridian::inline v0_2 {
 ///     code  = Round(black + result * (white - black))
 ///
 /// with black and white as CodeValueFormat says, and `Round` to the nearest integer, halves up. All of it is computed
-/// in double precision, so that a result that is exactly half an integer may be rounded down. An identity thus keeps
-/// every code value at every depth, even one of code values of another depth. Code values below black
-/// and above white become inputs below 0 and above 1, which the axes of the LUT clamp unless its declared domain is
+/// in double precision, so that a result that is exactly half an integer may be rounded down. An identity therefore
+/// keeps every code value, even if the LUT's code values have another depth than the image. Code values below black and
+/// above white become inputs below 0 and above 1, which the axes of the LUT clamp unless its declared domain is
 /// wider. Results outside 0 to 1 are kept as far as `CodeValueFormat::lowest` and `highest`.
 ///
 /// Floating-point samples are on the scale from 0 to 1. For a LUT of code values, 1 is its largest code value. Results

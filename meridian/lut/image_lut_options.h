@@ -73,8 +73,6 @@ struct ImageLutOptions {
   LutAxisOrder axisOrder = LutAxisOrder::blueFastest;
   LutInputDomain domain = LutInputDomain::dataRange;
   LutRounding rounding = LutRounding::truncate;
-
-  friend constexpr bool operator==(const ImageLutOptions&, const ImageLutOptions&) noexcept = default;
 };
 
 }  // namespace meridian::inline v0_2

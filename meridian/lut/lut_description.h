@@ -55,9 +55,9 @@ struct LutDescription {
 /// and the domain are set.
 [[nodiscard]] MERIDIAN_API LutDescription describe(const ParsedLutFile& file);
 
-/// Returns whether the LUT's converter has a result for every sample at this output depth, in bits, so that `convert`
-/// does not terminate the process: for all code values of an input depth from 1 to 63. Answers from the range of the
-/// values alone, as files that were parsed have it; false means that some sample may have no result.
+/// Returns whether the LUT's converter has a result for every sample, so that `convert` does not terminate the process.
+/// Samples are code values of an input depth from 1 to 63 bits; `outputBitDepth` is in bits, at least 1. Only the range
+/// of the LUT's values is examined: true is certain, false means that some samples may have no result.
 [[nodiscard]] MERIDIAN_API bool canConvertAll(const LutDescription& lut, std::int64_t outputBitDepth) noexcept;
 
 }  // namespace meridian::inline v0_2

@@ -42,7 +42,7 @@ std::string describeFrameRate(double framesPerSecond) {
     return std::to_string(each.rawValue().numerator) + "/" + std::to_string(each.rawValue().denominator);
   };
   if (framesPerSecond == tableRow(FrameRateKind::fps23_98).storedValue) {
-    return text + ", which stands for " + ratioOf(VideoFrameRate::ntsc24p);
+    return text + ", the stored form of " + ratioOf(VideoFrameRate::ntsc24p);
   }
   if (const auto alike = standardRateDisplayedAlike(*rate)) {
     return text + ", not a standard rate; " + std::string(rawValue(alike->kind())) + " looks the same but is " +

@@ -165,13 +165,13 @@ inline constexpr auto standardVideoFrameRates = std::to_array<VideoFrameRate>(
      VideoFrameRate::ntsc120p, VideoFrameRate::p120, VideoFrameRate::p300, VideoFrameRate::p600});
 
 /// Returns the first standard rate that is displayed like this custom rate but differs from it: 24000/1001 for 23.98;
-/// absent for a standard rate, and if there is none.
+/// absent for a standard rate, and if no standard rate looks alike.
 [[nodiscard]] MERIDIAN_API std::optional<VideoFrameRate> standardRateDisplayedAlike(const VideoFrameRate& rate);
 
 /// Describes a number of frames per second together with the exact standard rate that it matches: "23.976 fps =
-/// 24000/1001", "25 fps", "12.5 fps, not a standard rate". Of 23.967, as which conversion settings store 23.98, it says
-/// that it stands for 24000/1001, and of a rate that is displayed like a standard one, such as 23.98, which one that
-/// is. Says so where it is not a frame rate: not above 0, not finite or too large.
+/// 24000/1001", "25 fps", "12.5 fps, not a standard rate". Says that 23.967 is the stored form of 24000/1001, and names
+/// the standard rate that a custom rate such as 23.98 looks like. Says so where it is not a frame rate: not above 0,
+/// not finite or too large.
 [[nodiscard]] MERIDIAN_API std::string describeFrameRate(double framesPerSecond);
 
 }  // namespace meridian::inline v0_2

@@ -12,7 +12,7 @@
 namespace meridian::inline v0_2 {
 
 /// A regular file opened for reading. Nothing else is opened or read: a directory, FIFO, device or socket, or a link to
-/// one. Opening never waits, and what was opened is asked, not the path, so that nothing can take its place in between.
+/// one. Opening does not wait for a FIFO's writer. The open descriptor is checked, not the path, so there is no race.
 class FileReader {
  public:
   explicit FileReader(const std::string& path);

@@ -17,7 +17,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// What both exceptions have. `what()` says where, what is wrong and what was expected; it is safe for a terminal.
+/// The base of both exceptions. `what()` says where, what is wrong and what was expected; it is safe for a terminal.
 class MERIDIAN_API CodingError : public std::runtime_error {
  public:
   /// Returns the JSON pointer (RFC 6901) of the value within the record; empty for the record itself.

@@ -4,7 +4,7 @@
 ///
 ///     const std::int64_t hours = integerOf(memberOf(json, "", "hours"), "/hours");
 ///
-/// Members that are not asked for are passed over, so that a record of a later version can be read.
+/// Unknown members are ignored, so that a record of a later version can be read.
 /// `path` is always the JSON pointer of the value that is read.
 #pragma once
 

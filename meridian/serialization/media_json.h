@@ -11,7 +11,7 @@
 ///     const nlohmann::json json = VideoFrameRate::ntsc30p;
 ///     json.get<VideoFrameRate>();  // VideoFrameRate::ntsc30p
 ///
-/// Decoding passes over members with other names and reads a member that is null as absent, so that data of a later
+/// Decoding ignores unknown members and reads a member that is null as absent, so that data of a later
 /// version or of another encoder can be read: {"p24": {}, "p30": null} is p24. It throws DecodingError, with the path
 /// within the value, if a member is missing or has another type; the value is then unchanged.
 #pragma once

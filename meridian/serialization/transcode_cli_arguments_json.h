@@ -32,7 +32,7 @@ namespace meridian::inline v0_2 {
 MERIDIAN_API void to_json(nlohmann::json& json, const TranscodeCliArguments& arguments);
 MERIDIAN_API void to_json(nlohmann::ordered_json& json, const TranscodeCliArguments& arguments);
 
-/// Decodes the three properties without normalising or checking them again. Passes over members with other names and
+/// Decodes the three properties without normalising or checking them again. Ignores unknown members and
 /// reads null, also as the value of a flag, as absent. Throws DecodingError if "flagValueLookup" is missing or anything
 /// has another type; `arguments` is then unchanged.
 MERIDIAN_API void from_json(const nlohmann::json& json, TranscodeCliArguments& arguments);

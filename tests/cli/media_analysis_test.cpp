@@ -200,7 +200,7 @@ TEST(MediaAnalysisTest, WarningsOfWritingNameTheOptionAndItsValue) {
                           MediaAnalysisCLIWritingWarning{readAsFlag, "-lutFile", "-l"}));
 }
 
-struct ReadingCase {
+struct AnalysisReadingCase {
   Words words;
   /// The vector of what was read.
   Words read;
@@ -216,7 +216,7 @@ TEST(MediaAnalysisTest, ReadsVectorsAndWarnsOfTheRest) {
     words.insert(words.end(), after.begin(), after.end());
     return words;
   };
-  const std::vector<ReadingCase> cases{
+  const std::vector<AnalysisReadingCase> cases{
       {{}, none, {}},
       {{"stray", "", " -parentPid", "3"},
        none,

@@ -45,6 +45,7 @@ TEST(ArgumentWords, AreWhateverACallerHas) {
   EXPECT_EQ(TranscodeCliArguments(texts, true).stored(), expected.stored());
   EXPECT_EQ(TranscodeCliArguments(views, true).stored(), expected.stored());
   EXPECT_EQ(TranscodeCliArguments(std::span(argv).subspan(1, 4), true).stored(), expected.stored());
+  EXPECT_TRUE(explain({}).settings.empty() && readMediaAnalysisArguments({}).warnings.empty());
   for (const int argc : {1, 0, -1}) {
     EXPECT_TRUE(TranscodeCliArguments(argc, argv.data()).flagValueLookup().empty()) << argc;
   }

@@ -211,7 +211,7 @@ TEST(TranscodeExplanationTest, FindsThePropertyAndTheMeaningOfEachFlag) {
     std::string meaning = "";
   };
   const Case cases[]{{{"-vr", "23.976"}, "videoFrameRate", 23.976F, "23.976 fps = 24000/1001"},
-                     {{"-vr", "23.967"}, "videoFrameRate", 23.967F, "23.967 fps, which stands for 24000/1001"},
+                     {{"-vr", "23.967"}, "videoFrameRate", 23.967F, "23.967 fps, the stored form of 24000/1001"},
                      {{"-vr", "23.98"},
                       "videoFrameRate",
                       23.98F,

@@ -10,7 +10,7 @@
 namespace meridian {
 namespace {
 
-constexpr std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
 using Timecode = TimecodeComponents;
 
 TEST(TimecodeComponents, DecomposesAnyText) {
@@ -43,7 +43,7 @@ TEST(TimecodeComponents, DecomposesAnyText) {
       {"\u0661:\uff11:1\xff:1\n", {none, none, none, none, false}},
       {std::string_view("01:02:03:04\0", 12), {1, 2, 3, none, false}},
       {"9223372036854775807:9223372036854775808:00000000000000000000000001:99999999999999999999999",
-       {greatest, none, 1, none, false}},
+       {largest, none, 1, none, false}},
   };
   for (const auto& [text, decomposed] : cases) {
     EXPECT_EQ(Timecode::decomposeTimecodeString(text), decomposed) << text;
@@ -95,8 +95,8 @@ TEST(TimecodeComponents, ReadsBackWhatItWrites) {
     ASSERT_TRUE(Timecode::timecodeHasProperForm(timecode.timecodeString(), true, false));
   }
   EXPECT_EQ((Timecode{100, -3, 9, 10, true}.timecodeString()), "100:0-3:09;10");
-  constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
-  EXPECT_EQ((Timecode{least, least, least, least, false}.timecodeString()),
+  constexpr std::int64_t smallest = std::numeric_limits<std::int64_t>::min();
+  EXPECT_EQ((Timecode{smallest, smallest, smallest, smallest, false}.timecodeString()),
             "0-9223372036854775808:0-9223372036854775808:0-9223372036854775808:0-9223372036854775808");
   EXPECT_EQ(Timecode::defaultDropFrameTimecodeComponents.timecodeString(), Timecode::defaultDropFrameTimecode);
   EXPECT_EQ(Timecode::defaultNonDropTimecodeComponents.timecodeString(), Timecode::defaultNonDropTimecode);
@@ -183,7 +183,7 @@ TEST(FrameNumber, SaysWhyALabelHasNoFrame) {
                      {"00:00:00:00", VideoFrameRate::custom({-30, 1}), rateWithoutTimecode},
                      {"00:00:00:00", VideoFrameRate::custom({49, 100}), rateWithoutTimecode},
                      {"9223372036854775807:00:00:00", VideoFrameRate::p24, tooLarge},
-                     {"00:00:01:00", VideoFrameRate::custom({greatest, 1}), {}}};
+                     {"00:00:01:00", VideoFrameRate::custom({largest, 1}), {}}};
   for (const auto& [text, rate, error] : cases) {
     const auto number = frameNumber(Timecode::sanitizedTimecode(text), rate);
     ASSERT_EQ(number.has_value(), !error) << text;
@@ -204,21 +204,21 @@ TEST(FrameNumber, SaysWhyALabelHasNoFrame) {
 TEST(FrameNumber, IsExactAtTheEndsOfTheRange) {
   for (const VideoFrameRate& rate :
        {VideoFrameRate::ntsc30p, VideoFrameRate::ntsc60p, VideoFrameRate::p600, VideoFrameRate::custom({1, 2}),
-        VideoFrameRate::custom({greatest, 1}), VideoFrameRate::custom({greatest, 2})}) {
-    for (const std::int64_t frame : {greatest, greatest - 1, greatest / 2, std::int64_t{0}, std::int64_t{1}}) {
+        VideoFrameRate::custom({largest, 1}), VideoFrameRate::custom({largest, 2})}) {
+    for (const std::int64_t frame : {largest, largest - 1, largest / 2, std::int64_t{0}, std::int64_t{1}}) {
       for (const bool isDropFrame : {false, true}) {
         const auto label = timecodeOfFrame(frame, rate, isDropFrame);
         ASSERT_EQ(label.has_value(), !isDropFrame || droppedLabelsPerMinute(rate)) << rate.formattedString();
         if (!label) continue;
         EXPECT_EQ(frameNumber(*label, rate), frame) << rate.formattedString();
-        if (frame != greatest) continue;
+        if (frame != largest) continue;
         TimecodeComponents next = *label;
         ++next.hours;
         EXPECT_EQ(frameNumber(next, rate), Unexpected(TimecodeErrorCode::tooLarge)) << rate.formattedString();
       }
     }
   }
-  static_assert(frameNumber({greatest, 0, 0, 0, false}, VideoFrameRate::custom({1, 1})).error() ==
+  static_assert(frameNumber({largest, 0, 0, 0, false}, VideoFrameRate::custom({1, 1})).error() ==
                 TimecodeErrorCode::tooLarge);
   static_assert(!VideoFrameRate::matching({1, 0}) && MediaRational{-1, 0}.rawValue() < 0);
   static_assert(timecodeOfFrame(1800, VideoFrameRate::ntsc30p, true) == Timecode{0, 1, 0, 2, true});

@@ -165,7 +165,7 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"parse", "--keep_order=1", "--"}, "unknown option --keep_order; did you mean --keep-order?"},
       {{"extensions", "--group", "sidecarFileExtension"}, "did you mean sidecarFileExtensions?"},
       {{"completion", "bsh"}, "unknown shell \"bsh\"; did you mean bash?"},
-      {{"set", "foo=1", "--"}, "unknown property \"foo\"\n\"meridian set --help\""},
+      {{"set", "foo=1"}, "unknown property \"foo\"\n\"meridian set --help\""},
       {{"set", "dims=1x1", "--"}, "unknown property \"dims\"; did you mean videoDimensions?"},
       {{"--"}, "no subcommand is given"},
       {{""}, "--help"},
@@ -200,7 +200,7 @@ TEST(Command, AValueThatDoesNotFitExitsWithOneAndOneLine) {
       {{"timecode", "garbage", "--rate", "29.97", "--json"}, "\"garbage\": is not a timecode"},
       {{"timecode", "01:00:00.02", "--rate", "29.97"}, "no number for seconds, frames"},
       {{"timecode", "1:2:x:4"}, "no number for seconds"},
-      {{"timecode", "1:2:3:4:5"}, "no number for frames"},
+      {{"timecode", "1:2:3:4:5"}, "more than four parts"},
       {{"timecode", "12:34", "--rate", "25"}, "no number for seconds, frames"},
       {{"timecode", "00:01:00;00", "--rate", "29.97"}, "is a label that drop-frame timecode skips"},
       {{"timecode", "00:01:00;00", "--rate", "25"}, "is drop frame, which this frame rate does not have"},
@@ -308,6 +308,14 @@ TEST(Command, ExplainShowsPropertiesAndMeanings) {
   EXPECT_EQ(document["notes"].size(), 2U);
 }
 
+TEST(Command, StartsWithoutTheLibrariesThatDrawAndReadImages) {
+  const Outcome loaded = test::run({"ldd", MERIDIAN_COMMAND});
+  EXPECT_THAT(loaded.output, HasSubstr("libc.so"));
+  for (const char* const library : {"cairo", "X11", "OpenImageIO"}) {
+    EXPECT_THAT(loaded.output, testing::Not(HasSubstr(library)));
+  }
+}
+
 TEST(Command, SetEditsProperties) {
   const auto set = [](const Words& assignments, const Words& words) {
     Words options{"set", "--keep-order", "--json"};
@@ -330,7 +338,8 @@ TEST(Command, SetEditsProperties) {
     int status;
     std::string message;
   };
-  const Case cases[]{{"videoFormat=vp9", 1, "\"vp9\" is not a video codec; expected a video codec: dnxhd, h264"},
+  const Case cases[]{{"videoFormat=h246", 1, "did you mean h264? expected a video codec: dnxhd"},
+                     {"videoFormat=vp9", 1, "\"vp9\" is not a video codec; expected a video codec: dnxhd, h264"},
                      {"VideoFormat=h264", 2, "unknown property \"VideoFormat\"; did you mean videoFormat?"},
                      {"\x1b[2J=1", 2, "\\x1b[2J"},
                      {"videoBitDepth=-5", 1, "\"videoBitDepth\": cannot begin with \"-\""},
@@ -481,17 +490,25 @@ TEST(Command, ZshCompletesInARealTerminal) {
     lines += line + '\n';
     expected += completed + '\n';
   }
-  // Each line, a tab, a key that writes down the line, and one that clears it.
+  // Each line, a tab, a key that writes down the line, and one that clears it. Keys are sent only while the line editor
+  // reads them, since the terminal would interpret some itself, and a line only after the one before is written down.
   const Outcome outcome = test::run({"zsh", "-f", "-c", R"(
     zmodload zsh/zpty
+    await() { repeat 1200; do eval $1 && return; sleep 0.05; done; print -u2 "no $1"; exit 1 }
+    lines() { [[ -e written ]] && wc -l < written || print 0 }
     cd $2
     $1 completion zsh > script
     zpty shell 'TERM=dumb zsh -f -i'
     zpty -w shell 'autoload -Uz compinit; compinit -D -u; source ./script'
     zpty -w shell 'record() { print -r -- ${BUFFER% } >> written }; zle -N record; bindkey "^X^R" record'
-    zpty -w shell 'print > ready'
-    until [[ -e ready ]]; do sleep 0.05; done
-    for line in ${(f)3}; do zpty -n -w shell $line$'\t\x18\x12\x15'; done
+    zpty -w shell 'zle-line-init() { print > ready }; zle -N zle-line-init'
+    await '[[ -e ready ]]'
+    integer count=0
+    for line in ${(f)3}; do
+      zpty -n -w shell $line$'\t\x18\x12\x15'
+      (( ++count ))
+      await '(( $(lines) == count ))'
+    done
     zpty -w shell exit
     zpty -r -m shell output '*NONE*'  # until the shell ends
     cat written)",

@@ -1,8 +1,12 @@
 #include "tools/meridian/interruption.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -30,6 +34,27 @@ TEST(RemovedOnInterruptionDeathTest, RemovesTheFilesThatExistThenAndEndsAsItWoul
                 testing::KilledBySignal(signal), "");
     EXPECT_EQ(directory.names(), std::vector<std::string>{"finished"}) << signal;
   }
+}
+
+TEST(RemovedOnInterruptionDeathTest, NothingIsCreatedOnceTheProcessIsEnding) {
+  // In a process in which nothing is registered yet, so that this function is called after the removal.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  static std::atomic<bool> isRegistered;
+  const auto ended = [] {
+    std::atexit([] {
+      std::thread([] {
+        const RemovedOnInterruption late("late");
+        isRegistered = true;
+      }).detach();
+      std::this_thread::sleep_for(std::chrono::milliseconds(200));
+      _exit(isRegistered ? 1 : 0);
+    });
+    {
+      const RemovedOnInterruption early("early");
+    }
+    std::exit(2);
+  };
+  EXPECT_EXIT(ended(), testing::ExitedWithCode(0), "");
 }
 
 TEST(InterruptionsHeldDeathTest, DelaysASignalToTheEndOfTheScope) {

@@ -59,6 +59,9 @@ TEST_F(FromFile, EveryFormGivesTheSameVector) {
         printed({"render", "--shell"}), "# a comment\r\n\r\n" + json(words).dump() + "\r\n"}) {
     EXPECT_THAT(rendered(text), ElementsAre(valid)) << text;
   }
+  // A line of a document may be a document itself.
+  EXPECT_THAT(rendered("{\"orderedFlags\":\n[]\n, \"flagValueLookup\":\n  {\"-vn\": \"\"}\n}\n"),
+              ElementsAre(Words{"-vn", ""}));
   // The rejected entries of a store are kept.
   EXPECT_THAT(run({"explain", "--strict"}, store).errors, HasSubstr("line 1: \"-foo\": is not a flag"));
   EXPECT_EQ(json::parse(run({"parse"}, store).output), json::parse(store));
@@ -83,7 +86,7 @@ TEST_F(FromFile, ShellWordsAreSplitByQuotingAlone) {
       {"-out a\\\r\nb\r\n", {"-out", "ab"}},
       {"-out \"a\\\nb\"", {"-out", "ab"}},
       {"-out '' -web", {"-out", "", "-web", ""}},
-      {"-out a#b~=c[1]{d,e}?!", {"-out", "a#b~=c[1]{d,e}?!"}},
+      {"-out a#b~=c'[1]{d,e}?'!", {"-out", "a#b~=c[1]{d,e}?!"}},
       {"\t-out\t'$HOME/*;|&<>()'", {"-out", "$HOME/*;|&<>()"}},
       {"-out '\xff\xc3'", {"-out", "\xef\xbf\xbd\xef\xbf\xbd"}},  // JSON shows these so
   };
@@ -98,8 +101,11 @@ TEST_F(FromFile, RefusesWhatAShellWouldInterpret) {
     std::string says;
   } cases[] = {
       {"-out \"$HOME\"", "line 1, column 7: has an unquoted character that a shell would interpret: $; put it in"},
+      {"-clut /l/a?.cube", "has an unquoted character that a shell would interpret: ?"},
       {"-out \u00e9 `x`", "line 1, column 8: has an unquoted character that a shell would interpret: `;"},
       {"-out *.mov", "column 6"},
+      {"-out {a,b}.mov", "column 6"},
+      {"-out [ab].mov", "column 6"},
       {"-out a;b", "column 7"},
       {"\n-out a|b", "line 2, column 7"},
       {"-out a &", "column 8"},
@@ -233,6 +239,11 @@ TEST(StrictReading, FailsForWhateverWillNotBeUsed) {
       {{"-web", "yes"}, 1, "accepts no value"},
       {{"-vr"}, 1, "needs a value"},
       {{"-vr", "24", "-vr", "25"}, 1, "is repeated"},
+      {{"-preset", "fast", "-preset", "solvane_cloud"},
+       1,
+       "\"-preset\": is repeated, and the last value wins: previously"},
+      {{"-tc_custom", "01:00:00:00", "-tc_match"}, 1, "\"-tc_match\": is not used: the timecode is custom; remove"},
+      {{"-wmf_path", "/Looks/Logo.png"}, 1, "was written differently"},
       {{"-hello", "x"}, 1, "was accepted only because"},
       {{"-in", "x"}, 1, "is not an input file"},
       {{"-ac_omit", "x"}, 1, "leaves out no audio track"},

@@ -31,18 +31,18 @@ enum Status : int {
   /// A value does not fit ("rate abc", "set videoBitDepth=ten"), nothing was found or labelled, a check found
   /// something, or reading or writing failed.
   failed = 1,
-  /// The words are not a call: a subcommand, option, choice or property has an unknown name, a word is missing or
+  /// The command line is wrong: a subcommand, option, choice or property has an unknown name, a word is missing or
   /// unexpected, or options cannot be used together.
   wrongUsage = 2,
 };
 
-/// The words are not a call; ends the command with `wrongUsage`. The message must be safe for a terminal.
+/// The command line is wrong; ends the command with `wrongUsage`. The message must be safe for a terminal.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// The words are a call, but what it asks for failed; ends the command with `failed`.
+/// The command line is valid, but the command failed; ends the command with `failed`.
 class CommandError : public std::runtime_error {
  public:
   /// Takes a message that is safe for a terminal.
@@ -132,6 +132,8 @@ struct Subcommand {
   std::vector<Option> options = {};
   /// Names of options of which only one may be given.
   std::vector<std::string> exclusive = {};
+  /// Throws UsageError for names that are wrong whatever the words after "--" are; called before these are asked for.
+  std::function<void(const Arguments&)> checkNames = {};
   std::function<Status(const Arguments&)> action;
 
   /// Returns the name with which it is called: "parse", "lut info".

@@ -35,8 +35,7 @@ std::vector<Candidate> transcoderFlags() {
     // The prefixes are useless without numbers.
     if (flag.text == SAVInputPrefixFlag.rawValue()) text = "-in_0_0";
     if (flag.text == SAVAudioIgnoreTracksPrefixFlag.rawValue()) text = "-ac_omit_0";
-    const std::string_view meaning = flag.meaning.empty() ? propertiesOfFlag(flag.text).front()->meaning : flag.meaning;
-    flags.push_back({std::move(text), std::string(meaning)});
+    flags.push_back({std::move(text), std::string(meaningOfFlag(flag))});
   }
   return flags;
 }

@@ -31,8 +31,8 @@ class DescriptorProxy final : public OIIO::Filesystem::IOProxy {
   [[nodiscard]] const char* proxytype() const override { return "descriptor"; }
   std::size_t read(void* bytes, std::size_t count) override;
   std::size_t write(const void* bytes, std::size_t count) override;
-  std::size_t pread(void* bytes, std::size_t count, std::int64_t place) override;
-  std::size_t pwrite(const void* bytes, std::size_t count, std::int64_t place) override;
+  std::size_t pread(void* bytes, std::size_t count, std::int64_t offset) override;
+  std::size_t pwrite(const void* bytes, std::size_t count, std::int64_t offset) override;
   [[nodiscard]] std::size_t size() const override;
   void flush() const override;
   void close() override { flush(); }
@@ -41,14 +41,14 @@ class DescriptorProxy final : public OIIO::Filesystem::IOProxy {
   [[nodiscard]] int failure() const;
 
  private:
-  void writeThrough(const std::byte* bytes, std::size_t count, std::int64_t place) const;
+  void writeThrough(const std::byte* bytes, std::size_t count, std::int64_t offset) const;
   void flushLocked() const;
 
   int descriptor_;
   mutable std::mutex mutex_;
-  /// What `write` was given last, to be written at `bufferedPlace_`.
+  /// What `write` was given last, to be written at `bufferedOffset_`.
   mutable std::vector<std::byte> buffered_;
-  mutable std::int64_t bufferedPlace_ = 0;
+  mutable std::int64_t bufferedOffset_ = 0;
   mutable int failure_ = 0;
 };
 

@@ -11,7 +11,7 @@ std::string readExtension(std::string_view option, std::string_view value, std::
   const auto reject = [&](const std::string& why) {
     throw CommandError("--" + std::string(option) + " " + why + ": " + inQuotes(value));
   };
-  if (extension.empty() && !value.empty()) reject("has an empty extension beside a comma");
+  if (extension.empty() && !value.empty()) reject("has an empty extension; remove the extra comma");
   if (extension.starts_with('.')) extension.remove_prefix(1);
   if (extension.find('/') != std::string_view::npos) reject("must not contain a separator");
   return std::string(extension);

@@ -43,22 +43,22 @@ std::optional<TypeDesc> workingType(const ImageSpec& spec) {
 
 namespace {
 
-using Places = std::array<std::size_t, 3>;
+using ChannelIndices = std::array<std::size_t, 3>;
 
 /// The largest number of names that an error lists.
 constexpr std::size_t mostNames = 12;
 
-std::optional<Places> channelsOfLayer(const ImageSpec& spec, const std::string& layer) {
+std::optional<ChannelIndices> channelsOfLayer(const ImageSpec& spec, const std::string& layer) {
   const std::string prefix = layer.empty() ? "" : layer + ".";
   for (const std::array<std::string_view, 3>& names :
        {std::array<std::string_view, 3>{"R", "G", "B"}, std::array<std::string_view, 3>{"r", "g", "b"}}) {
-    Places places{};
+    ChannelIndices indices{};
     const bool allAre = std::ranges::all_of(std::views::iota(0U, 3U), [&](unsigned color) {
       const auto found = std::ranges::find(spec.channelnames, prefix + std::string(names[color]));
-      places[color] = static_cast<std::size_t>(found - spec.channelnames.begin());
+      indices[color] = static_cast<std::size_t>(found - spec.channelnames.begin());
       return found != spec.channelnames.end();
     });
-    if (allAre) return places;
+    if (allAre) return indices;
   }
   return std::nullopt;
 }
@@ -88,13 +88,13 @@ std::string quotedList(const std::vector<std::string>& names) {
 
 }  // namespace
 
-Places colorChannels(const ImageSpec& spec, const std::optional<std::string>& layer, const std::string& path) {
+ChannelIndices colorChannels(const ImageSpec& spec, const std::optional<std::string>& layer, const std::string& path) {
   const bool isNamed = layer && !layer->empty();
-  if (const auto places = channelsOfLayer(spec, layer.value_or("")); places && (isNamed || !layer)) return *places;
+  if (const auto indices = channelsOfLayer(spec, layer.value_or("")); indices && (isNamed || !layer)) return *indices;
   const std::vector<std::string> layers = colorLayers(spec);
-  const std::string known = layers.empty()       ? "it has no layer with channels R, G and B"
-                            : layers.size() == 1 ? "its layer with channels R, G and B is " + quotedList(layers)
-                                                 : "its layers with channels R, G and B are " + quotedList(layers);
+  std::string known = "it has no layer with channels R, G and B";
+  if (layers.size() == 1) known = "its layer with channels R, G and B is " + quotedList(layers);
+  if (layers.size() > 1) known = "its layers with channels R, G and B are " + quotedList(layers);
   if (isNamed) throwQuotedError(path, "has no layer " + inQuotes(*layer) + " with channels R, G and B; " + known);
   if (layer) throwQuotedError(path, "cannot be read: the name of the layer is empty; " + known);
   if (layers.empty()) {
@@ -154,12 +154,13 @@ class DpxHeader {
       throwImageError(path, "cannot be read: it ends within its header");
   }
 
-  /// Returns the unsigned number of `count` bytes at `place`; absent if all its bits are set, which means undefined.
-  [[nodiscard]] std::optional<std::uint64_t> number(std::size_t place, std::size_t count) const {
-    const bool isLittleEndian = bytes_[0] == 'X';
+  [[nodiscard]] bool isLittleEndian() const noexcept { return bytes_[0] == 'X'; }
+
+  /// Returns the unsigned number of `count` bytes at `offset`; absent if all its bits are set, which means undefined.
+  [[nodiscard]] std::optional<std::uint64_t> number(std::size_t offset, std::size_t count) const {
     std::uint64_t value = 0;
     for (std::size_t i = 0; i < count; ++i) {
-      const char byte = bytes_[place + (isLittleEndian ? count - 1 - i : i)];
+      const char byte = bytes_[offset + (isLittleEndian() ? count - 1 - i : i)];
       value = value << 8U | static_cast<unsigned char>(byte);
     }
     return value == (std::uint64_t{1} << 8U * count) - 1 ? std::nullopt : std::optional(value);
@@ -173,30 +174,39 @@ class DpxHeader {
 
 void checkDpx(const std::string& path) {
   const DpxHeader header(path);
-  const auto refuse = [&path](const std::string& why) { throwImageError(path, "cannot be read: " + why); };
+  const auto throwUnsupported = [&path](const std::string& why) { throwImageError(path, "cannot be read: " + why); };
   if (header.number(770, 2).value_or(1) > 1) throwImageError(path, "holds several images, which would not all be kept");
-  if (header.number(780, 4).value_or(0) != 0) refuse("DPX files of signed samples are not supported");
-  if (header.number(806, 2).value_or(0) != 0) refuse("run-length encoded DPX files are not supported");
+  if (header.number(780, 4).value_or(0) != 0) throwUnsupported("DPX files of signed samples are not supported");
+  if (header.number(806, 2).value_or(0) != 0) throwUnsupported("run-length encoded DPX files are not supported");
   constexpr std::uint64_t rgb = 50;
   constexpr std::uint64_t abgr = 52;
   const std::uint64_t descriptor = header.number(800, 1).value_or(0);
+  const std::uint64_t rows = header.number(776, 4).value_or(0);
+  if (rows == 0 || header.number(772, 4).value_or(0) == 0) throwImageError(path, "has no pixels");
+  if (header.number(768, 2).value_or(0) > 3) {
+    throwUnsupported("DPX files whose lines run from top to bottom are not supported");
+  }
   if (descriptor >= 1 && descriptor <= 9) throwImageError(path, "has 1 channel; a LUT needs red, green and blue");
   if (descriptor < rgb || descriptor > abgr) {
-    refuse("only DPX files of RGB, RGBA and ABGR are supported; its image descriptor is " + std::to_string(descriptor));
+    throwUnsupported("only DPX files of RGB, RGBA and ABGR are supported; its image descriptor is " +
+                     std::to_string(descriptor));
   }
   const std::uint64_t channels = descriptor == rgb ? 3 : 4;
   const std::uint64_t bits = header.number(803, 1).value_or(0);
   const bool isPadded = bits == 10 || bits == 12;
-  if (!isPadded && bits != 8 && bits != 16 && bits != 32 && bits != 64) {
-    refuse("DPX files of " + std::to_string(bits) + " bits per sample are not supported");
+  if (!isPadded && bits != 8 && bits != 16 && bits != 32) {
+    throwUnsupported("a DPX bit depth of " + std::to_string(bits) + " is not supported; expected 8, 10, 12, 16 or 32");
   }
   const std::uint64_t packing = header.number(804, 2).value_or(0);
-  if (isPadded && packing > 2) refuse("its packing of samples is not supported (" + std::to_string(packing) + ")");
+  if (isPadded && packing > 2)
+    throwUnsupported("its packing of samples is not supported (" + std::to_string(packing) + ")");
   const std::uint64_t rowSamples = header.number(772, 4).value_or(0) * channels;
   const bool isFilled = isPadded && packing != 0;
   // OpenImageIO loses the last sample of each row.
   if (isFilled && bits == 10 && rowSamples % 3 == 1) {
-    refuse("DPX files of 10 bits, 4 channels and this width are only supported if they are packed");
+    throwUnsupported(
+        "10-bit DPX with alpha is not supported at this width unless its samples are packed; export it packed or with "
+        "16 bits");
   }
   std::uint64_t rowBytes = (rowSamples * bits + 31) / 32 * 4;
   if (!isPadded) rowBytes = rowSamples * bits / 8;
@@ -205,9 +215,17 @@ void checkDpx(const std::string& path) {
   const std::uint64_t offset = header.number(808, 4).value_or(header.number(4, 4).value_or(0));
   std::error_code error;
   const std::uint64_t size = std::filesystem::file_size(path, error);
-  if (error) refuse(error.message());
-  const std::uint64_t rows = header.number(776, 4).value_or(0);
-  if (size < offset || (rowBytes != 0 && (size - offset) / rowBytes < rows)) refuse("it ends before its last row");
+  if (error) throwImageError(path, "cannot be read: " + error.message());
+  // OpenImageIO reserves memory for the user's data before it looks for them.
+  constexpr std::uint64_t headerBytes = 2048;
+  if (header.number(32, 4).value_or(0) > std::max(size, headerBytes) - headerBytes) {
+    throwImageError(path, "cannot be read: it ends before its user data do");
+  }
+  if (size < offset || (rowBytes != 0 && (size - offset) / rowBytes < rows)) {
+    throwImageError(path, "cannot be read: it ends before its last row");
+  }
 }
+
+std::string dpxByteOrder(const std::string& path) { return DpxHeader(path).isLittleEndian() ? "little" : "big"; }
 
 }  // namespace meridian::command

@@ -40,8 +40,12 @@ void checkIsAlone(OIIO::ImageInput& input, const std::string& path);
 /// Throws CommandError for samples, channels and kinds of image that are not supported.
 void checkSamples(const OIIO::ImageSpec& spec, const std::string& path);
 
-/// Throws CommandError for DPX files that end early and for kinds of DPX that OpenImageIO reads wrongly or changes: it
-/// would not notice. To be called before it opens the file.
+/// Throws CommandError for DPX files that end early, and for kinds that OpenImageIO misreads without an error. Call it
+/// before OpenImageIO opens the file.
 void checkDpx(const std::string& path);
+
+/// Returns the byte order of a DPX file as OpenImageIO's writer wants it, "big" or "little", which its reader does not
+/// tell.
+[[nodiscard]] std::string dpxByteOrder(const std::string& path);
 
 }  // namespace meridian::command

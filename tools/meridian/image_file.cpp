@@ -64,9 +64,9 @@ bool isLossyCompression(std::string_view compression) {
   return std::ranges::find(lossy, compression.substr(0, compression.find(':'))) != lossy.end();
 }
 
-/// Returns the file's first bytes, at most `imageBeginningBytes`.
-std::string beginningOf(const std::string& path) {
-  std::string bytes(imageBeginningBytes, '\0');
+/// Returns the file's first bytes, at most `signatureBytes`.
+std::string firstBytesOf(const std::string& path) {
+  std::string bytes(signatureBytes, '\0');
   std::ifstream file(path, std::ios::binary);
   if (!file) throwImageError(path, "cannot be opened: " + std::generic_category().message(errno));
   file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
@@ -80,9 +80,9 @@ const ImageFormat& inputFormat(const std::string& path) {
   const auto status = std::filesystem::status(path, error);
   if (!std::filesystem::exists(status)) throwImageError(path, "cannot be read: " + error.message());
   if (!std::filesystem::is_regular_file(status)) throwImageError(path, "is not a regular file");
-  if (const ImageFormat* const format = imageFormatOfContents(beginningOf(path))) return *format;
+  if (const ImageFormat* const format = imageFormatOfSignature(firstBytesOf(path))) return *format;
   const ImageFormat* const named = imageFormatOfExtension(pathExtension(path));
-  if (named != nullptr && named->beginnings[0].empty()) return *named;
+  if (named != nullptr && named->signatures[0].empty()) return *named;
   throwImageError(path, "is not an image of a supported format; supported are " + imageFormatNames(false));
 }
 
@@ -98,21 +98,31 @@ struct Difference {
   [[nodiscard]] bool isLarge() const { return sum > scale / 5; }
 };
 
-template <typename Sample>
-Difference differenceOf(std::span<const Sample> written, std::span<const Sample> read) {
+/// Compares code values, of which the lowest `shift` bits of a sample are not part.
+template <std::unsigned_integral Sample>
+Difference differenceOf(std::span<const Sample> written, std::span<const Sample> read, int shift) {
   Difference difference;
   for (std::size_t i = 0; i < written.size(); ++i) {
-    const Sample from = written[i];
-    const Sample to = read[i];
-    bool isEqual = from == to;
-    if constexpr (std::same_as<Sample, float>) {
-      isEqual |= std::isnan(from) && std::isnan(to);
-      difference.scale += std::isfinite(from) ? std::abs(double{from}) : 0;
-    } else {
-      difference.scale += std::numeric_limits<Sample>::max();
-    }
+    const int distance = std::abs((written[i] >> shift) - (read[i] >> shift));
+    difference.isAny |= distance != 0;
+    difference.sum += distance;
+    difference.scale += std::numeric_limits<Sample>::max() >> shift;
+  }
+  return difference;
+}
+
+/// Compares samples in floating point. In lossy formats, infinity and NaN may be stored as any value.
+Difference differenceOf(std::span<const float> written, std::span<const float> read) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  Difference difference;
+  for (std::size_t i = 0; i < written.size(); ++i) {
+    const double from = written[i];
+    const double to = read[i];
+    const bool isEqual = from == to || (std::isnan(from) && std::isnan(to));
     difference.isAny |= !isEqual;
-    if (!isEqual) difference.sum += std::abs(static_cast<double>(from) - static_cast<double>(to));
+    if (!std::isfinite(from)) continue;
+    difference.scale += std::abs(from);
+    difference.sum += std::isfinite(to) ? std::abs(from - to) : infinity;
   }
   return difference;
 }
@@ -135,7 +145,8 @@ class OpenImageIoFile final : public ImageFile {
   [[nodiscard]] std::optional<int> bitDepth() const noexcept override {
     return type_ == TypeDesc::FLOAT ? std::nullopt : std::optional(bits_);
   }
-  void beginWriting(int descriptor, const std::string& path, const std::string& name) override;
+  void beginWriting(int descriptor, const std::string& path, const std::string& name,
+                    const ImageFormat& format) override;
   void read(const Progress& progress) override;
   void changeColors(const Change& change, const Progress& progress) override;
   void write(const Progress& progress) override;
@@ -149,8 +160,8 @@ class OpenImageIoFile final : public ImageFile {
   void checkIsWhole(const Progress& progress);
   template <typename Sample>
   void checkRows(ImageInput& input, std::size_t first, std::size_t count) const;
-  template <typename Sample>
-  [[nodiscard]] std::vector<Sample> asStored(std::span<const Sample> samples) const;
+  [[nodiscard]] bool storesHalf() const;
+  [[nodiscard]] std::vector<float> asStored(std::span<const float> samples) const;
   [[nodiscard]] bool isLossless() const;
   void checkIsStorable() const;
   [[noreturn]] void throwDoesNotHold(const std::string& what) const;
@@ -158,8 +169,8 @@ class OpenImageIoFile final : public ImageFile {
   [[nodiscard]] bool keepsChannels() const;
   [[nodiscard]] bool keepsSamples() const;
   template <typename Sample>
-  [[nodiscard]] Sample* row(std::size_t place) const {
-    return reinterpret_cast<Sample*>(samples_.get()) + place * width() * channelCount();
+  [[nodiscard]] Sample* row(std::size_t index) const {
+    return reinterpret_cast<Sample*>(samples_.get()) + index * width() * channelCount();
   }
   template <typename Sample>
   void changeAs(const Change& change, const Progress& progress);
@@ -245,35 +256,36 @@ void OpenImageIoFile::changeAs(const Change& change, const Progress& progress) {
 
 OpenImageIoFile::OpenImageIoFile(const std::string& path, const std::optional<std::string>& layer) : path_(path) {
   const ImageFormat& format = inputFormat(path);
-  if (format.library == "dpx") checkDpx(path);
+  if (format.formatName == "dpx") checkDpx(path);
   ImageSpec wishes;
   // Otherwise colours would be multiplied by alpha when read and divided again when written.
   wishes.attribute("oiio:UnassociatedAlpha", 1);
-  input_ = ImageInput::create(std::string(format.library));
+  input_ = ImageInput::create(std::string(format.formatName));
   if (!input_) throwImageError(path, "cannot be read: " + asLine(OIIO::geterror()));
   if (!input_->open(path, spec_, wishes)) {
     throwImageError(path, std::string("is not a ") + std::string(format.name) +
                               " image that can be read: " + asLine(input_->geterror()));
   }
   checkIsAlone(*input_, path);
-  // Not every reader finds back to the first image, of those that can hold several.
+  // Some readers cannot return to the first image, so the file is opened again.
   if (!input_->open(path, spec_, wishes)) throwImageError(path, "cannot be read: " + asLine(input_->geterror()));
   checkSamples(spec_, path);
-  if (format.library == "webp" && spec_.nchannels > 3) {
+  if (format.formatName == "webp" && spec_.nchannels > 3) {
     throwImageError(path, "has alpha, which the WebP reader multiplies into the colours; not supported");
   }
+  if (format.formatName == "dpx") spec_.attribute("oiio:Endian", dpxByteOrder(path));
   type_ = *workingType(spec_);
   channels_ = colorChannels(spec_, layer, path);
   bits_ = codeValueBits(spec_);
   if (type_ == TypeDesc::FLOAT) bits_ = ImageView<float>::sampleBits;
 }
 
-void OpenImageIoFile::beginWriting(int descriptor, const std::string& path, const std::string& name) {
+void OpenImageIoFile::beginWriting(int descriptor, const std::string& path, const std::string& name,
+                                   const ImageFormat& format) {
   outputPath_ = path;
   outputName_ = name;
-  outputFormat_ = imageFormatOfExtension(pathExtension(name));
-  if (outputFormat_ == nullptr || !outputFormat_->storage) throwOutputError("its format is not supported");
-  output_ = ImageOutput::create(std::string(outputFormat_->library));
+  outputFormat_ = &format;
+  output_ = ImageOutput::create(std::string(outputFormat_->formatName));
   if (!output_) throwOutputError(asLine(OIIO::geterror()));
   const ImageSpec wanted = outputSpec(spec_, *output_);
   // Before the writer is open: some terminate the process or print messages of their own.
@@ -282,8 +294,9 @@ void OpenImageIoFile::beginWriting(int descriptor, const std::string& path, cons
   if (!keepsSamples()) throwDoesNotHold(samples);
   written_.emplace(descriptor, name);
   // The TIFF writer reads what it has written, which it does not do through a proxy; it notices failures by itself.
-  const bool isByPath = outputFormat_->library == "tiff";
-  if (!isByPath && !output_->set_ioproxy(&*written_)) throwOutputError("its writer is too old");
+  const bool isByPath = outputFormat_->formatName == "tiff";
+  if (!isByPath && !output_->set_ioproxy(&*written_))
+    throwOutputError("this OpenImageIO cannot write it to an open file; update OpenImageIO");
   if (!output_->open(isByPath ? path : name, wanted)) throwOutputError(asLine(output_->geterror()));
   if (output_->spec().nchannels != wanted.nchannels) {
     throwDoesNotHold("the " + std::to_string(wanted.nchannels) + " channels");
@@ -327,7 +340,7 @@ void OpenImageIoFile::write(const Progress& progress) {
 
 /// The HDR writer stores something else for negative and infinite samples and for NaN, without an error.
 void OpenImageIoFile::checkIsStorable() const {
-  if (outputFormat_->library != "hdr") return;
+  if (outputFormat_->formatName != "hdr") return;
   const std::span samples(row<float>(0), width() * height() * channelCount());
   if (std::ranges::any_of(samples, [](float sample) { return !(sample >= 0) || !std::isfinite(sample); })) {
     throwOutputError("HDR files do not hold negative or infinite samples or NaN, which this image has");
@@ -340,25 +353,26 @@ bool OpenImageIoFile::isLossless() const {
   }
   // Colours that alpha was multiplied into are divided again where a format wants them so, and then truncated.
   const bool isDivided = spec_.alpha_channel >= 0 && spec_.get_int_attribute("oiio:UnassociatedAlpha") == 0 &&
-                         (outputFormat_->library == "png" || outputFormat_->library == "targa");
+                         (outputFormat_->formatName == "png" || outputFormat_->formatName == "targa");
   return !isDivided;
 }
 
+bool OpenImageIoFile::storesHalf() const {
+  const ImageSpec& spec = output_->spec();
+  return spec.format == TypeDesc::HALF ||
+         std::ranges::find(spec.channelformats, TypeDesc(TypeDesc::HALF)) != spec.channelformats.end();
+}
+
 /// Returns the samples as the file holds them: half where its channel is half.
-template <typename Sample>
-std::vector<Sample> OpenImageIoFile::asStored(std::span<const Sample> samples) const {
-  std::vector<Sample> stored(samples.begin(), samples.end());
-  if constexpr (std::same_as<Sample, float>) {
-    const ImageSpec& spec = output_->spec();
-    std::vector<std::uint16_t> halves(samples.size());
-    std::vector<float> rounded(samples.size());
-    OIIO::convert_pixel_values(TypeDesc::FLOAT, samples.data(), TypeDesc::HALF, halves.data(),
-                               static_cast<int>(samples.size()));
-    OIIO::convert_pixel_values(TypeDesc::HALF, halves.data(), TypeDesc::FLOAT, rounded.data(),
-                               static_cast<int>(samples.size()));
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-      if (spec.channelformat(static_cast<int>(i % channelCount())) == TypeDesc::HALF) stored[i] = rounded[i];
-    }
+std::vector<float> OpenImageIoFile::asStored(std::span<const float> samples) const {
+  const ImageSpec& spec = output_->spec();
+  const int count = static_cast<int>(samples.size());
+  std::vector<std::uint16_t> halves(samples.size());
+  std::vector<float> stored(samples.size());
+  OIIO::convert_pixel_values(TypeDesc::FLOAT, samples.data(), TypeDesc::HALF, halves.data(), count);
+  OIIO::convert_pixel_values(TypeDesc::HALF, halves.data(), TypeDesc::FLOAT, stored.data(), count);
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    if (spec.channelformat(static_cast<int>(i % channelCount())) != TypeDesc::HALF) stored[i] = samples[i];
   }
   return stored;
 }
@@ -375,25 +389,23 @@ void OpenImageIoFile::checkRows(ImageInput& input, std::size_t first, std::size_
                                              spec.nchannels, type_, read.data())
                           : input.read_scanlines(0, 0, begin, end, spec.z, 0, spec.nchannels, type_, read.data());
   if (!isRead || input.has_error()) throwOutputError("it cannot be read back: " + asLine(input.geterror()));
-  std::vector<Sample> written = asStored(std::span<const Sample>(row<Sample>(first), read.size()));
-  // Readers spread fewer bits over a sample in ways that differ in the last one, so the code values are compared.
+  const std::span<const Sample> written(row<Sample>(first), read.size());
+  Difference difference;
   if constexpr (ImageView<Sample>::hasCodeValues) {
-    const int shift = ImageView<Sample>::sampleBits - codeValueBits(spec);
-    if (codeValueBits(spec) == bits_ && shift > 0) {
-      for (std::vector<Sample>* const samples : {&written, &read}) {
-        for (Sample& sample : *samples) sample = static_cast<Sample>(sample >> shift);
-      }
-    }
+    // Readers spread fewer bits over a sample in ways that differ in the last one, so the code values are compared.
+    const int shift = codeValueBits(spec) == bits_ ? ImageView<Sample>::sampleBits - bits_ : 0;
+    difference = differenceOf<Sample>(written, read, shift);
+  } else {
+    difference = storesHalf() ? differenceOf(asStored(written), read) : differenceOf(written, read);
   }
-  const Difference difference = differenceOf<Sample>(written, read);
   if (isLossless() ? difference.isAny : difference.isLarge()) {
-    throwOutputError("it reads back with other samples than were written");
+    throwOutputError("the written file differs from the result; check the volume, or write another format");
   }
 }
 
 /// Reads the written file back, since not every writer notices that something was not stored.
 void OpenImageIoFile::checkIsWhole(const Progress& progress) {
-  const auto input = ImageInput::create(std::string(outputFormat_->library));
+  const auto input = ImageInput::create(std::string(outputFormat_->formatName));
   if (!input) throwOutputError("it cannot be read back");
   ImageSpec wishes;
   wishes.attribute("oiio:UnassociatedAlpha", spec_.get_int_attribute("oiio:UnassociatedAlpha"));
@@ -427,8 +439,8 @@ void OpenImageIoFile::throwDoesNotHold(const std::string& what) const {
 
 /// Throws CommandError with the file's own name in place of the one at which it is open.
 void OpenImageIoFile::throwOutputError(std::string why) const {
-  for (std::size_t place = why.find(outputPath_); place != std::string::npos; place = why.find(outputPath_)) {
-    why.replace(place, outputPath_.size(), outputName_);
+  for (std::size_t position = why.find(outputPath_); position != std::string::npos; position = why.find(outputPath_)) {
+    why.replace(position, outputPath_.size(), outputName_);
   }
   throwImageError(outputName_, "cannot be written: " + why);
 }
@@ -451,10 +463,10 @@ bool OpenImageIoFile::keepsSamples() const {
 extern "C" const ImageFileModule* meridianImageFileModule() {
   static constexpr ImageFileModule module{
       [](unsigned threads) {
-        const int most = static_cast<int>(std::min(threads, 1024U));
-        OIIO::attribute("threads", most);
+        const int count = static_cast<int>(threads);
+        OIIO::attribute("threads", count);
         // With a pool of one thread, images would wait for each other; -1 is no pool.
-        OIIO::attribute("exr_threads", most == 1 ? -1 : most);
+        OIIO::attribute("exr_threads", count == 1 ? -1 : count);
       },
       [](const std::string& path, const std::optional<std::string>& layer) -> std::unique_ptr<ImageFile> {
         return std::make_unique<OpenImageIoFile>(path, layer);

@@ -3,7 +3,7 @@
 /// example:
 ///
 ///     const auto image = module.open("in.dpx", std::nullopt);
-///     image->beginWriting(replacement.descriptor(), replacement.path(), "out.dpx");
+///     image->beginWriting(replacement.descriptor(), replacement.path(), "out.dpx", *imageFormatOfExtension("dpx"));
 ///     image->read(progress);
 ///     image->changeColors(change, progress);
 ///     image->write(progress);
@@ -18,6 +18,7 @@
 #include <variant>
 
 #include "meridian/lut/image_view.h"
+#include "tools/meridian/image_format.h"
 
 namespace meridian::command {
 
@@ -43,9 +44,10 @@ class ImageFile {
   /// Returns the bit depth of the code values; absent for floating point.
   [[nodiscard]] virtual std::optional<int> bitDepth() const noexcept = 0;
 
-  /// Begins to write to an open, empty file, which can also be opened at `path`. `name` is what messages call it, and
-  /// its extension decides the format. Throws CommandError if that format cannot hold the samples.
-  virtual void beginWriting(int descriptor, const std::string& path, const std::string& name) = 0;
+  /// Begins to write to an open, empty file, which can also be opened at `path`. `name` is what messages call it. The
+  /// format is one with a storage. Throws CommandError if it cannot hold the samples.
+  virtual void beginWriting(int descriptor, const std::string& path, const std::string& name,
+                            const ImageFormat& format) = 0;
 
   virtual void read(const Progress& progress) = 0;
 
@@ -59,8 +61,8 @@ class ImageFile {
 /// The functions of the module of image files. It is a module of its own because OpenImageIO needs a third of a second
 /// to load, which no other subcommand should pay for.
 struct ImageFileModule {
-  /// Says how many threads compress and decompress each image: 0 means as many as the machine runs at once, 1 that this
-  /// is left to the threads that call. To be called once, before any image is opened.
+  /// Sets how many threads compress and decompress, all images together, from 1 to 1024. With 1, the threads that read
+  /// and write do it. Call it once, before any image is opened.
   void (*useThreads)(unsigned threads);
 
   /// Opens the file, whose first bytes decide the format. The colours are its channels R, G and B, or those of the

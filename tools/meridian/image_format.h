@@ -2,7 +2,7 @@
 /// The image formats that are read and written. For example:
 ///
 ///     imageFormatOfExtension("TIF")->name;              // TIFF
-///     imageFormatOfContents("\x89PNG\r\n\x1a\n")->name;  // PNG
+///     imageFormatOfSignature("\x89PNG\r\n\x1a\n")->name;  // PNG
 #pragma once
 
 #include <algorithm>
@@ -32,11 +32,11 @@ struct ImageFormat {
   /// What people call it.
   std::string_view name;
   /// What OpenImageIO calls its reader and writer.
-  std::string_view library;
-  /// Those under which it is written, in lower case.
+  std::string_view formatName;
+  /// File extensions, in lower case.
   std::array<std::string_view, 2> extensions{};
-  /// How its files begin; "_" is any byte. A format without any is recognised by its extension.
-  std::array<std::string_view, 8> beginnings{};
+  /// The first bytes of its files; "_" is any byte. A format without any is recognised by its extension.
+  std::array<std::string_view, 8> signatures{};
   /// Absent if it is only read.
   std::optional<ImageStorage> storage;
 };
@@ -64,8 +64,8 @@ inline constexpr auto imageFormats = std::to_array<ImageFormat>({
      ImageStorage{true, false, false, 3}},
 });
 
-/// The most bytes that a file's beginning is recognised by.
-inline constexpr std::size_t imageBeginningBytes = 16;
+/// As many bytes as the longest signature needs.
+inline constexpr std::size_t signatureBytes = 16;
 
 /// Returns the format of an extension, of any case; null if there is none.
 [[nodiscard]] constexpr const ImageFormat* imageFormatOfExtension(std::string_view extension) noexcept {
@@ -78,15 +78,15 @@ inline constexpr std::size_t imageBeginningBytes = 16;
   return found == imageFormats.end() ? nullptr : &*found;
 }
 
-/// Returns the format of a file that begins with these bytes; null if no format begins like this.
-[[nodiscard]] constexpr const ImageFormat* imageFormatOfContents(std::string_view bytes) noexcept {
-  const auto isBeginning = [bytes](std::string_view each) {
+/// Returns the format of a file that begins with these bytes; null if they are not the signature of one.
+[[nodiscard]] constexpr const ImageFormat* imageFormatOfSignature(std::string_view bytes) noexcept {
+  const auto isSignature = [bytes](std::string_view each) {
     return !each.empty() && bytes.size() >= each.size() &&
            std::ranges::equal(each, bytes.substr(0, each.size()),
                               [](char wanted, char byte) { return wanted == '_' || wanted == byte; });
   };
   const auto found = std::ranges::find_if(
-      imageFormats, [&](const ImageFormat& format) { return std::ranges::any_of(format.beginnings, isBeginning); });
+      imageFormats, [&](const ImageFormat& format) { return std::ranges::any_of(format.signatures, isSignature); });
   return found == imageFormats.end() ? nullptr : &*found;
 }
 

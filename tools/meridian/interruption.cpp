@@ -15,12 +15,13 @@ namespace {
 /// The signals by which a user or the system ends a process.
 constexpr std::array endings{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
-/// Further signals that end a process: limits, pipes, and faults of the program.
+/// Further signals that end a process: limits, pipes and crashes.
 constexpr std::array otherEndings{SIGPIPE, SIGXFSZ, SIGXCPU, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL};
 
 }  // namespace
 
-/// A path, in memory that a signal handler may read at any time: slots are used again, but never freed.
+/// A path, in memory that a signal handler may read at any time: slots are never freed, and reused only until the
+/// process begins to end.
 struct RemovedOnInterruption::Slot {
   std::array<char, 4096> path{};
   std::atomic<bool> isTaken{true};
@@ -31,10 +32,13 @@ struct RemovedOnInterruption::Slot {
 
 struct RemovedOnInterruption::Slots {
   static constinit std::atomic<Slot*> first;
+  /// Set before the first file is removed.
+  static constinit std::atomic<bool> isEnding;
 
   static Slot* taken() {
     for (Slot* slot = first; slot != nullptr; slot = slot->next) {
-      if (!slot->isTaken.exchange(true)) return slot;
+      // Once the process is ending, the handler may still read the path that the slot had.
+      if (!slot->isTaken.exchange(true) && !isEnding) return slot;
     }
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): kept for the rest of the process
     auto* const slot = new Slot;
@@ -45,6 +49,7 @@ struct RemovedOnInterruption::Slots {
   }
 
   static void removeFiles() {
+    isEnding = true;
     for (Slot* slot = first; slot != nullptr; slot = slot->next) {
       if (slot->isSet) unlink(slot->path.data());
     }
@@ -75,6 +80,7 @@ struct RemovedOnInterruption::Slots {
 };
 
 constinit std::atomic<RemovedOnInterruption::Slot*> RemovedOnInterruption::Slots::first{};
+constinit std::atomic<bool> RemovedOnInterruption::Slots::isEnding{};
 
 RemovedOnInterruption::RemovedOnInterruption(const std::string& path) : slot_(Slots::taken()) {
   static std::once_flag listens;
@@ -82,6 +88,8 @@ RemovedOnInterruption::RemovedOnInterruption(const std::string& path) : slot_(Sl
   if (path.size() >= slot_->path.size()) return;
   *std::ranges::copy(path, slot_->path.begin()).out = '\0';
   slot_->isSet = true;
+  // What is created from now on might not be removed.
+  while (Slots::isEnding) pause();
 }
 
 RemovedOnInterruption::~RemovedOnInterruption() {

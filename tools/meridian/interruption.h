@@ -11,12 +11,14 @@
 
 namespace meridian::command {
 
-/// Removes a file if the process ends early while this object exists: by a signal (also one for a fault of the program,
-/// such as SIGSEGV), an abort or an exit. The process then ends as it would have, with the same status. Several threads
+/// Removes a file if the process ends early while this object exists: by a signal (also one for a crash, such as
+/// SIGSEGV), an abort or an exit. The process then ends as it would have, with the same status. Several threads
 /// may have one each. SIGKILL cannot be handled; nor can a stack overflow.
 class RemovedOnInterruption {
  public:
-  /// Registers a path; one of 4096 bytes or more, which no file has, is ignored.
+  /// Registers a path; one of 4096 bytes or more, which no file has, is ignored. Call it before the file is created.
+  /// Does not return if the process is already ending on another thread. A file that is created in the very moment in
+  /// which that begins may stay.
   explicit RemovedOnInterruption(const std::string& path);
   RemovedOnInterruption(const RemovedOnInterruption&) = delete;
   RemovedOnInterruption& operator=(const RemovedOnInterruption&) = delete;

@@ -63,8 +63,9 @@ void printJson(const Json& document, JsonForm form) {
   std::cout << document.dump(indentation, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
-Json asJson(const TranscodeCliArguments& store) {
+Json storeAsJson(const TranscodeCliArguments& store) {
   const auto valid = [](const std::string& text) {
+    if (isValidUtf8(text)) return text;
     return Json::parse(Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
   };
   const auto validTexts = [&valid](const TextDictionary& dictionary) {

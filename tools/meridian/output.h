@@ -36,7 +36,7 @@ void warnOfInvalidPath(std::string_view path);
 enum class JsonForm : std::uint8_t { indented, oneLine };
 
 /// Encodes the store; U+FFFD replaces bytes that are not valid UTF-8, of which `warnOfInvalidText` warns.
-[[nodiscard]] Json asJson(const TranscodeCliArguments& store);
+[[nodiscard]] Json storeAsJson(const TranscodeCliArguments& store);
 
 /// Writes the document and a newline to standard output. Bytes that are not valid UTF-8 become U+FFFD.
 void printJson(const Json& document, JsonForm form = JsonForm::indented);

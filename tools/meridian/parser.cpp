@@ -277,6 +277,7 @@ Parsed parseWords(std::span<const Subcommand> subcommands, std::span<const std::
 
   parsed.subcommand = chosen();
   if (parsed.subcommand == nullptr) throw UsageError("no subcommand is given" + see());
+  if (parsed.subcommand->checkNames) parsed.subcommand->checkNames(parsed.arguments);
   const bool takesWords = parsed.subcommand->takesWordsWith(parsed.arguments);
   if (takesWords && !hasWords) throw UsageError(wordsHint(*parsed.subcommand) + see());
   try {

@@ -28,7 +28,7 @@ MediaRational readRational(std::string_view text, double& number) {
   const auto read = doubleFromText(text);
   if (!read) reject(text, "; expected a number (23.976) or a ratio (24000/1001)");
   number = *read;
-  // Only 0 has no rational apart from the numbers that are rejected anyway.
+  // 0 has no MediaRational; other numbers without one are rejected by the caller.
   return MediaRational::fromRawValue(number).value_or(MediaRational{0, 1});
 }
 

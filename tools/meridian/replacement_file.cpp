@@ -61,8 +61,8 @@ constexpr mode_t newFile = 0666;
 
 /// Returns the descriptor of a file without a name, and -1 where the system does not have such files.
 int openedWithoutName(const fs::path& target) {
-  const fs::path folder = target.parent_path();
-  const int file = open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, newFile);
+  const fs::path directory = target.parent_path();
+  const int file = open(directory.empty() ? "." : directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, newFile);
   // Without /proc it could not be given a name.
   if (file >= 0 && access(("/proc/self/fd/" + std::to_string(file)).c_str(), F_OK) != 0) {
     close(file);
@@ -99,11 +99,14 @@ void ReplacementFile::replace() {
   // Not every file system has permissions.
   if (stat(target_.c_str(), &old) == 0) static_cast<void>(fchmod(descriptor_, old.st_mode & 07777U));
   if (hidden_.empty()) {
-    hidden_ = hiddenName(target_);
-    removal_ = std::make_unique<RemovedOnInterruption>(hidden_);
-    if (linkat(AT_FDCWD, opened_.c_str(), AT_FDCWD, hidden_.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+    // Until the link exists, the name may be that of another file, which has to stay.
+    std::string name = hiddenName(target_);
+    auto removal = std::make_unique<RemovedOnInterruption>(name);
+    if (linkat(AT_FDCWD, opened_.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
       throwWriteError(target_, systemText(errno));
     }
+    hidden_ = std::move(name);
+    removal_ = std::move(removal);
   }
   const int file = std::exchange(descriptor_, -1);
   if (close(file) != 0) throwWriteError(target_, systemText(errno));

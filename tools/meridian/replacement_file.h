@@ -23,6 +23,7 @@ class ReplacementFile {
   enum class Unfinished { withoutName, hidden };
 
   /// Throws CommandError if no file can be created there, or if `path` is something other than a writable file.
+  /// `preferred` is for tests: file systems without nameless files get a hidden one anyway.
   explicit ReplacementFile(const std::string& path, Unfinished preferred = Unfinished::withoutName);
   ReplacementFile(const ReplacementFile&) = delete;
   ReplacementFile& operator=(const ReplacementFile&) = delete;

@@ -6,7 +6,7 @@ namespace meridian::command {
 namespace {
 
 /// Characters by which a shell expands, runs or redirects, wherever they are.
-constexpr std::string_view activeCharacters = "$`*;|&<>()";
+constexpr std::string_view activeCharacters = "$`*?[{;|&<>()";
 /// Characters that a shell interprets at the beginning of a word: a comment and a home directory.
 constexpr std::string_view activeFirstCharacters = "#~";
 /// In double quotes a backslash escapes these and a newline; before any other character it is itself.

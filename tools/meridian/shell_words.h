@@ -36,7 +36,7 @@ struct ShellLine {
 };
 
 /// Reads a text line by line. Blank lines and lines whose first word begins with an unquoted "#" are skipped. A line
-/// may end with CRLF. Bytes that are not valid UTF-8 are kept. Takes time in proportion to the text.
+/// may end with CRLF. Bytes that are not valid UTF-8 are kept. O(n).
 class ShellReader {
  public:
   /// The text must outlive the reader.
@@ -44,7 +44,7 @@ class ShellReader {
 
   [[nodiscard]] bool atEnd() const noexcept { return place_ >= text_.size(); }
 
-  /// Reads the next line; must not be called at the end. After an error the line after the faulty one is next. If a
+  /// Reads the next line; must not be called at the end. After an error reading continues on the line after it. If a
   /// quotation that contains newlines is not closed, the line after its first is next, and no later one may contain a
   /// newline.
   [[nodiscard]] Expected<ShellLine, VectorInputError> read();

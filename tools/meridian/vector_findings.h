@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "meridian/cli/transcode_explanation.h"
+#include "tools/meridian/command.h"
 
 namespace meridian::command {
 
@@ -23,6 +24,9 @@ enum class Findings : std::uint8_t {
 
 /// Writes a line for each finding to standard error; `place` begins each message. Returns true if there is any.
 bool reportFindings(const TranscodeExplanation& explanation, std::string_view place, Findings findings);
+
+/// The option --strict, with which `Findings::all` are reported and fail the subcommand.
+[[nodiscard]] Option strictOption();
 
 /// Warns on standard error of each value that a reader of the store's rendered vector gets differently.
 void warnOfReadingBack(const TranscodeCliArguments& store, std::string_view place);

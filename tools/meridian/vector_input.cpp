@@ -96,21 +96,22 @@ bool isJsonLines(std::string_view text) {
 
 ReadVectors vectorsOfJson(std::string_view text) {
   ReadVectors vectors;
-  if (isJsonLines(text)) {
+  std::string_view document;
+  std::size_t first = 1;
+  forEachLine(text, [&](std::string_view line, std::size_t number) {
+    document = text.substr(static_cast<std::size_t>(line.data() - text.data()));
+    first = number;
+    return false;
+  });
+  // A line of a document that spans several may be a document itself.
+  if (!Json::accept(document) && isJsonLines(text)) {
     forEachLine(text, [&vectors](std::string_view line, std::size_t number) {
       vectors.emplace_back(vectorOfJson(line, number));
       return true;
     });
     return vectors;
   }
-  // One document, after comments perhaps.
-  std::size_t first = 1;
-  forEachLine(text, [&](std::string_view line, std::size_t number) {
-    text.remove_prefix(static_cast<std::size_t>(line.data() - text.data()));
-    first = number;
-    return false;
-  });
-  vectors.emplace_back(vectorOfJson(text, first));
+  vectors.emplace_back(vectorOfJson(document, first));
   return vectors;
 }
 
@@ -156,9 +157,9 @@ Expected<std::string, VectorInputError> contentsOfStream(std::istream& stream, c
     contents.append(buffer.data(), static_cast<std::size_t>(stream.gcount()));
     if (contents.size() > largestInput) return Unexpected(VectorInputError{{InputCode::tooLarge, name}});
   }
-  if (stream.bad() || errno != 0) {
-    return Unexpected(
-        VectorInputError{{InputCode::notRead, name, "", std::error_code(errno, std::generic_category())}});
+  if (stream.bad()) {
+    const std::error_code error(errno != 0 ? errno : EIO, std::generic_category());
+    return Unexpected(VectorInputError{{InputCode::notRead, name, "", error}});
   }
   return contents;
 }
@@ -264,10 +265,10 @@ const std::string_view fromDetails =
     "  a JSON list of words: [\"-vr\", \"25\"]\n"
     "  words that end with a NUL, as \"meridian render --null\" prints them\n"
     "  words quoted as for a shell: -out '/out/A 1.mov' -overwrite\n"
-    "Stores, lists and shell words may be several, one on each line; lines that are blank or begin with # are "
-    "skipped.\n"
+    "Stores and lists may be several, one on each line, and so may shell words; lines that are blank or begin with\n"
+    "# are skipped. A store is worked on as it is; explain shows what a reader of its rendered words gets.\n"
     "Messages then begin with the number of the line, all lines are worked on, and the exit status is 1 if one fails.\n"
     "Shell words are split by the shell's quotes (' \" \\) alone: nothing is expanded or run, and an unquoted\n"
-    "$ ` * ; | & < > ( ) is an error, as are # and ~ at the beginning of a word.";
+    "$ ` * ? [ { ; | & < > ( ) is an error, as are # and ~ at the beginning of a word.";
 
 }  // namespace meridian::command

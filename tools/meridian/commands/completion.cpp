@@ -23,7 +23,9 @@ Subcommand completionCommand() {
       .action =
           [](const Arguments& arguments) {
             const std::string shell = *arguments.value("shell");
-            std::cout << (shell == "zsh" ? zshCompletion() : shell == "fish" ? fishCompletion() : bashCompletion());
+            if (shell == "bash") std::cout << bashCompletion();
+            if (shell == "zsh") std::cout << zshCompletion();
+            if (shell == "fish") std::cout << fishCompletion();
             return done;
           },
   };

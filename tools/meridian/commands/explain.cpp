@@ -201,9 +201,7 @@ Subcommand explainCommand() {
       .takesWords = true,
       .fileOption = "from",
       .options = {{Option::Kind::flag, "json", "Print JSON: settings, presets, rejected, dropped, notes"},
-                  {Option::Kind::flag, "strict",
-                   "Exit with status 1 if a flag, a preset or a value is rejected or will not be used, or if a word "
-                   "belongs to no flag"},
+                  strictOption(),
                   fromOption()},
       .action =
           [](const Arguments& arguments) {

@@ -46,8 +46,8 @@ void checkPaths(const Arguments& arguments) {
     for (const std::string& path : arguments.given.at("path")) {
       if (path.find('/') != std::string::npos || nameIsTaken(path)) continue;
       const auto listed = readExtensionList(arguments, option);
-      throw UsageError(inQuotes(path) + " is not a path that exists; to list several extensions write --" + option +
-                       " " + printable(joined(listed, ",")) + "," + printable(path));
+      throw UsageError(inQuotes(path) + " does not exist; to list several extensions, write --" + option + " " +
+                       printable(joined(listed, ",")) + "," + printable(path));
     }
   }
 }
@@ -208,40 +208,43 @@ Subcommand filterCommand() {
           "items, as these need them:\n"
           "  meridian filter --paths --null ... /card | rsync -a --from0 --files-from=- /card /backup\n"
           "  meridian filter --paths --null ... /card | tar -c -f card.tar -C /card --null --no-recursion -T -\n"
-          "A path that begins with #, ; or - is printed with ./ before it, so that these tools accept it.",
+          "A path that begins with #, ; or - is printed with ./ before it, so that these tools accept it. Without "
+          "--null,\n"
+          "tar reads a backslash in a name as the beginning of an escape.",
       .example =
           "meridian filter --default-forced --ignore-hidden /card\n"
           "meridian filter --only-ext mov,mxf --json /card",
-      .options = {{.kind = value,
-                   .name = "ignore-ext",
-                   .help = "Ignore files with this extension, or with these: xml,bin; may be given several times",
-                   .valueName = "E",
-                   .severalTimes = true},
-                  {.kind = value,
-                   .name = "only-ext",
-                   .help = "Copy only files with this extension, or with these: mov,mxf; may be given several times",
-                   .valueName = "E",
-                   .severalTimes = true},
-                  {flag, "ignore-hidden", "Ignore hidden items: those with a leading dot"},
-                  {.kind = value,
-                   .name = "force",
-                   .help = "Ignore items of this name; may be given several times",
-                   .valueName = "NAME",
-                   .severalTimes = true},
-                  {flag, "default-forced",
-                   "Ignore items that systems leave on volumes: " + joined(defaultForceIgnorePathComponents, ", ")},
-                  {flag, "json", "Print a JSON list with an object for each item: path, ignored, rule"},
-                  {flag, "paths", "Print only the paths of what is copied, relative to PATH, one per line"},
-                  {flag, "null",
-                   "With --paths, end each path with a NUL. Otherwise end each item with a NUL, and separate \"copy\" "
-                   "or \"ignore\", the rule and the path with tabs; paths are "
-                   "printed unchanged"},
-                  {.kind = positional,
-                   .name = "path",
-                   .help = "A directory or a single item",
-                   .valueName = "PATH",
-                   .repeated = true,
-                   .path = true}},
+      .options =
+          {{.kind = value,
+            .name = "ignore-ext",
+            .help = "Ignore files with these extensions, separated by commas: xml,bin; may be given several times",
+            .valueName = "E",
+            .severalTimes = true},
+           {.kind = value,
+            .name = "only-ext",
+            .help = "Copy only files with these extensions, separated by commas: mov,mxf; may be given several times",
+            .valueName = "E",
+            .severalTimes = true},
+           {flag, "ignore-hidden", "Ignore hidden items: those with a leading dot"},
+           {.kind = value,
+            .name = "force",
+            .help = "Ignore items of this name; may be given several times",
+            .valueName = "NAME",
+            .severalTimes = true},
+           {flag, "default-forced",
+            "Ignore items that systems leave on volumes: " + joined(defaultForceIgnorePathComponents, ", ")},
+           {flag, "json", "Print a JSON list with an object for each item: path, ignored, rule"},
+           {flag, "paths", "Print only the paths of what is copied, relative to PATH, one per line"},
+           {flag, "null",
+            "With --paths, end each path with a NUL. Otherwise end each item with a NUL, and separate \"copy\" "
+            "or \"ignore\", the rule and the path with tabs; paths are "
+            "printed unchanged"},
+           {.kind = positional,
+            .name = "path",
+            .help = "A directory or a single item",
+            .valueName = "PATH",
+            .repeated = true,
+            .path = true}},
       .exclusive = {"json", "null"},
       .action = filterItems,
   };

@@ -12,9 +12,14 @@ namespace {
 
 bool isPreset(const FlagDescription& flag) { return flag.text == SAVPresetFlag.rawValue(); }
 
+/// Returns true if a value follows the flag. None follows a left-out track, whose number is in the flag.
+bool hasValue(const FlagDescription& flag, const TranscodeProperty* property) {
+  return flag.takesValue() && (property == nullptr || property->kind != PropertyKind::trackNumbers);
+}
+
 /// Returns what kind of value the flag accepts. Each input file is a flag of its own, with a path.
 std::string_view kindOf(const FlagDescription& flag, const TranscodeProperty* property) {
-  if (!flag.takesValue()) return rawValue(PropertyKind::onOff);
+  if (!hasValue(flag, property)) return rawValue(PropertyKind::onOff);
   if (property == nullptr) return "preset";
   return rawValue(property->kind == PropertyKind::files ? PropertyKind::path : property->kind);
 }
@@ -24,16 +29,11 @@ std::string_view defaultOf(const FlagDescription& flag, const TranscodeProperty*
   return isPreset(flag) ? "none" : "not printed";
 }
 
-std::string_view meaningOf(const FlagDescription& flag, const TranscodeProperty* property) {
-  return flag.meaning.empty() ? property->meaning : flag.meaning;
-}
-
 /// Returns what follows the flag: "a number, such as 3.5, in megabits per second".
 std::string argumentForm(const FlagDescription& flag, const TranscodeProperty* property) {
-  if (!flag.takesValue()) return "no value";
+  if (!hasValue(flag, property)) return "no value";
   if (property == nullptr) return "a preset: " + joined(allowedTextsOfFlag(flag.text), ", ");
   if (property->kind == PropertyKind::files) return "a path, such as " + std::string(property->example);
-  if (property->kind == PropertyKind::trackNumbers) return "no value";
   return expectedForm(*property) + (property->unit.empty() ? "" : ", in " + std::string(property->unit));
 }
 
@@ -54,13 +54,13 @@ void printFlagsAsJson() {
     const TranscodeProperty* const first = ofFlag.empty() ? nullptr : ofFlag.front();
     flags.push_back({{"group", rawValue(flag.group)},
                      {"text", flag.text},
-                     {"takesValue", flag.takesValue()},
+                     {"takesValue", hasValue(flag, first)},
                      {"isKnown", flag.isCase},
                      {"kind", kindOf(flag, first)},
                      {"unit", first == nullptr || first->unit.empty() ? Json() : Json(first->unit)},
                      {"allowedValues", allowedTextsOfFlag(flag.text)},
                      {"default", defaultOf(flag, first)},
-                     {"meaning", meaningOf(flag, first)},
+                     {"meaning", meaningOfFlag(flag)},
                      {"properties", properties}});
   }
   printJson(flags);
@@ -68,11 +68,12 @@ void printFlagsAsJson() {
 
 void addRows(const FlagDescription& flag, std::vector<std::vector<Cell>>& rows) {
   const auto addRow = [&](const TranscodeProperty* property) {
-    rows.push_back({{std::string(flag.text), Style::name},
-                    {property == nullptr ? "" : std::string(property->name)},
-                    {std::string(meaningOf(flag, property)) + (flag.isCase ? "" : " (not offered)")},
-                    {std::string(defaultOf(flag, property)), Style::faint},
-                    {argumentForm(flag, property)}});
+    rows.push_back(
+        {{std::string(flag.text), Style::name},
+         {property == nullptr ? "" : std::string(property->name)},
+         {std::string(flag.meaning.empty() ? property->meaning : flag.meaning) + (flag.isCase ? "" : " (not offered)")},
+         {std::string(defaultOf(flag, property)), Style::faint},
+         {argumentForm(flag, property)}});
   };
   const auto properties = propertiesOfFlag(flag.text);
   for (const TranscodeProperty* const property : properties) addRow(property);

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
-#include <deque>
 #include <exception>
 #include <filesystem>
 #include <functional>
@@ -35,7 +34,7 @@
 namespace meridian::command {
 namespace {
 
-/// Returns the number of threads to use, at least 1.
+/// Returns the number of threads to use, from 1 to 1024.
 unsigned readThreads(const Arguments& arguments) {
   constexpr std::int64_t most = 1024;
   const std::string text = arguments.value("threads").value_or("0");
@@ -44,11 +43,12 @@ unsigned readThreads(const Arguments& arguments) {
     throw CommandError(inQuotes(text) + " is not a number of threads; expected an integer from 0 to " +
                        std::to_string(most));
   }
-  return *threads == 0 ? std::max(1U, std::thread::hardware_concurrency()) : static_cast<unsigned>(*threads);
+  if (*threads > 0) return static_cast<unsigned>(*threads);
+  return static_cast<unsigned>(std::clamp<std::int64_t>(std::thread::hardware_concurrency(), 1, most));
 }
 
-/// Throws CommandError if no image can be written under this name.
-void checkCanBeWritten(const std::string& path) {
+/// Returns the format in which a file of this name is written. Throws CommandError if there is none.
+const ImageFormat& writtenFormat(const std::string& path) {
   const std::string_view extension = pathExtension(path);
   const std::string supported = "; formats that can be written: " + imageFormatNames(true);
   if (extension.empty()) {
@@ -63,6 +63,7 @@ void checkCanBeWritten(const std::string& path) {
     throw CommandError(inQuotes(path) + " cannot be written: " + std::string(format->name) + " files can only be read" +
                        supported);
   }
+  return *format;
 }
 
 /// A LUT that is prepared once for each bit depth. May be used from several threads at once.
@@ -102,19 +103,20 @@ struct LutApplication {
   const ImageFileModule& images;
   PreparedLuts& luts;
   std::optional<std::string> layer;
+  unsigned threadsPerImage = 1;
 
   /// Calls `show` with the step and how much of it is done. Throws CommandError.
-  void apply(const ImageJob& job, unsigned threads,
-             const std::function<void(std::string_view step, double portion)>& show) const {
-    checkCanBeWritten(job.to);
+  void apply(const ImageJob& job, const std::function<void(std::string_view step, double portion)>& show) const {
     const auto image = images.open(job.from, layer);
+    const ImageFormat& format = writtenFormat(job.to);
     ReplacementFile replacement(job.to);
-    image->beginWriting(replacement.descriptor(), replacement.path(), job.to);
     const auto step = [&show](std::string_view name) { return [&show, name](double portion) { show(name, portion); }; };
     image->read(step("reading"));
+    // Not before, since a writer that is left unused may print a message of its own.
+    image->beginWriting(replacement.descriptor(), replacement.path(), job.to, format);
     const ImageLut& lut = luts.forImage(*image);
-    const auto change = [&lut, threads](const auto& view) {
-      if (const auto applied = lut.apply(view, view, threads); !applied) {
+    const auto change = [this, &lut](const auto& view) {
+      if (const auto applied = lut.apply(view, view, threadsPerImage); !applied) {
         throw CommandError(std::string(description(applied.error())));
       }
     };
@@ -124,11 +126,10 @@ struct LutApplication {
   }
 };
 
-/// Returns why the job failed, safe for a terminal; absent if it is done.
-std::optional<std::string> errorOf(const ImageJob& job, const std::function<void()>& work) {
+/// Returns the text of the exception that is being handled, safe for a terminal.
+std::string errorText(const ImageJob& job) {
   try {
-    work();
-    return std::nullopt;
+    throw;
   } catch (const CommandError& error) {
     return error.what();
   } catch (const std::bad_alloc&) {
@@ -138,41 +139,59 @@ std::optional<std::string> errorOf(const ImageJob& job, const std::function<void
   }
 }
 
-Status applyToImage(const LutApplication& application, const ImageJob& job, unsigned threads) {
+/// Calls `work`. Returns why it failed, safe for a terminal; absent if it is done.
+template <typename Work>
+std::optional<std::string> errorOf(const ImageJob& job, const Work& work) noexcept {
+  try {
+    work();
+    return std::nullopt;
+  } catch (...) {
+    try {
+      return errorText(job);
+    } catch (...) {
+      // So short that no memory is allocated for it.
+      return "out of memory";
+    }
+  }
+}
+
+Status applyToImage(const LutApplication& application, const ImageJob& job) {
   ProgressBar bar;
-  const auto error = errorOf(job, [&] {
-    application.apply(job, threads, [&bar](std::string_view step, double portion) { bar.show(step, portion); });
-  });
+  const auto error = errorOf(
+      job, [&] { application.apply(job, [&bar](std::string_view step, double portion) { bar.show(step, portion); }); });
   bar.clear();
   if (error) throw CommandError(*error);
   return done;
 }
 
-/// Images that several threads work on, one image each at a time, so that as many images are in memory as there are
-/// threads. Progress and errors are printed by the thread that calls.
+/// Images that several workers process, one image each at a time, so that as many images are in memory as there are
+/// workers. Progress and errors are printed by the thread that calls.
 class ImageBatch {
  public:
   ImageBatch(const LutApplication& application, std::span<const ImageJob> jobs)
-      : application_(application), jobs_(jobs) {}
+      : application_(application), jobs_(jobs) {
+    errors_.reserve(jobs.size());
+  }
 
   /// Returns the number of images that failed.
-  std::size_t run(unsigned threads) {
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(threads, jobs_.size()));
+  std::size_t run(unsigned count) {
     std::vector<std::jthread> workers;
+    workers.reserve(count);
     try {
       while (workers.size() < count) workers.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {
-      if (workers.empty()) throw CommandError("no thread can be started: there is too little memory or a limit");
+    } catch (const std::exception&) {  // the system's limit or too little memory
+      if (workers.empty()) throw CommandError("cannot start a thread; free memory or raise the limit (ulimit -u)");
     }
     return watch();
   }
 
  private:
-  void work() {
+  void work() noexcept {
     for (std::size_t next = next_++; next < jobs_.size(); next = next_++) {
-      auto error = errorOf(jobs_[next], [&] { application_.apply(jobs_[next], 1, [](std::string_view, double) {}); });
+      auto error = errorOf(jobs_[next], [&] { application_.apply(jobs_[next], [](std::string_view, double) {}); });
       const std::lock_guard lock(mutex_);
       ++done_;
+      // Nothing is allocated: there is room for an error of each image.
       if (error) errors_.push_back(*std::move(error));
       changed_.notify_one();
     }
@@ -180,21 +199,21 @@ class ImageBatch {
 
   std::size_t watch() {
     ProgressBar bar;
-    std::size_t failures = 0;
     std::size_t shown = 0;
+    std::size_t printed = 0;
     while (shown < jobs_.size()) {
       std::unique_lock lock(mutex_);
       changed_.wait(lock, [&] { return done_ > shown; });
       shown = done_;
-      const auto errors = std::exchange(errors_, {});
+      const auto errors = std::span<const std::string>(errors_).subspan(printed);
       lock.unlock();
       if (!errors.empty()) bar.clear();
       for (const std::string& error : errors) std::cerr << "meridian: " << error << '\n';
-      failures += errors.size();
+      printed += errors.size();
       bar.show(std::to_string(shown) + " of " + std::to_string(jobs_.size()) + " images",
                static_cast<double>(shown) / static_cast<double>(jobs_.size()));
     }
-    return failures;
+    return printed;
   }
 
   const LutApplication& application_;
@@ -203,17 +222,42 @@ class ImageBatch {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::size_t done_ = 0;
-  std::deque<std::string> errors_;
+  std::vector<std::string> errors_;
 };
 
-/// Returns IN and OUT, or with --to each IN and its place in FOLDER.
+/// Throws CommandError if the result of an image would replace another image of the call, or its result: by a symbolic
+/// link, so that a LUT would be applied twice.
+void checkAreApart(std::span<const ImageJob> jobs) {
+  const auto resolved = [](const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path canonical = std::filesystem::weakly_canonical(path, error);
+    return error ? std::filesystem::path(path) : canonical;
+  };
+  std::map<std::filesystem::path, const ImageJob*> byResult;
+  for (const ImageJob& job : jobs) {
+    const auto [same, isNew] = byResult.emplace(resolved(job.to), &job);
+    if (!isNew) {
+      throw CommandError(inQuotes(same->second->to) + " and " + inQuotes(job.to) +
+                         " are the same file; write the images to another directory");
+    }
+  }
+  for (const ImageJob& job : jobs) {
+    const auto same = byResult.find(resolved(job.from));
+    if (same != byResult.end() && same->second != &job) {
+      throw CommandError(inQuotes(job.from) + " is also the result of " + inQuotes(same->second->from) +
+                         "; write the images to another directory");
+    }
+  }
+}
+
+/// Returns IN and OUT, or with --to each IN and its path in DIR.
 std::vector<ImageJob> readJobs(const Arguments& arguments) {
   const std::vector<std::string>& paths = arguments.given.at("images");
-  const auto folder = arguments.value("to");
-  if (!folder) {
+  const auto directory = arguments.value("to");
+  if (!directory) {
     if (paths.size() == 2) return {{paths[0], paths[1]}};
-    throw UsageError(paths.size() < 2 ? "OUT is missing: give IN OUT, or IN... --to FOLDER"
-                                      : "several images need a folder to write them to: give IN... --to FOLDER");
+    throw UsageError(paths.size() < 2 ? "OUT is missing: give IN OUT, or IN... --to DIR"
+                                      : "several images need a directory to write them to: give IN... --to DIR");
   }
   std::vector<ImageJob> jobs;
   std::map<std::string, std::string, std::less<>> byName;
@@ -224,27 +268,27 @@ std::vector<ImageJob> readJobs(const Arguments& arguments) {
       throw UsageError(inQuotes(same->second) + " and " + inQuotes(path) +
                        " would be written to the same file; give images of different names");
     }
-    jobs.push_back({path, appendingPathComponent(*folder, name)});
+    jobs.push_back({path, appendingPathComponent(*directory, name)});
   }
   std::error_code error;
-  if (!std::filesystem::is_directory(*folder, error)) {
-    throw CommandError(inQuotes(*folder) + (error ? ": " + error.message() : " is not a folder"));
+  if (!std::filesystem::is_directory(*directory, error)) {
+    throw CommandError(inQuotes(*directory) + (error ? ": " + error.message() : " is not a directory"));
   }
+  checkAreApart(jobs);
   return jobs;
 }
 
 Status applyToImages(const Arguments& arguments) {
-  const unsigned threads = readThreads(arguments);
+  const unsigned threads = affordableThreads(readThreads(arguments));
   const std::vector<ImageJob> jobs = readJobs(arguments);
-  const bool isBatch = arguments.has("to");
-  if (!isBatch) checkCanBeWritten(jobs.front().to);
+  const auto workers = static_cast<unsigned>(std::min<std::size_t>(threads, jobs.size()));
   const auto file = readLut(arguments);
   PreparedLuts luts(*file, chosenImageLutOptions(arguments));
   const ImageFileModule& images = imageFileModule();
-  images.useThreads(jobs.size() == 1 ? threads : 1);
-  const LutApplication application{images, luts, arguments.value("layer")};
-  if (!isBatch) return applyToImage(application, jobs.front(), threads);
-  const std::size_t failures = ImageBatch(application, jobs).run(threads);
+  const LutApplication application{images, luts, arguments.value("layer"), threads / workers};
+  startThreads(images, application.threadsPerImage == 1 ? 1 : threads);
+  if (!arguments.has("to")) return applyToImage(application, jobs.front());
+  const std::size_t failures = ImageBatch(application, jobs).run(workers);
   if (failures == 0) return done;
   throw CommandError(std::to_string(failures) + " of " + std::to_string(jobs.size()) +
                      (jobs.size() == 1 ? " image" : " images") + " failed");
@@ -267,7 +311,7 @@ Subcommand lutApplyCommand() {
           "and further channels stay as they are. OUT's format has to support such samples and channels. OUT is\n"
           "written to a temporary file, read back, then renamed; it may be IN. It is owned by the user who runs\n"
           "the command and keeps the permissions that it had.\n\n"
-          "With --to, each image is written to FOLDER under its own name; FOLDER may be the one that the images are\n"
+          "With --to, each image is written to DIR under its own name; DIR may be the one that the images are\n"
           "in. The other images are still done if one fails; the status is then 1.",
       .example =
           "meridian lut apply look.cube in.dpx out.dpx\n"
@@ -282,17 +326,23 @@ Subcommand lutApplyCommand() {
                    .path = true},
                   {.kind = value,
                    .name = "to",
-                   .help = "The folder to write the images to, each under its own name",
-                   .valueName = "FOLDER",
+                   .help = "The directory to write the images to, each under its own name",
+                   .valueName = "DIR",
                    .path = true},
                   {.kind = value,
                    .name = "layer",
-                   .help = "The layer to change: the channels NAME.R, NAME.G and NAME.B instead of R, G and B",
+                   .help =
+                       "The layer to change: the channels NAME.R, NAME.G and NAME.B instead of R, G and B; needed in "
+                       "a file without channels R, G and B, even if it has a single layer",
                    .valueName = "NAME"}},
       .action = applyToImages,
   };
   for (Option& option : imageLutOptions()) command.options.push_back(std::move(option));
-  command.options.push_back({value, "threads", "The number of threads; 0, the default, uses all cores", "N"});
+  command.options.push_back(
+      {value, "threads",
+       "The number of threads, and with --to of images in memory; 0, the default, uses all cores. Fewer are used "
+       "where the memory is limited (ulimit -v)",
+       "N"});
   return command;
 }
 

@@ -18,17 +18,6 @@
 namespace meridian::command {
 namespace {
 
-const LutPlotModule& plotModule() {
-  using Entry = const LutPlotModule* (*)();
-  const auto symbol = moduleSymbol(MERIDIAN_PLOT_MODULE, lutPlotModuleEntry);
-  if (!symbol) {
-    throw CommandError(
-        "this installation of meridian cannot draw: it was built without cairo, or the module is missing: " +
-        printable(symbol.error()));
-  }
-  return *reinterpret_cast<Entry>(*symbol)();
-}
-
 /// Throws CommandError for values so large that nothing of the range from 0 to 1 would be visible.
 void checkIsDrawable(const ParsedLutFile& lut) {
   constexpr double most = 1e5;
@@ -47,7 +36,7 @@ Status plotToFile(const Arguments& arguments) {
   if (!equalsIgnoringCase(pathExtension(out), "png")) {
     throw CommandError(inQuotes(out) + " is not the name of a PNG image; expected one that ends in .png");
   }
-  const LutPlotModule& plots = plotModule();
+  const auto& plots = loadedModule<LutPlotModule>(MERIDIAN_PLOT_MODULE, lutPlotModuleEntry, "draw", "cairo");
   const auto lut = readLut(arguments);
   checkIsDrawable(*lut);
   ReplacementFile replacement(out);

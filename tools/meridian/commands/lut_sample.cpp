@@ -152,14 +152,15 @@ std::vector<std::array<std::uint16_t, 3>> asImageSamples(std::span<const std::ar
 Status sampleCodeValues(const Arguments& arguments) {
   const Depths depths = readDepths(arguments);
   const auto samples = readSamples(arguments.given.at("values"), "code values", readCodeValue);
-  const ImageLutOptions options = chosenImageLutOptions(arguments);
-  if (options == ImageLutOptions{}) {
+  const bool isAsForImages =
+      std::ranges::any_of(imageLutOptions(), [&](const Option& option) { return arguments.has(option.name); });
+  if (!isAsForImages) {
     printJson(converted(*readLut(arguments), samples, depths));
     return done;
   }
   const auto pixels = asImageSamples(samples, depths);
   const auto lut = ImageLut::forCodeValues(*readLut(arguments), static_cast<int>(depths.input),
-                                           static_cast<int>(depths.output), options);
+                                           static_cast<int>(depths.output), chosenImageLutOptions(arguments));
   auto results = Json::array();
   for (const auto& pixel : pixels) results.push_back(lut->pixel(pixel[0], pixel[1], pixel[2]));
   printJson(results);

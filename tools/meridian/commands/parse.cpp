@@ -16,7 +16,7 @@ Status parseVector(const GivenVector& given, const Arguments& arguments) {
   const bool isStrict = arguments.has("strict");
   const bool isAny = reportFindings(explanation, given.place(), isStrict ? Findings::all : Findings::strayWords);
   warnOfInvalidText(words);
-  printJson(asJson(given.store ? *given.store : explanation.arguments),
+  printJson(storeAsJson(given.store ? *given.store : explanation.arguments),
             given.isFromFile() ? JsonForm::oneLine : JsonForm::indented);
   return isStrict && isAny ? failed : done;
 }
@@ -34,10 +34,8 @@ Subcommand parseCommand() {
           "meridian parse --strict --from jobs.txt",
       .takesWords = true,
       .fileOption = "from",
-      .options = {{flag, "keep-order", "Keep the order of the flags"},
-                  {flag, "strict",
-                   "Exit with status 1 if a flag, a preset or a value is rejected or will not be used, or if a word "
-                   "belongs to no flag"},
+      .options = {{flag, "keep-order", "Keep the order of the flags; a store keeps its own"},
+                  strictOption(),
                   fromOption()},
       .action =
           [](const Arguments& arguments) {

@@ -35,7 +35,7 @@ Subcommand renderCommand() {
           "meridian render --json --from jobs.txt",
       .takesWords = true,
       .fileOption = "from",
-      .options = {{flag, "keep-order", "Keep the order of the flags"},
+      .options = {{flag, "keep-order", "Keep the order of the flags; a store keeps its own"},
                   {flag, "json", "Print a JSON list"},
                   {flag, "null", "End each element with a NUL, for xargs -0; elements may contain newlines"},
                   {flag, "shell", "Print one line that is quoted for a shell"},

@@ -86,9 +86,16 @@ Status setInVector(const GivenVector& given, std::span<const Assignment> assignm
   return done;
 }
 
-Status setProperties(const Arguments& arguments) {
+std::vector<Assignment> readAssignments(const Arguments& arguments) {
   std::vector<Assignment> assignments;
-  for (const std::string& text : arguments.given.at("assignments")) assignments.push_back(assignmentOf(text));
+  const auto given = arguments.given.find("assignments");
+  if (given == arguments.given.end()) return assignments;
+  for (const std::string& text : given->second) assignments.push_back(assignmentOf(text));
+  return assignments;
+}
+
+Status setProperties(const Arguments& arguments) {
+  const std::vector<Assignment> assignments = readAssignments(arguments);
   return forEachVector(arguments, [&](const GivenVector& given) { return setInVector(given, assignments, arguments); });
 }
 
@@ -99,7 +106,9 @@ Subcommand setCommand() {
       .name = "set",
       .description = "Set properties of an argument vector, and print the new vector",
       .details =
-          "Several vectors are printed one on each line: quoted for a shell, or with --json as JSON lists.\n\n"
+          "Assignments take effect in the order given. Several vectors are printed one on each line: quoted for a "
+          "shell,\n"
+          "or with --json as JSON lists.\n\n"
           "Properties, what they do and what they accept:" +
           propertyLines(),
       .example = "meridian set videoFormat=h264 videoDimensions=1280x720 videoFrameRate= -- -preset solvane_cloud",
@@ -111,12 +120,13 @@ Subcommand setCommand() {
                    .valueName = "ASSIGNMENT",
                    .repeated = true,
                    .names = propertyNames()},
-                  {Option::Kind::flag, "keep-order", "Keep the order of the flags"},
+                  {Option::Kind::flag, "keep-order", "Keep the order of the flags; a store keeps its own"},
                   {Option::Kind::flag, "json", "Print a JSON list"},
                   {Option::Kind::flag, "null", "End each element with a NUL instead of a newline"},
                   {Option::Kind::flag, "shell", "Print one line that is quoted for a shell"},
                   fromOption()},
       .exclusive = {"json", "null", "shell"},
+      .checkNames = [](const Arguments& arguments) { static_cast<void>(readAssignments(arguments)); },
       .action = setProperties,
   };
 }

@@ -48,6 +48,9 @@ void requireParts(std::string_view text, bool all) {
   const auto parts = std::ranges::count_if(text, [](char c) { return c == ':' || c == ';'; }) + 1;
   const auto numbers =
       read.hours.has_value() + read.minutes.has_value() + read.seconds.has_value() + read.frames.has_value();
+  if (parts > 4) {
+    throw CommandError(text, "is not a timecode: it has more than four parts; expected one such as 01:02:03:04");
+  }
   if (numbers == (all ? 4 : parts)) return;
   throw CommandError(text, "is not a timecode: no number for " + missingComponents(text) +
                                "; expected one such as 01:02:03:04, or 01:02:03;04 for drop frame");
@@ -139,7 +142,7 @@ void printForPeople(const Reading& reading) {
   printTable(rows);
 }
 
-/// Programs get the code of the error as well, people its message only.
+/// With --json, also prints the document with the error's code.
 Status showTimecode(const Arguments& arguments) {
   const Reading reading = readArguments(arguments);
   if (arguments.has("json")) printAsJson(reading);
