@@ -74,6 +74,24 @@ BENCHMARK(readIntoByC<meridian_arguments_video_dimensions, MeridianSize>)->Name(
 BENCHMARK(readByCpp<&Arguments::timecode>)->Name("c_read_timecode/meridian");
 BENCHMARK(readIntoByC<meridian_arguments_timecode, MeridianTimecode>)->Name("c_read_timecode/c");
 
+template <auto setter, auto... value>
+void setByCpp(benchmark::State& state) {
+  TranscodeCliArguments arguments(propertyWords);
+  for (auto _ : state) (arguments.*setter)(value...);
+}
+
+template <auto setter, auto... value>
+void setByC(benchmark::State& state) {
+  MeridianArguments* const arguments = filledStore();
+  for (auto _ : state) benchmark::DoNotOptimize(setter(arguments, value..., nullptr));
+  meridian_arguments_destroy(arguments);
+}
+
+BENCHMARK(setByCpp<&Arguments::setGpuDecode, true>)->Name("c_set_switch/meridian");
+BENCHMARK(setByC<meridian_arguments_set_gpu_decode, true>)->Name("c_set_switch/c");
+BENCHMARK(setByCpp<&Arguments::setVideoFrameRate, 23.976F>)->Name("c_set_float/meridian");
+BENCHMARK(setByC<meridian_arguments_set_video_frame_rate, 23.976F>)->Name("c_set_float/c");
+
 void parseByCpp(benchmark::State& state) {
   const AllocationsPerIteration allocations(state);
   for (auto _ : state) benchmark::DoNotOptimize(TranscodeCliArguments(words));

@@ -38,15 +38,16 @@ typedef struct MeridianAnalysisOptions {
 
   /** Whether still images are taken. Without it, the members down to `lut_to_apply` do not count. */
   bool has_images;
-  /** The positions in the media at which images are taken. */
+  /** The positions in the media at which images are taken, passed on to the tool as they are. */
   const float* snapshot_locations;
   size_t snapshot_count;
   /** The largest width of an image, in pixels. */
   float max_image_width;
-  /** The height of every image, in pixels. */
   bool has_image_height;
+  /** The height of every image, in pixels. */
   float image_height;
   bool has_compression_factor;
+  /** How much images are compressed, passed on to the tool as it is. */
   float compression_factor;
   /** Lets the desktop's file browser show the images. */
   bool allow_finder_images;

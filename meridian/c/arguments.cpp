@@ -41,6 +41,13 @@ bool doneWithProperty(const char* name, MeridianError** error, Work&& work) noex
   });
 }
 
+/// Returns the JSON library's message without the name of its exception, "[json.exception.parse_error.101] ".
+std::string withoutPrefix(std::string_view message) {
+  const std::size_t end = message.find("] ");
+  if (message.starts_with('[') && end != std::string_view::npos) message.remove_prefix(end + 2);
+  return std::string(message);
+}
+
 /// Sets a property that is a list.
 bool setList(MeridianArguments* arguments, std::string_view name, const m::PropertyValue& value,
              MeridianError** error) {
@@ -58,8 +65,7 @@ MeridianArguments* meridian_arguments_create(const MeridianText* words, size_t c
   });
 }
 
-MeridianArguments* meridian_arguments_create_from_main(int argc, const char* const* argv,
-                                                       bool maintain_original_ordering,
+MeridianArguments* meridian_arguments_create_from_main(int argc, char* const* argv, bool maintain_original_ordering,
                                                        MeridianError** error) noexcept {
   return created(
       error, [&] { return new MeridianArguments{m::TranscodeCliArguments(argc, argv, maintain_original_ordering)}; });
@@ -70,7 +76,10 @@ MeridianArguments* meridian_arguments_create_from_dictionary(const MeridianEntry
   return created(error, [&] {
     m::TextDictionary lookup;
     lookup.reserve(count);
-    for (const MeridianEntry& entry : std::span(entries, count)) lookup.set(viewOf(entry.key), viewOf(entry.value));
+    for (const MeridianEntry& entry : std::span(entries, count)) {
+      lookup.erase(viewOf(entry.key));  // a later entry counts at its own place
+      lookup.set(viewOf(entry.key), viewOf(entry.value));
+    }
     return new MeridianArguments{m::TranscodeCliArguments::fromArgumentLookup(lookup)};
   });
 }
@@ -80,7 +89,8 @@ MeridianArguments* meridian_arguments_create_from_json(MeridianText json, Meridi
     try {
       return new MeridianArguments{nlohmann::json::parse(viewOf(json)).get<m::TranscodeCliArguments>()};
     } catch (const nlohmann::json::exception& exception) {
-      std::ignore = failed(error, m::c::CallError{m::c::CallErrorCode::notDecoded, {}, exception.what()});
+      std::ignore =
+          failed(error, m::c::CallError{m::c::CallErrorCode::notDecoded, {}, withoutPrefix(exception.what())});
       return nullptr;
     }
   });

@@ -37,7 +37,7 @@ MERIDIAN_C_API MeridianArguments* meridian_arguments_create(const MeridianText* 
                                                             bool maintain_original_ordering,
                                                             MeridianError** error) MERIDIAN_NOTHROW;
 /** Reads the parameters of main() in the same way; leaves out `argv[0]`, the program path. */
-MERIDIAN_C_API MeridianArguments* meridian_arguments_create_from_main(int argc, const char* const* argv,
+MERIDIAN_C_API MeridianArguments* meridian_arguments_create_from_main(int argc, char* const* argv,
                                                                       bool maintain_original_ordering,
                                                                       MeridianError** error) MERIDIAN_NOTHROW;
 /**
@@ -48,7 +48,8 @@ MERIDIAN_C_API MeridianArguments* meridian_arguments_create_from_dictionary(cons
                                                                             MeridianError** error) MERIDIAN_NOTHROW;
 /**
  * Reads what meridian_arguments_json_create() returned, without checking the entries again. Flags that "orderedFlags"
- * does not list come in byte order. Fails with the code "notDecoded" of the area "call" for any other text.
+ * does not list come in byte order. Fails with the code "notDecoded" of the area "call" for a text that is not such an
+ * object; members of other names are ignored.
  */
 MERIDIAN_C_API MeridianArguments* meridian_arguments_create_from_json(MeridianText json,
                                                                       MeridianError** error) MERIDIAN_NOTHROW;
@@ -58,7 +59,10 @@ MERIDIAN_C_API MeridianArguments* meridian_arguments_copy(const MeridianArgument
 /** Frees the store. */
 MERIDIAN_C_API void meridian_arguments_destroy(MeridianArguments* arguments) MERIDIAN_NOTHROW;
 
-/** Returns whether the flag is stored. Pass the flag in lower case, as the constants are. */
+/**
+ * Returns whether the flag is stored. Pass the flag in lower case, as the constants are. A flag with a NUL in it, which
+ * JSON can hold, is found by meridian_arguments_enumerate() alone.
+ */
 MERIDIAN_C_API bool meridian_arguments_has_flag(const MeridianArguments* arguments, const char* flag) MERIDIAN_NOTHROW;
 /** Returns the flag's value, empty for a flag without one; absent if the flag is not stored. */
 MERIDIAN_C_API MeridianText meridian_arguments_value(const MeridianArguments* arguments,
@@ -130,7 +134,10 @@ typedef struct MeridianProperty {
   MeridianText name;
   /** The flag that stores the property; empty if several flags make it up. */
   MeridianText flag;
-  /** How it is written: "switch", "text", "path", "number", "frameRate", "integer", "dimensions", "videoCodec" ... */
+  /** How it is written: "switch", "text", "path", "number", "frameRate", "integer", "dimensions",
+   * "timecode", "color", "file", "files", "trackNumbers", or for one of a list of texts "fileFormat", "videoCodec",
+   * "aspectRatio", "cropAnchor", "overlayAnchor", "colorSpace", "audioFormat", "audioQuality", "channelLayout" and
+   * "timecodeSource". */
   MeridianText kind;
   /** The unit of a number or size; empty where there is none. */
   MeridianText unit;

@@ -15,7 +15,8 @@
  * is.
  *
  * Nothing throws. Out of memory is an error like every other, with the code "outOfMemory" of the area "call"; it is
- * stored without allocating. Functions without the parameter cannot fail.
+ * stored without allocating. Only JSON is made by a library that ends the process if memory runs out. Functions without
+ * the parameter cannot fail.
  */
 #ifndef MERIDIAN_C_ERROR_H
 #define MERIDIAN_C_ERROR_H
@@ -37,7 +38,7 @@ typedef struct MeridianError MeridianError;
 MERIDIAN_C_API MeridianText meridian_error_area(const MeridianError* error) MERIDIAN_NOTHROW;
 /** Returns the code's number within its area, from 0. Later versions may number codes differently. */
 MERIDIAN_C_API int meridian_error_code(const MeridianError* error) MERIDIAN_NOTHROW;
-/** Returns the code's name, such as "notOpened". Names stay. */
+/** Returns the code's name, such as "notOpened". Names do not change. */
 MERIDIAN_C_API MeridianText meridian_error_code_name(const MeridianError* error) MERIDIAN_NOTHROW;
 /** Returns the path, flag or word that the error is about; any bytes, may be empty. */
 MERIDIAN_C_API MeridianText meridian_error_place(const MeridianError* error) MERIDIAN_NOTHROW;

@@ -66,6 +66,23 @@ const MeridianError* meridian_explanation_warning_at(const MeridianExplanation* 
   return &explanation->settingWarnings[setting][index];
 }
 
+size_t meridian_explanation_preset_count(const MeridianExplanation* explanation) noexcept {
+  return explanation->value.presets.size();
+}
+
+MeridianText meridian_explanation_preset_at(const MeridianExplanation* explanation, size_t index) noexcept {
+  return textOf(rawValue(explanation->value.presets[index].preset));
+}
+
+size_t meridian_explanation_earlier_preset_count(const MeridianExplanation* explanation, size_t preset) noexcept {
+  return explanation->value.presets[preset].earlierNames.size();
+}
+
+MeridianText meridian_explanation_earlier_preset_at(const MeridianExplanation* explanation, size_t preset,
+                                                    size_t index) noexcept {
+  return textOf(&explanation->value.presets[preset].earlierNames[index]);
+}
+
 size_t meridian_explanation_rejected_count(const MeridianExplanation* explanation) noexcept {
   return explanation->value.rejectedEntries.size();
 }
@@ -76,7 +93,14 @@ MeridianRejected meridian_explanation_rejected_at(const MeridianExplanation* exp
           .written_flag = textOf(&entry.writtenFlag),
           .value = textOf(&entry.value),
           .suggestion = textOf(entry.suggestion),
+          .valueless = textOf(entry.valueless),
+          .earlier_value_count = entry.earlierValues.size(),
           .error = &explanation->rejections[index]};
+}
+
+MeridianText meridian_explanation_rejected_earlier_value_at(const MeridianExplanation* explanation, size_t rejected,
+                                                            size_t index) noexcept {
+  return textOf(&explanation->value.rejectedEntries[rejected].earlierValues[index]);
 }
 
 size_t meridian_explanation_dropped_word_count(const MeridianExplanation* explanation) noexcept {

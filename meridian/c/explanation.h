@@ -6,8 +6,7 @@
  *     MeridianExplanation* explanation = meridian_explanation_create(words, count, true, &error);
  *     for (size_t index = 0; index < meridian_explanation_rejected_count(explanation); ++index) {
  *       MeridianRejected rejected = meridian_explanation_rejected_at(explanation, index);
- *       puts(meridian_error_message(rejected.error).data);  // "-vcoedc": is not a flag of the transcoder; did you mean
- * ...
+ *       puts(meridian_error_message(rejected.error).data);  // "-vcoedc": is not a flag of the transcoder; ...
  *     }
  *
  * Every index counts from 0 and must be below its count.
@@ -72,6 +71,18 @@ MERIDIAN_C_API MeridianText meridian_explanation_earlier_value_at(const Meridian
 MERIDIAN_C_API const MeridianError* meridian_explanation_warning_at(const MeridianExplanation* explanation,
                                                                     size_t setting, size_t index) MERIDIAN_NOTHROW;
 
+/** Returns the number of presets whose settings were merged into those given. */
+MERIDIAN_C_API size_t meridian_explanation_preset_count(const MeridianExplanation* explanation) MERIDIAN_NOTHROW;
+/** Returns the name of a preset that was merged. */
+MERIDIAN_C_API MeridianText meridian_explanation_preset_at(const MeridianExplanation* explanation,
+                                                           size_t index) MERIDIAN_NOTHROW;
+/** Returns how many names of presets were written earlier in the vector and overridden by a preset. */
+MERIDIAN_C_API size_t meridian_explanation_earlier_preset_count(const MeridianExplanation* explanation,
+                                                                size_t preset) MERIDIAN_NOTHROW;
+/** Returns such a name, in the order of writing. */
+MERIDIAN_C_API MeridianText meridian_explanation_earlier_preset_at(const MeridianExplanation* explanation,
+                                                                   size_t preset, size_t index) MERIDIAN_NOTHROW;
+
 /** An entry that the store rejected. */
 typedef struct MeridianRejected {
   MeridianText flag;
@@ -80,6 +91,13 @@ typedef struct MeridianRejected {
   MeridianText value;
   /** The nearest known flag or preset; absent if none is near. */
   MeridianText suggestion;
+  /**
+   * The preceding flag if it needs a value and got none, since a value cannot begin with "-"; absent otherwise. The
+   * rejected word was probably meant as its value.
+   */
+  MeridianText valueless;
+  /** How many values were written earlier in the vector and overridden. */
+  size_t earlier_value_count;
   /** Why it was rejected. */
   const MeridianError* error;
 } MeridianRejected;
@@ -89,6 +107,11 @@ MERIDIAN_C_API size_t meridian_explanation_rejected_count(const MeridianExplanat
 /** Returns a rejected entry, in the order of reading. */
 MERIDIAN_C_API MeridianRejected meridian_explanation_rejected_at(const MeridianExplanation* explanation,
                                                                  size_t index) MERIDIAN_NOTHROW;
+
+/** Returns a value of a rejected entry that was overridden, in the order of writing. */
+MERIDIAN_C_API MeridianText meridian_explanation_rejected_earlier_value_at(const MeridianExplanation* explanation,
+                                                                           size_t rejected,
+                                                                           size_t index) MERIDIAN_NOTHROW;
 
 /** A word that belongs to no flag. */
 typedef struct MeridianDroppedWord {

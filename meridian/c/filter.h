@@ -52,7 +52,7 @@ MERIDIAN_C_API bool meridian_filter_decide(const MeridianFilter* filter, Meridia
 /** Passes the names that systems leave on volumes, for settings that ignore them. */
 MERIDIAN_C_API void meridian_enumerate_default_ignored_names(MeridianTextVisitor visit, void* context) MERIDIAN_NOTHROW;
 
-/** The kind of an item itself: a symbolic link is one wherever it leads. */
+/** The kind of an item itself: symbolic links are not followed. */
 typedef enum MeridianItemKind {
   MERIDIAN_ITEM_FILE,
   MERIDIAN_ITEM_DIRECTORY,
@@ -63,7 +63,7 @@ typedef enum MeridianItemKind {
 
 /** An item of a tree. The texts are valid during the call that passes it. */
 typedef struct MeridianTreeItem {
-  /** The tree's directory as it was passed, with the names below it. */
+  /** The directory as it was passed, followed by the names on the way to the item. */
   MeridianText path;
   /** The last component of the path. */
   MeridianText name;

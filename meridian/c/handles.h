@@ -42,7 +42,7 @@ struct MeridianTexts {
 
   std::vector<std::string> values;
   /// Ends with NULL.
-  std::vector<const char*> words;
+  std::vector<char*> words;
 };
 
 struct MeridianError {

@@ -22,11 +22,27 @@ namespace {
 
 using Applied = m::Expected<void, m::ImageErrorCode>;
 
-static_assert(static_cast<int>(m::CodeValueRange::full) == MERIDIAN_RANGE_FULL &&
-              static_cast<int>(m::CodeValueRange::limited) == MERIDIAN_RANGE_LIMITED);
+/// Returns success if the numbers that stand for enumerators are such, and the image has that range.
+Applied checkImage(const MeridianImage& image) noexcept {
+  const bool isFloat = image.samples == MERIDIAN_SAMPLES_FLOAT;
+  if (!isFloat && image.samples != MERIDIAN_SAMPLES_UINT8 && image.samples != MERIDIAN_SAMPLES_UINT16) {
+    return m::Unexpected(m::ImageErrorCode::otherFormat);
+  }
+  if (image.range == MERIDIAN_RANGE_FULL || (image.range == MERIDIAN_RANGE_LIMITED && !isFloat)) return {};
+  return m::Unexpected(m::ImageErrorCode::unusableRange);
+}
+
+/// Returns success if both images are usable so far and of one kind.
+Applied checkImages(const MeridianImage& source, const MeridianImage& destination) noexcept {
+  if (auto checked = checkImage(source); !checked) return checked;
+  if (auto checked = checkImage(destination); !checked) return checked;
+  if (source.samples != destination.samples) return m::Unexpected(m::ImageErrorCode::otherFormat);
+  return {};
+}
 
 m::CodeValueFormat formatOf(const MeridianImage& image) noexcept {
-  return {image.bit_depth, static_cast<m::CodeValueRange>(image.range)};
+  return {image.bit_depth,
+          image.range == MERIDIAN_RANGE_LIMITED ? m::CodeValueRange::limited : m::CodeValueRange::full};
 }
 
 template <typename Sample>
@@ -54,7 +70,7 @@ m::ImageLutOptions optionsOf(const MeridianLutOptions* options) noexcept {
 m::Expected<m::ImageLut, m::ImageErrorCode> prepared(const MeridianLut& lut, const MeridianImage& source,
                                                      const MeridianImage& destination,
                                                      const MeridianLutOptions* options) {
-  if (source.samples != destination.samples) return m::Unexpected(m::ImageErrorCode::otherFormat);
+  if (const auto checked = checkImages(source, destination); !checked) return m::Unexpected(checked.error());
   if (source.samples == MERIDIAN_SAMPLES_FLOAT) return m::ImageLut::forFloats(*lut.file, optionsOf(options));
   return m::ImageLut::forCodeValues(*lut.file, formatOf(source), formatOf(destination), optionsOf(options));
 }
@@ -63,17 +79,10 @@ Applied apply(const m::ImageLut& lut, const MeridianImage& source, const Meridia
   const auto applyTo = [&]<typename Sample>(std::type_identity<Sample>) {
     return lut.apply(imageViewOf<const Sample>(source), imageViewOf<Sample>(destination), threads);
   };
-  if (source.samples == destination.samples) {
-    switch (source.samples) {
-      case MERIDIAN_SAMPLES_UINT8:
-        return applyTo(std::type_identity<std::uint8_t>{});
-      case MERIDIAN_SAMPLES_UINT16:
-        return applyTo(std::type_identity<std::uint16_t>{});
-      case MERIDIAN_SAMPLES_FLOAT:
-        return applyTo(std::type_identity<float>{});
-    }
-  }
-  return m::Unexpected(m::ImageErrorCode::otherFormat);
+  if (auto checked = checkImages(source, destination); !checked) return checked;
+  if (source.samples == MERIDIAN_SAMPLES_UINT8) return applyTo(std::type_identity<std::uint8_t>{});
+  if (source.samples == MERIDIAN_SAMPLES_UINT16) return applyTo(std::type_identity<std::uint16_t>{});
+  return applyTo(std::type_identity<float>{});
 }
 
 }  // namespace

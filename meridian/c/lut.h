@@ -1,7 +1,6 @@
 /**
  * \file
- * LUT files: open one, ask what it holds, apply it to samples and to whole images. For example, in place on three
- * planes:
+ * LUT files: open one, ask what it holds, apply it to samples and to whole images. For example, in place:
  *
  *     MeridianLut* lut = meridian_lut_open(meridian_text("/looks/show.cube"), &error);
  *     MeridianImage image = meridian_image_packed(MERIDIAN_SAMPLES_UINT16, samples, 3, 3840, 2160);
@@ -62,14 +61,14 @@ MERIDIAN_C_API const double* meridian_lut_rows(const MeridianLut* lut) MERIDIAN_
 MERIDIAN_C_API bool meridian_lut_sample(const MeridianLut* lut, const uint64_t sample[3], int64_t input_bit_depth,
                                         int64_t output_bit_depth, uint64_t result[3]) MERIDIAN_NOTHROW;
 
-/** What samples are: code values in 8 or 16 bits, or floating point on the scale from 0 to 1. */
+/** What samples are: code values in 8 or 16 bits, or floating point on the scale from 0 to 1. Others are an error. */
 typedef enum MeridianSamples {
   MERIDIAN_SAMPLES_UINT8,
   MERIDIAN_SAMPLES_UINT16,
   MERIDIAN_SAMPLES_FLOAT
 } MeridianSamples;
 
-/** Which code values of n bits are black and white. */
+/** Which code values of n bits are black and white. Any other number is an error. */
 typedef enum MeridianRange {
   /** Black is 0, white is 2^n - 1. */
   MERIDIAN_RANGE_FULL,
@@ -79,11 +78,14 @@ typedef enum MeridianRange {
 
 /** The samples of one channel. */
 typedef struct MeridianPlane {
-  /** The sample of the upper left pixel; NULL if the image does not have the channel. */
+  /** The sample of the upper left pixel, aligned as its type needs it; NULL if the image does not have the channel. */
   void* samples;
   /** From a sample to the one below it, in bytes: at least a row; negative for rows stored bottom up. */
   ptrdiff_t row_stride;
-  /** From a sample to its right neighbour, in bytes: larger than a sample where channels are interleaved. */
+  /**
+   * From a sample to its right neighbour, in bytes: positive, and larger than a sample where channels are interleaved.
+   * Both strides are multiples of a sample's size.
+   */
   ptrdiff_t pixel_stride;
 } MeridianPlane;
 
@@ -94,11 +96,12 @@ typedef struct MeridianImage {
   /** In pixels. */
   size_t width;
   size_t height;
-  MeridianSamples samples;
+  /** One of MeridianSamples. */
+  int samples;
   /** The bits of a code value, from 1 to those of a sample. Unused for floating point. */
   int bit_depth;
-  /** Has to be full for floating point and below 8 bits. Alpha is always full range. */
-  MeridianRange range;
+  /** One of MeridianRange; full for floating point and below 8 bits. Alpha is always full range. */
+  int range;
 } MeridianImage;
 
 /**
@@ -113,7 +116,7 @@ MERIDIAN_C_API MeridianImage meridian_image_packed(MeridianSamples samples, void
 typedef struct MeridianLutOptions {
   /** Finds colours between the points of a cube from the four points around them, instead of eight. */
   bool tetrahedral;
-  /** Takes red for the index that runs fastest through a cube's rows, as the published .cube format says. */
+  /** Uses red as the index that runs fastest through a cube's rows, as the published .cube format says. */
   bool red_fastest;
   /** Lets the axes cover the domain that the file declares, instead of the range of its data. */
   bool declared_domain;

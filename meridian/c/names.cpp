@@ -1,6 +1,7 @@
 #include "meridian/c/names.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "meridian/c/handles.h"
 #include "meridian/fs/claimed_files.h"
@@ -28,10 +29,19 @@ std::vector<m::Url> urlsOf(const MeridianText* paths, std::size_t count) {
   return urls;
 }
 
-MeridianClaim* claimOf(m::Expected<std::vector<m::ClaimedFile>, m::ClaimError> files, MeridianError** error) {
-  if (files) return new MeridianClaim{*std::move(files)};
-  std::ignore = m::c::failed(error, files.error());
-  return nullptr;
+/// Makes the claim that the work returns. Its handle comes first: without it the files would have no owner.
+template <typename Work>
+MeridianClaim* claimed(MeridianError** error, Work&& work) noexcept {
+  return created(error, [&]() -> MeridianClaim* {
+    auto claim = std::make_unique<MeridianClaim>();
+    m::Expected<std::vector<m::ClaimedFile>, m::ClaimError> files = work();
+    if (!files) {
+      std::ignore = m::c::failed(error, files.error());
+      return nullptr;
+    }
+    claim->files = *std::move(files);
+    return claim.release();
+  });
 }
 
 }  // namespace
@@ -65,26 +75,24 @@ MeridianTexts* meridian_free_paths_create(MeridianText name, const MeridianText*
 }
 
 MeridianClaim* meridian_claim_create(MeridianText path, MeridianError** error) noexcept {
-  return created(error, [&] { return claimOf(m::claimFile(urlOf(path)), error); });
+  return claimed(error, [&] { return m::claimFile(urlOf(path)); });
 }
 
 MeridianClaim* meridian_claim_create_amongst_directories(MeridianText base_name, MeridianText extension,
                                                          const MeridianText* directories, size_t directory_count,
                                                          MeridianError** error) noexcept {
-  return created(error, [&] {
-    return claimOf(m::claimFileAmongstDirectories(viewOf(base_name), urlsOf(directories, directory_count),
-                                                  optionalViewOf(extension)),
-                   error);
+  return claimed(error, [&] {
+    return m::claimFileAmongstDirectories(viewOf(base_name), urlsOf(directories, directory_count),
+                                          optionalViewOf(extension));
   });
 }
 
 MeridianClaim* meridian_claim_create_consistent(MeridianText name, const MeridianText* extensions,
                                                 size_t extension_count, const MeridianText* directories,
                                                 size_t directory_count, MeridianError** error) noexcept {
-  return created(error, [&] {
-    return claimOf(m::claimConsistentFiles(urlsOf(directories, directory_count), viewOf(name),
-                                           stringsOf(extensions, extension_count)),
-                   error);
+  return claimed(error, [&] {
+    return m::claimConsistentFiles(urlsOf(directories, directory_count), viewOf(name),
+                                   stringsOf(extensions, extension_count));
   });
 }
 

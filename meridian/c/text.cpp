@@ -8,7 +8,8 @@
 using meridian::c::textOf;
 
 MeridianTexts::MeridianTexts(std::vector<std::string> texts) : values(std::move(texts)), words(values.size() + 1) {
-  std::ranges::transform(values, words.begin(), [](const std::string& text) { return text.c_str(); });
+  std::ranges::transform(values, words.begin(),
+                         [](const std::string& text) { return const_cast<char*>(text.c_str()); });
 }
 
 namespace meridian::inline v0_2::c {
@@ -37,7 +38,7 @@ size_t meridian_texts_count(const MeridianTexts* texts) noexcept { return texts-
 MeridianText meridian_texts_at(const MeridianTexts* texts, size_t index) noexcept {
   return textOf(index < texts->values.size() ? &texts->values[index] : nullptr);
 }
-const char* const* meridian_texts_words(const MeridianTexts* texts) noexcept { return texts->words.data(); }
+char* const* meridian_texts_words(const MeridianTexts* texts) noexcept { return texts->words.data(); }
 void meridian_texts_destroy(MeridianTexts* texts) noexcept { delete texts; }
 
 MeridianText meridian_version() noexcept { return textOf(meridian::versionText()); }

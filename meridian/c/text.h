@@ -7,23 +7,25 @@
  *
  * The rules of this page hold for every header of the C interface:
  *
- * - **Ownership.** A function whose name contains `create`, `copy` or `open` returns a handle that the caller owns:
- * pass it to the `destroy` function of its type, which accepts NULL. Everything else that is returned, whether a text
- * or a pointer to const, is a view: it is valid until its handle is changed or destroyed.
- * - **Texts that are passed in.** Names of a vocabulary (flags, properties, presets, containers, file extensions) are
- *   UTF-8 texts that end with a NUL; NULL counts as the empty text. All other texts (words, values, paths, names of
+ * - **Ownership.** A pointer to a handle that is returned without `const` belongs to the caller: pass it to the
+ *   `destroy` function of its type, which accepts NULL. Everything else that is returned, whether a text or a pointer
+ *   to const, is a view: it is valid until its handle is changed or destroyed, and for the life of the process if no
+ *   handle was passed.
+ * - **Texts that are passed in.** Names of a vocabulary (flags, properties, presets, containers) are UTF-8 texts that
+ *   end with a NUL; NULL counts as the empty text. All other texts (words, values, paths, names and extensions of
  *   files) are a MeridianText, which may hold any bytes. They are read during the call only.
- * - **Texts that are returned** are UTF-8, except words, values and paths, which hold the bytes that were passed in. A
- * NUL that `size` does not count follows each, except a text that a callback receives. An absent text has NULL as
- * `data`.
+ * - **Texts that are returned** are UTF-8, except words, values, paths, and what an error quotes of them, which hold
+ * the bytes that were passed in. A NUL that `size` does not count follows each, except a text that a callback receives.
+ *   An absent text has NULL as `data`.
  * - **Absent values.** A function that returns a value through a pointer returns false if there is none, and then
  * leaves the value unchanged.
  * - **Errors.** A function that can fail has a last parameter `error`, see error.h.
- * - **Arrays** are a pointer and a number of elements; the pointer may be NULL for none. A handle must not be NULL, nor
- *   may a pointer to a result, unless its function says so.
+ * - **Arrays** are a pointer and a number of elements; the pointer may be NULL for none. A handle, a callback and a
+ *   pointer to a result must not be NULL, unless their function says so.
  * - **Callbacks** get the `context` that was passed with them. They must not throw, jump out of the call or change the
  *   handle. Setting `*stop` to true ends the enumeration.
- * - **Threads.** Several threads may read a handle; a thread that changes or destroys one must be alone with it.
+ * - **Threads.** Several threads may read a handle; a thread that changes or destroys one must be alone with it. A
+ *   thread must not be cancelled within a call.
  */
 #ifndef MERIDIAN_C_TEXT_H
 #define MERIDIAN_C_TEXT_H
@@ -93,10 +95,10 @@ MERIDIAN_C_API size_t meridian_texts_count(const MeridianTexts* texts) MERIDIAN_
 /** Returns the text at an index from 0; absent for an index beyond the last. */
 MERIDIAN_C_API MeridianText meridian_texts_at(const MeridianTexts* texts, size_t index) MERIDIAN_NOTHROW;
 /**
- * Returns the texts as an array that ends with NULL, as execv() and posix_spawn() accept it after the program's path. A
- * text with a NUL in it ends there.
+ * Returns the texts as an array that ends with NULL. For execv() or posix_spawn(), copy it into an array that begins
+ * with the program's name. A text with a NUL in it ends there.
  */
-MERIDIAN_C_API const char* const* meridian_texts_words(const MeridianTexts* texts) MERIDIAN_NOTHROW;
+MERIDIAN_C_API char* const* meridian_texts_words(const MeridianTexts* texts) MERIDIAN_NOTHROW;
 /** Frees the texts. */
 MERIDIAN_C_API void meridian_texts_destroy(MeridianTexts* texts) MERIDIAN_NOTHROW;
 

@@ -235,14 +235,14 @@ std::optional<TranscodeCliArguments::InputFileGroups> TranscodeCliArguments::inp
 }
 
 void TranscodeCliArguments::setInputFileGroups(const std::optional<InputFileGroups>& groups) {
-  stored_.flagValueLookup.eraseIf(
+  // In a copy, so that nothing is lost if memory runs out.
+  TextDictionary lookup = stored_.flagValueLookup;
+  lookup.eraseIf(
       [](const TextDictionary::Entry& entry) { return entry.key.starts_with(SAVInputPrefixFlag.rawValue()); });
-  if (!groups) return;
-  for (const auto& [group, paths] : *groups) {
-    for (std::size_t place = 0; place < paths.size(); ++place) {
-      stored_.flagValueLookup.set(inputFlag(group, place), paths[place]);
-    }
+  for (const auto& [group, paths] : groups.value_or(InputFileGroups())) {
+    for (std::size_t place = 0; place < paths.size(); ++place) lookup.set(inputFlag(group, place), paths[place]);
   }
+  stored_.flagValueLookup = std::move(lookup);
 }
 
 std::optional<std::vector<std::string>> TranscodeCliArguments::inputFiles() const {

@@ -143,11 +143,13 @@ bool TranscodeCliArguments::isIgnoredTrackFlag(std::string_view flag) noexcept {
 
 void TranscodeCliArguments::setIgnoredAudioFileTracks(std::span<const std::int64_t> tracks) {
   const std::string_view prefix = SAVAudioIgnoreTracksPrefixFlag.rawValue();
-  stored_.flagValueLookup.eraseIf(
-      [prefix](const TextDictionary::Entry& entry) { return entry.key.starts_with(prefix); });
+  // In a copy, so that nothing is lost if memory runs out.
+  TextDictionary lookup = stored_.flagValueLookup;
+  lookup.eraseIf([prefix](const TextDictionary::Entry& entry) { return entry.key.starts_with(prefix); });
   for (const std::int64_t track : tracks) {
-    if (track >= 0) stored_.flagValueLookup.set(std::string(prefix) + "_" + std::to_string(track), "");
+    if (track >= 0) lookup.set(std::string(prefix) + "_" + std::to_string(track), "");
   }
+  stored_.flagValueLookup = std::move(lookup);
 }
 
 bool TranscodeCliArguments::includeTimecode() const { return addTimecodeTrack() || addTimecodeBurn(); }

@@ -23,6 +23,11 @@ using TrackNumbers = std::vector<std::int64_t>;
 template <typename Access>
 concept HasCases = requires { Access::cases(); };
 
+/// Whether a PropertyValue holds values of this access as texts.
+template <typename Access>
+constexpr bool isHeldAsText = HasCases<Access> || std::is_same_v<typename Access::Value, std::string_view> ||
+                              std::is_same_v<typename Access::Value, Url>;
+
 /// Calls the function with the access of the kind. Kinds that are not the text of one flag are treated as text.
 template <typename Function>
 auto withAccess(PropertyKind kind, Function&& function) {
@@ -76,18 +81,18 @@ struct PropertyRules {
   std::string_view name;
   /// Null for a property that is the text of one flag.
   std::optional<PropertyValue> (*get)(const TranscodeCliArguments& arguments);
-  /// An absent value removes the property.
-  void (*set)(TranscodeCliArguments& arguments, const std::optional<PropertyValue>& value);
+  /// Null removes the property.
+  void (*set)(TranscodeCliArguments& arguments, const PropertyValue* value);
 };
 
 template <typename Type>
-std::optional<Type> as(const std::optional<PropertyValue>& value) {
-  return value ? std::optional(std::get<Type>(*value)) : std::nullopt;
+std::optional<Type> as(const PropertyValue* value) {
+  return value != nullptr ? std::optional(std::get<Type>(*value)) : std::nullopt;
 }
 
 template <typename Enumerated>
-std::optional<Enumerated> oneOf(const std::optional<PropertyValue>& value) {
-  return value ? EnumeratedTextAccess<Enumerated>::read(std::get<std::string>(*value)) : std::nullopt;
+std::optional<Enumerated> oneOf(const PropertyValue* value) {
+  return value != nullptr ? EnumeratedTextAccess<Enumerated>::read(std::get<std::string>(*value)) : std::nullopt;
 }
 
 using Arguments = TranscodeCliArguments;
@@ -95,32 +100,38 @@ using Value = std::optional<PropertyValue>;
 
 constexpr auto propertyRules = std::to_array<PropertyRules>({
     {"inputFiles", [](const Arguments& arguments) -> Value { return arguments.inputFiles(); },
-     [](Arguments& arguments, const Value& value) { arguments.setInputFiles(as<Paths>(value)); }},
+     [](Arguments& arguments, const PropertyValue* value) { arguments.setInputFiles(as<Paths>(value)); }},
     {"includeVideo", [](const Arguments& arguments) -> Value { return arguments.includeVideo(); },
-     [](Arguments& arguments, const Value& value) { arguments.setOmitVideo(!as<bool>(value).value_or(true)); }},
+     [](Arguments& arguments, const PropertyValue* value) { arguments.setOmitVideo(!as<bool>(value).value_or(true)); }},
     {"includeAudio", [](const Arguments& arguments) -> Value { return arguments.includeAudio(); },
-     [](Arguments& arguments, const Value& value) { arguments.setIncludeAudio(as<bool>(value).value_or(true)); }},
+     [](Arguments& arguments, const PropertyValue* value) {
+       arguments.setIncludeAudio(as<bool>(value).value_or(true));
+     }},
     {"copyAudio", [](const Arguments& arguments) -> Value { return arguments.copyAudio(); },
-     [](Arguments& arguments, const Value& value) { arguments.setCopyAudio(as<bool>(value).value_or(false)); }},
+     [](Arguments& arguments, const PropertyValue* value) { arguments.setCopyAudio(as<bool>(value).value_or(false)); }},
     {"ignoredAudioFileTracks",
      [](const Arguments& arguments) -> Value {
        TrackNumbers tracks;
        arguments.enumerateIgnoredAudioFileTracks([&tracks](std::int64_t track) { tracks.push_back(track); });
        return tracks.empty() ? Value() : Value(std::move(tracks));
      },
-     [](Arguments& arguments, const Value& value) {
+     [](Arguments& arguments, const PropertyValue* value) {
        arguments.setIgnoredAudioFileTracks(as<TrackNumbers>(value).value_or(TrackNumbers()));
      }},
     {"includeTimecode", [](const Arguments& arguments) -> Value { return arguments.includeTimecode(); },
-     [](Arguments& arguments, const Value& value) { arguments.setIncludeTimecode(as<bool>(value).value_or(false)); }},
+     [](Arguments& arguments, const PropertyValue* value) {
+       arguments.setIncludeTimecode(as<bool>(value).value_or(false));
+     }},
     {"timecodeSource",
      [](const Arguments& arguments) -> Value {
        const auto source = arguments.timecodeSource();
        return source ? Value(std::string(rawValue(*source))) : Value();
      },
-     [](Arguments& arguments, const Value& value) { arguments.setTimecodeSource(oneOf<TimecodeSource>(value)); }},
+     [](Arguments& arguments, const PropertyValue* value) {
+       arguments.setTimecodeSource(oneOf<TimecodeSource>(value));
+     }},
     {"timecode", nullptr,
-     [](Arguments& arguments, const Value& value) { arguments.setTimecode(as<TimecodeComponents>(value)); }},
+     [](Arguments& arguments, const PropertyValue* value) { arguments.setTimecode(as<TimecodeComponents>(value)); }},
 });
 
 constexpr const PropertyRules* rulesOf(const TranscodeProperty& property) noexcept {
@@ -168,6 +179,25 @@ std::string textOf(const PropertyValue& value) {
       value);
 }
 
+template <typename Type>
+std::size_t alternativeOf() {
+  return PropertyValue(std::in_place_type<Type>).index();
+}
+
+/// Returns which alternative of a PropertyValue holds properties of the kind.
+std::size_t alternativeOf(PropertyKind kind) {
+  if (kind == PropertyKind::onOff) return alternativeOf<bool>();
+  if (kind == PropertyKind::files) return alternativeOf<Paths>();
+  if (kind == PropertyKind::trackNumbers) return alternativeOf<TrackNumbers>();
+  return withAccess(kind, []<typename Access>(Access /*access*/) {
+    if constexpr (isHeldAsText<Access>) {
+      return alternativeOf<std::string>();
+    } else {
+      return alternativeOf<typename Access::Value>();
+    }
+  });
+}
+
 bool isFinite(const PropertyValue& value) {
   if (const auto* const number = std::get_if<float>(&value)) return std::isfinite(*number);
   const auto* const size = std::get_if<Size>(&value);
@@ -211,9 +241,7 @@ std::optional<PropertyValue> parsedText(const TranscodeProperty& property, std::
   return withAccess(property.kind, [text]<typename Access>(Access access) -> std::optional<PropertyValue> {
     auto value = access.read(text);
     if (!value) return std::nullopt;
-    // Those that a PropertyValue holds as texts.
-    if constexpr (HasCases<Access> || std::is_same_v<typename Access::Value, std::string_view> ||
-                  std::is_same_v<typename Access::Value, Url>) {
+    if constexpr (isHeldAsText<Access>) {
       return std::string(access.write(*value));
     } else {
       return *std::move(value);
@@ -250,35 +278,66 @@ std::optional<PropertyValue> valueOfInput(const TranscodeProperty& property, std
   return value && isFinite(*value) ? std::move(value) : std::nullopt;
 }
 
+/// Member by member, since GCC 12 destroys what it has not made yet if memory runs out within nested braces.
+PropertyError errorOf(PropertyErrorCode code, std::string_view name, std::string detail = {}, std::string advice = {}) {
+  PropertyError error;
+  error.code = code;
+  error.place = name;
+  error.detail = std::move(detail);
+  error.advice = std::move(advice);
+  return error;
+}
+
 PropertyError invalidValue(const TranscodeProperty& property, std::string_view input) {
   const auto nearest = nearestText(input, allowedTexts(property));
-  return {{PropertyErrorCode::invalidValue, std::string(property.name),
-           inQuotes(input) + " is not " + std::string(description(property.kind))},
-          (nearest ? "did you mean " + std::string(*nearest) + "? " : "") + "expected " + expectedForm(property)};
+  return errorOf(
+      PropertyErrorCode::invalidValue, property.name,
+      inQuotes(input) + " is not " + std::string(description(property.kind)),
+      (nearest ? "did you mean " + std::string(*nearest) + "? " : "") + "expected " + expectedForm(property));
+}
+
+/// Returns success if an argument may have this text.
+Expected<void, PropertyError> checkArgument(const TranscodeProperty& property, std::string_view text) {
+  if (text.find('\0') != std::string_view::npos) {
+    return Unexpected(errorOf(PropertyErrorCode::containsNul, property.name, inQuotes(text)));
+  }
+  if (!trimmed(text).starts_with('-')) return {};
+  const bool isPath = property.kind == PropertyKind::path || property.kind == PropertyKind::file ||
+                      property.kind == PropertyKind::files;
+  return Unexpected(errorOf(PropertyErrorCode::beginsWithDash, property.name, inQuotes(text),
+                            isPath ? "begin the path with \"./\"" : "use a value that begins with another character"));
 }
 
 /// Sets the property to a value that is valid for it.
 Expected<void, PropertyError> setValidValue(TranscodeCliArguments& arguments, const TranscodeProperty& property,
                                             const PropertyValue& value) {
-  const auto* const paths = std::get_if<Paths>(&value);
-  for (const std::string& text : paths != nullptr ? *paths : Paths{textOf(value)}) {
-    if (text.find('\0') != std::string::npos) {
-      return Unexpected(PropertyError{{PropertyErrorCode::containsNul, std::string(property.name), inQuotes(text)}});
+  std::string made;
+  std::string_view text;
+  if (const auto* const paths = std::get_if<Paths>(&value)) {
+    for (const std::string& each : *paths) {
+      if (auto checked = checkArgument(property, each); !checked) return checked;
     }
-    if (!trimmed(text).starts_with('-')) continue;
-    const bool isPath = property.kind == PropertyKind::path || property.kind == PropertyKind::file || paths != nullptr;
-    return Unexpected(
-        PropertyError{{PropertyErrorCode::beginsWithDash, std::string(property.name), inQuotes(text)},
-                      isPath ? "begin the path with \"./\"" : "use a value that begins with another character"});
+  } else if (!std::holds_alternative<bool>(value)) {
+    const auto* const held = std::get_if<std::string>(&value);
+    if (held == nullptr) made = textOf(value);
+    text = held != nullptr ? *held : made;
+    if (auto checked = checkArgument(property, text); !checked) return checked;
   }
   if (const PropertyRules* const rules = rulesOf(property)) {
-    rules->set(arguments, value);
+    rules->set(arguments, &value);
   } else if (const auto* const isOn = std::get_if<bool>(&value)) {
     arguments.setArgumentFlagValue(property.flag, *isOn ? std::optional("") : std::nullopt);
   } else {
-    arguments.setArgumentFlagValue(property.flag, textOf(value));
+    arguments.setArgumentFlagValue(property.flag, text);
   }
   return {};
+}
+
+/// Returns whether the value is one that the kind has whatever its text, so that its text need not be parsed.
+bool isPlainlyValid(PropertyKind kind, const PropertyValue& value) {
+  using enum PropertyKind;
+  if (kind == number || kind == frameRate) return isFinite(value);
+  return kind == onOff || kind == integer || kind == text || kind == path || kind == file || kind == files;
 }
 
 /// Returns what a name that no property has is probably meant to be: a flag with or without its dash, a misspelt name,
@@ -310,7 +369,7 @@ std::string adviceOnProperty(std::string_view name) {
 
 Expected<const TranscodeProperty*, PropertyError> transcodePropertyNamed(std::string_view name) {
   if (const TranscodeProperty* const property = findTranscodeProperty(name)) return property;
-  return Unexpected(PropertyError{{PropertyErrorCode::unknownProperty, std::string(name)}, adviceOnProperty(name)});
+  return Unexpected(errorOf(PropertyErrorCode::unknownProperty, name, {}, adviceOnProperty(name)));
 }
 
 std::vector<const TranscodeProperty*> propertiesOfFlag(std::string_view flag) {
@@ -362,20 +421,18 @@ Expected<void, PropertyError> setPropertyText(TranscodeCliArguments& arguments, 
 
 Expected<void, PropertyError> setPropertyValue(TranscodeCliArguments& arguments, const TranscodeProperty& property,
                                                const PropertyValue& value) {
-  const auto ofExample = valueOfInput(property, property.example);
-  if (ofExample && ofExample->index() != value.index()) {
-    return Unexpected(PropertyError{{PropertyErrorCode::wrongType, std::string(property.name)}});
+  if (value.index() != alternativeOf(property.kind)) {
+    return Unexpected(errorOf(PropertyErrorCode::wrongType, property.name));
   }
-  // As text, a path with a newline would become two.
-  const bool isPaths = property.kind == PropertyKind::files && std::holds_alternative<Paths>(value);
-  const auto valid = isPaths ? value : valueOfInput(property, textOf(value));
+  if (isPlainlyValid(property.kind, value)) return setValidValue(arguments, property, value);
+  const auto valid = valueOfInput(property, textOf(value));
   if (!valid) return Unexpected(invalidValue(property, textOf(value)));
   return setValidValue(arguments, property, *valid);
 }
 
 void removeProperty(TranscodeCliArguments& arguments, const TranscodeProperty& property) {
   if (const PropertyRules* const rules = rulesOf(property)) {
-    rules->set(arguments, std::nullopt);
+    rules->set(arguments, nullptr);
   } else {
     arguments.setArgumentFlagValue(property.flag, std::nullopt);
   }

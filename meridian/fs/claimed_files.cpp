@@ -22,6 +22,14 @@ ClaimError errorOf(ClaimErrorCode code, std::string_view place, const std::error
 /// Creates the files of one claim.
 class FileCreator {
  public:
+  FileCreator() = default;
+  FileCreator(const FileCreator&) = delete;
+  FileCreator& operator=(const FileCreator&) = delete;
+  /// Removes what was created, unless it is kept.
+  ~FileCreator() {
+    for (const CreatedFile& file : created_) static_cast<void>(removeEmptyFile(file.path, file.identity));
+  }
+
   /// Returns true if one of the paths is in use; otherwise creates their files. Returns false after an error, too: no
   /// other number would help.
   bool areTaken(std::span<const std::string> paths) {
@@ -51,6 +59,8 @@ class FileCreator {
 
   [[nodiscard]] const std::optional<ClaimError>& error() const noexcept { return error_; }
 
+  void keep() noexcept { created_.clear(); }
+
  private:
   struct CreatedFile {
     std::string path;
@@ -77,15 +87,21 @@ class FileCreator {
   std::optional<ClaimError> error_;
 };
 
-/// Creates the files at the first paths of the scheme that are unused.
+/// Creates the files at the first paths of the scheme that are unused. The extensions are those of the paths in turn;
+/// there may be none.
 template <typename Scheme>
-Claim claimOf(const Scheme& scheme) {
+Claim claimOf(const Scheme& scheme, std::span<const std::string> extensions = {}) {
   FileCreator creator;
   const std::string suffix =
       detail::unusedSuffix(scheme, [&creator](std::span<const std::string> paths) { return creator.areTaken(paths); });
   if (creator.error()) return Unexpected(*creator.error());
   std::vector<ClaimedFile> files;
-  for (std::string& path : scheme.paths(suffix)) files.push_back({Url::fromFilePath(std::move(path)), {}});
+  for (std::string& path : scheme.paths(suffix)) {
+    const std::size_t place = files.size();
+    files.push_back({Url::fromFilePath(std::move(path)),
+                     extensions.empty() ? std::string() : extensions[place % extensions.size()]});
+  }
+  creator.keep();
   return files;
 }
 
@@ -145,12 +161,7 @@ Claim claimConsistentFiles(std::span<const Url> directories, std::string_view fi
   for (const std::string& extension : extensions) {
     if (const std::string name = scheme.name({}, extension); !isFileName(name)) return unusableName(name);
   }
-  Claim claim = claimOf(scheme);
-  if (!claim) return claim;
-  for (std::size_t place = 0; place < claim->size(); ++place) {
-    (*claim)[place].extension = scheme.extensions()[place % scheme.extensions().size()];
-  }
-  return claim;
+  return claimOf(scheme, scheme.extensions());
 }
 
 }  // namespace meridian::inline v0_2

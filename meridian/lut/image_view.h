@@ -37,6 +37,7 @@ concept ImageSample =
 enum class ImageErrorCode : std::uint8_t {
   noSamples,
   unusableStride,
+  misalignedSamples,
   unequalSizes,
   unusableBitDepth,
   unusableRange,
@@ -50,6 +51,8 @@ struct EnumerationTable<ImageErrorCode> {
       {ImageErrorCode::unusableStride, "unusableStride",
        "a stride is not a whole number of samples, rows or pixels overlap, or offsets overflow",
        "give strides in bytes: multiples of a sample's size, for rows at least a row"},
+      {ImageErrorCode::misalignedSamples, "misalignedSamples",
+       "the samples do not begin at a multiple of their size in memory", "copy them into memory of their own type"},
       {ImageErrorCode::unequalSizes, "unequalSizes", "source and destination differ in width or height",
        "use images of one size"},
       {ImageErrorCode::unusableBitDepth, "unusableBitDepth",
@@ -155,6 +158,7 @@ struct ImageView {
       const ImagePlane<Sample>& plane = planes[channel];
       if (plane.samples == nullptr && channel == 3) continue;
       if (plane.samples == nullptr) return Unexpected(ImageErrorCode::noSamples);
+      if (!isAligned(plane)) return Unexpected(ImageErrorCode::misalignedSamples);
       if (!hasUsableStrides(plane)) return Unexpected(ImageErrorCode::unusableStride);
     }
     return {};
@@ -172,6 +176,11 @@ struct ImageView {
   }
 
  private:
+  [[nodiscard]] static constexpr bool isAligned(const ImagePlane<Sample>& plane) noexcept {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): only the address counts.
+    return std::is_constant_evaluated() || reinterpret_cast<std::uintptr_t>(plane.samples) % alignof(Sample) == 0;
+  }
+
   [[nodiscard]] constexpr bool hasUsableStrides(const ImagePlane<Sample>& plane) const noexcept {
     constexpr auto size = static_cast<std::ptrdiff_t>(sizeof(Sample));
     if (plane.rowStride % size != 0 || plane.pixelStride % size != 0 || plane.pixelStride < size) return false;

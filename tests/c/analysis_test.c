@@ -9,7 +9,7 @@
 static void check_words(const MeridianAnalysis* analysis, const char* expected) {
   char joined[512] = "";
   MeridianTexts* words = meridian_analysis_command_line_create(analysis, NULL);
-  for (const char* const* word = meridian_texts_words(words); *word != NULL; ++word) strcat(strcat(joined, *word), " ");
+  for (char* const* word = meridian_texts_words(words); *word != NULL; ++word) strcat(strcat(joined, *word), " ");
   CHECK_TEXT(meridian_text(joined), expected);
   meridian_texts_destroy(words);
 }

@@ -22,7 +22,7 @@ static MeridianArguments* store_of(const char* const* words) {
 static void check_command_line(const MeridianArguments* arguments, const char* expected) {
   char joined[512] = "";
   MeridianTexts* words = meridian_arguments_command_line_create(arguments, NULL);
-  const char* const* word = meridian_texts_words(words);
+  char* const* word = meridian_texts_words(words);
   for (size_t index = 0; index < meridian_texts_count(words); ++index) {
     CHECK_TEXT(meridian_texts_at(words, index), word[index]);
     if (index > 0) strcat(joined, " ");
@@ -45,7 +45,8 @@ static void stores_are_made_from_words_main_dictionaries_and_json(void) {
   const MeridianEntry entries[] = {{meridian_text("-VR"), meridian_text("25")},
                                    {meridian_text("-out"), meridian_text("/out/A.mov")},
                                    {meridian_text("-foo"), meridian_text("1")}};
-  MeridianArguments* stores[4] = {store_of(words + 1), meridian_arguments_create_from_main(7, words, false, NULL),
+  static char* main_words[] = {"program", "-VR", "25", "-out", "/out/A.mov", "-foo", "1", NULL};
+  MeridianArguments* stores[4] = {store_of(words + 1), meridian_arguments_create_from_main(7, main_words, false, NULL),
                                   meridian_arguments_create_from_dictionary(entries, COUNT(entries), NULL), NULL};
   MeridianString* json = meridian_arguments_json_create(stores[0], NULL);
   stores[3] = meridian_arguments_create_from_json(meridian_string_text(json), NULL);
@@ -65,6 +66,15 @@ static void stores_are_made_from_words_main_dictionaries_and_json(void) {
       meridian_string_text(json),
       "{\"flagValueLookup\":{\"-vr\":\"25\",\"-out\":\"/out/A.mov\"},\"invalidKeyValueLookup\":{\"-foo\":\"1\"}}");
   meridian_string_destroy(json);
+}
+
+static void the_last_of_equal_entries_of_a_dictionary_wins(void) {
+  const MeridianEntry entries[] = {{meridian_text("-VR"), meridian_text("24")},
+                                   {meridian_text("-vr"), meridian_text("25")},
+                                   {meridian_text("-VR"), meridian_text("30")}};
+  MeridianArguments* arguments = meridian_arguments_create_from_dictionary(entries, COUNT(entries), NULL);
+  CHECK_TEXT(meridian_arguments_value(arguments, "-vr"), "30");
+  meridian_arguments_destroy(arguments);
 }
 
 static void json_that_cannot_be_read_is_an_error(void) {
@@ -309,6 +319,7 @@ static void a_vector_that_reads_back_differently_is_warned_of(void) {
 
 int main(void) {
   stores_are_made_from_words_main_dictionaries_and_json();
+  the_last_of_equal_entries_of_a_dictionary_wins();
   json_that_cannot_be_read_is_an_error();
   texts_may_hold_any_bytes();
   flags_are_set_and_removed();

@@ -5,9 +5,11 @@
 #include <map>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "meridian/c/constants.h"
 #include "meridian/cli/transcode_flags.h"
+#include "meridian/cli/transcode_property_list.h"
 #include "meridian/cli/transcode_values.h"
 #include "meridian/media/avm_constants.h"
 #include "meridian/media/media_names.h"
@@ -62,6 +64,22 @@ TEST(CConstants, AreAsManyAsTheTablesOfCppHave) {
   EXPECT_EQ(found["SAV"], meridian::flagDescriptions.size() + typedValues + untypedValues);
   // Makers, containers, recording formats, series, codecs.
   EXPECT_EQ(found["SLV"], 17U + 10U + 5U + 12U + 15U);
+}
+
+TEST(CProperties, EachPropertyButTheListsHasItsFunctions) {
+  std::vector<std::string_view> names;
+#define MERIDIAN_C_PROPERTY_SWITCH(name, function, type) names.emplace_back(#name);
+#define MERIDIAN_C_PROPERTY_VALUE(name, function, type) names.emplace_back(#name);
+#define MERIDIAN_C_PROPERTY_TEXT(name, function, type) names.emplace_back(#name);
+#define MERIDIAN_C_PROPERTY_FILE(name, function, type) names.emplace_back(#name);
+#include "meridian/c/properties.def"
+  std::vector<std::string_view> expected;
+  for (const auto& property : meridian::transcodeProperties) {
+    const bool isList =
+        property.kind == meridian::PropertyKind::files || property.kind == meridian::PropertyKind::trackNumbers;
+    if (!isList) expected.push_back(property.name);
+  }
+  EXPECT_EQ(names, expected);
 }
 
 TEST(CConstants, IncludeEveryFlag) {

@@ -107,9 +107,10 @@ static void planes_strides_ranges_and_options_count(const MeridianLut* lut) {
 static void images_that_cannot_be_used_are_errors(const MeridianLut* lut) {
   uint16_t samples[12] = {0};
   const MeridianImage usable = meridian_image_packed(MERIDIAN_SAMPLES_UINT16, samples, 3, 2, 2);
-  MeridianImage images[6];
-  static const char* const codes[COUNT(images)] = {"noSamples",        "unusableStride", "unequalSizes",
-                                                   "unusableBitDepth", "unusableRange",  "otherFormat"};
+  MeridianImage images[11];
+  static const char* const codes[COUNT(images)] = {
+      "noSamples",   "unusableStride", "unequalSizes",  "unusableBitDepth", "unusableRange",    "otherFormat",
+      "otherFormat", "unusableRange",  "unusableRange", "unusableRange",    "misalignedSamples"};
   for (size_t index = 0; index < COUNT(images); ++index) images[index] = usable;
   images[0] = meridian_image_packed(MERIDIAN_SAMPLES_UINT16, samples, 5, 2, 2);
   images[1].planes[1].row_stride = 3;
@@ -118,6 +119,11 @@ static void images_that_cannot_be_used_are_errors(const MeridianLut* lut) {
   images[4].range = MERIDIAN_RANGE_LIMITED;
   images[4].bit_depth = 7;
   images[5].samples = MERIDIAN_SAMPLES_FLOAT;
+  images[6].samples = 9;
+  images[7].range = 7;
+  images[8].range = 256;
+  images[9].range = -1;
+  images[10].planes[2].samples = (char*)samples + 1;
   for (size_t index = 0; index < COUNT(images); ++index) {
     MeridianError* error = NULL;
     CHECK(!meridian_lut_apply(lut, &usable, &images[index], NULL, 1, &error));
