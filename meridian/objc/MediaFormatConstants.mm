@@ -15,7 +15,7 @@ namespace {
 
 /// Passes texts to a block. Must not be null.
 auto passingTo(MeridianTextBlock block) {
-  return [block](std::string_view text, bool& stop) {
+  return [=](std::string_view text, bool& stop) {
     BOOL objcStop = NO;
     callBlock(block, stringOf(text), &objcStop);
     stop = objcStop;
@@ -24,7 +24,7 @@ auto passingTo(MeridianTextBlock block) {
 
 /// Passes texts to a function. Must not be null.
 auto passingTo(MeridianTextFunction function, void* context) {
-  return [function, context](std::string_view text, bool& stop) {
+  return [=](std::string_view text, bool& stop) {
     BOOL objcStop = NO;
     function(stringOf(text), &objcStop, context);
     stop = objcStop;

@@ -121,6 +121,10 @@ MeridianLutImage MeridianLutImageMakePacked(MeridianSampleType sampleType, void*
   return packed<float>(sampleType, samples, channels, width, height);
 }
 
+@interface ParsedLutFile (MeridianInternals)
+- (id)initWithoutLut;
+@end
+
 @implementation ParsedLutFile
 
 static const Lut& lutOf(ParsedLutFile* file) { return *static_cast<const Lut*>(file->_lut); }

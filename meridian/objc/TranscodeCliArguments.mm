@@ -130,13 +130,16 @@ void failToDecode(NSCoder* coder, NSString* key, NSString* expected) {
 
 }  // namespace
 
+@interface TranscodeCliArguments (MeridianInternals)
+- (id)initWithoutStore;
+@end
+
 @implementation TranscodeCliArguments
 
 static Store& storeOf(TranscodeCliArguments* arguments) { return *static_cast<Store*>(arguments->_store); }
 
 /// Gives a new object the store that the work makes; frees the object if that raises an exception.
-template <typename Work>
-static id initialized(TranscodeCliArguments* arguments, Work&& work) {
+static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> work) {
   if (arguments == nil) return nil;
   @try {
     returned([&] { arguments->_store = new Store(work()); });
@@ -373,9 +376,11 @@ static id initialized(TranscodeCliArguments* arguments, Work&& work) {
   returned([&] {
     Store::InputFileGroups taken;
     if (groups != nil) {
-      for (id number in required(groups, [NSDictionary class], "inputFileGroups")) {
-        taken[[required(number, [NSNumber class], "the number of a group") longLongValue]] =
-            m::objc::textsOf([groups objectForKey:number], "a group of input files");
+      NSArray* const numbers = [required(groups, [NSDictionary class], "inputFileGroups") allKeys];
+      for (NSUInteger place = 0; place < [numbers count]; ++place) {
+        id const number = [numbers objectAtIndex:place];
+        const std::int64_t group = [required(number, [NSNumber class], "the number of a group") longLongValue];
+        taken[group] = m::objc::textsOf([groups objectForKey:number], "a group of input files");
       }
     }
     storeOf(self).setInputFileGroups(taken);
@@ -398,7 +403,9 @@ static id initialized(TranscodeCliArguments* arguments, Work&& work) {
   returned([&] {
     std::vector<std::int64_t> numbers;
     if (tracks != nil) {
-      for (id track in required(tracks, [NSArray class], "ignoredAudioFileTracks")) {
+      required(tracks, [NSArray class], "ignoredAudioFileTracks");
+      for (NSUInteger place = 0; place < [tracks count]; ++place) {
+        id const track = [tracks objectAtIndex:place];
         numbers.push_back([required(track, [NSNumber class], "the number of a track") longLongValue]);
       }
     }

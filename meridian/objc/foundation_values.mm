@@ -68,8 +68,10 @@ NSArray* arrayOf(const std::vector<std::string>& texts) {
 
 std::vector<std::string> textsOf(id array, std::string_view name) {
   std::vector<std::string> texts;
-  for (id string in required(array, [NSArray class], name)) {
-    texts.push_back(textOf(string, "an element of " + std::string(name)));
+  // GCC's Objective-C++ has no fast enumeration.
+  required(array, [NSArray class], name);
+  for (NSUInteger place = 0; place < [array count]; ++place) {
+    texts.push_back(textOf([array objectAtIndex:place], "an element of " + std::string(name)));
   }
   return texts;
 }
@@ -83,7 +85,9 @@ NSDictionary* dictionaryOf(const TextDictionary& dictionary) {
 bool getDictionary(id object, TextDictionary& dictionary) {
   if (![object isKindOfClass:[NSDictionary class]]) return false;
   std::vector<std::pair<std::string, std::string>> entries;
-  for (id key in object) {
+  NSArray* const keys = [object allKeys];
+  for (NSUInteger place = 0; place < [keys count]; ++place) {
+    id const key = [keys objectAtIndex:place];
     auto& [keyText, valueText] = entries.emplace_back();
     if (!getText(key, keyText) || !getText([object objectForKey:key], valueText)) return false;
   }
