@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "meridian/base/text.h"
+
 #import <Meridian/Errors.h>
 
 NSString* const MeridianErrorNameKey = @"MeridianErrorName";
@@ -33,7 +35,6 @@ id required(id object, Class type, std::string_view name) {
 }
 
 NSString* stringOf(std::string_view text) {
-  // The literal "" is no view's data: a view of nothing may have none.
   if (text.empty()) return @"";
   NSString* const string = [[[NSString alloc] initWithBytes:text.data()
                                                      length:text.size()
@@ -49,7 +50,8 @@ bool getText(id object, std::string& text) {
   NSData* const data = [object dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:NO];
   if (data == nil) return false;
   text.assign(static_cast<const char*>([data bytes]), [data length]);
-  return true;
+  // GNUstep encodes half a surrogate pair.
+  return isValidUtf8(text);
 }
 
 std::string textOf(id string, std::string_view name) {

@@ -64,8 +64,7 @@
 #define NS_UNAVAILABLE
 #endif
 
-/* Declares a property of a class. Without class properties in the compiler it is a pair of class methods, which are
-   called with the same dot. */
+/* Declares a property of a class: without class properties in the compiler, class methods of the same names. */
 #if MERIDIAN_HAS_FEATURE(objc_class_property)
 #define MERIDIAN_CLASS_PROPERTY(type, name) @property(class, nonatomic, readonly) type name
 #define MERIDIAN_SETTABLE_CLASS_PROPERTY(type, name, setter) @property(class, nonatomic, copy) type name
