@@ -89,9 +89,8 @@ void require(Callback callback) {
 
 + (void)enumerateContainersForFileExtension:(NSString*)fileExtension block:(MeridianTextBlock)block {
   require(block);
-  returned([&] {
-    Table::enumerateContainersForFileExtension(textOf(fileExtension, "the extension"), passingTo(block));
-  });
+  returned(
+      [&] { Table::enumerateContainersForFileExtension(textOf(fileExtension, "the extension"), passingTo(block)); });
 }
 
 + (void)enumerateContainersForFileExtension:(NSString*)fileExtension

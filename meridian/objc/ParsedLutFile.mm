@@ -51,7 +51,9 @@ struct Lut {
 
 using Applied = m::Expected<void, m::ImageErrorCode>;
 
-m::CodeValueFormat formatOf(const MeridianLutImage& image) { return {image.bitDepth, static_cast<m::CodeValueRange>(image.range)}; }
+m::CodeValueFormat formatOf(const MeridianLutImage& image) {
+  return {image.bitDepth, static_cast<m::CodeValueRange>(image.range)};
+}
 
 template <typename Sample>
 m::ImageView<Sample> viewOf(const MeridianLutImage& image) {
@@ -133,7 +135,7 @@ static const Lut& lutOf(ParsedLutFile* file) { return *static_cast<const Lut*>(f
 static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
   const bool isCube = lut->facts.dimensions == m::LutDimensions::cube;
   const bool isInteger = lut->facts.valueType == m::LutValueType::integer;
-  Class const type = !isCube       ? [ParsedOneDimensionLutFile class]
+  Class const type = !isCube     ? [ParsedOneDimensionLutFile class]
                      : isInteger ? [ParsedThreeDimensionalIntegerFile class]
                                  : [ParsedThreeDimensionalFloatingPointFile class];
   ParsedLutFile* const object = [[type alloc] initWithoutLut];
@@ -236,10 +238,10 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
   BOOL isDone = NO;
   const auto thrown = m::objc::guarded([&] {
     const auto most = static_cast<NSUInteger>(std::numeric_limits<unsigned>::max());
-    const Applied applied =
-        apply(*lutOf(self).file, *source, *destination, options, static_cast<unsigned>(threads < most ? threads : most));
-    isDone = applied ? YES
-                     : m::objc::failed(error, MeridianImageErrorDomain, m::Error<m::ImageErrorCode>{applied.error()});
+    const Applied applied = apply(*lutOf(self).file, *source, *destination, options,
+                                  static_cast<unsigned>(threads < most ? threads : most));
+    isDone =
+        applied ? YES : m::objc::failed(error, MeridianImageErrorDomain, m::Error<m::ImageErrorCode>{applied.error()});
   });
   if (thrown) m::objc::storeThrown(error, *thrown);
   return isDone;

@@ -243,32 +243,32 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
   NSString* failedKey = nil;
   NSString* expected = @"a dictionary from strings to strings";
   self = initialized([self initWithoutStore], [&] {
-      Store::Stored stored;
-      NSSet* const dictionaryClasses = [NSSet setWithObjects:[NSDictionary class], [NSString class], nil];
-      if (!m::objc::getDictionary([coder decodeObjectOfClasses:dictionaryClasses forKey:lookupKey],
-                                  stored.flagValueLookup)) {
-        failedKey = lookupKey;
+    Store::Stored stored;
+    NSSet* const dictionaryClasses = [NSSet setWithObjects:[NSDictionary class], [NSString class], nil];
+    if (!m::objc::getDictionary([coder decodeObjectOfClasses:dictionaryClasses forKey:lookupKey],
+                                stored.flagValueLookup)) {
+      failedKey = lookupKey;
+    }
+    if ([coder containsValueForKey:invalidKey] && !m::objc::getDictionary([coder decodeObjectOfClasses:dictionaryClasses
+                                                                                                forKey:invalidKey],
+                                                                          stored.invalidKeyValueLookup.emplace())) {
+      failedKey = invalidKey;
+    }
+    if ([coder containsValueForKey:orderKey]) {
+      id const flags = [coder decodeObjectOfClasses:[NSSet setWithObjects:[NSArray class], [NSString class], nil]
+                                             forKey:orderKey];
+      auto& texts = stored.orderedFlags.emplace();
+      bool isList = [flags isKindOfClass:[NSArray class]];
+      for (NSUInteger place = 0; isList && place < [flags count]; ++place) {
+        isList = m::objc::getText([flags objectAtIndex:place], texts.emplace_back());
       }
-      if ([coder containsValueForKey:invalidKey] &&
-          !m::objc::getDictionary([coder decodeObjectOfClasses:dictionaryClasses forKey:invalidKey],
-                                  stored.invalidKeyValueLookup.emplace())) {
-        failedKey = invalidKey;
+      if (!isList) {
+        failedKey = orderKey;
+        expected = @"an array of strings";
       }
-      if ([coder containsValueForKey:orderKey]) {
-        id const flags =
-            [coder decodeObjectOfClasses:[NSSet setWithObjects:[NSArray class], [NSString class], nil] forKey:orderKey];
-        auto& texts = stored.orderedFlags.emplace();
-        bool isList = [flags isKindOfClass:[NSArray class]];
-        for (NSUInteger place = 0; isList && place < [flags count]; ++place) {
-          isList = m::objc::getText([flags objectAtIndex:place], texts.emplace_back());
-        }
-        if (!isList) {
-          failedKey = orderKey;
-          expected = @"an array of strings";
-        }
-      }
-      return Store::fromStored(std::move(stored));
-    });
+    }
+    return Store::fromStored(std::move(stored));
+  });
   if (failedKey == nil) return self;
   [self release];
   failToDecode(coder, failedKey, expected);
@@ -492,33 +492,33 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
   return isSet;
 }
 
-// The typed properties, from the list that the header was made from. One without a setter in C++ (`includeVideo`) is set
-// as it is by name.
-#define MERIDIAN_OBJC_SWITCH(name, Name)                                                               \
-  -(BOOL)name {                                                                                        \
-    return returned([&] { return storeOf(self).name(); });                                             \
-  }                                                                                                    \
-  -(void)set##Name : (BOOL)value {                                                                     \
-    returned([&] {                                                                                     \
-      [value]<typename Type>(Type& store) {                                                            \
-        if constexpr (requires { store.set##Name(true); }) {                                           \
-          store.set##Name(value != NO);                                                                \
-        } else {                                                                                       \
-          std::ignore = m::setPropertyValue(store, *m::findTranscodeProperty(#name), value != NO);     \
-        }                                                                                              \
-      }(storeOf(self));                                                                                \
-    });                                                                                                \
+// The typed properties, from the list that the header was made from. One without a setter in C++ (`includeVideo`) is
+// set as it is by name.
+#define MERIDIAN_OBJC_SWITCH(name, Name)                                                           \
+  -(BOOL)name {                                                                                    \
+    return returned([&] { return storeOf(self).name(); });                                         \
+  }                                                                                                \
+  -(void)set##Name : (BOOL)value {                                                                 \
+    returned([&] {                                                                                 \
+      [value]<typename Type>(Type& store) {                                                        \
+        if constexpr (requires { store.set##Name(true); }) {                                       \
+          store.set##Name(value != NO);                                                            \
+        } else {                                                                                   \
+          std::ignore = m::setPropertyValue(store, *m::findTranscodeProperty(#name), value != NO); \
+        }                                                                                          \
+      }(storeOf(self));                                                                            \
+    });                                                                                            \
   }
-#define MERIDIAN_OBJC_PROPERTY(name, Name, type)                                                       \
-  -(type)name {                                                                                        \
-    return returned([&]() -> type { return objectOf(storeOf(self).name()); });                         \
-  }                                                                                                    \
-  -(void)set##Name : (type)value {                                                                     \
-    returned([&] {                                                                                     \
-      std::string text;                                                                                \
-      using Value = ValueOf<decltype(storeOf(self).name())>;                                           \
-      storeOf(self).set##Name(valueOf<Value>(value, *m::findTranscodeProperty(#name), text));          \
-    });                                                                                                \
+#define MERIDIAN_OBJC_PROPERTY(name, Name, type)                                              \
+  -(type)name {                                                                               \
+    return returned([&]() -> type { return objectOf(storeOf(self).name()); });                \
+  }                                                                                           \
+  -(void)set##Name : (type)value {                                                            \
+    returned([&] {                                                                            \
+      std::string text;                                                                       \
+      using Value = ValueOf<decltype(storeOf(self).name())>;                                  \
+      storeOf(self).set##Name(valueOf<Value>(value, *m::findTranscodeProperty(#name), text)); \
+    });                                                                                       \
   }
 #include "objc/TranscodeProperties.def"
 

@@ -15,8 +15,7 @@ void raise(Thrown thrown) {
   if (thrown == Thrown::outOfMemory) {
     [[NSException exceptionWithName:NSMallocException reason:@"there is not enough memory" userInfo:nil] raise];
   }
-  [[NSException exceptionWithName:NSInternalInconsistencyException
-                           reason:@"Meridian failed unexpectedly"
+  [[NSException exceptionWithName:NSInternalInconsistencyException reason:@"Meridian failed unexpectedly"
                          userInfo:nil] raise];
   __builtin_unreachable();
 }

@@ -1,6 +1,7 @@
 // Keyed archives of a store, good and hostile.
 #include <string>
 
+#include "leaks.h"
 #include "pool.h"
 
 #import <Meridian/Meridian.h>
@@ -96,11 +97,15 @@ TEST_F(ObjectiveCArchive, OfAnythingElseFailsToDecode) {
     id value;
   };
   const Case cases[] = {
-      {@"flagValueLookup", [NSArray array]},      {@"flagValueLookup", @"-vr"},
-      {@"flagValueLookup", wrongValue},           {@"flagValueLookup", wrongKey},
+      {@"flagValueLookup", [NSArray array]},
+      {@"flagValueLookup", @"-vr"},
+      {@"flagValueLookup", wrongValue},
+      {@"flagValueLookup", wrongKey},
       {@"invalidKeyValueLookup", number},
-      {@"invalidKeyValueLookup", wrongValue},     {@"invalidKeyValueLookup", [NSArray arrayWithObject:@"-foo"]},
-      {@"orderedFlags", @"-vr"},                  {@"orderedFlags", empty},
+      {@"invalidKeyValueLookup", wrongValue},
+      {@"invalidKeyValueLookup", [NSArray arrayWithObject:@"-foo"]},
+      {@"orderedFlags", @"-vr"},
+      {@"orderedFlags", empty},
       {@"orderedFlags", [NSArray arrayWithObjects:@"-vr", number, nil]},
   };
   for (const Case& each : cases) {

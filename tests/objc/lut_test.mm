@@ -32,7 +32,8 @@ class ObjectiveCLut : public ObjectiveC {
     for (int row = 0; row < rows; ++row) {
       const double value = scale * row / (rows - 1);
       if (scale > 1) {
-        file << static_cast<int>(value) << ' ' << static_cast<int>(scale - value) << ' ' << static_cast<int>(value) << '\n';
+        file << static_cast<int>(value) << ' ' << static_cast<int>(scale - value) << ' ' << static_cast<int>(value)
+             << '\n';
       } else {
         file << value << ' ' << 1 - value << ' ' << value * value << '\n';
       }
@@ -118,7 +119,8 @@ TEST_F(ObjectiveCLut, IsAppliedToImagesAsInCpp) {
 
   // Planes with rows stored bottom up, in limited range, with every option.
   std::array<std::uint16_t, 24> planes{};
-  for (std::size_t place = 0; place < planes.size(); ++place) planes[place] = static_cast<std::uint16_t>(64 + 30 * place);
+  for (std::size_t place = 0; place < planes.size(); ++place)
+    planes[place] = static_cast<std::uint16_t>(64 + 30 * place);
   std::array<std::uint16_t, 24> expected = planes;
   MeridianLutImage image = {{}, 4, 2, MeridianSampleTypeUInt16, 10, MeridianCodeValueRangeLimited};
   m::ImageView<std::uint16_t> view{.width = 4, .height = 2, .format = {10, m::CodeValueRange::limited}};

@@ -19,16 +19,16 @@
 
 @end
 
-static NSArray *words(const char *line) {
+static NSArray* words(const char* line) {
   return [[NSString stringWithUTF8String:line] componentsSeparatedByString:@" "];
 }
 
-static TranscodeCliArguments *parsed(const char *line) {
+static TranscodeCliArguments* parsed(const char* line) {
   return [[[TranscodeCliArguments alloc] initWithCliArgs:words(line) maintainOriginalOrdering:YES] autorelease];
 }
 
 static void a_vector_is_read_queried_changed_and_rendered(void) {
-  TranscodeCliArguments *arguments = parsed("-VR 25 -out /Out/A.mov -foo 1 -overwrite");
+  TranscodeCliArguments* arguments = parsed("-VR 25 -out /Out/A.mov -foo 1 -overwrite");
   CHECK(![arguments allFlagsAreValid]);
   CHECK_EQUAL([arguments unknownFlags], words("-foo"));
   CHECK([arguments hasArgumentFlag:@" -out "] && ![arguments hasArgumentFlag:@"-OUT"]);
@@ -48,23 +48,24 @@ static void a_vector_is_read_queried_changed_and_rendered(void) {
 }
 
 static void a_dictionary_is_checked_and_one_that_is_set_is_not(void) {
-  NSDictionary *lookup =
-      [NSDictionary dictionaryWithObjectsAndKeys:@"ProRes422", @" -VCODEC", @"solvane_cloud", @"-preset", @"2", @"-bar", nil];
-  TranscodeCliArguments *arguments = [[[TranscodeCliArguments alloc] initWithArgumentLookup:lookup] autorelease];
-  NSMutableDictionary *cloud = [[[TranscodeCliArguments solvaneCloudPresetArguments] mutableCopy] autorelease];
+  NSDictionary* lookup = [NSDictionary
+      dictionaryWithObjectsAndKeys:@"ProRes422", @" -VCODEC", @"solvane_cloud", @"-preset", @"2", @"-bar", nil];
+  TranscodeCliArguments* arguments = [[[TranscodeCliArguments alloc] initWithArgumentLookup:lookup] autorelease];
+  NSMutableDictionary* cloud = [[[TranscodeCliArguments solvaneCloudPresetArguments] mutableCopy] autorelease];
   CHECK([cloud count] == 8 && [[TranscodeCliArguments solvaneProRes4444XQPresetArguments] count] == 3);
   [cloud setObject:@"prores422" forKey:SAVVideoFormatFlag];
   CHECK_EQUAL([arguments flagValueLookup], cloud);
   CHECK_EQUAL([arguments unknownFlags], words("-bar"));
 
   arguments = parsed("-vr 25 -dims 1x1");
-  [arguments setFlagValueLookup:[NSDictionary dictionaryWithObjectsAndKeys:@"30", @"-vr", @"X", @"-a", @"Y", @"-Z", nil]];
+  [arguments
+      setFlagValueLookup:[NSDictionary dictionaryWithObjectsAndKeys:@"30", @"-vr", @"X", @"-a", @"Y", @"-Z", nil]];
   CHECK_EQUAL([[arguments commandLine] componentsJoinedByString:@" "], @"-vr 30 -Z Y -a X");
 }
 
 static void a_copy_is_equal_and_independent(void) {
-  TranscodeCliArguments *arguments = parsed("-vr 25 -foo 1");
-  TranscodeCliArguments *copy = [[arguments copy] autorelease];
+  TranscodeCliArguments* arguments = parsed("-vr 25 -foo 1");
+  TranscodeCliArguments* copy = [[arguments copy] autorelease];
   CHECK_EQUAL(copy, arguments);
   CHECK([copy hash] == [arguments hash] && ![copy isEqual:@"-vr"]);
   copy.videoFrameRate = nil;
@@ -75,7 +76,7 @@ static void a_copy_is_equal_and_independent(void) {
 }
 
 static void inputs_tracks_and_sizes_are_objects_of_foundation(void) {
-  TranscodeCliArguments *arguments = parsed("-in_1_0 /b -in_0_0 /a -dims 1280x720 -ac_omit_2 -aspect_scaling crop");
+  TranscodeCliArguments* arguments = parsed("-in_1_0 /b -in_0_0 /a -dims 1280x720 -ac_omit_2 -aspect_scaling crop");
   CHECK_EQUAL([arguments inputFiles], words("/a /b"));
   CHECK_EQUAL([[arguments inputFileGroups] objectForKey:[NSNumber numberWithInt:1]], words("/b"));
   CHECK_EQUAL([arguments firstInputFile], @"/a");
@@ -94,18 +95,18 @@ static void inputs_tracks_and_sizes_are_objects_of_foundation(void) {
   CHECK([arguments isCommandRequested:SAVCliHelpFlag] && ![arguments isCommandRequested:SAVCliCodecsFlag]);
 }
 
-static void collect(NSString *text, BOOL *stop, void *context) {
-  NSMutableArray *texts = (NSMutableArray *)context;
+static void collect(NSString* text, BOOL* stop, void* context) {
+  NSMutableArray* texts = (NSMutableArray*)context;
   [texts addObject:text];
   *stop = [texts count] == 3;
 }
 
-static void collect_entry(NSString *flag, NSString *value, void *context) {
-  [(NSMutableArray *)context addObject:[flag stringByAppendingString:value]];
+static void collect_entry(NSString* flag, NSString* value, void* context) {
+  [(NSMutableArray*)context addObject:[flag stringByAppendingString:value]];
 }
 
 static void functions_enumerate_where_there_are_no_blocks(void) {
-  NSMutableArray *texts = [NSMutableArray array];
+  NSMutableArray* texts = [NSMutableArray array];
   [MediaFormatConstants enumerateValidFileExtensionsForMediaContainer:SLVMediaFileContainerMP4
                                                              function:collect
                                                               context:texts];
@@ -123,14 +124,14 @@ static void functions_enumerate_where_there_are_no_blocks(void) {
   [parsed("-foo 1 -bar") enumerateUnknownFlagsUsingFunction:collect_entry context:texts];
   CHECK_EQUAL(texts, words("-foo1 -bar"));
 
-  MediaFormatConstants *constants = [MediaFormatConstants sharedInstance];
+  MediaFormatConstants* constants = [MediaFormatConstants sharedInstance];
   CHECK(constants == [MediaFormatConstants sharedInstance]);
   CHECK([[constants cachedContainerFileExtensionLookup] count] == 9);
   CHECK_EQUAL([[constants valueForKey:@"cachedContainerFileExtensionLookup"] objectForKey:@"HDE"], words("arx"));
 }
 
 static void misuse_raises_and_changes_nothing(void) {
-  TranscodeCliArguments *arguments = parsed("-vr 25 -crop_anchor c");
+  TranscodeCliArguments* arguments = parsed("-vr 25 -crop_anchor c");
   id none = nil;
   MeridianTextFunction no_function = NULL;
   CHECK_RAISES(NSInvalidArgumentException, [arguments hasArgumentFlag:none]);
@@ -143,16 +144,17 @@ static void misuse_raises_and_changes_nothing(void) {
   CHECK_RAISES(NSInvalidArgumentException, [arguments setValue:@"middle" forKey:@"videoCropAnchor"]);
   CHECK_RAISES(NSInvalidArgumentException, [arguments setValue:@"1:2" forKey:@"timecode"]);
   CHECK_RAISES(NSInvalidArgumentException, [arguments setValue:@"puce" forKey:@"watermarkTextFontColor"]);
-  CHECK_RAISES(NSInvalidArgumentException, [arguments setValue:[[[HalfPair alloc] init] autorelease] forKey:@"watermarkText"]);
+  CHECK_RAISES(NSInvalidArgumentException, [arguments setValue:[[[HalfPair alloc] init] autorelease]
+                                                        forKey:@"watermarkText"]);
   CHECK_RAISES(NSInvalidArgumentException, [MediaFormatConstants enumerateContainersForFileExtension:@"mov"
-                                                                                           function:no_function
-                                                                                            context:NULL]);
+                                                                                            function:no_function
+                                                                                             context:NULL]);
   CHECK_EQUAL([arguments commandLine], words("-vr 25 -crop_anchor c"));
 }
 
 static void people_set_properties_as_text(void) {
-  TranscodeCliArguments *arguments = parsed("-vr 25");
-  NSError *error = nil;
+  TranscodeCliArguments* arguments = parsed("-vr 25");
+  NSError* error = nil;
   CHECK([arguments setText:@" PRORES422 " ofProperty:@"videoFormat" error:&error] && error == nil);
   CHECK_EQUAL(arguments.videoFormat, SAVProRes422);
   CHECK_EQUAL([arguments textOfProperty:@"videoFrameRate"], @"25");
@@ -177,7 +179,7 @@ static void texts_of_ffmpeg_are_read_and_set(void) {
 }
 
 int main(void) {
-  NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
   a_vector_is_read_queried_changed_and_rendered();
   a_dictionary_is_checked_and_one_that_is_set_is_not();
   a_copy_is_equal_and_independent();

@@ -67,7 +67,8 @@ TEST_F(ObjectiveCProperties, OfAnOpenTypeStoreAnyText) {
 
 TEST_F(ObjectiveCProperties, AreNilForATextThatIsNotValid) {
   TranscodeCliArguments* const arguments = emptyStore();
-  for (NSString* const flag : {SAVVideoFrameRateFlag, SAVVideoDimensionsFlag, SAVColorLutFileFlag, SAVTimecodeCustomFlag}) {
+  for (NSString* const flag :
+       {SAVVideoFrameRateFlag, SAVVideoDimensionsFlag, SAVColorLutFileFlag, SAVTimecodeCustomFlag}) {
     [arguments setArgumentFlagValue:@"" forFlag:flag];
   }
   for (NSString* const key : {@"videoFrameRate", @"videoDimensions", @"dimensionsSizeValue", @"lutFile", @"timecode"}) {

@@ -3,7 +3,7 @@
  * What compilers and versions of Foundation have in different forms: nullability, typed texts, element types of
  * collections, blocks. Whatever a compiler lacks becomes nothing, so that all of them read the same headers:
  *
- *     - (NSString *MERIDIAN_NULLABLE)argumentFlagValue:(NSString *)flag;
+ *     - (NSString* MERIDIAN_NULLABLE)argumentFlagValue:(NSString*)flag;
  */
 #ifndef MERIDIAN_DEFINES_H
 #define MERIDIAN_DEFINES_H
@@ -88,16 +88,16 @@ NS_ASSUME_NONNULL_BEGIN
    that of any object, so that a block from elsewhere can be handed on. */
 #ifdef __BLOCKS__
 /** Receives a text, and may set `stop` to end the enumeration. */
-typedef void (^MeridianTextBlock)(NSString *text, BOOL *stop);
+typedef void (^MeridianTextBlock)(NSString* text, BOOL* stop);
 /** Receives a flag and its value, empty for a flag without one. */
-typedef void (^MeridianEntryBlock)(NSString *flag, NSString *value);
+typedef void (^MeridianEntryBlock)(NSString* flag, NSString* value);
 #else
 typedef id MeridianTextBlock;
 typedef id MeridianEntryBlock;
 #endif
 /** Does what the block of the same name does, and receives the context that the caller passed. */
-typedef void (*MeridianTextFunction)(NSString *text, BOOL *stop, void *MERIDIAN_NULLABLE context);
-typedef void (*MeridianEntryFunction)(NSString *flag, NSString *value, void *MERIDIAN_NULLABLE context);
+typedef void (*MeridianTextFunction)(NSString* text, BOOL* stop, void* MERIDIAN_NULLABLE context);
+typedef void (*MeridianEntryFunction)(NSString* flag, NSString* value, void* MERIDIAN_NULLABLE context);
 
 NS_ASSUME_NONNULL_END
 

@@ -20,10 +20,10 @@
 NS_ASSUME_NONNULL_BEGIN
 
 /** The key of the code's name in the user info, such as "notOpened". */
-MERIDIAN_EXTERN NSString *const MeridianErrorNameKey;
+MERIDIAN_EXTERN NSString* const MeridianErrorNameKey;
 
 /** Why a file is not read as a LUT. */
-MERIDIAN_EXTERN NSString *const MeridianLutErrorDomain;
+MERIDIAN_EXTERN NSString* const MeridianLutErrorDomain;
 typedef NS_ENUM(NSInteger, MeridianLutError) {
   MeridianLutErrorXmlDocument,
   MeridianLutErrorUnsupportedExtension,
@@ -37,7 +37,7 @@ typedef NS_ENUM(NSInteger, MeridianLutError) {
 };
 
 /** Why a LUT cannot be applied to an image. */
-MERIDIAN_EXTERN NSString *const MeridianImageErrorDomain;
+MERIDIAN_EXTERN NSString* const MeridianImageErrorDomain;
 typedef NS_ENUM(NSInteger, MeridianImageError) {
   MeridianImageErrorNoSamples,
   MeridianImageErrorUnusableStride,
@@ -48,7 +48,7 @@ typedef NS_ENUM(NSInteger, MeridianImageError) {
 };
 
 /** Why a property cannot be set. */
-MERIDIAN_EXTERN NSString *const MeridianPropertyErrorDomain;
+MERIDIAN_EXTERN NSString* const MeridianPropertyErrorDomain;
 typedef NS_ENUM(NSInteger, MeridianPropertyError) {
   MeridianPropertyErrorUnknownProperty,
   MeridianPropertyErrorInvalidValue,

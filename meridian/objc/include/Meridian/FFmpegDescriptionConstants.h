@@ -15,13 +15,13 @@ NS_ASSUME_NONNULL_BEGIN
 @interface FFmpegDescriptionConstants : NSObject
 
 /** The tool's display name; initially "FFmpeg Utility". */
-MERIDIAN_SETTABLE_CLASS_PROPERTY(NSString *, utilityName, setUtilityName);
+MERIDIAN_SETTABLE_CLASS_PROPERTY(NSString*, utilityName, setUtilityName);
 /** The mask's name; initially "Video". */
-MERIDIAN_SETTABLE_CLASS_PROPERTY(NSString *, maskName, setMaskName);
+MERIDIAN_SETTABLE_CLASS_PROPERTY(NSString*, maskName, setMaskName);
 /** The metadata key of the encoder in the tool's output; initially "encoder". */
-MERIDIAN_SETTABLE_CLASS_PROPERTY(NSString *, encoderMetadataKey, setEncoderMetadataKey);
+MERIDIAN_SETTABLE_CLASS_PROPERTY(NSString*, encoderMetadataKey, setEncoderMetadataKey);
 /** The metadata key of the handler's name in the tool's output; initially "handler name". */
-MERIDIAN_SETTABLE_CLASS_PROPERTY(NSString *, handlerNameMetadataKey, setHandlerNameMetadataKey);
+MERIDIAN_SETTABLE_CLASS_PROPERTY(NSString*, handlerNameMetadataKey, setHandlerNameMetadataKey);
 
 @end
 

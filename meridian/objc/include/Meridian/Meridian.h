@@ -3,7 +3,7 @@
  * Meridian in Objective-C: the argument model of the transcoder, the constants that applications and the transcoder
  * share, and LUT files. For example:
  *
- *     TranscodeCliArguments *arguments = [[TranscodeCliArguments alloc] initWithCliArgs:words];
+ *     TranscodeCliArguments* arguments = [[TranscodeCliArguments alloc] initWithCliArgs:words];
  *     arguments.videoFrameRate = [NSNumber numberWithFloat:25];
  *     task.arguments = arguments.commandLine;
  *

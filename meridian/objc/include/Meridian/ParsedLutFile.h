@@ -2,7 +2,7 @@
  * \file
  * LUT files: open one, ask what it holds, apply it to samples and to whole images. For example, in place:
  *
- *     ParsedLutFile *lut = [ParsedLutFactory parsedLutFileAtURL:url error:&error];
+ *     ParsedLutFile* lut = [ParsedLutFactory parsedLutFileAtURL:url error:&error];
  *     MeridianLutImage image = MeridianLutImageMakePacked(MeridianSampleTypeUInt16, samples, 3, 3840, 2160);
  *     image.bitDepth = 10;
  *     if (lut == nil || ![lut applyToImage:&image destination:&image options:NULL threads:0 error:&error]) ...
@@ -42,7 +42,7 @@ typedef NS_ENUM(NSInteger, MeridianCodeValueRange) { MeridianCodeValueRangeFull,
 /** The samples of one channel. */
 typedef struct MeridianLutPlane {
   /** The sample of the upper left pixel; NULL if the image does not have the channel. */
-  void *MERIDIAN_NULLABLE samples;
+  void* MERIDIAN_NULLABLE samples;
   /** From a sample to the one below it, in bytes: at least a row; negative for rows stored bottom up. */
   ptrdiff_t rowStride;
   /** From a sample to its right neighbour, in bytes: larger than a sample where channels are interleaved. */
@@ -69,7 +69,7 @@ typedef struct MeridianLutImage {
  * so many samples do not fit into memory.
  */
 MERIDIAN_EXTERN MeridianLutImage MeridianLutImageMakePacked(MeridianSampleType sampleType,
-                                                            void *MERIDIAN_NULLABLE samples, NSInteger channels,
+                                                            void* MERIDIAN_NULLABLE samples, NSInteger channels,
                                                             size_t width, size_t height);
 
 /** How a LUT is applied to images. All NO are the defaults, which agree with the sampling of single pixels. */
@@ -90,22 +90,22 @@ typedef struct MeridianLutOptions {
  */
 @interface ParsedLutFile : NSObject {
  @private
-  void *_lut;
+  void* _lut;
 }
 
 /** LUTs come from ParsedLutFactory; returns nil. */
 - (instancetype MERIDIAN_NULLABLE)init NS_UNAVAILABLE;
 
 /** The file that it was read from. */
-@property(nonatomic, readonly) NSURL *file;
+@property(nonatomic, readonly) NSURL* file;
 @property(nonatomic, readonly) MeridianLutDimensions dimensions;
 /** Whether it holds code values, instead of floating point on the scale from 0 to 1. */
 @property(nonatomic, readonly) BOOL hasCodeValues;
 /** The points per axis of a cube, or the rows of a 1D LUT. */
 @property(nonatomic, readonly) int64_t size;
 /** The depth in bits of the code values that are looked up, and of those returned; nil for floating point. */
-@property(nonatomic, readonly) NSNumber *MERIDIAN_NULLABLE inputBitDepth;
-@property(nonatomic, readonly) NSNumber *MERIDIAN_NULLABLE valueBitDepth;
+@property(nonatomic, readonly) NSNumber* MERIDIAN_NULLABLE inputBitDepth;
+@property(nonatomic, readonly) NSNumber* MERIDIAN_NULLABLE valueBitDepth;
 /** The smallest and the largest of the LUT's values. */
 @property(nonatomic, readonly) double lowValue;
 @property(nonatomic, readonly) double highValue;
@@ -126,7 +126,7 @@ typedef struct MeridianLutOptions {
 - (BOOL)convertSample:(MeridianRGBSample)sample
         inputBitDepth:(int64_t)inputBitDepth
        outputBitDepth:(int64_t)outputBitDepth
-               result:(MeridianRGBSample *)result;
+               result:(MeridianRGBSample*)result;
 
 /**
  * Applies the LUT to every pixel of an image and stores the results in `destination`, which has the same size and kind
@@ -134,11 +134,11 @@ typedef struct MeridianLutOptions {
  * the defaults. `threads` work on bands of rows: 0 means as many as the machine runs at once. Fails with an error of
  * MeridianImageErrorDomain for an image that cannot be used; nothing is written then.
  */
-- (BOOL)applyToImage:(const MeridianLutImage *)source
-         destination:(const MeridianLutImage *)destination
-             options:(const MeridianLutOptions *MERIDIAN_NULLABLE)options
+- (BOOL)applyToImage:(const MeridianLutImage*)source
+         destination:(const MeridianLutImage*)destination
+             options:(const MeridianLutOptions* MERIDIAN_NULLABLE)options
              threads:(NSUInteger)threads
-               error:(NSError *MERIDIAN_NULLABLE *MERIDIAN_NULLABLE)error;
+               error:(NSError* MERIDIAN_NULLABLE* MERIDIAN_NULLABLE)error;
 
 @end
 
@@ -160,10 +160,10 @@ typedef struct MeridianLutOptions {
 @interface ParsedLutFactory : NSObject
 
 /** Returns the LUT in a file; nil for every failure. */
-+ (ParsedLutFile *MERIDIAN_NULLABLE)parsedLutFileAtURL:(NSURL *)url;
++ (ParsedLutFile* MERIDIAN_NULLABLE)parsedLutFileAtURL:(NSURL*)url;
 /** Returns the LUT in a file, or nil and an error of MeridianLutErrorDomain that says why there is none. */
-+ (ParsedLutFile *MERIDIAN_NULLABLE)parsedLutFileAtURL:(NSURL *)url
-                                                 error:(NSError *MERIDIAN_NULLABLE *MERIDIAN_NULLABLE)error;
++ (ParsedLutFile* MERIDIAN_NULLABLE)parsedLutFileAtURL:(NSURL*)url
+                                                 error:(NSError* MERIDIAN_NULLABLE* MERIDIAN_NULLABLE)error;
 
 @end
 
