@@ -133,11 +133,12 @@ static const Lut& lutOf(ParsedLutFile* file) { return *static_cast<const Lut*>(f
 
 /// Makes an object that owns the LUT.
 static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
-  const bool isCube = lut->facts.dimensions == m::LutDimensions::cube;
-  const bool isInteger = lut->facts.valueType == m::LutValueType::integer;
-  Class const type = !isCube     ? [ParsedOneDimensionLutFile class]
-                     : isInteger ? [ParsedThreeDimensionalIntegerFile class]
-                                 : [ParsedThreeDimensionalFloatingPointFile class];
+  Class type = [ParsedThreeDimensionalFloatingPointFile class];
+  if (lut->facts.dimensions == m::LutDimensions::oneD) {
+    type = [ParsedOneDimensionLutFile class];
+  } else if (lut->facts.valueType == m::LutValueType::integer) {
+    type = [ParsedThreeDimensionalIntegerFile class];
+  }
   ParsedLutFile* const object = [[type alloc] initWithoutLut];
   object->_lut = const_cast<Lut*>(lut.release());
   return [object autorelease];
@@ -266,7 +267,7 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
 @implementation ParsedLutFactory
 
 + (ParsedLutFile*)parsedLutFileAtURL:(NSURL*)url {
-  return [self parsedLutFileAtURL:url error:NULL];
+  return [self parsedLutFileAtURL:url error:nullptr];
 }
 
 + (ParsedLutFile*)parsedLutFileAtURL:(NSURL*)url error:(NSError**)error {
