@@ -141,13 +141,13 @@ static Store& storeOf(TranscodeCliArguments* arguments) { return *static_cast<St
 /// Gives a new object the store that the work makes; frees the object if that raises an exception.
 static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> work) {
   if (arguments == nil) return nil;
-  @try {
-    returned([&] { arguments->_store = new Store(work()); });
-  } @catch (id) {
-    [arguments release];
-    @throw;
-  }
-  return arguments;
+  // GCC's Objective-C++ does not throw a caught exception again.
+  struct Owner {
+    id object;
+    ~Owner() { [object release]; }
+  } owner{arguments};
+  returned([&] { arguments->_store = new Store(work()); });
+  return std::exchange(owner.object, nil);
 }
 
 + (NSString*)runInTranscodeModeFlag {

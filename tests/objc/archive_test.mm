@@ -71,7 +71,9 @@ TEST_F(ObjectiveCArchive, GoesThereAndBack) {
       EXPECT_TRUE(isEqual(back, arguments));
       EXPECT_TRUE(isEqual([back unknownFlags] == nil ? nil : [NSSet setWithArray:[back unknownFlags]],
                           [arguments unknownFlags] == nil ? nil : [NSSet setWithArray:[arguments unknownFlags]]));
-      if (keepsOrder) EXPECT_TRUE(isEqual([back commandLine], [arguments commandLine]));
+      if (keepsOrder) {
+        EXPECT_TRUE(isEqual([back commandLine], [arguments commandLine]));
+      }
     }
   }
   EXPECT_TRUE([TranscodeCliArguments supportsSecureCoding]);
