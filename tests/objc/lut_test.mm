@@ -173,14 +173,4 @@ TEST_F(ObjectiveCLut, SaysWhyAFileIsNotOne) {
   EXPECT_EQ([[ParsedLutFile alloc] init], nil);
 }
 
-TEST_F(ObjectiveCLut, RaisesForARowThatItDoesNotHave) {
-  ParsedLutFile* const lut = [ParsedLutFactory parsedLutFileAtURL:urlOf(written("look.cube", "", 256, 1))];
-  @try {
-    [lut rowAtIndex:256];
-    ADD_FAILURE() << "found";
-  } @catch (NSException* exception) {
-    EXPECT_EQ(textOf([exception name]), textOf(NSRangeException));
-  }
-}
-
 }  // namespace

@@ -1,5 +1,6 @@
 /* The interface from plain Objective-C, as GCC reads it: no literals, no blocks, no @autoreleasepool. */
 #import <Meridian/Meridian.h>
+#include <unistd.h>
 
 #include "check.h"
 
@@ -149,6 +150,7 @@ static void misuse_raises_and_changes_nothing(void) {
   CHECK_RAISES(NSInvalidArgumentException, [MediaFormatConstants enumerateContainersForFileExtension:@"mov"
                                                                                             function:no_function
                                                                                              context:NULL]);
+  CHECK_RAISES(NSUndefinedKeyException, [arguments valueForKey:@"store"]);
   CHECK_EQUAL([arguments commandLine], words("-vr 25 -crop_anchor c"));
 }
 
@@ -169,6 +171,17 @@ static void people_set_properties_as_text(void) {
   CHECK(![arguments setText:@"-1" ofProperty:@"videoBitDepth" error:NULL]);
 }
 
+static void a_lut_raises_for_a_row_that_it_does_not_have(void) {
+  NSString* path = [NSTemporaryDirectory()
+      stringByAppendingPathComponent:[NSString stringWithFormat:@"meridian_objc_%d.cube", (int)getpid()]];
+  NSString* rows = [@"" stringByPaddingToLength:256 * 12 withString:@"0.0 0.5 1.0\n" startingAtIndex:0];
+  CHECK([rows writeToFile:path atomically:NO]);
+  ParsedLutFile* lut = [ParsedLutFactory parsedLutFileAtURL:[NSURL fileURLWithPath:path]];
+  CHECK([[NSFileManager defaultManager] removeItemAtPath:path error:NULL]);
+  CHECK(lut.rowCount == 256 && [lut rowAtIndex:255].green == 0.5);
+  CHECK_RAISES(NSRangeException, [lut rowAtIndex:256]);
+}
+
 static void texts_of_ffmpeg_are_read_and_set(void) {
   CHECK_EQUAL([FFmpegDescriptionConstants utilityName], @"FFmpeg Utility");
   CHECK_EQUAL([FFmpegDescriptionConstants maskName], @"Video");
@@ -187,6 +200,7 @@ int main(void) {
   functions_enumerate_where_there_are_no_blocks();
   misuse_raises_and_changes_nothing();
   people_set_properties_as_text();
+  a_lut_raises_for_a_row_that_it_does_not_have();
   texts_of_ffmpeg_are_read_and_set();
   [pool release];
   return check_failures == 0 ? 0 : 1;

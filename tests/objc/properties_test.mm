@@ -2,6 +2,7 @@
 #include <string>
 #include <string_view>
 
+#include "leaks.h"
 #include "meridian/cli/transcode_properties.h"
 #include "pool.h"
 
@@ -75,16 +76,6 @@ TEST_F(ObjectiveCProperties, AreNilForATextThatIsNotValid) {
     EXPECT_EQ([arguments valueForKey:key], nil) << textOf(key);
   }
   EXPECT_EQ([[arguments flagValueLookup] count], 4U);
-}
-
-TEST_F(ObjectiveCProperties, HideTheInstanceVariables) {
-  TranscodeCliArguments* const arguments = emptyStore();
-  @try {
-    [arguments valueForKey:@"store"];
-    ADD_FAILURE() << "found";
-  } @catch (NSException* exception) {
-    EXPECT_EQ(textOf([exception name]), textOf(NSUndefinedKeyException));
-  }
 }
 
 }  // namespace
