@@ -12,7 +12,7 @@
  *
  * - A nil where the header does not allow it, an object of another class and an impossible value are faults of the
  *   program: they raise NSInvalidArgumentException. What may fail by what a user or a file holds returns an NSError
- *   (see Errors.h). Lack of memory raises NSMallocException.
+ *   (see Errors.h). Lack of memory raises NSMallocException where there is no error to return.
  * - Texts are Unicode; a string that UTF-8 cannot carry (half a surrogate pair) raises NSInvalidArgumentException.
  */
 #ifndef MERIDIAN_H
