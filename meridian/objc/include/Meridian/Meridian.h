@@ -7,11 +7,10 @@
  *     arguments.videoFrameRate = [NSNumber numberWithFloat:25];
  *     task.arguments = arguments.commandLine;
  *
- * Read by GCC's Objective-C as well as by Clang's, with reference counting by hand or by the compiler. What holds for
- * all of it:
+ * Read by GCC's Objective-C as well as by Clang's. What holds for all of it:
  *
- * - A nil where the header does not allow it, an object of another class and an impossible value are faults of the
- *   program: they raise NSInvalidArgumentException. What may fail by what a user or a file holds returns an NSError
+ * - A nil where the header does not allow it, an object of another class and an impossible value are mistakes in
+ *   the program: they raise NSInvalidArgumentException. What may fail by what a user or a file holds returns an NSError
  *   (see Errors.h). Lack of memory raises NSMallocException where there is no error to return.
  * - Texts are Unicode; a string that UTF-8 cannot carry (half a surrogate pair) raises NSInvalidArgumentException.
  */
