@@ -31,7 +31,7 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/core-only ${compil
 file(WRITE ${WORK_DIR}/misspelt/CMakeLists.txt "cmake_minimum_required(VERSION 3.25)\nproject(Misspelt LANGUAGES CXX)\n"
      "find_package(Meridian COMPONENTS Serialisation)\n")
 run(${CMAKE_COMMAND} -S ${WORK_DIR}/misspelt -B ${WORK_DIR}/misspelt ${compiler} -DCMAKE_PREFIX_PATH=${prefix})
-if(NOT output MATCHES "Serialisation is not a component \\(the components are: Serialization,[ \n]+C,[ \n]+Presets\\)")
+if(NOT output MATCHES "Serialisation is not a component \\(the components are: Serialization,[ \n]+C,[ \n]+ObjectiveC,[ \n]+Presets\\)")
   message(FATAL_ERROR "find_package printed:\n${output}")
 endif()
 
@@ -65,6 +65,23 @@ if(C_COMPILER)
   foreach(program IN ITEMS ${WORK_DIR}/check_job ${WORK_DIR}/examples/check_job)
     run(${program} --set videoFrameRate 25 -dims 1920x1080 -out /out/a.mov)
     if(NOT output MATCHES "-dims: 1920 x 1080\n.*\\[-vr\\]\n\\[25.0\\]")
+      message(FATAL_ERROR "the example printed:\n${output}")
+    endif()
+  endforeach()
+endif()
+
+# The Objective-C interface by CMake, and by pkg-config with GCC.
+if(OBJECTIVE_C)
+  run(pkg-config --cflags --libs meridian-objc)
+  separate_arguments(options UNIX_COMMAND "${output}")
+  run(gcc -std=c11 -Wall -Wextra -Werror ${SOURCE_DIR}/examples/add_look.m -o ${WORK_DIR}/add_look ${options}
+      -Wl,-rpath,${libraries})
+  set(look ${WORK_DIR}/look.cube)
+  string(REPEAT "0.0 0.5 1.0\n" 256 rows)
+  file(WRITE ${look} "${rows}")
+  foreach(program IN ITEMS ${WORK_DIR}/add_look ${WORK_DIR}/examples/add_look)
+    run(${program} ${look} -vr 25 -foo 1 -out /out/a.mov)
+    if(NOT output MATCHES "unknown: -foo\n.*1D LUT of 256.*\\[-vr\\]\n\\[25\\].*\\[-clut\\]\n\\[${look}\\]")
       message(FATAL_ERROR "the example printed:\n${output}")
     endif()
   endforeach()

@@ -1,0 +1,289 @@
+#include "meridian/lut/parsed_lut_factory.h"
+
+#include <limits>
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "meridian/lut/image_lut.h"
+#include "meridian/lut/lut_description.h"
+#include "meridian/objc/foundation_values.h"
+
+#import <Meridian/Errors.h>
+#import <Meridian/ParsedLutFile.h>
+
+namespace m = meridian;
+using m::objc::returned;
+
+NSString* const MeridianLutErrorDomain = @"MeridianLutErrorDomain";
+NSString* const MeridianImageErrorDomain = @"MeridianImageErrorDomain";
+
+static_assert(MeridianLutErrorXmlDocument == static_cast<int>(m::LutErrorCode::xmlDocument) &&
+              MeridianLutErrorUnsupportedExtension == static_cast<int>(m::LutErrorCode::unsupportedExtension) &&
+              MeridianLutErrorNotOpened == static_cast<int>(m::LutErrorCode::notOpened) &&
+              MeridianLutErrorNotRegularFile == static_cast<int>(m::LutErrorCode::notRegularFile) &&
+              MeridianLutErrorNotRead == static_cast<int>(m::LutErrorCode::notRead) &&
+              MeridianLutErrorNoRows == static_cast<int>(m::LutErrorCode::noRows) &&
+              MeridianLutErrorUnknownDimensions == static_cast<int>(m::LutErrorCode::unknownDimensions) &&
+              MeridianLutErrorUnusableRowCount == static_cast<int>(m::LutErrorCode::unusableRowCount) &&
+              MeridianLutErrorTooFewRows == static_cast<int>(m::LutErrorCode::tooFewRows) &&
+              m::EnumerationTable<m::LutErrorCode>::rows.size() == 9);
+static_assert(MeridianImageErrorNoSamples == static_cast<int>(m::ImageErrorCode::noSamples) &&
+              MeridianImageErrorUnusableStride == static_cast<int>(m::ImageErrorCode::unusableStride) &&
+              MeridianImageErrorUnequalSizes == static_cast<int>(m::ImageErrorCode::unequalSizes) &&
+              MeridianImageErrorUnusableBitDepth == static_cast<int>(m::ImageErrorCode::unusableBitDepth) &&
+              MeridianImageErrorUnusableRange == static_cast<int>(m::ImageErrorCode::unusableRange) &&
+              MeridianImageErrorOtherFormat == static_cast<int>(m::ImageErrorCode::otherFormat) &&
+              m::EnumerationTable<m::ImageErrorCode>::rows.size() == 6);
+static_assert(MeridianCodeValueRangeFull == static_cast<int>(m::CodeValueRange::full) &&
+              MeridianCodeValueRangeLimited == static_cast<int>(m::CodeValueRange::limited) &&
+              MeridianLutDimensionsOneD == static_cast<int>(m::LutDimensions::oneD) &&
+              MeridianLutDimensionsCube == static_cast<int>(m::LutDimensions::cube));
+
+namespace {
+
+/// What an object refers to.
+struct Lut {
+  std::unique_ptr<const m::ParsedLutFile> file;
+  m::LutDescription facts;
+};
+
+using Applied = m::Expected<void, m::ImageErrorCode>;
+
+m::CodeValueFormat formatOf(const MeridianLutImage& image) {
+  return {image.bitDepth, static_cast<m::CodeValueRange>(image.range)};
+}
+
+template <typename Sample>
+m::ImageView<Sample> viewOf(const MeridianLutImage& image) {
+  m::ImageView<Sample> view{.width = image.width, .height = image.height, .format = formatOf(image)};
+  for (std::size_t channel = 0; channel < view.planes.size(); ++channel) {
+    const MeridianLutPlane& plane = image.planes[channel];
+    view.planes[channel] = {static_cast<Sample*>(plane.samples), plane.rowStride, plane.pixelStride};
+  }
+  return view;
+}
+
+m::ImageLutOptions optionsOf(const MeridianLutOptions* options) {
+  if (options == nullptr) return {};
+  using enum m::LutInterpolation;
+  using enum m::LutAxisOrder;
+  using enum m::LutInputDomain;
+  using enum m::LutRounding;
+  return {.interpolation = options->tetrahedral ? tetrahedral : trilinear,
+          .axisOrder = options->redFastest ? redFastest : blueFastest,
+          .domain = options->declaredDomain ? declared : dataRange,
+          .rounding = options->nearest ? nearest : truncate};
+}
+
+Applied apply(const m::ParsedLutFile& file, const MeridianLutImage& source, const MeridianLutImage& destination,
+              const MeridianLutOptions* options, unsigned threads) {
+  const auto applyTo = [&]<typename Sample>(std::type_identity<Sample>) {
+    return m::applyLut<Sample>(file, viewOf<const Sample>(source), viewOf<Sample>(destination), optionsOf(options),
+                               threads);
+  };
+  if (source.sampleType == destination.sampleType) {
+    switch (source.sampleType) {
+      case MeridianSampleTypeUInt8:
+        return applyTo(std::type_identity<std::uint8_t>{});
+      case MeridianSampleTypeUInt16:
+        return applyTo(std::type_identity<std::uint16_t>{});
+      case MeridianSampleTypeFloat:
+        return applyTo(std::type_identity<float>{});
+    }
+  }
+  return m::Unexpected(m::ImageErrorCode::otherFormat);
+}
+
+MeridianLutColor colorOf(const m::LutColor& color) { return {color.red, color.green, color.blue}; }
+
+template <typename Sample>
+MeridianLutImage packed(MeridianSampleType sampleType, void* samples, NSInteger channels, std::size_t width,
+                        std::size_t height) {
+  const auto layout = channels == 3 ? m::ImageLayout::rgb : m::ImageLayout::rgba;
+  auto* const first = channels == 3 || channels == 4 ? static_cast<Sample*>(samples) : nullptr;
+  const auto view = m::ImageView<Sample>::packed(layout, first, width, height);
+  MeridianLutImage image{{}, width, height, sampleType, view.sampleBits, MeridianCodeValueRangeFull};
+  for (std::size_t channel = 0; channel < view.planes.size(); ++channel) {
+    const auto& plane = view.planes[channel];
+    image.planes[channel] = {plane.samples, plane.rowStride, plane.pixelStride};
+  }
+  return image;
+}
+
+}  // namespace
+
+MeridianLutImage MeridianLutImageMakePacked(MeridianSampleType sampleType, void* samples, NSInteger channels,
+                                            size_t width, size_t height) {
+  if (sampleType == MeridianSampleTypeUInt8) return packed<std::uint8_t>(sampleType, samples, channels, width, height);
+  if (sampleType == MeridianSampleTypeUInt16) {
+    return packed<std::uint16_t>(sampleType, samples, channels, width, height);
+  }
+  return packed<float>(sampleType, samples, channels, width, height);
+}
+
+@interface ParsedLutFile (MeridianInternals)
+- (id)initWithoutLut;
+@end
+
+@implementation ParsedLutFile
+
+static const Lut& lutOf(ParsedLutFile* file) { return *static_cast<const Lut*>(file->_lut); }
+
+/// Makes an object that owns the LUT.
+static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
+  Class type = [ParsedThreeDimensionalFloatingPointFile class];
+  if (lut->facts.dimensions == m::LutDimensions::oneD) {
+    type = [ParsedOneDimensionLutFile class];
+  } else if (lut->facts.valueType == m::LutValueType::integer) {
+    type = [ParsedThreeDimensionalIntegerFile class];
+  }
+  ParsedLutFile* const object = [[type alloc] initWithoutLut];
+  object->_lut = const_cast<Lut*>(lut.release());
+  return [object autorelease];
+}
+
+- (id)init {
+  [self release];
+  return nil;
+}
+
+- (id)initWithoutLut {
+  return [super init];
+}
+
+- (void)dealloc {
+  delete static_cast<const Lut*>(_lut);
+  [super dealloc];
+}
+
+- (NSURL*)file {
+  return returned([&] { return m::objc::urlOf(lutOf(self).file->file().path()); });
+}
+
+- (MeridianLutDimensions)dimensions {
+  return static_cast<MeridianLutDimensions>(lutOf(self).facts.dimensions);
+}
+
+- (BOOL)hasCodeValues {
+  return lutOf(self).facts.valueType == m::LutValueType::integer;
+}
+
+- (int64_t)size {
+  return lutOf(self).facts.size;
+}
+
+- (NSNumber*)inputBitDepth {
+  const auto depth = lutOf(self).facts.inputBitDepth;
+  return depth ? [NSNumber numberWithLongLong:*depth] : nil;
+}
+
+- (NSNumber*)valueBitDepth {
+  const auto depth = lutOf(self).facts.valueBitDepth;
+  return depth ? [NSNumber numberWithLongLong:*depth] : nil;
+}
+
+- (double)lowValue {
+  return lutOf(self).facts.lowValue;
+}
+
+- (double)highValue {
+  return lutOf(self).facts.highValue;
+}
+
+- (BOOL)declaresDomain {
+  return lutOf(self).facts.declaredDomain.isDeclared;
+}
+
+- (MeridianLutColor)domainMinimum {
+  return colorOf(lutOf(self).facts.declaredDomain.minimum);
+}
+
+- (MeridianLutColor)domainMaximum {
+  return colorOf(lutOf(self).facts.declaredDomain.maximum);
+}
+
+- (NSUInteger)rowCount {
+  return lutOf(self).facts.rows;
+}
+
+- (MeridianLutColor)rowAtIndex:(NSUInteger)index {
+  const auto rows = lutOf(self).file->orderedValues().colors();
+  if (index >= rows.size()) {
+    [NSException raise:NSRangeException
+                format:@"row %llu of a LUT of %llu rows", static_cast<unsigned long long>(index),
+                       static_cast<unsigned long long>(rows.size())];
+  }
+  return colorOf(rows[index]);
+}
+
+- (BOOL)convertSample:(MeridianRGBSample)sample
+        inputBitDepth:(int64_t)inputBitDepth
+       outputBitDepth:(int64_t)outputBitDepth
+               result:(MeridianRGBSample*)result {
+  if (result == nullptr) m::objc::raiseInvalidArgument("the result is NULL");
+  const auto converted = lutOf(self).file->inputConverter().convertIfPossible(sample.red, sample.green, sample.blue,
+                                                                              inputBitDepth, outputBitDepth);
+  if (!converted) return NO;
+  *result = {converted->red, converted->green, converted->blue};
+  return YES;
+}
+
+- (BOOL)applyToImage:(const MeridianLutImage*)source
+         destination:(const MeridianLutImage*)destination
+             options:(const MeridianLutOptions*)options
+             threads:(NSUInteger)threads
+               error:(NSError**)error {
+  if (source == nullptr || destination == nullptr) m::objc::raiseInvalidArgument("the image is NULL");
+  BOOL isDone = NO;
+  const auto thrown = m::objc::guarded([&] {
+    const auto most = static_cast<NSUInteger>(std::numeric_limits<unsigned>::max());
+    const Applied applied = apply(*lutOf(self).file, *source, *destination, options,
+                                  static_cast<unsigned>(threads < most ? threads : most));
+    isDone =
+        applied ? YES : m::objc::failed(error, MeridianImageErrorDomain, m::Error<m::ImageErrorCode>{applied.error()});
+  });
+  if (thrown) m::objc::storeThrown(error, *thrown);
+  return isDone;
+}
+
+@end
+
+@implementation ParsedOneDimensionLutFile
+@end
+
+@implementation ParsedThreeDimensionalIntegerFile
+
+- (int64_t)bitDepth {
+  return [[self valueBitDepth] longLongValue];
+}
+
+@end
+
+@implementation ParsedThreeDimensionalFloatingPointFile
+@end
+
+@implementation ParsedLutFactory
+
++ (ParsedLutFile*)parsedLutFileAtURL:(NSURL*)url {
+  return [self parsedLutFileAtURL:url error:nullptr];
+}
+
++ (ParsedLutFile*)parsedLutFileAtURL:(NSURL*)url error:(NSError**)error {
+  ParsedLutFile* object = nil;
+  const auto thrown = m::objc::guarded([&] {
+    auto file = m::ParsedLutFactory::parsing(m::Url::fromFilePath(m::objc::pathOf(url, "the URL")));
+    if (!file) {
+      m::objc::failed(error, MeridianLutErrorDomain, file.error(), true);
+      return;
+    }
+    auto lut = std::make_unique<Lut>(Lut{*std::move(file), {}});
+    lut->facts = m::describe(*lut->file);
+    object = objectOwning(std::move(lut));
+  });
+  if (thrown) m::objc::storeThrown(error, *thrown);
+  return object;
+}
+
+@end

@@ -1,0 +1,1 @@
+#import <Meridian/Meridian.h>
