@@ -80,8 +80,11 @@ function(meridian_objc_shape kind type attributes)
   set(${attributes} "${shape}" PARENT_SCOPE)
 endfunction()
 
-# Makes the header of the typed properties, and the list of MERIDIAN_OBJC_SWITCH(name, Name) and
-# MERIDIAN_OBJC_PROPERTY(name, Name, type) that implements them.
+# The switches that the class only reads, as in C++; which ones those are is checked where they are implemented.
+set(MERIDIAN_OBJC_READ_ONLY includeVideo)
+
+# Makes the header of the typed properties, and the list of MERIDIAN_OBJC_SWITCH(name, Name),
+# MERIDIAN_OBJC_READ_ONLY_SWITCH(name, Name) and MERIDIAN_OBJC_PROPERTY(name, Name, type) that implements them.
 function(meridian_objc_properties header list)
   set(PROPERTIES "")
   set(lines "")
@@ -92,7 +95,11 @@ function(meridian_objc_properties header list)
     string(TOUPPER ${initial} initial)
     string(SUBSTRING ${name} 1 -1 rest)
     set(capitalized ${initial}${rest})
-    if(type STREQUAL BOOL)
+    if(name IN_LIST MERIDIAN_OBJC_READ_ONLY)
+      set(declared "BOOL ${name}")
+      set(attributes "nonatomic, readonly")
+      string(APPEND lines "MERIDIAN_OBJC_READ_ONLY_SWITCH(${name}, ${capitalized})\n")
+    elseif(type STREQUAL BOOL)
       set(declared "BOOL ${name}")
       string(APPEND lines "MERIDIAN_OBJC_SWITCH(${name}, ${capitalized})\n")
     else()

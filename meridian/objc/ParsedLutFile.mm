@@ -31,11 +31,12 @@ static_assert(MeridianLutErrorXmlDocument == static_cast<int>(m::LutErrorCode::x
               m::EnumerationTable<m::LutErrorCode>::rows.size() == 9);
 static_assert(MeridianImageErrorNoSamples == static_cast<int>(m::ImageErrorCode::noSamples) &&
               MeridianImageErrorUnusableStride == static_cast<int>(m::ImageErrorCode::unusableStride) &&
+              MeridianImageErrorMisalignedSamples == static_cast<int>(m::ImageErrorCode::misalignedSamples) &&
               MeridianImageErrorUnequalSizes == static_cast<int>(m::ImageErrorCode::unequalSizes) &&
               MeridianImageErrorUnusableBitDepth == static_cast<int>(m::ImageErrorCode::unusableBitDepth) &&
               MeridianImageErrorUnusableRange == static_cast<int>(m::ImageErrorCode::unusableRange) &&
               MeridianImageErrorOtherFormat == static_cast<int>(m::ImageErrorCode::otherFormat) &&
-              m::EnumerationTable<m::ImageErrorCode>::rows.size() == 6);
+              m::EnumerationTable<m::ImageErrorCode>::rows.size() == 7);
 static_assert(MeridianCodeValueRangeFull == static_cast<int>(m::CodeValueRange::full) &&
               MeridianCodeValueRangeLimited == static_cast<int>(m::CodeValueRange::limited) &&
               MeridianLutDimensionsOneD == static_cast<int>(m::LutDimensions::oneD) &&
@@ -51,8 +52,13 @@ struct Lut {
 
 using Applied = m::Expected<void, m::ImageErrorCode>;
 
+bool hasRange(const MeridianLutImage& image) {
+  return image.range == MeridianCodeValueRangeFull || image.range == MeridianCodeValueRangeLimited;
+}
+
 m::CodeValueFormat formatOf(const MeridianLutImage& image) {
-  return {image.bitDepth, static_cast<m::CodeValueRange>(image.range)};
+  return {image.bitDepth,
+          image.range == MeridianCodeValueRangeLimited ? m::CodeValueRange::limited : m::CodeValueRange::full};
 }
 
 template <typename Sample>
@@ -83,6 +89,7 @@ Applied apply(const m::ParsedLutFile& file, const MeridianLutImage& source, cons
     return m::applyLut<Sample>(file, viewOf<const Sample>(source), viewOf<Sample>(destination), optionsOf(options),
                                threads);
   };
+  if (!hasRange(source) || !hasRange(destination)) return m::Unexpected(m::ImageErrorCode::unusableRange);
   if (source.sampleType == destination.sampleType) {
     switch (source.sampleType) {
       case MeridianSampleTypeUInt8:

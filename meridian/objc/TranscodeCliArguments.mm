@@ -492,22 +492,20 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
   return isSet;
 }
 
-// The typed properties, from the list that the header was made from. One without a setter in C++ (`includeVideo`) is
-// set as it is by name.
-#define MERIDIAN_OBJC_SWITCH(name, Name)                                                           \
-  -(BOOL)name {                                                                                    \
-    return returned([&] { return storeOf(self).name(); });                                         \
-  }                                                                                                \
-  -(void)set##Name : (BOOL)value {                                                                 \
-    returned([&] {                                                                                 \
-      [value]<typename Type>(Type& store) {                                                        \
-        if constexpr (requires { store.set##Name(true); }) {                                       \
-          store.set##Name(value != NO);                                                            \
-        } else {                                                                                   \
-          std::ignore = m::setPropertyValue(store, *m::findTranscodeProperty(#name), value != NO); \
-        }                                                                                          \
-      }(storeOf(self));                                                                            \
-    });                                                                                            \
+// The typed properties, from the list that the header was made from.
+#define MERIDIAN_OBJC_READ_ONLY_SWITCH(name, Name)           \
+  static_assert(![]<typename Type>(Type*) {                  \
+    return requires(Type& store) { store.set##Name(true); }; \
+  }(static_cast<m::TranscodeCliArguments*>(nullptr)));       \
+  -(BOOL)name {                                              \
+    return returned([&] { return storeOf(self).name(); });   \
+  }
+#define MERIDIAN_OBJC_SWITCH(name, Name)                     \
+  -(BOOL)name {                                              \
+    return returned([&] { return storeOf(self).name(); });   \
+  }                                                          \
+  -(void)set##Name : (BOOL)value {                           \
+    returned([&] { storeOf(self).set##Name(value != NO); }); \
   }
 #define MERIDIAN_OBJC_PROPERTY(name, Name, type)                                              \
   -(type)name {                                                                               \

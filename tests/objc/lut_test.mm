@@ -140,14 +140,19 @@ TEST_F(ObjectiveCLut, SaysWhyAnImageCannotBeUsed) {
   ParsedLutFile* const lut = [ParsedLutFactory parsedLutFileAtURL:urlOf(written("look.cube", "", 4913, 1))];
   std::array<std::uint16_t, 12> samples{};
   const MeridianLutImage usable = MeridianLutImageMakePacked(MeridianSampleTypeUInt16, samples.data(), 3, 2, 2);
-  std::array<MeridianLutImage, 6> images{usable, usable, usable, usable, usable, usable};
+  std::array<MeridianLutImage, 7> images;
+  images.fill(usable);
   images[MeridianImageErrorNoSamples] = MeridianLutImageMakePacked(MeridianSampleTypeUInt16, samples.data(), 5, 2, 2);
   images[MeridianImageErrorUnusableStride].planes[1].rowStride = 3;
+  images[MeridianImageErrorMisalignedSamples].planes[2].samples = reinterpret_cast<char*>(samples.data()) + 1;
   images[MeridianImageErrorUnequalSizes].height = 1;
   images[MeridianImageErrorUnusableBitDepth].bitDepth = 17;
   images[MeridianImageErrorUnusableRange].bitDepth = 7;
   images[MeridianImageErrorUnusableRange].range = MeridianCodeValueRangeLimited;
   images[MeridianImageErrorOtherFormat].sampleType = MeridianSampleTypeFloat;
+  MeridianLutImage unknownRange = usable;
+  unknownRange.range = static_cast<MeridianCodeValueRange>(256);
+  EXPECT_FALSE([lut applyToImage:&usable destination:&unknownRange options:nullptr threads:1 error:nullptr]);
   for (std::size_t code = 0; code < images.size(); ++code) {
     NSError* error = nil;
     EXPECT_FALSE([lut applyToImage:&usable destination:&images[code] options:nullptr threads:1 error:&error]);

@@ -28,6 +28,10 @@ TEST_F(ObjectiveCProperties, EachIsReadAndSetByItsKey) {
     id const value = [source valueForKey:key];
     ASSERT_NE(value, nil);
 
+    if (property.name == "includeVideo") {
+      EXPECT_FALSE([source respondsToSelector:@selector(setIncludeVideo:)]);
+      continue;
+    }
     TranscodeCliArguments* const destination = emptyStore();
     [destination setValue:value forKey:key];
     EXPECT_EQ(textOf([destination textOfProperty:key]), textOf(text));

@@ -41,6 +41,7 @@ MERIDIAN_EXTERN NSString* const MeridianImageErrorDomain;
 typedef NS_ENUM(NSInteger, MeridianImageError) {
   MeridianImageErrorNoSamples,
   MeridianImageErrorUnusableStride,
+  MeridianImageErrorMisalignedSamples,
   MeridianImageErrorUnequalSizes,
   MeridianImageErrorUnusableBitDepth,
   MeridianImageErrorUnusableRange,
