@@ -1,6 +1,6 @@
 #include "meridian/python/conversions.h"
 
-#include <limits>
+#include <numeric>
 
 namespace meridian::inline v0_2::python {
 namespace {
@@ -87,7 +87,9 @@ std::optional<MediaRational> rationalOf(py::handle number) {
     if (value == 0) return MediaRational{0, 1};
     const auto ratio = MediaRational::fromRawValue(value);
     if (!ratio) throw py::value_error("expected a finite number within 64 bits, found " + std::string(py::repr(number)));
-    return ratio;
+    // As a Fraction has it, so that what comes back is equal.
+    const std::int64_t divisor = std::gcd(ratio->numerator, ratio->denominator);
+    return MediaRational{ratio->numerator / divisor, ratio->denominator / divisor};
   }
   if (!py::hasattr(number, "numerator") || !py::hasattr(number, "denominator")) return std::nullopt;
   return MediaRational{termOf(number.attr("numerator")), termOf(number.attr("denominator"))};

@@ -17,7 +17,7 @@ WarningList warningsOf(const std::vector<TranscodeWarning>& warnings) {
   return WarningList(std::move(result));
 }
 
-Typed<"object"> typedValueOf(const ExplainedSetting& setting) {
+Typed<"Any"> typedValueOf(const ExplainedSetting& setting) {
   if (setting.property == nullptr || !setting.typed) return {py::none()};
   return {conversionOf(setting.property->kind).toPython(*setting.typed)};
 }

@@ -98,8 +98,8 @@ void addFileSystem(py::module_& module) {
   walk.def("__next__", &Walk::next);
   module.def(
       "walk_tree",
-      [](const Path& directory, const ItemFilter* filter, Report report) {
-        return Walk(directory, filter == nullptr ? ItemFilter({}) : *filter, std::move(report));
+      [](const Path& directory, const std::optional<ItemFilter>& filter, Report report) {
+        return Walk(directory, filter ? *filter : ItemFilter({}), std::move(report));
       },
       "directory"_a, "filter"_a = py::none(), "report"_a = py::none(),
       "Iterates over every item below the directory, ignored ones too: a directory before its items, and the items of "

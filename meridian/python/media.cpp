@@ -34,9 +34,11 @@ void addValueManners(py::class_<Value>& type, Reduce&& reduce) {
   });
 }
 
-/// Returns how a case is pickled: as the attribute of its class.
-py::tuple attributeOf(const py::object& type, const py::object& kind) {
-  return py::make_tuple(py::module_::import("builtins").attr("getattr"), py::make_tuple(type, kind.attr("name")));
+/// Returns how a value is pickled: as an attribute of its class, or the arguments of one.
+template <typename Value>
+py::tuple pickled(const py::object& name, const py::tuple& arguments = py::tuple()) {
+  const py::tuple attribute = py::make_tuple(py::type::of<Value>(), name);
+  return py::make_tuple(py::module_::import("meridian._vocabulary").attr("restore"), py::tuple(attribute + arguments));
 }
 
 std::string reprOfCase(const char* type, const py::object& kind) {
@@ -79,9 +81,8 @@ void addVideoFrameRate(py::module_& module) {
     return callText("VideoFrameRate.custom", py::make_tuple(rate.rawValue()));
   });
   addValueManners(type, [](const VideoFrameRate& rate) {
-    const auto self = py::type::of<VideoFrameRate>();
-    if (rate.kind() != VideoFrameRateKind::custom) return attributeOf(self, memberOf(rate.kind()));
-    return py::make_tuple(self.attr("custom"), py::make_tuple(rate.rawValue()));
+    if (rate.kind() != VideoFrameRateKind::custom) return pickled<VideoFrameRate>(memberOf(rate.kind()).attr("name"));
+    return pickled<VideoFrameRate>(py::str("custom"), py::make_tuple(rate.rawValue()));
   });
   module.def("standard_video_frame_rates",
              [] { return std::vector<VideoFrameRate>(standardVideoFrameRates.begin(), standardVideoFrameRates.end()); },
@@ -116,9 +117,8 @@ void addFrameRate(py::module_& module) {
     return callText("FrameRate.custom", py::make_tuple(rate.rawValue()));
   });
   addValueManners(type, [](const FrameRate& rate) {
-    const auto self = py::type::of<FrameRate>();
-    if (rate.kind() != FrameRateKind::custom) return attributeOf(self, memberOf(rate.kind()));
-    return py::make_tuple(self.attr("custom"), py::make_tuple(rate.rawValue()));
+    if (rate.kind() != FrameRateKind::custom) return pickled<FrameRate>(memberOf(rate.kind()).attr("name"));
+    return pickled<FrameRate>(py::str("custom"), py::make_tuple(rate.rawValue()));
   });
 }
 
@@ -155,10 +155,9 @@ void addVideoDimension(py::module_& module) {
     return callText(std::string("VideoDimension.") + function, arguments);
   });
   addValueManners(type, [=](const VideoDimension& dimension) {
-    const auto self = py::type::of<VideoDimension>();
-    if (isFixed(dimension)) return attributeOf(self, memberOf(dimension.kind()));
+    if (isFixed(dimension)) return pickled<VideoDimension>(memberOf(dimension.kind()).attr("name"));
     const auto [function, arguments] = callOf(dimension);
-    return py::make_tuple(self.attr(function), arguments);
+    return pickled<VideoDimension>(py::str(function), arguments);
   });
 }
 

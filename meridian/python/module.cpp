@@ -15,5 +15,6 @@ PYBIND11_MODULE(_meridian, module) {
   python::addFileSystem(module);
   python::addFreeNames(module);
   python::addAnalysis(module);
+  python::addLog(module);
   module.attr("__version__") = python::strOf(meridian::versionText());
 }

@@ -19,5 +19,6 @@ void addLut(py::module_& module);
 void addFileSystem(py::module_& module);
 void addFreeNames(py::module_& module);
 void addAnalysis(py::module_& module);
+void addLog(py::module_& module);
 
 }  // namespace meridian::inline v0_2::python

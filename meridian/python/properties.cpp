@@ -190,6 +190,13 @@ const auto& conversions() {
   return all;
 }
 
+/// Raises an error with Python's names instead of those of C++.
+[[noreturn]] void raiseProperty(PropertyError error) {
+  if (error.code != PropertyErrorCode::unknownProperty) error.place = snakeCase(error.place);
+  error.advice = snakeCase(error.advice);
+  raise(errorOf(error));
+}
+
 void setProperty(TranscodeCliArguments& arguments, const TranscodeProperty& property, const py::object& object) {
   if (object.is_none()) {
     removeProperty(arguments, property);
@@ -198,7 +205,7 @@ void setProperty(TranscodeCliArguments& arguments, const TranscodeProperty& prop
   const PropertyConversion& conversion = conversionOf(property.kind);
   const auto value = conversion.fromPython(object);
   if (!value) failWithType(snakeCase(property.name), conversion.annotation + " or None", object);
-  valueOrRaise(setPropertyValue(arguments, property, *value));
+  if (const auto set = setPropertyValue(arguments, property, *value); !set) raiseProperty(set.error());
 }
 
 /// Returns whether a property always has a value.
@@ -219,7 +226,9 @@ const TranscodeProperty& propertyOfName(const Text& name) {
   for (const TranscodeProperty& property : transcodeProperties) {
     if (snakeCase(property.name) == name.value) return property;
   }
-  return *valueOrRaise(transcodePropertyNamed(name.value));
+  const auto property = transcodePropertyNamed(name.value);
+  if (!property) raiseProperty(property.error());
+  return **property;
 }
 
 void addList(py::module_& module) {
@@ -285,7 +294,9 @@ void addProperties(py::module_& module, py::class_<TranscodeCliArguments>& type)
   type.def(
       "set_property_text",
       [](TranscodeCliArguments& arguments, const Text& name, const Text& text) {
-        valueOrRaise(setPropertyText(arguments, propertyOfName(name), text.value));
+        if (const auto set = setPropertyText(arguments, propertyOfName(name), text.value); !set) {
+          raiseProperty(set.error());
+        }
       },
       "name"_a, "text"_a,
       "Sets the property to a person's input: blanks around it and letter case are ignored, and the empty text removes "

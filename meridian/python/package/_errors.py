@@ -1,32 +1,32 @@
 """The exceptions and warnings of the package."""
 
+from __future__ import annotations
+
 
 class _Report:
     """What errors and warnings have in common."""
 
-    code = None
-    place = ""
-    detail = ""
-    remedy = ""
+    code: ErrorCode | None
+    place: str
+    detail: str
+    remedy: str
 
-    def __init__(self, message, code=None, place="", detail="", remedy=""):
+    def __init__(
+        self, message: str, code: ErrorCode | None = None, place: str = "", detail: str = "", remedy: str = ""
+    ) -> None:
         super().__init__(message)
         self.code = code
         self.place = place
         self.detail = detail
         self.remedy = remedy
 
-    def __str__(self):
+    def __str__(self) -> str:
         return self.args[0]
 
     def __reduce__(self):
         state = {name: value for name in ("errno", "strerror", "filename")
                  if (value := getattr(self, name, None)) is not None}
         return type(self), (self.args[0], self.code, self.place, self.detail, self.remedy), state
-
-    def __setstate__(self, state):
-        for name, value in state.items():
-            setattr(self, name, value)
 
 
 class Error(_Report, Exception):

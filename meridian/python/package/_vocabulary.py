@@ -1,5 +1,7 @@
 """Makes the enumerations and typed texts, from what the extension module reads in the library's tables."""
 
+from __future__ import annotations
+
 import enum
 
 
@@ -7,7 +9,7 @@ class Enumeration(enum.Enum):
     """Base of the closed enumerations. The value of a member is the text or number in which it is written and stored."""
 
     @property
-    def description(self):
+    def description(self) -> str:
         """The display text, in English."""
         return type(self)._columns[self._name_][0]
 
@@ -16,7 +18,7 @@ class ErrorCode(Enumeration):
     """Base of the codes of errors and warnings."""
 
     @property
-    def remedy(self):
+    def remedy(self) -> str:
         """What to do about it, as an imperative clause; empty if there is no general remedy."""
         return type(self)._columns[self._name_][1]
 
@@ -29,8 +31,14 @@ class TypedText(str):
 
     __slots__ = ()
 
-    def __repr__(self):
+    def __repr__(self) -> str:
         return f"{type(self).__name__}({str.__repr__(self)})"
+
+
+def restore(cls, name, *arguments):
+    """Returns a pickled value: an attribute of its class, or what a function of the class returns."""
+    attribute = getattr(cls, name)
+    return attribute(*arguments) if arguments else attribute
 
 
 def make_enumeration(name, doc, rows):
