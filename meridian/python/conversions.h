@@ -51,6 +51,11 @@ struct Words {
   std::vector<std::string> values;
 };
 
+/// A ratio from Python: a Fraction, an int or a float. To Python a Fraction.
+struct Ratio {
+  MediaRational value;
+};
+
 /// A text as a template argument.
 template <std::size_t size>
 struct Annotation {
@@ -200,18 +205,24 @@ struct type_caster<T> {
 };
 
 template <>
-class type_caster<meridian::MediaRational> {
+class type_caster<meridian::python::Ratio> {
  public:
-  PYBIND11_TYPE_CASTER(meridian::MediaRational, const_name("Fraction"));
+  PYBIND11_TYPE_CASTER(meridian::python::Ratio, const_name("Fraction | float"));
   bool load(handle source, bool /*convert*/) {
     const auto rational = meridian::python::rationalOf(source);
-    if (!rational) return false;
-    value = *rational;
-    return true;
+    if (rational) value.value = *rational;
+    return rational.has_value();
   }
+};
+
+template <>
+struct type_caster<meridian::MediaRational> {
+  static constexpr auto name = const_name("Fraction");
   static handle cast(const meridian::MediaRational& ratio, return_value_policy /*policy*/, handle /*parent*/) {
     return meridian::python::fractionOf(ratio.numerator, ratio.denominator).release();
   }
+  template <typename>
+  using cast_op_type = const meridian::MediaRational&;
 };
 
 template <meridian::python::Annotation annotation>

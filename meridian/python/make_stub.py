@@ -100,7 +100,9 @@ def python_signature(function):
 def docstring(doc, indent):
     if not doc:
         return f"{indent}...\n"
-    lines = textwrap.indent(inspect.cleandoc(doc), indent).replace("\\", "\\\\").replace('"""', r"\"\"\"")
+    paragraphs = inspect.cleandoc(doc).split("\n\n")
+    wrapped = [part if part.startswith(" ") else textwrap.fill(part, 116 - len(indent)) for part in paragraphs]
+    lines = textwrap.indent("\n\n".join(wrapped), indent).replace("\\", "\\\\").replace('"""', r"\"\"\"")
     tail = " " if lines.endswith('"') else ""
     return f'{indent}"""{lines.lstrip()}{tail}"""\n'
 

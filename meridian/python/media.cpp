@@ -54,8 +54,8 @@ std::string callText(std::string function, const py::tuple& arguments) {
   return function + ")";
 }
 
-VideoFrameRate matchingRate(const MediaRational& rate) {
-  const auto matched = VideoFrameRate::matching(rate);
+VideoFrameRate matchingRate(const Ratio& rate) {
+  const auto matched = VideoFrameRate::matching(rate.value);
   if (!matched) throw py::value_error("a frame rate needs a denominator other than 0, and ten thousand times it 64 bits");
   return *matched;
 }
@@ -69,7 +69,9 @@ void addVideoFrameRate(py::module_& module) {
            "Makes the standard rate that frames per second match, else a custom one. Fraction(24000, 1001), 23.976 and "
            "Fraction(2997, 125) are all ntsc24p. Raises ValueError for a number that is not finite, OverflowError for "
            "terms beyond 64 bits.");
-  type.def_static("custom", &VideoFrameRate::custom, "rate"_a, "Returns frames per second as a custom rate, unmatched.");
+  type.def_static(
+      "custom", [](const Ratio& rate) { return VideoFrameRate::custom(rate.value); }, "rate"_a,
+      "Returns frames per second as a custom rate, unmatched.");
   addCases(type, standardVideoFrameRates);
   type.def_property_readonly("kind", &VideoFrameRate::kind, "The case.");
   type.def_property_readonly("raw_value", &VideoFrameRate::rawValue, "Frames per second.");
