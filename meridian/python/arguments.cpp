@@ -22,7 +22,10 @@ Arguments fromJson(const Typed<"str | bytes">& json) {
   if (PyBytes_Check(json.ptr())) {
     text = std::string(py::reinterpret_borrow<py::bytes>(json));
   } else if (PyUnicode_Check(json.ptr())) {
-    text = json.cast<std::string>();
+    Py_ssize_t size = 0;
+    const char* const data = PyUnicode_AsUTF8AndSize(json.ptr(), &size);
+    if (data == nullptr) throw py::error_already_set();
+    text.assign(data, static_cast<std::size_t>(size));
   } else {
     failWithType("json", "str or bytes", json);
   }

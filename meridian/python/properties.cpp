@@ -169,7 +169,9 @@ template <>
 struct Conversion<PropertyKind::trackNumbers> : PlainConversion<std::vector<std::int64_t>> {
   static std::string annotation() { return "list[int]"; }
   static std::optional<PropertyValue> fromPython(py::handle object) {
-    if (PyUnicode_Check(object.ptr()) || !py::hasattr(object, "__iter__")) return std::nullopt;
+    if (PyUnicode_Check(object.ptr()) || PyBytes_Check(object.ptr()) || !py::hasattr(object, "__iter__")) {
+      return std::nullopt;
+    }
     std::vector<std::int64_t> tracks;
     for (const py::handle track : py::iter(object)) {
       const auto number = Conversion<PropertyKind::integer>::fromPython(track);
