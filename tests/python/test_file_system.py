@@ -56,8 +56,8 @@ def test_errors_of_a_walk_go_to_the_report_and_may_end_it(card):
 
     with pytest.raises(meridian.TreeWalkError):
         list(meridian.walk_tree(card / "none", report=fail))
-    (card / "A" / "loop").symlink_to("loop")
-    assert any(item.name == "loop" for item in
+    (card / "A" / "far").symlink_to("x" * 300)
+    assert any(item.name == "far" for item in
                meridian.walk_tree(card, meridian.ItemFilter(["x"], meridian.ItemFilteringOption.only_listed_extensions),
                                   errors.append))
     assert errors[-1].code is meridian.TreeWalkErrorCode.unresolved_link

@@ -22,7 +22,7 @@ def mypy(tmp_path_factory):
     directory = tmp_path_factory.mktemp("mypy")
     (directory / "stubs" / "meridian").mkdir(parents=True)
     shutil.copy(PACKAGE / "__init__.pyi", directory / "stubs" / "meridian")
-    environment = {**os.environ, "MYPYPATH": str(directory / "stubs")}
+    environment = {**os.environ, "MYPYPATH": str(directory / "stubs"), "PYTHONPATH": str(PACKAGE.parent)}
 
     def run(module, *words):
         # The checker itself, which is not built with a sanitizer.

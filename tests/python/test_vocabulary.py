@@ -49,7 +49,7 @@ def test_file_extensions_are_those_of_the_list():
 
 def test_names_are_made_from_those_of_cpp_by_one_rule():
     words = set()
-    for header in (SOURCES / "meridian").rglob("*.h"):
+    for header in [*(SOURCES / "meridian").rglob("*.h"), *(SOURCES / "meridian").rglob("*.def")]:
         if header.relative_to(SOURCES / "meridian").parts[0] not in ("c", "objc", "python"):
             words.update(re.findall(r"[A-Za-z]\w*", header.read_text()))
     known = words | {snake(word) for word in words}
