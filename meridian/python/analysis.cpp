@@ -44,51 +44,59 @@ void addRendering(Record<Options>& record) {
 void addBasic(const py::object& scope) {
   Record<Basic> record(scope, "BasicOptions", "What is analysed, and where the results go.");
   record
-      .fact("pathsToAnalyze", [](const Basic& options) {
-              return shown(std::vector<std::string>(options.pathsToAnalyze().begin(), options.pathsToAnalyze().end()));
-            }, "The paths of the media.", /*isField=*/true)
-      .fact("workDirectory", [](const Basic& options) { return shown(options.workDirectory()); },
-            "The directory for scratch files.", /*isField=*/true)
-      .fact("resultsFilePath", [](const Basic& options) { return shown(options.resultsFilePath()); },
-            "The path of the file for the results.", /*isField=*/true)
-      .fact("analysisId", [](const Basic& options) { return shown(options.analysisId()); },
-            "The name of the run; or None.", /*isField=*/true)
+      .fact(
+          "pathsToAnalyze",
+          [](const Basic& options) {
+            return shown(std::vector<std::string>(options.pathsToAnalyze().begin(), options.pathsToAnalyze().end()));
+          },
+          "The paths of the media.", /*isField=*/true)
+      .fact(
+          "workDirectory", [](const Basic& options) { return shown(options.workDirectory()); },
+          "The directory for scratch files.", /*isField=*/true)
+      .fact(
+          "resultsFilePath", [](const Basic& options) { return shown(options.resultsFilePath()); },
+          "The path of the file for the results.", /*isField=*/true)
+      .fact(
+          "analysisId", [](const Basic& options) { return shown(options.analysisId()); },
+          "The name of the run; or None.", /*isField=*/true)
       .fact("deepAnalysis", &Basic::deepAnalysis, "Whether the deep analysis is requested.", /*isField=*/true)
-      .value([](const Words& paths, const Path& workDirectory, const Path& results,
-                const std::optional<Path>& analysisId, bool deep) {
-               return Basic(paths.values, stringOf(analysisId), workDirectory.value, results.value, deep);
-             },
-             "paths_to_analyze"_a, "work_directory"_a, "results_file_path"_a, "analysis_id"_a = py::none(),
-             "deep_analysis"_a = false);
+      .value(
+          [](const Words& paths, const Path& workDirectory, const Path& results, const std::optional<Path>& analysisId,
+             bool deep) { return Basic(paths.values, stringOf(analysisId), workDirectory.value, results.value, deep); },
+          "paths_to_analyze"_a, "work_directory"_a, "results_file_path"_a, "analysis_id"_a = py::none(),
+          "deep_analysis"_a = false);
   addRendering(record);
   record.type().def(
       "errors",
-      [](const Basic& options) {
-        return Typed<"list[MediaAnalysisBasicOptionsError]">(listOf(errorsOf(options)));
-      },
+      [](const Basic& options) { return Typed<"list[MediaAnalysisBasicOptionsError]">(listOf(errorsOf(options))); },
       "Returns the errors that would stop the tool, of the options and of the paths in the file system.");
 }
 
 void addImage(const py::object& scope) {
   Record<Image> record(scope, "ImageOptions", "Which still images are taken of the media.");
   record
-      .fact("snapshotLocations", [](const Image& options) {
-              return std::vector<float>(options.snapshotLocations().begin(), options.snapshotLocations().end());
-            }, "The positions at which images are taken.", /*isField=*/true)
+      .fact(
+          "snapshotLocations",
+          [](const Image& options) {
+            return std::vector<float>(options.snapshotLocations().begin(), options.snapshotLocations().end());
+          },
+          "The positions at which images are taken.", /*isField=*/true)
       .fact("maxImageWidth", &Image::maxImageWidth, "The largest width of an image, in pixels.", /*isField=*/true)
       .fact("imageHeight", &Image::imageHeight, "The height of every image in pixels, if it is fixed; or None.",
             /*isField=*/true)
       .fact("compressionFactor", &Image::compressionFactor, "The compression factor; or None.", /*isField=*/true)
       .fact("allowFinderImages", &Image::allowFinderImages, "Whether the desktop's file browser may show the images.",
             /*isField=*/true)
-      .fact("lutToApply", [](const Image& options) { return shown(options.lutToApply()); },
-            "The path of the LUT that is applied to the images; or None.", /*isField=*/true)
-      .value([](const std::vector<float>& locations, float width, std::optional<float> height,
-                std::optional<float> compression, bool allowFinderImages, const std::optional<Path>& lut) {
-               return Image(locations, width, height, compression, allowFinderImages, stringOf(lut));
-             },
-             "snapshot_locations"_a, "max_image_width"_a, "image_height"_a = py::none(),
-             "compression_factor"_a = py::none(), "allow_finder_images"_a = false, "lut_to_apply"_a = py::none());
+      .fact(
+          "lutToApply", [](const Image& options) { return shown(options.lutToApply()); },
+          "The path of the LUT that is applied to the images; or None.", /*isField=*/true)
+      .value(
+          [](const std::vector<float>& locations, float width, std::optional<float> height,
+             std::optional<float> compression, bool allowFinderImages, const std::optional<Path>& lut) {
+            return Image(locations, width, height, compression, allowFinderImages, stringOf(lut));
+          },
+          "snapshot_locations"_a, "max_image_width"_a, "image_height"_a = py::none(),
+          "compression_factor"_a = py::none(), "allow_finder_images"_a = false, "lut_to_apply"_a = py::none());
   addRendering(record);
   record.type().def(
       "errors",
@@ -98,8 +106,7 @@ void addImage(const py::object& scope) {
 
 void addCustodial(const py::object& scope) {
   Record<Custodial> record(scope, "CustodialOptions", "Which application starts the tool.");
-  record
-      .fact("parentPid", &Custodial::parentPid, "The application's process identifier; or None.", /*isField=*/true)
+  record.fact("parentPid", &Custodial::parentPid, "The application's process identifier; or None.", /*isField=*/true)
       .fact("parentAppNumber", &Custodial::parentAppNumber, "Which application of the suite it is; or None.",
             /*isField=*/true)
       .value([](std::optional<std::int32_t> pid, std::optional<std::int32_t> number) { return Custodial(pid, number); },
@@ -122,17 +129,18 @@ void addAnalysis(py::module_& module) {
       .field("basic", &Reading::basic, "What is analysed, and where the results go.")
       .field("image", &Reading::image, "Which still images are taken; None if the vector has no image flag.")
       .field("custodial", &Reading::custodial, "Which application starts the tool.")
-      .fact("warnings", [](const Reading& reading) {
-              return Typed<"list[MediaAnalysisCLIWarning]">(listOf(reading.warnings));
-            }, "The words that are not in the options, in the order of the vector.", /*isField=*/true)
-      .fact("unknownFlags", [](const Reading& reading) { return shown(reading.unknownFlags()); },
-            "The flags that the tool does not know; None if there are none.")
+      .fact(
+          "warnings",
+          [](const Reading& reading) { return Typed<"list[MediaAnalysisCLIWarning]">(listOf(reading.warnings)); },
+          "The words that are not in the options, in the order of the vector.", /*isField=*/true)
+      .fact(
+          "unknownFlags", [](const Reading& reading) { return shown(reading.unknownFlags()); },
+          "The flags that the tool does not know; None if there are none.")
       .fact("allFlagsAreValid", &Reading::allFlagsAreValid, "Whether the tool knows every flag of the vector.")
       .done();
   module.def(
-      "read_media_analysis_arguments",
-      [](const Words& words) { return readMediaAnalysisArguments(words.values); }, "words"_a,
-      "Reads an argument vector, without a program path. Never fails: what cannot be read is a warning.");
+      "read_media_analysis_arguments", [](const Words& words) { return readMediaAnalysisArguments(words.values); },
+      "words"_a, "Reads an argument vector, without a program path. Never fails: what cannot be read is a warning.");
 }
 
 }  // namespace meridian::inline v0_2::python

@@ -79,7 +79,8 @@ void addBuilding(py::class_<Arguments>& type) {
   });
   type.attr("__hash__") = py::none();
   type.def("__repr__", [](const Arguments& arguments) {
-    std::string text = "TranscodeCliArguments(" + std::string(py::str(py::repr(py::cast(shown(arguments.commandLine())))));
+    std::string text =
+        "TranscodeCliArguments(" + std::string(py::str(py::repr(py::cast(shown(arguments.commandLine())))));
     if (arguments.stored().orderedFlags) text += ", maintain_original_ordering=True";
     return text + ")";
   });
@@ -92,10 +93,12 @@ void addEntries(py::class_<Arguments>& type) {
       "A copy of the valid entries, in their order; a flag without a value has the empty text. Setting it replaces all "
       "of them, as given.");
   type.def(
-      "has_argument_flag", [](const Arguments& arguments, const Text& flag) { return arguments.hasArgumentFlag(flag.value); },
-      "flag"_a, "Returns whether the flag is stored. It is trimmed, but not lower-cased.");
-  type.def("__contains__",
-           [](const Arguments& arguments, const Text& flag) { return arguments.hasArgumentFlag(flag.value); }, "flag"_a);
+      "has_argument_flag",
+      [](const Arguments& arguments, const Text& flag) { return arguments.hasArgumentFlag(flag.value); }, "flag"_a,
+      "Returns whether the flag is stored. It is trimmed, but not lower-cased.");
+  type.def(
+      "__contains__",
+      [](const Arguments& arguments, const Text& flag) { return arguments.hasArgumentFlag(flag.value); }, "flag"_a);
   type.def(
       "argument_flag_value",
       [](const Arguments& arguments, const Text& flag) { return shown(arguments.argumentFlagValue(flag.value)); },
@@ -103,7 +106,8 @@ void addEntries(py::class_<Arguments>& type) {
   type.def(
       "set_argument_flag_value",
       [](Arguments& arguments, const Text& flag, const std::optional<Path>& value) {
-        arguments.setArgumentFlagValue(flag.value, value ? std::optional<std::string_view>(value->value) : std::nullopt);
+        arguments.setArgumentFlagValue(flag.value,
+                                       value ? std::optional<std::string_view>(value->value) : std::nullopt);
       },
       "flag"_a, "value"_a, "Stores the value as it is, neither normalised nor checked; None removes the flag.");
   type.def_property_readonly(
@@ -174,8 +178,10 @@ void addInputs(py::class_<Arguments>& type) {
 void addArguments(py::module_& module) {
   py::class_<Arguments> type(
       module, "TranscodeCliArguments",
-      "The settings of one transcode, read from and rendered as an argument vector.\n\nFlags are stored lower-cased and "
-      "trimmed. The typed properties store nothing of their own: each reads and writes the text of one flag, and a text "
+      "The settings of one transcode, read from and rendered as an argument vector.\n\nFlags are stored lower-cased "
+      "and "
+      "trimmed. The typed properties store nothing of their own: each reads and writes the text of one flag, and a "
+      "text "
       "that is not valid is None as a property. transcode_properties() lists them. A store has no lock.");
   addBuilding(type);
   addEntries(type);
@@ -184,9 +190,7 @@ void addArguments(py::module_& module) {
   type.attr("run_in_transcode_mode_flag") = strOf(Arguments::runInTranscodeModeFlag);
   type.def_static(
       "all_known_command_flags",
-      [] {
-        return shown(std::vector<std::string>(allKnownCommandFlags.begin(), allKnownCommandFlags.end()));
-      },
+      [] { return shown(std::vector<std::string>(allKnownCommandFlags.begin(), allKnownCommandFlags.end())); },
       "Returns every flag that a store knows.");
   module.def(
       "preset_arguments", [](TranscodeCliPreset preset) { return TextDict(dictOf(presetArguments(preset))); },

@@ -86,7 +86,8 @@ std::optional<MediaRational> rationalOf(py::handle number) {
     const double value = PyFloat_AS_DOUBLE(number.ptr());
     if (value == 0) return MediaRational{0, 1};
     const auto ratio = MediaRational::fromRawValue(value);
-    if (!ratio) throw py::value_error("expected a finite number within 64 bits, found " + std::string(py::repr(number)));
+    if (!ratio)
+      throw py::value_error("expected a finite number within 64 bits, found " + std::string(py::repr(number)));
     // As a Fraction has it, so that what comes back is equal.
     const std::int64_t divisor = std::gcd(ratio->numerator, ratio->denominator);
     return MediaRational{ratio->numerator / divisor, ratio->denominator / divisor};

@@ -116,8 +116,9 @@ inline TextType textType;
 
 /// Returns fractions.Fraction of the terms; throws ZeroDivisionError as a Python exception.
 [[nodiscard]] py::object fractionOf(std::int64_t numerator, std::int64_t denominator);
-/// Returns the ratio of an int or a Fraction, or by `MediaRational::fromRawValue` of a float, reduced; absent for another type.
-/// Throws OverflowError as a Python exception for terms beyond 64 bits, ValueError for a float that has no ratio.
+/// Returns the ratio of an int or a Fraction, or by `MediaRational::fromRawValue` of a float, reduced; absent for
+/// another type. Throws OverflowError as a Python exception for terms beyond 64 bits, ValueError for a float that has
+/// no ratio.
 [[nodiscard]] std::optional<MediaRational> rationalOf(py::handle number);
 
 /// Returns a dict in the dictionary's order.

@@ -36,8 +36,7 @@ void addErrorCodes(py::module_& module) {
   addEnumeration<MediaAnalysisCLIError>(module, "What makes the analysis tool's basic options unusable.");
   addEnumeration<MediaAnalysisCLIImageError>(module, "What makes the analysis tool's image options unusable.");
   addEnumeration<MediaAnalysisCLIWarningCode>(module, "Why words of a vector are not in the options read from it.");
-  addEnumeration<MediaAnalysisCLIWritingWarningCode>(module,
-                                                     "Why an option does not read back from its own vector.");
+  addEnumeration<MediaAnalysisCLIWritingWarningCode>(module, "Why an option does not read back from its own vector.");
 }
 
 }  // namespace
@@ -49,7 +48,8 @@ void addEnumerations(py::module_& module) {
 
   addEnumeration<FlagGroup>(module, "The groups of the transcoder's flags.");
   addEnumeration<TranscodeCliPreset>(module, "The built-in presets. The value is that of \"-preset\".");
-  addEnumeration<VideoCropAnchor>(module, "Which part of an image a crop keeps. The value is that of \"-crop_anchor\".");
+  addEnumeration<VideoCropAnchor>(module,
+                                  "Which part of an image a crop keeps. The value is that of \"-crop_anchor\".");
   const py::object quality = addEnumeration<TranscodeAudioQuality>(
       module, "The quality of the audio encoder. The value is that of \"-aqual\".");
   quality.attr("av_audio_quality") = py::handle(reinterpret_cast<PyObject*>(&PyProperty_Type))(
@@ -75,7 +75,8 @@ void addEnumerations(py::module_& module) {
   addEnumeration<LutAxisOrder>(module,
                                "Which index runs fastest through the rows of a cube's file. Published .cube files are "
                                "red_fastest.");
-  addEnumeration<LutInputDomain>(module, "Which input values the axes of a LUT cover: those of its data, or as declared.");
+  addEnumeration<LutInputDomain>(module,
+                                 "Which input values the axes of a LUT cover: those of its data, or as declared.");
   addEnumeration<LutRounding>(module, "How results become code values.");
 
   addEnumeration<ItemKind>(module, "The kind of an item itself: a symbolic link is one wherever it leads.");

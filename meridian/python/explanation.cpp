@@ -32,14 +32,18 @@ void addParts(py::module_& module) {
       .field("preset", &Setting::preset, "The preset that gave the value, or whose value was overridden; or None.")
       .field("earlierValues", &Setting::earlierValues, "Values that were written earlier and overridden.")
       .field("presetValue", &Setting::presetValue, "The preset's value that was overridden; or None.")
-      .fact("property", [](const Setting& setting) {
-              return setting.property == nullptr ? std::nullopt : std::optional<TranscodeProperty>(*setting.property);
-            }, "The property that the flag stores or is a part of; or None.", /*isField=*/true)
+      .fact(
+          "property",
+          [](const Setting& setting) {
+            return setting.property == nullptr ? std::nullopt : std::optional<TranscodeProperty>(*setting.property);
+          },
+          "The property that the flag stores or is a part of; or None.", /*isField=*/true)
       .fact("typed", &typedValueOf, "The text parsed as the property; None if it is not valid.", /*isField=*/true)
       .field("meaning", &Setting::meaning, "The typed value for people: \"23.976 fps = 24000/1001\"; or empty.")
       .field("readableText", &Setting::readableText, "A valid text that was probably meant; or None.")
-      .fact("warnings", [](const Setting& setting) { return warningsOf(setting.warnings); },
-            "The warnings about the setting, the most important first.", /*isField=*/true)
+      .fact(
+          "warnings", [](const Setting& setting) { return warningsOf(setting.warnings); },
+          "The warnings about the setting, the most important first.", /*isField=*/true)
       .done();
   Record<ExplainedPreset>(module, "ExplainedPreset", "A preset whose settings were merged into those given.")
       .field("preset", &ExplainedPreset::preset, "The preset.")
@@ -53,14 +57,16 @@ void addParts(py::module_& module) {
       .field("suggestion", &RejectedEntry::suggestion, "The nearest known flag or preset; None if none is near.")
       .field("valueless", &RejectedEntry::valueless,
              "The preceding flag if it needs a value and got none, probably this word; or None.")
-      .fact("error", [](const RejectedEntry& entry) { return Typed<"TranscodeError">(errorOf(entry.error)); },
-            "Why it was rejected.", /*isField=*/true)
+      .fact(
+          "error", [](const RejectedEntry& entry) { return Typed<"TranscodeError">(errorOf(entry.error)); },
+          "Why it was rejected.", /*isField=*/true)
       .done();
   Record<DroppedWord>(module, "DroppedWord", "A word that belongs to no flag.")
       .field("index", &DroppedWord::index, "Its place in the vector, from 0.")
       .field("word", &DroppedWord::word, "The word.")
-      .fact("warning", [](const DroppedWord& word) { return Typed<"TranscodeWarning">(errorOf(word.warning)); },
-            "Says that it was dropped.", /*isField=*/true)
+      .fact(
+          "warning", [](const DroppedWord& word) { return Typed<"TranscodeWarning">(errorOf(word.warning)); },
+          "Says that it was dropped.", /*isField=*/true)
       .done();
 }
 
@@ -81,7 +87,8 @@ void addExplanation(py::module_& module) {
       "explain",
       [](const Words& words, bool maintainOriginalOrdering) { return explain(words.values, maintainOriginalOrdering); },
       "words"_a, "maintain_original_ordering"_a = false,
-      "Explains an argument vector, without a program path: where each setting came from, what its text means, and what "
+      "Explains an argument vector, without a program path: where each setting came from, what its text means, and "
+      "what "
       "became of every other word. Never fails.");
   module.def(
       "reading_back_warnings",

@@ -54,19 +54,20 @@ void addFilter(py::module_& module) {
   Record<ItemDecision>(module, "ItemDecision", "Whether an item is copied, and the rule that decided.")
       .field("isIgnored", &ItemDecision::isIgnored, "True if the item is not copied.")
       .field("rule", &ItemDecision::rule, "The rule that decided.")
-      .value([](bool isIgnored, ItemFilterRule rule) { return ItemDecision{isIgnored, rule}; }, "is_ignored"_a, "rule"_a)
+      .value([](bool isIgnored, ItemFilterRule rule) { return ItemDecision{isIgnored, rule}; }, "is_ignored"_a,
+             "rule"_a)
       .done();
   py::class_<ItemFilter> filter(module, "ItemFilter",
                                 "Decides, item by item, what a copying application leaves out. Safe to use from "
                                 "several threads.");
-  filter.def(py::init([](const Words& extensions, ItemFilteringOption option, bool ignoreHiddenItems,
-                         const Words& names) {
-               return ItemFilter({stringsOf(extensions), option, ignoreHiddenItems, stringsOf(names)});
-             }),
-             "extension_filter_list"_a = py::tuple(), "filtering_option"_a = ItemFilteringOption::ignoreListedExtensions,
-             "ignore_hidden_items"_a = false, "force_path_components"_a = py::tuple(),
-             "Prepares the settings. Extensions may be in any case, with or without a leading dot; "
-             "force_path_components are names of items to ignore, such as default_force_ignore_path_components().");
+  filter.def(
+      py::init([](const Words& extensions, ItemFilteringOption option, bool ignoreHiddenItems, const Words& names) {
+        return ItemFilter({stringsOf(extensions), option, ignoreHiddenItems, stringsOf(names)});
+      }),
+      "extension_filter_list"_a = py::tuple(), "filtering_option"_a = ItemFilteringOption::ignoreListedExtensions,
+      "ignore_hidden_items"_a = false, "force_path_components"_a = py::tuple(),
+      "Prepares the settings. Extensions may be in any case, with or without a leading dot; "
+      "force_path_components are names of items to ignore, such as default_force_ignore_path_components().");
   filter.def(
       "is_ignored", [](const ItemFilter& self, const Path& item) { return self.isIgnored(item.url()); }, "item"_a,
       "Returns whether the item is not copied. Asks the file system only if the answer depends on it.");
@@ -76,8 +77,8 @@ void addFilter(py::module_& module) {
   module.def(
       "default_force_ignore_path_components",
       [] {
-        return shown(std::vector<std::string>(defaultForceIgnorePathComponents.begin(),
-                                              defaultForceIgnorePathComponents.end()));
+        return shown(
+            std::vector<std::string>(defaultForceIgnorePathComponents.begin(), defaultForceIgnorePathComponents.end()));
       },
       "Returns names that systems leave on volumes, for force_path_components.");
 }

@@ -30,14 +30,14 @@ ClaimObject claimOf(Claimed&& files) {
 
 void addClaims(py::module_& module) {
   Record<ClaimedFile>(module, "ClaimedFile", "An empty file that was created under an unused name.")
-      .fact("path", [](const ClaimedFile& file) { return shown(file.url.path()); }, "Its path.", /*isField=*/true)
+      .fact(
+          "path", [](const ClaimedFile& file) { return shown(file.url.path()); }, "Its path.", /*isField=*/true)
       .field("extension", &ClaimedFile::extension, "The extension that it was asked for as part of a set, or empty.")
       .done()
       .def("__fspath__", [](const ClaimedFile& file) { return shown(file.url.path()); });
   module.attr("Claim") = py::module_::import("meridian._claim").attr("Claim");
   module.def(
-      "claim_file",
-      [](const Path& path) { return claimOf(claimFile(path.url())); }, "path"_a,
+      "claim_file", [](const Path& path) { return claimOf(claimFile(path.url())); }, "path"_a,
       "Creates the file that file_path_adjusted_for_collision() names, so that no other process gets the name. Raises "
       "ClaimError.");
   module.def(
@@ -82,7 +82,8 @@ void addFreeNames(py::module_& module) {
         return Typed<"dict[str, str]">(std::move(paths));
       },
       "directories"_a, "file_name"_a, "extensions"_a,
-      "Returns a path for each extension, all with one name and number that are unused in all directories: those in the "
+      "Returns a path for each extension, all with one name and number that are unused in all directories: those in "
+      "the "
       "last directory.");
 }
 

@@ -3,7 +3,8 @@
 /// samples of uint8, uint16 or float32, with any strides, never copied. For example:
 ///
 ///     const ImageBuffer image(object, ImageBuffer::Access::read, "image");
-///     visitSamples(image.sample(), [&]<typename Sample>(std::type_identity<Sample>) { image.view<const Sample>(format); });
+///     visitSamples(image.sample(), [&]<typename Sample>(std::type_identity<Sample>) { image.view<const
+///     Sample>(format); });
 #pragma once
 
 #include <cstddef>

@@ -44,12 +44,14 @@ int bitsOf(SampleType type) {
 /// Makes an array like the image: of numpy if the program uses it, else a memoryview.
 py::object newImageLike(const ImageBuffer& image) {
   const auto shape = py::make_tuple(image.height(), image.width(), image.channels());
-  constexpr auto names = std::to_array<std::pair<const char*, const char*>>({{"uint8", "B"}, {"uint16", "H"}, {"float32", "f"}});
+  constexpr auto names =
+      std::to_array<std::pair<const char*, const char*>>({{"uint8", "B"}, {"uint16", "H"}, {"float32", "f"}});
   const auto& [type, format] = names.at(static_cast<std::size_t>(image.sample()));
   const py::dict modules = py::module_::import("sys").attr("modules");
   if (modules.contains("numpy")) return modules["numpy"].attr("empty")(shape, type);
   const auto bytes = py::module_::import("builtins").attr("bytearray");
-  const std::size_t size = image.height() * image.width() * image.channels() * static_cast<std::size_t>(bitsOf(image.sample()) / 8);
+  const std::size_t size =
+      image.height() * image.width() * image.channels() * static_cast<std::size_t>(bitsOf(image.sample()) / 8);
   const auto memory = py::module_::import("builtins").attr("memoryview")(bytes(size));
   return memory.attr("cast")(format, shape);
 }
@@ -58,7 +60,8 @@ void applyTo(const ParsedLutFile& file, const ImageBuffer& source, const ImageBu
              const Application& application) {
   const int depth = application.bitDepth.value_or(bitsOf(source.sample()));
   const CodeValueFormat from{depth, application.range};
-  const CodeValueFormat to{application.outputBitDepth.value_or(depth), application.outputRange.value_or(application.range)};
+  const CodeValueFormat to{application.outputBitDepth.value_or(depth),
+                           application.outputRange.value_or(application.range)};
   const py::gil_scoped_release release;
   const auto applied = visitSamples(source.sample(), [&]<typename Sample>(std::type_identity<Sample>) {
     return [&]() -> Expected<void, ImageErrorCode> {
@@ -102,7 +105,8 @@ py::buffer_info rowsOf(const Lut& lut) {
   const auto rows = lut.file->orderedValues().colors();
   static_assert(sizeof(LutColor) == 3 * sizeof(double));
   return py::buffer_info(const_cast<double*>(&rows.data()->red), sizeof(double),  // NOLINT: read-only
-                         py::format_descriptor<double>::format(), 2, {static_cast<py::ssize_t>(rows.size()), py::ssize_t{3}},
+                         py::format_descriptor<double>::format(), 2,
+                         {static_cast<py::ssize_t>(rows.size()), py::ssize_t{3}},
                          {static_cast<py::ssize_t>(sizeof(LutColor)), static_cast<py::ssize_t>(sizeof(double))},
                          /*readonly=*/true);
 }
@@ -120,12 +124,15 @@ void addDescription(py::module_& module) {
       .field("valueBitDepth", &Description::valueBitDepth, "The depth in bits of the code values returned; or None.")
       .field("lowValue", &Description::lowValue, "The smallest of its values.")
       .field("highValue", &Description::highValue, "The largest of its values.")
-      .fact("domainMinimum", [](const Description& lut) { return tupleOf(lut.declaredDomain.minimum); },
-            "The smallest input that the file declares for each channel, 0 if it declares none.", /*isField=*/true)
-      .fact("domainMaximum", [](const Description& lut) { return tupleOf(lut.declaredDomain.maximum); },
-            "The largest input that the file declares for each channel, 1 if it declares none.", /*isField=*/true)
-      .fact("declaresDomain", [](const Description& lut) { return lut.declaredDomain.isDeclared; },
-            "Whether the file declares a range of input values.", /*isField=*/true)
+      .fact(
+          "domainMinimum", [](const Description& lut) { return tupleOf(lut.declaredDomain.minimum); },
+          "The smallest input that the file declares for each channel, 0 if it declares none.", /*isField=*/true)
+      .fact(
+          "domainMaximum", [](const Description& lut) { return tupleOf(lut.declaredDomain.maximum); },
+          "The largest input that the file declares for each channel, 1 if it declares none.", /*isField=*/true)
+      .fact(
+          "declaresDomain", [](const Description& lut) { return lut.declaredDomain.isDeclared; },
+          "Whether the file declares a range of input values.", /*isField=*/true)
       .done();
   module.def("can_convert_all", &canConvertAll, "lut"_a, "output_bit_depth"_a,
              "Returns whether convert_if_possible() is certain to have a result for every sample.");
@@ -138,13 +145,14 @@ void addLut(py::module_& module) {
   py::class_<Lut> type(module, "ParsedLutFile", py::buffer_protocol(),
                        "A LUT read from a file. It may be used from several threads at once.\n\nnumpy.asarray(lut) is "
                        "an array of its rows, float64 of shape (rows, 3), without a copy.");
-  type.def(py::init(&opened), "path"_a, "Reads a LUT file written as text. Raises LutError, which says why there is none.");
+  type.def(py::init(&opened), "path"_a,
+           "Reads a LUT file written as text. Raises LutError, which says why there is none.");
   type.def_buffer(&rowsOf);
   type.def_property_readonly("path", [](const Lut& lut) { return shown(lut.file->file().path()); }, "Its path.");
-  type.def_property_readonly("description", [](const Lut& lut) { return describe(*lut.file); },
-                             "Its kind, size and range.");
-  type.def_property_readonly("dimensions", [](const Lut& lut) { return lut.file->dimensions(); },
-                             "Whether it is a 1D LUT or a cube.");
+  type.def_property_readonly(
+      "description", [](const Lut& lut) { return describe(*lut.file); }, "Its kind, size and range.");
+  type.def_property_readonly(
+      "dimensions", [](const Lut& lut) { return lut.file->dimensions(); }, "Whether it is a 1D LUT or a cube.");
   type.def_property_readonly(
       "ordered_values",
       [](const py::object& self) {
@@ -153,35 +161,41 @@ void addLut(py::module_& module) {
         return Typed<"memoryview">(std::move(view));
       },
       "A view of the rows in file order: float64, of shape (rows, 3). It keeps the LUT alive.");
-  type.def("convert_if_possible", &converted, "red"_a, "green"_a, "blue"_a, "input_bit_depth"_a,
-           "output_bit_depth"_a = py::none(),
-           "Returns the LUT's result for the code values of a pixel; None where it has none. Depths are in bits; without "
-           "an output depth the result has the input's.");
+  type.def(
+      "convert_if_possible", &converted, "red"_a, "green"_a, "blue"_a, "input_bit_depth"_a,
+      "output_bit_depth"_a = py::none(),
+      "Returns the LUT's result for the code values of a pixel; None where it has none. Depths are in bits; without "
+      "an output depth the result has the input's.");
   type.def(
       "apply",
       [](const Lut& lut, const Image& image, const Typed<"Buffer | None">& out, std::optional<int> bitDepth,
          std::optional<int> outputBitDepth, CodeValueRange range, std::optional<CodeValueRange> outputRange,
          LutInterpolation interpolation, LutAxisOrder axisOrder, LutInputDomain domain, LutRounding rounding,
          unsigned threads) {
-        return Typed<"Any">(apply(lut, image, out,
-                                  {bitDepth, outputBitDepth, range, outputRange,
-                                   {interpolation, axisOrder, domain, rounding}, threads}));
+        return Typed<"Any">(apply(
+            lut, image, out,
+            {bitDepth, outputBitDepth, range, outputRange, {interpolation, axisOrder, domain, rounding}, threads}));
       },
       "image"_a, "out"_a = py::none(), py::kw_only(), "bit_depth"_a = py::none(), "output_bit_depth"_a = py::none(),
       "range"_a = CodeValueRange::full, "output_range"_a = py::none(), "interpolation"_a = LutInterpolation::trilinear,
       "axis_order"_a = LutAxisOrder::blueFastest, "domain"_a = LutInputDomain::dataRange,
       "rounding"_a = LutRounding::truncate, "threads"_a = 1,
       "Applies the LUT to every pixel of an image and returns the result.\n\n"
-      "image is any object with a buffer of shape (height, width, 3 or 4) of uint8, uint16 or float32, with any strides: "
+      "image is any object with a buffer of shape (height, width, 3 or 4) of uint8, uint16 or float32, with any "
+      "strides: "
       "numpy arrays, also mirrored, sliced or transposed ones. It is not copied, and other threads of Python run "
-      "meanwhile. out is where the results go, of the same type of samples; it may be image itself, and must not overlap "
-      "it otherwise. Without out a new array is made: of numpy if the program has imported it, else a memoryview. Alpha "
+      "meanwhile. out is where the results go, of the same type of samples; it may be image itself, and must not "
+      "overlap "
+      "it otherwise. Without out a new array is made: of numpy if the program has imported it, else a memoryview. "
+      "Alpha "
       "is kept, and opaque where only out has it.\n\n"
-      "bit_depth is that of the code values in bits, by default all bits of a sample; output_bit_depth and output_range "
+      "bit_depth is that of the code values in bits, by default all bits of a sample; output_bit_depth and "
+      "output_range "
       "are those of image by default. Floating-point samples are on the scale from 0 to 1. threads work on bands of "
       "rows; 0 means as many as the machine runs at once. Images whose strides do not suit each other are applied row "
       "by row or, where one is mirrored against the other, pixel by pixel, by one thread.\n\n"
-      "Raises TypeError for another type of samples; ValueError for another shape or byte order, for an out that may not "
+      "Raises TypeError for another type of samples; ValueError for another shape or byte order, for an out that may "
+      "not "
       "be written to, and where the two overlap; ImageError, which is a ValueError, for unequal sizes and a bit depth "
       "or range that does not fit.");
 }

@@ -8,9 +8,9 @@
 #include "meridian/media/size.h"
 #include "meridian/media/timecode_components.h"
 #include "meridian/media/video_dimension.h"
-#include "meridian/python/rate.h"
 #include "meridian/python/errors.h"
 #include "meridian/python/module.h"
+#include "meridian/python/rate.h"
 #include "meridian/python/record.h"
 
 namespace meridian::inline v0_2::python {
@@ -56,7 +56,8 @@ std::string callText(std::string function, const py::tuple& arguments) {
 
 VideoFrameRate matchingRate(const Ratio& rate) {
   const auto matched = VideoFrameRate::matching(rate.value);
-  if (!matched) throw py::value_error("a frame rate needs a denominator other than 0, and ten thousand times it 64 bits");
+  if (!matched)
+    throw py::value_error("a frame rate needs a denominator other than 0, and ten thousand times it 64 bits");
   return *matched;
 }
 
@@ -86,9 +87,10 @@ void addVideoFrameRate(py::module_& module) {
     if (rate.kind() != VideoFrameRateKind::custom) return pickled<VideoFrameRate>(memberOf(rate.kind()).attr("name"));
     return pickled<VideoFrameRate>(py::str("custom"), py::make_tuple(rate.rawValue()));
   });
-  module.def("standard_video_frame_rates",
-             [] { return std::vector<VideoFrameRate>(standardVideoFrameRates.begin(), standardVideoFrameRates.end()); },
-             "Returns the fourteen standard rates in declaration order.");
+  module.def(
+      "standard_video_frame_rates",
+      [] { return std::vector<VideoFrameRate>(standardVideoFrameRates.begin(), standardVideoFrameRates.end()); },
+      "Returns the fourteen standard rates in declaration order.");
   module.def("standard_rate_displayed_alike", &standardRateDisplayedAlike, "rate"_a,
              "Returns the first standard rate that is displayed like this custom rate but differs from it; None if "
              "there is none.");
@@ -111,9 +113,9 @@ void addFrameRate(py::module_& module) {
   type.def_property_readonly("description", &FrameRate::description, "The display text: \"25 fps\".");
   type.def_property_readonly("picker_description", &FrameRate::pickerDescription, "The display text in a list.");
   type.def_property_readonly("tag", &FrameRate::tag, "The identifier in a list.");
-  type.def_static("all_cases",
-                  [] { return std::vector<FrameRate>(FrameRate::allCases().begin(), FrameRate::allCases().end()); },
-                  "Returns all choices to offer; the last is a custom rate that is not entered yet.");
+  type.def_static(
+      "all_cases", [] { return std::vector<FrameRate>(FrameRate::allCases().begin(), FrameRate::allCases().end()); },
+      "Returns all choices to offer; the last is a custom rate that is not entered yet.");
   type.def("__repr__", [](const FrameRate& rate) {
     if (rate.kind() != FrameRateKind::custom) return reprOfCase("FrameRate", memberOf(rate.kind()));
     return callText("FrameRate.custom", py::make_tuple(rate.rawValue()));
@@ -196,7 +198,8 @@ void addTimecode(py::module_& module) {
       },
       "timecode"_a, "rate"_a,
       (std::string("Returns the number of the frame that the timecode labels, from 0. Raises TimecodeError for a label "
-                   "that does not exist at the rate. ") + rateDoc)
+                   "that does not exist at the rate. ") +
+       rateDoc)
           .c_str());
   module.def(
       "timecode_of_frame",
@@ -207,7 +210,8 @@ void addTimecode(py::module_& module) {
       },
       "frame_number"_a, "rate"_a, "is_drop_frame"_a = false,
       (std::string("Returns the timecode of the frame with this number; the inverse of frame_number(). Raises "
-                   "TimecodeError. ") + rateDoc)
+                   "TimecodeError. ") +
+       rateDoc)
           .c_str());
   module.def(
       "timecode_frames_per_second", [](const Rate& rate) { return timecodeFramesPerSecond(rate.value); }, "rate"_a,
@@ -237,9 +241,8 @@ void addContainers(py::module_& module) {
   type.def_static(
       "enumerate_containers_for_file_extension",
       [=](const Text& extension) {
-        return collected([&](const auto& block) {
-          Constants::enumerateContainersForFileExtension(extension.value, block);
-        });
+        return collected(
+            [&](const auto& block) { Constants::enumerateContainersForFileExtension(extension.value, block); });
       },
       "file_extension"_a, "Returns the containers that have the extension. Ignores case, but not a leading dot.");
   type.def_static(
@@ -259,7 +262,8 @@ void addContainers(py::module_& module) {
     }
     return Typed<"dict[str, frozenset[FileExtension]]">(std::move(result));
   };
-  module.def("file_extension_groups", groups, "Returns the groups of file extensions by name: \"video_file_extensions\".");
+  module.def("file_extension_groups", groups,
+             "Returns the groups of file extensions by name: \"video_file_extensions\".");
 }
 
 }  // namespace

@@ -234,25 +234,36 @@ const TranscodeProperty& propertyOfName(const Text& name) {
 }
 
 void addList(py::module_& module) {
-  Record<TranscodeProperty>(module, "TranscodeProperty", "A property of a transcode: where it is stored and what it means.")
-      .fact("name", [](const TranscodeProperty& property) { return snakeCase(property.name); },
-            "The name of the attribute.", /*isField=*/true)
-      .fact("flags", [](const TranscodeProperty& property) {
-              return shown(std::vector<std::string>(property.flags().begin(), property.flags().end()));
-            }, "The flag that stores the property, or the flags that make it up.", /*isField=*/true)
+  Record<TranscodeProperty>(module, "TranscodeProperty",
+                            "A property of a transcode: where it is stored and what it means.")
+      .fact(
+          "name", [](const TranscodeProperty& property) { return snakeCase(property.name); },
+          "The name of the attribute.", /*isField=*/true)
+      .fact(
+          "flags",
+          [](const TranscodeProperty& property) {
+            return shown(std::vector<std::string>(property.flags().begin(), property.flags().end()));
+          },
+          "The flag that stores the property, or the flags that make it up.", /*isField=*/true)
       .field("kind", &TranscodeProperty::kind, "How the value is written as text.")
       .field("unit", &TranscodeProperty::unit, "The unit of a number or size; empty if it has none.")
       .field("whenAbsent", &TranscodeProperty::whenAbsent, "What happens without the property.")
       .field("example", &TranscodeProperty::example, "A valid value, as text.")
       .field("meaning", &TranscodeProperty::meaning, "What the property does, as an imperative line.")
       .fact("isJoint", &TranscodeProperty::isJoint, "Whether several or numbered flags make it up.")
-      .fact("annotation", [](const TranscodeProperty& property) {
-              return conversionOf(property.kind).annotation + (isSwitch(property) ? "" : " | None");
-            }, "The Python type of the attribute, as annotations write it.")
-      .fact("allowedTexts", [](const TranscodeProperty& property) {
-              const auto texts = allowedTexts(property);
-              return shown(std::vector<std::string>(texts.begin(), texts.end()));
-            }, "The texts of which the property accepts one; empty for another kind.")
+      .fact(
+          "annotation",
+          [](const TranscodeProperty& property) {
+            return conversionOf(property.kind).annotation + (isSwitch(property) ? "" : " | None");
+          },
+          "The Python type of the attribute, as annotations write it.")
+      .fact(
+          "allowedTexts",
+          [](const TranscodeProperty& property) {
+            const auto texts = allowedTexts(property);
+            return shown(std::vector<std::string>(texts.begin(), texts.end()));
+          },
+          "The texts of which the property accepts one; empty for another kind.")
       .fact("expectedForm", &expectedForm, "What the property accepts, for messages: \"a size, such as 1920x1080\".")
       .done();
   module.def(

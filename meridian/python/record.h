@@ -47,7 +47,7 @@ class Record {
   Record(py::handle scope, const char* name, const char* doc) : type_(scope, name, doc) {}
 
   template <typename Member>
-  Record& field(const char* name, Member Type::*member, const char* doc) {
+  Record& field(const char* name, Member Type::* member, const char* doc) {
     return fact(name, [member](const Type& record) { return shown(record.*member); }, doc, /*isField=*/true);
   }
 
