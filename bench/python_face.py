@@ -64,7 +64,7 @@ def read_properties(cpp):
 def argparse_parser(words):
     """Returns a parser of the same vocabulary; of numbered flags it knows those of the vector."""
     parser = argparse.ArgumentParser(add_help=False, allow_abbrev=False)
-    types = [t for t in vars(meridian).values() if isinstance(t, type) and hasattr(t, "accepts_arguments")]
+    types = [t for t in (getattr(meridian, name) for name in meridian.__all__) if isinstance(t, type) and hasattr(t, "accepts_arguments")]
     flags = {flag: flag.accepts_arguments for t in types for flag in t.all_cases()}
     flags.update({word: True for word in words if word.startswith("-in_")})
     for flag, takes_value in flags.items():

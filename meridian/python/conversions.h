@@ -85,20 +85,30 @@ struct Typed : py::object {
 template <typename Type>
 concept Enumeration = std::is_enum_v<Type> && (TabledEnumeration<Type> || std::is_same_v<Type, ItemKind>);
 
-/// The Python side of an enumeration: its members by the numbers of the cases. Filled once, when the module is loaded,
-/// and kept.
+/// The Python side of an enumeration: its members by the numbers of the cases, and what makes them. It is made when it
+/// is needed first, since all of them would take most of the time in which the module is loaded; and then kept.
 template <Enumeration E>
-inline std::vector<PyObject*> members;
+struct PythonEnumeration {
+  inline static std::vector<PyObject*> members;
+  inline static void (*make)() = nullptr;
+
+  [[nodiscard]] static const std::vector<PyObject*>& all() {
+    if (members.empty()) make();
+    return members;
+  }
+};
 
 template <Enumeration E>
 [[nodiscard]] py::object memberOf(E value) {
-  return py::reinterpret_borrow<py::object>(members<E>.at(static_cast<std::size_t>(value)));
+  return py::reinterpret_borrow<py::object>(PythonEnumeration<E>::all().at(static_cast<std::size_t>(value)));
 }
 
+/// Returns the case of a member; absent for any other object.
 template <Enumeration E>
 [[nodiscard]] std::optional<E> valueOfMember(py::handle member) {
-  for (std::size_t place = 0; place < members<E>.size(); ++place) {
-    if (members<E>[place] == member.ptr()) return static_cast<E>(place);
+  const std::vector<PyObject*>& members = PythonEnumeration<E>::members;
+  for (std::size_t place = 0; place < members.size(); ++place) {
+    if (members[place] == member.ptr()) return static_cast<E>(place);
   }
   return std::nullopt;
 }

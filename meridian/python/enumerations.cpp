@@ -44,17 +44,20 @@ void addErrorCodes(py::module_& module) {
 void addEnumerations(py::module_& module) {
   const auto vocabulary = py::module_::import("meridian._vocabulary");
   for (const char* base : {"Enumeration", "ErrorCode", "TypedText"}) module.attr(base) = vocabulary.attr(base);
+  // The functions that make them, for the package.
+  module.attr("_enumerations") = py::dict();
   addErrorCodes(module);
 
   addEnumeration<FlagGroup>(module, "The groups of the transcoder's flags.");
   addEnumeration<TranscodeCliPreset>(module, "The built-in presets. The value is that of \"-preset\".");
   addEnumeration<VideoCropAnchor>(module,
                                   "Which part of an image a crop keeps. The value is that of \"-crop_anchor\".");
-  const py::object quality = addEnumeration<TranscodeAudioQuality>(
-      module, "The quality of the audio encoder. The value is that of \"-aqual\".");
-  quality.attr("av_audio_quality") = py::handle(reinterpret_cast<PyObject*>(&PyProperty_Type))(
-      py::cpp_function([](TranscodeAudioQuality value) { return avAudioQuality(value); }), py::none(), py::none(),
-      "The quality on the platform's scale of audio-encoder qualities, 0 to 127.");
+  addEnumeration<TranscodeAudioQuality>(
+      module, "The quality of the audio encoder. The value is that of \"-aqual\".", [](const py::object& type) {
+        type.attr("av_audio_quality") = py::handle(reinterpret_cast<PyObject*>(&PyProperty_Type))(
+            py::cpp_function([](TranscodeAudioQuality value) { return avAudioQuality(value); }), py::none(), py::none(),
+            "The quality on the platform's scale of audio-encoder qualities, 0 to 127.");
+      });
   addEnumeration<TimecodeSource>(module, "Where the timecode of the output comes from.");
   addEnumeration<PropertyKind>(module, "How a property of a transcode is written as text.");
   addEnumeration<SettingSource>(module, "Where the value of an explained setting came from.");

@@ -12,16 +12,23 @@
 #include "meridian/python/module.h"
 #include "meridian/python/rate.h"
 #include "meridian/python/record.h"
+#include "meridian/python/vocabulary.h"
 
 namespace meridian::inline v0_2::python {
 namespace {
 
 using py::literals::operator""_a;
 
+/// Returns the Python name of a case.
+template <Enumeration E>
+std::string caseName(E value) {
+  return snakeCase(detail::caseNames<E>[static_cast<std::size_t>(value)]);
+}
+
 /// Adds the members of an enumeration with a payload as attributes of its class.
 template <typename Value, typename Cases>
 void addCases(py::class_<Value>& type, const Cases& cases) {
-  for (const Value& each : cases) type.attr(py::str(memberOf(each.kind()).attr("name"))) = py::cast(each);
+  for (const Value& each : cases) type.attr(caseName(each.kind()).c_str()) = py::cast(each);
 }
 
 /// Adds what a value has: ==, hash() by the library's hash, and the pickled form of a function and its argument.
@@ -39,10 +46,6 @@ template <typename Value>
 py::tuple pickled(const py::object& name, const py::tuple& arguments = py::tuple()) {
   const py::tuple attribute = py::make_tuple(py::type::of<Value>(), name);
   return py::make_tuple(py::module_::import("meridian._vocabulary").attr("restore"), py::tuple(attribute + arguments));
-}
-
-std::string reprOfCase(const char* type, const py::object& kind) {
-  return std::string(type) + "." + std::string(py::str(kind.attr("name")));
 }
 
 /// Returns a call as it is written.
@@ -80,11 +83,11 @@ void addVideoFrameRate(py::module_& module) {
                              "The rate with two decimals unless it is whole: \"29.97 FPS\".");
   type.def("__float__", [](const VideoFrameRate& rate) { return rate.rawValue().rawValue(); });
   type.def("__repr__", [](const VideoFrameRate& rate) {
-    if (rate.kind() != VideoFrameRateKind::custom) return reprOfCase("VideoFrameRate", memberOf(rate.kind()));
+    if (rate.kind() != VideoFrameRateKind::custom) return "VideoFrameRate." + caseName(rate.kind());
     return callText("VideoFrameRate.custom", py::make_tuple(rate.rawValue()));
   });
   addValueManners(type, [](const VideoFrameRate& rate) {
-    if (rate.kind() != VideoFrameRateKind::custom) return pickled<VideoFrameRate>(memberOf(rate.kind()).attr("name"));
+    if (rate.kind() != VideoFrameRateKind::custom) return pickled<VideoFrameRate>(py::str(caseName(rate.kind())));
     return pickled<VideoFrameRate>(py::str("custom"), py::make_tuple(rate.rawValue()));
   });
   module.def(
@@ -117,11 +120,11 @@ void addFrameRate(py::module_& module) {
       "all_cases", [] { return std::vector<FrameRate>(FrameRate::allCases().begin(), FrameRate::allCases().end()); },
       "Returns all choices to offer; the last is a custom rate that is not entered yet.");
   type.def("__repr__", [](const FrameRate& rate) {
-    if (rate.kind() != FrameRateKind::custom) return reprOfCase("FrameRate", memberOf(rate.kind()));
+    if (rate.kind() != FrameRateKind::custom) return "FrameRate." + caseName(rate.kind());
     return callText("FrameRate.custom", py::make_tuple(rate.rawValue()));
   });
   addValueManners(type, [](const FrameRate& rate) {
-    if (rate.kind() != FrameRateKind::custom) return pickled<FrameRate>(memberOf(rate.kind()).attr("name"));
+    if (rate.kind() != FrameRateKind::custom) return pickled<FrameRate>(py::str(caseName(rate.kind())));
     return pickled<FrameRate>(py::str("custom"), py::make_tuple(rate.rawValue()));
   });
 }
@@ -154,12 +157,12 @@ void addVideoDimension(py::module_& module) {
     return !dimension.isCustom() && !dimension.isCustomScale();
   };
   type.def("__repr__", [=](const VideoDimension& dimension) {
-    if (isFixed(dimension)) return reprOfCase("VideoDimension", memberOf(dimension.kind()));
+    if (isFixed(dimension)) return "VideoDimension." + caseName(dimension.kind());
     const auto [function, arguments] = callOf(dimension);
     return callText(std::string("VideoDimension.") + function, arguments);
   });
   addValueManners(type, [=](const VideoDimension& dimension) {
-    if (isFixed(dimension)) return pickled<VideoDimension>(memberOf(dimension.kind()).attr("name"));
+    if (isFixed(dimension)) return pickled<VideoDimension>(py::str(caseName(dimension.kind())));
     const auto [function, arguments] = callOf(dimension);
     return pickled<VideoDimension>(py::str(function), arguments);
   });

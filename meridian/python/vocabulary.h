@@ -50,20 +50,40 @@ py::tuple rowOf(E value) {
 
 }  // namespace detail
 
-/// Adds an enumeration under its own name.
+/// What an enumeration's class gets from its declaration: its docstring, and one property beside `description`.
 template <Enumeration E>
-py::object addEnumeration(py::module_& module, const char* doc) {
+struct EnumerationClass {
+  inline static PyObject* module = nullptr;
+  inline static const char* doc = nullptr;
+  inline static void (*extend)(const py::object& type) = nullptr;
+};
+
+/// Makes the enumeration's class and its members.
+template <Enumeration E>
+void makeEnumeration() {
   const std::string name(typeName<E>());
   py::list rows;
   for (std::size_t place = 0; place < detail::caseCount<E>(); ++place) {
     rows.append(detail::rowOf(static_cast<E>(place)));
   }
-  const py::object made = py::module_::import("meridian._vocabulary").attr("make_enumeration")(name, doc, rows);
+  const auto made =
+      py::module_::import("meridian._vocabulary").attr("make_enumeration")(name, EnumerationClass<E>::doc, rows);
   for (const py::handle row : rows) {
-    members<E>.push_back(py::object(made.attr(row[py::int_(0)])).release().ptr());
+    PythonEnumeration<E>::members.push_back(py::object(made.attr(row[py::int_(0)])).release().ptr());
   }
-  module.attr(name.c_str()) = made;
-  return made;
+  if (EnumerationClass<E>::extend != nullptr) EnumerationClass<E>::extend(made);
+  py::handle(EnumerationClass<E>::module).attr(name.c_str()) = made;
+}
+
+/// Adds an enumeration under its own name, to be made when it is asked for.
+template <Enumeration E>
+void addEnumeration(py::module_& module, const char* doc, void (*extend)(const py::object&) = nullptr) {
+  EnumerationClass<E>::module = module.ptr();
+  EnumerationClass<E>::doc = doc;
+  EnumerationClass<E>::extend = extend;
+  PythonEnumeration<E>::make = &makeEnumeration<E>;
+  module.attr("_enumerations")[py::str(std::string(typeName<E>()))] =
+      py::cpp_function([] { static_cast<void>(PythonEnumeration<E>::all()); });
 }
 
 /// Adds a type of typed texts under its own name, with the class method `all_cases` where it has cases.

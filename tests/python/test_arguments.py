@@ -14,6 +14,8 @@ import pytest
 import meridian
 from meridian import TranscodeCliArguments as Arguments
 
+NAMES = {name: getattr(meridian, name) for name in meridian.__all__}
+
 PROPERTIES = meridian.transcode_properties()
 
 
@@ -140,7 +142,7 @@ def test_stores_are_copied_pickled_and_written_as_json_and_repr():
         same.output_file = "/else"
         assert same != arguments and arguments.output_file == "/out/a.mov"
     valid = Arguments(["-out", "/out/a.mov", "-overwrite"], True)
-    assert eval(repr(valid), vars(meridian)) == valid and valid.ordered_flags == ["-out", "-overwrite"]
+    assert eval(repr(valid), NAMES) == valid and valid.ordered_flags == ["-out", "-overwrite"]
     assert Arguments.from_argument_lookup({"-VR": "25"}).flag_value_lookup == {"-vr": "25"}
     with pytest.raises(TypeError):
         hash(valid)

@@ -18,6 +18,8 @@ import meridian
 
 SOURCES = Path(os.environ["MERIDIAN_SOURCES"])
 
+NAMES = {name: getattr(meridian, name) for name in meridian.__all__}
+
 
 def listed(file, macro=r"MERIDIAN_\w+"):
     """Returns the names and texts of a list's entries."""
@@ -83,7 +85,7 @@ def test_everything_public_has_a_docstring_and_reads_as_part_of_the_package():
 def test_typed_texts_are_str_and_know_their_facts():
     flag = meridian.SAVVideoFrameRateFlag
     assert isinstance(flag, str) and flag == "-vr" and {"-vr": 1}[flag] == 1 and f"{flag}" == "-vr"
-    assert type(flag) is meridian.SAVTranscodeVideoArgumentFlag and eval(repr(flag), vars(meridian)) == flag
+    assert type(flag) is meridian.SAVTranscodeVideoArgumentFlag and eval(repr(flag), NAMES) == flag
     assert flag.accepts_arguments and not meridian.SAVNoVideoFlag.accepts_arguments
     codec = meridian.SAVTranscodeArgumentVideoCodecValue
     assert codec.from_raw_value("h265") is meridian.SAVHevcCodec and codec.from_raw_value("H265") is None
@@ -94,7 +96,7 @@ def test_typed_texts_are_str_and_know_their_facts():
 
 
 def test_enumerations_are_enums_with_descriptions():
-    kinds = [v for v in vars(meridian).values() if isinstance(v, type) and issubclass(v, enum.Enum) and len(v)]
+    kinds = [v for v in NAMES.values() if isinstance(v, type) and issubclass(v, enum.Enum) and len(v)]
     assert len(kinds) > 30
     for kind in kinds:
         for member in kind:
@@ -117,7 +119,7 @@ VALUES = [
 
 @pytest.mark.parametrize("value", VALUES, ids=repr)
 def test_values_are_equal_hashed_copied_pickled_and_written_as_they_are(value):
-    names = {**vars(meridian), "Fraction": Fraction}
+    names = {**NAMES, "Fraction": Fraction}
     enums = re.sub(r"<(\w+\.\w+): [^>]*>", r"\1", repr(value))
     for same in (copy.copy(value), copy.deepcopy(value), pickle.loads(pickle.dumps(value)), eval(enums, names)):
         assert same == value and hash(same) == hash(value) and type(same) is type(value)

@@ -13,10 +13,23 @@ Texts and paths may hold any bytes, as os.fsdecode() has them.
 from meridian import _meridian
 
 __version__ = _meridian.__version__
-# Without Warning, which would hide Python's own.
-__all__ = [name for name in dir(_meridian) if not name.startswith("_") and name != "Warning"]
-for _name in [*__all__, "Warning"]:
-    globals()[_name] = getattr(_meridian, _name)
-    if isinstance(globals()[_name], type) and globals()[_name].__module__ == "meridian._meridian":
-        globals()[_name].__module__ = "meridian"
+# Enumerations are made when they are asked for. Warning would hide Python's own.
+__all__ = sorted({name for name in [*dir(_meridian), *_meridian._enumerations] if name[0] != "_"} - {"Warning"})
+for _name in [*dir(_meridian), "Warning"]:
+    if _name[0] != "_":
+        globals()[_name] = getattr(_meridian, _name)
+        if getattr(globals()[_name], "__module__", None) == "meridian._meridian":
+            globals()[_name].__module__ = "meridian"
 del _name
+
+
+def __getattr__(name):
+    if name not in _meridian._enumerations:
+        raise AttributeError(f"module 'meridian' has no attribute {name!r}")
+    _meridian._enumerations[name]()
+    globals()[name] = getattr(_meridian, name)
+    return globals()[name]
+
+
+def __dir__():
+    return sorted({*globals(), *__all__})
