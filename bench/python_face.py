@@ -33,14 +33,14 @@ def cpp_figures(program, names, repetitions):
     """Returns the medians of benchmarks in nanoseconds."""
     printed = subprocess.run(
         [program, f"--benchmark_filter=^({'|'.join(names)})$", "--benchmark_format=json",
-         f"--benchmark_repetitions={repetitions}", "--benchmark_report_aggregates_only=true"],
+         f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.1", "--benchmark_report_aggregates_only=true"],
         check=True, capture_output=True, text=True).stdout
     units = {"ns": 1, "us": 1e3, "ms": 1e6}
     return {run["run_name"]: run["real_time"] * units[run["time_unit"]]
             for run in json.loads(printed)["benchmarks"] if run["aggregate_name"] == "median"}
 
 
-def nanoseconds(function, repetitions=25):
+def nanoseconds(function, repetitions=9):
     timer = timeit.Timer(function)
     count, _ = timer.autorange()
     count = max(1, count // 4)
@@ -64,7 +64,8 @@ def read_properties(cpp):
 def argparse_parser(words):
     """Returns a parser of the same vocabulary; of numbered flags it knows those of the vector."""
     parser = argparse.ArgumentParser(add_help=False, allow_abbrev=False)
-    types = [t for t in (getattr(meridian, name) for name in meridian.__all__) if isinstance(t, type) and hasattr(t, "accepts_arguments")]
+    public = [getattr(meridian, name) for name in meridian.__all__]
+    types = [value for value in public if isinstance(value, type) and hasattr(value, "accepts_arguments")]
     flags = {flag: flag.accepts_arguments for t in types for flag in t.all_cases()}
     flags.update({word: True for word in words if word.startswith("-in_")})
     for flag, takes_value in flags.items():
@@ -121,7 +122,7 @@ def import_module():
 def main():
     if len(sys.argv) != 2:
         sys.exit(f"usage: {sys.argv[0]} MERIDIAN_BENCH")
-    cpp = cpp_figures(sys.argv[1], ["c_read_.*/meridian", "c_parse/meridian"], 25)
+    cpp = cpp_figures(sys.argv[1], ["c_read_.*/meridian", "c_parse/meridian"], 5)
     read_properties(cpp)
     parse(cpp)
     apply(sys.argv[1])

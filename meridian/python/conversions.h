@@ -69,7 +69,7 @@ template <Annotation annotation>
 struct Typed : py::object {
   using object::object;
   // NOLINTNEXTLINE(google-explicit-constructor): any object becomes one with an annotation.
-  Typed(py::object object) : py::object(std::move(object)) {}
+  Typed(py::object given) : py::object(std::move(given)) {}
   static bool check_(py::handle handle) { return handle.ptr() != nullptr; }
 };
 

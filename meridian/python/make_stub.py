@@ -117,7 +117,8 @@ def property_stub(owner, name, value, indent):
         kind = spelled(PROPERTY_TYPES[name])
     else:
         kind = signature_of("", value.fget)[0].rpartition(" -> ")[2]
-    text = f"{indent}@builtins.property\n{indent}def {name}(self) -> {kind}:\n{docstring(value.__doc__, indent + '    ')}"
+    text = f"{indent}@builtins.property\n{indent}def {name}(self) -> {kind}:\n"
+    text += docstring(value.__doc__, indent + "    ")
     if value.fset is not None:
         text += f"{indent}@{name}.setter\n{indent}def {name}(self, value: {kind}) -> None: ...\n"
     return text

@@ -47,7 +47,8 @@ def test_a_walk_reads_a_directory_when_the_item_after_it_is_asked_for(card):
 
 def test_errors_of_a_walk_go_to_the_report_and_may_end_it(card):
     errors = []
-    assert list(meridian.walk_tree(card / "none", report=errors.append)) == [] == list(meridian.walk_tree(card / "none"))
+    assert list(meridian.walk_tree(card / "none", report=errors.append)) == []
+    assert list(meridian.walk_tree(card / "none")) == []
     assert errors[0].code is meridian.TreeWalkErrorCode.unreadable_item and errors[0].errno == 2
     assert isinstance(errors[0], OSError) and errors[0].place == str(card / "none")
 
@@ -65,7 +66,8 @@ def test_errors_of_a_walk_go_to_the_report_and_may_end_it(card):
 
 def test_a_filter_decides_on_single_items(card):
     only = meridian.ItemFilter([".MOV"], meridian.ItemFilteringOption.only_listed_extensions)
-    assert not only.is_ignored(card / "c.mov") and only.is_ignored(str(card / "A/1.xml")) and not only.is_ignored(card / "A")
+    assert not only.is_ignored(card / "c.mov") and not only.is_ignored(card / "A")
+    assert only.is_ignored(str(card / "A/1.xml"))
     assert only.decision(card / "A") == meridian.ItemDecision(False, meridian.ItemFilterRule.directory)
     for bad in (["mov", 1], "mov"):
         with pytest.raises(TypeError):

@@ -64,7 +64,8 @@ def by_numpy(colors, image):
 
 def test_facts_and_rows(lut, colors):
     facts = lut.description
-    assert facts.dimensions is lut.dimensions is meridian.LutDimensions.cube and (facts.size, facts.rows) == (SIZE, SIZE**3)
+    assert facts.dimensions is lut.dimensions is meridian.LutDimensions.cube
+    assert (facts.size, facts.rows) == (SIZE, SIZE**3)
     assert facts.value_type is meridian.LutValueType.floating_point and facts.input_bit_depth is None
     assert facts.domain_maximum == (1, 1, 1) and not facts.declares_domain and facts.high_value == colors.max()
     assert numpy.array_equal(numpy.asarray(lut), colors.reshape(-1, 3)) and lut.ordered_values.readonly
@@ -175,31 +176,37 @@ def test_options_reach_the_library(lut):
     image = picture(numpy.uint16) >> 6
     plain = lut.apply(image, bit_depth=10)
     limited = meridian.CodeValueRange.limited
-    for options in ({"interpolation": meridian.LutInterpolation.tetrahedral}, {"rounding": meridian.LutRounding.nearest},
+    for options in ({"interpolation": meridian.LutInterpolation.tetrahedral},
+                    {"rounding": meridian.LutRounding.nearest},
                     {"axis_order": meridian.LutAxisOrder.red_fastest}, {"range": limited}, {"output_range": limited}):
         assert not numpy.array_equal(lut.apply(image, bit_depth=10, **options), plain), options
     assert numpy.array_equal(lut.apply(image, bit_depth=10, threads=0), plain)
     assert lut.apply(image, bit_depth=10, range=limited).min() >= 4
 
 
+def zeros(shape=(2, 2, 3), type="B"):
+    return numpy.zeros(shape, type)
+
+
 @pytest.mark.parametrize("image, out, options, error, text", [
-    (numpy.zeros((2, 2, 3)), None, {}, TypeError, 'image: expected samples of uint8, uint16 or float32, found the format "d"'),
-    (numpy.zeros((2, 2, 3), numpy.int16), None, {}, TypeError, 'found the format "h"'),
-    (numpy.zeros((2, 2, 3), ">u2"), None, {}, ValueError, "image: its samples have the other byte order"),
-    (numpy.zeros((2, 2), numpy.uint8), None, {}, ValueError, r"expected the shape \(height, width, 3 or 4\), found \(2, 2\)"),
-    (numpy.zeros((3, 2, 2), numpy.uint8), None, {}, ValueError, r"found \(3, 2, 2\); transpose planar images"),
-    (numpy.zeros((2, 2, 3), numpy.uint8), numpy.zeros((2, 2, 3), numpy.uint16), {}, TypeError, "different types"),
-    (numpy.zeros((2, 2, 3), numpy.uint8), numpy.zeros((2, 3, 3), numpy.uint8), {}, meridian.ImageError, "width or height"),
-    (numpy.zeros((2, 2, 3), numpy.uint8), bytes(12), {}, ValueError, "out: expected the shape"),
-    (numpy.zeros((2, 2, 3), numpy.uint8), numpy.broadcast_to(numpy.uint8(0), (2, 2, 3)), {}, ValueError, "out: is read-only"),
-    (numpy.zeros((2, 2, 3), numpy.uint8),
-     numpy.lib.stride_tricks.as_strided(numpy.zeros(9, numpy.uint8), (2, 2, 3), (3, 1, 1)), {}, ValueError, "overlap each other"),
+    (zeros(type="d"), None, {}, TypeError,
+     'image: expected samples of uint8, uint16 or float32, found the format "d"'),
+    (zeros(type="h"), None, {}, TypeError, 'found the format "h"'),
+    (zeros(type=">u2"), None, {}, ValueError, "image: its samples have the other byte order"),
+    (zeros((2, 2)), None, {}, ValueError, r"expected the shape \(height, width, 3 or 4\), found \(2, 2\)"),
+    (zeros((3, 2, 2)), None, {}, ValueError, r"found \(3, 2, 2\); transpose planar images"),
+    (zeros(), zeros(type="H"), {}, TypeError, "different types"),
+    (zeros(), zeros((2, 3, 3)), {}, meridian.ImageError, "width or height"),
+    (zeros(), bytes(12), {}, ValueError, "out: expected the shape"),
+    (zeros(), numpy.broadcast_to(numpy.uint8(0), (2, 2, 3)), {}, ValueError, "out: is read-only"),
+    (zeros(),
+     numpy.lib.stride_tricks.as_strided(zeros(9), (2, 2, 3), (3, 1, 1)), {}, ValueError, "overlap each other"),
     ([[[0, 0, 0]]], None, {}, TypeError, "image: expected an array of uint8, uint16 or float32, found list"),
-    (numpy.zeros((2, 2, 3), numpy.uint8), None, {"bit_depth": 10}, meridian.ImageError, "bit depth"),
-    (numpy.zeros((2, 2, 3), numpy.uint16), None, {"bit_depth": 0}, meridian.ImageError, "bit depth"),
-    (numpy.zeros((2, 2, 3), numpy.float32), None, {"range": meridian.CodeValueRange.limited}, meridian.ImageError, "range"),
-    (numpy.zeros((2, 2, 3), numpy.uint8), None, {"threads": -1}, TypeError, ""),
-    (numpy.zeros((2, 2, 3), numpy.uint8), None, {"range": "full"}, TypeError, ""),
+    (zeros(), None, {"bit_depth": 10}, meridian.ImageError, "bit depth"),
+    (zeros(type="H"), None, {"bit_depth": 0}, meridian.ImageError, "bit depth"),
+    (zeros(type="f"), None, {"range": meridian.CodeValueRange.limited}, meridian.ImageError, "range"),
+    (zeros(), None, {"threads": -1}, TypeError, ""),
+    (zeros(), None, {"range": "full"}, TypeError, ""),
 ])
 def test_images_that_do_not_fit_are_errors(lut, image, out, options, error, text):
     with pytest.raises(error, match=text):
@@ -208,9 +215,10 @@ def test_images_that_do_not_fit_are_errors(lut, image, out, options, error, text
 
 def test_images_that_overlap_without_being_the_same_are_refused(lut):
     whole = picture(numpy.uint8, 8, 10)
-    for image, out in [(whole[:-1], whole[1:]), (whole, whole[::-1]), (whole[:, :6], whole[:, 4:]), (whole, whole[..., ::-1])]:
+    for image, out in [(whole[:-1], whole[1:]), (whole, whole[::-1]), (whole[:, :6], whole[:, 4:]),
+                       (whole, whole[..., ::-1])]:
         with pytest.raises(ValueError, match="overlap"):
-            lut.apply(image[: len(out)], out[: len(image)])
+            lut.apply(image, out)
     expected = lut.apply(whole[:, :5].copy())
     lut.apply(whole[:, :5], whole[:, 5:])
     assert numpy.array_equal(whole[:, 5:], expected)
@@ -265,7 +273,8 @@ def test_a_lut_goes_when_nothing_holds_it(tmp_path):
 
 
 @pytest.mark.parametrize("text, code", [
-    ("", "no_rows"), ("0 0 0\n" * 200, "unknown_dimensions"), ("LUT_1D_SIZE 300\n" + "0 0 0\n" * 300, "unusable_row_count"),
+    ("", "no_rows"), ("0 0 0\n" * 200, "unknown_dimensions"),
+    ("LUT_1D_SIZE 300\n" + "0 0 0\n" * 300, "unusable_row_count"),
     ("LUT_1D_SIZE 128\n" + "0 0 0\n" * 128, "too_few_rows"), ("<?xml version='1.0'?><a/>", "xml_document")])
 def test_files_that_are_no_luts_say_why(tmp_path, text, code):
     path = tmp_path / "bad.cube"

@@ -62,7 +62,7 @@ def test_choices_of_conversion_settings():
     assert meridian.FrameRate.fps23_98.raw_value == 23.967
     assert meridian.VideoDimension.seven_twenty_p.description == "HD (1280 x 720)"
     dnx = meridian.VideoDimension.all_allowed_options(meridian.ConversionCodecType.dnxhd)
-    assert dnx == [meridian.VideoDimension.match, meridian.VideoDimension.seven_twenty_p, meridian.VideoDimension.ten_eighty_p]
+    assert [dimension.kind.name for dimension in dnx] == ["match", "seven_twenty_p", "ten_eighty_p"]
     assert meridian.RgbColor.from_text("#ff8000").text == "255,128,0" and meridian.RgbColor.from_text("orange") is None
     with pytest.raises(TypeError):
         meridian.RgbColor(256, 0, 0)

@@ -50,7 +50,8 @@ def test_the_stub_has_the_names_of_the_module_and_no_others(mypy):
 
 def test_the_stub_catches_mistakes(mypy, tmp_path):
     script = tmp_path / "mistakes.py"
-    script.write_text("import meridian\na = meridian.TranscodeCliArguments()\na.video_frame_rat = 1\na.video_bit_depth = 'x'\n"
+    script.write_text("import meridian\na = meridian.TranscodeCliArguments()\n"
+                      "a.video_frame_rat = 1\na.video_bit_depth = 'x'\n"
                       "a.video_crop_anchor = meridian.TimecodeSource.match\nx: int = a.output_file\n")
     found = [line.split(":")[1] for line in mypy("mypy", "--strict", str(script)).splitlines() if "error:" in line]
     assert found == ["3", "4", "5", "6"]
@@ -63,11 +64,13 @@ def run(name, *words):
 
 def test_the_examples_run(tmp_path):
     jobs = tmp_path / "jobs.txt"
-    jobs.write_text("-in_0_0 /a.mov -out /b.mov -vcoedc h264\n# a comment\n\n-out /c.mov -dims '1280 x 720'\n-out /d.mov -vr 25\n")
+    jobs.write_text("-in_0_0 /a.mov -out /b.mov -vcoedc h264\n# a comment\n\n"
+                    "-out /c.mov -dims '1280 x 720'\n-out /d.mov -vr 25\n")
     status, out, _ = run("check_job_list.py", jobs)
     assert status == 1 and "did you mean -vcodec?" in out and "did you mean 1280x720?" in out and "line 5" not in out
     looks = tmp_path / "ramp.cube"
-    looks.write_text("LUT_1D_SIZE 256\n" + "".join(f"{(i / 255) ** 2} {i / 255} {(i / 255) ** .5}\n" for i in range(256)))
+    rows = "".join(f"{(i / 255) ** 2} {i / 255} {(i / 255) ** .5}\n" for i in range(256))
+    looks.write_text("LUT_1D_SIZE 256\n" + rows)
     status, out, _ = run("add_lut.py", looks, jobs)
     assert status == 0 and out.count(f"-clut {looks}") == 3
     assert run("add_lut.py", tmp_path / "none.cube", jobs)[0] == 1

@@ -57,7 +57,8 @@ def test_names_are_made_from_those_of_cpp_by_one_rule():
     known = words | {snake(word) for word in words}
     # Python's own manners: what C++ spells as an operator, a parameter of main or a template has another name.
     manners = {"from_json", "to_json", "path", "paths", "files", "property_value", "set_property_text", "TypedText",
-               "Enumeration", "annotation", "description", "remedy", "code", "place", "detail", "typed", "errors", "Claim",
+               "Enumeration", "annotation", "description", "remedy", "code", "place", "detail", "typed", "errors",
+               "Claim",
                "domain_minimum", "domain_maximum", "declares_domain", "arguments", "errno", "strerror", "filename",
                "remove", "ImageError", "args", "with_traceback", "add_note", "characters_written", "filename2"}
     for name in [*meridian.__all__, "Warning"]:
@@ -75,9 +76,9 @@ def test_everything_public_has_a_docstring_and_reads_as_part_of_the_package():
         value = getattr(meridian, name)
         if isinstance(value, type):
             assert value.__doc__ and value.__module__ == "meridian", name
-            members = {k: v for k, v in vars(value).items() if not k.startswith("_") and callable(v) or isinstance(v, property)}
-            for member, what in members.items():
-                assert what.__doc__, f"{name}.{member}"
+            for member, what in vars(value).items():
+                if isinstance(what, property) or (callable(what) and not member.startswith("_")):
+                    assert what.__doc__, f"{name}.{member}"
         elif callable(value):
             assert "->" in value.__doc__ and len(value.__doc__.splitlines()) > 2, name
 

@@ -6,7 +6,7 @@ import enum
 
 
 class Enumeration(enum.Enum):
-    """Base of the closed enumerations. The value of a member is the text or number in which it is written and stored."""
+    """Base of the closed enumerations. A member's value is the text or number in which it is written and stored."""
 
     @property
     def description(self) -> str:
