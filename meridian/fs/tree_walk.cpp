@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -17,28 +18,27 @@ namespace {
 /// Directories kept open below the outermost one. In a deeper tree outer ones are closed, and reopened on the way back.
 constexpr std::size_t openLevels = 32;
 
+}  // namespace
+
 /// Walks with an explicit stack, one level for each directory that it is in. The entries of all these directories are
 /// stored one after the other in two arrays, so that an item costs no allocation.
-class TreeWalk {
+class TreeWalk::Walker {
  public:
-  TreeWalk(std::string path, const ItemFilter& filter, const TreeVisitor& visit, const TreeErrorReport& report)
-      : filter_(filter), visit_(visit), report_(report), path_(std::move(path)) {}
+  Walker(std::string path, const ItemFilter& filter) : filter_(filter), path_(std::move(path)) {}
 
-  void run() {
-    OpenDirectory directory(path_);
-    if (!directory.isOpen()) {
-      report(TreeWalkErrorCode::unreadableItem, directory.error());
-      return;
+  /// The directory of an item is entered when the item after it is asked for, since the caller may change it before.
+  std::optional<TreeItem> next(const TreeErrorReport& report) {
+    report_ = &report;
+    if (!std::exchange(hasBegun_, true)) {
+      begin();
+    } else if (std::exchange(entersItem_, false)) {
+      enterItem();
     }
-    enter(std::move(directory));
-    bool stop = false;
-    while (!levels_.empty() && !stop) {
-      if (levels_.back().nextEntry == entries_.size()) {
-        leave();
-      } else {
-        stop = visitNext();
-      }
+    while (!levels_.empty()) {
+      if (levels_.back().nextEntry < entries_.size()) return nextItem();
+      leave();
     }
+    return std::nullopt;
   }
 
  private:
@@ -67,7 +67,16 @@ class TreeWalk {
   }
 
   void report(TreeWalkErrorCode code, const std::error_code& systemError) const {
-    report_({code, path_, {}, systemError});
+    (*report_)({code, path_, {}, systemError});
+  }
+
+  void begin() {
+    OpenDirectory directory(path_);
+    if (directory.isOpen()) {
+      enter(std::move(directory));
+    } else {
+      report(TreeWalkErrorCode::unreadableItem, directory.error());
+    }
   }
 
   /// Reads the directory at `path_`, and appends a separator to the path.
@@ -102,8 +111,8 @@ class TreeWalk {
     if (above.isOpen() && level.identity && above.identity() == level.identity) level.directory = std::move(above);
   }
 
-  /// Visits the next item of the innermost directory, and enters it if it is a directory. Returns true to stop.
-  bool visitNext() {
+  /// Returns the next item of the innermost directory, and notes whether it is to be entered.
+  TreeItem nextItem() {
     const Entry entry = entries_[levels_.back().nextEntry++];
     path_.resize(levels_.back().pathSize);
     path_ += nameOf(entry);
@@ -112,10 +121,13 @@ class TreeWalk {
       return entry.kind == ItemKind::directory || (entry.kind == ItemKind::symbolicLink && leadsToDirectory(entry));
     };
     const ItemDecision decision = filter_.decision(name, isDirectory);
-    bool stop = false;
-    visit_({path_, name, entry.kind, decision}, stop);
-    if (stop || entry.kind != ItemKind::directory || decision.isIgnored) return stop;
+    entersItem_ = entry.kind == ItemKind::directory && !decision.isIgnored;
+    return {path_, name, entry.kind, decision};
+  }
 
+  /// Enters the directory that was returned last.
+  void enterItem() {
+    const Entry entry = entries_[levels_.back().nextEntry - 1];
     const OpenDirectory& parent = reopened(levels_.size() - 1);
     if (!parent.isOpen()) {
       report(TreeWalkErrorCode::unreadableItem, parent.error());
@@ -124,7 +136,6 @@ class TreeWalk {
     } else {
       report(TreeWalkErrorCode::unreadableItem, directory.error());
     }
-    return false;
   }
 
   bool leadsToDirectory(const Entry& link) {
@@ -174,8 +185,10 @@ class TreeWalk {
   }
 
   const ItemFilter& filter_;
-  const TreeVisitor& visit_;
-  const TreeErrorReport& report_;
+  /// Of the call in progress.
+  const TreeErrorReport* report_ = nullptr;
+  bool hasBegun_ = false;
+  bool entersItem_ = false;
   /// The path of the item at hand.
   std::string path_;
   std::string names_;
@@ -183,10 +196,23 @@ class TreeWalk {
   std::vector<Level> levels_;
 };
 
-}  // namespace
+TreeWalk::TreeWalk(const Url& directory, ItemFilter filter)
+    : filter_(std::make_unique<const ItemFilter>(std::move(filter))),
+      walker_(std::make_unique<Walker>(directory.path(), *filter_)) {}
+
+TreeWalk::TreeWalk(TreeWalk&&) noexcept = default;
+TreeWalk& TreeWalk::operator=(TreeWalk&&) noexcept = default;
+TreeWalk::~TreeWalk() = default;
+
+std::optional<TreeItem> TreeWalk::next(TreeErrorReport report) { return walker_->next(report); }
 
 void walkTree(const Url& directory, const ItemFilter& filter, TreeVisitor visit, TreeErrorReport report) {
-  TreeWalk(directory.path(), filter, visit, report).run();
+  TreeWalk::Walker walker(directory.path(), filter);
+  bool stop = false;
+  while (const auto item = walker.next(report)) {
+    visit(*item, stop);
+    if (stop) return;
+  }
 }
 
 }  // namespace meridian::inline v0_2

@@ -9,6 +9,8 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string_view>
 
 #include "meridian/base/enumeration.h"
@@ -21,7 +23,7 @@
 
 namespace meridian::inline v0_2 {
 
-/// An item of the tree. The views are valid during the call that passes it.
+/// An item of the tree. The views are valid during the call that passes it, or until the next item is asked for.
 struct TreeItem {
   /// The path of the tree's directory as the caller gave it, with the names below it.
   std::string_view path;
@@ -62,5 +64,31 @@ using TreeErrorReport = FunctionRef<void(const TreeWalkError& error)>;
 /// passed, and new ones missed. Neither the depth of the tree nor the length of its paths is limited. At most 34
 /// directories are open at a time, and three suffice if the process may not open more.
 MERIDIAN_API void walkTree(const Url& directory, const ItemFilter& filter, TreeVisitor visit, TreeErrorReport report);
+
+/// The same walk for callers that ask for the next item, such as the iterators of other languages. A directory is read
+/// when the item after it is asked for.
+///
+///     TreeWalk walk(Url::fromFilePath("/card"), filter);
+///     while (const auto item = walk.next(report)) show(item->path);
+class MERIDIAN_API TreeWalk {
+ public:
+  TreeWalk(const Url& directory, ItemFilter filter);
+  TreeWalk(TreeWalk&&) noexcept;
+  TreeWalk& operator=(TreeWalk&&) noexcept;
+  TreeWalk(const TreeWalk&) = delete;
+  TreeWalk& operator=(const TreeWalk&) = delete;
+  ~TreeWalk();
+
+  /// Returns the next item, and reports the errors on the way to it; absent after the last one. The item's views are
+  /// valid until the next call.
+  [[nodiscard]] std::optional<TreeItem> next(TreeErrorReport report);
+
+ private:
+  class Walker;
+  friend void walkTree(const Url& directory, const ItemFilter& filter, TreeVisitor visit, TreeErrorReport report);
+
+  std::unique_ptr<const ItemFilter> filter_;
+  std::unique_ptr<Walker> walker_;
+};
 
 }  // namespace meridian::inline v0_2

@@ -1,0 +1,122 @@
+#include "meridian/python/conversions.h"
+
+#include <numeric>
+
+namespace meridian::inline v0_2::python {
+namespace {
+
+/// Returns a module that is imported when it is needed for the first time.
+py::object attributeOf(const char* module, const char* name) { return py::module_::import(module).attr(name); }
+
+/// Returns the bytes of an object that os.fsencode made, or that was bytes already.
+std::string bytesOf(py::handle bytes) {
+  char* data = nullptr;
+  Py_ssize_t size = 0;
+  if (PyBytes_AsStringAndSize(bytes.ptr(), &data, &size) != 0) throw py::error_already_set();
+  return {data, static_cast<std::size_t>(size)};
+}
+
+std::int64_t termOf(const py::object& term) {
+  const std::int64_t value = PyLong_AsLongLong(term.ptr());
+  if (value == -1 && PyErr_Occurred() != nullptr) throw py::error_already_set();
+  return value;
+}
+
+}  // namespace
+
+py::str strOf(std::string_view text) {
+  PyObject* const result = PyUnicode_DecodeFSDefaultAndSize(text.data(), static_cast<Py_ssize_t>(text.size()));
+  if (result == nullptr) throw py::error_already_set();
+  return py::reinterpret_steal<py::str>(result);
+}
+
+std::string bytesOfStr(py::handle text) {
+  // ASCII is stored as it is; every encoding of a file system contains it.
+  if (PyUnicode_IS_READY(text.ptr()) && PyUnicode_IS_ASCII(text.ptr())) {
+    return {static_cast<const char*>(PyUnicode_DATA(text.ptr())),
+            static_cast<std::size_t>(PyUnicode_GET_LENGTH(text.ptr()))};
+  }
+  const auto encoded = py::reinterpret_steal<py::object>(PyUnicode_EncodeFSDefault(text.ptr()));
+  if (!encoded) throw py::error_already_set();
+  return bytesOf(encoded);
+}
+
+std::optional<std::string> bytesOfPath(py::handle path) {
+  if (PyUnicode_Check(path.ptr())) return bytesOfStr(path);
+  if (PyBytes_Check(path.ptr())) return bytesOf(path);
+  if (!py::hasattr(path, "__fspath__")) return std::nullopt;
+  const auto plain = py::reinterpret_steal<py::object>(PyOS_FSPath(path.ptr()));
+  if (!plain) throw py::error_already_set();
+  return bytesOfPath(plain);
+}
+
+std::optional<std::vector<std::string>> bytesOfAll(py::handle iterable) {
+  if (PyUnicode_Check(iterable.ptr()) || PyBytes_Check(iterable.ptr())) return std::nullopt;
+  const auto iterator = py::reinterpret_steal<py::object>(PyObject_GetIter(iterable.ptr()));
+  if (!iterator) {
+    PyErr_Clear();
+    return std::nullopt;
+  }
+  std::vector<std::string> values;
+  while (const auto item = py::reinterpret_steal<py::object>(PyIter_Next(iterator.ptr()))) {
+    auto bytes = bytesOfPath(item);
+    if (!bytes) return std::nullopt;
+    values.push_back(*std::move(bytes));
+  }
+  if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+  return values;
+}
+
+py::object typedTextOf(const TextType& type, std::string_view text) {
+  const py::str plain = strOf(text);
+  PyObject* const constant = PyDict_GetItemWithError(type.constants, plain.ptr());
+  if (constant != nullptr) return py::reinterpret_borrow<py::object>(constant);
+  if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+  return py::handle(type.type)(plain);
+}
+
+py::object fractionOf(std::int64_t numerator, std::int64_t denominator) {
+  return attributeOf("fractions", "Fraction")(numerator, denominator);
+}
+
+std::optional<MediaRational> rationalOf(py::handle number) {
+  if (PyBool_Check(number.ptr())) return std::nullopt;
+  if (PyLong_Check(number.ptr())) return MediaRational{termOf(py::reinterpret_borrow<py::object>(number)), 1};
+  if (PyFloat_Check(number.ptr())) {
+    const double value = PyFloat_AS_DOUBLE(number.ptr());
+    if (value == 0) return MediaRational{0, 1};
+    const auto ratio = MediaRational::fromRawValue(value);
+    if (!ratio)
+      throw py::value_error("expected a finite number within 64 bits, found " + std::string(py::repr(number)));
+    // As a Fraction has it, so that what comes back is equal.
+    const std::int64_t divisor = std::gcd(ratio->numerator, ratio->denominator);
+    return MediaRational{ratio->numerator / divisor, ratio->denominator / divisor};
+  }
+  if (!py::hasattr(number, "numerator") || !py::hasattr(number, "denominator")) return std::nullopt;
+  return MediaRational{termOf(number.attr("numerator")), termOf(number.attr("denominator"))};
+}
+
+py::dict dictOf(const TextDictionary& dictionary) {
+  py::dict result;
+  for (const auto& [key, value] : dictionary) result[strOf(key)] = strOf(value);
+  return result;
+}
+
+TextDictionary textDictionaryOf(const py::object& mapping) {
+  TextDictionary dictionary;
+  for (const auto& [key, value] : py::dict(mapping)) {
+    if (!PyUnicode_Check(key.ptr())) failWithType("a flag", "str", key);
+    auto bytes = bytesOfPath(value);
+    if (!bytes) failWithType("a value", "str, bytes or os.PathLike", value);
+    dictionary.set(bytesOfStr(key), *std::move(bytes));
+  }
+  return dictionary;
+}
+
+void failWithType(std::string_view what, std::string_view expected, py::handle found) {
+  std::string text(what);
+  throw py::type_error(
+      text.append(": expected ").append(expected).append(", found ").append(Py_TYPE(found.ptr())->tp_name));
+}
+
+}  // namespace meridian::inline v0_2::python

@@ -1,0 +1,121 @@
+// The filter of copying applications, and tree walks.
+#include <memory>
+
+#include "meridian/fs/item_filter.h"
+#include "meridian/fs/name_rules.h"
+#include "meridian/fs/tree_walk.h"
+#include "meridian/python/errors.h"
+#include "meridian/python/module.h"
+#include "meridian/python/record.h"
+
+namespace meridian::inline v0_2::python {
+namespace {
+
+using py::literals::operator""_a;
+using Report = Typed<"Callable[[TreeWalkError], object] | None">;
+
+/// An item that is kept while the walk goes on.
+struct KeptItem {
+  std::string path;
+  std::string name;
+  ItemKind kind = ItemKind::file;
+  ItemDecision decision;
+};
+
+/// A walk, with what becomes of its errors. Asks the library for the next item whenever Python does.
+class Walk {
+ public:
+  Walk(const Path& directory, const ItemFilter& filter, Report report)
+      : walk_(directory.url(), filter), report_(std::move(report)) {}
+
+  KeptItem next() {
+    std::vector<TreeWalkError> errors;
+    std::optional<KeptItem> kept;
+    {
+      const py::gil_scoped_release release;
+      const auto item = walk_.next([&](const TreeWalkError& error) { errors.push_back(error); });
+      if (item) kept = KeptItem{std::string(item->path), std::string(item->name), item->kind, item->decision};
+    }
+    for (const TreeWalkError& error : errors) {
+      if (!report_.is_none()) report_(errorOf(error));
+    }
+    if (!kept) throw py::stop_iteration();
+    return *std::move(kept);
+  }
+
+ private:
+  TreeWalk walk_;
+  Report report_;
+};
+
+std::vector<std::string> stringsOf(const Words& words) { return words.values; }
+
+void addFilter(py::module_& module) {
+  Record<ItemDecision>(module, "ItemDecision", "Whether an item is copied, and the rule that decided.")
+      .field("isIgnored", &ItemDecision::isIgnored, "True if the item is not copied.")
+      .field("rule", &ItemDecision::rule, "The rule that decided.")
+      .value([](bool isIgnored, ItemFilterRule rule) { return ItemDecision{isIgnored, rule}; }, "is_ignored"_a,
+             "rule"_a)
+      .done();
+  py::class_<ItemFilter> filter(module, "ItemFilter",
+                                "Decides, item by item, what a copying application leaves out. Safe to use from "
+                                "several threads.");
+  filter.def(
+      py::init([](const Words& extensions, ItemFilteringOption option, bool ignoreHiddenItems, const Words& names) {
+        return ItemFilter({stringsOf(extensions), option, ignoreHiddenItems, stringsOf(names)});
+      }),
+      "extension_filter_list"_a = py::tuple(), "filtering_option"_a = ItemFilteringOption::ignoreListedExtensions,
+      "ignore_hidden_items"_a = false, "force_path_components"_a = py::tuple(),
+      "Prepares the settings. Extensions may be in any case, with or without a leading dot; "
+      "force_path_components are names of items to ignore, such as default_force_ignore_path_components().");
+  filter.def(
+      "is_ignored", [](const ItemFilter& self, const Path& item) { return self.isIgnored(item.url()); }, "item"_a,
+      "Returns whether the item is not copied. Asks the file system only if the answer depends on it.");
+  filter.def(
+      "decision", [](const ItemFilter& self, const Path& item) { return self.decision(item.url()); }, "item"_a,
+      "Returns whether the item is copied, and the rule that decided.");
+  module.def(
+      "default_force_ignore_path_components",
+      [] {
+        return shown(
+            std::vector<std::string>(defaultForceIgnorePathComponents.begin(), defaultForceIgnorePathComponents.end()));
+      },
+      "Returns names that systems leave on volumes, for force_path_components.");
+}
+
+}  // namespace
+
+void addFileSystem(py::module_& module) {
+  addFilter(module);
+  Record<KeptItem>(module, "TreeItem", "An item of a tree, with the filter's decision.")
+      .field("path", &KeptItem::path, "The path of the tree's directory as given, with the names below it.")
+      .field("name", &KeptItem::name, "The last component of the path.")
+      .field("kind", &KeptItem::kind, "The kind of the item itself.")
+      .field("decision", &KeptItem::decision, "Whether it is copied, and why.")
+      .done()
+      .def("__fspath__", [](const KeptItem& item) { return shown(item.path); });
+  py::class_<Walk> walk(module, "TreeWalk", "An iterator over the items of a tree, made by walk_tree().");
+  walk.def("__iter__", [](py::object self) { return Typed<"Iterator[TreeItem]">(std::move(self)); });
+  walk.def("__next__", &Walk::next);
+  module.def(
+      "walk_tree",
+      [](const Path& directory, const std::optional<ItemFilter>& filter, Report report) {
+        return Walk(directory, filter ? *filter : ItemFilter({}), std::move(report));
+      },
+      "directory"_a, "filter"_a = py::none(), "report"_a = py::none(),
+      "Iterates over every item below the directory, ignored ones too: a directory before its items, and the items of "
+      "a directory in the byte order of their names. A directory is read when the item after it is asked for.\n\n"
+      "Ignored directories and links are not entered. Each error, such as an unreadable directory, is passed to report "
+      "as a TreeWalkError, and the walk goes on; without report errors are left out. A report that raises ends the "
+      "walk with its exception.");
+  module.def(
+      "removing_invalid_ltfs_characters",
+      [](const Text& text) { return shown(removingInvalidLtfsCharacters(text.value)); }, "text"_a,
+      "Returns the name without the characters that an LTFS tape does not allow.");
+  module.def(
+      "removing_disallowed_mac_os_filesystem_characters",
+      [](const Text& text) { return shown(removingDisallowedMacOSFilesystemCharacters(text.value)); }, "text"_a,
+      "Returns the name without the characters that the desktop's file system does not allow.");
+}
+
+}  // namespace meridian::inline v0_2::python

@@ -1,0 +1,107 @@
+"""The exceptions and warnings of the package."""
+
+from __future__ import annotations
+
+
+class _Report:
+    """What errors and warnings have in common."""
+
+    code: ErrorCode | None
+    place: str
+    detail: str
+    remedy: str
+
+    def __init__(
+        self, message: str, code: ErrorCode | None = None, place: str = "", detail: str = "", remedy: str = ""
+    ) -> None:
+        super().__init__(message)
+        self.code = code
+        self.place = place
+        self.detail = detail
+        self.remedy = remedy
+
+    def __str__(self) -> str:
+        return self.args[0]
+
+    def __reduce__(self):
+        state = {name: value for name in ("errno", "strerror", "filename")
+                 if (value := getattr(self, name, None)) is not None}
+        return type(self), (self.args[0], self.code, self.place, self.detail, self.remedy), state
+
+
+class Error(_Report, Exception):
+    """Says what failed, where, and what to do: the base of all errors of the package.
+
+    str(error) is one line for a person, with control characters escaped.
+    code is a member of an enumeration, such as LutErrorCode.not_opened; None for JSON.
+    place is the path, flag or word that the error is about; detail what is known beyond the code; remedy what to do.
+    Each of these three may be the empty text.
+    """
+
+
+class Warning(_Report, UserWarning):
+    """Says what was noticed while the work went on: the base of all warnings of the package.
+
+    It has the members of Error. Warnings are returned, not raised; warnings.warn() accepts them.
+    """
+
+
+class PropertyError(Error, ValueError):
+    """A property cannot be set, or there is none of the name."""
+
+
+class TranscodeError(Error, ValueError):
+    """An entry of an argument vector was rejected. Returned by explain(), not raised."""
+
+
+class TranscodeWarning(Warning):
+    """A setting or a dropped word of an argument vector deserves attention."""
+
+
+class TimecodeError(Error, ValueError):
+    """A timecode labels no frame, or a frame number has no timecode."""
+
+
+class LutError(Error, OSError):
+    """A file is not read as a LUT. errno is set if the operating system refused."""
+
+
+class ImageError(Error, ValueError):
+    """A LUT cannot be applied to an image."""
+
+
+class TreeWalkError(Error, OSError):
+    """A directory could not be read during a walk, or a link not be followed."""
+
+
+class ClaimError(Error, OSError):
+    """Files could not be created under unused names."""
+
+
+class MediaAnalysisBasicOptionsError(Error, ValueError):
+    """The basic options would stop the media-analysis tool. Returned, not raised."""
+
+
+class MediaAnalysisImageOptionsError(Error, ValueError):
+    """The image options would stop the media-analysis tool. Returned, not raised."""
+
+
+class MediaAnalysisCLIWarning(Warning):
+    """A word of the analysis tool's vector is not in the options that were read from it."""
+
+
+class MediaAnalysisCLIWritingWarning(Warning):
+    """An option of the analysis tool does not read back from its own vector."""
+
+
+class DecodingError(Error, ValueError):
+    """A JSON document does not have the documented form. place is the JSON pointer of the value."""
+
+
+class EncodingError(Error, ValueError):
+    """JSON cannot hold a text, because it is not valid UTF-8. place is the JSON pointer of the value."""
+
+
+for _class in list(globals().values()):
+    if isinstance(_class, type) and _class is not _Report:
+        _class.__module__ = "meridian"
