@@ -117,7 +117,7 @@ void addCustodial(const py::object& scope) {
 }  // namespace
 
 void addAnalysis(py::module_& module) {
-  py::class_<Factory, std::unique_ptr<Factory, py::nodelete>> factory(
+  const py::class_<Factory, std::unique_ptr<Factory, py::nodelete>> factory(
       module, "MediaAnalysisCLIArgumentFactory",
       "The options of the media-analysis tool. Each group renders its argument vector.");
   addBasic(factory);

@@ -138,12 +138,15 @@ void addInputs(py::class_<Arguments>& type) {
       [](const Arguments& arguments) {
         const auto groups = arguments.inputFileGroups();
         if (!groups) return InputGroups(py::none());
-        py::dict result;
+        const py::dict result;
         for (const auto& [group, paths] : *groups) result[py::int_(group)] = shown(paths);
         return InputGroups(result);
       },
       [](Arguments& arguments, const InputGroups& groups) {
-        if (groups.is_none()) return arguments.setInputFileGroups(std::nullopt);
+        if (groups.is_none()) {
+          arguments.setInputFileGroups(std::nullopt);
+          return;
+        }
         Arguments::InputFileGroups all;
         for (const auto& [group, paths] : py::dict(groups)) {
           auto bytes = bytesOfAll(paths);

@@ -54,6 +54,7 @@ std::optional<std::vector<std::string>> bytesOfAll(py::handle iterable) {
   if (PyUnicode_Check(iterable.ptr()) || PyBytes_Check(iterable.ptr())) return std::nullopt;
   const auto iterator = py::reinterpret_steal<py::object>(PyObject_GetIter(iterable.ptr()));
   if (!iterator) {
+    if (PyErr_ExceptionMatches(PyExc_TypeError) == 0) throw py::error_already_set();
     PyErr_Clear();
     return std::nullopt;
   }

@@ -28,8 +28,10 @@ inline PyObject* errorClass = nullptr;
 template <typename LibraryError>
   requires requires { typename LibraryError::CodeType; }
 [[nodiscard]] py::object errorOf(const LibraryError& error) {
-  std::error_code systemError;
-  if constexpr (requires { error.systemError; }) systemError = error.systemError;
+  const std::error_code systemError = [&] {
+    if constexpr (requires { error.systemError; }) return error.systemError;
+    return std::error_code();
+  }();
   return errorObject(errorClass<typename LibraryError::CodeType>, error.message(), memberOf(error.code), error.place,
                      error.detail, error.remedy(), systemError);
 }

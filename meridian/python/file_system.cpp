@@ -1,5 +1,6 @@
 // The filter of copying applications, and tree walks.
 #include <memory>
+#include <utility>
 
 #include "meridian/fs/item_filter.h"
 #include "meridian/fs/name_rules.h"
@@ -29,13 +30,19 @@ class Walk {
       : walk_(directory.url(), filter), report_(std::move(report)) {}
 
   KeptItem next() {
+    // Without the interpreter's lock, another thread could ask too.
+    if (std::exchange(isAsked_, true)) throw py::value_error("another thread is asking this walk for its next item");
     std::vector<TreeWalkError> errors;
     std::optional<KeptItem> kept;
-    {
+    try {
       const py::gil_scoped_release release;
       const auto item = walk_.next([&](const TreeWalkError& error) { errors.push_back(error); });
       if (item) kept = KeptItem{std::string(item->path), std::string(item->name), item->kind, item->decision};
+    } catch (...) {
+      isAsked_ = false;
+      throw;
     }
+    isAsked_ = false;
     for (const TreeWalkError& error : errors) {
       if (!report_.is_none()) report_(errorOf(error));
     }
@@ -46,6 +53,7 @@ class Walk {
  private:
   TreeWalk walk_;
   Report report_;
+  bool isAsked_ = false;
 };
 
 std::vector<std::string> stringsOf(const Words& words) { return words.values; }

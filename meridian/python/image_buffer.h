@@ -53,7 +53,7 @@ class ImageBuffer {
     ImageView<Sample> view{.width = width(), .height = height(), .format = format};
     for (std::size_t channel = 0; channel < channels(); ++channel) {
       auto* const first = static_cast<char*>(buffer_.buf) + static_cast<std::ptrdiff_t>(channel) * buffer_.strides[2];
-      view.planes[channel] = {static_cast<Sample*>(static_cast<void*>(first)), buffer_.strides[0], buffer_.strides[1]};
+      view.planes[channel] = {reinterpret_cast<Sample*>(first), buffer_.strides[0], buffer_.strides[1]};
     }
     return view;
   }

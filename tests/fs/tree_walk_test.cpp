@@ -107,6 +107,26 @@ TEST(TreeWalk, PassesTheItemsOfThePlainWalk) {
   }
 }
 
+TEST(TreeWalk, ReadsADirectoryWhenTheItemAfterItIsAskedFor) {
+  const test::TemporaryDirectory folder;
+  const std::string root = folder.path().string();
+  filesystem::create_directory(root + "/a");
+  std::ofstream(root + "/b").close();
+  meridian::TreeWalk walk(Url::fromFilePath(root), ItemFilter({}));
+  const auto next = [&walk] {
+    const auto item = walk.next([](const TreeWalkError& error) { ADD_FAILURE() << error.message(); });
+    return item ? std::string(item->path) : std::string();
+  };
+  EXPECT_EQ(next(), root + "/a");
+  std::ofstream(root + "/a/late").close();
+  meridian::TreeWalk moved(std::move(walk));
+  walk = std::move(moved);
+  EXPECT_EQ(next(), root + "/a/late");
+  EXPECT_EQ(next(), root + "/b");
+  EXPECT_EQ(next(), "");
+  EXPECT_EQ(next(), "");
+}
+
 TEST(TreeWalk, PassesDirectoriesBeforeTheirItemsInTheOrderOfNames) {
   const test::TemporaryDirectory folder;
   const std::string root = folder.path().string();

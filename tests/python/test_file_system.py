@@ -1,6 +1,7 @@
 """Filters, walks, unused names and claims."""
 
 import os
+import threading
 from pathlib import Path
 
 import pytest
@@ -62,6 +63,27 @@ def test_errors_of_a_walk_go_to_the_report_and_may_end_it(card):
                meridian.walk_tree(card, meridian.ItemFilter(["x"], meridian.ItemFilteringOption.only_listed_extensions),
                                   errors.append))
     assert errors[-1].code is meridian.TreeWalkErrorCode.unresolved_link
+
+
+def test_threads_do_not_share_the_walk_of_another(card):
+    """Each item comes once, whoever asks, and asking at the same moment is an error."""
+    walk, seen = meridian.walk_tree(card), []
+
+    def ask():
+        while True:
+            try:
+                seen.append(next(walk).path)
+            except StopIteration:
+                return
+            except ValueError:
+                pass
+
+    threads = [threading.Thread(target=ask) for _ in range(4)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert sorted(seen) == sorted(item.path for item in meridian.walk_tree(card))
 
 
 def test_a_filter_decides_on_single_items(card):

@@ -35,9 +35,9 @@ def mypy(tmp_path_factory):
 
 
 def test_the_stub_and_the_examples_pass_mypy_strictly(mypy):
-    for path in [PACKAGE / "__init__.pyi", *sorted(EXAMPLES.glob("*.py"))]:
-        options = ["--ignore-missing-imports"] if path.suffix == ".py" else []
-        assert mypy("mypy", "--strict", *options, str(path)).startswith("Success"), path
+    files = ["stubs/meridian/__init__.pyi", *map(str, sorted(EXAMPLES.glob("*.py")))]
+    # matplotlib of Debian has no types.
+    assert mypy("mypy", "--strict", "--ignore-missing-imports", *files).startswith("Success")
 
 
 def test_the_stub_has_the_names_of_the_module_and_no_others(mypy):
