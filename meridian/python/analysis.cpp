@@ -16,7 +16,7 @@ using Image = Factory::ImageOptions;
 using Custodial = Factory::CustodialOptions;
 
 template <typename Problems>
-py::list listOf(const Problems& problems) {
+py::list problemList(const Problems& problems) {
   py::list result;
   for (const auto& problem : problems) result.append(errorOf(problem));
   return result;
@@ -36,7 +36,7 @@ void addRendering(Record<Options>& record) {
       .def(
           "warnings_of_writing",
           [](const Options& options) {
-            return Typed<"list[MediaAnalysisCLIWritingWarning]">(listOf(warningsOfWriting(options)));
+            return Typed<"list[MediaAnalysisCLIWritingWarning]">(problemList(warningsOfWriting(options)));
           },
           "Returns a warning for each option that a reader of the vector would not read as it is.");
 }
@@ -68,7 +68,9 @@ void addBasic(const py::object& scope) {
   addRendering(record);
   record.type().def(
       "errors",
-      [](const Basic& options) { return Typed<"list[MediaAnalysisBasicOptionsError]">(listOf(errorsOf(options))); },
+      [](const Basic& options) {
+        return Typed<"list[MediaAnalysisBasicOptionsError]">(problemList(errorsOf(options)));
+      },
       "Returns the errors that would stop the tool, of the options and of the paths in the file system.");
 }
 
@@ -100,7 +102,9 @@ void addImage(const py::object& scope) {
   addRendering(record);
   record.type().def(
       "errors",
-      [](const Image& options) { return Typed<"list[MediaAnalysisImageOptionsError]">(listOf(errorsOf(options))); },
+      [](const Image& options) {
+        return Typed<"list[MediaAnalysisImageOptionsError]">(problemList(errorsOf(options)));
+      },
       "Returns an error for each option that is missing.");
 }
 
@@ -131,7 +135,7 @@ void addAnalysis(py::module_& module) {
       .field("custodial", &Reading::custodial, "Which application starts the tool.")
       .fact(
           "warnings",
-          [](const Reading& reading) { return Typed<"list[MediaAnalysisCLIWarning]">(listOf(reading.warnings)); },
+          [](const Reading& reading) { return Typed<"list[MediaAnalysisCLIWarning]">(problemList(reading.warnings)); },
           "The words that are not in the options, in the order of the vector.", /*isField=*/true)
       .fact(
           "unknownFlags", [](const Reading& reading) { return shown(reading.unknownFlags()); },
