@@ -9,19 +9,27 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: add_look LUT [WORD...]\n");
     return 2;
   }
-  NSURL* look = [NSURL fileURLWithPath:[NSString stringWithUTF8String:argv[1]]];
+  NSMutableArray* words = [NSMutableArray array];
+  for (int index = 1; index < argc; ++index) {
+    NSString* word = [NSString stringWithUTF8String:argv[index]];
+    if (word == nil) {
+      fprintf(stderr, "argument %d is not UTF-8\n", index);
+      return 2;
+    }
+    [words addObject:word];
+  }
+  NSURL* look = [NSURL fileURLWithPath:[words objectAtIndex:0]];
+  [words removeObjectAtIndex:0];
   NSError* error = nil;
   ParsedLutFile* lut = [ParsedLutFactory parsedLutFileAtURL:look error:&error];
   if (lut == nil) {
-    fprintf(stderr, "%s\n%s\n", [[error localizedDescription] UTF8String],
-            [[error localizedRecoverySuggestion] UTF8String]);
+    fprintf(stderr, "%s\n", [[error localizedDescription] UTF8String]);
+    if ([error localizedRecoverySuggestion]) fprintf(stderr, "%s\n", [[error localizedRecoverySuggestion] UTF8String]);
     return 1;
   }
   const char* form = lut.dimensions == MeridianLutDimensionsCube ? "cube" : "1D LUT";
   printf("%s: %s of %lld\n", argv[1], form, (long long)lut.size);
 
-  NSMutableArray* words = [NSMutableArray array];
-  for (int index = 2; index < argc; ++index) [words addObject:[NSString stringWithUTF8String:argv[index]]];
   TranscodeCliArguments* arguments = [[[TranscodeCliArguments alloc] initWithCliArgs:words
                                                             maintainOriginalOrdering:YES] autorelease];
   for (NSString* flag in [arguments unknownFlags]) fprintf(stderr, "unknown: %s\n", [flag UTF8String]);

@@ -46,6 +46,11 @@ void require(Callback callback) {
   return instance;
 }
 
+/// Key-value coding goes by the methods alone.
++ (BOOL)accessInstanceVariablesDirectly {
+  return NO;
+}
+
 - (id)init {
   self = [super init];
   if (self == nil) return nil;
@@ -54,7 +59,7 @@ void require(Callback callback) {
     for (const auto& [container, extensions] : Table::sharedInstance().cachedContainerFileExtensionLookup()) {
       NSMutableArray* const list = [NSMutableArray array];
       for (const std::string_view extension : extensions) [list addObject:stringOf(extension)];
-      [lookup setObject:list forKey:stringOf(container)];
+      [lookup setObject:[[list copy] autorelease] forKey:stringOf(container)];
     }
     self->_cachedContainerFileExtensionLookup = [lookup copy];
   });

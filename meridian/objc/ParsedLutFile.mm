@@ -136,6 +136,11 @@ MeridianLutImage MeridianLutImageMakePacked(MeridianSampleType sampleType, void*
 
 @implementation ParsedLutFile
 
+/// Key-value coding goes by the methods alone.
++ (BOOL)accessInstanceVariablesDirectly {
+  return NO;
+}
+
 static const Lut& lutOf(ParsedLutFile* file) { return *static_cast<const Lut*>(file->_lut); }
 
 /// Makes an object that owns the LUT.

@@ -70,7 +70,7 @@ template <typename Value>
 std::optional<Value> valueOf(id object, const m::TranscodeProperty& property, std::string& text) {
   if (object == nil) return std::nullopt;
   if constexpr (std::is_same_v<Value, std::int64_t>) {
-    return [required(object, [NSNumber class], property.name) longLongValue];
+    return m::objc::wholeNumberOf(object, property.name);
   } else if constexpr (std::is_same_v<Value, float>) {
     return [required(object, [NSNumber class], property.name) floatValue];
   } else if constexpr (std::is_same_v<Value, m::Size>) {
@@ -136,7 +136,15 @@ void failToDecode(NSCoder* coder, NSString* key, NSString* expected) {
 
 @implementation TranscodeCliArguments
 
-static Store& storeOf(TranscodeCliArguments* arguments) { return *static_cast<Store*>(arguments->_store); }
+/// An archive may refer to the object that is being decoded, which has no store yet.
+static Store& storeOf(TranscodeCliArguments* arguments) {
+  if (arguments->_store == nullptr) {
+    [[NSException exceptionWithName:NSInvalidUnarchiveOperationException
+                             reason:@"TranscodeCliArguments is used before it is initialised"
+                           userInfo:nil] raise];
+  }
+  return *static_cast<Store*>(arguments->_store);
+}
 
 /// Gives a new object the store that the work makes; frees the object if that raises an exception.
 static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> work) {
@@ -146,7 +154,10 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
     id object;
     ~Owner() { [object release]; }
   } owner{arguments};
-  returned([&] { arguments->_store = new Store(work()); });
+  returned([&] {
+    Store* const made = new Store(work());
+    delete static_cast<Store*>(std::exchange(arguments->_store, made));
+  });
   return std::exchange(owner.object, nil);
 }
 
@@ -196,6 +207,7 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
 }
 
 - (id)copyWithZone:(NSZone*)zone {
+  storeOf(self);
   return initialized([[[self class] allocWithZone:zone] initWithoutStore], [&] { return storeOf(self); });
 }
 
@@ -205,6 +217,7 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
 }
 
 - (BOOL)isEqual:(id)other {
+  if (self == other) return YES;
   return [other isKindOfClass:[TranscodeCliArguments class]] &&
          storeOf(self).stored() == storeOf(static_cast<TranscodeCliArguments*>(other)).stored();
 }
@@ -238,7 +251,9 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
 - (id)initWithCoder:(NSCoder*)coder {
   if (![coder allowsKeyedCoding]) {
     [self release];
-    m::objc::raiseInvalidArgument("TranscodeCliArguments is decoded by coders with keys alone");
+    [[NSException exceptionWithName:NSInvalidUnarchiveOperationException
+                             reason:@"TranscodeCliArguments is decoded by coders with keys alone"
+                           userInfo:nil] raise];
   }
   NSString* failedKey = nil;
   NSString* expected = @"a dictionary from strings to strings";
@@ -249,14 +264,14 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
                                 stored.flagValueLookup)) {
       failedKey = lookupKey;
     }
-    if ([coder containsValueForKey:invalidKey] && !m::objc::getDictionary([coder decodeObjectOfClasses:dictionaryClasses
-                                                                                                forKey:invalidKey],
-                                                                          stored.invalidKeyValueLookup.emplace())) {
+    // A coder may have encoded what is absent as nil.
+    id const invalid = [coder decodeObjectOfClasses:dictionaryClasses forKey:invalidKey];
+    if (invalid != nil && !m::objc::getDictionary(invalid, stored.invalidKeyValueLookup.emplace())) {
       failedKey = invalidKey;
     }
-    if ([coder containsValueForKey:orderKey]) {
-      id const flags = [coder decodeObjectOfClasses:[NSSet setWithObjects:[NSArray class], [NSString class], nil]
-                                             forKey:orderKey];
+    id const flags = [coder decodeObjectOfClasses:[NSSet setWithObjects:[NSArray class], [NSString class], nil]
+                                           forKey:orderKey];
+    if (flags != nil) {
       auto& texts = stored.orderedFlags.emplace();
       bool isList = [flags isKindOfClass:[NSArray class]];
       for (NSUInteger place = 0; isList && place < [flags count]; ++place) {
@@ -379,8 +394,11 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
       NSArray* const numbers = [required(groups, [NSDictionary class], "inputFileGroups") allKeys];
       for (NSUInteger place = 0; place < [numbers count]; ++place) {
         id const number = [numbers objectAtIndex:place];
-        const std::int64_t group = [required(number, [NSNumber class], "the number of a group") longLongValue];
-        taken[group] = m::objc::textsOf([groups objectForKey:number], "a group of input files");
+        const std::int64_t group = m::objc::wholeNumberOf(number, "the number of a group");
+        auto paths = m::objc::textsOf([groups objectForKey:number], "a group of input files");
+        if (!taken.emplace(group, std::move(paths)).second) {
+          m::objc::raiseInvalidArgument("the number of a group occurs twice: " + std::to_string(group));
+        }
       }
     }
     storeOf(self).setInputFileGroups(taken);
@@ -406,7 +424,8 @@ static id initialized(TranscodeCliArguments* arguments, m::FunctionRef<Store()> 
       required(tracks, [NSArray class], "ignoredAudioFileTracks");
       for (NSUInteger place = 0; place < [tracks count]; ++place) {
         id const track = [tracks objectAtIndex:place];
-        numbers.push_back([required(track, [NSNumber class], "the number of a track") longLongValue]);
+        numbers.push_back(m::objc::wholeNumberOf(track, "the number of a track"));
+        if (numbers.back() < 0) m::objc::raiseInvalidArgument("the number of a track is negative");
       }
     }
     storeOf(self).setIgnoredAudioFileTracks(numbers);

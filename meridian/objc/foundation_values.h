@@ -46,6 +46,9 @@ auto returned(Work&& work) -> decltype(work()) {
 /// Returns the object if it is one of the class; raises NSInvalidArgumentException otherwise, for nil too.
 id required(id object, Class type, std::string_view name);
 
+/// Returns a number without its fraction; raises NSInvalidArgumentException for one beyond 64 bits, NaN included.
+[[nodiscard]] std::int64_t wholeNumberOf(id number, std::string_view name);
+
 [[nodiscard]] NSString* stringOf(std::string_view text);
 /// Returns the text of a string, which may contain NULs.
 [[nodiscard]] std::string textOf(id string, std::string_view name);
@@ -63,7 +66,7 @@ id required(id object, Class type, std::string_view name);
 
 /// Returns a URL of a path; nil for an empty path, which no NSURL has.
 [[nodiscard]] NSURL* urlOf(const std::string& path);
-/// Returns the path of a URL.
+/// Returns the path of a URL, which has to be that of a file.
 [[nodiscard]] std::string pathOf(id url, std::string_view name);
 
 /// Stores an error for the caller, if one is wanted.

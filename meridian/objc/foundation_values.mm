@@ -1,6 +1,7 @@
 #include "meridian/objc/foundation_values.h"
 
 #include <algorithm>
+#include <limits>
 #include <string>
 
 #include "meridian/base/text.h"
@@ -31,6 +32,20 @@ id required(id object, Class type, std::string_view name) {
     raiseInvalidArgument(std::string(name) + " is " + found + ", expected " + textOf(NSStringFromClass(type), "class"));
   }
   return object;
+}
+
+std::int64_t wholeNumberOf(id object, std::string_view name) {
+  NSNumber* const number = required(object, [NSNumber class], name);
+  const double value = [number doubleValue];
+  // As a double, an integer next to the largest is 2^63 as well.
+  const std::string_view type = [number objCType];
+  const bool isInteger = type != @encode(double) && type != @encode(float);
+  const bool isLargest = value == 0x1p63 && isInteger &&
+                         [number unsignedLongLongValue] <= std::uint64_t{std::numeric_limits<std::int64_t>::max()};
+  if (!(value >= -0x1p63 && value < 0x1p63) && !isLargest) {
+    raiseInvalidArgument(std::string(name) + " is not a number of 64 bits");
+  }
+  return [number longLongValue];
 }
 
 NSString* stringOf(std::string_view text) {
@@ -106,11 +121,16 @@ TextDictionary textDictionaryOf(id dictionary, std::string_view name) {
 }
 
 NSURL* urlOf(const std::string& path) {
-  return path.empty() ? nil : [NSURL fileURLWithPath:stringOf(path) isDirectory:NO];
+  if (path.empty()) return nil;
+  // A relative path with a colon would begin like a URL.
+  return [NSURL fileURLWithPath:stringOf(path.front() == '/' ? path : "./" + path) isDirectory:NO];
 }
 
 std::string pathOf(id url, std::string_view name) {
-  return textOf([required(url, [NSURL class], name) path], "the path of " + std::string(name));
+  if (![required(url, [NSURL class], name) isFileURL]) {
+    raiseInvalidArgument(std::string(name) + " is not the URL of a file");
+  }
+  return textOf([url path], "the path of " + std::string(name));
 }
 
 void storeError(NSError** destination, NSString* domain, NSInteger code, std::string_view name, std::string_view place,

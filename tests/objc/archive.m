@@ -4,7 +4,7 @@
 #include "check.h"
 
 /** Encodes what a test gives it under the keys of a store. */
-@interface Impostor : NSObject <NSCoding> {
+@interface Impostor : NSObject <NSCoding, NSCopying> {
  @public
   NSDictionary* _members;
 }
@@ -15,6 +15,11 @@
 - (id)initWithCoder:(NSCoder*)coder {
   (void)coder;
   return [self init];
+}
+
+- (id)copyWithZone:(NSZone*)zone {
+  (void)zone;
+  return [self retain];
 }
 
 - (void)encodeWithCoder:(NSCoder*)coder {
@@ -28,15 +33,19 @@ static TranscodeCliArguments* parsed(NSString* line, BOOL keepsOrder) {
                                 maintainOriginalOrdering:keepsOrder] autorelease];
 }
 
-static NSData* archive_of(NSDictionary* members) {
-  Impostor* impostor = [[[Impostor alloc] init] autorelease];
-  impostor->_members = members;
+static NSData* archive_of_impostor(Impostor* impostor) {
   NSMutableData* data = [NSMutableData data];
   NSKeyedArchiver* archiver = [[[NSKeyedArchiver alloc] initForWritingWithMutableData:data] autorelease];
   [archiver setClassName:@"TranscodeCliArguments" forClass:[Impostor class]];
   [archiver encodeObject:impostor forKey:@"root"];
   [archiver finishEncoding];
   return data;
+}
+
+static NSData* archive_of(NSDictionary* members) {
+  Impostor* impostor = [[[Impostor alloc] init] autorelease];
+  impostor->_members = members;
+  return archive_of_impostor(impostor);
 }
 
 /** Returns what an archive made by archive_of() holds, or the reason why it holds nothing. */
@@ -123,6 +132,15 @@ static void an_archive_of_anything_else_fails_to_decode(void) {
   CHECK([decoded(archive_of(empty)) isKindOfClass:[NSString class]]);
 }
 
+static void an_archive_that_refers_to_the_object_itself_fails_to_decode(void) {
+  for (int is_key = 0; is_key < 2; ++is_key) {
+    Impostor* impostor = [[[Impostor alloc] init] autorelease];
+    id lookup = is_key ? (id)[NSDictionary dictionaryWithObject:@"25" forKey:impostor] : [NSSet setWithObject:impostor];
+    impostor->_members = [NSDictionary dictionaryWithObject:lookup forKey:@"flagValueLookup"];
+    CHECK([decoded(archive_of_impostor(impostor)) isKindOfClass:[NSString class]]);
+  }
+}
+
 static void only_a_coder_with_keys_can_encode(void) {
   CHECK_RAISES(NSInvalidArgumentException, [NSArchiver archivedDataWithRootObject:parsed(@"-an", NO)]);
 }
@@ -133,6 +151,7 @@ int main(void) {
   an_archive_goes_through_a_secure_coder();
   an_archive_is_read_as_it_is_without_normalising();
   an_archive_of_anything_else_fails_to_decode();
+  an_archive_that_refers_to_the_object_itself_fails_to_decode();
   only_a_coder_with_keys_can_encode();
   [pool release];
   return check_failures == 0 ? 0 : 1;

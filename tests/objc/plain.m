@@ -2,6 +2,8 @@
 #import <Meridian/Meridian.h>
 #include <unistd.h>
 
+#include <limits.h>
+
 #include "check.h"
 
 /** A string of half a surrogate pair, which Foundation makes where GNUstep makes an empty one. */
@@ -86,6 +88,19 @@ static void inputs_tracks_and_sizes_are_objects_of_foundation(void) {
   [arguments setInputFiles:nil];
   CHECK([arguments inputFiles] == nil && [arguments inputFileGroups] == nil && [arguments firstInputFile] == nil);
   CHECK_EQUAL([arguments ignoredAudioFileTracks], [NSArray arrayWithObject:[NSNumber numberWithInt:2]]);
+  NSNumber* beyond[] = {[NSNumber numberWithUnsignedLongLong:ULLONG_MAX], [NSNumber numberWithDouble:1e300],
+                        [NSNumber numberWithDouble:0x1p63], [NSDecimalNumber notANumber]};
+  for (size_t index = 0; index < sizeof(beyond) / sizeof(beyond[0]); ++index) {
+    CHECK_RAISES(NSInvalidArgumentException, arguments.keyFrames = beyond[index]);
+  }
+  arguments.keyFrames = [NSNumber numberWithLongLong:LLONG_MAX];
+  CHECK_EQUAL(arguments.keyFrames, [NSNumber numberWithLongLong:LLONG_MAX]);
+  arguments.keyFrames = nil;
+  CHECK_RAISES(NSInvalidArgumentException,
+               [arguments setIgnoredAudioFileTracks:[NSArray arrayWithObject:[NSNumber numberWithInt:-1]]]);
+  CHECK_RAISES(NSInvalidArgumentException, arguments.lutFile = [NSURL URLWithString:@"https://h/a.cube"]);
+  CHECK_RAISES(NSUndefinedKeyException,
+               [[MediaFormatConstants sharedInstance] setValue:@"" forKey:@"cachedContainerFileExtensionLookup"]);
   [arguments setIgnoredAudioFileTracks:[NSArray arrayWithObject:[NSNumber numberWithInt:0]]];
   CHECK([arguments hasArgumentFlag:@"-ac_omit_0"] && ![arguments hasArgumentFlag:@"-ac_omit_2"]);
   CHECK([[arguments dimensionsSizeValue] sizeValue].width == 1280);

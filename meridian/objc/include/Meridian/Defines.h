@@ -57,9 +57,6 @@
 #define MERIDIAN_DICTIONARY(key, value) NSDictionary
 #endif
 
-#ifndef NS_DESIGNATED_INITIALIZER
-#define NS_DESIGNATED_INITIALIZER
-#endif
 #ifndef NS_UNAVAILABLE
 #define NS_UNAVAILABLE
 #endif

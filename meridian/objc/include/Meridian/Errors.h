@@ -1,6 +1,6 @@
 /**
  * \file
- * What an NSError of Meridian holds. For example, of a file that does not exist:
+ * Errors that Meridian returns. For example, of a file that does not exist:
  *
  *     error.domain                       MeridianLutErrorDomain
  *     error.code                         MeridianLutErrorNotOpened
@@ -22,7 +22,7 @@ NS_ASSUME_NONNULL_BEGIN
 /** The key of the code's name in the user info, such as "notOpened". */
 MERIDIAN_EXTERN NSString* const MeridianErrorNameKey;
 
-/** Why a file is not read as a LUT. */
+/** Why a file cannot be read as a LUT. */
 MERIDIAN_EXTERN NSString* const MeridianLutErrorDomain;
 typedef NS_ENUM(NSInteger, MeridianLutError) {
   MeridianLutErrorXmlDocument,

@@ -1,6 +1,6 @@
 /**
  * \file
- * LUT files: open one, ask what it holds, apply it to samples and to whole images. For example, in place:
+ * LUT files: open one, read its facts, apply it to samples and to whole images. For example, in place:
  *
  *     ParsedLutFile* lut = [ParsedLutFactory parsedLutFileAtURL:url error:&error];
  *     MeridianLutImage image = MeridianLutImageMakePacked(MeridianSampleTypeUInt16, samples, 3, 3840, 2160);
@@ -65,8 +65,8 @@ typedef struct MeridianLutImage {
 
 /**
  * Returns an image of interleaved samples without gaps, in full range and the depth of its samples: 3 channels for RGB,
- * 4 for RGBA. An image without samples, which no LUT can be applied to, for other numbers of channels, for NULL and if
- * so many samples do not fit into memory.
+ * 4 for RGBA. For other numbers of channels, for NULL, and if so many samples do not fit into memory, returns an image
+ * without samples, to which no LUT can be applied.
  */
 MERIDIAN_EXTERN MeridianLutImage MeridianLutImageMakePacked(MeridianSampleType sampleType,
                                                             void* MERIDIAN_NULLABLE samples, NSInteger channels,
@@ -76,7 +76,7 @@ MERIDIAN_EXTERN MeridianLutImage MeridianLutImageMakePacked(MeridianSampleType s
 typedef struct MeridianLutOptions {
   /** Finds colours between the points of a cube from the four points around them, instead of eight. */
   BOOL tetrahedral;
-  /** Takes red for the index that runs fastest through a cube's rows, as the published .cube format says. */
+  /** Uses red as the index that runs fastest through a cube's rows, as the published .cube format says. */
   BOOL redFastest;
   /** Lets the axes cover the domain that the file declares, instead of the range of its data. */
   BOOL declaredDomain;

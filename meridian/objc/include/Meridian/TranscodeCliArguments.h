@@ -82,7 +82,7 @@ MERIDIAN_CLASS_PROPERTY(MERIDIAN_DICTIONARY(NSString*, NSString*) *, solvaneProR
 @property(nonatomic, readonly) MERIDIAN_ARRAY(NSString*) * MERIDIAN_NULLABLE unknownFlags;
 /** Whether nothing was rejected. */
 @property(nonatomic, readonly) BOOL allFlagsAreValid;
-/** Calls the block with each rejected flag and its value. The block must not change the store. */
+/** Calls the block with each rejected flag and its value. The block must not release the store. */
 - (void)enumerateUnknownFlags:(MeridianEntryBlock)unknownFlagFound;
 - (void)enumerateUnknownFlagsUsingFunction:(MeridianEntryFunction)unknownFlagFound
                                    context:(void* MERIDIAN_NULLABLE)context;
