@@ -27,7 +27,9 @@ class FileCreator {
   FileCreator& operator=(const FileCreator&) = delete;
   /// Removes what was created, unless it is kept.
   ~FileCreator() {
-    for (const CreatedFile& file : created_) static_cast<void>(removeEmptyFile(file.path, file.identity));
+    for (const CreatedFile& file : created_) {
+      [[maybe_unused]] const std::error_code notRemoved = removeEmptyFile(file.path, file.identity);
+    }
   }
 
   /// Returns true if one of the paths is in use; otherwise creates their files. Returns false after an error, too: no

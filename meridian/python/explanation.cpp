@@ -14,7 +14,7 @@ using WarningList = Typed<"list[TranscodeWarning]">;
 WarningList warningsOf(const std::vector<TranscodeWarning>& warnings) {
   py::list result;
   for (const TranscodeWarning& warning : warnings) result.append(errorOf(warning));
-  return WarningList(std::move(result));
+  return {std::move(result)};
 }
 
 Typed<"Any"> typedValueOf(const ExplainedSetting& setting) {

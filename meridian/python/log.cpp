@@ -13,25 +13,24 @@ using Function = Typed<"Callable[[LogLevel, str], object] | None">;
 /// reports what a destructor raises.
 class PythonLogger final : public Logger {
  public:
-  explicit PythonLogger(py::object function) : function_(std::move(function)) {}
-  PythonLogger(const PythonLogger&) = delete;
-  PythonLogger& operator=(const PythonLogger&) = delete;
-  ~PythonLogger() override {
-    const py::gil_scoped_acquire acquire;
-    function_ = py::object();
-  }
+  explicit PythonLogger(const py::object& function)
+      : function_(new py::object(function), [](const py::object* held) {
+          const py::gil_scoped_acquire acquire;
+          delete held;
+        }) {}
 
   void log(LogLevel level, std::string_view message) override {
     const py::gil_scoped_acquire acquire;
     try {
-      function_(level, strOf(message));
+      (*function_)(level, strOf(message));
     } catch (py::error_already_set& error) {
       error.discard_as_unraisable("meridian.set_logger");
     }
   }
 
  private:
-  py::object function_;
+  /// Given back while the interpreter's lock is held.
+  std::shared_ptr<const py::object> function_;
 };
 
 }  // namespace

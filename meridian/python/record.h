@@ -68,7 +68,7 @@ class Record {
       return Typed<"tuple[object, ...]">(py::make_tuple(py::type::of(self), membersOf(self, *fields)));
     });
     type_.def("__iter__", [fields = fields_](const py::object& self) {
-      return Typed<"Iterator[Any]">(py::reinterpret_borrow<py::object>(py::iter(membersOf(self, *fields))));
+      return Typed<"Iterator[Any]">(py::reinterpret_steal<py::object>(py::iter(membersOf(self, *fields)).release()));
     });
     return *this;
   }
