@@ -158,9 +158,9 @@ MERIDIAN_C_API MeridianTexts* meridian_property_allowed_texts_create(const char*
                                                                      MeridianError** error) MERIDIAN_NOTHROW;
 
 /**
- * Returns the property of this name as text: the text that its flag stores, "true" or "false" for a switch. Returns
- * NULL and stores no error if it is absent; NULL and an error that suggests the nearest name if there is no such
- * property.
+ * Returns the property of this name as text: the text that its flag stores, "true" or "false" for a switch. If the
+ * property is absent, returns NULL and stores no error. If no property has this name, returns NULL and stores an error
+ * that suggests the nearest name.
  */
 MERIDIAN_C_API MeridianString* meridian_arguments_property_text_create(const MeridianArguments* arguments,
                                                                        const char* name,
