@@ -43,10 +43,13 @@ py::tuple stateOf(const Arguments& arguments) {
   return py::make_tuple(dictOf(stored.flagValueLookup), invalid, shown(stored.orderedFlags));
 }
 
-Arguments fromState(const py::tuple& state) {
-  Arguments::Stored stored{textDictionaryOf(state[0]), std::nullopt, std::nullopt};
-  if (const py::object invalid = state[1]; !invalid.is_none()) stored.invalidKeyValueLookup = textDictionaryOf(invalid);
-  if (const py::object flags = state[2]; !flags.is_none()) stored.orderedFlags = bytesOfAll(flags);
+Arguments fromState(const py::object& lookup, const py::object& invalid, const py::object& flags) {
+  Arguments::Stored stored{textDictionaryOf(lookup), std::nullopt, std::nullopt};
+  if (!invalid.is_none()) stored.invalidKeyValueLookup = textDictionaryOf(invalid);
+  if (!flags.is_none()) {
+    stored.orderedFlags = bytesOfAll(flags);
+    if (!stored.orderedFlags) failWithType("ordered_flags", "an iterable of str", flags);
+  }
   return Arguments::fromStored(std::move(stored));
 }
 
@@ -69,18 +72,29 @@ void addBuilding(py::class_<Arguments>& type) {
   type.def(
       "to_json", [](const Arguments& arguments) { return nlohmann::ordered_json(arguments).dump(); },
       "Returns the store as a JSON document. Raises EncodingError for a text that is not valid UTF-8.");
-  type.def(py::pickle(&stateOf, &fromState));
+  // By a function that returns a whole store: the usual way makes one without a state first.
+  type.def_static("_from_state", &fromState);
+  type.def("__reduce__", [type = py::handle(type)](const Arguments& arguments) {
+    const py::object restore = py::module_::import("meridian._vocabulary").attr("restore");
+    return Typed<"tuple[object, ...]">(
+        py::make_tuple(restore, py::make_tuple(type, "_from_state") + stateOf(arguments)));
+  });
   type.def("__copy__", [](const Arguments& arguments) { return Arguments(arguments); });
   type.def(
       "__deepcopy__", [](const Arguments& arguments, const py::dict& /*memo*/) { return Arguments(arguments); },
       "memo"_a);
   type.def("__eq__", [](const Arguments& arguments, const py::object& other) {
-    return py::isinstance<Arguments>(other) && arguments.stored() == other.cast<const Arguments&>().stored();
+    if (!py::isinstance<Arguments>(other)) return py::reinterpret_borrow<py::object>(Py_NotImplemented);
+    return py::object(py::bool_(arguments.stored() == other.cast<const Arguments&>().stored()));
   });
   type.attr("__hash__") = py::none();
   type.def("__repr__", [](const Arguments& arguments) {
-    std::string text =
-        "TranscodeCliArguments(" + std::string(py::str(py::repr(py::cast(shown(arguments.commandLine())))));
+    std::vector<std::string> words = arguments.commandLine();
+    for (const auto& [flag, value] : arguments.stored().invalidKeyValueLookup.value_or(TextDictionary())) {
+      words.push_back(flag);
+      if (!value.empty()) words.push_back(value);
+    }
+    std::string text = "TranscodeCliArguments(" + std::string(py::str(py::repr(py::cast(shown(words)))));
     if (arguments.stored().orderedFlags) text += ", maintain_original_ordering=True";
     return text + ")";
   });
@@ -148,10 +162,12 @@ void addInputs(py::class_<Arguments>& type) {
           return;
         }
         Arguments::InputFileGroups all;
-        for (const auto& [group, paths] : py::dict(groups)) {
+        for (const auto& [group, paths] : copiedDict(groups)) {
+          const auto number = integerOf(group);
+          if (!number) failWithType("input_file_groups", "int as the number of a group", group);
           auto bytes = bytesOfAll(paths);
           if (!bytes) failWithType("input_file_groups", "an iterable of paths", paths);
-          all[group.cast<std::int64_t>()] = *std::move(bytes);
+          all[*number] = *std::move(bytes);
         }
         arguments.setInputFileGroups(all);
       },

@@ -94,7 +94,13 @@ std::optional<MediaRational> rationalOf(py::handle number) {
     return MediaRational{ratio->numerator / divisor, ratio->denominator / divisor};
   }
   if (!py::hasattr(number, "numerator") || !py::hasattr(number, "denominator")) return std::nullopt;
-  return MediaRational{termOf(number.attr("numerator")), termOf(number.attr("denominator"))};
+  const std::int64_t numerator = termOf(number.attr("numerator"));
+  const std::int64_t denominator = termOf(number.attr("denominator"));
+  const std::int64_t divisor = std::gcd(numerator, denominator);
+  if (denominator <= 0 || divisor <= 0) {
+    throw py::value_error("expected a ratio with a positive denominator, found " + std::string(py::repr(number)));
+  }
+  return MediaRational{numerator / divisor, denominator / divisor};
 }
 
 py::dict dictOf(const TextDictionary& dictionary) {
@@ -103,9 +109,23 @@ py::dict dictOf(const TextDictionary& dictionary) {
   return result;
 }
 
+py::dict copiedDict(const py::object& mapping) {
+  auto copy = py::reinterpret_steal<py::dict>(PyDict_Copy(py::dict(mapping).ptr()));
+  if (!copy) throw py::error_already_set();
+  return copy;
+}
+
+std::optional<std::int64_t> integerOf(py::handle number) {
+  if (PyBool_Check(number.ptr()) || PyIndex_Check(number.ptr()) == 0) return std::nullopt;
+  const auto index = py::reinterpret_steal<py::object>(PyNumber_Index(number.ptr()));
+  if (!index) throw py::error_already_set();
+  return termOf(index);
+}
+
 TextDictionary textDictionaryOf(const py::object& mapping) {
   TextDictionary dictionary;
-  for (const auto& [key, value] : py::dict(mapping)) {
+  // A copy, since what is called for a value may change the mapping.
+  for (const auto& [key, value] : copiedDict(mapping)) {
     if (!PyUnicode_Check(key.ptr())) failWithType("a flag", "str", key);
     auto bytes = bytesOfPath(value);
     if (!bytes) failWithType("a value", "str, bytes or os.PathLike", value);

@@ -78,7 +78,7 @@ struct Typed : py::object {
 [[nodiscard]] std::string bytesOfStr(py::handle text);
 /// Returns the bytes of a path; absent for another type.
 [[nodiscard]] std::optional<std::string> bytesOfPath(py::handle path);
-/// Returns the elements as bytes; absent for a str, for what is no iterable, and for elements of another type.
+/// Returns the elements as bytes; absent for a str, for what is not iterable, and for elements of another type.
 [[nodiscard]] std::optional<std::vector<std::string>> bytesOfAll(py::handle iterable);
 
 /// Any enumeration: those with a table, and those that the compiler counts.
@@ -133,6 +133,11 @@ inline TextType textType;
 
 /// Returns a dict in the dictionary's order.
 [[nodiscard]] py::dict dictOf(const TextDictionary& dictionary);
+/// Returns a dict of a mapping's items that nobody else refers to; throws TypeError.
+[[nodiscard]] py::dict copiedDict(const py::object& mapping);
+/// Returns the number of an int or of what is used as one, but not of a bool; absent for another type. Throws
+/// OverflowError for a number beyond 64 bits.
+[[nodiscard]] std::optional<std::int64_t> integerOf(py::handle number);
 /// Returns the dictionary of any mapping's items; throws TypeError.
 [[nodiscard]] TextDictionary textDictionaryOf(const py::object& mapping);
 

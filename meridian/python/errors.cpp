@@ -38,8 +38,8 @@ void translate(std::exception_ptr pointer) {
   } catch (const EncodingError& error) {
     set(encodingErrorClass, error);
   } catch (const std::system_error& error) {
-    errno = error.code().value();
-    PyErr_SetFromErrnoWithFilename(PyExc_OSError, error.what());
+    const py::object exception = py::handle(PyExc_OSError)(error.code().value(), error.what());
+    PyErr_SetObject(PyExc_OSError, exception.ptr());
   }
 }
 

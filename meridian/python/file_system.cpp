@@ -31,6 +31,7 @@ class Walk {
 
   KeptItem next() {
     // Without the interpreter's lock, another thread could ask too.
+    if (isEnded_) throw py::stop_iteration();
     if (std::exchange(isAsked_, true)) throw py::value_error("another thread is asking this walk for its next item");
     std::vector<TreeWalkError> errors;
     std::optional<KeptItem> kept;
@@ -43,17 +44,32 @@ class Walk {
       throw;
     }
     isAsked_ = false;
-    for (const TreeWalkError& error : errors) {
-      if (!report_.is_none()) report_(errorOf(error));
+    try {
+      for (const TreeWalkError& error : errors) {
+        if (!report_.is_none()) report_(errorOf(error));
+      }
+    } catch (...) {
+      end();
+      throw;
     }
-    if (!kept) throw py::stop_iteration();
+    if (!kept) {
+      end();
+      throw py::stop_iteration();
+    }
     return *std::move(kept);
   }
 
  private:
+  /// Lets go of the report, which may refer to the walk.
+  void end() {
+    isEnded_ = true;
+    report_ = Report(py::none());
+  }
+
   TreeWalk walk_;
   Report report_;
   bool isAsked_ = false;
+  bool isEnded_ = false;
 };
 
 std::vector<std::string> stringsOf(const Words& words) { return words.values; }
@@ -108,6 +124,9 @@ void addFileSystem(py::module_& module) {
   module.def(
       "walk_tree",
       [](const Path& directory, const std::optional<ItemFilter>& filter, Report report) {
+        if (!report.is_none() && PyCallable_Check(report.ptr()) == 0) {
+          failWithType("report", "a function or None", report);
+        }
         return Walk(directory, filter ? *filter : ItemFilter({}), std::move(report));
       },
       "directory"_a, "filter"_a = py::none(), "report"_a = py::none(),

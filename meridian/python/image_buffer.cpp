@@ -63,6 +63,9 @@ void ImageBuffer::check(std::string_view name, Access access) {
     throw py::value_error(subject + ": expected the shape (height, width, 3 or 4), found (" + shape +
                           "); transpose planar images");
   }
+  strides_ = {buffer_.shape[1] * buffer_.shape[2] * buffer_.itemsize, buffer_.shape[2] * buffer_.itemsize,
+              buffer_.itemsize};
+  if (buffer_.strides != nullptr) std::copy_n(buffer_.strides, strides_.size(), strides_.begin());
   if (access == Access::write && buffer_.readonly != 0) throw py::value_error(subject + ": is read-only");
   if (access == Access::write && overlapsItself()) throw py::value_error(subject + ": its samples overlap each other");
 }
@@ -70,7 +73,7 @@ void ImageBuffer::check(std::string_view name, Access access) {
 ImageBuffer::Extent ImageBuffer::extent(int firstAxis) const noexcept {
   Extent extent{static_cast<const char*>(buffer_.buf), static_cast<const char*>(buffer_.buf) + buffer_.itemsize};
   for (int axis = firstAxis; axis < buffer_.ndim; ++axis) {
-    const std::ptrdiff_t offset = (buffer_.shape[axis] - 1) * buffer_.strides[axis];
+    const std::ptrdiff_t offset = (buffer_.shape[axis] - 1) * strides_[static_cast<std::size_t>(axis)];
     (offset < 0 ? extent.begin : extent.end) += offset;
   }
   return extent;
@@ -80,7 +83,7 @@ bool ImageBuffer::overlapsItself() const noexcept {
   if (isEmpty()) return false;
   std::array<std::pair<std::ptrdiff_t, std::ptrdiff_t>, 3> axes;
   for (std::size_t axis = 0; axis < axes.size(); ++axis) {
-    axes[axis] = {std::abs(buffer_.strides[axis]), buffer_.shape[axis]};
+    axes[axis] = {std::abs(strides_[axis]), buffer_.shape[axis]};
   }
   std::ranges::sort(axes);
   std::ptrdiff_t inner = buffer_.itemsize;
@@ -92,12 +95,8 @@ bool ImageBuffer::overlapsItself() const noexcept {
 }
 
 bool ImageBuffer::isSameAs(const ImageBuffer& other) const noexcept {
-  if (buffer_.buf != other.buffer_.buf || sample_ != other.sample_) return false;
-  for (int axis = 0; axis < 3; ++axis) {
-    if (buffer_.strides[axis] != other.buffer_.strides[axis]) return false;
-    if (axis < 2 && buffer_.shape[axis] != other.buffer_.shape[axis]) return false;
-  }
-  return true;
+  return buffer_.buf == other.buffer_.buf && sample_ == other.sample_ && strides_ == other.strides_ &&
+         height() == other.height() && width() == other.width();
 }
 
 bool ImageBuffer::mayOverlap(const ImageBuffer& other) const noexcept {
@@ -105,10 +104,10 @@ bool ImageBuffer::mayOverlap(const ImageBuffer& other) const noexcept {
   const Extent mine = extent(0);
   const Extent others = other.extent(0);
   if (mine.end <= others.begin || others.end <= mine.begin) return false;
-  // Parts of one picture, such as its left and right half: where rows have the same distance, and each is shorter than
+  // Parts of one image, such as its left and right half: where rows have the same distance, and each is shorter than
   // that, they share bytes only if they do so within that distance.
-  const std::ptrdiff_t stride = std::abs(buffer_.strides[0]);
-  if (stride == 0 || stride != std::abs(other.buffer_.strides[0])) return true;
+  const std::ptrdiff_t stride = std::abs(strides_[0]);
+  if (stride == 0 || stride != std::abs(other.strides_[0])) return true;
   const Extent row = extent(1);
   const Extent otherRow = other.extent(1);
   if (row.end - row.begin > stride || otherRow.end - otherRow.begin > stride) return true;

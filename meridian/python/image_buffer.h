@@ -7,6 +7,7 @@
 ///     Sample>(format); });
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -52,8 +53,8 @@ class ImageBuffer {
   [[nodiscard]] ImageView<Sample> view(const CodeValueFormat& format) const noexcept {
     ImageView<Sample> view{.width = width(), .height = height(), .format = format};
     for (std::size_t channel = 0; channel < channels(); ++channel) {
-      auto* const first = static_cast<char*>(buffer_.buf) + static_cast<std::ptrdiff_t>(channel) * buffer_.strides[2];
-      view.planes[channel] = {reinterpret_cast<Sample*>(first), buffer_.strides[0], buffer_.strides[1]};
+      auto* const first = static_cast<char*>(buffer_.buf) + static_cast<std::ptrdiff_t>(channel) * strides_[2];
+      view.planes[channel] = {reinterpret_cast<Sample*>(first), strides_[0], strides_[1]};
     }
     return view;
   }
@@ -75,6 +76,8 @@ class ImageBuffer {
   void check(std::string_view name, Access access);
 
   Py_buffer buffer_{};
+  /// Those of the buffer, or what follows from its shape where it has none, as arrays of ctypes do.
+  std::array<std::ptrdiff_t, 3> strides_{};
   SampleType sample_ = SampleType::uint8;
 };
 

@@ -40,6 +40,9 @@ void addLog(py::module_& module) {
   module.def(
       "set_logger",
       [](const Function& function) {
+        if (!function.is_none() && PyCallable_Check(function.ptr()) == 0) {
+          failWithType("logger", "a function or None", function);
+        }
         setLogger(function.is_none() ? nullptr : std::make_shared<PythonLogger>(function));
       },
       "logger"_a,

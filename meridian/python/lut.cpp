@@ -32,7 +32,10 @@ struct Application {
 };
 
 Lut opened(const Path& path) {
-  auto file = ParsedLutFactory::parsing(path.url());
+  auto file = [&path] {
+    const py::gil_scoped_release release;
+    return ParsedLutFactory::parsing(path.url());
+  }();
   return {std::shared_ptr<const ParsedLutFile>(valueOrRaise(std::move(file)))};
 }
 
@@ -48,7 +51,7 @@ py::object newImageLike(const ImageBuffer& image) {
       std::to_array<std::pair<const char*, const char*>>({{"uint8", "B"}, {"uint16", "H"}, {"float32", "f"}});
   const auto& [type, format] = names.at(static_cast<std::size_t>(image.sample()));
   const py::dict modules = py::module_::import("sys").attr("modules");
-  if (modules.contains("numpy")) return modules["numpy"].attr("empty")(shape, type);
+  if (modules.contains("numpy") && !modules["numpy"].is_none()) return modules["numpy"].attr("empty")(shape, type);
   const auto bytes = py::module_::import("builtins").attr("bytearray");
   const std::size_t size =
       image.height() * image.width() * image.channels() * static_cast<std::size_t>(bitsOf(image.sample()) / 8);

@@ -76,16 +76,18 @@ class Record {
   /// Adds what follows from the members.
   py::class_<Type>& done() {
     type_.def("__eq__", [fields = fields_](const py::object& self, const py::object& other) {
-      const bool isSame = py::isinstance<Type>(other) && membersOf(self, *fields).equal(membersOf(other, *fields));
-      return isSame;
+      if (!py::isinstance<Type>(other)) return py::reinterpret_borrow<py::object>(Py_NotImplemented);
+      return py::object(py::bool_(membersOf(self, *fields).equal(membersOf(other, *fields))));
     });
     type_.def("__hash__", [fields = fields_](const py::object& self) { return py::hash(membersOf(self, *fields)); });
     type_.def("__repr__", [fields = fields_](const py::object& self) {
-      std::string text(py::str(py::type::of(self).attr("__name__")));
+      const py::object enumeration = py::module_::import("enum").attr("Enum");
+      std::string text(py::str(py::type::of(self).attr("__qualname__")));
       const char* separator = "(";
       for (const std::string& name : *fields) {
         text.append(std::exchange(separator, ", ")).append(name).append("=");
-        text.append(py::str(py::repr(self.attr(name.c_str()))));
+        const py::object member = self.attr(name.c_str());
+        text.append(py::isinstance(member, enumeration) ? py::str(member) : py::str(py::repr(member)));
       }
       return text + ")";
     });

@@ -6,10 +6,12 @@
 ///     // meridian.VideoCropAnchor.top_left.value == "tl"
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "meridian/base/error.h"
 #include "meridian/python/conversions.h"
@@ -68,10 +70,14 @@ void makeEnumeration() {
   }
   const auto made =
       py::module_::import("meridian._vocabulary").attr("make_enumeration")(name, EnumerationClass<E>::doc, rows);
-  for (const py::handle row : rows) {
-    PythonEnumeration<E>::members.push_back(py::object(made.attr(row[py::int_(0)])).release().ptr());
-  }
+  std::vector<py::object> members;
+  for (const py::handle row : rows) members.push_back(made.attr(row[py::int_(0)]));
   if (EnumerationClass<E>::extend != nullptr) EnumerationClass<E>::extend(made);
+  // Any code of Python may have let another thread make it first. Below there is none.
+  if (!PythonEnumeration<E>::members.empty()) return;
+  std::vector<PyObject*> kept(members.size());
+  std::ranges::transform(members, kept.begin(), [](py::object& member) { return member.release().ptr(); });
+  PythonEnumeration<E>::members = std::move(kept);
   py::handle(EnumerationClass<E>::module).attr(name.c_str()) = made;
 }
 

@@ -6,6 +6,7 @@ import json
 import os
 import pickle
 import sys
+import unittest.mock
 from fractions import Fraction
 from pathlib import Path, PurePosixPath
 
@@ -216,3 +217,39 @@ def test_repeated_calls_keep_no_references():
     calls()
     after = counts()
     assert max(abs(a - b) for a, b in zip(after[0], before[0])) < 10 and abs(after[1] - before[1]) < 100
+
+
+def test_a_mapping_that_changes_while_it_is_read_does_no_harm():
+    class Clearing:
+        def __fspath__(self):
+            entries.clear()
+            return "/a"
+
+    entries = {f"-in_0_{place}": Clearing() for place in range(100)}
+    assert meridian.TranscodeCliArguments.from_argument_lookup(entries).input_files == ["/a"] * 100
+
+
+@pytest.mark.parametrize(
+    "groups, error", [({"a": []}, TypeError), ({1.0: []}, TypeError), ({True: []}, TypeError), ({2**70: []}, OverflowError)]
+)
+def test_groups_have_numbers(groups, error):
+    arguments = meridian.TranscodeCliArguments(["-in_0_0", "/a"])
+    with pytest.raises(error):
+        arguments.input_file_groups = groups
+    assert arguments.input_files == ["/a"]
+
+
+@pytest.mark.parametrize("state", [([], None, 5), ({}, None, "abc"), ({}, None, [1]), ({}, 5, None), ({}, None)])
+def test_a_pickle_of_anything_else_is_an_error(state):
+    restore, (kind, name, *_) = meridian.TranscodeCliArguments().__reduce__()
+    with pytest.raises(TypeError):
+        restore(kind, name, *state)
+
+
+def test_explanations_of_the_same_words_are_equal():
+    words = ["stray", "-vcoedc", "h265", "-vr", "abc"]
+    first, second = meridian.explain(words), meridian.explain(words)
+    assert first.dropped_words[0] == second.dropped_words[0]
+    assert hash(first.dropped_words[0]) == hash(second.dropped_words[0])
+    assert first.settings == second.settings and first.rejected_entries == second.rejected_entries
+    assert "-vcoedc" in repr(first.arguments) and (first.arguments == unittest.mock.ANY)

@@ -134,3 +134,26 @@ def test_a_claim_that_fails_says_why(tmp_path):
     with pytest.raises(meridian.ClaimError):
         meridian.claim_consistent_files([tmp_path], "clip", ["mov", "x/y"])
     assert os.listdir(tmp_path) == []
+
+
+def test_a_walk_ends_with_what_its_report_raises(card):
+    def fail(error):
+        raise RuntimeError("stop")
+
+    walk = meridian.walk_tree(card / "nowhere", report=fail)
+    with pytest.raises(RuntimeError):
+        list(walk)
+    assert list(walk) == []
+    for what in (lambda: meridian.walk_tree(card, report=5), lambda: meridian.set_logger(5)):
+        with pytest.raises(TypeError):
+            what()
+
+
+def test_a_claim_is_removed_wherever_the_process_is(tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    (tmp_path / "elsewhere").mkdir()
+    with pytest.raises(RuntimeError):
+        with meridian.claim_file("clip.mov"):
+            os.chdir("elsewhere")
+            raise RuntimeError
+    assert not (tmp_path / "clip.mov").exists()

@@ -1,6 +1,7 @@
 """LUT files, and images in numpy arrays and other buffers, with numpy as the reference."""
 
 import array
+import ctypes
 import gc
 import sys
 import threading
@@ -282,3 +283,39 @@ def test_files_that_are_no_luts_say_why(tmp_path, text, code):
     with pytest.raises(meridian.LutError) as raised:
         meridian.ParsedLutFile(path)
     assert raised.value.code is meridian.LutErrorCode[code] and raised.value.place == str(path)
+
+
+def test_buffers_that_state_no_strides(lut):
+    image = ((ctypes.c_uint16 * 3) * 5 * 4)()
+    memoryview(image).cast("B")[:] = bytes(range(120))
+    expected = lut.apply(numpy.array(image))
+    lut.apply(image, image)
+    assert numpy.array_equal(numpy.array(image), expected)
+
+
+def test_without_numpy_the_result_is_a_memoryview(lut, monkeypatch):
+    monkeypatch.setitem(sys.modules, "numpy", None)
+    assert isinstance(lut.apply(memoryview(bytes(12)).cast("B", (2, 2, 3))), memoryview)
+
+
+def test_other_threads_run_while_a_file_is_opened(tmp_path):
+    path = tmp_path / "slow.cube"
+    path.write_text("LUT_3D_SIZE 60\n" + "0.123456 0.234567 0.345678\n" * 60**3)
+    rounds = 0
+    done = threading.Event()
+
+    def count():
+        nonlocal rounds
+        while not done.is_set():
+            rounds += 1
+            time.sleep(0.0002)
+
+    other = threading.Thread(target=count)
+    other.start()
+    time.sleep(0.01)
+    before = rounds
+    meridian.ParsedLutFile(path)
+    during = rounds - before
+    done.set()
+    other.join()
+    assert during > 2

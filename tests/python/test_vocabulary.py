@@ -121,8 +121,7 @@ VALUES = [
 @pytest.mark.parametrize("value", VALUES, ids=repr)
 def test_values_are_equal_hashed_copied_pickled_and_written_as_they_are(value):
     names = {**NAMES, "Fraction": Fraction}
-    enums = re.sub(r"<(\w+\.\w+): [^>]*>", r"\1", repr(value))
-    for same in (copy.copy(value), copy.deepcopy(value), pickle.loads(pickle.dumps(value)), eval(enums, names)):
+    for same in (copy.copy(value), copy.deepcopy(value), pickle.loads(pickle.dumps(value)), eval(repr(value), names)):
         assert same == value and hash(same) == hash(value) and type(same) is type(value)
     assert all(value != other for other in VALUES if other is not value) and value != object()
 
@@ -160,3 +159,25 @@ def test_a_logger_receives_messages_and_its_errors_stay_outside(capfd):
 def test_importing_needs_nothing_but_python():
     script = "import sys, meridian; print([m for m in ('numpy', 'fractions', 'pathlib', 'typing') if m in sys.modules])"
     assert subprocess.check_output([sys.executable, "-S", "-c", script]) == b"[]\n"
+
+
+def test_threads_that_ask_for_an_enumeration_get_the_same_one():
+    script = """
+import sys, threading, meridian
+sys.setswitchinterval(1e-7)
+barrier = threading.Barrier(16)
+found = []
+def ask():
+    barrier.wait()
+    found.append(meridian.VideoCropAnchor)
+threads = [threading.Thread(target=ask) for _ in range(16)]
+for thread in threads: thread.start()
+for thread in threads: thread.join()
+arguments = meridian.TranscodeCliArguments()
+for member in meridian.VideoCropAnchor:
+    arguments.video_crop_anchor = member
+    assert arguments.video_crop_anchor is member
+assert len(set(found)) == 1
+"""
+    for _ in range(8):
+        subprocess.run([sys.executable, "-c", script], check=True)

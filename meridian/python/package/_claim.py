@@ -18,7 +18,9 @@ class Claim:
 
     def __init__(self, files: list[ClaimedFile]) -> None:
         self._files = files
-        self._identities = [self._identity(file.path) for file in files]
+        # The working directory may change meanwhile.
+        self._places = [os.path.abspath(file.path) for file in files]
+        self._identities = [self._identity(place) for place in self._places]
 
     @property
     def files(self) -> list[ClaimedFile]:
@@ -31,13 +33,19 @@ class Claim:
         return [file.path for file in self._files]
 
     def remove(self) -> None:
-        """Removes the files. Raises OSError if one cannot be removed; those that are gone are no error."""
-        for file, identity in zip(self._files, self._identities):
-            if identity is not None and self._identity(file.path) == identity:
+        """Removes the files. Raises OSError if one cannot be removed, after trying the others; those that are gone are
+        not an error."""
+        failure = None
+        for place, identity in zip(self._places, self._identities):
+            if identity is not None and self._identity(place) == identity:
                 try:
-                    os.unlink(file.path)
+                    os.unlink(place)
                 except FileNotFoundError:
                     pass
+                except OSError as error:
+                    failure = failure or error
+        if failure is not None:
+            raise failure
 
     def __len__(self) -> int:
         return len(self._files)

@@ -23,6 +23,15 @@ class _Report:
     def __str__(self) -> str:
         return self.args[0]
 
+    def _facts(self):
+        return type(self), self.args, self.code, self.place, self.detail, self.remedy, getattr(self, "errno", None)
+
+    def __eq__(self, other: object) -> bool:
+        return self._facts() == other._facts() if isinstance(other, _Report) else NotImplemented
+
+    def __hash__(self) -> int:
+        return hash(self._facts())
+
     def __reduce__(self):
         state = {name: value for name in ("errno", "strerror", "filename")
                  if (value := getattr(self, name, None)) is not None}
