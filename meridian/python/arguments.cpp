@@ -103,7 +103,9 @@ void addBuilding(py::class_<Arguments>& type) {
 void addEntries(py::class_<Arguments>& type) {
   type.def_property(
       "flag_value_lookup", [](const Arguments& arguments) { return TextDict(dictOf(arguments.flagValueLookup())); },
-      [](Arguments& arguments, const TextDict& lookup) { arguments.setFlagValueLookup(textDictionaryOf(lookup)); },
+      [](Arguments& arguments, const Typed<"Mapping[str, StrOrBytesPath]">& lookup) {
+        arguments.setFlagValueLookup(textDictionaryOf(lookup));
+      },
       "A copy of the valid entries, in their order; a flag without a value has the empty text. Setting it replaces all "
       "of them, as given.");
   type.def(
@@ -156,7 +158,7 @@ void addInputs(py::class_<Arguments>& type) {
         for (const auto& [group, paths] : *groups) result[py::int_(group)] = shown(paths);
         return InputGroups(result);
       },
-      [](Arguments& arguments, const InputGroups& groups) {
+      [](Arguments& arguments, const Typed<"Mapping[int, Iterable[StrOrBytesPath]] | None">& groups) {
         if (groups.is_none()) {
           arguments.setInputFileGroups(std::nullopt);
           return;

@@ -116,6 +116,9 @@ void addFileSystem(py::module_& module) {
       .field("name", &KeptItem::name, "The last component of the path.")
       .field("kind", &KeptItem::kind, "The kind of the item itself.")
       .field("decision", &KeptItem::decision, "Whether it is copied, and why.")
+      .value([](const Text& path, const Text& name, ItemKind kind,
+                const ItemDecision& decision) { return KeptItem{path.value, name.value, kind, decision}; },
+             "path"_a, "name"_a, "kind"_a, "decision"_a)
       .done()
       .def("__fspath__", [](const KeptItem& item) { return shown(item.path); });
   py::class_<Walk> walk(module, "TreeWalk", "An iterator over the items of a tree, made by walk_tree().");

@@ -33,6 +33,8 @@ void addClaims(py::module_& module) {
       .fact(
           "path", [](const ClaimedFile& file) { return shown(file.url.path()); }, "Its path.", /*isField=*/true)
       .field("extension", &ClaimedFile::extension, "The extension that it was asked for as part of a set, or empty.")
+      .value([](const Path& path, const Text& extension) { return ClaimedFile{path.url(), extension.value}; }, "path"_a,
+             "extension"_a = "")
       .done()
       .def("__fspath__", [](const ClaimedFile& file) { return shown(file.url.path()); });
   module.attr("Claim") = py::module_::import("meridian._claim").attr("Claim");

@@ -18,12 +18,27 @@ HEADER = '''"""{doc}"""
 from collections.abc import Callable, Iterable, Iterator, Mapping
 from fractions import Fraction
 from os import PathLike
-from typing import Any, ClassVar, Union
+from typing import Any, ClassVar, Generic, SupportsFloat, SupportsIndex, TypeVar, Union, overload
 import builtins
 import enum
 
 _StrOrBytesPath = Union[str, bytes, PathLike[str], PathLike[bytes]]
 _Buffer = Any  # Any object with a buffer, such as a numpy array, which annotations of this Python cannot say.
+
+_Self = TypeVar("_Self")
+_Get = TypeVar("_Get", covariant=True)
+_Set = TypeVar("_Set", contravariant=True)
+
+
+class _Settable(Generic[_Get, _Set]):
+    """A property that accepts more types than it returns."""
+
+    @overload
+    def __get__(self, owner: None, kind: type) -> _Settable[_Get, _Set]: ...
+    @overload
+    def __get__(self, owner: object, kind: type) -> _Get: ...
+    def __set__(self, owner: object, value: _Set) -> None: ...
+
 
 __version__: str
 '''
@@ -46,10 +61,12 @@ OBJECT_METHODS = {
     "__hash__": "(self) -> int",
     "__repr__": "(self) -> str",
     "__reduce__": "(self) -> tuple[Any, ...]",
+    "__copy__": "(self: _Self) -> _Self",
+    "__deepcopy__": "(self: _Self, memo: dict[Any, Any]) -> _Self",
     "__getstate__": "(self) -> tuple[Any, ...]",
     "__setstate__": "(self, state: tuple[Any, ...], /) -> None",
 }
-PROPERTY_TYPES = {p.name: p.annotation for p in meridian.transcode_properties()}
+PROPERTY_TYPES = {p.name: (p.annotation, p.accepted_annotation) for p in meridian.transcode_properties()}
 
 
 def spelled(text):
@@ -113,10 +130,15 @@ def function_stub(name, function, indent="", decorator=""):
 
 
 def property_stub(owner, name, value, indent):
+    accepted = None
     if owner is meridian.TranscodeCliArguments and name in PROPERTY_TYPES:
-        kind = spelled(PROPERTY_TYPES[name])
+        kind, accepted = map(spelled, PROPERTY_TYPES[name])
     else:
         kind = signature_of("", value.fget)[0].rpartition(" -> ")[2]
+        if value.fset is not None:
+            accepted = re.split(r"arg\d: ", signature_of("", value.fset)[0])[-1].rpartition(")")[0].removesuffix(", /")
+    if accepted not in (None, kind):
+        return f"{indent}{name}: _Settable[{kind}, {accepted}]\n{docstring(value.__doc__, indent)}"
     text = f"{indent}@builtins.property\n{indent}def {name}(self) -> {kind}:\n"
     text += docstring(value.__doc__, indent + "    ")
     if value.fset is not None:

@@ -15,7 +15,8 @@ namespace {
 
 using py::literals::operator""_a;
 
-/// The conversion of a kind: specialised for each, with `annotation()`, `toPython(value)` and `fromPython(object)`.
+/// The conversion of a kind: specialised for each, with `annotation()`, `toPython(value)` and `fromPython(object)`, and
+/// `accepted()` where more types are accepted than returned.
 template <PropertyKind kind>
 struct Conversion;
 
@@ -37,6 +38,7 @@ struct Conversion<PropertyKind::onOff> : PlainConversion<bool> {
 template <>
 struct Conversion<PropertyKind::integer> : PlainConversion<std::int64_t> {
   static std::string annotation() { return "int"; }
+  static std::string accepted() { return "SupportsIndex"; }
   static std::optional<PropertyValue> fromPython(py::handle object) {
     if (PyBool_Check(object.ptr()) || PyIndex_Check(object.ptr()) == 0) return std::nullopt;
     const auto number = py::reinterpret_steal<py::object>(PyNumber_Index(object.ptr()));
@@ -50,6 +52,7 @@ struct Conversion<PropertyKind::integer> : PlainConversion<std::int64_t> {
 template <>
 struct Conversion<PropertyKind::number> {
   static std::string annotation() { return "float"; }
+  static std::string accepted() { return "SupportsFloat"; }
   /// The float of 32 bits as the decimal number that it is written as, 23.976 and not 23.975999832153320.
   static py::object toPython(const PropertyValue& value) {
     const float number = std::get<float>(value);
@@ -83,6 +86,7 @@ struct Conversion<PropertyKind::text> {
 };
 template <>
 struct Conversion<PropertyKind::path> : Conversion<PropertyKind::text> {
+  static std::string accepted() { return "StrOrBytesPath"; }
   static std::optional<PropertyValue> fromPython(py::handle object) {
     auto path = bytesOfPath(object);
     return path ? std::optional<PropertyValue>(*std::move(path)) : std::nullopt;
@@ -95,6 +99,7 @@ struct Conversion<PropertyKind::file> : Conversion<PropertyKind::path> {};
 template <typename Value>
 struct ValueConversion : PlainConversion<Value> {
   static std::string annotation() { return std::string(typeName<Value>()); }
+  static std::string accepted() { return annotation() + " | tuple[Any, ...]"; }
   static std::optional<PropertyValue> fromPython(py::handle object) {
     if (py::isinstance<Value>(object)) return object.cast<Value>();
     if (!PyTuple_Check(object.ptr())) return std::nullopt;
@@ -112,6 +117,7 @@ struct Conversion<PropertyKind::timecode> : ValueConversion<TimecodeComponents> 
 template <TypedTextType T>
 struct TypedTextConversion {
   static std::string annotation() { return std::string(typeName<T>()); }
+  static std::string accepted() { return "str"; }
   static py::object toPython(const PropertyValue& value) {
     return typedTextOf(textType<T>, std::get<std::string>(value));
   }
@@ -156,6 +162,7 @@ struct Conversion<PropertyKind::timecodeSource> : EnumerationConversion<Timecode
 template <>
 struct Conversion<PropertyKind::files> {
   static std::string annotation() { return "list[str]"; }
+  static std::string accepted() { return "Iterable[StrOrBytesPath]"; }
   static py::object toPython(const PropertyValue& value) {
     return py::cast(shown(std::get<std::vector<std::string>>(value)));
   }
@@ -168,6 +175,7 @@ struct Conversion<PropertyKind::files> {
 template <>
 struct Conversion<PropertyKind::trackNumbers> : PlainConversion<std::vector<std::int64_t>> {
   static std::string annotation() { return "list[int]"; }
+  static std::string accepted() { return "Iterable[SupportsIndex]"; }
   static std::optional<PropertyValue> fromPython(py::handle object) {
     if (PyUnicode_Check(object.ptr()) || PyBytes_Check(object.ptr()) || !py::hasattr(object, "__iter__")) {
       return std::nullopt;
@@ -182,11 +190,21 @@ struct Conversion<PropertyKind::trackNumbers> : PlainConversion<std::vector<std:
   }
 };
 
+template <typename Converting>
+std::string acceptedBy() {
+  if constexpr (requires { Converting::accepted(); }) {
+    return Converting::accepted();
+  } else {
+    return Converting::annotation();
+  }
+}
+
 const auto& conversions() {
   // Kept, since the module is never unloaded.
   static const auto& all = *new auto([]<std::size_t... place>(std::index_sequence<place...>) {
     constexpr auto kindAt = [](std::size_t index) { return allCases<PropertyKind>()[index]; };
-    return std::array{PropertyConversion{Conversion<kindAt(place)>::annotation(), &Conversion<kindAt(place)>::toPython,
+    return std::array{PropertyConversion{Conversion<kindAt(place)>::annotation(),
+                                         acceptedBy<Conversion<kindAt(place)>>(), &Conversion<kindAt(place)>::toPython,
                                          &Conversion<kindAt(place)>::fromPython}...};
   }(std::make_index_sequence<allCases<PropertyKind>().size()>()));
   return all;
@@ -257,6 +275,10 @@ void addList(py::module_& module) {
             return conversionOf(property.kind).annotation + (isSwitch(property) ? "" : " | None");
           },
           "The Python type of the attribute, as annotations write it.")
+      .fact(
+          "acceptedAnnotation",
+          [](const TranscodeProperty& property) { return conversionOf(property.kind).accepted + " | None"; },
+          "The Python types that the attribute can be set to.")
       .fact(
           "allowedTexts",
           [](const TranscodeProperty& property) {

@@ -19,6 +19,8 @@ namespace meridian::inline v0_2::python {
 struct PropertyConversion {
   /// The Python type, as annotations and errors write it.
   std::string annotation;
+  /// The types that are accepted.
+  std::string accepted;
   py::object (*toPython)(const PropertyValue& value);
   /// Returns nothing for an object of another type.
   std::optional<PropertyValue> (*fromPython)(py::handle object);

@@ -79,6 +79,11 @@ class Record {
       if (!py::isinstance<Type>(other)) return py::reinterpret_borrow<py::object>(Py_NotImplemented);
       return py::object(py::bool_(membersOf(self, *fields).equal(membersOf(other, *fields))));
     });
+    // It cannot be changed.
+    type_.def("__copy__", [](const py::object& self) { return Typed<"Self">(self); });
+    type_.def(
+        "__deepcopy__", [](const py::object& self, const py::dict& /*memo*/) { return Typed<"Self">(self); },
+        py::arg("memo"));
     type_.def("__hash__", [fields = fields_](const py::object& self) { return py::hash(membersOf(self, *fields)); });
     type_.def("__repr__", [fields = fields_](const py::object& self) {
       const py::object enumeration = py::module_::import("enum").attr("Enum");

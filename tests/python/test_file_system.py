@@ -1,6 +1,8 @@
 """Filters, walks, unused names and claims."""
 
+import copy
 import os
+import pickle
 import threading
 from pathlib import Path
 
@@ -157,3 +159,9 @@ def test_a_claim_is_removed_wherever_the_process_is(tmp_path, monkeypatch):
             os.chdir("elsewhere")
             raise RuntimeError
     assert not (tmp_path / "clip.mov").exists()
+
+
+def test_items_and_claimed_files_are_pickled_and_copied(card, tmp_path):
+    for value in [*meridian.walk_tree(card), *meridian.claim_file(tmp_path / "new.mov")]:
+        for same in (pickle.loads(pickle.dumps(value)), copy.copy(value), copy.deepcopy(value)):
+            assert same == value and os.fspath(same) == os.fspath(value)

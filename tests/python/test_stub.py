@@ -11,7 +11,8 @@ import pytest
 import meridian
 
 PACKAGE = Path(meridian.__file__).parent
-EXAMPLES = Path(os.environ["MERIDIAN_SOURCES"]) / "examples" / "python"
+SOURCES = Path(os.environ["MERIDIAN_SOURCES"])
+EXAMPLES = SOURCES / "examples" / "python"
 
 
 @pytest.fixture(scope="module")
@@ -55,6 +56,18 @@ def test_the_stub_catches_mistakes(mypy, tmp_path):
                       "a.video_crop_anchor = meridian.TimecodeSource.match\nx: int = a.output_file\n")
     found = [line.split(":")[1] for line in mypy("mypy", "--strict", str(script)).splitlines() if "error:" in line]
     assert found == ["3", "4", "5", "6"]
+
+
+def test_the_guide_passes_mypy_strictly(mypy, tmp_path):
+    guide = (SOURCES / "docs" / "python.md").read_text()
+    first = guide.split("```python\n")[1].split("```")[0]
+    script = tmp_path / "guide.py"
+    script.write_text("import subprocess, sys\nfrom fractions import Fraction\nfrom pathlib import Path\n"
+                      "card = Path('/card')\ndimensions = '1920x1080'\n" + first +
+                      "arguments.video_frame_rate = Fraction(25)\narguments.video_dimensions = (1920, 1080)\n"
+                      "arguments.lut_file = card\narguments.video_format = 'h264'\n"
+                      "arguments.flag_value_lookup = {'-out': card}\n")
+    assert mypy("mypy", "--strict", str(script)).startswith("Success")
 
 
 def run(name, *words):

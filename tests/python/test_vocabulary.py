@@ -57,7 +57,7 @@ def test_names_are_made_from_those_of_cpp_by_one_rule():
     known = words | {snake(word) for word in words}
     # Python's own manners: what C++ spells as an operator, a parameter of main or a template has another name.
     manners = {"from_json", "to_json", "path", "paths", "files", "property_value", "set_property_text", "TypedText",
-               "Enumeration", "annotation", "description", "remedy", "code", "place", "detail", "typed", "errors",
+               "Enumeration", "annotation", "accepted_annotation", "description", "remedy", "code", "place", "detail", "typed", "errors",
                "Claim",
                "domain_minimum", "domain_maximum", "declares_domain", "arguments", "errno", "strerror", "filename",
                "remove", "ImageError", "args", "with_traceback", "add_note", "characters_written", "filename2"}
