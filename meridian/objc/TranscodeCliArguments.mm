@@ -130,8 +130,8 @@ void failToDecode(NSCoder* coder, NSString* key, NSString* expected) {
 
 }  // namespace
 
-@interface TranscodeCliArguments (MeridianInternals)
-- (id)initWithoutStore;
+@interface TranscodeCliArguments ()
+- (id)initWithoutStore NS_DESIGNATED_INITIALIZER;
 @end
 
 @implementation TranscodeCliArguments

@@ -42,7 +42,8 @@ std::int64_t wholeNumberOf(id object, std::string_view name) {
   const bool isInteger = type != @encode(double) && type != @encode(float);
   const bool isLargest = value == 0x1p63 && isInteger &&
                          [number unsignedLongLongValue] <= std::uint64_t{std::numeric_limits<std::int64_t>::max()};
-  if (!(value >= -0x1p63 && value < 0x1p63) && !isLargest) {
+  const bool fits = (value >= -0x1p63 && value < 0x1p63) || isLargest;
+  if (!fits) {
     raiseInvalidArgument(std::string(name) + " is not a number of 64 bits");
   }
   return [number longLongValue];

@@ -60,6 +60,13 @@
 #ifndef NS_UNAVAILABLE
 #define NS_UNAVAILABLE
 #endif
+#ifndef NS_DESIGNATED_INITIALIZER
+#ifdef __clang__
+#define NS_DESIGNATED_INITIALIZER __attribute__((objc_designated_initializer))
+#else
+#define NS_DESIGNATED_INITIALIZER
+#endif
+#endif
 
 /* Declares a property of a class: without class properties in the compiler, class methods of the same names. */
 #if MERIDIAN_HAS_FEATURE(objc_class_property)
@@ -82,7 +89,8 @@ NS_ASSUME_NONNULL_BEGIN
 
 /* Blocks are called while the method lasts, and are neither copied nor kept. For compilers without blocks each such
    method has a sibling that calls a function with the caller's context. Where there are no blocks, the block's type is
-   that of any object, so that a block from elsewhere can be handed on. */
+   that of any object, so that a block from elsewhere can be handed on. The behaviour is undefined if the
+   object is no block. */
 #ifdef __BLOCKS__
 /** Receives a text, and may set `stop` to end the enumeration. */
 typedef void (^MeridianTextBlock)(NSString* text, BOOL* stop);

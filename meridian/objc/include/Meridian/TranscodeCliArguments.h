@@ -45,7 +45,7 @@ MERIDIAN_CLASS_PROPERTY(MERIDIAN_DICTIONARY(NSString*, NSString*) *, solvaneClou
 MERIDIAN_CLASS_PROPERTY(MERIDIAN_DICTIONARY(NSString*, NSString*) *, solvaneProRes4444XQPresetArguments);
 
 /** Makes an empty store. */
-- (instancetype)init;
+- (instancetype)init NS_DESIGNATED_INITIALIZER;
 /** Reads an argument vector without keeping its order. */
 - (instancetype)initWithCliArgs:(MERIDIAN_ARRAY(NSString*) *)cliArgs;
 /**
@@ -54,9 +54,10 @@ MERIDIAN_CLASS_PROPERTY(MERIDIAN_DICTIONARY(NSString*, NSString*) *, solvaneProR
  * were not given.
  */
 - (instancetype)initWithCliArgs:(MERIDIAN_ARRAY(NSString*) *)cliArgs
-       maintainOriginalOrdering:(BOOL)maintainOriginalOrdering;
+       maintainOriginalOrdering:(BOOL)maintainOriginalOrdering NS_DESIGNATED_INITIALIZER;
 /** Checks and normalises the entries of a dictionary from flags to values, and expands its presets. */
-- (instancetype)initWithArgumentLookup:(MERIDIAN_DICTIONARY(NSString*, NSString*) *)argumentLookup;
+- (instancetype)initWithArgumentLookup:(MERIDIAN_DICTIONARY(NSString*, NSString*) *)argumentLookup
+    NS_DESIGNATED_INITIALIZER;
 
 /**
  * Reads what -encodeWithCoder: wrote, under the keys "flagValueLookup", "invalidKeyValueLookup" and "orderedFlags", as
