@@ -91,7 +91,8 @@ const Kind kinds[]{{"ten.dpx", TypeDesc::UINT16, 10, 3},     {"twelve.dpx", Type
                    {"half.exr", TypeDesc::HALF, 10, 4},      {"float.exr", TypeDesc::FLOAT, 16, 6}};
 
 ImageSpec specOf(const Kind& kind) {
-  ImageSpec spec(300, 80, kind.channels, kind.type);
+  // More rows than are converted at a time.
+  ImageSpec spec(60, 400, kind.channels, kind.type);
   spec.attribute("oiio:BitsPerSample", kind.bits);
   spec.attribute("oiio:UnassociatedAlpha", 1);
   spec.attribute("compression", "zip");

@@ -34,8 +34,10 @@ std::optional<TypeDesc> workingType(const ImageSpec& spec) {
     case TypeDesc::UINT16:
       return spec.format;
     case TypeDesc::HALF:
+      // Also the type of a file with channels of both types, if its first one is half.
+      return spec.channelformats.empty() ? spec.format : TypeDesc(TypeDesc::FLOAT);
     case TypeDesc::FLOAT:
-      return TypeDesc(TypeDesc::FLOAT);
+      return spec.format;
     default:
       return std::nullopt;
   }

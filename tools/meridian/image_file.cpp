@@ -2,6 +2,7 @@
 #include "tools/meridian/image_file.h"
 
 #include <OpenImageIO/fmath.h>
+#include <OpenImageIO/half.h>
 #include <OpenImageIO/imageio.h>
 
 #include <algorithm>
@@ -10,8 +11,10 @@
 #include <cmath>
 #include <concepts>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <limits>
 #include <span>
 #include <system_error>
@@ -112,12 +115,14 @@ Difference differenceOf(std::span<const Sample> written, std::span<const Sample>
 }
 
 /// Compares samples in floating point. In lossy formats, infinity and NaN may be stored as any value.
-Difference differenceOf(std::span<const float> written, std::span<const float> read) {
+template <typename Sample>
+  requires(!std::unsigned_integral<Sample>)
+Difference differenceOf(std::span<const Sample> written, std::span<const Sample> read) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
   Difference difference;
   for (std::size_t i = 0; i < written.size(); ++i) {
-    const double from = written[i];
-    const double to = read[i];
+    const double from{float{written[i]}};
+    const double to{float{read[i]}};
     const bool isEqual = from == to || (std::isnan(from) && std::isnan(to));
     difference.isAny |= !isEqual;
     if (!std::isfinite(from)) continue;
@@ -125,12 +130,6 @@ Difference differenceOf(std::span<const float> written, std::span<const float> r
     difference.sum += std::isfinite(to) ? std::abs(from - to) : infinity;
   }
   return difference;
-}
-
-/// Passes OpenImageIO's reports of progress on.
-bool tellProgress(void* progress, float portion) {
-  (*static_cast<const ImageFile::Progress*>(progress))(double{portion});
-  return false;  // do not cancel
 }
 
 struct Freed {
@@ -143,39 +142,45 @@ class OpenImageIoFile final : public ImageFile {
   OpenImageIoFile(const std::string& path, const std::optional<std::string>& layer);
 
   [[nodiscard]] std::optional<int> bitDepth() const noexcept override {
-    return type_ == TypeDesc::FLOAT ? std::nullopt : std::optional(bits_);
+    return type_.is_floating_point() ? std::nullopt : std::optional(bits_);
   }
-  void beginWriting(int descriptor, const std::string& path, const std::string& name,
-                    const ImageFormat& format) override;
-  void read(const Progress& progress) override;
-  void changeColors(const Change& change, const Progress& progress) override;
-  void write(const Progress& progress) override;
+  void convert(const Output& output, const Change& change, const Progress& progress) override;
 
  private:
   [[nodiscard]] std::size_t width() const { return static_cast<std::size_t>(spec_.width); }
   [[nodiscard]] std::size_t height() const { return static_cast<std::size_t>(spec_.height); }
   [[nodiscard]] std::size_t channelCount() const { return static_cast<std::size_t>(spec_.nchannels); }
 
+  /// The rows that are read, changed and written at a time: those of whole chunks in every compression.
+  static constexpr std::size_t stepRows = 256;
+
   void allocate();
+  void readRows(std::size_t first, std::size_t count);
+  void beginWriting(const Output& output);
+  void changeRows(const Change& change, std::size_t first, std::size_t count);
+  void writeRows(std::size_t first, std::size_t count);
+  void endWriting();
+  void checkWritten(bool succeeded);
+  void checkIsStorable(std::size_t first, std::size_t count) const;
   void checkIsWhole(const Progress& progress);
   template <typename Sample>
   void checkRows(ImageInput& input, std::size_t first, std::size_t count) const;
   [[nodiscard]] bool storesHalf() const;
   [[nodiscard]] std::vector<float> asStored(std::span<const float> samples) const;
   [[nodiscard]] bool isLossless() const;
-  void checkIsStorable() const;
   [[noreturn]] void throwDoesNotHold(const std::string& what) const;
   [[noreturn]] void throwOutputError(std::string why) const;
   [[nodiscard]] bool keepsChannels() const;
   [[nodiscard]] bool keepsSamples() const;
   template <typename Sample>
   [[nodiscard]] Sample* row(std::size_t index) const {
-    return reinterpret_cast<Sample*>(samples_.get()) + index * width() * channelCount();
+    return static_cast<Sample*>(rowBytes(index));
   }
-  template <typename Sample>
-  void changeAs(const Change& change, const Progress& progress);
-  template <typename Sample>
-  void changeCopy(const Change& change, std::size_t first, std::size_t count);
+  [[nodiscard]] void* rowBytes(std::size_t index) const {
+    return samples_.get() + index * width() * channelCount() * type_.size();
+  }
+  template <typename Color, typename Sample>
+  void changeCopy(const Change& change, std::span<Sample> samples, const auto& colorOf, const auto& sampleOf) const;
   template <typename Sample>
   [[nodiscard]] ImageView<Sample> colors(std::size_t first, std::size_t count) const;
 
@@ -205,23 +210,25 @@ void OpenImageIoFile::allocate() {
   }
 }
 
-/// Changes the colours of code values that have fewer bits than their samples, in a copy at their real depth.
-template <typename Sample>
-void OpenImageIoFile::changeCopy(const Change& change, std::size_t first, std::size_t count) {
-  const int shift = ImageView<Sample>::sampleBits - bits_;
-  const std::size_t pixels = count * width();
-  Sample* const image = row<Sample>(first);
-  std::vector<Sample> colors(pixels * 3);
+/// Changes copies of the colours, made of the samples, and puts samples made of the changed ones in their place.
+template <typename Color, typename Sample>
+void OpenImageIoFile::changeCopy(const Change& change, std::span<Sample> samples, const auto& colorOf,
+                                 const auto& sampleOf) const {
+  const std::size_t stride = channelCount();
+  const std::size_t pixels = samples.size() / stride;
+  std::vector<Color> colors(pixels * 3);
   const auto forEach = [&](const auto& work) {
-    for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
-      for (std::size_t channel = 0; channel < 3; ++channel) {
-        work(colors[pixel * 3 + channel], image[pixel * channelCount() + channels_[channel]]);
-      }
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+      Color* const plane = colors.data() + channel * pixels;
+      Sample* const sample = samples.data() + channels_[channel];
+      for (std::size_t pixel = 0; pixel < pixels; ++pixel) work(plane[pixel], sample[pixel * stride]);
     }
   };
-  forEach([&](Sample& color, const Sample& sample) { color = static_cast<Sample>(sample >> shift); });
-  change(ImageView<Sample>::packed(ImageLayout::rgb, colors.data(), width(), count, bits_));
-  forEach([&](const Sample& color, Sample& sample) { sample = spread(color, bits_); });
+  forEach([&](Color& color, const Sample& sample) { color = colorOf(sample); });
+  CodeValueFormat format(ImageView<Color>::sampleBits);
+  if constexpr (ImageView<Color>::hasCodeValues) format.bitDepth = bits_;
+  change(ImageView<Color>::packed(ImageLayout::planarRgb, colors.data(), width(), pixels / width(), format));
+  forEach([&](const Color& color, Sample& sample) { sample = sampleOf(color); });
 }
 
 /// Returns the colours of some rows, which are changed in place; other channels are not touched.
@@ -239,18 +246,25 @@ ImageView<Sample> OpenImageIoFile::colors(std::size_t first, std::size_t count) 
   return view;
 }
 
-template <typename Sample>
-void OpenImageIoFile::changeAs(const Change& change, const Progress& progress) {
-  constexpr std::size_t bandPixels = std::size_t{1} << 22U;
-  const std::size_t bandRows = std::max<std::size_t>(1, bandPixels / width());
-  for (std::size_t first = 0; first < height(); first += bandRows) {
-    const std::size_t count = std::min(bandRows, height() - first);
-    if (bits_ == ImageView<Sample>::sampleBits) {
-      change(colors<Sample>(first, count));
-    } else if constexpr (ImageView<Sample>::hasCodeValues) {
-      changeCopy<Sample>(change, first, count);
-    }
-    progress(static_cast<double>(first + count) / static_cast<double>(height()));
+void OpenImageIoFile::changeRows(const Change& change, std::size_t first, std::size_t count) {
+  const std::size_t size = count * width() * channelCount();
+  const auto changeCodes = [&]<typename Sample>(Sample* samples) {
+    const int shift = ImageView<Sample>::sampleBits - bits_;
+    if (shift == 0) return change(colors<Sample>(first, count));
+    changeCopy<Sample>(
+        change, std::span(samples, size), [shift](Sample sample) { return static_cast<Sample>(sample >> shift); },
+        [this](Sample code) { return spread(code, bits_); });
+  };
+  if (type_ == TypeDesc::UINT8) {
+    changeCodes(row<std::uint8_t>(first));
+  } else if (type_ == TypeDesc::UINT16) {
+    changeCodes(row<std::uint16_t>(first));
+  } else if (type_ == TypeDesc::HALF) {
+    changeCopy<float>(
+        change, std::span(row<half>(first), size), [](half sample) { return float{sample}; },
+        [](float color) { return half(color); });
+  } else {
+    change(colors<float>(first, count));
   }
 }
 
@@ -277,14 +291,36 @@ OpenImageIoFile::OpenImageIoFile(const std::string& path, const std::optional<st
   type_ = *workingType(spec_);
   channels_ = colorChannels(spec_, layer, path);
   bits_ = codeValueBits(spec_);
-  if (type_ == TypeDesc::FLOAT) bits_ = ImageView<float>::sampleBits;
 }
 
-void OpenImageIoFile::beginWriting(int descriptor, const std::string& path, const std::string& name,
-                                   const ImageFormat& format) {
-  outputPath_ = path;
-  outputName_ = name;
-  outputFormat_ = &format;
+void OpenImageIoFile::convert(const Output& output, const Change& change, const Progress& progress) {
+  allocate();
+  const std::size_t step = spec_.tile_width > 0 ? height() : stepRows;
+  const auto policy = OIIO::get_int_attribute("threads") > 1 ? std::launch::async : std::launch::deferred;
+  const auto countFrom = [this, step](std::size_t first) { return std::min(step, height() - first); };
+  const auto readAhead = [&](std::size_t first) {
+    return std::async(policy, [this, first, count = countFrom(first)] { readRows(first, count); });
+  };
+  std::future<void> reading = readAhead(0);
+  for (std::size_t first = 0; first < height(); first += step) {
+    reading.get();
+    const std::size_t next = first + countFrom(first);
+    if (next < height()) reading = readAhead(next);
+    // Not before rows were read, since a writer that is left unused may print a message of its own.
+    if (first == 0) beginWriting(output);
+    changeRows(change, first, next - first);
+    writeRows(first, next - first);
+    progress("converting", static_cast<double>(next) / static_cast<double>(height()));
+  }
+  input_->close();
+  endWriting();
+  checkIsWhole(progress);
+}
+
+void OpenImageIoFile::beginWriting(const Output& output) {
+  outputPath_ = output.path;
+  outputName_ = output.name;
+  outputFormat_ = &output.format;
   output_ = ImageOutput::create(std::string(outputFormat_->formatName));
   if (!output_) throwOutputError(asLine(OIIO::geterror()));
   const ImageSpec wanted = outputSpec(spec_, *output_);
@@ -292,56 +328,54 @@ void OpenImageIoFile::beginWriting(int descriptor, const std::string& path, cons
   if (!keepsChannels()) throwDoesNotHold("the " + std::to_string(wanted.nchannels) + " channels");
   const std::string samples = "the samples of type \"" + std::string(wanted.format.c_str()) + "\"";
   if (!keepsSamples()) throwDoesNotHold(samples);
-  written_.emplace(descriptor, name);
+  written_.emplace(output.descriptor, output.name);
   // The TIFF writer reads what it has written, which it does not do through a proxy; it notices failures by itself.
   const bool isByPath = outputFormat_->formatName == "tiff";
   if (!isByPath && !output_->set_ioproxy(&*written_))
     throwOutputError("this OpenImageIO cannot write it to an open file; update OpenImageIO");
-  if (!output_->open(isByPath ? path : name, wanted)) throwOutputError(asLine(output_->geterror()));
+  if (!output_->open(isByPath ? output.path : output.name, wanted)) throwOutputError(asLine(output_->geterror()));
   if (output_->spec().nchannels != wanted.nchannels) {
     throwDoesNotHold("the " + std::to_string(wanted.nchannels) + " channels");
   }
   if (output_->spec().format != wanted.format) throwDoesNotHold(samples);
 }
 
-void OpenImageIoFile::read(const Progress& progress) {
-  allocate();
-  Progress teller = progress;
-  const bool isRead = input_->read_image(0, 0, 0, spec_.nchannels, type_, samples_.get(), OIIO::AutoStride,
-                                         OIIO::AutoStride, OIIO::AutoStride, &tellProgress, &teller);
+/// Reads some rows; of tiles, all.
+void OpenImageIoFile::readRows(std::size_t first, std::size_t count) {
+  const int begin = spec_.y + static_cast<int>(first);
+  const int end = begin + static_cast<int>(count);
+  const bool isRead = spec_.tile_width > 0 ? input_->read_image(0, 0, 0, spec_.nchannels, type_, samples_.get())
+                                           : input_->read_scanlines(0, 0, begin, end, spec_.z, 0, spec_.nchannels,
+                                                                    type_, rowBytes(first));
   // Some readers fill in what is missing and only leave an error text.
   if (!isRead || input_->has_error()) throwImageError(path_, "cannot be read: " + asLine(input_->geterror()));
-  input_->close();
 }
 
-void OpenImageIoFile::changeColors(const Change& change, const Progress& progress) {
-  if (type_ == TypeDesc::UINT8) {
-    changeAs<std::uint8_t>(change, progress);
-  } else if (type_ == TypeDesc::UINT16) {
-    changeAs<std::uint16_t>(change, progress);
-  } else {
-    changeAs<float>(change, progress);
-  }
+/// Writes some rows; tiles, when the last rows are there.
+void OpenImageIoFile::writeRows(std::size_t first, std::size_t count) {
+  checkIsStorable(first, count);
+  const bool hasTiles = output_->spec().tile_width > 0;
+  if (hasTiles && first + count < height()) return;
+  const int begin = spec_.y + static_cast<int>(first);
+  const int end = begin + static_cast<int>(count);
+  checkWritten(hasTiles ? output_->write_image(type_, samples_.get())
+                        : output_->write_scanlines(begin, end, spec_.z, type_, rowBytes(first)));
 }
 
-void OpenImageIoFile::write(const Progress& progress) {
-  checkIsStorable();
-  Progress teller = [&progress](double portion) { progress(portion / 2); };
-  const bool isWritten = output_->write_image(type_, samples_.get(), OIIO::AutoStride, OIIO::AutoStride,
-                                              OIIO::AutoStride, &tellProgress, &teller);
-  // Closing writes what is still buffered, and may fail on its own.
-  const bool isClosed = output_->close();
+/// Closing writes what is still buffered, and may fail on its own.
+void OpenImageIoFile::endWriting() { checkWritten(output_->close()); }
+
+void OpenImageIoFile::checkWritten(bool succeeded) {
   if (const int failure = written_->failure(); failure != 0) {
     throwOutputError(std::generic_category().message(failure));
   }
-  if (!isWritten || !isClosed) throwOutputError(asLine(output_->geterror()));
-  checkIsWhole([&progress](double portion) { progress((1 + portion) / 2); });
+  if (!succeeded) throwOutputError(asLine(output_->geterror()));
 }
 
 /// The HDR writer stores something else for negative and infinite samples and for NaN, without an error.
-void OpenImageIoFile::checkIsStorable() const {
+void OpenImageIoFile::checkIsStorable(std::size_t first, std::size_t count) const {
   if (outputFormat_->formatName != "hdr") return;
-  const std::span samples(row<float>(0), width() * height() * channelCount());
+  const std::span samples(row<float>(first), count * width() * channelCount());
   if (std::ranges::any_of(samples, [](float sample) { return !(sample >= 0) || !std::isfinite(sample); })) {
     throwOutputError("HDR files do not hold negative or infinite samples or NaN, which this image has");
   }
@@ -390,13 +424,16 @@ void OpenImageIoFile::checkRows(ImageInput& input, std::size_t first, std::size_
                           : input.read_scanlines(0, 0, begin, end, spec.z, 0, spec.nchannels, type_, read.data());
   if (!isRead || input.has_error()) throwOutputError("it cannot be read back: " + asLine(input.geterror()));
   const std::span<const Sample> written(row<Sample>(first), read.size());
+  if (std::memcmp(written.data(), read.data(), written.size_bytes()) == 0) return;
   Difference difference;
-  if constexpr (ImageView<Sample>::hasCodeValues) {
+  if constexpr (std::unsigned_integral<Sample>) {
     // Readers spread fewer bits over a sample in ways that differ in the last one, so the code values are compared.
     const int shift = codeValueBits(spec) == bits_ ? ImageView<Sample>::sampleBits - bits_ : 0;
     difference = differenceOf<Sample>(written, read, shift);
+  } else if constexpr (std::same_as<Sample, float>) {
+    difference = storesHalf() ? differenceOf<float>(asStored(written), read) : differenceOf<float>(written, read);
   } else {
-    difference = storesHalf() ? differenceOf(asStored(written), read) : differenceOf(written, read);
+    difference = differenceOf<Sample>(written, read);
   }
   if (isLossless() ? difference.isAny : difference.isLarge()) {
     throwOutputError("the written file differs from the result; check the volume, or write another format");
@@ -425,10 +462,12 @@ void OpenImageIoFile::checkIsWhole(const Progress& progress) {
       checkRows<std::uint8_t>(*input, first, count);
     } else if (type_ == TypeDesc::UINT16) {
       checkRows<std::uint16_t>(*input, first, count);
+    } else if (type_ == TypeDesc::HALF) {
+      checkRows<half>(*input, first, count);
     } else {
       checkRows<float>(*input, first, count);
     }
-    progress(static_cast<double>(first + count) / static_cast<double>(height()));
+    progress("checking", static_cast<double>(first + count) / static_cast<double>(height()));
   }
 }
 

@@ -3,10 +3,8 @@
 /// example:
 ///
 ///     const auto image = module.open("in.dpx", std::nullopt);
-///     image->beginWriting(replacement.descriptor(), replacement.path(), "out.dpx", *imageFormatOfExtension("dpx"));
-///     image->read(progress);
-///     image->changeColors(change, progress);
-///     image->write(progress);
+///     image->convert({replacement.descriptor(), replacement.path(), "out.dpx", *imageFormatOfExtension("dpx")},
+///                    change, progress);
 #pragma once
 
 #include <cstddef>
@@ -15,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "meridian/lut/image_view.h"
@@ -31,8 +30,17 @@ class ImageFile {
   /// Called with colours to change in place.
   using Change = std::function<void(const Colors&)>;
 
-  /// Called with how much of a step is done, from 0 to 1.
-  using Progress = std::function<void(double)>;
+  /// Called with a step and how much of it is done, from 0 to 1.
+  using Progress = std::function<void(std::string_view step, double portion)>;
+
+  /// An open, empty file, which can also be opened at `path`. `name` is what messages call it. The format is one with a
+  /// storage.
+  struct Output {
+    int descriptor = -1;
+    std::string path;
+    std::string name;
+    const ImageFormat& format;
+  };
 
   ImageFile() = default;
   ImageFile(const ImageFile&) = delete;
@@ -44,25 +52,18 @@ class ImageFile {
   /// Returns the bit depth of the code values; absent for floating point.
   [[nodiscard]] virtual std::optional<int> bitDepth() const noexcept = 0;
 
-  /// Begins to write to an open, empty file, which can also be opened at `path`. `name` is what messages call it. The
-  /// format is one with a storage. Throws CommandError if it cannot hold the samples.
-  virtual void beginWriting(int descriptor, const std::string& path, const std::string& name,
-                            const ImageFormat& format) = 0;
-
-  virtual void read(const Progress& progress) = 0;
-
-  /// Calls `change` with the colours from top to bottom, some rows at a time.
-  virtual void changeColors(const Change& change, const Progress& progress) = 0;
-
-  /// Writes the image, reads it back and compares it with what was written.
-  virtual void write(const Progress& progress) = 0;
+  /// Reads the image, calls `change` with its colours from top to bottom, some rows at a time, and writes it to the
+  /// output. Then reads it back and compares it with what was written. Throws CommandError, also if the format cannot
+  /// hold the samples. Call it once.
+  virtual void convert(const Output& output, const Change& change, const Progress& progress) = 0;
 };
 
 /// The functions of the module of image files. It is a module of its own because OpenImageIO needs a third of a second
 /// to load, which no other subcommand should pay for.
 struct ImageFileModule {
-  /// Sets how many threads compress and decompress, all images together, from 1 to 1024. With 1, the threads that read
-  /// and write do it. Call it once, before any image is opened.
+  /// Sets how many threads compress and decompress, all images together, from 1 to 1024. With 1, the thread that
+  /// converts an image does it; with more, an image is also read in one thread while another writes it. Call it once,
+  /// before any image is opened.
   void (*useThreads)(unsigned threads);
 
   /// Opens the file, whose first bytes decide the format. The colours are its channels R, G and B, or those of the

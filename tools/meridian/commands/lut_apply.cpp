@@ -4,7 +4,6 @@
 #include <condition_variable>
 #include <exception>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <map>
 #include <mutex>
@@ -106,22 +105,19 @@ struct LutApplication {
   unsigned threadsPerImage = 1;
 
   /// Calls `show` with the step and how much of it is done. Throws CommandError.
-  void apply(const ImageJob& job, const std::function<void(std::string_view step, double portion)>& show) const {
+  void apply(const ImageJob& job, const ImageFile::Progress& show) const {
     const auto image = images.open(job.from, layer);
     const ImageFormat& format = writtenFormat(job.to);
     ReplacementFile replacement(job.to);
-    const auto step = [&show](std::string_view name) { return [&show, name](double portion) { show(name, portion); }; };
-    image->read(step("reading"));
-    // Not before, since a writer that is left unused may print a message of its own.
-    image->beginWriting(replacement.descriptor(), replacement.path(), job.to, format);
     const ImageLut& lut = luts.forImage(*image);
     const auto change = [this, &lut](const auto& view) {
       if (const auto applied = lut.apply(view, view, threadsPerImage); !applied) {
         throw CommandError(std::string(description(applied.error())));
       }
     };
-    image->changeColors([&change](const ImageFile::Colors& colors) { std::visit(change, colors); }, step("applying"));
-    image->write(step("writing"));
+    image->convert(
+        {replacement.descriptor(), replacement.path(), job.to, format},
+        [&change](const ImageFile::Colors& colors) { std::visit(change, colors); }, show);
     replacement.replace();
   }
 };
