@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdlib>
+#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
@@ -70,13 +72,24 @@ void ImageBuffer::check(std::string_view name, Access access) {
   if (access == Access::write && overlapsItself()) throw py::value_error(subject + ": its samples overlap each other");
 }
 
-ImageBuffer::Extent ImageBuffer::extent(int firstAxis) const noexcept {
-  Extent extent{static_cast<const char*>(buffer_.buf), static_cast<const char*>(buffer_.buf) + buffer_.itemsize};
-  for (int axis = firstAxis; axis < buffer_.ndim; ++axis) {
-    const std::ptrdiff_t offset = (buffer_.shape[axis] - 1) * strides_[static_cast<std::size_t>(axis)];
-    (offset < 0 ? extent.begin : extent.end) += offset;
+std::ptrdiff_t ImageBuffer::Plane::lineSize(std::ptrdiff_t sampleSize) const noexcept {
+  return (inner.count - 1) * inner.stride + sampleSize;
+}
+
+const char* ImageBuffer::Plane::end(std::ptrdiff_t sampleSize) const noexcept {
+  return begin + (outer.count - 1) * outer.stride + lineSize(sampleSize);
+}
+
+ImageBuffer::Plane ImageBuffer::plane(std::size_t channel) const noexcept {
+  const char* begin = static_cast<const char*>(buffer_.buf) + static_cast<std::ptrdiff_t>(channel) * strides_[2];
+  std::array<Plane::Axis, 2> axes{};
+  for (std::size_t axis = 0; axis < axes.size(); ++axis) {
+    const std::ptrdiff_t count = buffer_.shape[axis];
+    begin += std::min<std::ptrdiff_t>(strides_[axis], 0) * (count - 1);
+    axes[axis] = {count > 1 ? std::abs(strides_[axis]) : std::numeric_limits<std::ptrdiff_t>::max(), count};
   }
-  return extent;
+  std::ranges::sort(axes);
+  return {begin, axes[1], axes[0]};
 }
 
 bool ImageBuffer::overlapsItself() const noexcept {
@@ -101,18 +114,37 @@ bool ImageBuffer::isSameAs(const ImageBuffer& other) const noexcept {
 
 bool ImageBuffer::mayOverlap(const ImageBuffer& other) const noexcept {
   if (isEmpty() || other.isEmpty()) return false;
-  const Extent mine = extent(0);
-  const Extent others = other.extent(0);
-  if (mine.end <= others.begin || others.end <= mine.begin) return false;
-  // Parts of one image, such as its left and right half: where rows have the same distance, and each is shorter than
-  // that, they share bytes only if they do so within that distance.
-  const std::ptrdiff_t stride = std::abs(strides_[0]);
-  if (stride == 0 || stride != std::abs(other.strides_[0])) return true;
-  const Extent row = extent(1);
-  const Extent otherRow = other.extent(1);
-  if (row.end - row.begin > stride || otherRow.end - otherRow.begin > stride) return true;
-  const std::ptrdiff_t offset = ((otherRow.begin - row.begin) % stride + stride) % stride;
-  return offset < row.end - row.begin || stride - offset < otherRow.end - otherRow.begin;
+  for (std::size_t mine = 0; mine < channels(); ++mine) {
+    for (std::size_t others = 0; others < other.channels(); ++others) {
+      if (mayOverlap(plane(mine), other.plane(others), buffer_.itemsize)) return true;
+    }
+  }
+  return false;
+}
+
+bool ImageBuffer::mayOverlap(const Plane& left, const Plane& right, std::ptrdiff_t sampleSize) noexcept {
+  if (left.end(sampleSize) <= right.begin || right.end(sampleSize) <= left.begin) return false;
+  // A single line fits lines of any distance, and a single sample samples of any.
+  const std::ptrdiff_t outer = std::min(left.outer.stride, right.outer.stride);
+  const std::ptrdiff_t inner = std::min(left.inner.stride, right.inner.stride);
+  const auto fits = [&](const Plane& plane) {
+    return (plane.outer.count == 1 || plane.outer.stride == outer) &&
+           (plane.inner.count == 1 || plane.inner.stride == inner) && plane.lineSize(sampleSize) <= outer;
+  };
+  if (!fits(left) || !fits(right) || (inner != 0 && inner < sampleSize)) return true;
+  // Whether some number of lines and samples leads from a sample of one plane to one of the other. A line is shorter
+  // than the distance of lines, so only the nearest numbers can.
+  const std::ptrdiff_t distance = right.begin - left.begin;
+  for (std::ptrdiff_t lines = distance / outer - 1; lines <= distance / outer + 1; ++lines) {
+    if (lines >= left.outer.count || -lines >= right.outer.count) continue;
+    const std::ptrdiff_t rest = distance - lines * outer;
+    const std::ptrdiff_t nearest = inner == 0 ? 0 : rest / inner;
+    for (std::ptrdiff_t samples = nearest - 1; samples <= nearest + 1; ++samples) {
+      if (samples >= left.inner.count || -samples >= right.inner.count) continue;
+      if (std::abs(rest - samples * inner) < sampleSize) return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace meridian::inline v0_2::python

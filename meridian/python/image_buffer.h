@@ -8,6 +8,7 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -61,17 +62,30 @@ class ImageBuffer {
 
   /// Returns whether both are the same samples with the same strides.
   [[nodiscard]] bool isSameAs(const ImageBuffer& other) const noexcept;
-  /// Returns false if no byte is in both. True may be wrong for images whose samples alternate in memory in an unusual
-  /// way.
+  /// Returns false if no byte is in both. Exact for parts of one array, whose planes have equal strides apart from the
+  /// sign; else true wherever two planes begin before each other's end.
   [[nodiscard]] bool mayOverlap(const ImageBuffer& other) const noexcept;
 
  private:
-  /// The bytes from the first to behind the last, along the axes from `firstAxis` on.
-  struct Extent {
+  /// Where the samples of one channel are, with strides of 0 and more: lines of samples, whose order does not matter.
+  struct Plane {
+    /// One of the two ways to step through it: with the largest stride where there is no step.
+    struct Axis {
+      std::ptrdiff_t stride;
+      std::ptrdiff_t count;
+      friend auto operator<=>(const Axis&, const Axis&) = default;
+    };
+
     const char* begin;
-    const char* end;
+    Axis outer;
+    Axis inner;
+
+    /// The bytes from the first of a line to after its last.
+    [[nodiscard]] std::ptrdiff_t lineSize(std::ptrdiff_t sampleSize) const noexcept;
+    [[nodiscard]] const char* end(std::ptrdiff_t sampleSize) const noexcept;
   };
-  [[nodiscard]] Extent extent(int firstAxis) const noexcept;
+  [[nodiscard]] Plane plane(std::size_t channel) const noexcept;
+  [[nodiscard]] static bool mayOverlap(const Plane& left, const Plane& right, std::ptrdiff_t sampleSize) noexcept;
   [[nodiscard]] bool overlapsItself() const noexcept;
   void check(std::string_view name, Access access);
 
