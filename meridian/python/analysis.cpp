@@ -64,12 +64,14 @@ void addBasic(const py::object& scope) {
           [](const Words& paths, const Path& workDirectory, const Path& results, const std::optional<Path>& analysisId,
              bool deep) { return Basic(paths.values, stringOf(analysisId), workDirectory.value, results.value, deep); },
           "paths_to_analyze"_a, "work_directory"_a, "results_file_path"_a, "analysis_id"_a = py::none(),
-          "deep_analysis"_a = false);
+          "deep_analysis"_a = false,
+          "Holds the options as given; errors() checks them. Raises TypeError for values of other types.");
   addRendering(record);
   record.type().def(
       "errors",
       [](const Basic& options) {
-        return Typed<"list[MediaAnalysisBasicOptionsError]">(problemList(errorsOf(options)));
+        return Typed<"list[MediaAnalysisBasicOptionsError]">(
+            problemList(withoutLock([&] { return errorsOf(options); })));
       },
       "Returns the errors that would stop the tool, of the options and of the paths in the file system.");
 }
@@ -98,7 +100,8 @@ void addImage(const py::object& scope) {
             return Image(locations, width, height, compression, allowFinderImages, stringOf(lut));
           },
           "snapshot_locations"_a, "max_image_width"_a, "image_height"_a = py::none(),
-          "compression_factor"_a = py::none(), "allow_finder_images"_a = false, "lut_to_apply"_a = py::none());
+          "compression_factor"_a = py::none(), "allow_finder_images"_a = false, "lut_to_apply"_a = py::none(),
+          "Holds the options as given; errors() checks them. Raises TypeError for values of other types.");
   addRendering(record);
   record.type().def(
       "errors",
@@ -114,7 +117,8 @@ void addCustodial(const py::object& scope) {
       .fact("parentAppNumber", &Custodial::parentAppNumber, "Which application of the suite it is; or None.",
             /*isField=*/true)
       .value([](std::optional<std::int32_t> pid, std::optional<std::int32_t> number) { return Custodial(pid, number); },
-             "parent_pid"_a = py::none(), "parent_app_number"_a = py::none());
+             "parent_pid"_a = py::none(), "parent_app_number"_a = py::none(),
+             "Holds the numbers, whole numbers of 32 bits. Raises TypeError for any other.");
   addRendering(record);
 }
 

@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "meridian/cli/nearest_text.h"
 #include "meridian/cli/transcode_cli_arguments.h"
 #include "meridian/cli/transcode_explanation.h"
 #include "meridian/cli/transcode_preset.h"
@@ -53,6 +54,55 @@ Arguments fromState(const py::object& lookup, const py::object& invalid, const p
   return Arguments::fromStored(std::move(stored));
 }
 
+/// Returns the annotations of a class and its bases.
+py::dict annotationsOf(PyTypeObject& type) {
+  const py::dict all;
+  for (const py::handle each : py::reinterpret_borrow<py::tuple>(type.tp_mro)) {
+    if (py::hasattr(each, "__annotations__")) all.attr("update")(each.attr("__annotations__"));
+  }
+  return all;
+}
+
+/// Returns whether objects of a class may have an attribute: of the class or a base, annotated there, or private.
+bool declares(PyTypeObject& type, py::handle name) {
+  if (_PyType_Lookup(&type, name.ptr()) != nullptr) return true;
+  if (PyUnicode_GET_LENGTH(name.ptr()) > 0 && PyUnicode_READ_CHAR(name.ptr(), 0) == '_') return true;
+  return annotationsOf(type).contains(name);
+}
+
+[[noreturn]] void failWithAttribute(PyTypeObject& type, const std::string& name) {
+  std::vector<std::string> known;
+  const py::list names(annotationsOf(type));
+  names.attr("extend")(py::reinterpret_steal<py::list>(PyObject_Dir(reinterpret_cast<PyObject*>(&type))));
+  for (const py::handle each : names) {
+    if (std::string text = py::str(each); !text.starts_with('_')) known.push_back(std::move(text));
+  }
+  const std::vector<std::string_view> candidates(known.begin(), known.end());
+  std::string text = std::string("'") + type.tp_name + "' object has no attribute '" + name + "'";
+  if (const auto nearest = nearestText(name, candidates)) {
+    text.append("; did you mean ").append(*nearest).append("?");
+  } else if (type.tp_dictoffset != 0) {
+    text += "; to add one, declare it in the class";
+  }
+  throw py::attribute_error(text);
+}
+
+/// Sets an attribute. Python lets objects of derived classes have any, and a misspelt property would pass.
+int setAttribute(PyObject* self, PyObject* name, PyObject* value) {
+  try {
+    PyTypeObject& type = *Py_TYPE(self);
+    if (value != nullptr && PyUnicode_Check(name) && !declares(type, name)) {
+      failWithAttribute(type, py::reinterpret_borrow<py::str>(name));
+    }
+    return PyObject_GenericSetAttr(self, name, value);
+  } catch (py::error_already_set& error) {
+    error.restore();
+  } catch (const py::builtin_exception& error) {
+    error.set_error();
+  }
+  return -1;
+}
+
 void addBuilding(py::class_<Arguments>& type) {
   type.def(py::init([](const std::optional<Words>& words, bool maintainOriginalOrdering) {
              return Arguments(words ? words->values : std::vector<std::string>(), maintainOriginalOrdering);
@@ -74,11 +124,8 @@ void addBuilding(py::class_<Arguments>& type) {
       "Returns the store as a JSON document. Raises EncodingError for a text that is not valid UTF-8.");
   // By a function that returns a whole store: the usual way makes one without a state first.
   type.def_static("_from_state", &fromState);
-  type.def("__reduce__", [type = py::handle(type)](const Arguments& arguments) {
-    const py::object restore = py::module_::import("meridian._vocabulary").attr("restore");
-    return Typed<"tuple[object, ...]">(
-        py::make_tuple(restore, py::make_tuple(type, "_from_state") + stateOf(arguments)));
-  });
+  type.def("__reduce__",
+           [](const Arguments& arguments) { return pickled<Arguments>(py::str("_from_state"), stateOf(arguments)); });
   type.def("__copy__", [](const Arguments& arguments) { return Arguments(arguments); });
   type.def(
       "__deepcopy__", [](const Arguments& arguments, const py::dict& /*memo*/) { return Arguments(arguments); },
@@ -203,7 +250,10 @@ void addArguments(py::module_& module) {
       "and "
       "trimmed. The typed properties store nothing of their own: each reads and writes the text of one flag, and a "
       "text "
-      "that is not valid is None as a property. transcode_properties() lists them. A store has no lock.");
+      "that is not valid is None as a property. transcode_properties() lists them. Setting an attribute that does not "
+      "exist raises AttributeError; a derived class may add attributes that it declares, by a value, an annotation or "
+      "in __slots__, and any whose name begins with an underscore. A store has no lock.",
+      py::custom_type_setup([](PyHeapTypeObject* heapType) { heapType->ht_type.tp_setattro = &setAttribute; }));
   addBuilding(type);
   addEntries(type);
   addInputs(type);

@@ -15,11 +15,12 @@ std::vector<T> casesOf() {
   return {cases.begin(), cases.end()};
 }
 
-/// Adds a class method that takes nothing.
-template <typename Function>
-void addStatic(const py::object& type, const char* name, const char* doc, Function&& function) {
+/// Adds a static method. `arguments` are the names of its parameters.
+template <typename Function, typename... Arguments>
+void addStatic(const py::object& type, const char* name, const char* doc, Function&& function,
+               const Arguments&... arguments) {
   type.attr(name) = py::staticmethod(
-      py::cpp_function(std::forward<Function>(function), py::name(name), py::doc(doc), py::scope(type)));
+      py::cpp_function(std::forward<Function>(function), py::name(name), py::doc(doc), py::scope(type), arguments...));
 }
 
 /// Adds a property that is computed from the text.
@@ -42,8 +43,9 @@ template <typename T>
 py::object addValues(py::module_& module, const char* doc) {
   py::object type = addTypedText<T>(module, doc);
   addStatic(type, "all_cases", "Returns the values offered as choices.", &casesOf<T>);
-  addStatic(type, "from_raw_value", "Returns the case with exactly this text; None if it is not one of all_cases().",
-            [](const Text& text) { return T::fromRawValue(text.value); });
+  addStatic(
+      type, "from_raw_value", "Returns the case with exactly this text; None if it is not one of all_cases().",
+      [](const Text& text) { return T::fromRawValue(text.value); }, py::arg("raw_value"));
   if constexpr (requires { T::cliFlag(); }) type.attr("cli_flag") = strOf(T::cliFlag());
   return type;
 }
@@ -76,8 +78,9 @@ void addTypes(py::module_& module) {
           [](const Text& text) { return listOf(Codec(std::string_view(text.value)).permittedExtensions()); });
   addFact(codec, "conversion_codec_type", "The codec of conversion settings; None for an unknown text.",
           [](const Text& text) { return Codec(std::string_view(text.value)).conversionCodecType(); });
-  addStatic(codec, "from_conversion_codec_type", "Returns the text that names the codec of conversion settings.",
-            [](ConversionCodecType type) { return Codec::fromConversionCodecType(type); });
+  addStatic(
+      codec, "from_conversion_codec_type", "Returns the text that names the codec of conversion settings.",
+      [](ConversionCodecType type) { return Codec::fromConversionCodecType(type); }, py::arg("type"));
   const auto family = [](auto codecs) { return std::vector<Codec>(codecs.begin(), codecs.end()); };
   addStatic(codec, "all_avid_d_nx_formats", "Returns the Avid DNx codecs.",
             [family] { return family(Codec::allAvidDNxFormats()); });

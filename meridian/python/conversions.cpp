@@ -1,5 +1,7 @@
 #include "meridian/python/conversions.h"
 
+#include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace meridian::inline v0_2::python {
@@ -16,10 +18,36 @@ std::string bytesOf(py::handle bytes) {
   return {data, static_cast<std::size_t>(size)};
 }
 
-std::int64_t termOf(const py::object& term) {
+std::int64_t termOf(py::handle term) {
   const std::int64_t value = PyLong_AsLongLong(term.ptr());
   if (value == -1 && PyErr_Occurred() != nullptr) throw py::error_already_set();
   return value;
+}
+
+/// Throws ValueError for a number without a ratio of 64 bits.
+[[noreturn]] void failWithRatio(py::handle number) {
+  throw py::value_error("expected a finite ratio of whole numbers of 64 bits, found " + shortRepr(number));
+}
+
+/// Returns the terms as a Fraction has them, so that what comes back is equal.
+MediaRational ratioOfTerms(py::handle number, py::handle over, py::handle under) {
+  try {
+    const std::int64_t numerator = termOf(over);
+    const std::int64_t denominator = termOf(under);
+    const std::int64_t divisor = std::gcd(numerator, denominator);
+    if (denominator > 0 && divisor > 0) return {numerator / divisor, denominator / divisor};
+  } catch (py::error_already_set& error) {
+    if (!error.matches(PyExc_OverflowError)) throw;
+  }
+  failWithRatio(number);
+}
+
+MediaRational ratioOfDouble(py::handle number, double value) {
+  if (value == 0) return {0, 1};
+  const auto ratio = MediaRational::fromRawValue(value);
+  if (!ratio) failWithRatio(number);
+  const std::int64_t divisor = std::gcd(ratio->numerator, ratio->denominator);
+  return {ratio->numerator / divisor, ratio->denominator / divisor};
 }
 
 }  // namespace
@@ -82,25 +110,33 @@ py::object fractionOf(std::int64_t numerator, std::int64_t denominator) {
 
 std::optional<MediaRational> rationalOf(py::handle number) {
   if (PyBool_Check(number.ptr())) return std::nullopt;
-  if (PyLong_Check(number.ptr())) return MediaRational{termOf(py::reinterpret_borrow<py::object>(number)), 1};
-  if (PyFloat_Check(number.ptr())) {
-    const double value = PyFloat_AS_DOUBLE(number.ptr());
-    if (value == 0) return MediaRational{0, 1};
-    const auto ratio = MediaRational::fromRawValue(value);
-    if (!ratio)
-      throw py::value_error("expected a finite number within 64 bits, found " + std::string(py::repr(number)));
-    // As a Fraction has it, so that what comes back is equal.
-    const std::int64_t divisor = std::gcd(ratio->numerator, ratio->denominator);
-    return MediaRational{ratio->numerator / divisor, ratio->denominator / divisor};
+  if (PyFloat_Check(number.ptr())) return ratioOfDouble(number, PyFloat_AS_DOUBLE(number.ptr()));
+  if (PyLong_Check(number.ptr())) return ratioOfTerms(number, number, py::int_(1));
+  if (py::hasattr(number, "numerator") && py::hasattr(number, "denominator")) {
+    return ratioOfTerms(number, number.attr("numerator"), number.attr("denominator"));
   }
-  if (!py::hasattr(number, "numerator") || !py::hasattr(number, "denominator")) return std::nullopt;
-  const std::int64_t numerator = termOf(number.attr("numerator"));
-  const std::int64_t denominator = termOf(number.attr("denominator"));
-  const std::int64_t divisor = std::gcd(numerator, denominator);
-  if (denominator <= 0 || divisor <= 0) {
-    throw py::value_error("expected a ratio with a positive denominator, found " + std::string(py::repr(number)));
+  if (py::isinstance(number, attributeOf("numbers", "Real"))) return ratioOfDouble(number, doubleOf(number).value());
+  if (!py::hasattr(number, "as_integer_ratio")) return std::nullopt;
+  try {
+    const py::tuple terms = number.attr("as_integer_ratio")();
+    return ratioOfTerms(number, terms[0], terms[1]);
+  } catch (py::error_already_set& error) {
+    // As Decimal says that it is infinite or NaN.
+    if (!error.matches(PyExc_OverflowError) && !error.matches(PyExc_ValueError)) throw;
+    failWithRatio(number);
   }
-  return MediaRational{numerator / divisor, denominator / divisor};
+}
+
+std::optional<double> doubleOf(py::handle number) {
+  if (PyBool_Check(number.ptr()) || PyUnicode_Check(number.ptr())) return std::nullopt;
+  const double value = PyFloat_AsDouble(number.ptr());
+  if (value != -1 || PyErr_Occurred() == nullptr) return value;
+  const bool isTooLarge = PyErr_ExceptionMatches(PyExc_OverflowError) != 0;
+  if (!isTooLarge && PyErr_ExceptionMatches(PyExc_TypeError) == 0) throw py::error_already_set();
+  PyErr_Clear();
+  if (!isTooLarge) return std::nullopt;
+  const bool isNegative = py::reinterpret_borrow<py::object>(number) < py::int_(0);
+  return std::copysign(std::numeric_limits<double>::infinity(), isNegative ? -1 : 1);
 }
 
 py::dict dictOf(const TextDictionary& dictionary) {
@@ -132,6 +168,18 @@ TextDictionary textDictionaryOf(const py::object& mapping) {
     dictionary.set(bytesOfStr(key), *std::move(bytes));
   }
   return dictionary;
+}
+
+std::string shortRepr(py::handle object) {
+  constexpr std::size_t mostShown = 60;
+  std::string text;
+  try {
+    text = py::str(py::repr(object));
+  } catch (py::error_already_set&) {
+    // An int of thousands of digits has none.
+    text = Py_TYPE(object.ptr())->tp_name;
+  }
+  return text.size() <= mostShown ? text : text.substr(0, mostShown) + "...";
 }
 
 void failWithType(std::string_view what, std::string_view expected, py::handle found) {

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -51,9 +52,15 @@ struct Words {
   std::vector<std::string> values;
 };
 
-/// A ratio from Python: a Fraction, an int or a float. To Python a Fraction.
+/// A ratio from Python: any real number. To Python a Fraction.
 struct Ratio {
   MediaRational value;
+};
+
+/// A number from Python as a double: of any type that float() accepts, but not a text or a bool. One that is too large
+/// is a ValueError.
+struct Number {
+  double value = 0;
 };
 
 /// A text as a template argument.
@@ -126,10 +133,14 @@ inline TextType textType;
 
 /// Returns fractions.Fraction of the terms; throws ZeroDivisionError as a Python exception.
 [[nodiscard]] py::object fractionOf(std::int64_t numerator, std::int64_t denominator);
-/// Returns the ratio of an int or a Fraction, or by `MediaRational::fromRawValue` of a float, reduced; absent for
-/// another type. Throws OverflowError as a Python exception for terms beyond 64 bits, ValueError for a float that has
-/// no ratio.
+/// Returns the ratio of a number, reduced; absent for another type. An int, a Fraction, a Decimal and what is used as
+/// one, such as an integer of numpy, have an exact ratio; a float and any other real number, such as a numpy.float32,
+/// that of `MediaRational::fromRawValue`. Throws pybind11's value_error for a number that is not finite and for terms
+/// beyond 64 bits.
 [[nodiscard]] std::optional<MediaRational> rationalOf(py::handle number);
+
+/// Returns the number as a double; absent for another type. Infinite if it is too large.
+[[nodiscard]] std::optional<double> doubleOf(py::handle number);
 
 /// Returns a dict in the dictionary's order.
 [[nodiscard]] py::dict dictOf(const TextDictionary& dictionary);
@@ -140,6 +151,16 @@ inline TextType textType;
 [[nodiscard]] std::optional<std::int64_t> integerOf(py::handle number);
 /// Returns the dictionary of any mapping's items; throws TypeError.
 [[nodiscard]] TextDictionary textDictionaryOf(const py::object& mapping);
+
+/// Returns what the function does, while other threads of Python run. It touches no Python object.
+template <typename Function>
+auto withoutLock(Function&& function) {
+  const py::gil_scoped_release release;
+  return std::forward<Function>(function)();
+}
+
+/// Returns repr() of the object, cut to a few words.
+[[nodiscard]] std::string shortRepr(py::handle object);
 
 /// Throws TypeError: "video_frame_rate: expected float, found str".
 [[noreturn]] void failWithType(std::string_view what, std::string_view expected, py::handle found);
@@ -223,11 +244,25 @@ struct type_caster<T> {
 template <>
 class type_caster<meridian::python::Ratio> {
  public:
-  PYBIND11_TYPE_CASTER(meridian::python::Ratio, const_name("Fraction | float"));
+  PYBIND11_TYPE_CASTER(meridian::python::Ratio, const_name("SupportsFloat"));
   bool load(handle source, bool /*convert*/) {
     const auto rational = meridian::python::rationalOf(source);
     if (rational) value.value = *rational;
     return rational.has_value();
+  }
+};
+
+template <>
+class type_caster<meridian::python::Number> {
+ public:
+  PYBIND11_TYPE_CASTER(meridian::python::Number, const_name("SupportsFloat"));
+  bool load(handle source, bool /*convert*/) {
+    const auto number = meridian::python::doubleOf(source);
+    if (number) value.value = *number;
+    if (std::isinf(value.value) && !PyFloat_Check(source.ptr())) {
+      throw value_error("expected a number in the range of float, found " + meridian::python::shortRepr(source));
+    }
+    return number.has_value();
   }
 };
 

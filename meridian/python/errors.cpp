@@ -14,6 +14,8 @@
 namespace meridian::inline v0_2::python {
 namespace {
 
+/// The package's function that makes an error or warning. Kept.
+PyObject* maker = nullptr;
 /// The classes for errors of JSON, which have no code.
 PyObject* decodingErrorClass = nullptr;
 PyObject* encodingErrorClass = nullptr;
@@ -47,7 +49,9 @@ void translate(std::exception_ptr pointer) {
 
 py::object errorObject(PyObject* type, std::string_view message, const py::object& code, std::string_view place,
                        std::string_view detail, std::string_view remedy, const std::error_code& systemError) {
-  py::object error = py::handle(type)(strOf(message), code, strOf(place), strOf(detail), strOf(remedy));
+  const auto errorNumber = systemError ? py::object(py::int_(systemError.value())) : py::none();
+  py::object error = py::handle(maker)(py::handle(type), errorNumber, strOf(message), code, strOf(place), strOf(detail),
+                                       strOf(remedy));
   if (systemError) {
     error.attr("errno") = systemError.value();
     error.attr("strerror") = strOf(systemError.message());
@@ -64,6 +68,7 @@ void raise(const py::object& exception) {
 void addErrors(py::module_& module) {
   const auto errors = py::module_::import("meridian._errors");
   for (const char* base : {"Error", "Warning"}) module.attr(base) = errors.attr(base);
+  maker = py::object(errors.attr("make")).release().ptr();
   errorClass<PropertyErrorCode> = addClass(module, errors, "PropertyError");
   errorClass<TranscodeErrorCode> = addClass(module, errors, "TranscodeError");
   errorClass<TranscodeWarningCode> = addClass(module, errors, "TranscodeWarning");

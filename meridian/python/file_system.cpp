@@ -59,18 +59,47 @@ class Walk {
     return *std::move(kept);
   }
 
- private:
   /// Lets go of the report, which may refer to the walk.
   void end() {
     isEnded_ = true;
     report_ = Report(py::none());
   }
 
+  [[nodiscard]] py::handle report() const noexcept { return report_; }
+
+ private:
   TreeWalk walk_;
   Report report_;
   bool isAsked_ = false;
   bool isEnded_ = false;
 };
+
+/// Returns the walk of an object; null for one that is being made or taken apart.
+Walk* walkOf(PyObject* self) {
+  const auto* const instance = reinterpret_cast<py::detail::instance*>(self);
+  return instance->simple_layout && instance->simple_holder_constructed
+             ? static_cast<Walk*>(instance->simple_value_holder[0])
+             : nullptr;
+}
+
+/// Shows the garbage collector the report, through which a walk may refer to itself.
+void setUpCollection(PyHeapTypeObject* heapType) {
+  PyTypeObject& type = heapType->ht_type;
+  type.tp_flags |= Py_TPFLAGS_HAVE_GC;
+  type.tp_traverse = [](PyObject* self, visitproc visit, void* arg) {
+    Py_VISIT(Py_TYPE(self));
+    if (const Walk* const walk = walkOf(self)) Py_VISIT(walk->report().ptr());
+    return 0;
+  };
+  type.tp_clear = [](PyObject* self) {
+    if (Walk* const walk = walkOf(self)) walk->end();
+    return 0;
+  };
+  type.tp_dealloc = [](PyObject* self) {
+    PyObject_GC_UnTrack(self);
+    py::detail::pybind11_object_dealloc(self);
+  };
+}
 
 std::vector<std::string> stringsOf(const Words& words) { return words.values; }
 
@@ -79,7 +108,9 @@ void addFilter(py::module_& module) {
       .field("isIgnored", &ItemDecision::isIgnored, "True if the item is not copied.")
       .field("rule", &ItemDecision::rule, "The rule that decided.")
       .value([](bool isIgnored, ItemFilterRule rule) { return ItemDecision{isIgnored, rule}; }, "is_ignored"_a,
-             "rule"_a)
+             "rule"_a,
+             "Makes a decision, for tests of what receives one. is_ignored is True if the item is not copied; rule is "
+             "the ItemFilterRule that decided. Raises TypeError for values of other types.")
       .done();
   py::class_<ItemFilter> filter(module, "ItemFilter",
                                 "Decides, item by item, what a copying application leaves out. Safe to use from "
@@ -93,11 +124,13 @@ void addFilter(py::module_& module) {
       "Prepares the settings. Extensions may be in any case, with or without a leading dot; "
       "force_path_components are names of items to ignore, such as default_force_ignore_path_components().");
   filter.def(
-      "is_ignored", [](const ItemFilter& self, const Path& item) { return self.isIgnored(item.url()); }, "item"_a,
-      "Returns whether the item is not copied. Asks the file system only if the answer depends on it.");
+      "is_ignored",
+      [](const ItemFilter& self, const Path& item) { return withoutLock([&] { return self.isIgnored(item.url()); }); },
+      "item"_a, "Returns whether the item is not copied. Asks the file system only if the answer depends on it.");
   filter.def(
-      "decision", [](const ItemFilter& self, const Path& item) { return self.decision(item.url()); }, "item"_a,
-      "Returns whether the item is copied, and the rule that decided.");
+      "decision",
+      [](const ItemFilter& self, const Path& item) { return withoutLock([&] { return self.decision(item.url()); }); },
+      "item"_a, "Returns whether the item is copied, and the rule that decided.");
   module.def(
       "default_force_ignore_path_components",
       [] {
@@ -118,10 +151,12 @@ void addFileSystem(py::module_& module) {
       .field("decision", &KeptItem::decision, "Whether it is copied, and why.")
       .value([](const Text& path, const Text& name, ItemKind kind,
                 const ItemDecision& decision) { return KeptItem{path.value, name.value, kind, decision}; },
-             "path"_a, "name"_a, "kind"_a, "decision"_a)
+             "path"_a, "name"_a, "kind"_a, "decision"_a,
+             "Makes an item of its members, unchecked. Raises TypeError for values of other types.")
       .done()
       .def("__fspath__", [](const KeptItem& item) { return shown(item.path); });
-  py::class_<Walk> walk(module, "TreeWalk", "An iterator over the items of a tree, made by walk_tree().");
+  py::class_<Walk> walk(module, "TreeWalk", "An iterator over the items of a tree, made by walk_tree().",
+                        py::custom_type_setup(&setUpCollection));
   walk.def("__iter__", [](py::object self) { return Typed<"Iterator[TreeItem]">(std::move(self)); });
   walk.def("__next__", &Walk::next);
   module.def(

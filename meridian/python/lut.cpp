@@ -32,10 +32,7 @@ struct Application {
 };
 
 Lut opened(const Path& path) {
-  auto file = [&path] {
-    const py::gil_scoped_release release;
-    return ParsedLutFactory::parsing(path.url());
-  }();
+  auto file = withoutLock([&path] { return ParsedLutFactory::parsing(path.url()); });
   return {std::shared_ptr<const ParsedLutFile>(valueOrRaise(std::move(file)))};
 }
 
@@ -88,6 +85,10 @@ py::object apply(const Lut& lut, const py::object& image, const py::object& out,
   const ImageBuffer source(image, ImageBuffer::Access::read, "image");
   py::object result = out.is_none() ? newImageLike(source) : out;
   const ImageBuffer destination(result, ImageBuffer::Access::write, "out");
+  if (source.sample() == SampleType::float32 && (application.bitDepth || application.outputBitDepth)) {
+    throw py::value_error(std::string(application.bitDepth ? "bit_depth" : "output_bit_depth") +
+                          ": floating-point samples have none; leave it out, or convert the image to code values");
+  }
   if (source.sample() != destination.sample()) throw py::type_error("image and out have different types of samples");
   if (!source.isSameAs(destination) && source.mayOverlap(destination)) {
     throw py::value_error("image and out overlap without being the same; copy one of them");

@@ -45,7 +45,7 @@ __version__: str
 
 # How pybind11 writes types, and how annotations write them. The classes have attributes of some of these names.
 SPELLINGS = [
-    (r"meridian\._meridian\.", ""),
+    (r"\bmeridian\.(?=[A-Z])", ""),
     (r"\bOptional\[((?:[^\[\]]|\[[^\[\]]*\])*)\]", r"\1 | None"),
     (r"\bList\[", "list["),
     (r"\bTuple\[", "tuple["),

@@ -36,16 +36,7 @@ template <typename Value, typename Reduce>
 void addValueManners(py::class_<Value>& type, Reduce&& reduce) {
   type.def(py::self == py::self);
   type.def("__hash__", [](const Value& value) { return std::hash<Value>{}(value); });
-  type.def("__reduce__", [reduce = std::forward<Reduce>(reduce)](const Value& value) {
-    return Typed<"tuple[object, ...]">(reduce(value));
-  });
-}
-
-/// Returns how a value is pickled: as an attribute of its class, or the arguments of one.
-template <typename Value>
-py::tuple pickled(const py::object& name, const py::tuple& arguments = py::tuple()) {
-  const py::tuple attribute = py::make_tuple(py::type::of<Value>(), name);
-  return py::make_tuple(py::module_::import("meridian._vocabulary").attr("restore"), py::tuple(attribute + arguments));
+  type.def("__reduce__", std::forward<Reduce>(reduce));
 }
 
 /// Returns a call as it is written.
@@ -57,22 +48,16 @@ std::string callText(std::string function, const py::tuple& arguments) {
   return function + ")";
 }
 
-VideoFrameRate matchingRate(const Ratio& rate) {
-  const auto matched = VideoFrameRate::matching(rate.value);
-  if (!matched)
-    throw py::value_error("a frame rate needs a denominator other than 0, and ten thousand times it 64 bits");
-  return *matched;
-}
-
 void addVideoFrameRate(py::module_& module) {
   py::class_<VideoFrameRate> type(module, "VideoFrameRate",
                                   "A video frame rate: one of fourteen standard ones, which are attributes of the "
                                   "class, or any other as a ratio.\n\nTwo are equal if the cases are and, for custom "
                                   "rates, the ratios; so custom(25) does not equal pal25p.");
-  type.def(py::init(&matchingRate), "rate"_a,
+  type.def(py::init([](const Ratio& rate) { return matchingRate(rate.value); }), "rate"_a,
            "Makes the standard rate that frames per second match, else a custom one. Fraction(24000, 1001), 23.976 and "
-           "Fraction(2997, 125) are all ntsc24p. Raises ValueError for a number that is not finite, OverflowError for "
-           "terms beyond 64 bits.");
+           "Fraction(2997, 125) are all ntsc24p. An int, Fraction or Decimal is taken exactly, a float truncated to "
+           "millionths unless it is whole. Raises ValueError for a number that is not finite or whose ratio leaves 64 "
+           "bits.");
   type.def_static(
       "custom", [](const Ratio& rate) { return VideoFrameRate::custom(rate.value); }, "rate"_a,
       "Returns frames per second as a custom rate, unmatched.");
@@ -97,18 +82,21 @@ void addVideoFrameRate(py::module_& module) {
   module.def("standard_rate_displayed_alike", &standardRateDisplayedAlike, "rate"_a,
              "Returns the first standard rate that is displayed like this custom rate but differs from it; None if "
              "there is none.");
-  module.def("describe_frame_rate", &describeFrameRate, "frames_per_second"_a,
-             "Describes frames per second with the exact standard rate that they match: \"23.976 fps = 24000/1001\".");
+  module.def(
+      "describe_frame_rate", [](const Number& rate) { return describeFrameRate(rate.value); }, "frames_per_second"_a,
+      "Describes frames per second with the exact standard rate that they match: \"23.976 fps = 24000/1001\".");
 }
 
 void addFrameRate(py::module_& module) {
   py::class_<FrameRate> type(module, "FrameRate",
                              "The frame-rate choice of conversion settings: the source's rate, half of it, one of "
                              "eight fixed rates, which are attributes of the class, or a custom one.");
-  type.def_static("custom", &FrameRate::custom, "frames_per_second"_a,
-                  "Returns a custom rate in frames per second; 0 if none is entered yet.");
-  type.def_static("from_raw_value", &FrameRate::fromRawValue, "raw_value"_a,
-                  "Returns the choice for a stored number; None for a negative number or NaN.");
+  type.def_static(
+      "custom", [](const Number& rate) { return FrameRate::custom(rate.value); }, "frames_per_second"_a,
+      "Returns a custom rate in frames per second; 0 if none is entered yet.");
+  type.def_static(
+      "from_raw_value", [](const Number& value) { return FrameRate::fromRawValue(value.value); }, "raw_value"_a,
+      "Returns the choice for a stored number; None for a negative number or NaN.");
   addCases(type, FrameRate::wellDefinedCases());
   type.def_property_readonly("kind", &FrameRate::kind, "The case.");
   type.def_property_readonly("raw_value", &FrameRate::rawValue,
@@ -179,9 +167,15 @@ void addTimecode(py::module_& module) {
       .field("frames", &Timecode::frames, "The number of the frame within its second.")
       .field("isDropFrame", &Timecode::isDropFrame, "Whether it is drop frame, with a \";\" before the frames.")
       .fact("timecodeString", &Timecode::timecodeString, "The text: \"01:02:03;04\".")
-      .value([](std::int64_t hours, std::int64_t minutes, std::int64_t seconds, std::int64_t frames,
-                bool isDropFrame) { return Timecode{hours, minutes, seconds, frames, isDropFrame}; },
-             "hours"_a = 0, "minutes"_a = 0, "seconds"_a = 0, "frames"_a = 0, "is_drop_frame"_a = false);
+      .value(
+          [](std::int64_t hours, std::int64_t minutes, std::int64_t seconds, std::int64_t frames, bool isDropFrame) {
+            return Timecode{hours, minutes, seconds, frames, isDropFrame};
+          },
+          "hours"_a = 0, "minutes"_a = 0, "seconds"_a = 0, "frames"_a = 0, "is_drop_frame"_a = false,
+          "Makes a timecode of its components, unchecked: frame_number() raises TimecodeError for one that labels no "
+          "frame. hours, minutes, seconds and frames, the number of the frame within its second from 0, are whole "
+          "numbers of 64 bits; is_drop_frame says whether labels are skipped, as at 29.97 frames per second. Raises "
+          "TypeError for what is not such a number.");
   py::class_<Timecode>& type = record.done();
   type.def("__str__", &Timecode::timecodeString);
   type.def_static(
@@ -191,7 +185,10 @@ void addTimecode(py::module_& module) {
       "sanitized_timecode", [](const Text& text) { return Timecode::sanitizedTimecode(text.value); }, "text"_a,
       "Returns the components of any text, with 0 for those that it does not have.");
 
-  const auto rateDoc = "rate is in frames per second, as a VideoFrameRate, Fraction, int or float.";
+  const auto rateDoc =
+      "rate is in frames per second, as a VideoFrameRate, Fraction, Decimal, int or float; TimecodeError is also "
+      "raised "
+      "for a number that is not finite or whose ratio leaves 64 bits.";
   module.def(
       "frame_number",
       [](const Timecode& timecode, const Rate& rate) {
@@ -275,7 +272,10 @@ void addMedia(py::module_& module) {
   Record<Size>(module, "Size", "A width and a height, in pixels unless a function says otherwise.")
       .field("width", &Size::width, "The width.")
       .field("height", &Size::height, "The height.")
-      .value([](double width, double height) { return Size{width, height}; }, "width"_a, "height"_a)
+      .value(
+          [](double width, double height) { return Size{width, height}; }, "width"_a, "height"_a,
+          "Makes a size of two numbers, kept as given: negative and infinite ones, too. Raises TypeError for what is "
+          "not a number.")
       .done();
   Record<RgbColor> color(module, "RgbColor", "A colour as three code values, 0 to 255.");
   color.field("red", &RgbColor::red, "From 0 to 255.")
@@ -283,7 +283,8 @@ void addMedia(py::module_& module) {
       .field("blue", &RgbColor::blue, "From 0 to 255.")
       .fact("text", &RgbColor::text, "The form in which colours are stored: \"255,128,0\".")
       .value([](std::uint8_t red, std::uint8_t green, std::uint8_t blue) { return RgbColor{red, green, blue}; },
-             "red"_a, "green"_a, "blue"_a);
+             "red"_a, "green"_a, "blue"_a,
+             "Makes a colour of three code values, whole numbers from 0 to 255. Raises TypeError for any other.");
   color.done().def_static(
       "from_text", [](const Text& text) { return RgbColor::fromText(text.value); }, "text"_a,
       "Returns the colour of \"255,128,0\", \"#ff8000\" or \"#f80\"; None for any other text.");

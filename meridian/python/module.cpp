@@ -5,6 +5,8 @@
 // NOLINTNEXTLINE: the macro's own declarations
 PYBIND11_MODULE(_meridian, module) {
   namespace python = meridian::python;
+  // Classes, signatures and errors say where Python finds them.
+  module.attr("__module__") = "meridian";
   python::addEnumerations(module);
   python::addConstants(module);
   python::addErrors(module);
@@ -16,5 +18,6 @@ PYBIND11_MODULE(_meridian, module) {
   python::addFreeNames(module);
   python::addAnalysis(module);
   python::addLog(module);
+  python::shortenTypeErrors(module);
   module.attr("__version__") = python::strOf(meridian::versionText());
 }

@@ -20,5 +20,7 @@ void addFileSystem(py::module_& module);
 void addFreeNames(py::module_& module);
 void addAnalysis(py::module_& module);
 void addLog(py::module_& module);
+/// Makes one line of every error about arguments of the wrong types. Called last.
+void shortenTypeErrors(const py::module_& module);
 
 }  // namespace meridian::inline v0_2::python

@@ -39,14 +39,7 @@ template <>
 struct Conversion<PropertyKind::integer> : PlainConversion<std::int64_t> {
   static std::string annotation() { return "int"; }
   static std::string accepted() { return "SupportsIndex"; }
-  static std::optional<PropertyValue> fromPython(py::handle object) {
-    if (PyBool_Check(object.ptr()) || PyIndex_Check(object.ptr()) == 0) return std::nullopt;
-    const auto number = py::reinterpret_steal<py::object>(PyNumber_Index(object.ptr()));
-    if (!number) throw py::error_already_set();
-    const std::int64_t value = PyLong_AsLongLong(number.ptr());
-    if (value == -1 && PyErr_Occurred() != nullptr) throw py::error_already_set();
-    return value;
-  }
+  static std::optional<PropertyValue> fromPython(py::handle object) { return integerOf(object); }
 };
 
 template <>
@@ -62,14 +55,9 @@ struct Conversion<PropertyKind::number> {
                                             : static_cast<double>(number));
   }
   static std::optional<PropertyValue> fromPython(py::handle object) {
-    if (PyBool_Check(object.ptr()) || PyUnicode_Check(object.ptr())) return std::nullopt;
-    const double value = PyFloat_AsDouble(object.ptr());
-    if (value == -1 && PyErr_Occurred() != nullptr) {
-      if (PyErr_ExceptionMatches(PyExc_TypeError) == 0) throw py::error_already_set();
-      PyErr_Clear();
-      return std::nullopt;
-    }
-    return static_cast<float>(value);
+    const auto number = doubleOf(object);
+    if (!number) return std::nullopt;
+    return static_cast<float>(*number);
   }
 };
 template <>
@@ -287,7 +275,11 @@ void addList(py::module_& module) {
           },
           "The texts of which the property accepts one; empty for another kind.")
       .fact("expectedForm", &expectedForm, "What the property accepts, for messages: \"a size, such as 1920x1080\".")
-      .done();
+      .done()
+      .def_static("_named", &propertyOfName)
+      .def("__reduce__", [](const TranscodeProperty& property) {
+        return pickled<TranscodeProperty>(py::str("_named"), py::make_tuple(snakeCase(property.name)));
+      });
   module.def(
       "transcode_properties",
       [] { return std::vector<TranscodeProperty>(transcodeProperties.begin(), transcodeProperties.end()); },

@@ -41,6 +41,15 @@ auto shown(const std::optional<Value>& value) {
   using Shown = decltype(shown(*value));
   return value ? std::optional<Shown>(shown(*value)) : std::nullopt;
 }
+
+/// Returns how a value is pickled: as an attribute of its class, or the arguments of one that is a function.
+template <typename Value>
+Typed<"tuple[object, ...]"> pickled(const py::object& name, const py::tuple& arguments = py::tuple()) {
+  const py::tuple attribute = py::make_tuple(py::type::of<Value>(), name);
+  return {
+      py::make_tuple(py::module_::import("meridian._vocabulary").attr("restore"), py::tuple(attribute + arguments))};
+}
+
 template <typename Type>
 class Record {
  public:

@@ -18,8 +18,6 @@ __all__ = sorted({name for name in [*dir(_meridian), *_meridian._enumerations] i
 for _name in [*dir(_meridian), "Warning"]:
     if _name[0] != "_":
         globals()[_name] = getattr(_meridian, _name)
-        if getattr(globals()[_name], "__module__", None) == "meridian._meridian":
-            globals()[_name].__module__ = "meridian"
 del _name
 
 

@@ -35,7 +35,9 @@ class _Report:
     def __reduce__(self):
         state = {name: value for name in ("errno", "strerror", "filename")
                  if (value := getattr(self, name, None)) is not None}
-        return type(self), (self.args[0], self.code, self.place, self.detail, self.remedy), state
+        kind = vars(type(self)).get("_public", type(self))
+        facts = self.args[0], self.code, self.place, self.detail, self.remedy
+        return make, (kind, getattr(self, "errno", None), *facts), state
 
 
 class Error(_Report, Exception):
@@ -45,6 +47,9 @@ class Error(_Report, Exception):
     code is a member of an enumeration, such as LutErrorCode.not_opened; None for JSON.
     place is the path, flag or word that the error is about; detail what is known beyond the code; remedy what to do.
     Each of these three may be the empty text.
+
+    An error of a file is an OSError. Where the operating system gave the reason it has errno, strerror and filename, and
+    is also of the class that Python has for the number: except FileNotFoundError and PermissionError catch it.
     """
 
 
@@ -72,7 +77,7 @@ class TimecodeError(Error, ValueError):
 
 
 class LutError(Error, OSError):
-    """A file is not read as a LUT. errno is set if the operating system refused."""
+    """A file cannot be read as a LUT. With an errno it is also the exception of that number: FileNotFoundError."""
 
 
 class ImageError(Error, ValueError):
@@ -109,6 +114,20 @@ class DecodingError(Error, ValueError):
 
 class EncodingError(Error, ValueError):
     """JSON cannot hold a text, because it is not valid UTF-8. place is the JSON pointer of the value."""
+
+
+_classes: dict[tuple[type, type], type] = {}
+
+
+def make(cls, errno, *facts):
+    """Makes an error or warning. With an error number it is also what Python raises for it, such as FileNotFoundError."""
+    standard = type(OSError(errno, ""))
+    if issubclass(cls, OSError) and not issubclass(cls, standard):
+        namespace = {"__doc__": cls.__doc__, "__module__": cls.__module__, "_public": cls}
+        if (cls, standard) not in _classes:
+            _classes.setdefault((cls, standard), type(cls.__name__, (cls, standard), namespace))
+        cls = _classes[cls, standard]
+    return cls(*facts)
 
 
 for _class in list(globals().values()):
