@@ -58,6 +58,7 @@ def test_every_property_is_set_read_and_removed_by_attribute_and_by_name(propert
             setattr(by_value, property.name, wrong)
     doc = getattr(Arguments, property.name).__doc__
     assert property.meaning in doc and property.unit in doc and property.when_absent in doc
+    assert pickle.loads(pickle.dumps(property)) == property
 
 
 def test_the_list_says_what_is_known_about_each_property():
@@ -70,7 +71,7 @@ def test_the_list_says_what_is_known_about_each_property():
 
 @pytest.mark.parametrize("name, value, error", [
     ("video_frame_rate", float("nan"), meridian.PropertyError), ("video_frame_rate", 1e300, meridian.PropertyError),
-    ("video_frame_rate", 10**400, OverflowError), ("video_bit_depth", 2**63, OverflowError),
+    ("video_frame_rate", 10**400, meridian.PropertyError), ("video_bit_depth", 2**63, OverflowError),
     ("video_bit_depth", 1.5, TypeError), ("video_bit_depth", True, TypeError), ("gpu_decode", 1, TypeError),
     ("output_file", "-x", meridian.PropertyError), ("output_file", "a\0b", meridian.PropertyError),
     ("video_format", "nonsense", meridian.PropertyError), ("video_crop_anchor", "tl", TypeError),
@@ -92,8 +93,36 @@ def test_unknown_names_get_a_suggestion_in_python_spelling():
     with pytest.raises(meridian.PropertyError, match="did you mean video_frame_rate"):
         Arguments().set_property_text("video_frame_rat", "25")
     Arguments().set_property_text("videoFrameRate", "25")
-    with pytest.raises(AttributeError):
-        Arguments().vido_format = 1
+
+
+class Job(Arguments):
+    title: str
+    number = 1
+
+
+class SlottedJob(Job):
+    __slots__ = ("colour",)
+
+
+@pytest.mark.parametrize("kind, name, hint", [
+    (Arguments, "vido_format", "; did you mean video_format?"), (Job, "video_frame_rat", "; did you mean video_frame_rate?"),
+    (SlottedJob, "coluor", "; did you mean colour?"), (Job, "titel", "; did you mean title?"), (Arguments, "xyz", ""),
+    (Job, "xyz", "; to add one, declare it in the class")])
+def test_a_misspelt_attribute_is_an_error_in_derived_classes_too(kind, name, hint):
+    job = kind()
+    with pytest.raises(AttributeError) as raised:
+        setattr(job, name, 1)
+    assert str(raised.value).endswith(f"object has no attribute '{name}'{hint}")
+    for declared in [name for name in ("title", "number", "colour") if kind is SlottedJob]:
+        setattr(job, declared, 5)
+        assert getattr(job, declared) == 5
+    job.video_bit_depth = 10
+    assert job.video_bit_depth == 10
+    if kind is not Arguments:
+        job._private = 1
+        job.number = 2
+        del job.number
+        assert job.number == 1 and job._private == 1
 
 
 def test_values_of_other_types_that_stand_for_them():

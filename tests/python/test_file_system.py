@@ -1,9 +1,12 @@
 """Filters, walks, unused names and claims."""
 
 import copy
+import gc
 import os
 import pickle
 import threading
+import time
+import weakref
 from pathlib import Path
 
 import pytest
@@ -133,6 +136,7 @@ def test_a_claim_that_fails_says_why(tmp_path):
     with pytest.raises(meridian.ClaimError) as raised:
         meridian.claim_file(tmp_path / "none" / "clip.mov")
     assert raised.value.code is meridian.ClaimErrorCode.not_created and raised.value.errno == 2
+    assert isinstance(raised.value, FileNotFoundError)
     with pytest.raises(meridian.ClaimError):
         meridian.claim_consistent_files([tmp_path], "clip", ["mov", "x/y"])
     assert os.listdir(tmp_path) == []
@@ -165,3 +169,70 @@ def test_items_and_claimed_files_are_pickled_and_copied(card, tmp_path):
     for value in [*meridian.walk_tree(card), *meridian.claim_file(tmp_path / "new.mov")]:
         for same in (pickle.loads(pickle.dumps(value)), copy.copy(value), copy.deepcopy(value)):
             assert same == value and os.fspath(same) == os.fspath(value)
+
+
+@pytest.mark.parametrize("kind", [lambda walk: walk, lambda walk: [walk]])
+def test_a_walk_that_its_own_report_refers_to_is_collected(card, kind):
+    """Left in the middle, it holds the report, which holds the walk."""
+    class Report:
+        def __call__(self, error):
+            self.errors.append(error)
+
+    report = Report()
+    report.walk = kind(meridian.walk_tree(card, report=report))
+    next(meridian.walk_tree(card, report=report))
+    watched = weakref.ref(report)
+    del report
+    gc.collect()
+    assert watched() is None
+
+
+def test_a_logger_is_let_go_of_when_another_is_set():
+    class Logger:
+        def __call__(self, level, text):
+            pass
+
+    logger = Logger()
+    watched = weakref.ref(logger)
+    meridian.set_logger(logger)
+    del logger
+    gc.collect()
+    assert watched() is not None
+    meridian.set_logger(None)
+    assert watched() is None
+
+
+@pytest.fixture(scope="module")
+def many(tmp_path_factory):
+    """A directory in which the first six thousand names are used, in both styles of numbers."""
+    directory = tmp_path_factory.mktemp("many")
+    for separator in " -":
+        for number in range(6000):
+            (directory / (f"many{separator}{number}.mov" if number else "many.mov")).touch()
+    return directory
+
+
+@pytest.mark.parametrize("call", [
+    lambda many: meridian.last_path_component_adjusted_for_collision("many", [many] * 5, "mov"),
+    lambda many: meridian.consistent_file_paths_adjusted_for_collision_across_directories([many] * 5, "many", ["mov"]),
+    lambda many: meridian.file_path_adjusted_for_collision(many / "many.mov"),
+    lambda many: meridian.claim_file(many / "many.mov").remove(),
+    lambda many: meridian.claim_consistent_files([many], "many", ["mov"]).remove(),
+    lambda many: meridian.claim_file_amongst_directories("many", [many], "mov").remove()],
+    ids=["name", "paths", "path", "claim", "claims", "claim amongst"])
+def test_other_threads_run_while_names_are_looked_for(many, call):
+    times, done = [], threading.Event()
+
+    def count():
+        while not done.is_set():
+            times.append(time.perf_counter())
+            time.sleep(0.0002)
+
+    other = threading.Thread(target=count)
+    other.start()
+    begin = time.perf_counter()
+    call(many)
+    end = time.perf_counter()
+    done.set()
+    other.join()
+    assert sum(begin < moment < end for moment in times) > 2

@@ -206,8 +206,10 @@ def zeros(shape=(2, 2, 3), type="B"):
     (zeros(), None, {"bit_depth": 10}, meridian.ImageError, "bit depth"),
     (zeros(type="H"), None, {"bit_depth": 0}, meridian.ImageError, "bit depth"),
     (zeros(type="f"), None, {"range": meridian.CodeValueRange.limited}, meridian.ImageError, "range"),
-    (zeros(), None, {"threads": -1}, TypeError, ""),
-    (zeros(), None, {"range": "full"}, TypeError, ""),
+    (zeros(type="f"), None, {"bit_depth": 10}, ValueError, "bit_depth: floating-point samples have none"),
+    (zeros(type="f"), None, {"output_bit_depth": 32}, ValueError, "output_bit_depth: floating-point samples have none"),
+    (zeros(), None, {"threads": -1}, TypeError, r"^expected apply\(.*\), found apply\(.*, threads=int\)$"),
+    (zeros(), None, {"range": "full"}, TypeError, "range=str"),
 ])
 def test_images_that_do_not_fit_are_errors(lut, image, out, options, error, text):
     with pytest.raises(error, match=text):
@@ -226,6 +228,51 @@ def test_images_that_overlap_without_being_the_same_are_refused(lut):
     expected = lut.apply(whole[:4].copy())
     lut.apply(whole[:4], whole[4:])
     assert numpy.array_equal(whole[4:], expected)
+
+
+# Parts of one buffer: planes, packed pixels, fields, every second column, halves of a line, single pixels.
+PARTS = {
+    "planes left and right": lambda b: (b.reshape(3, 8, 12).transpose(1, 2, 0), numpy.s_[:, :6], numpy.s_[:, 6:]),
+    "planes top and bottom": lambda b: (b.reshape(3, 8, 12).transpose(1, 2, 0), numpy.s_[:4], numpy.s_[4:]),
+    "planes, mirrored": lambda b: (b.reshape(3, 8, 12).transpose(1, 2, 0)[::-1, ::-1], numpy.s_[:, :6], numpy.s_[:, 6:]),
+    "planes by columns": lambda b: (b.reshape(3, 12, 8).transpose(2, 1, 0), numpy.s_[:, :6], numpy.s_[:, 6:]),
+    "fields": lambda b: (b.reshape(8, 12, 3), numpy.s_[::2], numpy.s_[1::2]),
+    "columns": lambda b: (b.reshape(8, 12, 3), numpy.s_[:, ::2], numpy.s_[:, 1::2]),
+    "eyes": lambda b: (b.reshape(8, 6, 6), numpy.s_[..., :3], numpy.s_[..., 3:]),
+    "one line": lambda b: (b.reshape(8, 12, 3)[2:3], numpy.s_[:, :6], numpy.s_[:, 6:]),
+    "one column": lambda b: (b.reshape(8, 12, 3)[:, 2:3], numpy.s_[:4], numpy.s_[4:]),
+    "pixels": lambda b: (b.reshape(8, 12, 3), numpy.s_[2:3, 2:3], numpy.s_[2:3, 3:4]),
+}
+
+
+@pytest.mark.parametrize("dtype", TYPES)
+@pytest.mark.parametrize("parts", PARTS)
+def test_parts_of_one_buffer_that_share_no_sample_are_applied(lut, parts, dtype):
+    buffer = picture(dtype, 8, 12).ravel()
+    whole, left, right = PARTS[parts](buffer)
+    expected = whole.copy()
+    expected[right] = lut.apply(whole[left].copy())
+    lut.apply(whole[left], whole[right])
+    assert numpy.array_equal(whole, expected)
+
+
+def test_images_of_one_buffer_are_refused_exactly_where_they_share_samples(lut):
+    """Windows of planes and of packed pixels at every distance, beside numpy's own exact answer."""
+    buffer = picture(numpy.uint16, 9, 11).ravel()
+    refused = 0
+    for whole in (buffer.reshape(3, 9, 11).transpose(1, 2, 0), buffer.reshape(9, 11, 3)):
+        for row, column, step in numpy.ndindex(6, 8, 2):
+            image, out = whole[2:5, 3:6], whole[row:row + 3:step + 1, column:column + 3]
+            image = image[:out.shape[0]] if step == 0 else whole[2:5:2, 3:6]
+            shares = numpy.shares_memory(image, out) and (row, column) != (2, 3)
+            try:
+                lut.apply(image, out)
+            except ValueError:
+                refused += 1
+                assert shares
+            else:
+                assert not shares
+    assert refused > 40
 
 
 def test_other_threads_run_while_a_lut_is_applied(lut):

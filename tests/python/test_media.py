@@ -1,7 +1,9 @@
 """Rates, timecode, sizes and containers."""
 
+from decimal import Decimal
 from fractions import Fraction
 
+import numpy
 import pytest
 
 import meridian
@@ -11,18 +13,29 @@ from meridian import TimecodeComponents, VideoFrameRate
 @pytest.mark.parametrize("given, rate", [
     (23.976, VideoFrameRate.ntsc24p), (Fraction(24000, 1001), VideoFrameRate.ntsc24p), (25, VideoFrameRate.pal25p),
     (Fraction(60000, 1001), VideoFrameRate.ntsc60p), (12.5, VideoFrameRate.custom(Fraction(25, 2))),
-    (23.98, VideoFrameRate.custom(Fraction(1199, 50)))])
+    (23.98, VideoFrameRate.custom(Fraction(1199, 50))), (Decimal("23.976"), VideoFrameRate.ntsc24p),
+    (Decimal("12.3456789"), VideoFrameRate.custom(Fraction(123456789, 10**7))), (numpy.uint8(25), VideoFrameRate.pal25p),
+    (numpy.float32(29.97), VideoFrameRate.ntsc30p), (numpy.float32(12.5), VideoFrameRate.custom(Fraction(25, 2))),
+    (numpy.float64(23.976), VideoFrameRate.ntsc24p)])
 def test_numbers_match_the_standard_rates(given, rate):
     assert VideoFrameRate(given) == rate and isinstance(rate.raw_value, Fraction)
     assert float(rate) == float(rate.raw_value)
 
 
 @pytest.mark.parametrize("given, error", [
-    (float("nan"), ValueError), (float("inf"), ValueError), (2**63, OverflowError), (Fraction(1, 2**64), OverflowError),
-    (2**62, ValueError), ("25", TypeError), (None, TypeError), (True, TypeError), (25j, TypeError)])
-def test_what_is_no_rate_is_refused(given, error):
-    with pytest.raises(error):
-        VideoFrameRate(given)
+    (float("nan"), ValueError), (float("inf"), ValueError), (2**63, ValueError), (Fraction(1, 2**64), ValueError),
+    (Decimal("NaN"), ValueError), (Decimal("-Infinity"), ValueError), (Decimal(24000) / 1001, ValueError),
+    (10**5000, ValueError), (2**62, ValueError), ("25", TypeError), (None, TypeError), (True, TypeError),
+    (25j, TypeError), (numpy.True_, TypeError), (numpy.complex64(25), TypeError)], ids=lambda value: type(value).__name__)
+def test_what_is_not_a_rate_is_an_error_of_its_kind(given, error):
+    for function in (VideoFrameRate, lambda rate: meridian.timecode_of_frame(0, rate)):
+        with pytest.raises(error) as raised:
+            function(given)
+        assert type(raised.value) in (error, meridian.TimecodeError)
+    if error is ValueError:
+        assert raised.value.code is meridian.TimecodeErrorCode.rate_without_timecode
+    with pytest.raises(ValueError):
+        meridian.FrameRate.custom(10**400)
 
 
 def test_standard_rates_know_their_names():

@@ -75,8 +75,14 @@ def test_everything_public_has_a_docstring_and_reads_as_part_of_the_package():
     for name in meridian.__all__:
         value = getattr(meridian, name)
         if isinstance(value, type):
-            assert value.__doc__ and value.__module__ == "meridian", name
+            assert value.__doc__ and value.__module__ == "meridian" and value.__qualname__ == name, name
+            made = vars(value).get("__init__")
+            if "__init__(" in str(getattr(made, "__doc__", "")):
+                assert len(made.__doc__.strip().splitlines()) > 1, name
             for member, what in vars(value).items():
+                if isinstance(what, type) and not member.startswith("_"):
+                    assert (what.__module__, what.__qualname__) == ("meridian", f"{name}.{member}")
+                    assert eval(what.__qualname__, NAMES) is what and what.__init__.__doc__.count("\n") > 1
                 if isinstance(what, property) or (callable(what) and not member.startswith("_")):
                     assert what.__doc__, f"{name}.{member}"
         elif callable(value):
@@ -134,10 +140,44 @@ def test_errors_are_those_that_python_users_expect():
     assert error.code is meridian.LutErrorCode.not_opened and error.remedy == error.code.remedy
     again = pickle.loads(pickle.dumps(error))
     assert (str(again), again.code, again.place, again.errno) == (str(error), error.code, error.place, 2)
+    assert isinstance(error, FileNotFoundError) and type(again) is type(error) and again == error
     for name in meridian.__all__:
         value = getattr(meridian, name)
         if inspect.isclass(value) and issubclass(value, Exception) and value is not meridian.Error:
             assert issubclass(value, (ValueError, OSError, Warning)), name
+
+
+def test_errors_about_types_are_one_line_without_contents():
+    arguments, factory = meridian.TranscodeCliArguments(), meridian.MediaAnalysisCLIArgumentFactory
+    for call, message in [
+        (lambda: meridian.Size("a", height=1),
+         "expected meridian.Size(width: float, height: float), found meridian.Size(str, height=int)"),
+        (lambda: arguments.has_argument_flag(["-vr"] * 1000),
+         "expected has_argument_flag(self: meridian.TranscodeCliArguments, flag: str), "
+         "found has_argument_flag(meridian.TranscodeCliArguments, list)"),
+        (lambda: meridian.explain([1] * 1000), "expected explain(words: Iterable[StrOrBytesPath], "
+         "maintain_original_ordering: bool = False), found explain(list)"),
+        (lambda: meridian.SAVHevcCodec.from_raw_value(1),
+         "expected from_raw_value(raw_value: str), found from_raw_value(int)"),
+        (lambda: meridian.explain(*range(1000)), "expected explain(words: Iterable[StrOrBytesPath], "
+         f"maintain_original_ordering: bool = False), found explain({'int, ' * 16}...)"),
+        (lambda: factory.CustodialOptions("x"), "expected meridian.MediaAnalysisCLIArgumentFactory.CustodialOptions("
+         "parent_pid: Optional[int] = None, parent_app_number: Optional[int] = None), "
+         "found meridian.MediaAnalysisCLIArgumentFactory.CustodialOptions(str)")]:
+        with pytest.raises(TypeError) as raised:
+            call()
+        assert str(raised.value) == message
+
+
+def test_every_public_enumeration_is_on_the_face_or_in_the_list_of_what_is_left_out():
+    headers = re.findall(r"PUBLIC_HEADERS\n([^)]*)\)", (SOURCES / "meridian/CMakeLists.txt").read_text())
+    declared = [name for header in " ".join(headers).split()
+                for name in re.findall(r"^enum class (\w+)", (SOURCES / "meridian" / header).read_text(), re.MULTILINE)]
+    table = (SOURCES / "docs/python.md").read_text().split("## What it leaves out")[1]
+    left_out = set(re.findall(r"`(\w+)`", table))
+    assert len(declared) > 45
+    for name in declared:
+        assert (name in meridian.__all__) != (name in left_out), name
 
 
 def test_a_logger_receives_messages_and_its_errors_stay_outside(capfd):
