@@ -65,7 +65,7 @@ void addBasic(const py::object& scope) {
              bool deep) { return Basic(paths.values, stringOf(analysisId), workDirectory.value, results.value, deep); },
           "paths_to_analyze"_a, "work_directory"_a, "results_file_path"_a, "analysis_id"_a = py::none(),
           "deep_analysis"_a = false,
-          "Holds the options as given; errors() checks them. Raises TypeError for values of other types.");
+          "Makes the options, kept as given: errors() checks them. Raises TypeError for values of other types.");
   addRendering(record);
   record.type().def(
       "errors",
@@ -101,7 +101,7 @@ void addImage(const py::object& scope) {
           },
           "snapshot_locations"_a, "max_image_width"_a, "image_height"_a = py::none(),
           "compression_factor"_a = py::none(), "allow_finder_images"_a = false, "lut_to_apply"_a = py::none(),
-          "Holds the options as given; errors() checks them. Raises TypeError for values of other types.");
+          "Makes the options, kept as given: errors() checks them. Raises TypeError for values of other types.");
   addRendering(record);
   record.type().def(
       "errors",
@@ -118,7 +118,7 @@ void addCustodial(const py::object& scope) {
             /*isField=*/true)
       .value([](std::optional<std::int32_t> pid, std::optional<std::int32_t> number) { return Custodial(pid, number); },
              "parent_pid"_a = py::none(), "parent_app_number"_a = py::none(),
-             "Holds the numbers, whole numbers of 32 bits. Raises TypeError for any other.");
+             "Makes the options. Both are whole numbers of 32 bits, or None. Raises TypeError for anything else.");
   addRendering(record);
 }
 

@@ -66,7 +66,7 @@ void addParts(py::module_& module) {
       .field("word", &DroppedWord::word, "The word.")
       .fact(
           "warning", [](const DroppedWord& word) { return Typed<"TranscodeWarning">(errorOf(word.warning)); },
-          "Says that it was dropped.", /*isField=*/true)
+          "The warning that it was dropped.", /*isField=*/true)
       .done();
 }
 

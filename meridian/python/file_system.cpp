@@ -109,8 +109,9 @@ void addFilter(py::module_& module) {
       .field("rule", &ItemDecision::rule, "The rule that decided.")
       .value([](bool isIgnored, ItemFilterRule rule) { return ItemDecision{isIgnored, rule}; }, "is_ignored"_a,
              "rule"_a,
-             "Makes a decision, for tests of what receives one. is_ignored is True if the item is not copied; rule is "
-             "the ItemFilterRule that decided. Raises TypeError for values of other types.")
+             "Makes a decision such as ItemFilter.decision() returns. is_ignored is a bool, True if the item is not "
+             "copied; "
+             "rule is the ItemFilterRule that decided. Raises TypeError for values of other types.")
       .done();
   py::class_<ItemFilter> filter(module, "ItemFilter",
                                 "Decides, item by item, what a copying application leaves out. Safe to use from "
@@ -149,10 +150,12 @@ void addFileSystem(py::module_& module) {
       .field("name", &KeptItem::name, "The last component of the path.")
       .field("kind", &KeptItem::kind, "The kind of the item itself.")
       .field("decision", &KeptItem::decision, "Whether it is copied, and why.")
-      .value([](const Text& path, const Text& name, ItemKind kind,
-                const ItemDecision& decision) { return KeptItem{path.value, name.value, kind, decision}; },
-             "path"_a, "name"_a, "kind"_a, "decision"_a,
-             "Makes an item of its members, unchecked. Raises TypeError for values of other types.")
+      .value(
+          [](const Text& path, const Text& name, ItemKind kind, const ItemDecision& decision) {
+            return KeptItem{path.value, name.value, kind, decision};
+          },
+          "path"_a, "name"_a, "kind"_a, "decision"_a,
+          "Makes an item such as walk_tree() returns; nothing is checked. Raises TypeError for values of other types.")
       .done()
       .def("__fspath__", [](const KeptItem& item) { return shown(item.path); });
   py::class_<Walk> walk(module, "TreeWalk", "An iterator over the items of a tree, made by walk_tree().",

@@ -32,9 +32,11 @@ void addClaims(py::module_& module) {
   Record<ClaimedFile>(module, "ClaimedFile", "An empty file that was created under an unused name.")
       .fact(
           "path", [](const ClaimedFile& file) { return shown(file.url.path()); }, "Its path.", /*isField=*/true)
-      .field("extension", &ClaimedFile::extension, "The extension that it was asked for as part of a set, or empty.")
+      .field("extension", &ClaimedFile::extension,
+             "The extension with which claim_consistent_files() was asked for it; else empty.")
       .value([](const Path& path, const Text& extension) { return ClaimedFile{path.url(), extension.value}; }, "path"_a,
-             "extension"_a = "", "Names a claimed file; creates nothing. Raises TypeError for values of other types.")
+             "extension"_a = "",
+             "Makes the record of a claimed file; creates nothing. Raises TypeError for values of other types.")
       .done()
       .def("__fspath__", [](const ClaimedFile& file) { return shown(file.url.path()); });
   module.attr("Claim") = py::module_::import("meridian._claim").attr("Claim");

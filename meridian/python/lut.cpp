@@ -149,8 +149,10 @@ void addLut(py::module_& module) {
   py::class_<Lut> type(module, "ParsedLutFile", py::buffer_protocol(),
                        "A LUT read from a file. It may be used from several threads at once.\n\nnumpy.asarray(lut) is "
                        "an array of its rows, float64 of shape (rows, 3), without a copy.");
-  type.def(py::init(&opened), "path"_a,
-           "Reads a LUT file written as text. Raises LutError, which says why there is none.");
+  type.def(
+      py::init(&opened), "path"_a,
+      "Reads a LUT from a text file. Raises LutError with the reason; it is a FileNotFoundError, too, if there is no "
+      "such file.");
   type.def_buffer(&rowsOf);
   type.def_property_readonly("path", [](const Lut& lut) { return shown(lut.file->file().path()); }, "Its path.");
   type.def_property_readonly(

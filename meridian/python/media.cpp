@@ -55,7 +55,7 @@ void addVideoFrameRate(py::module_& module) {
                                   "rates, the ratios; so custom(25) does not equal pal25p.");
   type.def(py::init([](const Ratio& rate) { return matchingRate(rate.value); }), "rate"_a,
            "Makes the standard rate that frames per second match, else a custom one. Fraction(24000, 1001), 23.976 and "
-           "Fraction(2997, 125) are all ntsc24p. An int, Fraction or Decimal is taken exactly, a float truncated to "
+           "Fraction(2997, 125) are all ntsc24p. An int, Fraction or Decimal is used exactly; a float is truncated to "
            "millionths unless it is whole. Raises ValueError for a number that is not finite or whose ratio leaves 64 "
            "bits.");
   type.def_static(
@@ -172,10 +172,11 @@ void addTimecode(py::module_& module) {
             return Timecode{hours, minutes, seconds, frames, isDropFrame};
           },
           "hours"_a = 0, "minutes"_a = 0, "seconds"_a = 0, "frames"_a = 0, "is_drop_frame"_a = false,
-          "Makes a timecode of its components, unchecked: frame_number() raises TimecodeError for one that labels no "
-          "frame. hours, minutes, seconds and frames, the number of the frame within its second from 0, are whole "
-          "numbers of 64 bits; is_drop_frame says whether labels are skipped, as at 29.97 frames per second. Raises "
-          "TypeError for what is not such a number.");
+          "Makes a timecode. hours, minutes, seconds and frames, which count from 0 within a second, are whole numbers "
+          "of "
+          "64 bits; is_drop_frame is True for drop-frame timecode, which 29.97 and 59.94 frames per second have. The "
+          "components are not checked: frame_number() raises TimecodeError for a timecode that labels no frame. "
+          "Raises TypeError for anything else.");
   py::class_<Timecode>& type = record.done();
   type.def("__str__", &Timecode::timecodeString);
   type.def_static(
@@ -215,10 +216,12 @@ void addTimecode(py::module_& module) {
           .c_str());
   module.def(
       "timecode_frames_per_second", [](const Rate& rate) { return timecodeFramesPerSecond(rate.value); }, "rate"_a,
-      "Returns how many frames timecode counts in a second; None for a rate that has no timecode.");
+      "Returns how many frames timecode counts in a second; None for a rate that has no timecode. Raises TimecodeError "
+      "for a number that does not fit, as frame_number() does.");
   module.def(
       "dropped_labels_per_minute", [](const Rate& rate) { return droppedLabelsPerMinute(rate.value); }, "rate"_a,
-      "Returns how many labels drop-frame timecode skips in a minute: 2 at 29.97, 4 at 59.94, else None.");
+      "Returns how many labels drop-frame timecode skips in a minute: 2 at 29.97, 4 at 59.94, else None. Raises "
+      "TimecodeError for a number that does not fit, as frame_number() does.");
 }
 
 void addContainers(py::module_& module) {
@@ -272,10 +275,10 @@ void addMedia(py::module_& module) {
   Record<Size>(module, "Size", "A width and a height, in pixels unless a function says otherwise.")
       .field("width", &Size::width, "The width.")
       .field("height", &Size::height, "The height.")
-      .value(
-          [](double width, double height) { return Size{width, height}; }, "width"_a, "height"_a,
-          "Makes a size of two numbers, kept as given: negative and infinite ones, too. Raises TypeError for what is "
-          "not a number.")
+      .value([](double width, double height) { return Size{width, height}; }, "width"_a, "height"_a,
+             "Makes a size. width and height are numbers, in pixels unless a function says otherwise, and kept as "
+             "given, even "
+             "negative or infinite. Raises TypeError for a value that is not a number.")
       .done();
   Record<RgbColor> color(module, "RgbColor", "A colour as three code values, 0 to 255.");
   color.field("red", &RgbColor::red, "From 0 to 255.")
@@ -284,7 +287,8 @@ void addMedia(py::module_& module) {
       .fact("text", &RgbColor::text, "The form in which colours are stored: \"255,128,0\".")
       .value([](std::uint8_t red, std::uint8_t green, std::uint8_t blue) { return RgbColor{red, green, blue}; },
              "red"_a, "green"_a, "blue"_a,
-             "Makes a colour of three code values, whole numbers from 0 to 255. Raises TypeError for any other.");
+             "Makes a colour. red, green and blue are code values, whole numbers from 0 to 255. Raises TypeError for "
+             "anything else.");
   color.done().def_static(
       "from_text", [](const Text& text) { return RgbColor::fromText(text.value); }, "text"_a,
       "Returns the colour of \"255,128,0\", \"#ff8000\" or \"#f80\"; None for any other text.");

@@ -1,5 +1,6 @@
 #include "meridian/python/properties.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -219,11 +220,26 @@ void setProperty(TranscodeCliArguments& arguments, const TranscodeProperty& prop
 /// Returns whether a property always has a value.
 bool isSwitch(const TranscodeProperty& property) { return property.kind == PropertyKind::onOff; }
 
+/// Returns a text of the list with the names of properties as Python has them.
+std::string withPythonNames(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of(" ,.;:"), text.size() - 1) + 1;
+    const std::string_view word = text.substr(0, text.find_first_of(" ,.;:"));
+    const bool isName =
+        std::ranges::find(transcodeProperties, word, &TranscodeProperty::name) != transcodeProperties.end();
+    result += isName ? snakeCase(word) : std::string(word);
+    result.append(text.substr(word.size(), end - word.size()));
+    text.remove_prefix(end);
+  }
+  return result;
+}
+
 std::string docOf(const TranscodeProperty& property) {
-  std::string doc(property.meaning);
+  std::string doc = withPythonNames(property.meaning);
   doc += ".";
   if (!property.unit.empty()) doc.append(" In ").append(property.unit).append(".");
-  doc.append("\n\nIf absent: ").append(property.whenAbsent);
+  doc.append("\n\nIf absent: ").append(withPythonNames(property.whenAbsent));
   doc.append(". For example \"").append(property.example).append("\" as text.");
   doc += " Setting None removes it. Raises PropertyError for a value that no command line can carry, and TypeError.";
   return doc;
@@ -253,9 +269,13 @@ void addList(py::module_& module) {
           "The flag that stores the property, or the flags that make it up.", /*isField=*/true)
       .field("kind", &TranscodeProperty::kind, "How the value is written as text.")
       .field("unit", &TranscodeProperty::unit, "The unit of a number or size; empty if it has none.")
-      .field("whenAbsent", &TranscodeProperty::whenAbsent, "What happens without the property.")
+      .fact(
+          "whenAbsent", [](const TranscodeProperty& property) { return withPythonNames(property.whenAbsent); },
+          "What happens without the property.", /*isField=*/true)
       .field("example", &TranscodeProperty::example, "A valid value, as text.")
-      .field("meaning", &TranscodeProperty::meaning, "What the property does, as an imperative line.")
+      .fact(
+          "meaning", [](const TranscodeProperty& property) { return withPythonNames(property.meaning); },
+          "What the property does, as an imperative line.", /*isField=*/true)
       .fact("isJoint", &TranscodeProperty::isJoint, "Whether several or numbered flags make it up.")
       .fact(
           "annotation",

@@ -5,6 +5,7 @@ import enum
 import json
 import os
 import pickle
+import re
 import sys
 import unittest.mock
 from fractions import Fraction
@@ -58,6 +59,7 @@ def test_every_property_is_set_read_and_removed_by_attribute_and_by_name(propert
             setattr(by_value, property.name, wrong)
     doc = getattr(Arguments, property.name).__doc__
     assert property.meaning in doc and property.unit in doc and property.when_absent in doc
+    assert not re.search("[a-z][A-Z]", property.meaning + property.when_absent)
     assert pickle.loads(pickle.dumps(property)) == property
 
 

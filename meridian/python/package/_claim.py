@@ -17,7 +17,8 @@ class Claim:
     """
 
     def __init__(self, files: list[ClaimedFile]) -> None:
-        """Holds files that claim_file() and its siblings created. Those that do not exist are never removed."""
+        """Makes the claim of files that exist, as claim_file() and its siblings do. A missing file is not an error, and is
+        never removed."""
         self._files = files
         # The working directory may change meanwhile.
         self._places = [os.path.abspath(file.path) for file in files]
