@@ -225,8 +225,7 @@ void OpenImageIoFile::changeCopy(const Change& change, std::span<Sample> samples
     }
   };
   forEach([&](Color& color, const Sample& sample) { color = colorOf(sample); });
-  CodeValueFormat format(ImageView<Color>::sampleBits);
-  if constexpr (ImageView<Color>::hasCodeValues) format.bitDepth = bits_;
+  const CodeValueFormat format(ImageView<Color>::hasCodeValues ? bits_ : ImageView<Color>::sampleBits);
   change(ImageView<Color>::packed(ImageLayout::planarRgb, colors.data(), width(), pixels / width(), format));
   forEach([&](const Color& color, Sample& sample) { sample = sampleOf(color); });
 }
