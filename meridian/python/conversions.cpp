@@ -172,14 +172,15 @@ TextDictionary textDictionaryOf(const py::object& mapping) {
 
 std::string shortRepr(py::handle object) {
   constexpr std::size_t mostShown = 60;
-  std::string text;
   try {
-    text = py::str(py::repr(object));
+    // Cut by characters, since a part of one is not valid UTF-8.
+    const py::str whole = py::repr(object);
+    if (py::len(whole) <= mostShown) return whole;
+    return std::string(py::str(whole[py::slice(0, mostShown, 1)])) + "...";
   } catch (py::error_already_set&) {
     // An int of thousands of digits has none.
-    text = Py_TYPE(object.ptr())->tp_name;
+    return Py_TYPE(object.ptr())->tp_name;
   }
-  return text.size() <= mostShown ? text : text.substr(0, mostShown) + "...";
 }
 
 void failWithType(std::string_view what, std::string_view expected, py::handle found) {

@@ -144,7 +144,7 @@ inline TextType textType;
 
 /// Returns a dict in the dictionary's order.
 [[nodiscard]] py::dict dictOf(const TextDictionary& dictionary);
-/// Returns a dict of a mapping's items that nobody else refers to; throws TypeError.
+/// Returns a new dict with a mapping's items; throws TypeError if it is not a mapping.
 [[nodiscard]] py::dict copiedDict(const py::object& mapping);
 /// Returns the number of an int or of what is used as one, but not of a bool; absent for another type. Throws
 /// OverflowError for a number beyond 64 bits.

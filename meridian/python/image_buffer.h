@@ -69,7 +69,7 @@ class ImageBuffer {
  private:
   /// Where the samples of one channel are, with strides of 0 and more: lines of samples, whose order does not matter.
   struct Plane {
-    /// One of the two ways to step through it: with the largest stride where there is no step.
+    /// The samples along one axis, and the distance between them in bytes: the largest number if there is only one.
     struct Axis {
       std::ptrdiff_t stride;
       std::ptrdiff_t count;

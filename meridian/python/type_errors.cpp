@@ -1,5 +1,9 @@
 // One line for arguments of the wrong types, with their types instead of their contents: pybind11 prints several lines
 // and every argument in full, even a whole argument vector.
+#include <algorithm>
+#include <string>
+#include <string_view>
+
 #include "meridian/python/module.h"
 
 namespace meridian::inline v0_2::python {

@@ -73,7 +73,7 @@ void makeEnumeration() {
   std::vector<py::object> members;
   for (const py::handle row : rows) members.push_back(made.attr(row[py::int_(0)]));
   if (EnumerationClass<E>::extend != nullptr) EnumerationClass<E>::extend(made);
-  // Any code of Python may have let another thread make it first. Below there is none.
+  // Python code ran above, so another thread may have made the enumeration meanwhile. No Python code runs below.
   if (!PythonEnumeration<E>::members.empty()) return;
   std::vector<PyObject*> kept(members.size());
   std::ranges::transform(members, kept.begin(), [](py::object& member) { return member.release().ptr(); });

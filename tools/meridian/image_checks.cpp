@@ -34,7 +34,7 @@ std::optional<TypeDesc> workingType(const ImageSpec& spec) {
     case TypeDesc::UINT16:
       return spec.format;
     case TypeDesc::HALF:
-      // Also the type of a file with channels of both types, if its first one is half.
+      // A file with channels of both types may state half, too.
       return spec.channelformats.empty() ? spec.format : TypeDesc(TypeDesc::FLOAT);
     case TypeDesc::FLOAT:
       return spec.format;

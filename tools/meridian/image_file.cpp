@@ -295,7 +295,9 @@ OpenImageIoFile::OpenImageIoFile(const std::string& path, const std::optional<st
 void OpenImageIoFile::convert(const Output& output, const Change& change, const Progress& progress) {
   allocate();
   const std::size_t step = spec_.tile_width > 0 ? height() : stepRows;
-  const auto policy = OIIO::get_int_attribute("threads") > 1 ? std::launch::async : std::launch::deferred;
+  // With both, rows are read by the thread that waits for them if the system has no further thread.
+  const auto policy =
+      OIIO::get_int_attribute("threads") > 1 ? std::launch::async | std::launch::deferred : std::launch::deferred;
   const auto countFrom = [this, step](std::size_t first) { return std::min(step, height() - first); };
   const auto readAhead = [&](std::size_t first) {
     return std::async(policy, [this, first, count = countFrom(first)] { readRows(first, count); });

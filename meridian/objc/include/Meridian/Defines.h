@@ -90,7 +90,7 @@ NS_ASSUME_NONNULL_BEGIN
 /* Blocks are called while the method lasts, and are neither copied nor kept. For compilers without blocks each such
    method has a sibling that calls a function with the caller's context. Where there are no blocks, the block's type is
    that of any object, so that a block from elsewhere can be handed on. The behaviour is undefined if the
-   object is no block. */
+   object is not a block. */
 #ifdef __BLOCKS__
 /** Receives a text, and may set `stop` to end the enumeration. */
 typedef void (^MeridianTextBlock)(NSString* text, BOOL* stop);
