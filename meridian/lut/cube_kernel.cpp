@@ -42,6 +42,11 @@ float roundedUp(double number) noexcept {
 
 float roundedDown(double number) noexcept { return -roundedUp(-number); }
 
+/// Returns by how many bits `rescaledCodeValue` shifts a code value to the left.
+int shiftBetween(std::int64_t from, std::int64_t to) noexcept {
+  return from > 0 && to > 0 ? static_cast<int>(to - from) : 0;
+}
+
 }  // namespace
 
 CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<ImageFormats>& imageFormats)
@@ -63,14 +68,14 @@ void CubeKernel::prepareCodeValues() {
              .divisor = source.white() - source.black(),
              .unit = definition.unit()};
   } else if (definition.integerDepth) {
-    const auto shiftLeft = static_cast<int>(*definition.integerDepth - formats->source.bitDepth);
+    const auto shiftLeft = shiftBetween(formats->source.bitDepth, *definition.integerDepth);
     input = {.shiftRight = std::max(-shiftLeft, 0), .factor = std::ldexp(1.0, std::max(shiftLeft, 0))};
   } else {
     input = {.divisor = formats->source.white()};
   }
   const CodeValueFormat& destination = formats->destination;
   resultScale = definition.resultScale(*formats);
-  shift = static_cast<int>(std::clamp<std::int64_t>(destination.bitDepth - definition.resultDepth(*formats), -31, 31));
+  shift = std::clamp(shiftBetween(definition.resultDepth(*formats), destination.bitDepth), -31, 31);
   lowest = static_cast<std::int32_t>(destination.lowest());
   highest = static_cast<std::int32_t>(destination.highest());
   // Just enough to exceed the limit after the shift.

@@ -21,8 +21,10 @@ std::array<AxisRule, 3> axesOfCodeValues(double largest) noexcept {
   return {axis, axis, axis};
 }
 
-/// Returns the largest code value of a depth as a number, for a depth of 64 bits as well.
+/// Returns the largest code value of a depth as a number, for a depth of 64 bits as well; 1 for that of 0 bits, which a
+/// cube has whose highest value is just below 2.
 double largestOfDepth(std::int64_t depth) noexcept {
+  if (depth == 0) return 1;
   const std::uint64_t largest = largestCodeValue(depth);
   return largest == 0 ? beyondUnsignedRange : static_cast<double>(largest);
 }

@@ -1,6 +1,7 @@
 #include "meridian/lut/parsed_lut_factory.h"
 
 #include <bit>
+#include <cmath>
 #include <span>
 #include <string>
 #include <utility>
@@ -77,10 +78,10 @@ Parsing cubeOf(const Url& file, const GenericTextLutInterpreter& lines,
   const DecimalNumber& maximum = *lines.explicitMaxValue();
   const auto cube =
       std::make_shared<const LutCube>(rows, lines.explicitMinValue()->doubleValue(), maximum.doubleValue());
-  // The float is compared with the integer of the file's own text, so that a maximum which is whole only by rounding,
-  // or larger than 64 bits, means floating point.
+  // A maximum that only becomes whole as a 32-bit float means code values, deliberately: 1022.99999 does. Its depth is
+  // still that of the integer in the file. One beyond 64 bits means floating point.
   const auto largest = static_cast<float>(maximum.doubleValue());
-  const bool hasCodeValues = largest > 1.0F && largest == static_cast<float>(maximum.integerValue());
+  const bool hasCodeValues = largest > 1.0F && largest <= 0x1p63F && std::trunc(largest) == largest;
   if (!hasCodeValues) {
     return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile>(file, lines.declaredDomain(),
                                                                                        rows, cube);

@@ -106,7 +106,7 @@ TEST(ImageLut, TheDeclaredDomainIsWhatTheFileSaysOrAllValues) {
   EXPECT_EQ(at(*test::cubeFile(dark), {}), (LutColor{0.25, 0.5, 0.5}));          // the axes end at 0.5
   EXPECT_EQ(at(*test::cubeFile(dark), declared), (LutColor{0.125, 0.25, 0.5}));  // at 1
   const LutDeclaredDomain quarter{{0, 0, 0}, {0.25, 2, 1}, true};
-  EXPECT_EQ(at(*test::cubeFile(dark, 0, quarter), declared), (LutColor{0.5, 0.125, 0.5}));
+  EXPECT_EQ(at(*test::cubeFile(dark, {}, quarter), declared), (LutColor{0.5, 0.125, 0.5}));
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ TEST(LutDescription, SaysWhatEachKindOfFileHolds) {
                               .lowValue = 0,
                               .highValue = 1,
                               .declaredDomain = domain};
-  EXPECT_EQ(describe(*test::cubeFile(identity, 0, domain)), floats);
+  EXPECT_EQ(describe(*test::cubeFile(identity, {}, domain)), floats);
 
   auto codes = test::cubeColors(5, [](double r, double g, double b) { return scaled(r, g, b, 1023); });
   codes.resize(120);  // of 125: the cube fills what is missing

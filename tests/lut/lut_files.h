@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <string_view>
@@ -57,12 +58,13 @@ std::vector<LutColor> cubeColors(int faceSize, const Function& function) {
 }
 
 /// Returns a file of a cube: of code values if a depth is given.
-inline std::unique_ptr<const ParsedLutFile> cubeFile(const std::vector<LutColor>& colors, int integerDepth = 0,
+inline std::unique_ptr<const ParsedLutFile> cubeFile(const std::vector<LutColor>& colors,
+                                                     std::optional<int> integerDepth = {},
                                                      const LutDeclaredDomain& domain = {}) {
   const Url url = Url::fromFilePath("/made.cube");
-  if (integerDepth > 0) {
+  if (integerDepth) {
     return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalIntegerFile>(url, domain, rowsOf(colors),
-                                                                                 cubeOf(colors), integerDepth);
+                                                                                 cubeOf(colors), *integerDepth);
   }
   return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile>(url, domain, rowsOf(colors),
                                                                                      cubeOf(colors));

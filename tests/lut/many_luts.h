@@ -100,9 +100,10 @@ inline std::vector<NamedLut> manyLuts() {
     add("integer noise " + std::to_string(depth), cubeFile(cubeColors(4, noise(0, most)), depth));
   }
   add("integers up to a power of two", cubeFile(cubeColors(9, scaled(identity, 1024, true)), 10));
+  add("integers up to nearly 2", cubeFile(cubeColors(5, noise(0, 1.99999999)), 0));
   add("flat integers", cubeFile(cubeColors(5, constant(1023)), 10));
   LutDeclaredDomain domain{{-0.25, 0, 0.1}, {1.5, 0.5, 1.0}, true};
-  add("with a domain", cubeFile(cubeColors(17, look), 0, domain));
+  add("with a domain", cubeFile(cubeColors(17, look), {}, domain));
   domain = {{0, 16, 64}, {1023, 900, 940}, true};
   add("integers with a domain", cubeFile(cubeColors(9, scaled(look, 1023, true)), 10, domain));
 

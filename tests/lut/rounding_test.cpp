@@ -44,7 +44,7 @@ std::unique_ptr<const ParsedLutFile> identityCube(int faceSize, int integerDepth
                                            if (order == LutAxisOrder::redFastest) std::swap(slowest, fastest);
                                            return LutColor{written(slowest), written(middle), written(fastest)};
                                          }),
-                        integerDepth);
+                        integerDepth > 0 ? std::optional(integerDepth) : std::nullopt);
 }
 
 TEST(Rounding, AnIdentityChangesNoCodeValueAtAnyDepth) {
