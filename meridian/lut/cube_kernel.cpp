@@ -12,16 +12,14 @@ namespace {
 /// The largest relative error of one rounding to single precision.
 constexpr double roundingError = 0x1p-24;
 
+constexpr std::uint64_t mantissaBits = 0x000FFFFFFFFFFFFF;
+
 /// Returns the largest error of rounding to single precision a number of at most the first power of two from this
 /// magnitude on.
 double roundingErrorUpTo(double magnitude) noexcept {
-  if (magnitude == 0) return 0;
-  int exponent = 0;
-  const double mantissa = std::frexp(magnitude, &exponent);
-  return std::ldexp(roundingError, mantissa == 0.5 ? exponent - 2 : exponent - 1);
+  const std::uint64_t bits = std::bit_cast<std::uint64_t>(magnitude) + mantissaBits;
+  return std::bit_cast<double>(bits & ~mantissaBits) * (roundingError / 2);
 }
-
-constexpr std::uint64_t mantissaBits = 0x000FFFFFFFFFFFFF;
 
 constexpr std::array channelValues{&LutColor::red, &LutColor::green, &LutColor::blue};
 
@@ -160,9 +158,9 @@ void CubeKernel::prepareLattice() {
     return;
   }
   fillLattice();
-  errorBound = boundOfErrors(lowestResult, highestResult, steepest);
-  constexpr double tooWide = 0.125;  // a quarter of all results would be uncertain
-  filterApplies = filterApplies && (!formats || errorBound <= tooWide);
+  if (!formats) return;  // floating-point results are used as they are
+  definitionError_ = 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult) + steepest * lastPoint);
+  storeBounds();
 }
 
 void CubeKernel::fillLattice() {
@@ -178,25 +176,25 @@ void CubeKernel::fillLattice() {
         const LutColor& point =
             colors[red * definition.strides.red + green * definition.strides.green + blue * definition.strides.blue];
         const bool beginsCell = std::max({red, green, blue}) + 1 < face;
-        float mark = leastMark;
-        float bit = 0x1p-4F;
+        std::uint32_t mark = 0;
+        std::uint32_t bit = 1;
         for (const auto value : channelValues) {
           *entry = static_cast<float>(toResult(point.*value) - center);
-          if (beginsCell && isFlat(point, value, *entry)) mark += bit;
+          if (beginsCell && isFlat(point, value, *entry)) mark |= bit;
           ++entry;
           bit *= 2;
         }
-        *entry++ = mark;
+        *entry++ = std::bit_cast<float>(mark);
       }
     }
   }
 }
 
-/// Returns a bound on the error of every result, for each channel: the stored points are rounded once; then each of
-/// three blends rounds a difference of neighbours and a sum, and carries the fraction's error. What the definition
-/// itself rounds in double precision is far below.
-float CubeKernel::boundOfErrors(double lowestResult, double highestResult, double steepest) const noexcept {
-  const double largest = std::max(highestResult - center, center - lowestResult);
+/// Returns a bound on the error of every result in a cell: the stored points are rounded once; then each of three
+/// blends rounds a difference of neighbours and a sum, and carries the fraction's error. `largest` is the largest
+/// magnitude of the cell's points, `steepest` the largest difference along its edges, which no difference of blends
+/// exceeds, since it is a blend of such differences.
+double CubeKernel::boundOfErrors(double largest, double steepest) const noexcept {
   const double storedError = roundingErrorUpTo(largest);
   const double stepError = roundingErrorUpTo(1.5 * steepest + 16 * storedError) + fractionError_ * steepest;
   // No point is beyond the power of two that `largest` is or is followed by, and a blend exceeds it by the step's error
@@ -204,8 +202,81 @@ float CubeKernel::boundOfErrors(double lowestResult, double highestResult, doubl
   // two, nearer to the true sum. Tetrahedral blends go on from sums that have an error already.
   const bool endsAtPower = definition.interpolation == LutInterpolation::trilinear && stepError <= 2 * storedError;
   const double sumError = endsAtPower ? storedError : roundingErrorUpTo(1.01 * largest + 8 * stepError);
-  const double definitionError = 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult) + steepest * lastPoint);
-  return roundedUp((storedError + 3 * (sumError + stepError)) * 1.01 + definitionError);
+  return (storedError + 3 * (sumError + stepError)) * 1.01 + definitionError_;
+}
+
+/// Returns the bound of the cell above each point; 0 for points that begin no cell.
+std::vector<float> CubeKernel::boundsOfCells() const {
+  const auto face = static_cast<std::size_t>(definition.faceSize);
+  std::vector<float> bounds(face * face * face);
+  /// Four points with the same place on the blue axis.
+  struct Side {
+    std::array<std::array<float, 3>, 4> points;
+    float largest = 0;
+    float steepest = 0;
+  };
+  static constexpr std::array<std::pair<std::size_t, std::size_t>, 4> edges{{{0, 1}, {0, 2}, {1, 3}, {2, 3}}};
+  const auto sideAt = [this](const float* point) {
+    Side side;
+    const std::array corners{point, point + greenStride, point + redStride, point + redStride + greenStride};
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+      for (std::size_t corner = 0; corner < 4; ++corner) {
+        side.points[corner][channel] = corners[corner][channel];
+        side.largest = std::max(side.largest, std::fabs(corners[corner][channel]));
+      }
+      for (const auto& [one, other] : edges) {
+        side.steepest = std::max(side.steepest, std::fabs(corners[other][channel] - corners[one][channel]));
+      }
+    }
+    return side;
+  };
+  for (std::size_t red = 0; red + 1 < face; ++red) {
+    for (std::size_t green = 0; green + 1 < face; ++green) {
+      const float* const row = lattice.data() + red * redStride + green * greenStride;
+      float* const into = bounds.data() + (red * face + green) * face;
+      Side lower = sideAt(row);
+      for (std::size_t blue = 0; blue + 1 < face; ++blue) {
+        const Side upper = sideAt(row + (blue + 1) * 4);
+        float steepest = std::max(lower.steepest, upper.steepest);
+        for (std::size_t corner = 0; corner < 4; ++corner) {
+          for (std::size_t channel = 0; channel < 3; ++channel) {
+            steepest = std::max(steepest, std::fabs(upper.points[corner][channel] - lower.points[corner][channel]));
+          }
+        }
+        // What is stored is rounded, and so are the differences.
+        const double largest = std::max(lower.largest, upper.largest) * (1 + 0x1p-22);
+        into[blue] = roundedUp(boundOfErrors(largest, steepest * (1 + 0x1p-22) + 2 * roundingErrorUpTo(largest)));
+        lower = upper;
+      }
+    }
+  }
+  return bounds;
+}
+
+/// Stores at each point the largest bound of the cells around it, which covers a place that the definition puts into
+/// the next cell as well.
+void CubeKernel::storeBounds() {
+  const auto face = static_cast<std::size_t>(definition.faceSize);
+  std::vector<float> bounds = boundsOfCells();
+  // What blending the bounds themselves may lose: a fraction's error, also beyond the cell, and the roundings.
+  const double lost = (16 * fractionError_ + 0x1p-20) * std::ranges::max(bounds);
+  double sum = 0;
+  for (const float bound : bounds) sum += std::min(bound + lost, 0.5);
+  const auto cells = static_cast<double>((face - 1) * (face - 1) * (face - 1));
+  constexpr double tooWide = 0.125;  // a quarter of all results would be uncertain
+  filterApplies = filterApplies && sum / cells <= tooWide;
+
+  for (const std::size_t stride : {std::size_t{1}, face, face * face}) {
+    for (std::size_t place = bounds.size(); place-- > stride;) {
+      // At the beginning of an axis this is the end of another row, where there is no cell and thus no bound.
+      bounds[place] = std::max(bounds[place], bounds[place - stride]);
+    }
+  }
+  for (std::size_t place = 0; place < bounds.size(); ++place) {
+    float& mark = lattice[place * 4 + 3];
+    const auto flat = std::bit_cast<std::uint32_t>(mark);
+    mark = std::bit_cast<float>(((std::bit_cast<std::uint32_t>(roundedUp(bounds[place] + lost)) + 7) & ~7U) | flat);
+  }
 }
 
 /// Returns whether blends of points with this value yield exactly the value, by the definition's arithmetic. Trilinear

@@ -3,16 +3,21 @@
 ///
 /// The method is that of exact geometric predicates (J. R. Shewchuk, "Adaptive Precision Floating-Point Arithmetic and
 /// Fast Robust Geometric Predicates", 1997; CGAL calls it a filtered kernel): single precision computes each result
-/// together with a bound on its error that holds for the whole cube. Results are truncated to integers, so an error
-/// only matters where an integer lies within the bound of a result. Such results are uncertain; for them alone the
-/// definition in double precision is evaluated, operation by operation. All results are thus those of the definition,
-/// at nearly the speed of single precision.
+/// together with a bound on its error. Results are truncated to integers, so an error only matters where an integer
+/// lies within the bound of a result. Such results are uncertain; for them alone the definition in double precision is
+/// evaluated, operation by operation. All results are thus those of the definition, at nearly the speed of single
+/// precision.
+///
+/// The bound is that of the cell that a pixel is in, since few cells of a real cube are as steep as its steepest. Each
+/// point holds the largest bound of the cells around it, and the bounds are blended like a fourth channel: a blend of
+/// numbers that are all at least the cell's bound is so too.
 ///
 /// Clipped black and white would be uncertain all over, because their results are integers. Cells that hold one steady
 /// value at all their points are therefore marked as flat, and results within them are certain.
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -73,19 +78,16 @@ class CubeKernel {
   std::size_t redStride = 0;
   std::size_t greenStride = 0;
   /// Red, green, blue and a mark for each point, blue running fastest. Values are scaled as results are truncated, less
-  /// `center`, which makes them small and thus precise. The mark says which channels are flat in the cell above the
-  /// point: have a value at all its points that the definition's own arithmetic returns unchanged. As a number the mark
-  /// is never uncertain itself.
+  /// `center`, which makes them small and thus precise. The mark is a bound on the errors of code values in the cells
+  /// around the point. Its lowest bits say which channels are flat in the cell above the point: have a value at all its
+  /// points that the definition's own arithmetic returns unchanged.
   std::vector<float, AlignedAllocator<float, 64>> lattice;
   std::int32_t center = 0;
-  float errorBound = 0;
   /// Nearer than this to a cell's border, a place may be in the next cell by the definition.
   float flatMargin = 0;
 
   /// Returns the channels that a mark calls flat: red 1, green 2, blue 4.
-  [[nodiscard]] static unsigned flatChannels(float mark) noexcept {
-    return static_cast<unsigned>((mark - leastMark) * 16);
-  }
+  [[nodiscard]] static unsigned flatChannels(float mark) noexcept { return std::bit_cast<std::uint32_t>(mark) & 7U; }
 
   /// How numbers on the cube's scale are truncated: scaled, clamped to `limitBefore`, shifted to the left (to the right
   /// if negative), and clamped to `lowest` and `highest`.
@@ -96,7 +98,6 @@ class CubeKernel {
   std::int32_t highest = 0;
 
  private:
-  static constexpr float leastMark = 0.25F;
   [[nodiscard]] bool isSteady(double value) const noexcept;
   [[nodiscard]] bool isFlat(const LutColor& point, double LutColor::* value, float stored) const noexcept;
 
@@ -106,10 +107,14 @@ class CubeKernel {
   void prepareAxes();
   void prepareLattice();
   void fillLattice();
-  [[nodiscard]] float boundOfErrors(double lowestResult, double highestResult, double steepest) const noexcept;
+  [[nodiscard]] std::vector<float> boundsOfCells() const;
+  void storeBounds();
+  [[nodiscard]] double boundOfErrors(double largest, double steepest) const noexcept;
 
   /// The largest error of a fraction.
   double fractionError_ = 0;
+  /// A bound on what the definition itself rounds in double precision.
+  double definitionError_ = 0;
 };
 
 /// The source and the destination of some rows of pixels.

@@ -2,10 +2,10 @@
 /// The second half of the floating-point filter: colours in single precision, and which of their code values are
 /// uncertain.
 ///
-/// Every result is within CubeKernel::errorBound of the definition's. Truncating both gives the same integer unless an
-/// integer lies between them, so a result is certain if its distance from the nearest integer is at least the bound.
-/// That distance is exact: the nearest integer is found by adding and subtracting 1.5 * 2^23, which leaves no bits for
-/// fractions, and the difference of two numbers this close is exact (Sterbenz).
+/// Every result is within a bound of the definition's that is blended with it (see CubeKernel). Truncating both gives
+/// the same integer unless an integer lies between them, so a result is certain if its distance from the nearest
+/// integer is at least the bound. That distance is exact: the nearest integer is found by adding and subtracting 1.5 *
+/// 2^23, which leaves no bits for fractions, and the difference of two numbers this close is exact (Sterbenz).
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_
 #undef MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_
@@ -145,7 +145,8 @@ enum class Truncation : std::uint8_t {
 };
 
 /// Truncates the colours of a block to code values of the destination, four each. Marks the uncertain ones: four bits
-/// for each pixel, 16 pixels to a word. A result of about 0 or below is clamped, so it is certain.
+/// for each pixel, of which the last says nothing, 16 pixels to a word. A result that is certainly below 1 is certain:
+/// it becomes 0.
 template <Truncation truncation>
 HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, std::size_t count, std::uint16_t* codes,
                                std::uint64_t* uncertain) {
@@ -155,8 +156,7 @@ HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, st
   // The sum with this has the nearest integer in its lowest bits.
   constexpr float toInteger = 0x1.8p23F;
   const auto magic = hn::Set(d, toInteger);
-  const auto bound = hn::Set(d, kernel.errorBound);
-  const auto zero = hn::Set(d, toInteger - static_cast<float>(kernel.center));
+  const auto one = hn::Set(d, static_cast<float>(1 - kernel.center));
   const auto offset = hn::Set(di, kernel.center - std::bit_cast<std::int32_t>(toInteger));
   const auto limitBefore = hn::Set(di, kernel.limitBefore);
   const auto lowest = hn::Set(dc, static_cast<std::uint16_t>(kernel.lowest));
@@ -169,7 +169,8 @@ HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, st
     const auto color = hn::Load(d, colors + i);
     const auto sum = hn::Add(color, magic);
     const auto difference = hn::Sub(color, hn::Sub(sum, magic));  // from the nearest integer, exact
-    const auto isUncertain = hn::And(hn::Lt(hn::Abs(difference), bound), hn::Gt(sum, zero));
+    const auto bound = hn::Broadcast<3>(color);
+    const auto isUncertain = hn::And(hn::Lt(hn::Abs(difference), bound), hn::Ge(hn::Add(color, bound), one));
     alignas(8) std::uint8_t bits[8] = {};
     hn::StoreMaskBits(d, isUncertain, bits);
     std::uint16_t word = 0;
@@ -214,11 +215,12 @@ HWY_INLINE void forEachUncertainPixel(const CubeKernel& kernel, const Places& pl
                                       const std::uint64_t* uncertain, const Report& report) {
   const float* const marks = kernel.lattice.data() + 3;
   for (std::size_t word = 0; word < (count + 15) / 16; ++word) {
-    for (std::uint64_t left = uncertain[word]; left != 0;) {
+    constexpr std::uint64_t channelsOfEach = 0x7777777777777777;
+    for (std::uint64_t left = uncertain[word] & channelsOfEach; left != 0;) {
       const auto shift = static_cast<unsigned>(std::countr_zero(left)) & ~3U;
       const std::size_t pixel = word * 16 + shift / 4;
-      const auto channels = static_cast<unsigned>(left >> shift) & 15U;
-      left &= ~(std::uint64_t{15} << shift);
+      const auto channels = static_cast<unsigned>(left >> shift) & 7U;
+      left &= ~(std::uint64_t{7} << shift);
       const bool isFlat = (channels & ~CubeKernel::flatChannels(marks[places.cell[pixel]])) == 0;
       if (!isFlat || !isWithinCell(kernel, places, pixel)) report(pixel);
     }
