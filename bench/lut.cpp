@@ -13,6 +13,8 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "bench/allocations.h"
@@ -30,14 +32,56 @@ namespace {
 constexpr std::size_t width = 3840;
 constexpr std::size_t height = 2160;
 
-/// A look as colourists make them: more contrast and saturation, a warm cast, black and white clipped.
-LutColor look(double red, double green, double blue) {
+/// The cubes that are measured.
+enum class Look : std::uint8_t {
+  soft,             ///< as colourists make them: more contrast and saturation, a warm cast, black and white clipped
+  steep,            ///< from a camera's logarithmic curve to a display, which is steep in the lights
+  nearlyIdentical,  ///< compresses the most saturated colours and leaves all others
+};
+
+LutColor soft(double red, double green, double blue) {
   const double luma = 0.2126 * red + 0.7152 * green + 0.0722 * blue;
   const auto graded = [luma](double value, double gain) {
     const double saturated = luma + (value - luma) * 1.15;
     return std::pow(std::clamp(saturated * gain - 0.02, 0.0, 1.0), 0.92);
   };
   return {graded(red, 1.04), graded(green, 1.0), graded(blue, 0.97)};
+}
+
+LutColor steep(double red, double green, double blue) {
+  // Eight stops below grey to six above it; then a wider gamut's matrix, a shoulder and the display's gamma.
+  const auto linear = [](double value) { return 0.18 * std::exp2(value * 14 - 8); };
+  const double r = linear(red);
+  const double g = linear(green);
+  const double b = linear(blue);
+  const auto display = [](double value) {
+    const double toned = std::max(value, 0.0) * 1.25 / (1 + 0.25 * std::max(value, 0.0));
+    return std::pow(std::min(toned, 1.0), 1 / 2.4);
+  };
+  return {display(1.66 * r - 0.59 * g - 0.07 * b), display(-0.12 * r + 1.13 * g - 0.01 * b),
+          display(-0.02 * r - 0.10 * g + 1.12 * b)};
+}
+
+LutColor nearlyIdentical(double red, double green, double blue) {
+  const double most = std::max({red, green, blue});
+  const auto compressed = [most](double value) {
+    const double distance = most > 0 ? (most - value) / most : 0;
+    constexpr double begins = 0.8;
+    return distance <= begins ? value : most * (1 - (begins + (distance - begins) * 0.6));
+  };
+  return {compressed(red), compressed(green), compressed(blue)};
+}
+
+LutColor colorOf(Look look, double red, double green, double blue) {
+  switch (look) {
+    case Look::soft:
+      return soft(red, green, blue);
+    case Look::steep:
+      return steep(red, green, blue);
+    case Look::nearlyIdentical:
+      return nearlyIdentical(red, green, blue);
+  }
+  return {};
 }
 
 /// A file in a directory of its own, which is removed with it.
@@ -65,14 +109,14 @@ class TemporaryFile {
 /// A cube file with six decimals.
 class CubeFile {
  public:
-  explicit CubeFile(int faceSize) {
+  CubeFile(Look look, int faceSize) {
     std::string text = "TITLE \"look\"\nLUT_3D_SIZE " + std::to_string(faceSize) +
                        "\nDOMAIN_MIN 0.0 0.0 0.0\nDOMAIN_MAX 1.0 1.0 1.0\n";
     const double last = faceSize - 1;
     for (int first = 0; first < faceSize; ++first) {
       for (int second = 0; second < faceSize; ++second) {
         for (int third = 0; third < faceSize; ++third) {
-          const LutColor color = look(third / last, second / last, first / last);
+          const LutColor color = colorOf(look, third / last, second / last, first / last);
           text += fixedDecimalText(color.red, 6) + ' ' + fixedDecimalText(color.green, 6) + ' ' +
                   fixedDecimalText(color.blue, 6) + '\n';
         }
@@ -87,13 +131,13 @@ class CubeFile {
   TemporaryFile file_{"look.cube"};
 };
 
-const std::string& cubePath(int faceSize) {
-  static std::map<int, CubeFile> files;
-  return files.try_emplace(faceSize, faceSize).first->second.path();
+const std::string& cubePath(Look look, int faceSize) {
+  static std::map<std::pair<Look, int>, CubeFile> files;
+  return files.try_emplace({look, faceSize}, look, faceSize).first->second.path();
 }
 
-std::unique_ptr<const ParsedLutFile> cube(int faceSize) {
-  auto file = ParsedLutFactory::parsing(Url::fromFilePath(cubePath(faceSize)));
+std::unique_ptr<const ParsedLutFile> cube(Look look, int faceSize) {
+  auto file = ParsedLutFactory::parsing(Url::fromFilePath(cubePath(look, faceSize)));
   if (!file) throw std::runtime_error(file.error().message());
   return *std::move(file);
 }
@@ -101,30 +145,78 @@ std::unique_ptr<const ParsedLutFile> cube(int faceSize) {
 /// The published meaning of a file, which is the one that OpenColorIO knows.
 constexpr ImageLutOptions published{.axisOrder = LutAxisOrder::redFastest, .domain = LutInputDomain::declared};
 
-/// Returns an image with smooth shades, a little grain, and colours up to the ends of the range, as a camera records.
+/// The images that are measured.
+enum class Scene : std::uint8_t {
+  shades,      ///< smooth shades with a little grain, and colours up to the ends of the range
+  photograph,  ///< detail of all sizes, hard edges, deep shadows and lights, and the grain of a camera
+};
+
+/// Noise without a period: random values at whole places, smooth between them.
+class SmoothNoise {
+ public:
+  explicit SmoothNoise(unsigned seed) : values_(std::size_t{1} << 16U) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> unit(0, 1);
+    for (double& value : values_) value = unit(random);
+  }
+
+  [[nodiscard]] double operator()(double x, double y) const {
+    const auto value = [this](double column, double row) {
+      return values_[(static_cast<std::size_t>(column) + 251 * static_cast<std::size_t>(row)) % values_.size()];
+    };
+    const double left = std::floor(x);
+    const double top = std::floor(y);
+    const auto eased = [](double t) { return t * t * (3 - 2 * t); };
+    const double u = eased(x - left);
+    const double v = eased(y - top);
+    return std::lerp(std::lerp(value(left, top), value(left + 1, top), u),
+                     std::lerp(value(left, top + 1), value(left + 1, top + 1), u), v);
+  }
+
+ private:
+  std::vector<double> values_;
+};
+
+std::array<double, 3> shadesAt(double u, double v) {
+  return {0.45 + 0.4 * std::sin(6 * u + 1), 0.45 + 0.35 * std::sin(5 * v + 3 * u), 0.4 + 0.4 * std::cos(4 * v - u)};
+}
+
+std::array<double, 3> photographAt(double u, double v) {
+  static const std::array noises{SmoothNoise(1), SmoothNoise(2), SmoothNoise(3)};
+  const auto detail = [&](const SmoothNoise& noise) {
+    double sum = 0;
+    for (double size = 4, share = 0.5; size <= 512; size *= 2, share /= 2) sum += share * noise(u * size, v * size);
+    return sum;
+  };
+  const double light = std::pow(detail(noises[0]), 1.5) * 1.2;
+  const bool isObject = std::fmod(u * 7 + v * 2, 1.0) < 0.35;  // with hard edges
+  const double shade = isObject ? 0.4 : 1;
+  return {light * shade * (0.6 + 0.8 * noises[1](u * 9, v * 9)), light * shade * (0.7 + 0.6 * noises[2](u * 8, v * 8)),
+          light * shade * (1.4 - 0.8 * noises[1](u * 9, v * 9))};
+}
+
 template <typename Sample>
-const std::vector<Sample>& image() {
-  static const std::vector<Sample> samples = [] {
-    std::mt19937 random(1);
-    std::normal_distribution<double> grain(0, 0.004);
-    const double scale = std::is_same_v<Sample, float> ? 1 : std::pow(2, sizeof(Sample) * 8) - 1;
-    std::vector<Sample> made;
-    made.reserve(width * height * 3);
-    for (std::size_t y = 0; y < height; ++y) {
-      for (std::size_t x = 0; x < width; ++x) {
-        const double u = static_cast<double>(x) / width;
-        const double v = static_cast<double>(y) / height;
-        const std::array color{0.45 + 0.4 * std::sin(6 * u + 1), 0.45 + 0.35 * std::sin(5 * v + 3 * u),
-                               0.4 + 0.4 * std::cos(4 * v - u)};
-        const double common = grain(random);
-        for (const double value : color) {
-          made.push_back(static_cast<Sample>(std::clamp(value + common + 0.3 * grain(random), 0.0, 1.0) * scale));
-        }
+const std::vector<Sample>& image(Scene scene) {
+  static std::map<Scene, std::vector<Sample>> images;
+  std::vector<Sample>& made = images[scene];
+  if (!made.empty()) return made;
+  std::mt19937 random(1);
+  std::normal_distribution<double> normal(0, 1);
+  const double scale = std::is_same_v<Sample, float> ? 1 : std::pow(2, sizeof(Sample) * 8) - 1;
+  const bool isPhotograph = scene == Scene::photograph;
+  made.reserve(width * height * 3);
+  for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t x = 0; x < width; ++x) {
+      const double u = static_cast<double>(x) / width;
+      const double v = static_cast<double>(y) / height;
+      const double common = isPhotograph ? 0 : 0.004 * normal(random);
+      const double grain = isPhotograph ? 0.008 : 0.0012;
+      for (const double value : isPhotograph ? photographAt(u, v) : shadesAt(u, v)) {
+        made.push_back(static_cast<Sample>(std::clamp(value + common + grain * normal(random), 0.0, 1.0) * scale));
       }
     }
-    return made;
-  }();
-  return samples;
+  }
+  return made;
 }
 
 void setPixelRate(benchmark::State& state) {
@@ -133,7 +225,7 @@ void setPixelRate(benchmark::State& state) {
 }
 
 void parseMeridian(benchmark::State& state, int faceSize) {
-  const Url url = Url::fromFilePath(cubePath(faceSize));
+  const Url url = Url::fromFilePath(cubePath(Look::soft, faceSize));
   const std::size_t before = liveBytes();
   startPeak();
   for (auto _ : state) benchmark::DoNotOptimize(ParsedLutFactory::parsed(url));
@@ -176,26 +268,37 @@ ImageLut prepared(const ParsedLutFile& file, CodeValueFormat format, const Image
   }
 }
 
+/// What is applied to which image, and how.
+struct ApplyCase {
+  int faceSize = 33;
+  Look look = Look::soft;
+  Scene scene = Scene::shades;
+  ImageLutOptions options = published;
+  unsigned threads = 1;
+  ImageLayout layout = ImageLayout::rgb;
+  CodeValueRange range = CodeValueRange::full;
+};
+
 template <typename Sample>
-void applyMeridian(benchmark::State& state, int faceSize, unsigned threads, const ImageLutOptions& options,
-                   ImageLayout layout, CodeValueRange range) {
-  const auto file = cube(faceSize);
-  const CodeValueFormat format{ImageView<Sample>::sampleBits, range};
-  const auto source = ImageView<const Sample>::packed(layout, image<Sample>().data(), width, height, format);
+void applyMeridian(benchmark::State& state, const ApplyCase& each) {
+  const auto file = cube(each.look, each.faceSize);
+  const CodeValueFormat format{ImageView<Sample>::sampleBits, each.range};
+  const auto source =
+      ImageView<const Sample>::packed(each.layout, image<Sample>(each.scene).data(), width, height, format);
   std::vector<Sample> result(width * height * 3);
-  const auto destination = ImageView<Sample>::packed(layout, result.data(), width, height, format);
-  const ImageLut lut = prepared<Sample>(*file, format, options);
-  for (auto _ : state) benchmark::DoNotOptimize(lut.apply(source, destination, threads));
+  const auto destination = ImageView<Sample>::packed(each.layout, result.data(), width, height, format);
+  const ImageLut lut = prepared<Sample>(*file, format, each.options);
+  for (auto _ : state) benchmark::DoNotOptimize(lut.apply(source, destination, each.threads));
   setPixelRate(state);
 }
 
 void prepareMeridian(benchmark::State& state, int faceSize) {
-  const auto file = cube(faceSize);
+  const auto file = cube(Look::soft, faceSize);
   for (auto _ : state) benchmark::DoNotOptimize(ImageLut::forCodeValues(*file, 16, 16, published));
 }
 
 void sampleMeridian(benchmark::State& state) {
-  const auto file = cube(33);
+  const auto file = cube(Look::soft, 33);
   const RGBSampleConverter& converter = file->inputConverter();
   const AllocationsPerIteration allocations(state);
   std::uint64_t code = 0;
@@ -219,18 +322,18 @@ ocio::ConstProcessorRcPtr processorOf(const std::string& path) {
 void parseOpenColorIO(benchmark::State& state, int faceSize) {
   for (auto _ : state) {
     ocio::ClearAllCaches();
-    benchmark::DoNotOptimize(processorOf(cubePath(faceSize)));
+    benchmark::DoNotOptimize(processorOf(cubePath(Look::soft, faceSize)));
   }
 }
 
 template <typename Sample>
-void applyOpenColorIO(benchmark::State& state, int faceSize) {
+void applyOpenColorIO(benchmark::State& state, const ApplyCase& each) {
   constexpr auto depth = std::is_same_v<Sample, float> ? ocio::BIT_DEPTH_F32
                          : sizeof(Sample) == 1         ? ocio::BIT_DEPTH_UINT8
                                                        : ocio::BIT_DEPTH_UINT16;
-  const auto processor =
-      processorOf(cubePath(faceSize))->getOptimizedCPUProcessor(depth, depth, ocio::OPTIMIZATION_DEFAULT);
-  std::vector<Sample> source = image<Sample>();
+  const auto processor = processorOf(cubePath(each.look, each.faceSize))
+                             ->getOptimizedCPUProcessor(depth, depth, ocio::OPTIMIZATION_DEFAULT);
+  std::vector<Sample> source = image<Sample>(each.scene);
   std::vector<Sample> result(source.size());
   const auto described = [&](std::vector<Sample>& samples) {
     return ocio::PackedImageDesc(samples.data(), width, height, ocio::CHANNEL_ORDERING_RGB, depth, ocio::AutoStride,
@@ -251,37 +354,58 @@ void registerCase(const std::string& name, Function function, Arguments... argum
       ->UseRealTime();
 }
 
+/// Registers a case for this library and, if they can do it too, for its peers.
+template <typename Sample>
+void registerApply(const std::string& name, const ApplyCase& each, bool hasPeers) {
+  const std::string full = "lut_apply_" + name + "/" + std::to_string(each.faceSize);
+  registerCase(full + "/meridian", applyMeridian<Sample>, each);
+#ifdef MERIDIAN_BENCH_OPENCOLORIO
+  if (hasPeers) registerCase(full + "/OpenColorIO", applyOpenColorIO<Sample>, each);
+#else
+  static_cast<void>(hasPeers);
+#endif
+}
+
 const bool areRegistered = [] {
-  constexpr ImageLutOptions tetrahedral{
-      .interpolation = LutInterpolation::tetrahedral, .axisOrder = published.axisOrder, .domain = published.domain};
-  constexpr ImageLutOptions nearest{
-      .axisOrder = published.axisOrder, .domain = published.domain, .rounding = LutRounding::nearest};
+  ImageLutOptions tetrahedral = published;
+  tetrahedral.interpolation = LutInterpolation::tetrahedral;
+  ImageLutOptions nearest = published;
+  nearest.rounding = LutRounding::nearest;
   for (const int faceSize : {33, 65}) {
     const std::string size = std::to_string(faceSize);
     registerCase("lut_parse/" + size + "/meridian", parseMeridian, faceSize);
     registerCase("lut_prepare/" + size + "/meridian", prepareMeridian, faceSize);
-    registerCase("lut_apply_u16/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
-                 ImageLayout::rgb, CodeValueRange::full);
-    registerCase("lut_apply_u8/" + size + "/meridian", applyMeridian<std::uint8_t>, faceSize, 1U, published,
-                 ImageLayout::rgb, CodeValueRange::full);
-    registerCase("lut_apply_f32/" + size + "/meridian", applyMeridian<float>, faceSize, 1U, published, ImageLayout::rgb,
-                 CodeValueRange::full);
-    registerCase("lut_apply_u16_two_threads/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 2U,
-                 published, ImageLayout::rgb, CodeValueRange::full);
-    registerCase("lut_apply_u16_tetrahedral/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U,
-                 tetrahedral, ImageLayout::rgb, CodeValueRange::full);
-    registerCase("lut_apply_u16_nearest/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, nearest,
-                 ImageLayout::rgb, CodeValueRange::full);
-    registerCase("lut_apply_u16_planar/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
-                 ImageLayout::planarRgb, CodeValueRange::full);
-    registerCase("lut_apply_u16_limited/" + size + "/meridian", applyMeridian<std::uint16_t>, faceSize, 1U, published,
-                 ImageLayout::planarRgb, CodeValueRange::limited);
 #ifdef MERIDIAN_BENCH_OPENCOLORIO
     registerCase("lut_parse/" + size + "/OpenColorIO", parseOpenColorIO, faceSize);
-    registerCase("lut_apply_u16/" + size + "/OpenColorIO", applyOpenColorIO<std::uint16_t>, faceSize);
-    registerCase("lut_apply_u8/" + size + "/OpenColorIO", applyOpenColorIO<std::uint8_t>, faceSize);
-    registerCase("lut_apply_f32/" + size + "/OpenColorIO", applyOpenColorIO<float>, faceSize);
 #endif
+    using Word = std::uint16_t;
+    const ApplyCase plain{.faceSize = faceSize};
+    const auto with = [&plain](const auto& change) {
+      ApplyCase changed = plain;
+      change(changed);
+      return changed;
+    };
+    const auto onPhotograph = [&with](Look look) {
+      return with([look](ApplyCase& each) {
+        each.look = look;
+        each.scene = Scene::photograph;
+      });
+    };
+    registerApply<Word>("u16", plain, true);
+    registerApply<std::uint8_t>("u8", plain, true);
+    registerApply<float>("f32", plain, true);
+    registerApply<Word>("u16_photograph", onPhotograph(Look::soft), true);
+    registerApply<Word>("u16_photograph_steep", onPhotograph(Look::steep), true);
+    registerApply<Word>("u16_photograph_nearly_identical", onPhotograph(Look::nearlyIdentical), true);
+    registerApply<Word>("u16_two_threads", with([](ApplyCase& each) { each.threads = 2; }), false);
+    registerApply<Word>("u16_tetrahedral", with([&](ApplyCase& each) { each.options = tetrahedral; }), false);
+    registerApply<Word>("u16_nearest", with([&](ApplyCase& each) { each.options = nearest; }), false);
+    registerApply<Word>("u16_planar", with([](ApplyCase& each) { each.layout = ImageLayout::planarRgb; }), false);
+    registerApply<Word>("u16_limited", with([](ApplyCase& each) {
+                          each.layout = ImageLayout::planarRgb;
+                          each.range = CodeValueRange::limited;
+                        }),
+                        false);
   }
   return true;
 }();
