@@ -25,6 +25,15 @@ enum class LutErrorCode : std::uint8_t {
   unknownDimensions,
   unusableRowCount,
   tooFewRows,
+  otherPublishedFormat,
+  noPublishedFormat,
+  malformedLine,
+  unsupportedSize,
+  invalidDomain,
+  truncated,
+  surplusRows,
+  unknownCubeSize,
+  implausibleValues,
 };
 
 template <>
@@ -46,12 +55,34 @@ struct EnumerationTable<LutErrorCode> {
        "export it with 256, 512, 1024 ... rows"},
       {LutErrorCode::tooFewRows, "tooFewRows", "is a 1D LUT of fewer than 256 rows",
        "export it with at least 256 rows"},
+      {LutErrorCode::otherPublishedFormat, "otherPublishedFormat", "is in a LUT format that is not read here",
+       "export the LUT as .cube"},
+      {LutErrorCode::noPublishedFormat, "noPublishedFormat", "is not in a published LUT format",
+       "export the LUT as .cube"},
+      {LutErrorCode::malformedLine, "malformedLine", "has a line that its format does not allow",
+       "correct the line or export the LUT again"},
+      {LutErrorCode::unsupportedSize, "unsupportedSize", "declares a size that its format does not allow",
+       "use 2 to 65536 rows for a 1D LUT, 2 to 256 points per axis for a cube"},
+      {LutErrorCode::invalidDomain, "invalidDomain", "declares a domain that is empty or inverted",
+       "declare a maximum above the minimum for each channel"},
+      {LutErrorCode::truncated, "truncated", "has fewer rows than its size needs", "copy or export the LUT again"},
+      {LutErrorCode::surplusRows, "surplusRows", "has more rows than its size needs",
+       "correct the declared size or export the LUT again"},
+      {LutErrorCode::unknownCubeSize, "unknownCubeSize", "has a number of rows that no cube has",
+       "check that the file is complete, or export the LUT again"},
+      {LutErrorCode::implausibleValues, "implausibleValues",
+       "has a highest code value below 128, too low for any bit depth", "check that its values are code values"},
   });
 };
 
-/// Names the file in `place`. `detail` gives the number of rows that were read, where there were any, and for
-/// notRegularFile what it is: "a directory", "a FIFO", "a device" or "a socket". `systemError` is set for notOpened and
-/// notRead.
+/// Names the file in `place`. `detail` gives the number of rows that were read, where there were any, the number of the
+/// line and the line for errors of a single line, the format for otherPublishedFormat, and for notRegularFile what it
+/// is: "a directory", "a FIFO", "a device" or "a socket". `systemError` is set for notOpened and notRead.
 using LutError = Error<LutErrorCode>;
+
+/// Returns whether `readPublishedLut` left the file to another reader: it is in another published format or in none.
+[[nodiscard]] constexpr bool isOfOtherFormat(const LutError& error) noexcept {
+  return error.code == LutErrorCode::otherPublishedFormat || error.code == LutErrorCode::noPublishedFormat;
+}
 
 }  // namespace meridian::inline v0_2

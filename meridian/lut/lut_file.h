@@ -45,6 +45,9 @@ class MERIDIAN_API ParsedLutFile : public LutFile, public LutEssence {
   /// Returns the range of input values that the file declares; 0 to 1 if it declares none. The converters deliberately
   /// ignore it: they derive the range from the data.
   [[nodiscard]] virtual const LutDeclaredDomain& declaredDomain() const noexcept = 0;
+
+  /// Returns what the file's lines say beyond its rows, for warnings (`warningsOf`).
+  [[nodiscard]] virtual const LutTextFacts& textFacts() const noexcept = 0;
 };
 
 /// A file that holds unsigned code values of some bit depth.

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -60,6 +61,21 @@ struct LutDeclaredDomain {
   bool isDeclared = false;
 
   friend constexpr bool operator==(const LutDeclaredDomain&, const LutDeclaredDomain&) noexcept = default;
+};
+
+/// What the lines of a text say beyond its rows. None of it affects how the suite reads a file.
+struct LutTextFacts {
+  /// What a size keyword, a title or a comment declares; absent if the number of rows decided.
+  std::optional<LutDimensions> dimensions;
+  /// The numbers of lines "LUT_1D_SIZE N" and "LUT_3D_SIZE N".
+  std::optional<std::int64_t> oneDimensionalSize;
+  std::optional<std::int64_t> threeDimensionalSize;
+  /// The lines after the first row that are neither rows nor empty nor comments ("#"); the number of the first of them,
+  /// from 1 on, or 0 if there are none.
+  std::uint64_t ignoredLines = 0;
+  std::uint64_t firstIgnoredLine = 0;
+
+  friend constexpr bool operator==(const LutTextFacts&, const LutTextFacts&) noexcept = default;
 };
 
 /// One row of a file: three numbers in file order.

@@ -84,10 +84,10 @@ Parsing cubeOf(const Url& file, const GenericTextLutInterpreter& lines,
   const bool hasCodeValues = largest > 1.0F && largest <= 0x1p63F && std::trunc(largest) == largest;
   if (!hasCodeValues) {
     return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile>(file, lines.declaredDomain(),
-                                                                                       rows, cube);
+                                                                                       rows, cube, lines.textFacts());
   }
   return std::make_unique<ParsedLutFactory::ParsedThreeDimensionalIntegerFile>(
-      file, lines.declaredDomain(), rows, cube, bitDepthOfMaximum(maximum.integerValue()));
+      file, lines.declaredDomain(), rows, cube, bitDepthOfMaximum(maximum.integerValue()), lines.textFacts());
 }
 
 Parsing oneDimensionalLutOf(const Url& file, const GenericTextLutInterpreter& lines,
@@ -109,7 +109,7 @@ Parsing oneDimensionalLutOf(const Url& file, const GenericTextLutInterpreter& li
     converter = std::make_unique<OneDimensionsUnsignedIntegerConverter>(rows);
   }
   return std::make_unique<ParsedLutFactory::ParsedOneDimensionLutFile>(file, lines.declaredDomain(),
-                                                                       std::move(converter));
+                                                                       std::move(converter), lines.textFacts());
 }
 
 Parsing lutOf(const Url& file, GenericTextLutInterpreter& lines) {
@@ -157,22 +157,28 @@ Expected<std::unique_ptr<const ParsedLutFile>, LutError> ParsedLutFactory::parsi
 }
 
 ParsedLutFactory::ParsedOneDimensionLutFile::ParsedOneDimensionLutFile(
-    Url file, const LutDeclaredDomain& declaredDomain, std::unique_ptr<const OneDimensionConverter> inputConverter)
-    : file_(std::move(file)), declaredDomain_(declaredDomain), inputConverter_(std::move(inputConverter)) {}
+    Url file, const LutDeclaredDomain& declaredDomain, std::unique_ptr<const OneDimensionConverter> inputConverter,
+    const LutTextFacts& textFacts)
+    : file_(std::move(file)),
+      declaredDomain_(declaredDomain),
+      textFacts_(textFacts),
+      inputConverter_(std::move(inputConverter)) {}
 
 ParsedLutFactory::ParsedThreeDimensionalIntegerFile::ParsedThreeDimensionalIntegerFile(
     Url file, const LutDeclaredDomain& declaredDomain, std::shared_ptr<const LutValueTriplets> orderedValues,
-    std::shared_ptr<const LutCube> cube, std::int64_t bitDepth)
+    std::shared_ptr<const LutCube> cube, std::int64_t bitDepth, const LutTextFacts& textFacts)
     : file_(std::move(file)),
       declaredDomain_(declaredDomain),
+      textFacts_(textFacts),
       orderedValues_(std::move(orderedValues)),
       inputConverter_(std::move(cube), bitDepth) {}
 
 ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile::ParsedThreeDimensionalFloatingPointFile(
     Url file, const LutDeclaredDomain& declaredDomain, std::shared_ptr<const LutValueTriplets> orderedValues,
-    std::shared_ptr<const LutCube> cube)
+    std::shared_ptr<const LutCube> cube, const LutTextFacts& textFacts)
     : file_(std::move(file)),
       declaredDomain_(declaredDomain),
+      textFacts_(textFacts),
       orderedValues_(std::move(orderedValues)),
       inputConverter_(std::move(cube)) {}
 

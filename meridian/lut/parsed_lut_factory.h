@@ -61,7 +61,8 @@ class MERIDIAN_API ParsedLutFactory {
 class MERIDIAN_API ParsedLutFactory::ParsedOneDimensionLutFile final : public ParsedLutFile {
  public:
   ParsedOneDimensionLutFile(Url file, const LutDeclaredDomain& declaredDomain,
-                            std::unique_ptr<const OneDimensionConverter> inputConverter);
+                            std::unique_ptr<const OneDimensionConverter> inputConverter,
+                            const LutTextFacts& textFacts = {});
   ~ParsedOneDimensionLutFile() override;
 
   [[nodiscard]] const Url& file() const noexcept override { return file_; }
@@ -70,6 +71,7 @@ class MERIDIAN_API ParsedLutFactory::ParsedOneDimensionLutFile final : public Pa
   [[nodiscard]] std::string_view className() const noexcept override { return "ParsedOneDimensionLutFile"; }
   [[nodiscard]] const OneDimensionConverter& inputConverter() const noexcept override { return *inputConverter_; }
   [[nodiscard]] const LutDeclaredDomain& declaredDomain() const noexcept override { return declaredDomain_; }
+  [[nodiscard]] const LutTextFacts& textFacts() const noexcept override { return textFacts_; }
   [[nodiscard]] const LutValueTriplets& orderedValues() const noexcept override {
     return inputConverter_->orderedEntries();
   }
@@ -77,6 +79,7 @@ class MERIDIAN_API ParsedLutFactory::ParsedOneDimensionLutFile final : public Pa
  private:
   Url file_;
   LutDeclaredDomain declaredDomain_;
+  LutTextFacts textFacts_;
   std::unique_ptr<const OneDimensionConverter> inputConverter_;
 };
 
@@ -85,7 +88,8 @@ class MERIDIAN_API ParsedLutFactory::ParsedThreeDimensionalIntegerFile final : p
  public:
   ParsedThreeDimensionalIntegerFile(Url file, const LutDeclaredDomain& declaredDomain,
                                     std::shared_ptr<const LutValueTriplets> orderedValues,
-                                    std::shared_ptr<const LutCube> cube, std::int64_t bitDepth);
+                                    std::shared_ptr<const LutCube> cube, std::int64_t bitDepth,
+                                    const LutTextFacts& textFacts = {});
   ~ParsedThreeDimensionalIntegerFile() override;
 
   [[nodiscard]] const Url& file() const noexcept override { return file_; }
@@ -95,11 +99,13 @@ class MERIDIAN_API ParsedLutFactory::ParsedThreeDimensionalIntegerFile final : p
   [[nodiscard]] const LutValueTriplets& orderedValues() const noexcept override { return *orderedValues_; }
   [[nodiscard]] const Integer3DSampleConverter& inputConverter() const noexcept override { return inputConverter_; }
   [[nodiscard]] const LutDeclaredDomain& declaredDomain() const noexcept override { return declaredDomain_; }
+  [[nodiscard]] const LutTextFacts& textFacts() const noexcept override { return textFacts_; }
   [[nodiscard]] std::int64_t bitDepth() const noexcept override { return inputConverter_.bitDepth(); }
 
  private:
   Url file_;
   LutDeclaredDomain declaredDomain_;
+  LutTextFacts textFacts_;
   std::shared_ptr<const LutValueTriplets> orderedValues_;
   Integer3DSampleConverter inputConverter_;
 };
@@ -109,7 +115,7 @@ class MERIDIAN_API ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile fin
  public:
   ParsedThreeDimensionalFloatingPointFile(Url file, const LutDeclaredDomain& declaredDomain,
                                           std::shared_ptr<const LutValueTriplets> orderedValues,
-                                          std::shared_ptr<const LutCube> cube);
+                                          std::shared_ptr<const LutCube> cube, const LutTextFacts& textFacts = {});
   ~ParsedThreeDimensionalFloatingPointFile() override;
 
   [[nodiscard]] const Url& file() const noexcept override { return file_; }
@@ -123,10 +129,12 @@ class MERIDIAN_API ParsedLutFactory::ParsedThreeDimensionalFloatingPointFile fin
     return inputConverter_;
   }
   [[nodiscard]] const LutDeclaredDomain& declaredDomain() const noexcept override { return declaredDomain_; }
+  [[nodiscard]] const LutTextFacts& textFacts() const noexcept override { return textFacts_; }
 
  private:
   Url file_;
   LutDeclaredDomain declaredDomain_;
+  LutTextFacts textFacts_;
   std::shared_ptr<const LutValueTriplets> orderedValues_;
   NormalizedFloatingPoint3DSampleConverter inputConverter_;
 };

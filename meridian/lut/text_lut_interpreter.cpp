@@ -71,15 +71,27 @@ LutHeaderWords& LutHeaderWords::operator|=(const LutHeaderWords& other) noexcept
   return *this;
 }
 
-void GenericTextLutInterpreter::interpret(std::string_view line) {
+void GenericTextLutInterpreter::interpret(std::string_view line, std::uint64_t number) {
   line = trimmed(line);
   if (line.empty()) return;
   if (triplets_.empty() && takeHeader(LutHeaderWords::in(line), line)) return;
-  if (const auto numbers = numbersOf<3>(line)) record({(*numbers)[0], (*numbers)[1], (*numbers)[2]});
+  if (const auto numbers = numbersOf<3>(line)) {
+    record({(*numbers)[0], (*numbers)[1], (*numbers)[2]});
+  } else if (!line.starts_with('#')) {
+    noteIgnored(number);
+  }
 }
 
-void GenericTextLutInterpreter::interpretOverlong(const LutHeaderWords& words) {
-  if (triplets_.empty()) static_cast<void>(takeHeader(words, {}));
+void GenericTextLutInterpreter::interpretOverlong(const LutHeaderWords& words, std::uint64_t number) {
+  if (triplets_.empty()) {
+    static_cast<void>(takeHeader(words, {}));
+  } else {
+    noteIgnored(number);
+  }
+}
+
+void GenericTextLutInterpreter::noteIgnored(std::uint64_t number) noexcept {
+  if (!triplets_.empty() && facts_.ignoredLines++ == 0) facts_.firstIgnoredLine = number;
 }
 
 bool GenericTextLutInterpreter::takeHeader(const LutHeaderWords& words, std::string_view line) {
@@ -114,6 +126,12 @@ void GenericTextLutInterpreter::readSize(std::string_view line, std::string_view
   const auto length = static_cast<std::size_t>(found.begin() - line.begin()) + 1;
   const auto size = DecimalNumber::fromText(trimmed(line.substr(0, length)));
   if (size && size->integerValue() >= 0) explicitLutSize_ = static_cast<std::uint64_t>(size->integerValue());
+
+  const auto rest = textAfter(line, keyword);
+  const auto declared = rest ? numbersOf<1>(*rest) : std::nullopt;
+  if (!declared) return;
+  (keyword == oneDimensionalSizeWord ? facts_.oneDimensionalSize : facts_.threeDimensionalSize) =
+      declared->front().integerValue();
 }
 
 void GenericTextLutInterpreter::readDomain(std::string_view line) {
@@ -182,6 +200,12 @@ std::optional<std::uint64_t> GenericTextLutInterpreter::lutSize() const noexcept
   if (std::has_single_bit(triplets_.size())) return triplets_.size();
   if (!explicitMaxValue_ || explicitMaxValue_->integerValue() <= 0) return std::nullopt;
   return std::bit_ceil(static_cast<std::uint64_t>(explicitMaxValue_->integerValue()));
+}
+
+LutTextFacts GenericTextLutInterpreter::textFacts() const noexcept {
+  LutTextFacts facts = facts_;
+  facts.dimensions = explicitDimensions_;
+  return facts;
 }
 
 LutDeclaredDomain GenericTextLutInterpreter::declaredDomain() const noexcept {

@@ -42,11 +42,11 @@ class GenericTextLutInterpreter {
   static constexpr std::int64_t thrityThreeGridCubeSize = std::int64_t{33} * 33 * 33;
   static constexpr std::int64_t sixtyFiveGridCubeSize = std::int64_t{65} * 65 * 65;
 
-  /// Reads one line, with or without its newline.
-  MERIDIAN_API void interpret(std::string_view line);
+  /// Reads one line, with or without its newline. `number` is that of the line in the file, for `textFacts`.
+  MERIDIAN_API void interpret(std::string_view line, std::uint64_t number = 0);
 
   /// Reads a line that is too long to be a row, of which only the keywords count.
-  MERIDIAN_API void interpretOverlong(const LutHeaderWords& words);
+  MERIDIAN_API void interpretOverlong(const LutHeaderWords& words, std::uint64_t number = 0);
 
   /// Appends a row. The extremes are compared as doubles; of equal ones the first is kept.
   MERIDIAN_API void record(const LutValueTriplet& triplet);
@@ -84,12 +84,16 @@ class GenericTextLutInterpreter {
   /// is declared.
   [[nodiscard]] MERIDIAN_API LutDeclaredDomain declaredDomain() const noexcept;
 
+  /// Returns what the lines say beyond the rows.
+  [[nodiscard]] MERIDIAN_API LutTextFacts textFacts() const noexcept;
+
  private:
   /// Reads a line before the first row; returns whether it is a header line.
   [[nodiscard]] bool takeHeader(const LutHeaderWords& words, std::string_view line);
   void readSize(std::string_view line, std::string_view keyword);
   void readDomain(std::string_view line);
   void readInputRange(std::string_view line);
+  void noteIgnored(std::uint64_t number) noexcept;
 
   std::optional<LutDimensions> explicitDimensions_;
   std::optional<std::uint64_t> explicitLutSize_;
@@ -98,6 +102,7 @@ class GenericTextLutInterpreter {
   LutValueTriplets triplets_;
   std::optional<LutColor> domainMinimum_;
   std::optional<LutColor> domainMaximum_;
+  LutTextFacts facts_;
 };
 
 }  // namespace meridian::inline v0_2

@@ -77,12 +77,15 @@ class LineCutter {
     const char* const last = buffer_.data() + end;
     while (place < last) {
       if (isNewline(*place)) {
+        if (*place == '\r' || !afterReturn_) ++lines_;
+        afterReturn_ = *place == '\r';
         ++place;
         continue;
       }
       if (!isOverlong_) {
         if (const PlainRow row = readPlainRow(place); row.end != nullptr) {
           interpreter_.record(row.color);
+          countLine(*row.end);
           place = row.end + 1;
           continue;
         }
@@ -90,9 +93,16 @@ class LineCutter {
       const char* const newline = std::find_if(place, last, isNewline);
       if (newline == last) break;
       endLine({place, newline});
+      countLine(*newline);
       place = newline + 1;
     }
     return static_cast<std::size_t>(place - buffer_.data());
+  }
+
+  /// Counts a line that is not empty, with its newline.
+  void countLine(char newline) noexcept {
+    ++lines_;
+    afterReturn_ = newline == '\r';
   }
 
   /// Passes on a line, or the rest of one that is too long to be a row.
@@ -106,11 +116,11 @@ class LineCutter {
     }
     if (isOverlong_) {
       findKeywords(rest);
-      interpreter_.interpretOverlong(keywords_);
+      interpreter_.interpretOverlong(keywords_, lines_ + 1);
       isOverlong_ = false;
       keywords_ = {};
     } else {
-      interpreter_.interpret(rest);
+      interpreter_.interpret(rest, lines_ + 1);
     }
   }
 
@@ -158,6 +168,9 @@ class LineCutter {
   /// The bytes of an unfinished line at the buffer's beginning.
   std::size_t kept_ = 0;
   std::uint64_t read_ = 0;
+  /// The lines that have ended, and whether a line feed that comes next belongs to the last of them.
+  std::uint64_t lines_ = 0;
+  bool afterReturn_ = false;
   /// Whether the line being read is too long to be a row; then the keywords found in it so far.
   bool isOverlong_ = false;
   LutHeaderWords keywords_;

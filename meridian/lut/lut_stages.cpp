@@ -1,0 +1,79 @@
+#include "meridian/lut/lut_stages.h"
+
+#include <cstddef>
+
+#include "meridian/base/precondition.h"
+#include "meridian/lut/image_definition.h"
+#include "meridian/lut/lut_interpolation.h"
+
+namespace meridian::inline v0_2 {
+namespace {
+
+using detail::AxisPosition;
+
+constexpr std::array channels{&LutColor::red, &LutColor::green, &LutColor::blue};
+
+/// Returns the place of a channel's value on an axis of `points` points that covers the domain.
+AxisPosition placeIn(const LutDeclaredDomain& domain, double LutColor::* channel, const LutColor& color,
+                     std::int64_t points) noexcept {
+  const double low = domain.minimum.*channel;
+  const double high = domain.maximum.*channel;
+  const detail::AxisRule axis{low, high, low, high - low};
+  return detail::placeOnAxis(axis.position(color.*channel, points), points);
+}
+
+LutColor appliedTo(const LutColor& color, const LutMatrix& matrix, LutInterpolation /*interpolation*/) {
+  LutColor result;
+  for (std::size_t i = 0; i < 3; ++i) {
+    const std::array<double, 3>& row = matrix.rows[i];
+    result.*channels[i] = row[0] * color.red + row[1] * color.green + row[2] * color.blue + matrix.offset[i];
+  }
+  return result;
+}
+
+LutColor appliedTo(const LutColor& color, const LutRange& range, LutInterpolation /*interpolation*/) {
+  LutColor result;
+  for (const auto channel : channels) {
+    const double value = color.*channel * range.scale.*channel + range.offset.*channel;
+    const double raised = value < range.lowest.*channel ? range.lowest.*channel : value;
+    result.*channel = raised > range.highest.*channel ? range.highest.*channel : raised;
+  }
+  return result;
+}
+
+LutColor appliedTo(const LutColor& color, const LutCurve& curve, LutInterpolation /*interpolation*/) {
+  if (curve.rows == nullptr || curve.rows->empty()) preconditionFailed("a LUT's curve needs rows");
+  const std::vector<LutColor>& rows = *curve.rows;
+  LutColor result;
+  for (const auto channel : channels) {
+    const AxisPosition place = placeIn(curve.domain, channel, color, static_cast<std::int64_t>(rows.size()));
+    result.*channel = detail::blended(rows[place.lower].*channel, rows[place.upper].*channel, place.fraction);
+  }
+  return result;
+}
+
+LutColor appliedTo(const LutColor& color, const LutCubeStage& cube, LutInterpolation interpolation) {
+  // Compared before the cube is computed, which could overflow.
+  const auto face = static_cast<std::size_t>(cube.faceSize);
+  if (cube.faceSize < 1 || cube.faceSize > 1 << 20 || cube.points == nullptr ||
+      cube.points->size() != face * face * face) {
+    preconditionFailed("a LUT's cube needs as many colours as it has points");
+  }
+  const auto place = [&](double LutColor::* channel) { return placeIn(cube.domain, channel, color, cube.faceSize); };
+  return detail::interpolatedColor(interpolation, cube.points->data(), {face * face, face, 1}, place(&LutColor::red),
+                                   place(&LutColor::green), place(&LutColor::blue));
+}
+
+}  // namespace
+
+LutColor applied(const LutStage& stage, const LutColor& color, LutInterpolation interpolation) {
+  return std::visit([&](const auto& each) { return appliedTo(color, each, interpolation); }, stage);
+}
+
+LutColor applied(const PublishedLut& lut, const LutColor& color, LutInterpolation interpolation) {
+  LutColor result = color;
+  for (const LutStage& stage : lut.stages) result = applied(stage, result, interpolation);
+  return result;
+}
+
+}  // namespace meridian::inline v0_2

@@ -1,0 +1,81 @@
+/// \file
+/// A LUT as the stages that its file's format publishes, applied one after the other. For example, a 1D LUT of three
+/// rows, which lifts the middle, on inputs from 0 to 1:
+///
+///     const LutCurve curve{std::make_shared<const std::vector<LutColor>>({{0, 0, 0}, {0.6, 0.6, 0.6}, {1, 1, 1}})};
+///     const PublishedLut lut{.stages = {curve}};
+///     applied(lut, {0.25, 0.5, 1});  // 0.3, 0.6, 1
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "meridian/export.h"
+#include "meridian/lut/image_lut_options.h"
+#include "meridian/lut/lut_format.h"
+#include "meridian/lut/lut_values.h"
+#include "meridian/lut/lut_warning.h"
+
+namespace meridian::inline v0_2 {
+
+/// The colours of a stage, shared by its copies. Stages with a null pointer or no colours terminate the process when
+/// they are applied.
+using SharedLutColors = std::shared_ptr<const std::vector<LutColor>>;
+
+/// A matrix and offsets: result[i] = rows[i][0] * red + rows[i][1] * green + rows[i][2] * blue + offset[i].
+struct LutMatrix {
+  std::array<std::array<double, 3>, 3> rows{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+  std::array<double, 3> offset{};
+};
+
+/// A scale, an offset and limits for each channel: min(max(input * scale + offset, lowest), highest). NaN stays NaN.
+struct LutRange {
+  static constexpr double unlimited = std::numeric_limits<double>::infinity();
+
+  LutColor scale{1, 1, 1};
+  LutColor offset{};
+  LutColor lowest{-unlimited, -unlimited, -unlimited};
+  LutColor highest{unlimited, unlimited, unlimited};
+};
+
+/// A 1D LUT: each channel's inputs from `domain.minimum` to `domain.maximum` run from the first row to the last, linear
+/// between rows. Inputs outside are clamped; NaN counts as the minimum.
+struct LutCurve {
+  SharedLutColors rows;
+  LutDeclaredDomain domain{};
+};
+
+/// A cube of `faceSize`³ colours, blue running fastest whatever the order in the file. Inputs from `domain.minimum` to
+/// `domain.maximum` run from the first to the last point of each axis. Inputs outside are clamped; NaN counts as the
+/// minimum. Terminates the process when it is applied with another number of colours.
+struct LutCubeStage {
+  std::int64_t faceSize = 0;
+  SharedLutColors points;
+  LutDeclaredDomain domain{};
+};
+
+using LutStage = std::variant<LutMatrix, LutRange, LutCurve, LutCubeStage>;
+
+/// A LUT on the scale from 0 to 1 for inputs and results, neither of which is limited to it.
+struct PublishedLut {
+  LutFormat format = LutFormat::cube;
+  /// The path of the file.
+  std::string path{};
+  /// Applied from the first to the last; none leave colours unchanged.
+  std::vector<LutStage> stages{};
+  /// What may surprise about the file.
+  std::vector<LutWarning> warnings{};
+};
+
+/// Returns what a stage or a LUT makes of a colour, in double precision: the definition that images agree with.
+[[nodiscard]] MERIDIAN_API LutColor applied(const LutStage& stage, const LutColor& color,
+                                            LutInterpolation interpolation = LutInterpolation::trilinear);
+[[nodiscard]] MERIDIAN_API LutColor applied(const PublishedLut& lut, const LutColor& color,
+                                            LutInterpolation interpolation = LutInterpolation::trilinear);
+
+}  // namespace meridian::inline v0_2

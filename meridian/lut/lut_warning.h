@@ -1,0 +1,71 @@
+/// \file
+/// What may surprise about a LUT that was read, although nothing failed. For example:
+///
+///     for (const LutWarning& warning : warningsOf(*file, {})) std::cerr << warning.message() << '\n';
+///     // "/looks/show.cube": declares a domain that is not applied: 0 to 4 ...
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "meridian/base/enumeration.h"
+#include "meridian/base/error.h"
+#include "meridian/export.h"
+#include "meridian/lut/image_lut_options.h"
+
+namespace meridian::inline v0_2 {
+
+class ParsedLutFile;
+
+/// What was noticed about a LUT. All but the last two are about the suite's own reading of text files.
+enum class LutWarningCode : std::uint8_t {
+  domainNotApplied,
+  highestBelowFullScale,
+  oneDimensionalByRowCount,
+  bothSizesDeclared,
+  cubeOfOnePoint,
+  negativeValues,
+  tooFewRows,
+  otherAxisOrder,
+  ignoredLines,
+  depthExceeded,
+};
+
+template <>
+struct EnumerationTable<LutWarningCode> {
+  static constexpr auto rows = std::to_array<ErrorRow<LutWarningCode>>({
+      {LutWarningCode::domainNotApplied, "domainNotApplied", "declares a domain that is not applied",
+       "apply the declared domain, or read the file as its format publishes it"},
+      {LutWarningCode::highestBelowFullScale, "highestBelowFullScale",
+       "has a highest value below full scale, so that all inputs above it give the last point",
+       "apply the declared domain, or read the file as its format publishes it"},
+      {LutWarningCode::oneDimensionalByRowCount, "oneDimensionalByRowCount",
+       "is read as a 1D LUT because of its number of rows, which is also that of a cube",
+       "if it is a cube, add a line LUT_3D_SIZE with the size"},
+      {LutWarningCode::bothSizesDeclared, "bothSizesDeclared", "declares a 1D and a 3D size, but is read as one LUT",
+       "read the file as its format publishes it"},
+      {LutWarningCode::cubeOfOnePoint, "cubeOfOnePoint", "is a cube of one point, so that every input gives one colour",
+       "check that the file is complete"},
+      {LutWarningCode::negativeValues, "negativeValues",
+       "has negative values, which become 0 in images of code values and which single samples do not allow",
+       "use floating-point images to keep them"},
+      {LutWarningCode::tooFewRows, "tooFewRows", "has fewer rows than its size needs", "copy or export the LUT again"},
+      {LutWarningCode::otherAxisOrder, "otherAxisOrder", "has another axis order by its format than it is read with",
+       "read the file as its format publishes it"},
+      {LutWarningCode::ignoredLines, "ignoredLines", "has lines that are ignored", "check them"},
+      {LutWarningCode::depthExceeded, "depthExceeded",
+       "has values of more than twice the declared bit depth, so that the depth is taken from the values",
+       "correct its Mesh line"},
+  });
+};
+
+/// Names the file in `place`. `detail` gives the numbers or lines that the warning is about.
+using LutWarning = Warning<LutWarningCode>;
+
+/// Returns what may surprise about a file that was read as the suite reads it and is applied to images with these
+/// options (single samples are converted as with the default options). In the order of the codes, each at most once.
+[[nodiscard]] MERIDIAN_API std::vector<LutWarning> warningsOf(const ParsedLutFile& file,
+                                                              const ImageLutOptions& options = {});
+
+}  // namespace meridian::inline v0_2

@@ -1,0 +1,189 @@
+// Reads .cube files as published: red fastest, on their declared domain.
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "meridian/base/numbers.h"
+#include "meridian/base/text.h"
+#include "meridian/lut/published_lut_reading.h"
+
+namespace meridian::inline v0_2::detail {
+namespace {
+
+constexpr std::array channels{&LutColor::red, &LutColor::green, &LutColor::blue};
+
+/// Returns whether the minimum is below the maximum in each channel, by a number that a double holds.
+bool hasExtent(const LutDeclaredDomain& domain) noexcept {
+  for (const auto channel : channels) {
+    const double extent = domain.maximum.*channel - domain.minimum.*channel;
+    if (!(extent > 0) || !std::isfinite(extent)) return false;
+  }
+  return true;
+}
+
+/// One of the two tables that a file may have.
+struct Table {
+  std::optional<std::int64_t> size;
+  /// What the table's own range line declares.
+  std::optional<LutDeclaredDomain> range;
+
+  [[nodiscard]] std::size_t rowCount(bool isCube) const noexcept {
+    const auto points = static_cast<std::size_t>(size.value_or(0));
+    return isCube ? points * points * points : points;
+  }
+};
+
+/// Exchanges the red and the blue axis of a cube.
+void transpose(std::span<LutColor> points, std::size_t face) {
+  for (std::size_t i = 0; i < face; ++i) {
+    for (std::size_t j = 0; j < face; ++j) {
+      for (std::size_t k = 0; k < i; ++k) {
+        std::swap(points[(i * face + j) * face + k], points[(k * face + j) * face + i]);
+      }
+    }
+  }
+}
+
+class CubeReader {
+ public:
+  explicit CubeReader(TextLines& lines) : lines_(lines), lut_{.format = LutFormat::cube, .path = lines.path()} {}
+
+  Expected<PublishedLut, LutError> read() {
+    if (auto header = readHeader(); !header) return Unexpected(std::move(header).error());
+    const std::size_t curveRows = curve_.rowCount(false);
+    const std::size_t cubeRows = cube_.rowCount(true);
+    if (curveRows + cubeRows == 0) return lines_.error(LutErrorCode::noPublishedFormat);
+    auto rows = readRows(curveRows, cubeRows);
+    if (!rows) return Unexpected(std::move(rows).error());
+    addStages();
+    ignored_.warn(lut_);
+    return std::move(lut_);
+  }
+
+ private:
+  using Result = Expected<void, LutError>;
+
+  /// Reads up to the first row, which it keeps.
+  Result readHeader() {
+    while (true) {
+      firstRow_ = lines_.nextRow();
+      if (firstRow_) break;
+      const auto line = lines_.next();
+      if (!line) break;
+      if (line->empty() || line->starts_with('#')) continue;
+      if (lines_.isOverlong()) return lines_.lineError(LutErrorCode::malformedLine);
+      if (beginsLikeNumber(*line)) {
+        firstRow_ = colorOf(*line);
+        if (!firstRow_) return lines_.lineError(LutErrorCode::malformedLine);
+        break;
+      }
+      if (auto taken = readKeyword(*line); !taken) return taken;
+    }
+    return {};
+  }
+
+  Result readKeyword(std::string_view line) {
+    const std::string_view keyword = firstWord(line);
+    const auto is = [keyword](std::string_view other) { return equalsIgnoringCase(keyword, other); };
+    if (is("LUT_1D_SIZE")) return readSize(line, curve_, mostCurveRows);
+    if (is("LUT_3D_SIZE")) return readSize(line, cube_, mostCubePoints);
+    if (is("LUT_1D_INPUT_RANGE")) return readRange(line, curve_);
+    if (is("LUT_3D_INPUT_RANGE")) return readRange(line, cube_);
+    if (is("DOMAIN_MIN")) return readBound(line, &LutDeclaredDomain::minimum);
+    if (is("DOMAIN_MAX")) return readBound(line, &LutDeclaredDomain::maximum);
+    if (!is("TITLE")) ignored_.add(lines_);
+    return {};
+  }
+
+  Result readSize(std::string_view text, Table& table, std::int64_t most) {
+    const auto size = integerFromText(firstWord(text));
+    if (!firstWord(text).empty() || !size || table.size) return lines_.lineError(LutErrorCode::malformedLine);
+    if (*size < 2 || *size > most) return lines_.lineError(LutErrorCode::unsupportedSize);
+    table.size = size;
+    return {};
+  }
+
+  Result readRange(std::string_view text, Table& table) {
+    const auto low = DecimalNumber::fromText(firstWord(text));
+    const auto high = DecimalNumber::fromText(firstWord(text));
+    if (!low || !high || !firstWord(text).empty()) return lines_.lineError(LutErrorCode::malformedLine);
+    const double from = low->doubleValue();
+    const double to = high->doubleValue();
+    table.range = {{from, from, from}, {to, to, to}, true};
+    return hasExtent(*table.range) ? Result() : lines_.lineError(LutErrorCode::invalidDomain);
+  }
+
+  Result readBound(std::string_view text, LutColor LutDeclaredDomain::* bound) {
+    const auto color = colorOf(text);
+    if (!color) return lines_.lineError(LutErrorCode::malformedLine);
+    domain_.*bound = *color;
+    domain_.isDeclared = true;
+    return {};
+  }
+
+  Result readRows(std::size_t curveRows, std::size_t cubeRows) {
+    if (!hasExtent(domain_)) return lines_.error(LutErrorCode::invalidDomain);
+    const std::size_t all = curveRows + cubeRows;
+    const auto reserve = [this](std::vector<LutColor>& rows, std::size_t count) {
+      rows.reserve(std::min(count, lines_.mostRows()));
+    };
+    reserve(curveRows_, curveRows);
+    reserve(points_, cubeRows);
+    std::size_t count = 0;
+    for (auto row = std::exchange(firstRow_, std::nullopt); true; row = lines_.nextRow()) {
+      if (!row) {
+        const auto line = lines_.next();
+        if (!line) break;
+        if (line->empty() || line->starts_with('#')) continue;
+        if (lines_.isOverlong()) return lines_.lineError(LutErrorCode::malformedLine);
+        if (count == all && !beginsLikeNumber(*line)) {
+          ignored_.add(lines_);
+          continue;
+        }
+        row = colorOf(*line);
+        if (!row) return lines_.lineError(LutErrorCode::malformedLine);
+      }
+      if (count == all) return lines_.lineError(LutErrorCode::surplusRows);
+      (count < curveRows ? curveRows_ : points_).push_back(*row);
+      ++count;
+    }
+    if (count < all) return lines_.rowsError(LutErrorCode::truncated, count, all);
+    return {};
+  }
+
+  void addStages() {
+    if (curve_.size) {
+      lut_.stages.emplace_back(LutCurve{std::make_shared<const std::vector<LutColor>>(std::move(curveRows_)),
+                                        curve_.range.value_or(domain_)});
+    }
+    if (cube_.size) {
+      transpose(points_, static_cast<std::size_t>(*cube_.size));
+      const LutDeclaredDomain domain = curve_.size ? LutDeclaredDomain{} : domain_;
+      lut_.stages.emplace_back(LutCubeStage{*cube_.size,
+                                            std::make_shared<const std::vector<LutColor>>(std::move(points_)),
+                                            cube_.range.value_or(domain)});
+    }
+  }
+
+  TextLines& lines_;
+  PublishedLut lut_;
+  Table curve_;
+  Table cube_;
+  LutDeclaredDomain domain_;
+  std::optional<LutColor> firstRow_;
+  std::vector<LutColor> curveRows_;
+  std::vector<LutColor> points_;
+  IgnoredLines ignored_;
+};
+
+}  // namespace
+
+Expected<PublishedLut, LutError> readPublishedCube(TextLines& lines) { return CubeReader(lines).read(); }
+
+}  // namespace meridian::inline v0_2::detail
