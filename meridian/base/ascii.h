@@ -19,6 +19,12 @@ namespace meridian::inline v0_2::detail {
 /// Returns true for the space, tab, newline, vertical tab, form feed and carriage return.
 [[nodiscard]] constexpr bool isAsciiWhiteSpace(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
+/// Returns true for the space and tab.
+[[nodiscard]] constexpr bool isAsciiBlank(char c) noexcept { return c == ' ' || c == '\t'; }
+
+/// Returns true for the characters that end lines: line feed and carriage return.
+[[nodiscard]] constexpr bool isNewline(char c) noexcept { return c == '\n' || c == '\r'; }
+
 /// Returns the lower-case form of an ASCII letter, and any other byte unchanged.
 [[nodiscard]] constexpr char lowercasedAscii(char c) noexcept {
   return isUppercaseLetter(c) ? static_cast<char>(c + ('a' - 'A')) : c;

@@ -13,6 +13,7 @@
 #include "meridian/lut/cube_kernel.h"
 #include "meridian/lut/image_definition.h"
 #include "meridian/lut/lut_parts.h"
+#include "meridian/lut/stages_kernel.h"
 
 namespace meridian::inline v0_2 {
 namespace {
@@ -77,6 +78,16 @@ void convertPixel(const TableKernel& table, const std::optional<ImageFormats>& f
   for (std::size_t channel = 0; channel < 3; ++channel) *destination[channel] = static_cast<Sample>(codes[channel]);
 }
 
+template <ImageSample Sample>
+void applyTable(const TableKernel& table, const std::optional<ImageFormats>& formats,
+                const detail::PixelRows<Sample>& rows) noexcept {
+  for (std::size_t row = 0; row < rows.source.height; ++row) {
+    for (std::size_t column = 0; column < rows.source.width; ++column) {
+      convertPixel(table, formats, pixelOf(rows.source, row, column), pixelOf(rows.destination, row, column));
+    }
+  }
+}
+
 /// Returns success if images of code values of this format can be converted.
 Expected<void, ImageErrorCode> checkFormat(CodeValueFormat format) noexcept {
   if (format.bitDepth < 1 || format.bitDepth > 16) return Unexpected(ImageErrorCode::unusableBitDepth);
@@ -139,7 +150,10 @@ struct ImageLut::Prepared {
   Prepared(const ParsedLutFile& file, const std::optional<ImageFormats>& imageFormats, const ImageLutOptions& options)
       : formats(imageFormats), kernel(kernelOf(file, imageFormats, options)) {}
 
-  using Kernel = std::variant<detail::CubeKernel, TableKernel>;
+  Prepared(const PublishedLut& lut, const std::optional<ImageFormats>& imageFormats, const ImageLutOptions& options)
+      : formats(imageFormats), kernel(kernelOf(lut, imageFormats, options)) {}
+
+  using Kernel = std::variant<detail::CubeKernel, TableKernel, detail::StagesKernel>;
 
   static Kernel kernelOf(const ParsedLutFile& file, const std::optional<ImageFormats>& formats,
                          const ImageLutOptions& options) {
@@ -157,8 +171,26 @@ struct ImageLut::Prepared {
                   detail::TableDefinition(*parts.table, valueType, file.declaredDomain(), options), formats);
   }
 
-  [[nodiscard]] const detail::CubeKernel* cube() const noexcept { return std::get_if<detail::CubeKernel>(&kernel); }
-  [[nodiscard]] const TableKernel* table() const noexcept { return std::get_if<TableKernel>(&kernel); }
+  static Kernel kernelOf(const PublishedLut& lut, const std::optional<ImageFormats>& formats,
+                         const ImageLutOptions& options) {
+    checkOptions(options);
+    if (lut.stages.size() == 1) {
+      if (const auto* const cube = std::get_if<LutCubeStage>(&lut.stages.front())) {
+        return Kernel(std::in_place_type<detail::CubeKernel>, detail::definitionOf(*cube, options.interpolation),
+                      formats);
+      }
+    }
+    return Kernel(std::in_place_type<detail::StagesKernel>, lut, formats, options.interpolation);
+  }
+
+  /// Calls the one of the functions that accepts the kernel.
+  template <typename... Functions>
+  decltype(auto) visit(Functions... functions) const {
+    struct Overloaded : Functions... {
+      using Functions::operator()...;
+    };
+    return std::visit(Overloaded{functions...}, kernel);
+  }
 
   /// Absent for floating point.
   std::optional<ImageFormats> formats;
@@ -170,16 +202,32 @@ ImageLut::ImageLut(ImageLut&&) noexcept = default;
 ImageLut& ImageLut::operator=(ImageLut&&) noexcept = default;
 ImageLut::~ImageLut() = default;
 
+template <typename Lut>
+Expected<ImageLut, ImageErrorCode> ImageLut::preparedFor(const Lut& lut, CodeValueFormat source,
+                                                         CodeValueFormat destination, const ImageLutOptions& options) {
+  if (const auto usable = checkFormat(source); !usable) return Unexpected(usable.error());
+  if (const auto usable = checkFormat(destination); !usable) return Unexpected(usable.error());
+  return ImageLut(std::make_unique<const Prepared>(lut, ImageFormats{source, destination, options.rounding}, options));
+}
+
 Expected<ImageLut, ImageErrorCode> ImageLut::forCodeValues(const ParsedLutFile& file, CodeValueFormat source,
                                                            CodeValueFormat destination,
                                                            const ImageLutOptions& options) {
-  if (const auto usable = checkFormat(source); !usable) return Unexpected(usable.error());
-  if (const auto usable = checkFormat(destination); !usable) return Unexpected(usable.error());
-  return ImageLut(std::make_unique<const Prepared>(file, ImageFormats{source, destination, options.rounding}, options));
+  return preparedFor(file, source, destination, options);
+}
+
+Expected<ImageLut, ImageErrorCode> ImageLut::forCodeValues(const PublishedLut& lut, CodeValueFormat source,
+                                                           CodeValueFormat destination,
+                                                           const ImageLutOptions& options) {
+  return preparedFor(lut, source, destination, options);
 }
 
 ImageLut ImageLut::forFloats(const ParsedLutFile& file, const ImageLutOptions& options) {
   return ImageLut(std::make_unique<const Prepared>(file, std::nullopt, options));
+}
+
+ImageLut ImageLut::forFloats(const PublishedLut& lut, const ImageLutOptions& options) {
+  return ImageLut(std::make_unique<const Prepared>(lut, std::nullopt, options));
 }
 
 template <ImageSample Sample>
@@ -198,16 +246,9 @@ Expected<void, ImageErrorCode> ImageLut::applyTo(const ImageView<const Sample>& 
 
   inBands(source.height, threads, [&](std::size_t first, std::size_t count) {
     const detail::PixelRows<Sample> rows{source.rows(first, count), destination.rows(first, count)};
-    if (const detail::CubeKernel* const cube = prepared_->cube()) {
-      detail::applyCube(*cube, rows);
-      return;
-    }
-    const TableKernel& table = *prepared_->table();
-    for (std::size_t row = 0; row < rows.source.height; ++row) {
-      for (std::size_t column = 0; column < rows.source.width; ++column) {
-        convertPixel(table, formats, pixelOf(rows.source, row, column), pixelOf(rows.destination, row, column));
-      }
-    }
+    prepared_->visit([&](const detail::CubeKernel& cube) { detail::applyCube(cube, rows); },
+                     [&](const TableKernel& table) { applyTable(table, formats, rows); },
+                     [&](const detail::StagesKernel& stages) { stages.apply(rows); });
   });
   return {};
 }
@@ -229,14 +270,16 @@ std::array<std::uint16_t, 3> ImageLut::pixel(std::uint16_t red, std::uint16_t gr
                                              std::uint16_t blue) const noexcept {
   const std::optional<ImageFormats>& formats = prepared_->formats;
   if (!formats) preconditionFailed("ImageLut::pixel: code values given to a LUT prepared for floating point");
-  const detail::CubeKernel* const cube = prepared_->cube();
-  return cube != nullptr ? cube->definition.codeValues({red, green, blue}, *formats)
-                         : prepared_->table()->definition.codeValues({red, green, blue}, *formats);
+  const PixelCodes input{red, green, blue};
+  return prepared_->visit([&](const detail::CubeKernel& cube) { return cube.definition.codeValues(input, *formats); },
+                          [&](const TableKernel& table) { return table.definition.codeValues(input, *formats); },
+                          [&](const detail::StagesKernel& stages) { return stages.codeValues(input); });
 }
 
 LutColor ImageLut::pixel(const LutColor& color) const noexcept {
-  const detail::CubeKernel* const cube = prepared_->cube();
-  return cube != nullptr ? cube->definition.color(color) : prepared_->table()->definition.color(color);
+  return prepared_->visit([&](const detail::CubeKernel& cube) { return cube.definition.color(color); },
+                          [&](const TableKernel& table) { return table.definition.color(color); },
+                          [&](const detail::StagesKernel& stages) { return stages.color(color); });
 }
 
 }  // namespace meridian::inline v0_2

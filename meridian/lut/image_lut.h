@@ -1,13 +1,15 @@
 /// \file
-/// Applies a LUT to whole images. For example, in place and on all cores:
+/// Applies a LUT to whole images. For example, as the file's format publishes it, in place and on all cores:
 ///
-///     const auto file = ParsedLutFactory::parsing(Url::fromFilePath("/looks/show.cube"));
-///     if (!file) return report(file.error().message());
+///     const auto lut = readPublishedLut(Url::fromFilePath("/looks/show.cube"));
+///     if (!lut) return report(lut.error().message());
 ///     const auto image = ImageView<std::uint16_t>::packed(ImageLayout::rgb, samples, 3840, 2160, 10);
-///     if (const auto applied = applyLut(**file, image, image, {}, 0); !applied) report(description(applied.error()));
+///     const ImageLutOptions rounded{.rounding = LutRounding::nearest};
+///     if (const auto done = applyLut(*lut, image, image, rounded, 0); !done) report(description(done.error()));
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -19,6 +21,7 @@
 #include "meridian/lut/image_lut_options.h"
 #include "meridian/lut/image_view.h"
 #include "meridian/lut/lut_file.h"
+#include "meridian/lut/lut_stages.h"
 
 namespace meridian::inline v0_2 {
 
@@ -44,6 +47,13 @@ namespace meridian::inline v0_2 {
 /// are neither truncated nor rounded. NaN counts as the lowest input. Results are computed in single precision, to
 /// about six digits of the LUT's largest value; the last digit may differ between machines. Results too large for
 /// single precision become infinite.
+///
+/// A LUT that was read as its format publishes it (`readPublishedLut`) is prepared in the same way; its stages say what
+/// its axes are, so `axisOrder` and `domain` of the options are unused. Inputs and results are as above, on the scale
+/// from 0 to 1, truncated or rounded as the options say. A single cube, and any LUT without a cube or matrix, converts
+/// code values exactly as `applied` and the formulas above define. With several stages, each stage's result is rounded
+/// to single precision from the first cube or matrix on; a code value may then differ by one where the exact result is
+/// next to a boundary: an integer if results are truncated, a half if they are rounded.
 class MERIDIAN_API ImageLut {
  public:
   /// Prepares a LUT for images of code values. Returns unusableBitDepth for depths outside 1 to 16, and unusableRange
@@ -53,8 +63,13 @@ class MERIDIAN_API ImageLut {
                                                                         CodeValueFormat destination,
                                                                         const ImageLutOptions& options = {});
 
+  [[nodiscard]] static Expected<ImageLut, ImageErrorCode> forCodeValues(const PublishedLut& lut, CodeValueFormat source,
+                                                                        CodeValueFormat destination,
+                                                                        const ImageLutOptions& options = {});
+
   /// Prepares a LUT for images of floating-point samples.
   [[nodiscard]] static ImageLut forFloats(const ParsedLutFile& file, const ImageLutOptions& options = {});
+  [[nodiscard]] static ImageLut forFloats(const PublishedLut& lut, const ImageLutOptions& options = {});
 
   ImageLut(ImageLut&&) noexcept;
   ImageLut& operator=(ImageLut&&) noexcept;
@@ -88,6 +103,11 @@ class MERIDIAN_API ImageLut {
   struct Prepared;
   explicit ImageLut(std::unique_ptr<const Prepared> prepared) noexcept;
 
+  template <typename Lut>
+  [[nodiscard]] static Expected<ImageLut, ImageErrorCode> preparedFor(const Lut& lut, CodeValueFormat source,
+                                                                      CodeValueFormat destination,
+                                                                      const ImageLutOptions& options);
+
   template <ImageSample Sample>
   [[nodiscard]] Expected<void, ImageErrorCode> applyTo(const ImageView<const Sample>& source,
                                                        const ImageView<Sample>& destination, unsigned threads) const;
@@ -95,21 +115,25 @@ class MERIDIAN_API ImageLut {
   std::unique_ptr<const Prepared> prepared_;
 };
 
+/// A LUT that images can be converted with: a file as the suite reads it, or as its format publishes it.
+template <typename Type>
+concept LutForImages = std::derived_from<Type, ParsedLutFile> || std::same_as<Type, PublishedLut>;
+
 /// Applies a LUT to an image in one call, with the bit depths and ranges of the views.
-template <ImageSample Sample>
+template <LutForImages Lut, ImageSample Sample>
   requires(!std::is_const_v<Sample>)
-[[nodiscard]] Expected<void, ImageErrorCode> applyLut(const ParsedLutFile& file,
+[[nodiscard]] Expected<void, ImageErrorCode> applyLut(const Lut& lut,
                                                       const std::type_identity_t<ImageView<const Sample>>& source,
                                                       const ImageView<Sample>& destination,
                                                       const ImageLutOptions& options = {}, unsigned threads = 1) {
   if constexpr (ImageView<Sample>::hasCodeValues) {
     if (const auto usable = source.check(); !usable) return usable;
     if (const auto usable = destination.check(); !usable) return usable;
-    const auto lut = ImageLut::forCodeValues(file, source.format, destination.format, options);
-    if (!lut) return Unexpected(lut.error());
-    return lut->apply(source, destination, threads);
+    const auto prepared = ImageLut::forCodeValues(lut, source.format, destination.format, options);
+    if (!prepared) return Unexpected(prepared.error());
+    return prepared->apply(source, destination, threads);
   } else {
-    return ImageLut::forFloats(file, options).apply(source, destination, threads);
+    return ImageLut::forFloats(lut, options).apply(source, destination, threads);
   }
 }
 

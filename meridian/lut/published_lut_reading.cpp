@@ -14,9 +14,6 @@ namespace {
 
 constexpr std::size_t pieceSize = std::size_t{256} * 1024;
 
-constexpr bool isNewline(char c) noexcept { return c == '\n' || c == '\r'; }
-constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t'; }
-
 std::string_view withoutBlanks(std::string_view text) noexcept {
   while (!text.empty() && isAsciiWhiteSpace(text.front())) text.remove_prefix(1);
   while (!text.empty() && isAsciiWhiteSpace(text.back())) text.remove_suffix(1);
@@ -24,7 +21,7 @@ std::string_view withoutBlanks(std::string_view text) noexcept {
 }
 
 const char* afterBlanks(const char* place) noexcept {
-  while (isBlank(*place)) ++place;
+  while (isAsciiBlank(*place)) ++place;
   return place;
 }
 

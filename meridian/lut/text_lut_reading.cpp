@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "meridian/base/ascii.h"
 #include "meridian/base/plain_decimal.h"
 
 namespace meridian::inline v0_2::detail {
@@ -13,9 +14,6 @@ namespace {
 
 /// Consecutive pieces of an overlong line overlap by this much, so that a keyword across both is found.
 constexpr std::size_t overlap = 64;
-
-constexpr bool isNewline(char c) noexcept { return c == '\n' || c == '\r'; }
-constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t'; }
 
 struct PlainRow {
   LutColor color;
@@ -25,15 +23,15 @@ struct PlainRow {
 
 /// Reads a line if it is a row of three short decimals, possibly with blanks around it, as nearly all lines are.
 PlainRow readPlainRow(const char* place) noexcept {
-  while (isBlank(*place)) ++place;
+  while (isAsciiBlank(*place)) ++place;
   const PlainDecimal first = readPlainDecimal(place);
-  if (first.end == nullptr || !isBlank(*first.end)) return {};
+  if (first.end == nullptr || !isAsciiBlank(*first.end)) return {};
   const PlainDecimal second = readPlainDecimal(first.end + 1);
-  if (second.end == nullptr || !isBlank(*second.end)) return {};
+  if (second.end == nullptr || !isAsciiBlank(*second.end)) return {};
   const PlainDecimal third = readPlainDecimal(second.end + 1);
   if (third.end == nullptr) return {};
   const char* end = third.end;
-  while (isBlank(*end)) ++end;
+  while (isAsciiBlank(*end)) ++end;
   if (!isNewline(*end)) return {};
   return {{first.number, second.number, third.number}, end};
 }
@@ -43,7 +41,7 @@ PlainRow readPlainRow(const char* place) noexcept {
 std::size_t withShortBlanks(std::span<char> line) noexcept {
   std::size_t run = 0;
   const auto rest = std::ranges::remove_if(line, [&run](char c) {
-    run = isBlank(c) ? run + 1 : 0;
+    run = isAsciiBlank(c) ? run + 1 : 0;
     return run > 2;
   });
   return line.size() - rest.size();
