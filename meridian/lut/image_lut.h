@@ -52,8 +52,9 @@ namespace meridian::inline v0_2 {
 /// its axes are, so `axisOrder` and `domain` of the options are unused. Inputs and results are as above, on the scale
 /// from 0 to 1, truncated or rounded as the options say. A single cube, and any LUT without a cube or matrix, converts
 /// code values exactly as `applied` and the formulas above define. With several stages, each stage's result is rounded
-/// to single precision from the first cube or matrix on; a code value may then differ by one where the exact result is
-/// next to a boundary: an integer if results are truncated, a half if they are rounded.
+/// to single precision from the first cube or matrix on, so results have about six digits: code values are those of the
+/// definition but for some that are next to a boundary (an integer if results are truncated, a half if they are
+/// rounded), which differ by one.
 class MERIDIAN_API ImageLut {
  public:
   /// Prepares a LUT for images of code values. Returns unusableBitDepth for depths outside 1 to 16, and unusableRange
