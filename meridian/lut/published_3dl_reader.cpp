@@ -111,6 +111,7 @@ class ThreeDlReader {
     constexpr std::int64_t mostInputDepth = 7;  // 129 points; 8 is one more than 256
     if (*inputDepth < 0 || *inputDepth > mostInputDepth) return lines_.lineError(LutErrorCode::unsupportedSize);
     meshFace_ = (std::size_t{1} << static_cast<unsigned>(*inputDepth)) + 1;
+    points_.reserve(std::min(*meshFace_ * *meshFace_ * *meshFace_, lines_.mostRows()));
     declaredDepth_ = static_cast<int>(*outputDepth);
     return {};
   }

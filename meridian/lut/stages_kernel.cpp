@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <span>
 #include <type_traits>
 
 namespace meridian::inline v0_2::detail {
@@ -30,9 +31,82 @@ class StageCube final : public ThreeDimensionalLutCube {
   std::int64_t faceSize_;
 };
 
-/// Returns whether each channel's result depends on that channel alone.
-bool keepsChannelsApart(const LutStage& stage) noexcept {
-  return std::holds_alternative<LutRange>(stage) || std::holds_alternative<LutCurve>(stage);
+using Planes = std::array<std::array<float, blockSize>, 4>;
+
+void applyStage(const LutMatrix& matrix, Planes& planes, std::size_t count) noexcept {
+  auto& [red, green, blue, alpha] = planes;
+  const auto result = [&matrix](std::size_t row, double r, double g, double b) {
+    const std::array<double, 3>& factors = matrix.rows[row];
+    return static_cast<float>(factors[0] * r + factors[1] * g + factors[2] * b + matrix.offset[row]);
+  };
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::array<double, 3> input{red[i], green[i], blue[i]};
+    red[i] = result(0, input[0], input[1], input[2]);
+    green[i] = result(1, input[0], input[1], input[2]);
+    blue[i] = result(2, input[0], input[1], input[2]);
+  }
+}
+
+void applyStage(const LutRange& range, Planes& planes, std::size_t count) noexcept {
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    const auto member = channelsOfStages[channel];
+    const double scale = range.scale.*member;
+    const double offset = range.offset.*member;
+    const double lowest = range.lowest.*member;
+    const double highest = range.highest.*member;
+    for (std::size_t i = 0; i < count; ++i) {
+      double value = planes[channel][i] * scale + offset;
+      value = value < lowest ? lowest : value;
+      planes[channel][i] = static_cast<float>(value > highest ? highest : value);
+    }
+  }
+}
+
+void applyStage(const LutCurve& curve, Planes& planes, std::size_t count) noexcept {
+  const std::vector<LutColor>& rows = *curve.rows;
+  const std::size_t last = rows.size() - 1;
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    const auto member = channelsOfStages[channel];
+    const double low = curve.domain.minimum.*member;
+    const double high = curve.domain.maximum.*member;
+    const double scale = static_cast<double>(last) / (high - low);
+    for (std::size_t i = 0; i < count; ++i) {
+      double value = planes[channel][i];
+      value = value < high ? value : high;
+      const double place = planes[channel][i] >= low ? (value - low) * scale : 0;  // NaN is at 0 too
+      const std::size_t lower = std::min(static_cast<std::size_t>(place), last);
+      const std::size_t upper = std::min(lower + 1, last);
+      planes[channel][i] =
+          static_cast<float>(blended(rows[lower].*member, rows[upper].*member, place - static_cast<double>(lower)));
+    }
+  }
+}
+
+void applyStage(const CubeKernel& cube, Planes& planes, std::size_t count) {
+  ImageView<float> view{.width = count, .height = 1};
+  for (std::size_t channel = 0; channel < 3; ++channel) view.planes[channel].samples = planes[channel].data();
+  applyCube(cube, PixelRows<float>{view, view});
+}
+
+/// The samples of a plane's first row.
+template <ImageSample Sample>
+class RowSamples {
+ public:
+  explicit RowSamples(const ImagePlane<Sample>& plane) noexcept
+      : samples_(plane.samples), step_(plane.pixelStride / static_cast<std::ptrdiff_t>(sizeof(Sample))) {}
+  [[nodiscard]] Sample& operator[](std::size_t i) const noexcept {
+    return samples_[static_cast<std::ptrdiff_t>(i) * step_];
+  }
+
+ private:
+  Sample* samples_;
+  std::ptrdiff_t step_;
+};
+
+/// Returns how results become code values.
+ResultScale resultScaleOf(const ImageFormats& formats) noexcept {
+  return formats.areRounded() ? ResultScale::rounded(1, formats.destination)
+                              : ResultScale{.factor = formats.destination.white()};
 }
 
 }  // namespace
@@ -48,28 +122,29 @@ CubeDefinition definitionOf(const LutCubeStage& stage, LutInterpolation interpol
 /// Consecutive pixels of a row, a plane for each channel. All of them are read before any is stored, since source and
 /// destination may be the same samples. Alpha is as in the source, which single precision holds exactly.
 struct StagesKernel::Block {
-  std::array<std::array<float, blockSize>, 4> planes;
-
-  [[nodiscard]] ImageView<float> view(std::size_t count) noexcept {
-    ImageView<float> result{.width = count, .height = 1};
-    for (std::size_t channel = 0; channel < 3; ++channel) result.planes[channel].samples = planes[channel].data();
-    return result;
-  }
+  Planes planes;
 };
 
 StagesKernel::StagesKernel(const PublishedLut& lut, const std::optional<ImageFormats>& formats,
                            LutInterpolation interpolation)
     : lut_(lut), formats_(formats), interpolation_(interpolation) {
   if (formats_) {
-    const auto firstMixing = std::ranges::find_if_not(lut_.stages, keepsChannelsApart);
+    const auto firstMixing = std::ranges::find_if_not(lut_.stages, [](const LutStage& stage) {
+      return std::holds_alternative<LutRange>(stage) || std::holds_alternative<LutCurve>(stage);
+    });
     foldedStages_ = static_cast<std::size_t>(firstMixing - lut_.stages.begin());
   }
   for (const LutStage& stage : std::span(lut_.stages).subspan(foldedStages_)) {
-    if (const auto* const cube = std::get_if<LutCubeStage>(&stage)) {
-      stages_.emplace_back(std::in_place_type<CubeKernel>, definitionOf(*cube, interpolation), std::nullopt);
-    } else {
-      stages_.emplace_back(stage);
-    }
+    static_cast<void>(applied(stage, {}));  // terminates for an unusable stage
+    std::visit(
+        [&]<typename Stage>(const Stage& each) {
+          if constexpr (std::is_same_v<Stage, LutCubeStage>) {
+            stages_.emplace_back(std::in_place_type<CubeKernel>, definitionOf(each, interpolation), std::nullopt);
+          } else {
+            stages_.emplace_back(each);
+          }
+        },
+        stage);
   }
   if (formats_) prepareEntries();
 }
@@ -77,8 +152,10 @@ StagesKernel::StagesKernel(const PublishedLut& lut, const std::optional<ImageFor
 void StagesKernel::prepareEntries() {
   // A sample may hold code values above the depth's largest too.
   const std::size_t count = formats_->source.bitDepth <= 8 ? 256 : 65536;
-  entries_.reserve(count);
-  for (std::size_t code = 0; code < count; ++code) entries_.push_back(entryOf(static_cast<std::uint16_t>(code)));
+  for (std::size_t code = 0; code < count; ++code) {
+    const std::array<float, 3> entry = entryOf(static_cast<std::uint16_t>(code));
+    for (std::size_t channel = 0; channel < 3; ++channel) entries_[channel].push_back(entry[channel]);
+  }
 }
 
 /// Returns what the folded stages make of a code value in each channel: the resulting code value if no stage is left.
@@ -105,8 +182,7 @@ LutColor StagesKernel::folded(const LutColor& input) const {
 /// Returns the code values of a result; NaN becomes the lowest.
 PixelCodes StagesKernel::resultCodes(const LutColor& color) const noexcept {
   const CodeValueFormat& destination = formats_->destination;
-  const ResultScale scaled =
-      formats_->areRounded() ? ResultScale::rounded(1, destination) : ResultScale{.factor = destination.white()};
+  const ResultScale scaled = resultScaleOf(*formats_);
   PixelCodes codes{};
   for (std::size_t i = 0; i < 3; ++i) codes[i] = limitedCodeValue(scaled(color.*channelsOfStages[i]), 0, destination);
   return codes;
@@ -121,19 +197,8 @@ LutColor StagesKernel::color(const LutColor& input) const {
 }
 
 void StagesKernel::applyStages(Block& block, std::size_t count) const {
-  const ImageView<float> view = block.view(count);
-  auto& [red, green, blue, alpha] = block.planes;
   for (const FloatStage& stage : stages_) {
-    if (const auto* const cube = std::get_if<CubeKernel>(&stage)) {
-      applyCube(*cube, PixelRows<float>{view, view});
-      continue;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-      const LutColor result = applied(std::get<LutStage>(stage), {red[i], green[i], blue[i]}, interpolation_);
-      red[i] = static_cast<float>(result.red);
-      green[i] = static_cast<float>(result.green);
-      blue[i] = static_cast<float>(result.blue);
-    }
+    std::visit([&](const auto& each) { applyStage(each, block.planes, count); }, stage);
   }
 }
 
@@ -141,45 +206,54 @@ void StagesKernel::applyStages(Block& block, std::size_t count) const {
 template <ImageSample Sample>
 void StagesKernel::loadPixels(const ImageView<const Sample>& source, Block& block) const {
   for (std::size_t channel = 0; channel < 3; ++channel) {
-    const ImagePlane<const Sample>& plane = source.planes[channel];
+    const RowSamples samples(source.planes[channel]);
     std::array<float, blockSize>& values = block.planes[channel];
     for (std::size_t i = 0; i < source.width; ++i) {
-      const Sample sample = *plane.at(0, i);
+      const Sample sample = samples[i];
       if constexpr (std::is_same_v<Sample, float>) {
         values[i] = sample;
       } else {
-        values[i] = sample < entries_.size() ? entries_[sample][channel] : entryOf(sample)[channel];
+        const std::vector<float>& entries = entries_[channel];
+        values[i] = sample < entries.size() ? entries[sample] : entryOf(sample)[channel];
       }
     }
   }
-  for (std::size_t i = 0; source.hasAlpha() && i < source.width; ++i) {
-    block.planes[3][i] = static_cast<float>(*source.alpha().at(0, i));
-  }
+  if (!source.hasAlpha()) return;
+  const RowSamples samples(source.alpha());
+  for (std::size_t i = 0; i < source.width; ++i) block.planes[3][i] = static_cast<float>(samples[i]);
 }
 
 /// Stores the colours, and alpha if the destination has it.
 template <ImageSample Sample>
 void StagesKernel::storePixels(const Block& block, bool hasAlpha, const ImageView<Sample>& destination) const {
-  const auto& [red, green, blue, alpha] = block.planes;
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    const RowSamples samples(destination.planes[channel]);
+    const std::array<float, blockSize>& values = block.planes[channel];
+    if constexpr (std::is_same_v<Sample, float>) {
+      for (std::size_t i = 0; i < destination.width; ++i) samples[i] = std::isnan(values[i]) ? 0 : values[i];
+    } else if (stages_.empty()) {
+      for (std::size_t i = 0; i < destination.width; ++i) samples[i] = static_cast<Sample>(values[i]);
+    } else {
+      // What limitedCodeValue returns, without its branches.
+      const ResultScale scale = resultScaleOf(*formats_);
+      const auto lowest = static_cast<double>(formats_->destination.lowest());
+      const auto highest = static_cast<double>(formats_->destination.highest());
+      for (std::size_t i = 0; i < destination.width; ++i) {
+        double code = static_cast<double>(values[i]) * scale.factor + scale.offset;
+        code = code > lowest ? code : lowest;  // NaN as well
+        samples[i] = static_cast<Sample>(static_cast<std::int32_t>(code < highest ? code : highest));
+      }
+    }
+  }
+  if (!destination.hasAlpha()) return;
+  const RowSamples samples(destination.alpha());
+  const std::array<float, blockSize>& alpha = block.planes[3];
   for (std::size_t i = 0; i < destination.width; ++i) {
     if constexpr (std::is_same_v<Sample, float>) {
-      const auto number = [](float value) { return std::isnan(value) ? 0.0F : value; };
-      *destination.red().at(0, i) = number(red[i]);
-      *destination.green().at(0, i) = number(green[i]);
-      *destination.blue().at(0, i) = number(blue[i]);
-      if (destination.hasAlpha()) *destination.alpha().at(0, i) = hasAlpha ? alpha[i] : 1.0F;
+      samples[i] = hasAlpha ? alpha[i] : 1;
     } else {
-      const PixelCodes codes =
-          stages_.empty() ? PixelCodes{static_cast<std::uint16_t>(red[i]), static_cast<std::uint16_t>(green[i]),
-                                       static_cast<std::uint16_t>(blue[i])}
-                          : resultCodes({red[i], green[i], blue[i]});
-      for (std::size_t channel = 0; channel < 3; ++channel) {
-        *destination.planes[channel].at(0, i) = static_cast<Sample>(codes[channel]);
-      }
-      if (!destination.hasAlpha()) continue;
-      *destination.alpha().at(0, i) =
-          static_cast<Sample>(hasAlpha ? rescaledAlpha(static_cast<std::uint16_t>(alpha[i]), *formats_)
-                                       : largestCodeValue(formats_->destination.bitDepth));
+      samples[i] = static_cast<Sample>(hasAlpha ? rescaledAlpha(static_cast<std::uint16_t>(alpha[i]), *formats_)
+                                                : largestCodeValue(formats_->destination.bitDepth));
     }
   }
 }

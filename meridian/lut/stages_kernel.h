@@ -11,7 +11,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <variant>
 #include <vector>
 
@@ -40,7 +39,7 @@ class StagesKernel {
 
  private:
   /// A stage as it is applied to single precision.
-  using FloatStage = std::variant<LutStage, CubeKernel>;
+  using FloatStage = std::variant<LutMatrix, LutRange, LutCurve, CubeKernel>;
   struct Block;
 
   [[nodiscard]] LutColor folded(const LutColor& input) const;
@@ -61,8 +60,8 @@ class StagesKernel {
   /// The stages that the table holds, and those after them.
   std::size_t foldedStages_ = 0;
   std::vector<FloatStage> stages_;
-  /// What the folded stages make of each code value of the source.
-  std::vector<std::array<float, 3>> entries_;
+  /// What the folded stages make of each code value of the source, in each channel.
+  std::array<std::vector<float>, 3> entries_;
 };
 
 extern template void StagesKernel::apply(const PixelRows<std::uint8_t>&) const;
