@@ -48,8 +48,8 @@ class Warnings {
     const auto order = isCube() ? publishedOrder(file_) : std::nullopt;
     if (order && order != options_.axisOrder) {
       add(LutWarningCode::otherAxisOrder, *order == LutAxisOrder::redFastest
-                                              ? "red fastest by its format, read with blue fastest"
-                                              : "blue fastest by its format, read with red fastest");
+                                              ? "red is fastest in the format, blue in this reading"
+                                              : "blue is fastest in the format, red in this reading");
     }
     if (facts_.ignoredLines > 0) {
       add(LutWarningCode::ignoredLines, std::to_string(facts_.ignoredLines) +

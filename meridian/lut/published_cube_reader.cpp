@@ -1,4 +1,5 @@
 // Reads .cube files as published: red fastest, on their declared domain.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -8,6 +9,7 @@
 #include <span>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/text.h"
@@ -39,12 +41,16 @@ struct Table {
   }
 };
 
-/// Exchanges the red and the blue axis of a cube.
+/// Exchanges the red and the blue axis of a cube, in strips that use all of a cache line.
 void transpose(std::span<LutColor> points, std::size_t face) {
-  for (std::size_t i = 0; i < face; ++i) {
-    for (std::size_t j = 0; j < face; ++j) {
-      for (std::size_t k = 0; k < i; ++k) {
-        std::swap(points[(i * face + j) * face + k], points[(k * face + j) * face + i]);
+  constexpr std::size_t strip = 8;
+  for (std::size_t j = 0; j < face; ++j) {
+    for (std::size_t first = 0; first < face; first += strip) {
+      const std::size_t end = std::min(first + strip, face);
+      for (std::size_t k = 0; k < end; ++k) {
+        for (std::size_t i = std::max(first, k + 1); i < end; ++i) {
+          std::swap(points[(i * face + j) * face + k], points[(k * face + j) * face + i]);
+        }
       }
     }
   }

@@ -74,7 +74,8 @@ void applyStage(const LutCurve& curve, Planes& planes, std::size_t count) noexce
       double value = planes[channel][i];
       value = value < high ? value : high;
       const double place = planes[channel][i] >= low ? (value - low) * scale : 0;  // NaN is at 0 too
-      const std::size_t lower = std::min(static_cast<std::size_t>(place), last);
+      // By way of a signed integer, which takes one instruction.
+      const std::size_t lower = std::min(static_cast<std::size_t>(static_cast<std::int64_t>(place)), last);
       const std::size_t upper = std::min(lower + 1, last);
       planes[channel][i] =
           static_cast<float>(blended(rows[lower].*member, rows[upper].*member, place - static_cast<double>(lower)));
