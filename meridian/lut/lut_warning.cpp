@@ -68,7 +68,8 @@ class Warnings {
 
   void warnOfDomain() {
     if (options_.domain != LutInputDomain::dataRange) return;
-    const double lastInput = isCube() ? lut_.highValue : lut_.inputBitDepth ? static_cast<double>(lut_.size - 1) : 1;
+    const double lastOfRows = lut_.inputBitDepth ? static_cast<double>(lut_.size - 1) : 1;
+    const double lastInput = isCube() ? lut_.highValue : lastOfRows;
     const LutDeclaredDomain& domain = lut_.declaredDomain;
     if (domain != LutDeclaredDomain{{0, 0, 0}, {lastInput, lastInput, lastInput}, true} && domain.isDeclared) {
       add(LutWarningCode::domainNotApplied, textOf(domain.minimum) + " to " + textOf(domain.maximum));

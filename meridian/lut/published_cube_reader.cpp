@@ -22,11 +22,10 @@ constexpr std::array channels{&LutColor::red, &LutColor::green, &LutColor::blue}
 
 /// Returns whether the minimum is below the maximum in each channel, by a number that a double holds.
 bool hasExtent(const LutDeclaredDomain& domain) noexcept {
-  for (const auto channel : channels) {
+  return std::ranges::all_of(channels, [&domain](const auto channel) {
     const double extent = domain.maximum.*channel - domain.minimum.*channel;
-    if (!(extent > 0) || !std::isfinite(extent)) return false;
-  }
-  return true;
+    return extent > 0 && std::isfinite(extent);
+  });
 }
 
 /// One of the two tables that a file may have.

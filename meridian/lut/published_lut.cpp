@@ -126,7 +126,7 @@ Expected<LutFormat, LutError> publishedLutFormat(const Url& file) {
 }
 
 Expected<PublishedLut, LutError> readPublishedLut(const Url& file) {
-  const std::string path = file.path();
+  const std::string& path = file.path();
   FileReader reader(path);
   const auto format = formatOf(reader, path);
   if (!format) return Unexpected(format.error());

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <type_traits>
+#include <utility>
 
 namespace meridian::inline v0_2::detail {
 namespace {
@@ -126,9 +127,8 @@ struct StagesKernel::Block {
   Planes planes;
 };
 
-StagesKernel::StagesKernel(const PublishedLut& lut, const std::optional<ImageFormats>& formats,
-                           LutInterpolation interpolation)
-    : lut_(lut), formats_(formats), interpolation_(interpolation) {
+StagesKernel::StagesKernel(PublishedLut lut, const std::optional<ImageFormats>& formats, LutInterpolation interpolation)
+    : lut_(std::move(lut)), formats_(formats), interpolation_(interpolation) {
   if (formats_) {
     const auto firstMixing = std::ranges::find_if_not(lut_.stages, [](const LutStage& stage) {
       return std::holds_alternative<LutRange>(stage) || std::holds_alternative<LutCurve>(stage);

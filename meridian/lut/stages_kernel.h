@@ -27,7 +27,7 @@ namespace meridian::inline v0_2::detail {
 class StagesKernel {
  public:
   /// For code values, with formats, or for floating point, without.
-  StagesKernel(const PublishedLut& lut, const std::optional<ImageFormats>& formats, LutInterpolation interpolation);
+  StagesKernel(PublishedLut lut, const std::optional<ImageFormats>& formats, LutInterpolation interpolation);
 
   /// The plain definitions, in double precision.
   [[nodiscard]] PixelCodes codeValues(const PixelCodes& input) const;

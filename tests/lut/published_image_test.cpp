@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 
@@ -61,7 +62,8 @@ TEST(PublishedImages, CodeValuesAreThoseOfTheDefinition) {
         std::vector<std::uint16_t> source(width * 4);
         const unsigned most = from.bitDepth == 8 ? 300 : (1U << static_cast<unsigned>(from.bitDepth)) + 20;
         for (std::uint16_t& code : source) code = static_cast<std::uint16_t>(random() % most);
-        for (std::size_t i = 3; i < source.size(); i += 4) source[i] %= 1U << static_cast<unsigned>(from.bitDepth);
+        const unsigned codes = 1U << static_cast<unsigned>(from.bitDepth);
+        for (std::size_t i = 3; i < source.size(); i += 4) source[i] = static_cast<std::uint16_t>(source[i] % codes);
         std::vector<std::uint16_t> image = source;
         auto view = ImageView<std::uint16_t>::packed(ImageLayout::rgba, image.data(), width, 1, to);
         auto input = view;
@@ -133,8 +135,8 @@ TEST(PublishedImages, FloatingPointIsNearTheDefinition) {
 TEST(PublishedImages, AnotherFormatIsAnError) {
   const PublishedLut lut;
   EXPECT_EQ(ImageLut::forCodeValues(lut, 17, 8).error(), ImageErrorCode::unusableBitDepth);
-  float sample = 0;
-  const auto view = ImageView<float>::packed(ImageLayout::rgb, &sample, 0, 0);
+  std::array<float, 3> pixel{};
+  const auto view = ImageView<float>::packed(ImageLayout::rgb, pixel.data(), 1, 1);
   EXPECT_EQ(ImageLut::forCodeValues(lut, 8, 8)->apply(view, view).error(), ImageErrorCode::otherFormat);
 }
 

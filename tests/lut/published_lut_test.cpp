@@ -53,6 +53,27 @@ TEST_F(PublishedLutFiles, CubeFilesHaveRedFastestOnTheirDomain) {
   EXPECT_EQ(applied(*wide, {-9, 9, std::nan("")}), (LutColor{0, 1, 0}));
 }
 
+TEST_F(PublishedLutFiles, NewlinesMayBeAnywhereInAFile) {
+  // Rows of many lengths, so that newlines are at the ends of the pieces in which a file is read, and a long comment.
+  std::vector<std::string> lines{"LUT_1D_SIZE 60000", "#" + std::string(400'000, ' '),
+                                 "#" + std::string(2'000'000, 'x')};
+  std::vector<LutColor> rows;
+  for (int i = 0; i < 60000; ++i) {
+    rows.push_back({i + 0.25, 0, i % 7 * 0.5});
+    lines.push_back(std::to_string(i) + ".25" + std::string(static_cast<std::size_t>(1 + i % 13), ' ') + "0e0\t" +
+                    std::to_string(i % 7 * 0.5));
+  }
+  for (const std::string newline : {"\n", "\r\n", "\r", "\n\n"}) {
+    std::string text;
+    for (const std::string& line : lines) text += line + newline;
+    const auto lut = read("long.cube", text);
+    ASSERT_TRUE(lut) << lut.error().message();
+    EXPECT_EQ(*std::get<LutCurve>(lut->stages.front()).rows, rows);
+    const auto damaged = read("long.cube", text + "0 0");
+    EXPECT_EQ(damaged.error().detail, newline == "\n\n" ? "line 120007: 0 0" : "line 60004: 0 0");
+  }
+}
+
 TEST_F(PublishedLutFiles, CurvesAreLinearBetweenAnyNumberOfRows) {
   const auto curve = read("curve.cube", "LUT_1D_SIZE 3\n0 0 1\n0.6 -1 0.5\n1 4 0\n");
   ASSERT_TRUE(curve) << curve.error().message();
