@@ -2,7 +2,7 @@
 /// What may surprise about a LUT that was read, although nothing failed. For example:
 ///
 ///     for (const LutWarning& warning : warningsOf(*file, {})) std::cerr << warning.message() << '\n';
-///     // "/looks/show.cube": declares a domain that is not applied: 0 to 4 ...
+///     // "/looks/show.cube": declares a domain that is not applied: 0 to 4; apply the declared domain, or ...
 #pragma once
 
 #include <array>
@@ -18,7 +18,8 @@ namespace meridian::inline v0_2 {
 
 class ParsedLutFile;
 
-/// What was noticed about a LUT. All but the last two are about the suite's own reading of text files.
+/// What was noticed about a LUT: ignoredLines for both readings, depthExceeded for published files, all others for
+/// files as the suite reads them.
 enum class LutWarningCode : std::uint8_t {
   domainNotApplied,
   highestBelowFullScale,
@@ -48,8 +49,8 @@ struct EnumerationTable<LutWarningCode> {
       {LutWarningCode::cubeOfOnePoint, "cubeOfOnePoint", "is a cube of one point, so that every input gives one colour",
        "check that the file is complete"},
       {LutWarningCode::negativeValues, "negativeValues",
-       "has negative values, which become 0 in images of code values and which single samples do not allow",
-       "use floating-point images to keep them"},
+       "has negative values, which become 0 in images of code values and have no result as single samples",
+       "apply it to floating-point images to keep them"},
       {LutWarningCode::tooFewRows, "tooFewRows", "has fewer rows than its size needs", "copy or export the LUT again"},
       {LutWarningCode::otherAxisOrder, "otherAxisOrder", "is not read with the axis order of its format",
        "read the file as its format publishes it"},
