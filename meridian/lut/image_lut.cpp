@@ -189,7 +189,11 @@ struct ImageLut::Prepared {
     struct Overloaded : Functions... {
       using Functions::operator()...;
     };
-    return std::visit(Overloaded{functions...}, kernel);
+    const Overloaded overloaded{functions...};
+    // Unlike std::visit, this never throws.
+    if (const auto* const cube = std::get_if<detail::CubeKernel>(&kernel)) return overloaded(*cube);
+    if (const auto* const table = std::get_if<TableKernel>(&kernel)) return overloaded(*table);
+    return overloaded(*std::get_if<detail::StagesKernel>(&kernel));
   }
 
   /// Absent for floating point.

@@ -14,7 +14,6 @@
 namespace meridian {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
