@@ -1,7 +1,9 @@
 #include "meridian/lut/lut_stages.h"
 
+#include <algorithm>
 #include <cstddef>
 
+#include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
 #include "meridian/lut/image_definition.h"
 #include "meridian/lut/lut_interpolation.h"
@@ -64,6 +66,15 @@ LutColor appliedTo(const LutColor& color, const LutCubeStage& cube, LutInterpola
                                    place(&LutColor::green), place(&LutColor::blue));
 }
 
+LutColor appliedTo(const LutColor& color, const LutFunction& function, LutInterpolation /*interpolation*/) {
+  if (!function.apply) preconditionFailed("a LUT's function is empty");
+  auto red = static_cast<float>(color.red);
+  auto green = static_cast<float>(color.green);
+  auto blue = static_cast<float>(color.blue);
+  function.apply({&red, 1}, {&green, 1}, {&blue, 1});
+  return {red, green, blue};
+}
+
 }  // namespace
 
 LutColor applied(const LutStage& stage, const LutColor& color, LutInterpolation interpolation) {
@@ -74,6 +85,24 @@ LutColor applied(const PublishedLut& lut, const LutColor& color, LutInterpolatio
   LutColor result = color;
   for (const LutStage& stage : lut.stages) result = applied(stage, result, interpolation);
   return result;
+}
+
+void warnOfNegativeValues(PublishedLut& lut) {
+  const auto colorsOf = [](const LutStage& stage) -> const std::vector<LutColor>* {
+    if (const auto* const curve = std::get_if<LutCurve>(&stage)) return curve->rows.get();
+    if (const auto* const cube = std::get_if<LutCubeStage>(&stage)) return cube->points.get();
+    return nullptr;
+  };
+  const auto last = std::find_if(lut.stages.rbegin(), lut.stages.rend(),
+                                 [&](const LutStage& stage) { return colorsOf(stage) != nullptr; });
+  if (last == lut.stages.rend()) return;
+  double lowest = 0;
+  for (const LutColor& color : *colorsOf(*last)) {
+    for (const auto channel : channels) lowest = std::min(lowest, color.*channel);
+  }
+  if (lowest < 0) {
+    lut.warnings.push_back({LutWarningCode::negativeValues, lut.path, "the lowest is " + plainDecimalText(lowest)});
+  }
 }
 
 }  // namespace meridian::inline v0_2

@@ -9,8 +9,10 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <memory>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -59,9 +61,17 @@ struct LutCubeStage {
   LutDeclaredDomain domain{};
 };
 
-using LutStage = std::variant<LutMatrix, LutRange, LutCurve, LutCubeStage>;
+/// A stage that another library computes, in single precision. `apply` changes the colours in place; the three spans
+/// have one length. It is called from several threads at once and must not throw. An empty function terminates the
+/// process when it is applied.
+struct LutFunction {
+  std::function<void(std::span<float> red, std::span<float> green, std::span<float> blue)> apply;
+};
 
-/// A LUT on the scale from 0 to 1 for inputs and results, neither of which is limited to it.
+using LutStage = std::variant<LutMatrix, LutRange, LutCurve, LutCubeStage, LutFunction>;
+
+/// A LUT on the scale from 0 to 1 for inputs and results, neither of which is limited to it. Callers may add stages of
+/// their own, for example for formats that `readPublishedLut` leaves to another reader.
 struct PublishedLut {
   LutFormat format = LutFormat::cube;
   /// The path of the file.
@@ -72,10 +82,15 @@ struct PublishedLut {
   std::vector<LutWarning> warnings{};
 };
 
-/// Returns what a stage or a LUT makes of a colour, in double precision: the definition that images agree with.
+/// Returns what a stage or a LUT makes of a colour, in double precision except for functions: the definition that
+/// images agree with.
 [[nodiscard]] MERIDIAN_API LutColor applied(const LutStage& stage, const LutColor& color,
                                             LutInterpolation interpolation = LutInterpolation::trilinear);
 [[nodiscard]] MERIDIAN_API LutColor applied(const PublishedLut& lut, const LutColor& color,
                                             LutInterpolation interpolation = LutInterpolation::trilinear);
+
+/// Adds the warning negativeValues if the last curve or cube has any. Readers of formats call it when the stages are
+/// there.
+MERIDIAN_API void warnOfNegativeValues(PublishedLut& lut);
 
 }  // namespace meridian::inline v0_2

@@ -18,8 +18,9 @@ namespace meridian::inline v0_2 {
 
 class ParsedLutFile;
 
-/// What was noticed about a LUT: ignoredLines for both readings, depthExceeded for published files, all others for
-/// files as the suite reads them.
+/// What was noticed about a LUT: negativeValues and ignoredLines for both readings, depthExceeded, wholeNumbers and
+/// otherLibrary for published files, noPublishedFormat for files that a published reading leaves to the suite's, all
+/// others for files as the suite reads them.
 enum class LutWarningCode : std::uint8_t {
   domainNotApplied,
   highestBelowFullScale,
@@ -31,6 +32,10 @@ enum class LutWarningCode : std::uint8_t {
   otherAxisOrder,
   ignoredLines,
   depthExceeded,
+  wholeNumbers,
+  otherLibrary,
+  noPublishedFormat,
+  otherPublishedFormat,
 };
 
 template <>
@@ -49,7 +54,7 @@ struct EnumerationTable<LutWarningCode> {
       {LutWarningCode::cubeOfOnePoint, "cubeOfOnePoint", "is a cube of one point, so that every input gives one colour",
        "check that the file is complete"},
       {LutWarningCode::negativeValues, "negativeValues",
-       "has negative values, which become 0 in images of code values and have no result as single samples",
+       "has negative values, which become 0 in images of code values and have no result in the suite's samples",
        "apply it to floating-point images to keep them"},
       {LutWarningCode::tooFewRows, "tooFewRows", "has fewer rows than its size needs", "copy or export the LUT again"},
       {LutWarningCode::otherAxisOrder, "otherAxisOrder", "is not read with the axis order of its format",
@@ -58,6 +63,16 @@ struct EnumerationTable<LutWarningCode> {
       {LutWarningCode::depthExceeded, "depthExceeded",
        "has values of more than twice the declared bit depth, so that the depth is taken from the values",
        "correct its Mesh line"},
+      {LutWarningCode::wholeNumbers, "wholeNumbers",
+       "has whole numbers like code values, although 1 is white in its format",
+       "if they are code values, read the file as the suite does, or export it with numbers from 0 to 1"},
+      {LutWarningCode::otherLibrary, "otherLibrary", "has operations that another library computes",
+       "export the LUT as .cube if its results must not depend on that library"},
+      {LutWarningCode::noPublishedFormat, "noPublishedFormat",
+       "is not in a published LUT format and is read as the suite reads it",
+       "export the LUT as .cube if another program shows other colours"},
+      {LutWarningCode::otherPublishedFormat, "otherPublishedFormat",
+       "is in a format that the suite takes for rows of its own", "read the file as its format publishes it"},
   });
 };
 

@@ -40,6 +40,18 @@ struct Table {
   }
 };
 
+/// Returns the highest value of rows that look like code values: whole numbers, some of them of 7 bits or more.
+std::optional<double> highestCodeValue(std::span<const LutColor> rows) noexcept {
+  double highest = 0;
+  for (const LutColor& row : rows) {
+    for (const auto channel : channels) {
+      if (row.*channel != std::floor(row.*channel)) return std::nullopt;
+      highest = std::max(highest, row.*channel);
+    }
+  }
+  return highest >= 127 ? std::optional(highest) : std::nullopt;
+}
+
 /// Exchanges the red and the blue axis of a cube, in strips that use all of a cache line.
 void transpose(std::span<LutColor> points, std::size_t face) {
   constexpr std::size_t strip = 8;
@@ -66,6 +78,10 @@ class CubeReader {
     if (curveRows + cubeRows == 0) return lines_.error(LutErrorCode::noPublishedFormat);
     auto rows = readRows(curveRows, cubeRows);
     if (!rows) return Unexpected(std::move(rows).error());
+    if (const auto highest = highestCodeValue(cube_.size ? points_ : curveRows_)) {
+      lut_.warnings.push_back(
+          {LutWarningCode::wholeNumbers, lut_.path, "the highest is " + plainDecimalText(*highest)});
+    }
     addStages();
     ignored_.warn(lut_);
     return std::move(lut_);

@@ -143,6 +143,7 @@ Expected<PublishedLut, LutError> readPublishedLut(const Url& file) {
     }
   }();
   if (reader.error()) return lines.error(LutErrorCode::notRead);
+  if (lut) warnOfNegativeValues(*lut);
   return lut;
 }
 

@@ -90,6 +90,11 @@ void applyStage(const CubeKernel& cube, Planes& planes, std::size_t count) {
   applyCube(cube, PixelRows<float>{view, view});
 }
 
+void applyStage(const LutFunction& function, Planes& planes, std::size_t count) {
+  auto& [red, green, blue, alpha] = planes;
+  function.apply({red.data(), count}, {green.data(), count}, {blue.data(), count});
+}
+
 /// The samples of a plane's first row.
 template <ImageSample Sample>
 class RowSamples {

@@ -39,7 +39,7 @@ class StagesKernel {
 
  private:
   /// A stage as it is applied to single precision.
-  using FloatStage = std::variant<LutMatrix, LutRange, LutCurve, CubeKernel>;
+  using FloatStage = std::variant<LutMatrix, LutRange, LutCurve, CubeKernel, LutFunction>;
   struct Block;
 
   [[nodiscard]] LutColor folded(const LutColor& input) const;

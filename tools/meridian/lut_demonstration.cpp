@@ -14,9 +14,8 @@
 
 #include "meridian/base/numbers.h"
 #include "meridian/lut/image_lut.h"
-#include "meridian/lut/parsed_lut_factory.h"
+#include "meridian/lut/published_lut.h"
 #include "tools/meridian/command.h"
-#include "tools/meridian/lut_arguments.h"
 #include "tools/meridian/output.h"
 
 namespace meridian::command {
@@ -199,12 +198,10 @@ void demonstrateLut() {
   writeLook(path);
 
   const auto beginning = Clock::now();
-  const auto file = parseLut(path);
+  const auto file = readPublishedLut(Url::fromFilePath(path));
   if (!file) throw std::runtime_error(file.error().message());
   const auto afterParsing = Clock::now();
-  // The file is written as published .cube files are, so it is read the same way.
-  const auto lut = ImageLut::forCodeValues(**file, 16, 16,
-                                           {.axisOrder = LutAxisOrder::redFastest, .domain = LutInputDomain::declared});
+  const auto lut = ImageLut::forCodeValues(*file, 16, 16, {.rounding = LutRounding::nearest});
 
   const Samples before = makeImage();
   Samples after(before.size());
@@ -219,7 +216,7 @@ void demonstrateLut() {
   showsColour() ? showInColours(before, after) : showAsTable(before, after);
   const double pixelsPerSecond =
       static_cast<double>(imageWidth * imageHeight) / std::chrono::duration<double>(applying).count();
-  std::cout << "\n  read: a cube of " << facePoints << " points per axis, " << (*file)->orderedValues().size()
+  std::cout << "\n  read: a cube of " << facePoints << " points per axis, " << facePoints * facePoints * facePoints
             << " rows, in " << milliseconds(afterParsing - beginning) << "\n  applied: to " << imageWidth << " x "
             << imageHeight << " pixels of 16 bits in " << milliseconds(applying) << ", "
             << fixedDecimalText(pixelsPerSecond / 1e6, 0) << " million pixels a second\n";

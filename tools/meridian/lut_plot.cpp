@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "meridian/base/numbers.h"
-#include "meridian/lut/lut_description.h"
 #include "tools/meridian/plot_canvas.h"
 
 namespace meridian::command {
@@ -178,30 +177,14 @@ void drawSlices(Canvas& canvas, const Area& area, const Apply& apply) {
   }
 }
 
-std::string kindText(const LutDescription& lut) {
-  std::string text(description(lut.dimensions));
-  text += lut.dimensions == LutDimensions::cube ? ", " + std::to_string(lut.size) + " points per axis"
-                                                : ", " + std::to_string(lut.size) + " rows";
-  text += lut.valueBitDepth ? ", " + std::to_string(*lut.valueBitDepth) + "-bit code values" : ", floating point";
-  return text + " from " + shortestDecimalText(lut.lowValue) + " to " + shortestDecimalText(lut.highValue);
-}
-
-std::string optionsText(const ParsedLutFile& lut, const ImageLutOptions& options) {
-  std::string text = options.domain == LutInputDomain::declared ? "declared domain" : "domain of the data";
-  if (lut.dimensions() != LutDimensions::cube) return text;
-  text += options.axisOrder == LutAxisOrder::redFastest ? ", red fastest" : ", blue fastest";
-  return text + ", " + std::string(rawValue(options.interpolation));
-}
-
-void plotLut(const ParsedLutFile& lut, const ImageLutOptions& options, const std::string& title,
-             const std::string& path) {
-  const ImageLut prepared = ImageLut::forFloats(lut, options);
-  const Apply apply = [&prepared](const LutColor& color) { return prepared.pixel(color); };
+void plotLut(const ImageLut& lut, const LutPlotLabels& labels, const std::string& path) {
+  const Apply apply = [&lut](const LutColor& color) { return lut.pixel(color); };
   Canvas canvas;
   const TextStyle titleStyle{.size = 26, .color = strongText, .isBold = true};
-  canvas.text(40, 54, canvas.fitted(title, 1520, titleStyle), titleStyle);
-  canvas.text(40, 84, kindText(describe(lut)) + "; " + optionsText(lut, options), {.size = 16});
-  if (lut.dimensions() == LutDimensions::cube) {
+  canvas.text(40, 54, canvas.fitted(labels.title, 1520, titleStyle), titleStyle);
+  const TextStyle subtitleStyle{.size = 16};
+  canvas.text(40, 84, canvas.fitted(labels.subtitle, 1520, subtitleStyle), subtitleStyle);
+  if (labels.mixesChannels) {
     drawCurves(canvas, {120, 146, 690, 680}, apply);
     drawSlices(canvas, {880, 146, 680, 500}, apply);
     drawRamps(canvas, {880, 684, 680, 50}, {880, 776, 680, 50}, apply);

@@ -27,6 +27,7 @@
 #include "tools/meridian/image_format.h"
 #include "tools/meridian/image_module.h"
 #include "tools/meridian/lut_arguments.h"
+#include "tools/meridian/lut_reading.h"
 #include "tools/meridian/progress_bar.h"
 #include "tools/meridian/replacement_file.h"
 
@@ -68,7 +69,7 @@ const ImageFormat& writtenFormat(const std::string& path) {
 /// A LUT that is prepared once for each bit depth. May be used from several threads at once.
 class PreparedLuts {
  public:
-  PreparedLuts(const ParsedLutFile& file, const ImageLutOptions& options) : file_(file), options_(options) {}
+  explicit PreparedLuts(const ChosenLut& lut) : lut_(lut) {}
 
   const ImageLut& forImage(const ImageFile& image) {
     const auto depth = image.bitDepth();
@@ -80,13 +81,11 @@ class PreparedLuts {
 
  private:
   [[nodiscard]] ImageLut prepared(std::optional<int> depth) const {
-    if (!depth) return ImageLut::forFloats(file_, options_);
     // Samples of 8 and 16 bits always have a usable depth.
-    return *ImageLut::forCodeValues(file_, *depth, *depth, options_);
+    return depth ? lut_.forCodeValues(*depth, *depth) : lut_.forFloats();
   }
 
-  const ParsedLutFile& file_;
-  ImageLutOptions options_;
+  const ChosenLut& lut_;
   std::mutex mutex_;
   std::map<std::optional<int>, ImageLut> byDepth_;
 };
@@ -278,8 +277,9 @@ Status applyToImages(const Arguments& arguments) {
   const unsigned threads = affordableThreads(readThreads(arguments));
   const std::vector<ImageJob> jobs = readJobs(arguments);
   const auto workers = static_cast<unsigned>(std::min<std::size_t>(threads, jobs.size()));
-  const auto file = readLut(arguments);
-  PreparedLuts luts(*file, chosenImageLutOptions(arguments));
+  const ChosenLut lut = readChosenLut(arguments, LutReading::published);
+  printWarnings(lut.warnings);
+  PreparedLuts luts(lut);
   const ImageFileModule& images = imageFileModule();
   const LutApplication application{images, luts, arguments.value("layer"), threads / workers};
   startThreads(images, application.threadsPerImage == 1 ? 1 : threads);
@@ -307,11 +307,15 @@ Subcommand lutApplyCommand() {
           "and further channels stay as they are. OUT's format has to support such samples and channels. OUT is\n"
           "written to a temporary file, read back, then renamed; it may be IN. It is owned by the user who runs\n"
           "the command and keeps the permissions that it had.\n\n"
+          "FILE is read as its format publishes it: .cube and .3dl, and with OpenColorIO .csp, .spi1d, .spi3d, "
+          ".spimtx,\n"
+          ".itx, .lut, .m3d, .vf, CLF and CTF. Other texts are read as the suite reads them, with a warning. Warnings\n"
+          "say what may surprise about FILE, and what to do.\n\n"
           "With --to, each image is written to DIR under its own name; DIR may be the one that the images are\n"
           "in. The other images are still done if one fails; the status is then 1.",
       .example =
           "meridian lut apply look.cube in.dpx out.dpx\n"
-          "meridian lut apply look.cube shot.exr shot.exr --axis-order red-fastest --domain declared\n"
+          "meridian lut apply look.clf shot.exr shot.exr --interpolation tetrahedral\n"
           "meridian lut apply look.cube scan/*.dpx --to graded",
       .options = {lutFileOption(),
                   {.kind = positional,
@@ -333,6 +337,7 @@ Subcommand lutApplyCommand() {
                    .valueName = "NAME"}},
       .action = applyToImages,
   };
+  command.options.push_back(readingOption(LutReading::published));
   for (Option& option : imageLutOptions()) command.options.push_back(std::move(option));
   command.options.push_back(
       {value, "threads",

@@ -1,9 +1,15 @@
 // meridian lut info: shows what LUT files hold, and why a file is not a LUT.
 #include <cstdint>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <span>
+#include <string>
 #include <utility>
+#include <variant>
+#include <vector>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
@@ -13,6 +19,7 @@
 #include "meridian/lut/published_lut.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/lut_arguments.h"
+#include "tools/meridian/lut_reading.h"
 #include "tools/meridian/output.h"
 
 namespace meridian::command {
@@ -20,19 +27,36 @@ namespace {
 
 Json asJson(const LutColor& color) { return {color.red, color.green, color.blue}; }
 
-/// Returns the warning without the file's name, which is shown anyway.
-std::string messageOf(LutWarning warning) {
-  warning.place.clear();
-  return warning.message();
-}
+Json asJson(const LutError& error) { return {{"error", rawValue(error.code)}, {"message", error.message()}}; }
 
-Json asJson(const std::string& path, const ParsedLutFile& lut) {
+/// What the two readings of a file yield.
+struct Readings {
+  Expected<std::unique_ptr<const ParsedLutFile>, LutError> suite;
+  Expected<PublishedFile, LutError> published;
+  /// The published format; absent if it has none.
+  std::optional<LutFormat> format;
+
+  explicit Readings(const std::string& path) : suite(parseLut(path)), published(readPublished(path)) {
+    if (const auto found = publishedLutFormat(Url::fromFilePath(path))) format = *found;
+  }
+
+  /// Returns whether the suite takes the lines of another format for rows of its own.
+  [[nodiscard]] bool isOfOtherFormat() const noexcept { return format && !isReadBySuite(*format); }
+
+  /// Returns why the file is not a LUT; null if it is one. A file of another format is called that, not what its lines
+  /// would be as rows.
+  [[nodiscard]] const LutError* error() const noexcept {
+    if (published || (suite && !isOfOtherFormat())) return nullptr;
+    return format ? &published.error() : &suite.error();
+  }
+};
+
+void addFacts(Json& document, const ParsedLutFile& lut) {
   const LutDescription description = describe(lut);
-  Json document{{"file", path},
-                {"class", lut.className()},
-                {"dimensions", rawValue(description.dimensions)},
-                {"markup", rawValue(lut.fileMarkup())},
-                {"rows", description.rows}};
+  document["class"] = lut.className();
+  document["dimensions"] = rawValue(description.dimensions);
+  document["markup"] = rawValue(lut.fileMarkup());
+  document["rows"] = description.rows;
   const bool isCube = description.dimensions == LutDimensions::cube;
   if (isCube) document["faceSize"] = description.size;
   if (description.inputBitDepth) document[isCube ? "bitDepth" : "lutBitDepth"] = *description.inputBitDepth;
@@ -42,15 +66,56 @@ Json asJson(const std::string& path, const ParsedLutFile& lut) {
     document["domainMinimum"] = asJson(domain.minimum);
     document["domainMaximum"] = asJson(domain.maximum);
   }
-  document["warnings"] = Json::array();
-  for (const LutWarning& warning : warningsOf(lut)) {
-    document["warnings"].push_back({{"warning", rawValue(warning.code)}, {"message", messageOf(warning)}});
-  }
-  return document;
 }
 
-Json asJson(const std::string& path, const LutError& error) {
-  return {{"file", path}, {"error", rawValue(error.code)}, {"message", error.message()}};
+void addFacts(Json& document, const PublishedLut& lut) {
+  document["format"] = rawValue(lut.format);
+  document["stages"] = Json::array();
+  for (const LutStage& stage : lut.stages) {
+    Json member{{"stage", describedStage(stage)}};
+    const auto addDomain = [&member](const LutDeclaredDomain& domain) {
+      member["domainMinimum"] = asJson(domain.minimum);
+      member["domainMaximum"] = asJson(domain.maximum);
+    };
+    if (const auto* const curve = std::get_if<LutCurve>(&stage)) addDomain(curve->domain);
+    if (const auto* const cube = std::get_if<LutCubeStage>(&stage)) addDomain(cube->domain);
+    document["stages"].push_back(std::move(member));
+  }
+}
+
+Json asJson(const std::string& path, const Readings& readings) {
+  Json document{{"file", path}};
+  if (const LutError* const error = readings.error()) {
+    document.update(asJson(*error));
+    return document;
+  }
+  Json warnings = Json::array();
+  const auto addWarnings = [&warnings](std::span<const LutWarning> all, LutReading reading) {
+    for (const LutWarning& warning : all) {
+      warnings.push_back(
+          {{"warning", rawValue(warning.code)}, {"reading", rawValue(reading)}, {"message", messageOf(warning)}});
+    }
+  };
+  if (readings.isOfOtherFormat()) {
+    const LutWarning warning{LutWarningCode::otherPublishedFormat};
+    if (readings.suite) addWarnings({&warning, 1}, LutReading::suite);
+  } else if (readings.suite) {
+    addFacts(document, **readings.suite);
+    addWarnings(warningsOf(**readings.suite), LutReading::suite);
+  } else {
+    document["suiteError"] = asJson(readings.suite.error());
+  }
+  if (readings.published) {
+    addFacts(document, readings.published->lut);
+    addWarnings(readings.published->lut.warnings, LutReading::published);
+  } else if (readings.format) {
+    document["publishedError"] = asJson(readings.published.error());
+  } else {
+    const LutWarning warning{LutWarningCode::noPublishedFormat};
+    addWarnings({&warning, 1}, LutReading::published);
+  }
+  document["warnings"] = std::move(warnings);
+  return document;
 }
 
 /// Returns a member of the document as text; numbers in the library's form.
@@ -62,28 +127,32 @@ std::string textOf(const Json& value) {
   return text;
 }
 
-void printAsTable(const std::string& path, const ParsedLutFile& lut) {
-  const Json document = asJson(path, lut);
+/// Returns a stage as text: cube of 33 points per axis, inputs 0.0 0.0 0.0 to 1.0 1.0 1.0
+std::string stageText(const Json& stage) {
+  std::string text = textOf(stage["stage"]);
+  if (stage.contains("domainMinimum")) {
+    text += ", inputs " + textOf(stage["domainMinimum"]) + " to " + textOf(stage["domainMaximum"]);
+  }
+  return text;
+}
+
+void printAsTable(const std::string& path, const Json& document) {
   std::vector<std::vector<Cell>> rows;
   for (const auto& [name, value] : document.items()) {
-    if (name != "file" && name != "warnings") rows.push_back({{name, Style::name}, {textOf(value)}});
-  }
-  for (const Json& warning : document["warnings"]) {
-    rows.push_back({{"warning", Style::name}, {textOf(warning["message"])}});
+    if (name == "file") continue;
+    if (name == "stages") {
+      for (const Json& stage : value) rows.push_back({{"stage", Style::name}, {stageText(stage)}});
+    } else if (name == "warnings") {
+      for (const Json& warning : value) {
+        rows.push_back({{"warning", Style::name},
+                        {"in the " + textOf(warning["reading"]) + " reading: " + textOf(warning["message"])}});
+      }
+    } else {
+      rows.push_back({{name, Style::name}, {textOf(value.is_object() ? value["message"] : value)}});
+    }
   }
   std::cout << styled(Style::heading, printable(path)) << '\n';
   printTable(rows);
-}
-
-/// Reads a LUT. A file of another published format is called that, not what its lines would be as the suite's own text.
-Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLutOrName(const std::string& path) {
-  auto file = parseLut(path);
-  if (file) return file;
-  if (auto published = readPublishedLut(Url::fromFilePath(path));
-      !published && published.error().code == LutErrorCode::otherPublishedFormat) {
-    return Unexpected(std::move(published).error());
-  }
-  return file;
 }
 
 Status showLuts(const Arguments& arguments) {
@@ -93,17 +162,18 @@ Status showLuts(const Arguments& arguments) {
   bool isFirst = true;
   for (const std::string& path : arguments.given.at("luts")) {
     try {
-      const auto file = parseLutOrName(path);
+      const Readings readings(path);
       if (json) warnOfInvalidPath(path);
-      if (!file) {
-        std::cerr << "meridian: " << file.error().message() << '\n';
+      const LutError* const error = readings.error();
+      if (error != nullptr) {
+        std::cerr << "meridian: " << error->message() << '\n';
         status = failed;
       }
       if (json) {
-        documents.push_back(file ? asJson(path, **file) : asJson(path, file.error()));
-      } else if (file) {
+        documents.push_back(asJson(path, readings));
+      } else if (error == nullptr) {
         std::cout << (isFirst ? "" : "\n");
-        printAsTable(path, **file);
+        printAsTable(path, asJson(path, readings));
         isFirst = false;
       }
     } catch (const std::bad_alloc&) {
@@ -120,22 +190,26 @@ Status showLuts(const Arguments& arguments) {
 Subcommand lutInfoCommand() {
   Option files = lutFileOption();
   files.name = "luts";
-  files.help = "Text files that may hold a look-up table (LUT)";
+  files.help = "Files that may hold a look-up table (LUT)";
   files.repeated = true;
   return {
       .group = "lut",
       .name = "info",
       .description = "Show what LUT files hold, or why a file is not a LUT",
       .details =
-          "Warnings say what may surprise when the LUT is applied as the suite reads it. The exit status is 1 "
-          "if a file is not a LUT; the others are still shown.",
+          "A file has two readings: the suite's, which \"meridian lut sample\" applies, and that of its published\n"
+          "format, which \"meridian lut apply\" and \"plot\" apply. The first lines are the suite's, then format and\n"
+          "stages are the published ones. Warnings say what may surprise in each. The exit status is 1 if a file is\n"
+          "not a LUT; the others are still shown.",
       .example = "meridian lut info look.cube\nmeridian lut info --json *.cube",
       .options =
           {files,
            {Option::Kind::flag, "json",
-            "Print a JSON list with an object for each file: file, class, dimensions, markup, rows, faceSize, "
-            "bitDepth, lutBitDepth, lowValue, highValue, domainMinimum, domainMaximum, as far as its kind has them, "
-            "and warnings, each with warning and message; for a file that is not a LUT: file, error, message"}},
+            "Print a JSON list with an object for each file: file; as the suite reads it class, dimensions, markup, "
+            "rows, faceSize, bitDepth, lutBitDepth, lowValue, highValue, domainMinimum, domainMaximum, as far as its "
+            "kind has them, or suiteError; as its format publishes it format and stages, each with its domain, or "
+            "publishedError; and warnings, each with warning, reading and message. For a file that is not a LUT: file, "
+            "error, message"}},
       .action = showLuts,
   };
 }

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <utility>
+#include <variant>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
@@ -12,23 +14,55 @@
 #include "tools/meridian/loaded_module.h"
 #include "tools/meridian/lut_arguments.h"
 #include "tools/meridian/lut_plot.h"
+#include "tools/meridian/lut_reading.h"
 #include "tools/meridian/output.h"
 #include "tools/meridian/replacement_file.h"
 
 namespace meridian::command {
 namespace {
 
-/// Throws CommandError for values so large that nothing of the range from 0 to 1 would be visible.
-void checkIsDrawable(const ParsedLutFile& lut) {
+/// Throws CommandError for results so large that nothing of the range from 0 to 1 would be visible.
+void checkIsDrawable(const ImageLut& lut) {
   constexpr double most = 1e5;
-  const LutDescription description = describe(lut);
-  const bool hasCodeValues = description.valueType == LutValueType::integer;
-  if (hasCodeValues || description.dimensions == LutDimensions::oneD) return;  // drawn on the scale from 0 to 1
-  const double reach = std::max(std::fabs(description.lowValue), std::fabs(description.highValue));
-  if (reach > most) {
-    throw CommandError("the values of the LUT reach " + shortestDecimalText(reach) +
-                       "; the largest that can be drawn is " + shortestDecimalText(most));
+  constexpr int steps = 1000;
+  double reach = 0;
+  for (int step = 0; step <= steps; ++step) {
+    const double grey = static_cast<double>(step) / steps;
+    const LutColor color = lut.pixel({grey, grey, grey});
+    for (const double value : {color.red, color.green, color.blue}) reach = std::max(reach, std::fabs(value));
   }
+  if (reach <= most) return;
+  throw CommandError("the results of the LUT reach " + shortestDecimalText(reach) +
+                     "; the largest that can be drawn is " + shortestDecimalText(most));
+}
+
+LutPlotLabels labelsOf(const ParsedLutFile& file, const ImageLutOptions& options) {
+  const LutDescription lut = describe(file);
+  const bool isCube = lut.dimensions == LutDimensions::cube;
+  std::string text = std::string(description(lut.dimensions)) + ", " + std::to_string(lut.size) +
+                     (isCube ? " points per axis" : " rows");
+  text += lut.valueBitDepth ? ", " + std::to_string(*lut.valueBitDepth) + "-bit code values" : ", floating point";
+  text += " from " + shortestDecimalText(lut.lowValue) + " to " + shortestDecimalText(lut.highValue);
+  text += options.domain == LutInputDomain::declared ? "; declared domain" : "; domain of the data";
+  if (isCube) {
+    text += options.axisOrder == LutAxisOrder::redFastest ? ", red fastest" : ", blue fastest";
+    text += ", " + std::string(rawValue(options.interpolation));
+  }
+  return {.subtitle = text, .mixesChannels = isCube};
+}
+
+LutPlotLabels labelsOf(const PublishedLut& lut, const ImageLutOptions& options) {
+  LutPlotLabels labels{.subtitle = std::string(description(lut.format)) + ": "};
+  bool hasCube = false;
+  for (const LutStage& stage : lut.stages) {
+    labels.subtitle += (&stage == &lut.stages.front() ? "" : ", ") + describedStage(stage);
+    hasCube = hasCube || std::holds_alternative<LutCubeStage>(stage);
+    labels.mixesChannels =
+        labels.mixesChannels || !(std::holds_alternative<LutCurve>(stage) || std::holds_alternative<LutRange>(stage));
+  }
+  if (lut.stages.empty()) labels.subtitle += "changes nothing";
+  if (hasCube) labels.subtitle += "; " + std::string(rawValue(options.interpolation));
+  return labels;
 }
 
 Status plotToFile(const Arguments& arguments) {
@@ -37,11 +71,16 @@ Status plotToFile(const Arguments& arguments) {
     throw CommandError(inQuotes(out) + " is not the name of a PNG image; expected one that ends in .png");
   }
   const auto& plots = loadedModule<LutPlotModule>(MERIDIAN_PLOT_MODULE, lutPlotModuleEntry, "draw", "cairo");
-  const auto lut = readLut(arguments);
-  checkIsDrawable(*lut);
+  const ChosenLut lut = readChosenLut(arguments, LutReading::published);
+  printWarnings(lut.warnings);
+  const ImageLut prepared = lut.forFloats();
+  checkIsDrawable(prepared);
+  const ParsedLutFile* const file = lut.suiteFile();
+  LutPlotLabels labels =
+      file != nullptr ? labelsOf(*file, lut.options) : labelsOf(std::get<PublishedLut>(lut.lut), lut.options);
+  labels.title = printable(lastPathComponent(*arguments.value("lut")));
   ReplacementFile replacement(out);
-  const std::string name(lastPathComponent(*arguments.value("lut")));
-  plots.plot(*lut, chosenImageLutOptions(arguments), printable(name), replacement.path());
+  plots.plot(prepared, labels, replacement.path());
   replacement.replace();
   return done;
 }
@@ -55,8 +94,8 @@ Subcommand lutPlotCommand() {
       .description = "Draw a LUT as a PNG image",
       .details =
           "The image shows the results for greys as three curves, slices through a cube, and greys and hues before\n"
-          "and after, all as \"meridian lut apply\" computes them for floating point.",
-      .example = "meridian lut plot look.cube look.png --axis-order red-fastest",
+          "and after, all as \"meridian lut apply\" computes them for floating point. FILE is read as there.",
+      .example = "meridian lut plot look.cube look.png\nmeridian lut plot look.cube suite.png --reading suite",
       .options = {lutFileOption(),
                   {.kind = Option::Kind::positional,
                    .name = "out",
@@ -65,6 +104,7 @@ Subcommand lutPlotCommand() {
                    .path = true}},
       .action = plotToFile,
   };
+  command.options.push_back(readingOption(LutReading::published));
   for (Option& option : floatLutOptions()) command.options.push_back(std::move(option));
   return command;
 }

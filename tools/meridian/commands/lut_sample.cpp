@@ -21,6 +21,7 @@
 #include "meridian/lut/parsed_lut_factory.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/lut_arguments.h"
+#include "tools/meridian/lut_reading.h"
 #include "tools/meridian/output.h"
 
 namespace meridian::command {
@@ -131,7 +132,8 @@ Json converted(const ParsedLutFile& lut, std::span<const std::array<std::uint64_
 /// Returns the samples as those of an image. Throws CommandError for what images cannot have.
 std::vector<std::array<std::uint16_t, 3>> asImageSamples(std::span<const std::array<std::uint64_t, 3>> samples,
                                                          const Depths& depths) {
-  constexpr std::string_view reason = "--axis-order, --domain, --interpolation and --round apply the LUT as to images";
+  constexpr std::string_view reason =
+      "--reading published, --axis-order, --domain, --interpolation and --round apply the LUT as to images";
   for (const std::int64_t depth : {depths.input, depths.output}) {
     if (depth > 16) {
       throw CommandError(std::string(reason) + ", whose depths are 1 to 16 bits, not " + std::to_string(depth));
@@ -153,16 +155,20 @@ Status sampleCodeValues(const Arguments& arguments) {
   const Depths depths = readDepths(arguments);
   const auto samples = readSamples(arguments.given.at("values"), "code values", readCodeValue);
   const bool isAsForImages =
+      chosenReading(arguments, LutReading::suite) == LutReading::published ||
       std::ranges::any_of(imageLutOptions(), [&](const Option& option) { return arguments.has(option.name); });
   if (!isAsForImages) {
-    printJson(converted(*readLut(arguments), samples, depths));
+    const ChosenLut lut = readChosenLut(arguments, LutReading::suite);
+    printWarnings(lut.warnings);
+    printJson(converted(*lut.suiteFile(), samples, depths));
     return done;
   }
   const auto pixels = asImageSamples(samples, depths);
-  const auto lut = ImageLut::forCodeValues(*readLut(arguments), static_cast<int>(depths.input),
-                                           static_cast<int>(depths.output), chosenImageLutOptions(arguments));
+  const ChosenLut lut = readChosenLut(arguments, LutReading::suite);
+  printWarnings(lut.warnings);
+  const ImageLut prepared = lut.forCodeValues(static_cast<int>(depths.input), static_cast<int>(depths.output));
   auto results = Json::array();
-  for (const auto& pixel : pixels) results.push_back(lut->pixel(pixel[0], pixel[1], pixel[2]));
+  for (const auto& pixel : pixels) results.push_back(prepared.pixel(pixel[0], pixel[1], pixel[2]));
   printJson(results);
   return done;
 }
@@ -172,13 +178,16 @@ Status sampleNumbers(const Arguments& arguments) {
     if (arguments.has(name)) throw UsageError("--" + name + " is for code values; it cannot be used with --float");
   }
   const auto samples = readSamples(arguments.given.at("values"), "numbers", readNumber);
-  const auto file = readLut(arguments);
-  const ImageLut lut = ImageLut::forFloats(*file, chosenImageLutOptions(arguments));
+  const ChosenLut lut = readChosenLut(arguments, LutReading::suite);
+  printWarnings(lut.warnings);
+  const ImageLut prepared = lut.forFloats();
   auto results = Json::array();
   for (const auto& sample : samples) {
-    const LutColor color = lut.pixel(LutColor{sample[0], sample[1], sample[2]});
+    const LutColor color = prepared.pixel(LutColor{sample[0], sample[1], sample[2]});
     if (!std::isfinite(color.red) || !std::isfinite(color.green) || !std::isfinite(color.blue)) {
-      throw sampleError(results.size(), sample, "has no finite result: " + rangeOf(describe(*file)));
+      const ParsedLutFile* const file = lut.suiteFile();
+      throw sampleError(results.size(), sample,
+                        "has no finite result" + (file != nullptr ? ": " + rangeOf(describe(*file)) : ""));
     }
     results.push_back({color.red, color.green, color.blue});
   }
@@ -197,13 +206,15 @@ Subcommand lutSampleCommand() {
       .details =
           "Prints a JSON list of the results, each a list of red, green and blue.\n"
           "Code values have up to 63 bits. Results are truncated; one that is not a code value, such as a negative\n"
-          "one, is an error. With --axis-order, --domain, --interpolation or --round the results are those of\n"
-          "\"meridian lut apply\": code values have up to 16 bits, and results are clamped to those of the depth.\n"
+          "one, is an error. With --reading published, --axis-order, --domain, --interpolation or --round the results\n"
+          "are those of \"meridian lut apply\" with these options and the same reading: code values have up to 16 "
+          "bits,\n"
+          "and results are clamped to those of the depth.\n"
           "With --float the results are those for images of floating-point samples, and are not clamped. Put numbers\n"
           "such as -.5, with nothing before the point, after \"--\".",
       .example =
           "meridian lut sample look.cube --depth 10 --out-depth 12 64 64 64 940 940 940\n"
-          "meridian lut sample look.cube --float --axis-order red-fastest --domain declared 0.18 0.18 0.18",
+          "meridian lut sample look.cube --float --reading published 0.18 0.18 0.18",
       .options = {lutFileOption(),
                   {.kind = positional,
                    .name = "values",
@@ -220,6 +231,7 @@ Subcommand lutSampleCommand() {
             return arguments.has("float") ? sampleNumbers(arguments) : sampleCodeValues(arguments);
           },
   };
+  command.options.push_back(readingOption(LutReading::suite));
   for (Option& option : imageLutOptions()) command.options.push_back(std::move(option));
   return command;
 }
