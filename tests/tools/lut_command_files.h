@@ -37,10 +37,10 @@ class LutCommand : public testing::Test {
 
   std::string write(const std::string& name, const std::string& text) const { return directory_.write(name, text); }
 
-  /// Writes a cube of three points per axis; `change` makes a row of a place from 0 to 2 on each axis.
+  /// Writes a cube of three points per axis, as published; `change` makes a row of a place from 0 to 2 on each axis.
   std::string writeCube(const std::string& name, const std::function<std::string(int, int, int)>& change) const {
     std::string text = "LUT_3D_SIZE 3\n";
-    for (int place = 0; place < 27; ++place) text += change(place / 9, place / 3 % 3, place % 3) + "\n";
+    for (int place = 0; place < 27; ++place) text += change(place % 3, place / 3 % 3, place / 9) + "\n";
     return write(name, text);
   }
   [[nodiscard]] std::string identityCube() const {

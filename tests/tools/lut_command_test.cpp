@@ -39,56 +39,72 @@ TEST_F(LutCommand, InfoShowsEachKind) {
   for (json& document : documents) {
     for (json& warning : document["warnings"]) {
       EXPECT_THAT(warning["message"].get<std::string>(), HasSubstr("; "));  // a remedy
-      warning = warning["warning"];
+      warning = warning["reading"].get<std::string>() + ' ' + warning["warning"].get<std::string>();
     }
   }
-  const json expected[]{{{"file", path("identity.cube")},
-                         {"class", "ParsedThreeDimensionalFloatingPointFile"},
-                         {"dimensions", "cube"},
-                         {"markup", "txt"},
-                         {"rows", 27},
-                         {"faceSize", 3},
-                         {"lowValue", 0.0},
-                         {"highValue", 1.0},
-                         {"warnings", {"otherAxisOrder"}}},
-                        {{"file", path("code\xef\xbf\xbd values\n.cube")},
-                         {"class", "ParsedThreeDimensionalIntegerFile"},
-                         {"dimensions", "cube"},
-                         {"markup", "txt"},
-                         {"rows", 27},
-                         {"faceSize", 3},
-                         {"bitDepth", 10},
-                         {"lowValue", 0.0},
-                         {"highValue", 1022.0},
-                         {"warnings", {"highestBelowFullScale", "otherAxisOrder"}}},
-                        {{"file", path("table.lut")},
-                         {"class", "ParsedOneDimensionLutFile"},
-                         {"dimensions", "oneD"},
-                         {"markup", "txt"},
-                         {"rows", 256},
-                         {"lutBitDepth", 8},
-                         {"lowValue", 0.0},
-                         {"highValue", 255.0},
-                         {"warnings", json::array()}}};
+  const json stage{
+      {"stage", "cube of 3 points per axis"}, {"domainMinimum", {0.0, 0.0, 0.0}}, {"domainMaximum", {1.0, 1.0, 1.0}}};
+  const json expected[]{
+      {{"file", path("identity.cube")},
+       {"class", "ParsedThreeDimensionalFloatingPointFile"},
+       {"dimensions", "cube"},
+       {"markup", "txt"},
+       {"rows", 27},
+       {"faceSize", 3},
+       {"lowValue", 0.0},
+       {"highValue", 1.0},
+       {"format", "cube"},
+       {"stages", {stage}},
+       {"warnings", {"suite otherAxisOrder"}}},
+      {{"file", path("code\xef\xbf\xbd values\n.cube")},
+       {"class", "ParsedThreeDimensionalIntegerFile"},
+       {"dimensions", "cube"},
+       {"markup", "txt"},
+       {"rows", 27},
+       {"faceSize", 3},
+       {"bitDepth", 10},
+       {"lowValue", 0.0},
+       {"highValue", 1022.0},
+       {"format", "cube"},
+       {"stages", {stage}},
+       {"warnings", {"suite highestBelowFullScale", "suite otherAxisOrder", "published wholeNumbers"}}},
+      {{"file", path("table.lut")},
+       {"class", "ParsedOneDimensionLutFile"},
+       {"dimensions", "oneD"},
+       {"markup", "txt"},
+       {"rows", 256},
+       {"lutBitDepth", 8},
+       {"lowValue", 0.0},
+       {"highValue", 255.0},
+       {"warnings", {"published noPublishedFormat"}}}};
   EXPECT_EQ(documents, json(expected));
   EXPECT_THAT(outcome.errors, HasSubstr("code\\xff values\\n.cube\" is not valid UTF-8"));
   EXPECT_THAT(lut({"info", integers}).output, AllOf(HasSubstr("code\\xff values\\n.cube\n"), HasSubstr("bitDepth")));
   const std::string wide = write("wide.cube", "LUT_3D_SIZE 1\nDOMAIN_MAX 4 4 4\n0 0 1\n");
   EXPECT_THAT(lut({"info", wide}).output,
-              AllOf(HasSubstr("domainMaximum  4.0 4.0 4.0\n"), HasSubstr("warning        is a cube of one point")));
+              AllOf(HasSubstr("domainMaximum   4.0 4.0 4.0\n"), HasSubstr("suite reading: is a cube of one point"),
+                    HasSubstr("publishedError  \"")));
+  const std::string two = write("two.cube", "LUT_1D_SIZE 2\nLUT_1D_INPUT_RANGE -1 3\n0 0 0\n1 1 1\n");
+  EXPECT_THAT(lut({"info", two}).output,
+              AllOf(HasSubstr("suiteError  \""), HasSubstr("fewer than 256 rows"),
+                    HasSubstr("stage       curve of 2 rows, inputs -1.0 -1.0 -1.0 to 3.0 3.0 3.0\n")));
 }
 
 TEST_F(LutCommand, InfoSaysWhyAFileIsNotALutAndShowsTheOthers) {
   const std::string fifo = path("fifo.cube");
   ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+#ifdef MERIDIAN_HAS_LUT_FORMATS
+  const std::string spi3dError = "notReadByLibrary";
+#else
+  const std::string spi3dError = "otherPublishedFormat";
+#endif
   const struct {
     std::string file, error, says;
   } cases[]{{write("a.cube", "no numbers"), "noRows", "no row of three numbers"},
             {write("b.cube", "<a/>"), "xmlDocument", "XML document"},
             {path("\x1b[2J.cube"), "notOpened", "\\x1b[2J.cube\": cannot be opened: No such file or directory; check"},
             {write("c.lut", "1 2 3\n4 5 6\n"), "tooFewRows", "fewer than 256 rows: 2 rows read; export it"},
-            {write("d.spi3d", "SPILUT 1.0\n3 3\n2 2 2\n0 0 0\n0 0 1\n"), "otherPublishedFormat",
-             "is in a LUT format that is not read here: Imageworks 3D LUT (.spi3d); export"},
+            {write("d.spi3d", "SPILUT 1.0\n3 3\n2 2 2\n0 0 0\n0 0 1\n"), spi3dError, "Imageworks 3D LUT (.spi3d)"},
             {fifo, "notRegularFile", "is not a regular file: a FIFO; name the file that holds the LUT"}};
   for (const auto& [file, error, says] : cases) {
     const Outcome outcome = lut({"info", file, table(), "--json"});
@@ -131,7 +147,7 @@ TEST_F(LutCommand, SampleFailsIfAResultIsNotACodeValue) {
     Words words;
     int status;
     std::string says;
-  } cases[]{{{negative, "--depth", "8", "255", "9", "9", "0", "9", "9"}, 1, "sample 2 (0, 9, 9) has no code value"},
+  } cases[]{{{negative, "--depth", "8", "9", "9", "255", "9", "9", "0"}, 1, "sample 2 (9, 9, 0) has no code value"},
             {{negative, "--depth", "8", "0", "0", "0"}, 1, "negative"},
             {{zeros, "--depth", "8", "1", "2", "3"}, 1, "nothing but zeros"},
             {{large, "--depth", "4", "18446744073709551615", "2", "3"}, 1, "from 4 bits to the LUT's 16"},
@@ -187,6 +203,87 @@ TEST_F(LutCommand, SampleAppliesTheOptionsAsImagesDo) {
   }
 }
 
+TEST_F(LutCommand, TheReadingDecidesAndTheOptionsOfTheSuitesChooseIt) {
+  // As published, red is 0 to 4 and lifted.
+  const std::string file = write("wide.cube",
+                                 "LUT_3D_SIZE 2\nDOMAIN_MAX 4 4 4\n0.2 0 0\n0.8 0 0\n0.2 1 0\n0.8 1 0\n"
+                                 "0.2 0 1\n0.8 0 1\n0.2 1 1\n0.8 1 1\n");
+  const Words numbers{"1", "2", "3"};
+  const auto sampled = [&](Words words) {
+    words.insert(words.begin(), {"sample", file, "--float"});
+    words.insert(words.end(), numbers.begin(), numbers.end());
+    return lut(words);
+  };
+  const Outcome published = sampled({"--reading", "published"});
+  EXPECT_EQ(json::parse(published.output), json::parse("[[0.35000000000000003, 0.5, 0.75]]"));
+  EXPECT_THAT(published.errors, IsEmpty());
+  EXPECT_EQ(sampled({"--axis-order", "red-fastest", "--domain", "declared"}).output, published.output);
+  const Outcome suite = sampled({});
+  EXPECT_EQ(suite.output, sampled({"--reading", "suite"}).output);
+  EXPECT_NE(suite.output, published.output);
+  EXPECT_THAT(
+      suite.errors,
+      AllOf(HasSubstr("wide.cube\": warning: declares a domain that is not applied: 0 to 4; "),
+            HasSubstr("(--domain declared, or --reading published)\n"),
+            HasSubstr("warning: is not read with the axis order of its format: red is fastest in the format, "
+                      "blue in this reading; read the file as its format publishes it (--reading published)\n")));
+  for (const std::string option : {"--axis-order=red-fastest", "--domain=data"}) {
+    const Outcome outcome = sampled({"--reading", "published", option});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.errors, HasSubstr(" is for --reading suite; a published format says itself"));
+  }
+  // Code values are rounded: an identity changes none.
+  Words codes{"sample", identityCube(), "--reading", "published", "--depth", "8"};
+  json expected;
+  for (int code = 0; code < 256; ++code) {
+    for (int channel = 0; channel < 3; ++channel) codes.push_back(std::to_string(code));
+    expected.push_back({code, code, code});
+  }
+  EXPECT_EQ(json::parse(lut(codes).output), expected);
+  // Texts in no published format keep the suite's reading.
+  const Words rows{"sample", table(), "--depth", "8", "100", "200", "255"};
+  Words asPublished = rows;
+  asPublished.insert(asPublished.begin() + 2, {"--reading", "published"});
+  EXPECT_EQ(lut(asPublished).output, lut(rows).output);
+  EXPECT_THAT(lut(asPublished).errors,
+              HasSubstr("is not in a published LUT format and is read as the suite reads it; "));
+}
+
+TEST_F(LutCommand, ErrorsAndWarningsNameTheReadingThatHelps) {
+  const std::string rows = "0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n";
+  const struct {
+    std::string file, reading;
+    int status;
+    std::string says;
+  } cases[]{
+      {write("cut.cube", "LUT_3D_SIZE 2\n" + rows), "published", 1,
+       "7 of 8 rows; copy or export the LUT again, or try --reading suite"},
+      {path("cut.cube"), "suite", 0, "warning: has fewer rows than its size needs: 7 of 8; "},
+      {write("two.cube", "LUT_1D_SIZE 2\n0 0 0\n1 1 1\n"), "suite", 1, "at least 256 rows, or try --reading published"},
+      {write("codes.cube", "LUT_3D_SIZE 2\n" + rows + "255 255 255\n"), "published", 0,
+       "warning: has whole numbers like code values, although 1 is white in its format: the highest is 255; "},
+      {write("negative.cube", "LUT_3D_SIZE 2\n" + rows + "1 1 -0.5\n"), "published", 0,
+       "warning: has negative values, which become 0 in images of code values and have no result in the suite's "
+       "samples: "
+       "the lowest is -0.5; apply"},
+      {write("notes.cube", "LUT_3D_SIZE 2\n" + rows + "1 1 1\nmade by hand\n"), "published", 0,
+       "warning: has lines that are ignored: line 10: made by hand; "},
+      {path("notes.cube"), "suite", 0, "has lines that are ignored: 1 after the first row, the first is line 10; "},
+      {write("both.cube", "LUT_1D_SIZE 2\nLUT_3D_SIZE 2\n0 0 0\n1 1 1\n" + rows + "1 1 1\n"), "suite", 0,
+       "warning: declares a 1D and a 3D size, but is read as one LUT"},
+      {path("both.cube"), "published", 0, ""},
+      {write("one.cube", "LUT_3D_SIZE 1\n0 0 1\n"), "suite", 0, "warning: is a cube of one point"},
+      {write("flame.spi3d", "SPILUT 1.0\n3 3\n2 2 2\n0 0 0 0 0 0\n"), "suite", 1,
+       "is in a LUT format that is not read here: Imageworks 3D LUT (.spi3d); export the LUT as .cube, or try "
+       "--reading"}};
+  for (const auto& [file, reading, status, says] : cases) {
+    const Outcome outcome = lut({"sample", file, "--float", "--reading", reading, "0.1", "0.2", "0.3"});
+    EXPECT_EQ(outcome.status, status) << says << outcome.errors;
+    EXPECT_THAT(outcome.errors, HasSubstr(says));
+    EXPECT_TRUE(!says.empty() || outcome.errors.empty()) << outcome.errors;
+  }
+}
+
 TEST_F(LutCommand, SampleNamesTheWordThatIsWrongAndWhatWasExpected) {
   const std::string cube = identityCube();
   const std::string steep = writeCube("steep.cube", [](int red, int, int) {
@@ -214,9 +311,9 @@ TEST_F(LutCommand, SampleNamesTheWordThatIsWrongAndWhatWasExpected) {
       {{cube, "--depth", "17", "--round", "1", "2", "3"}, 1, "1 to 16 bits, not 17"},
       {{cube, "--depth", "8", "--round", "1", "65536", "3"}, 1, "at most 65535, not 65536"},
       {{cube, "--depth", "8", "--domain", "all", "1", "2", "3"}, 2, "unknown domain \"all\""},
-      {{steep, "--float", "--interpolation", "tetrahedral", "--domain", "declared", "0.4", "0", "0"},
+      {{steep, "--float", "--interpolation", "tetrahedral", "--domain", "declared", "0", "0", "0.4"},
        1,
-       "sample 1 (0.4, 0, 0) has no finite result"}};
+       "sample 1 (0, 0, 0.4) has no finite result"}};
   for (auto [words, status, says] : cases) {
     words.insert(words.begin(), "sample");
     const Outcome outcome = lut(words);
@@ -251,6 +348,7 @@ TEST_F(LutCommand, HelpCompletionAndManualCoverTheGroup) {
   EXPECT_EQ(completions("lu"), "lut\n");
   EXPECT_EQ(completions("lut ''"), "info sample apply plot --help\n");
   EXPECT_EQ(completions("lut apply --ax"), "--axis-order\n");
+  EXPECT_EQ(completions("lut apply --reading ''"), "published suite\n");
   EXPECT_EQ(completions("lut apply --axis-order r"), "red-fastest\n");
   EXPECT_EQ(completions("lut info ''"), "\n");  // left to file names
 }

@@ -206,10 +206,13 @@ ocio::ConstContextRcPtr contextOfNoVariables() {
 }
 
 /// Returns the reason that a message of OpenColorIO gives, on one line.
-std::string reasonOf(std::string text) {
-  // Of a file, the message of the reader for its extension.
+std::string reasonOf(std::string text, LutFormat format) {
+  // The message lists those of all readers for the extension, of which two formats share one.
+  if (format == LutFormat::houdini && text.find("'houdini'") != std::string::npos)
+    text.erase(0, text.find("'houdini'"));
   constexpr std::string_view lead = "failed with: ";
   if (const std::size_t place = text.find(lead); place != std::string::npos) text.erase(0, place + lead.size());
+  text.erase(std::min(text.find("\n    '"), text.size()));
   std::ranges::replace(text, '\n', ' ');
   while (!text.empty() && (detail::isAsciiWhiteSpace(text.back()) || text.back() == '.')) text.pop_back();
   return text;
@@ -230,7 +233,8 @@ Expected<PublishedFile, LutError> readByOpenColorIO(const std::string& path, Lut
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    const std::string reason = std::string(description(format)) + ", says OpenColorIO: " + reasonOf(error.what());
+    const std::string reason =
+        std::string(description(format)) + ", says OpenColorIO: " + reasonOf(error.what(), format);
     return Unexpected(LutError{.code = LutErrorCode::notReadByLibrary, .place = path, .detail = reason});
   }
 }
