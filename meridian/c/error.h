@@ -32,8 +32,8 @@ typedef struct MeridianError MeridianError;
 
 /**
  * Returns the vocabulary that the code belongs to: "property", "transcode", "transcodeWarning", "timecode", "lut",
- * "image", "treeWalk", "claim", "analysis", "analysisImage", "analysisWarning", "analysisWritingWarning", or "call" for
- * what any call may meet.
+ * "lutWarning", "image", "treeWalk", "claim", "analysis", "analysisImage", "analysisWarning", "analysisWritingWarning",
+ * or "call" for what any call may meet.
  */
 MERIDIAN_C_API MeridianText meridian_error_area(const MeridianError* error) MERIDIAN_NOTHROW;
 /** Returns the code's number within its area, from 0. Later versions may number codes differently. */

@@ -31,6 +31,7 @@
 #include "meridian/fs/tree_walk.h"
 #include "meridian/lut/image_view.h"
 #include "meridian/lut/lut_error.h"
+#include "meridian/lut/lut_warning.h"
 #include "meridian/media/frame_number.h"
 
 struct MeridianString {
@@ -82,6 +83,8 @@ template <>
 inline constexpr std::string_view areaOf<TimecodeErrorCode> = "timecode";
 template <>
 inline constexpr std::string_view areaOf<LutErrorCode> = "lut";
+template <>
+inline constexpr std::string_view areaOf<LutWarningCode> = "lutWarning";
 template <>
 inline constexpr std::string_view areaOf<ImageErrorCode> = "image";
 template <>

@@ -1,17 +1,27 @@
 #include "meridian/c/lut.h"
 
+#include <algorithm>
+#include <memory>
+#include <utility>
+#include <vector>
+
 #include "meridian/c/handles.h"
 #include "meridian/lut/image_lut.h"
 #include "meridian/lut/lut_description.h"
 #include "meridian/lut/parsed_lut_factory.h"
+#include "meridian/lut/published_lut.h"
 
 namespace m = meridian;
 using m::c::created;
 using m::c::done;
 using m::c::failed;
 
+/// A LUT as the suite reads it, or without a file the published one.
 struct MeridianLut {
   std::unique_ptr<const m::ParsedLutFile> file;
+  m::PublishedLut published;
+  m::LutDescription facts;
+  std::vector<MeridianError> warnings;
 };
 
 struct MeridianImageLut {
@@ -71,8 +81,16 @@ m::Expected<m::ImageLut, m::ImageErrorCode> prepared(const MeridianLut& lut, con
                                                      const MeridianImage& destination,
                                                      const MeridianLutOptions* options) {
   if (const auto checked = checkImages(source, destination); !checked) return m::Unexpected(checked.error());
-  if (source.samples == MERIDIAN_SAMPLES_FLOAT) return m::ImageLut::forFloats(*lut.file, optionsOf(options));
-  return m::ImageLut::forCodeValues(*lut.file, formatOf(source), formatOf(destination), optionsOf(options));
+  const auto preparedFrom = [&](const auto& values, const m::ImageLutOptions& chosen) {
+    if (source.samples != MERIDIAN_SAMPLES_FLOAT) {
+      return m::ImageLut::forCodeValues(values, formatOf(source), formatOf(destination), chosen);
+    }
+    return m::Expected<m::ImageLut, m::ImageErrorCode>(m::ImageLut::forFloats(values, chosen));
+  };
+  m::ImageLutOptions chosen = optionsOf(options);
+  if (lut.file) return preparedFrom(*lut.file, chosen);
+  chosen.rounding = m::LutRounding::nearest;
+  return preparedFrom(lut.published, chosen);
 }
 
 Applied apply(const m::ImageLut& lut, const MeridianImage& source, const MeridianImage& destination, unsigned threads) {
@@ -90,16 +108,44 @@ Applied apply(const m::ImageLut& lut, const MeridianImage& source, const Meridia
 MeridianLut* meridian_lut_open(MeridianText path, MeridianError** error) noexcept {
   return created(error, [&]() -> MeridianLut* {
     auto file = m::ParsedLutFactory::parsing(m::Url::fromFilePath(std::string(m::c::viewOf(path))));
-    if (file) return new MeridianLut{*std::move(file)};
+    if (file) {
+      const m::LutDescription facts = m::describe(**file);
+      auto warnings = m::c::errorsOfAll(m::warningsOf(**file));
+      return new MeridianLut{*std::move(file), {}, facts, std::move(warnings)};
+    }
     std::ignore = failed(error, file.error());
     return nullptr;
   });
 }
 
+MeridianLut* meridian_lut_open_published(MeridianText path, MeridianError** error) noexcept {
+  return created(error, [&]() -> MeridianLut* {
+    auto lut = m::readPublishedLut(m::Url::fromFilePath(std::string(m::c::viewOf(path))));
+    if (lut) {
+      const m::LutDescription facts = m::describe(*lut);
+      auto warnings = m::c::errorsOfAll(lut->warnings);
+      return new MeridianLut{nullptr, *std::move(lut), facts, std::move(warnings)};
+    }
+    std::ignore = failed(error, lut.error());
+    return nullptr;
+  });
+}
+
+MeridianText meridian_lut_format(const MeridianLut* lut) noexcept {
+  if (lut->file) return {nullptr, 0};
+  return m::c::textOf(m::rawValue(lut->published.format));
+}
+
+size_t meridian_lut_warning_count(const MeridianLut* lut) noexcept { return lut->warnings.size(); }
+
+const MeridianError* meridian_lut_warning_at(const MeridianLut* lut, size_t index) noexcept {
+  return &lut->warnings[index];
+}
+
 void meridian_lut_destroy(MeridianLut* lut) noexcept { delete lut; }
 
 MeridianLutFacts meridian_lut_facts(const MeridianLut* lut) noexcept {
-  const m::LutDescription facts = m::describe(*lut->file);
+  const m::LutDescription& facts = lut->facts;
   const m::LutColor& minimum = facts.declaredDomain.minimum;
   const m::LutColor& maximum = facts.declaredDomain.maximum;
   return {.is_cube = facts.dimensions == m::LutDimensions::cube,
@@ -117,11 +163,19 @@ MeridianLutFacts meridian_lut_facts(const MeridianLut* lut) noexcept {
 
 const double* meridian_lut_rows(const MeridianLut* lut) noexcept {
   static_assert(sizeof(m::LutColor) == 3 * sizeof(double));
-  return &lut->file->orderedValues().colors().data()->red;
+  return lut->file ? &lut->file->orderedValues().colors().data()->red : nullptr;
 }
 
 bool meridian_lut_sample(const MeridianLut* lut, const uint64_t sample[3], int64_t input_bit_depth,
                          int64_t output_bit_depth, uint64_t result[3]) noexcept {
+  if (!lut->file) {
+    const auto isDepth = [](int64_t depth) { return depth >= 1 && depth <= 63; };
+    if (!isDepth(input_bit_depth) || !isDepth(output_bit_depth)) return false;
+    const auto codes =
+        m::appliedToCodeValues(lut->published, {sample[0], sample[1], sample[2]}, input_bit_depth, output_bit_depth);
+    std::ranges::copy(codes, result);
+    return true;
+  }
   const auto converted =
       lut->file->inputConverter().convertIfPossible(sample[0], sample[1], sample[2], input_bit_depth, output_bit_depth);
   if (!converted) return false;

@@ -2,7 +2,7 @@
  * \file
  * LUT files: open one, ask what it holds, apply it to samples and to whole images. For example, in place:
  *
- *     MeridianLut* lut = meridian_lut_open(meridian_text("/looks/show.cube"), &error);
+ *     MeridianLut* lut = meridian_lut_open_published(meridian_text("/looks/show.cube"), &error);
  *     MeridianImage image = meridian_image_packed(MERIDIAN_SAMPLES_UINT16, samples, 3, 3840, 2160);
  *     image.bit_depth = 10;
  *     image.range = MERIDIAN_RANGE_LIMITED;
@@ -22,12 +22,28 @@ extern "C" {
 /** A LUT that was read from a file. It keeps nothing open. */
 typedef struct MeridianLut MeridianLut;
 
-/** Reads the LUT in a file. Fails with an error of the area "lut" that says why the file is not one. */
+/**
+ * Reads the LUT in a file as the suite does. Fails with an error of the area "lut" that says why the file is not one.
+ */
 MERIDIAN_C_API MeridianLut* meridian_lut_open(MeridianText path, MeridianError** error) MERIDIAN_NOTHROW;
+/**
+ * Reads the LUT in a .cube or .3dl file as its format publishes it, so that images look as in other programs: the axis
+ * order and the domain are the file's, and code values are rounded to the nearest. Of the options, `tetrahedral` alone
+ * counts. Fails as meridian_lut_open() does; the codes "otherPublishedFormat" and "noPublishedFormat" mean that the
+ * file may be a LUT for another reader.
+ */
+MERIDIAN_C_API MeridianLut* meridian_lut_open_published(MeridianText path, MeridianError** error) MERIDIAN_NOTHROW;
 /** Frees the LUT. */
 MERIDIAN_C_API void meridian_lut_destroy(MeridianLut* lut) MERIDIAN_NOTHROW;
 
-/** What a LUT holds. */
+/** Returns the published format that the file was read in: "cube" or "3dl"; absent for a LUT read as the suite does. */
+MERIDIAN_C_API MeridianText meridian_lut_format(const MeridianLut* lut) MERIDIAN_NOTHROW;
+/** Returns how many warnings say what may surprise about the LUT, in the way that it was read. */
+MERIDIAN_C_API size_t meridian_lut_warning_count(const MeridianLut* lut) MERIDIAN_NOTHROW;
+/** Returns a warning of the area "lutWarning", at an index below the count. */
+MERIDIAN_C_API const MeridianError* meridian_lut_warning_at(const MeridianLut* lut, size_t index) MERIDIAN_NOTHROW;
+
+/** What a LUT holds. Read as published, it has floating-point values, those of its last 1D LUT or cube, and no rows. */
 typedef struct MeridianLutFacts {
   /** True for a cube, false for a 1D LUT. */
   bool is_cube;
@@ -51,12 +67,13 @@ typedef struct MeridianLutFacts {
 
 /** Returns what a LUT holds. */
 MERIDIAN_C_API MeridianLutFacts meridian_lut_facts(const MeridianLut* lut) MERIDIAN_NOTHROW;
-/** Returns the rows of the file as numbers: 3 for each of the `rows` of its facts. */
+/** Returns the rows of the file as numbers: 3 for each of the `rows` of its facts; NULL if there are none. */
 MERIDIAN_C_API const double* meridian_lut_rows(const MeridianLut* lut) MERIDIAN_NOTHROW;
 
 /**
  * Gets what the LUT makes of a pixel of code values, from `input_bit_depth` to `output_bit_depth` bits. Returns false
- * if it has no result, such as a negative one. `sample` and `result` may be the same.
+ * if it has no result, such as a negative one, or a depth that is not 1 to 63. Read as published, it gives the nearest
+ * code value, and thus always one. `sample` and `result` may be the same.
  */
 MERIDIAN_C_API bool meridian_lut_sample(const MeridianLut* lut, const uint64_t sample[3], int64_t input_bit_depth,
                                         int64_t output_bit_depth, uint64_t result[3]) MERIDIAN_NOTHROW;
@@ -112,7 +129,10 @@ typedef struct MeridianImage {
 MERIDIAN_C_API MeridianImage meridian_image_packed(MeridianSamples samples, void* data, int channels, size_t width,
                                                    size_t height) MERIDIAN_NOTHROW;
 
-/** How a LUT is applied to images. All zero are the defaults, which agree with meridian_lut_sample(). */
+/**
+ * How a LUT is applied to images. All zero are the defaults, which agree with meridian_lut_sample(). A LUT read as
+ * published ignores all but `tetrahedral`.
+ */
 typedef struct MeridianLutOptions {
   /** Finds colours between the points of a cube from the four points around them, instead of eight. */
   bool tetrahedral;

@@ -1,5 +1,10 @@
 #include "meridian/lut/lut_description.h"
 
+#include <algorithm>
+#include <limits>
+#include <variant>
+#include <vector>
+
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/lut/bit_depth.h"
 #include "meridian/lut/lut_parts.h"
@@ -36,6 +41,29 @@ LutDescription describe(const ParsedLutFile& file) {
     result.valueBitDepth = parts.integerTable->valueBitDepth();
   }
   if (result.valueBitDepth) result.valueType = LutValueType::integer;
+  return result;
+}
+
+LutDescription describe(const PublishedLut& lut) {
+  LutDescription result;
+  const auto add = [&](std::int64_t size, const std::vector<LutColor>& colors, const LutDeclaredDomain& domain) {
+    if (result.size == 0) result.declaredDomain = domain;
+    result.size = size;
+    result.lowValue = std::numeric_limits<double>::infinity();
+    result.highValue = -result.lowValue;
+    for (const LutColor& color : colors) {
+      result.lowValue = std::min({result.lowValue, color.red, color.green, color.blue});
+      result.highValue = std::max({result.highValue, color.red, color.green, color.blue});
+    }
+  };
+  for (const LutStage& stage : lut.stages) {
+    if (const auto* const curve = std::get_if<LutCurve>(&stage)) {
+      add(static_cast<std::int64_t>(curve->rows->size()), *curve->rows, curve->domain);
+    } else if (const auto* const cube = std::get_if<LutCubeStage>(&stage)) {
+      add(cube->faceSize, *cube->points, cube->domain);
+      result.dimensions = LutDimensions::cube;
+    }
+  }
   return result;
 }
 

@@ -16,6 +16,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/export.h"
 #include "meridian/lut/lut_file.h"
+#include "meridian/lut/lut_stages.h"
 
 namespace meridian::inline v0_2 {
 
@@ -54,6 +55,10 @@ struct LutDescription {
 /// Describes a LUT file. For a class of converter that this library does not know, only `rows`, the range of the values
 /// and the domain are set.
 [[nodiscard]] MERIDIAN_API LutDescription describe(const ParsedLutFile& file);
+
+/// Describes a LUT that was read as its format publishes it: the size and values of its last 1D LUT or cube, a cube if
+/// any is, and the domain of its first. It has floating-point values and no rows, since stages are not rows of a file.
+[[nodiscard]] MERIDIAN_API LutDescription describe(const PublishedLut& lut);
 
 /// Returns whether the LUT's converter has a result for every sample, so that `convert` does not terminate the process.
 /// Samples are code values of an input depth from 1 to 63 bits; `outputBitDepth` is in bits, at least 1. Only the range

@@ -5,6 +5,7 @@
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
+#include "meridian/lut/bit_depth.h"
 #include "meridian/lut/image_definition.h"
 #include "meridian/lut/lut_interpolation.h"
 
@@ -85,6 +86,26 @@ LutColor applied(const PublishedLut& lut, const LutColor& color, LutInterpolatio
   LutColor result = color;
   for (const LutStage& stage : lut.stages) result = applied(stage, result, interpolation);
   return result;
+}
+
+std::array<std::uint64_t, 3> appliedToCodeValues(const PublishedLut& lut, const std::array<std::uint64_t, 3>& codes,
+                                                 std::int64_t inputBitDepth, std::int64_t outputBitDepth,
+                                                 LutInterpolation interpolation) {
+  const std::uint64_t lastInput = largestCodeValue(inputBitDepth);
+  const std::uint64_t lastOutput = largestCodeValue(outputBitDepth);
+  if (lastInput == 0 || lastOutput == 0) preconditionFailed("the bit depth of code values is not 1 to 63");
+  LutColor color;
+  for (std::size_t i = 0; i < 3; ++i) {
+    color.*channels[i] = static_cast<double>(codes[i]) / static_cast<double>(lastInput);
+  }
+  color = applied(lut, color, interpolation);
+  std::array<std::uint64_t, 3> results{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const double code = color.*channels[i] * static_cast<double>(lastOutput) + 0.5;
+    if (!(code >= 1)) continue;  // NaN too
+    results[i] = code < static_cast<double>(lastOutput) ? static_cast<std::uint64_t>(code) : lastOutput;
+  }
+  return results;
 }
 
 void warnOfNegativeValues(PublishedLut& lut) {

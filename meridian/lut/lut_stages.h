@@ -89,6 +89,13 @@ struct PublishedLut {
 [[nodiscard]] MERIDIAN_API LutColor applied(const PublishedLut& lut, const LutColor& color,
                                             LutInterpolation interpolation = LutInterpolation::trilinear);
 
+/// Returns what a LUT makes of a pixel of code values, from one depth to another, rounded to the nearest code value, or
+/// the nearest of the depth if the result is beyond it; 0 for NaN. Depths are 1 to 63 bits and terminate the process
+/// otherwise. As `ImageLut` with LutRounding::nearest, and exact below 53 bits.
+[[nodiscard]] MERIDIAN_API std::array<std::uint64_t, 3> appliedToCodeValues(
+    const PublishedLut& lut, const std::array<std::uint64_t, 3>& codes, std::int64_t inputBitDepth,
+    std::int64_t outputBitDepth, LutInterpolation interpolation = LutInterpolation::trilinear);
+
 /// Adds the warning negativeValues if the last curve or cube has any. Readers of formats call it when the stages are
 /// there.
 MERIDIAN_API void warnOfNegativeValues(PublishedLut& lut);

@@ -3,11 +3,15 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "meridian/lut/image_lut.h"
 #include "meridian/lut/lut_description.h"
+#include "meridian/lut/lut_warning.h"
+#include "meridian/lut/published_lut.h"
 #include "meridian/objc/foundation_values.h"
 
 #import <Meridian/Errors.h>
@@ -28,7 +32,17 @@ static_assert(MeridianLutErrorXmlDocument == static_cast<int>(m::LutErrorCode::x
               MeridianLutErrorUnknownDimensions == static_cast<int>(m::LutErrorCode::unknownDimensions) &&
               MeridianLutErrorUnusableRowCount == static_cast<int>(m::LutErrorCode::unusableRowCount) &&
               MeridianLutErrorTooFewRows == static_cast<int>(m::LutErrorCode::tooFewRows) &&
-              m::EnumerationTable<m::LutErrorCode>::rows.size() == 9);
+              MeridianLutErrorOtherPublishedFormat == static_cast<int>(m::LutErrorCode::otherPublishedFormat) &&
+              MeridianLutErrorNoPublishedFormat == static_cast<int>(m::LutErrorCode::noPublishedFormat) &&
+              MeridianLutErrorNotReadByLibrary == static_cast<int>(m::LutErrorCode::notReadByLibrary) &&
+              MeridianLutErrorMalformedLine == static_cast<int>(m::LutErrorCode::malformedLine) &&
+              MeridianLutErrorUnsupportedSize == static_cast<int>(m::LutErrorCode::unsupportedSize) &&
+              MeridianLutErrorInvalidDomain == static_cast<int>(m::LutErrorCode::invalidDomain) &&
+              MeridianLutErrorTruncated == static_cast<int>(m::LutErrorCode::truncated) &&
+              MeridianLutErrorSurplusRows == static_cast<int>(m::LutErrorCode::surplusRows) &&
+              MeridianLutErrorUnknownCubeSize == static_cast<int>(m::LutErrorCode::unknownCubeSize) &&
+              MeridianLutErrorImplausibleValues == static_cast<int>(m::LutErrorCode::implausibleValues) &&
+              m::EnumerationTable<m::LutErrorCode>::rows.size() == 19);
 static_assert(MeridianImageErrorNoSamples == static_cast<int>(m::ImageErrorCode::noSamples) &&
               MeridianImageErrorUnusableStride == static_cast<int>(m::ImageErrorCode::unusableStride) &&
               MeridianImageErrorMisalignedSamples == static_cast<int>(m::ImageErrorCode::misalignedSamples) &&
@@ -44,10 +58,12 @@ static_assert(MeridianCodeValueRangeFull == static_cast<int>(m::CodeValueRange::
 
 namespace {
 
-/// What an object refers to.
+/// What an object refers to: a LUT as the suite reads it, or without a file the published one.
 struct Lut {
   std::unique_ptr<const m::ParsedLutFile> file;
+  m::PublishedLut published;
   m::LutDescription facts;
+  std::vector<m::LutWarning> warnings;
 };
 
 using Applied = m::Expected<void, m::ImageErrorCode>;
@@ -83,11 +99,15 @@ m::ImageLutOptions optionsOf(const MeridianLutOptions* options) {
           .rounding = options->nearest ? nearest : truncate};
 }
 
-Applied apply(const m::ParsedLutFile& file, const MeridianLutImage& source, const MeridianLutImage& destination,
+Applied apply(const Lut& lut, const MeridianLutImage& source, const MeridianLutImage& destination,
               const MeridianLutOptions* options, unsigned threads) {
   const auto applyTo = [&]<typename Sample>(std::type_identity<Sample>) {
-    return m::applyLut<Sample>(file, viewOf<const Sample>(source), viewOf<Sample>(destination), optionsOf(options),
-                               threads);
+    const auto from = viewOf<const Sample>(source);
+    const auto to = viewOf<Sample>(destination);
+    m::ImageLutOptions chosen = optionsOf(options);
+    if (lut.file) return m::applyLut(*lut.file, from, to, chosen, threads);
+    chosen.rounding = m::LutRounding::nearest;
+    return m::applyLut(lut.published, from, to, chosen, threads);
   };
   if (!hasRange(source) || !hasRange(destination)) return m::Unexpected(m::ImageErrorCode::unusableRange);
   if (source.sampleType == destination.sampleType) {
@@ -146,7 +166,9 @@ static const Lut& lutOf(ParsedLutFile* file) { return *static_cast<const Lut*>(f
 /// Makes an object that owns the LUT.
 static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
   Class type = [ParsedThreeDimensionalFloatingPointFile class];
-  if (lut->facts.dimensions == m::LutDimensions::oneD) {
+  if (!lut->file) {
+    type = [PublishedLutFile class];
+  } else if (lut->facts.dimensions == m::LutDimensions::oneD) {
     type = [ParsedOneDimensionLutFile class];
   } else if (lut->facts.valueType == m::LutValueType::integer) {
     type = [ParsedThreeDimensionalIntegerFile class];
@@ -171,7 +193,10 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
 }
 
 - (NSURL*)file {
-  return returned([&] { return m::objc::urlOf(lutOf(self).file->file().path()); });
+  return returned([&] {
+    const Lut& lut = lutOf(self);
+    return m::objc::urlOf(lut.file ? lut.file->file().path() : lut.published.path);
+  });
 }
 
 - (MeridianLutDimensions)dimensions {
@@ -216,12 +241,23 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
   return colorOf(lutOf(self).facts.declaredDomain.maximum);
 }
 
+- (NSArray*)warnings {
+  return returned([&] {
+    NSMutableArray* const messages = [NSMutableArray array];
+    for (const m::LutWarning& warning : lutOf(self).warnings) {
+      [messages addObject:m::objc::stringOf(warning.message())];
+    }
+    return messages;
+  });
+}
+
 - (NSUInteger)rowCount {
   return lutOf(self).facts.rows;
 }
 
 - (MeridianLutColor)rowAtIndex:(NSUInteger)index {
-  const auto rows = lutOf(self).file->orderedValues().colors();
+  const Lut& lut = lutOf(self);
+  const auto rows = lut.file ? lut.file->orderedValues().colors() : std::span<const m::LutColor>();
   if (index >= rows.size()) {
     [NSException raise:NSRangeException
                 format:@"row %llu of a LUT of %llu rows", static_cast<unsigned long long>(index),
@@ -235,7 +271,16 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
        outputBitDepth:(int64_t)outputBitDepth
                result:(MeridianRGBSample*)result {
   if (result == nullptr) m::objc::raiseInvalidArgument("the result is NULL");
-  const auto converted = lutOf(self).file->inputConverter().convertIfPossible(sample.red, sample.green, sample.blue,
+  const Lut& lut = lutOf(self);
+  if (!lut.file) {
+    const auto isDepth = [](int64_t depth) { return depth >= 1 && depth <= 63; };
+    if (!isDepth(inputBitDepth) || !isDepth(outputBitDepth)) return NO;
+    const auto codes = m::appliedToCodeValues(lut.published, {sample.red, sample.green, sample.blue}, inputBitDepth,
+                                              outputBitDepth);
+    *result = {codes[0], codes[1], codes[2]};
+    return YES;
+  }
+  const auto converted = lut.file->inputConverter().convertIfPossible(sample.red, sample.green, sample.blue,
                                                                               inputBitDepth, outputBitDepth);
   if (!converted) return NO;
   *result = {converted->red, converted->green, converted->blue};
@@ -251,7 +296,7 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
   BOOL isDone = NO;
   const auto thrown = m::objc::guarded([&] {
     const auto most = static_cast<NSUInteger>(std::numeric_limits<unsigned>::max());
-    const Applied applied = apply(*lutOf(self).file, *source, *destination, options,
+    const Applied applied = apply(lutOf(self), *source, *destination, options,
                                   static_cast<unsigned>(threads < most ? threads : most));
     isDone =
         applied ? YES : m::objc::failed(error, MeridianImageErrorDomain, m::Error<m::ImageErrorCode>{applied.error()});
@@ -276,6 +321,14 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
 @implementation ParsedThreeDimensionalFloatingPointFile
 @end
 
+@implementation PublishedLutFile
+
+- (NSString*)format {
+  return returned([&] { return m::objc::stringOf(m::rawValue(lutOf(self).published.format)); });
+}
+
+@end
+
 @implementation ParsedLutFactory
 
 + (ParsedLutFile*)parsedLutFileAtURL:(NSURL*)url {
@@ -290,9 +343,29 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
       m::objc::failed(error, MeridianLutErrorDomain, file.error(), true);
       return;
     }
-    auto lut = std::make_unique<Lut>(Lut{*std::move(file), {}});
+    auto lut = std::make_unique<Lut>();
+    lut->file = *std::move(file);
     lut->facts = m::describe(*lut->file);
+    lut->warnings = m::warningsOf(*lut->file);
     object = objectOwning(std::move(lut));
+  });
+  if (thrown) m::objc::storeThrown(error, *thrown);
+  return object;
+}
+
++ (PublishedLutFile*)publishedLutFileAtURL:(NSURL*)url error:(NSError**)error {
+  PublishedLutFile* object = nil;
+  const auto thrown = m::objc::guarded([&] {
+    auto published = m::readPublishedLut(m::Url::fromFilePath(m::objc::pathOf(url, "the URL")));
+    if (!published) {
+      m::objc::failed(error, MeridianLutErrorDomain, published.error(), true);
+      return;
+    }
+    auto lut = std::make_unique<Lut>();
+    lut->published = *std::move(published);
+    lut->facts = m::describe(lut->published);
+    lut->warnings = lut->published.warnings;
+    object = static_cast<PublishedLutFile*>(objectOwning(std::move(lut)));
   });
   if (thrown) m::objc::storeThrown(error, *thrown);
   return object;

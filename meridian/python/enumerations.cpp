@@ -12,6 +12,8 @@
 #include "meridian/lut/image_view.h"
 #include "meridian/lut/lut_description.h"
 #include "meridian/lut/lut_error.h"
+#include "meridian/lut/lut_format.h"
+#include "meridian/lut/lut_warning.h"
 #include "meridian/media/conversion_codec_type.h"
 #include "meridian/media/file_extension.h"
 #include "meridian/media/frame_number.h"
@@ -30,6 +32,8 @@ void addErrorCodes(py::module_& module) {
   addEnumeration<TranscodeWarningCode>(module, "Why a setting or a dropped word deserves attention.");
   addEnumeration<TimecodeErrorCode>(module, "Why a timecode labels no frame, or a frame number has no timecode.");
   addEnumeration<LutErrorCode>(module, "Why a file is not read as a LUT.");
+  addEnumeration<LutWarningCode>(module, "What may surprise about a LUT.");
+  addEnumeration<LutFormat>(module, "A published format of LUT files.");
   addEnumeration<ImageErrorCode>(module, "Why a LUT cannot be applied to an image.");
   addEnumeration<TreeWalkErrorCode>(module, "What could not be read or followed during a walk.");
   addEnumeration<ClaimErrorCode>(module, "Why files were not created.");

@@ -7,6 +7,7 @@
 #include "meridian/fs/tree_walk.h"
 #include "meridian/lut/image_view.h"
 #include "meridian/lut/lut_error.h"
+#include "meridian/lut/lut_warning.h"
 #include "meridian/media/frame_number.h"
 #include "meridian/python/module.h"
 #include "meridian/serialization/coding_error.h"
@@ -74,6 +75,7 @@ void addErrors(py::module_& module) {
   errorClass<TranscodeWarningCode> = addClass(module, errors, "TranscodeWarning");
   errorClass<TimecodeErrorCode> = addClass(module, errors, "TimecodeError");
   errorClass<LutErrorCode> = addClass(module, errors, "LutError");
+  errorClass<LutWarningCode> = addClass(module, errors, "LutWarning");
   errorClass<ImageErrorCode> = addClass(module, errors, "ImageError");
   errorClass<TreeWalkErrorCode> = addClass(module, errors, "TreeWalkError");
   errorClass<ClaimErrorCode> = addClass(module, errors, "ClaimError");

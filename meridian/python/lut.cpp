@@ -2,7 +2,9 @@
 
 #include "meridian/lut/image_lut.h"
 #include "meridian/lut/lut_description.h"
+#include "meridian/lut/lut_warning.h"
 #include "meridian/lut/parsed_lut_factory.h"
+#include "meridian/lut/published_lut.h"
 #include "meridian/python/errors.h"
 #include "meridian/python/image_buffer.h"
 #include "meridian/python/module.h"
@@ -36,6 +38,16 @@ Lut opened(const Path& path) {
   return {std::shared_ptr<const ParsedLutFile>(valueOrRaise(std::move(file)))};
 }
 
+PublishedLut openedAsPublished(const Path& path) {
+  return valueOrRaise(withoutLock([&path] { return readPublishedLut(path.url()); }));
+}
+
+Typed<"list[LutWarning]"> listOf(const std::vector<LutWarning>& warnings) {
+  py::list list;
+  for (const LutWarning& warning : warnings) list.append(errorOf(warning));
+  return Typed<"list[LutWarning]">(list);
+}
+
 /// Returns the samples' own bits, for a depth that is not given.
 int bitsOf(SampleType type) {
   return visitSamples(type, []<typename Sample>(std::type_identity<Sample>) { return ImageView<Sample>::sampleBits; });
@@ -56,32 +68,38 @@ py::object newImageLike(const ImageBuffer& image) {
   return memory.attr("cast")(format, shape);
 }
 
-void applyTo(const ParsedLutFile& file, const ImageBuffer& source, const ImageBuffer& destination,
-             const Application& application) {
-  const int depth = application.bitDepth.value_or(bitsOf(source.sample()));
+template <typename Sample, LutForImages File>
+Expected<void, ImageErrorCode> appliedTo(const File& file, const ImageBuffer& source, const ImageBuffer& destination,
+                                         const Application& application) {
+  const int depth = application.bitDepth.value_or(ImageView<Sample>::sampleBits);
   const CodeValueFormat from{depth, application.range};
   const CodeValueFormat to{application.outputBitDepth.value_or(depth),
                            application.outputRange.value_or(application.range)};
+  const auto read = source.view<const Sample>(from);
+  const auto written = destination.view<Sample>(to);
+  if constexpr (ImageView<Sample>::hasCodeValues) {
+    const auto lut = ImageLut::forCodeValues(file, from, to, application.options);
+    if (!lut) return Unexpected(lut.error());
+    return applyStrided<Sample>(*lut, read, written, application.threads);
+  } else {
+    return applyStrided<Sample>(ImageLut::forFloats(file, application.options), read, written, application.threads);
+  }
+}
+
+template <LutForImages File>
+void applyTo(const File& file, const ImageBuffer& source, const ImageBuffer& destination,
+             const Application& application) {
   const py::gil_scoped_release release;
   const auto applied = visitSamples(source.sample(), [&]<typename Sample>(std::type_identity<Sample>) {
-    return [&]() -> Expected<void, ImageErrorCode> {
-      const auto read = source.view<const Sample>(from);
-      const auto written = destination.view<Sample>(to);
-      if constexpr (ImageView<Sample>::hasCodeValues) {
-        const auto lut = ImageLut::forCodeValues(file, from, to, application.options);
-        if (!lut) return Unexpected(lut.error());
-        return applyStrided<Sample>(*lut, read, written, application.threads);
-      } else {
-        return applyStrided<Sample>(ImageLut::forFloats(file, application.options), read, written, application.threads);
-      }
-    }();
+    return appliedTo<Sample>(file, source, destination, application);
   });
   if (applied) return;
   const py::gil_scoped_acquire acquire;
   raise(errorOf(applied.error()));
 }
 
-py::object apply(const Lut& lut, const py::object& image, const py::object& out, const Application& application) {
+template <LutForImages File>
+py::object apply(const File& file, const py::object& image, const py::object& out, const Application& application) {
   const ImageBuffer source(image, ImageBuffer::Access::read, "image");
   py::object result = out.is_none() ? newImageLike(source) : out;
   const ImageBuffer destination(result, ImageBuffer::Access::write, "out");
@@ -93,16 +111,27 @@ py::object apply(const Lut& lut, const py::object& image, const py::object& out,
   if (!source.isSameAs(destination) && source.mayOverlap(destination)) {
     throw py::value_error("image and out overlap without being the same; copy one of them");
   }
-  applyTo(*lut.file, source, destination, application);
+  applyTo(file, source, destination, application);
   return result;
 }
 
-std::optional<std::tuple<std::uint64_t, std::uint64_t, std::uint64_t>> converted(
-    const Lut& lut, std::uint64_t red, std::uint64_t green, std::uint64_t blue, std::int64_t inputBitDepth,
-    std::optional<std::int64_t> outputBitDepth) {
+using CodeTuple = std::tuple<std::uint64_t, std::uint64_t, std::uint64_t>;
+
+CodeTuple convertedAsPublished(const PublishedLut& lut, std::uint64_t red, std::uint64_t green, std::uint64_t blue,
+                               std::int64_t inputBitDepth, std::optional<std::int64_t> outputBitDepth) {
+  const std::int64_t output = outputBitDepth.value_or(inputBitDepth);
+  for (const std::int64_t depth : {inputBitDepth, output}) {
+    if (depth < 1 || depth > 63) throw py::value_error("the bit depth of code values is not 1 to 63");
+  }
+  const auto codes = appliedToCodeValues(lut, {red, green, blue}, inputBitDepth, output);
+  return {codes[0], codes[1], codes[2]};
+}
+
+std::optional<CodeTuple> converted(const Lut& lut, std::uint64_t red, std::uint64_t green, std::uint64_t blue,
+                                   std::int64_t inputBitDepth, std::optional<std::int64_t> outputBitDepth) {
   const auto sample = lut.file->inputConverter().convertIfPossible(red, green, blue, inputBitDepth, outputBitDepth);
   if (!sample) return std::nullopt;
-  return std::tuple(sample->red, sample->green, sample->blue);
+  return CodeTuple(sample->red, sample->green, sample->blue);
 }
 
 py::buffer_info rowsOf(const Lut& lut) {
@@ -142,21 +171,65 @@ void addDescription(py::module_& module) {
              "Returns whether convert_if_possible() is certain to have a result for every sample.");
 }
 
+void addPublishedLut(py::module_& module) {
+  py::class_<PublishedLut> type(
+      module, "PublishedLut",
+      "A LUT as its file's format publishes it, so that images look as in other programs. It may be used from several "
+      "threads at once.\n\nThe axis order and the domain are the file's.");
+  type.def(py::init(&openedAsPublished), "path"_a,
+           "Reads a .cube or .3dl file. Raises LutError; the codes other_published_format and no_published_format mean "
+           "that the file may be a LUT for another reader, such as ParsedLutFile.");
+  type.def_property_readonly("path", [](const PublishedLut& lut) { return shown(lut.path); }, "Its path.");
+  type.def_property_readonly("format", [](const PublishedLut& lut) { return lut.format; }, "Its published format.");
+  type.def_property_readonly(
+      "warnings", [](const PublishedLut& lut) { return listOf(lut.warnings); }, "What may surprise about the file.");
+  type.def_property_readonly(
+      "description", [](const PublishedLut& lut) { return describe(lut); },
+      "The kind, size and range of its last 1D LUT or cube, and the domain of its first; it has no rows.");
+  type.def(
+      "convert", &convertedAsPublished, "red"_a, "green"_a, "blue"_a, "input_bit_depth"_a,
+      "output_bit_depth"_a = py::none(),
+      "Returns the nearest code values of the LUT's result for those of a pixel. Depths are 1 to 63 bits; without an "
+      "output depth the result has the input's.");
+  type.def(
+      "apply",
+      [](const PublishedLut& lut, const Image& image, const Typed<"Buffer | None">& out, std::optional<int> bitDepth,
+         std::optional<int> outputBitDepth, CodeValueRange range, std::optional<CodeValueRange> outputRange,
+         LutInterpolation interpolation, LutRounding rounding, unsigned threads) {
+        return Typed<"Any">(apply(lut, image, out,
+                                  {bitDepth,
+                                   outputBitDepth,
+                                   range,
+                                   outputRange,
+                                   {.interpolation = interpolation, .rounding = rounding},
+                                   threads}));
+      },
+      "image"_a, "out"_a = py::none(), py::kw_only(), "bit_depth"_a = py::none(), "output_bit_depth"_a = py::none(),
+      "range"_a = CodeValueRange::full, "output_range"_a = py::none(), "interpolation"_a = LutInterpolation::trilinear,
+      "rounding"_a = LutRounding::nearest, "threads"_a = 1,
+      "Applies the LUT to every pixel of an image and returns the result, as ParsedLutFile.apply() does. Code values "
+      "are rounded to the nearest.");
+}
+
 }  // namespace
 
 void addLut(py::module_& module) {
   addDescription(module);
+  addPublishedLut(module);
   py::class_<Lut> type(module, "ParsedLutFile", py::buffer_protocol(),
                        "A LUT read from a file. It may be used from several threads at once.\n\nnumpy.asarray(lut) is "
                        "an array of its rows, float64 of shape (rows, 3), without a copy.");
   type.def(
       py::init(&opened), "path"_a,
-      "Reads a LUT from a text file. Raises LutError with the reason; it is a FileNotFoundError, too, if there is no "
-      "such file.");
+      "Reads a LUT from a text file as the suite does; PublishedLut reads it as its format says. Raises LutError with "
+      "the reason; it is a FileNotFoundError, too, if there is no such file.");
   type.def_buffer(&rowsOf);
   type.def_property_readonly("path", [](const Lut& lut) { return shown(lut.file->file().path()); }, "Its path.");
   type.def_property_readonly(
       "description", [](const Lut& lut) { return describe(*lut.file); }, "Its kind, size and range.");
+  type.def_property_readonly(
+      "warnings", [](const Lut& lut) { return listOf(warningsOf(*lut.file)); },
+      "What may surprise about the LUT, read as the suite does.");
   type.def_property_readonly(
       "dimensions", [](const Lut& lut) { return lut.file->dimensions(); }, "Whether it is a 1D LUT or a cube.");
   type.def_property_readonly(
@@ -179,7 +252,7 @@ void addLut(py::module_& module) {
          LutInterpolation interpolation, LutAxisOrder axisOrder, LutInputDomain domain, LutRounding rounding,
          unsigned threads) {
         return Typed<"Any">(apply(
-            lut, image, out,
+            *lut.file, image, out,
             {bitDepth, outputBitDepth, range, outputRange, {interpolation, axisOrder, domain, rounding}, threads}));
       },
       "image"_a, "out"_a = py::none(), py::kw_only(), "bit_depth"_a = py::none(), "output_bit_depth"_a = py::none(),

@@ -62,6 +62,32 @@ static void a_lut_tells_what_it_holds_and_converts_samples(const MeridianLut* lu
   CHECK(result[0] == 4095 && result[1] == 4095 && result[2] == 0);
 }
 
+static void a_published_lut_has_its_own_axes_and_rounds(void) {
+  MeridianError* error = NULL;
+  MeridianLut* lut = meridian_lut_open_published(meridian_text(path), &error);
+  CHECK(lut != NULL && error == NULL);
+  if (lut == NULL) return;
+  CHECK_TEXT(meridian_lut_format(lut), "cube");
+  CHECK(meridian_lut_warning_count(lut) == 0);
+  const MeridianLutFacts facts = meridian_lut_facts(lut);
+  CHECK(facts.is_cube && facts.size == 2 && facts.rows == 0 && facts.domain_maximum[2] == 2);
+  CHECK(meridian_lut_rows(lut) == NULL);
+  /* Red is fastest, so the cube exchanges red and blue, whose domain ends at 2. */
+  const uint64_t sample[3] = {255, 0, 255};
+  uint64_t result[3] = {7, 7, 7};
+  CHECK(!meridian_lut_sample(lut, sample, 8, 64, result) && result[0] == 7);
+  CHECK(meridian_lut_sample(lut, sample, 8, 8, result));
+  CHECK(result[0] == 128 && result[1] == 255 && result[2] == 0);
+  uint8_t pixel[3] = {255, 0, 255};
+  const MeridianImage image = meridian_image_packed(MERIDIAN_SAMPLES_UINT8, pixel, 3, 1, 1);
+  CHECK(meridian_lut_apply(lut, &image, &image, NULL, 1, NULL));
+  CHECK(pixel[0] == 128 && pixel[1] == 255 && pixel[2] == 0);
+  meridian_lut_destroy(lut);
+  CHECK(meridian_lut_open_published(meridian_text("/nowhere/a.cube"), &error) == NULL);
+  CHECK_TEXT(meridian_error_code_name(error), "notOpened");
+  meridian_error_destroy(error);
+}
+
 static void images_of_every_kind_are_converted(const MeridianLut* lut) {
   uint8_t bytes[2][4] = {{0, 255, 0, 9}, {255, 0, 255, 200}};
   uint16_t words[3] = {0, 1023, 1023};
@@ -138,13 +164,18 @@ int main(void) {
   write_inverting_cube();
   MeridianError* error = NULL;
   MeridianLut* lut = meridian_lut_open(meridian_text(path), &error);
-  unlink(path);
   CHECK(lut != NULL);
   if (lut == NULL) {
     fprintf(stderr, "%s\n", meridian_error_message(error).data);
     return 1;
   }
   a_lut_tells_what_it_holds_and_converts_samples(lut);
+  CHECK_TEXT(meridian_lut_format(lut), NULL);
+  CHECK(meridian_lut_warning_count(lut) == 2);
+  CHECK_TEXT(meridian_error_area(meridian_lut_warning_at(lut, 0)), "lutWarning");
+  CHECK_TEXT(meridian_error_code_name(meridian_lut_warning_at(lut, 0)), "domainNotApplied");
+  a_published_lut_has_its_own_axes_and_rounds();
+  unlink(path);
   images_of_every_kind_are_converted(lut);
   planes_strides_ranges_and_options_count(lut);
   images_that_cannot_be_used_are_errors(lut);

@@ -115,6 +115,11 @@ TEST(CMemory, LackOfItIsAnErrorAndChangesNothing) {
       {"lut_open",
        makes([&](MeridianError** error) { return meridian_lut_open(meridian_text("/nowhere/look.cube"), error); },
              meridian_lut_destroy)},
+      {"lut_open_published", makes(
+                                 [&](MeridianError** error) {
+                                   return meridian_lut_open_published(meridian_text("/nowhere/look.cube"), error);
+                                 },
+                                 meridian_lut_destroy)},
       {"claim_create_consistent", [&](MeridianError** error) {
          MeridianClaim* const claim = meridian_claim_create_consistent(meridian_text("a_name_of_some_length"),
                                                                        extensions, 2, directories, 1, error);

@@ -11,6 +11,7 @@
 #include "meridian/lut/image_lut.h"
 #include "meridian/lut/lut_description.h"
 #include "meridian/lut/parsed_lut_factory.h"
+#include "meridian/lut/published_lut.h"
 #include "pool.h"
 
 #import <Meridian/Meridian.h>
@@ -134,6 +135,36 @@ TEST_F(ObjectiveCLut, IsAppliedToImagesAsInCpp) {
                           {m::LutInterpolation::tetrahedral, m::LutAxisOrder::redFastest, m::LutInputDomain::declared,
                            m::LutRounding::nearest}));
   EXPECT_EQ(planes, expected);
+}
+
+TEST_F(ObjectiveCLut, IsReadAsPublishedAsInCpp) {
+  const std::string path = written("look.cube", "LUT_3D_SIZE 17\nDOMAIN_MAX 2 1 1\n", 4913, 1);
+  NSError* error = nil;
+  PublishedLutFile* const lut = [ParsedLutFactory publishedLutFileAtURL:urlOf(path) error:&error];
+  ASSERT_TRUE([lut isKindOfClass:[PublishedLutFile class]]) << textOf([error localizedDescription]);
+  EXPECT_EQ(textOf([lut format]), "cube");
+  EXPECT_EQ(textOf([[lut file] path]), path);
+  EXPECT_EQ([[lut warnings] count], 0U);
+  EXPECT_EQ([[[ParsedLutFactory parsedLutFileAtURL:urlOf(path)] warnings] count], 2U);
+  EXPECT_EQ([lut size], 17);
+  EXPECT_EQ([lut rowCount], 0U);
+  EXPECT_EQ([lut domainMaximum].red, 2);
+  std::vector<std::uint16_t> samples;
+  for (int place = 0; place < 60; ++place) samples.push_back(static_cast<std::uint16_t>(place * 1000));
+  std::vector<std::uint16_t> expected = samples;
+  const auto published = m::readPublishedLut(m::Url::fromFilePath(path));
+  const auto view = m::ImageView<std::uint16_t>::packed(m::ImageLayout::rgb, expected.data(), 5, 4);
+  ASSERT_TRUE(m::applyLut(*published, view, view, {.rounding = m::LutRounding::nearest}));
+  MeridianRGBSample result = {};
+  const MeridianRGBSample sample = {samples[30], samples[31], samples[32]};
+  ASSERT_TRUE([lut convertSample:sample inputBitDepth:16 outputBitDepth:16 result:&result]);
+  EXPECT_EQ(result.red, expected[30]);
+  EXPECT_EQ(result.blue, expected[32]);
+  const MeridianLutImage image = MeridianLutImageMakePacked(MeridianSampleTypeUInt16, samples.data(), 3, 5, 4);
+  ASSERT_TRUE([lut applyToImage:&image destination:&image options:nullptr threads:1 error:nullptr]);
+  EXPECT_EQ(samples, expected);
+  EXPECT_EQ([ParsedLutFactory publishedLutFileAtURL:urlOf(written("rows.txt", "", 256, 1)) error:&error], nil);
+  EXPECT_EQ([error code], MeridianLutErrorNoPublishedFormat);
 }
 
 TEST_F(ObjectiveCLut, SaysWhyAnImageCannotBeUsed) {

@@ -332,6 +332,34 @@ def test_files_that_are_no_luts_say_why(tmp_path, text, code):
     assert raised.value.code is meridian.LutErrorCode[code] and raised.value.place == str(path)
 
 
+def test_published_files_have_their_own_axes_and_round(tmp_path):
+    path = tmp_path / "look.cube"
+    # Red is fastest and three times as wide, so that no result is half an integer.
+    rows = "".join(f"{1 - i % 2} {i // 2 % 2} {i // 4}\n" for i in range(8))
+    path.write_text("LUT_3D_SIZE 2\nDOMAIN_MAX 3 1 1\n" + rows + "the end\n")
+    lut = meridian.PublishedLut(path)
+    assert lut.format is meridian.LutFormat.cube and lut.path == str(path)
+    assert [warning.code for warning in lut.warnings] == [meridian.LutWarningCode.ignored_lines]
+    assert lut.warnings[0].remedy == "check what they say"
+    assert lut.description.size == 2 and lut.description.domain_maximum == (3, 1, 1) and lut.description.rows == 0
+    assert lut.convert(255, 7, 9, 8) == (170, 7, 9) and lut.convert(1023, 0, 1023, 10, 8) == (170, 0, 255)
+    for dtype in TYPES:
+        image = picture(dtype)
+        largest = 1 if dtype is numpy.float32 else numpy.iinfo(dtype).max
+        red = 1 - image[..., 0].astype(float) / largest / 3
+        expected = image.copy()
+        expected[..., 0] = red if largest == 1 else numpy.floor(red * largest + 0.5)
+        assert numpy.allclose(lut.apply(image), expected, atol=1e-6 if largest == 1 else 0)
+    codes = {warning.code for warning in meridian.ParsedLutFile(path).warnings}
+    assert meridian.LutWarningCode.other_axis_order in codes and meridian.LutWarningCode.domain_not_applied in codes
+    with pytest.raises(ValueError):
+        lut.convert(1, 2, 3, 64)
+    path.write_text("0 0 0\n" * 256)
+    with pytest.raises(meridian.LutError) as raised:
+        meridian.PublishedLut(path)
+    assert raised.value.code is meridian.LutErrorCode.no_published_format
+
+
 def test_buffers_that_state_no_strides(lut):
     image = ((ctypes.c_uint16 * 3) * 5 * 4)()
     memoryview(image).cast("B")[:] = bytes(range(120))

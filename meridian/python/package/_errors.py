@@ -80,6 +80,10 @@ class LutError(Error, OSError):
     """A file cannot be read as a LUT. With an errno it is also the exception of that number: FileNotFoundError."""
 
 
+class LutWarning(Warning):
+    """Something may surprise about a LUT that was read. In the LUT's list of warnings, not raised."""
+
+
 class ImageError(Error, ValueError):
     """A LUT cannot be applied to an image."""
 

@@ -33,7 +33,17 @@ typedef NS_ENUM(NSInteger, MeridianLutError) {
   MeridianLutErrorNoRows,
   MeridianLutErrorUnknownDimensions,
   MeridianLutErrorUnusableRowCount,
-  MeridianLutErrorTooFewRows
+  MeridianLutErrorTooFewRows,
+  MeridianLutErrorOtherPublishedFormat,
+  MeridianLutErrorNoPublishedFormat,
+  MeridianLutErrorNotReadByLibrary,
+  MeridianLutErrorMalformedLine,
+  MeridianLutErrorUnsupportedSize,
+  MeridianLutErrorInvalidDomain,
+  MeridianLutErrorTruncated,
+  MeridianLutErrorSurplusRows,
+  MeridianLutErrorUnknownCubeSize,
+  MeridianLutErrorImplausibleValues
 };
 
 /** Why a LUT cannot be applied to an image. */

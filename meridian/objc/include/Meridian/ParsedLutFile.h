@@ -2,7 +2,7 @@
  * \file
  * LUT files: open one, read its facts, apply it to samples and to whole images. For example, in place:
  *
- *     ParsedLutFile* lut = [ParsedLutFactory parsedLutFileAtURL:url error:&error];
+ *     PublishedLutFile* lut = [ParsedLutFactory publishedLutFileAtURL:url error:&error];
  *     MeridianLutImage image = MeridianLutImageMakePacked(MeridianSampleTypeUInt16, samples, 3, 3840, 2160);
  *     image.bitDepth = 10;
  *     if (lut == nil || ![lut applyToImage:&image destination:&image options:NULL threads:0 error:&error]) ...
@@ -72,7 +72,10 @@ MERIDIAN_EXTERN MeridianLutImage MeridianLutImageMakePacked(MeridianSampleType s
                                                             void* MERIDIAN_NULLABLE samples, NSInteger channels,
                                                             size_t width, size_t height);
 
-/** How a LUT is applied to images. All NO are the defaults, which agree with the sampling of single pixels. */
+/**
+ * How a LUT is applied to images. All NO are the defaults, which agree with the sampling of single pixels. A
+ * PublishedLutFile ignores all but `tetrahedral`.
+ */
 typedef struct MeridianLutOptions {
   /** Finds colours between the points of a cube from the four points around them, instead of eight. */
   BOOL tetrahedral;
@@ -85,7 +88,7 @@ typedef struct MeridianLutOptions {
 } MeridianLutOptions;
 
 /**
- * A LUT that was read from a file, of one of the three classes below. It keeps nothing open and never changes: several
+ * A LUT that was read from a file, of one of the four classes below. It keeps nothing open and never changes: several
  * threads may use it at once.
  */
 @interface ParsedLutFile : NSObject {
@@ -113,6 +116,8 @@ typedef struct MeridianLutOptions {
 @property(nonatomic, readonly) BOOL declaresDomain;
 @property(nonatomic, readonly) MeridianLutColor domainMinimum;
 @property(nonatomic, readonly) MeridianLutColor domainMaximum;
+/** Texts that say what may surprise about the LUT, in the way that it was read, each with a remedy. */
+@property(nonatomic, readonly) NSArray* warnings;
 /** The number of rows of the file; a cube may have more or fewer than it has points. */
 @property(nonatomic, readonly) NSUInteger rowCount;
 
@@ -156,6 +161,16 @@ typedef struct MeridianLutOptions {
 @interface ParsedThreeDimensionalFloatingPointFile : ParsedLutFile
 @end
 
+/**
+ * A LUT as its file's format publishes it, so that images look as in other programs: the axis order and the domain are
+ * the file's, and code values are rounded to the nearest, so that each sample has a result. It has floating-point
+ * values, those of its last 1D LUT or cube, and no rows.
+ */
+@interface PublishedLutFile : ParsedLutFile
+/** The published format: "cube" or "3dl". */
+@property(nonatomic, readonly) NSString* format;
+@end
+
 /** Reads LUT files written as text. */
 @interface ParsedLutFactory : NSObject
 
@@ -164,6 +179,13 @@ typedef struct MeridianLutOptions {
 /** Returns the LUT in a file, or nil and an error of MeridianLutErrorDomain that says why there is none. */
 + (ParsedLutFile* MERIDIAN_NULLABLE)parsedLutFileAtURL:(NSURL*)url
                                                  error:(NSError* MERIDIAN_NULLABLE* MERIDIAN_NULLABLE)error;
+/**
+ * Returns the LUT in a .cube or .3dl file as its format publishes it, or nil and an error.
+ * MeridianLutErrorOtherPublishedFormat and MeridianLutErrorNoPublishedFormat mean that the file may be a LUT for another
+ * reader.
+ */
++ (PublishedLutFile* MERIDIAN_NULLABLE)publishedLutFileAtURL:(NSURL*)url
+                                                       error:(NSError* MERIDIAN_NULLABLE* MERIDIAN_NULLABLE)error;
 
 @end
 
