@@ -135,6 +135,9 @@ std::vector<PublishedFile> filesOfOtherFormats() {
                        }()},
       {"field.vf",
        "#Inventor V2.1 ascii\ngrid_size 3 3 3\nglobal_transform 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1\ndata\n" + wide(27)},
+      {"film.cub",
+       "# Truelight Cube v2.0\n# lutLength 6\n# iDims     3\n# oDims     3\n# width     3 3 3\n\n# InputLUT\n" +
+           randomRows(random, 6, 0, 2) + "\n# Cube\n" + wide(27) + "\n# end\n"},
       {"all.clf", clf(matrix + range + operation("LUT1D", array("5 3", wide(5))) + cube)},
       {"log.clf",
        clf(log + operation("Exponent", "<ExponentParams exponent=\"2.2\"/>\n", "style=\"basicMirrorFwd\"") + cube)},

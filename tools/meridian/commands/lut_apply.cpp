@@ -309,7 +309,7 @@ Subcommand lutApplyCommand() {
           "the command and keeps the permissions that it had.\n\n"
           "FILE is read as its format publishes it: .cube and .3dl, and with OpenColorIO .csp, .spi1d, .spi3d, "
           ".spimtx,\n"
-          ".itx, .lut, .m3d, .vf, CLF and CTF. Other texts are read as the suite reads them, with a warning. Warnings\n"
+          ".itx, .lut, .m3d, .vf, .cub, CLF and CTF. Other texts are read as the suite reads them, with a warning. Warnings\n"
           "say what may surprise about FILE, and what to do.\n\n"
           "With --to, each image is written to DIR under its own name; DIR may be the one that the images are\n"
           "in. The other images are still done if one fails; the status is then 1.",
