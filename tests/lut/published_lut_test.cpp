@@ -4,11 +4,17 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>
 
+#include "meridian/lut/bit_depth.h"
+#include "meridian/lut/image_lut.h"
+#include "meridian/lut/lut_description.h"
 #include "tests/support/temporary_directory.h"
 
 namespace meridian {
@@ -126,6 +132,60 @@ TEST_F(PublishedLutFiles, ThreeDlFilesHaveBlueFastestAndADepth) {
   ASSERT_TRUE(shaped);
   ASSERT_EQ(shaped->stages.size(), 2U);
   EXPECT_DOUBLE_EQ(applied(*shaped, {1.0 / 3, 0, 0}).red, 100 / 1023.0);
+}
+
+TEST_F(PublishedLutFiles, WarningsSayWhatTheValuesMayMean) {
+  using Code = LutWarningCode;
+  const struct {
+    std::string rows;
+    std::vector<Code> codes;
+  } cases[]{{"0 0 0\n1 1 1\n", {}},
+            {"0 0 0\n126 0 0\n", {}},
+            {"0 0 0\n255 255 255\n", {Code::wholeNumbers}},
+            {"0 0 0.5\n255 255 255\n", {}},
+            {"-0.25 0 0\n1 1 1\n", {Code::negativeValues}},
+            {"0 0 -1\n1023 1 1\n", {Code::wholeNumbers, Code::negativeValues}}};
+  for (const auto& [rows, codes] : cases) {
+    const auto lut = read("look.cube", "LUT_1D_SIZE 2\n" + rows);
+    ASSERT_TRUE(lut);
+    std::vector<Code> found;
+    for (const LutWarning& warning : lut->warnings) {
+      found.push_back(warning.code);
+      EXPECT_EQ(warning.place, lut->path);
+      EXPECT_FALSE(warning.detail.empty());
+    }
+    EXPECT_EQ(found, codes) << rows;
+  }
+}
+
+TEST_F(PublishedLutFiles, CodeValuesAreRoundedToTheNearestOfAnyDepth) {
+  const auto lut = read("look.cube", "LUT_1D_SIZE 2\nLUT_1D_INPUT_RANGE 0 2\n0 -1 0\n1 1 9\n");
+  ASSERT_TRUE(lut);
+  using Codes = std::array<std::uint64_t, 3>;
+  EXPECT_EQ(appliedToCodeValues(*lut, {255, 255, 255}, 8, 8), (Codes{128, 0, 255}));
+  EXPECT_EQ(appliedToCodeValues(*lut, {1, 1, 1}, 1, 32), (Codes{0x80000000, 0, 0xFFFFFFFF}));
+  EXPECT_EQ(appliedToCodeValues(*lut, {0, 0, std::uint64_t{1} << 62}, 63, 63), (Codes{0, 0, largestCodeValue(63)}));
+  for (const std::uint64_t code : {0U, 1U, 300U, 1022U, 1023U}) {
+    const auto expected = ImageLut::forCodeValues(*lut, 10, 12, {.rounding = LutRounding::nearest})
+                              ->pixel(static_cast<std::uint16_t>(code), 0, static_cast<std::uint16_t>(1023 - code));
+    const Codes actual = appliedToCodeValues(*lut, {code, 0, 1023 - code}, 10, 12);
+    EXPECT_TRUE(std::ranges::equal(actual, expected)) << code;
+  }
+  EXPECT_DEATH(static_cast<void>(appliedToCodeValues(*lut, {}, 8, 64)), "1 to 63");
+  EXPECT_DEATH(static_cast<void>(applied(LutStage(LutFunction{}), {})), "function is empty");
+}
+
+TEST_F(PublishedLutFiles, DescriptionsAreOfTheLastTableAndTheDomainOfTheFirst) {
+  const auto lut =
+      read("both.cube",
+           "LUT_1D_SIZE 3\nLUT_1D_INPUT_RANGE -1 2\nLUT_3D_SIZE 2\n0 0 0\n5 5 5\n9 9 9\n0 0 0\n1 0 0\n0 1 0\n"
+           "1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 -0.5\n");
+  ASSERT_TRUE(lut) << lut.error().message();
+  EXPECT_EQ(describe(*lut), (LutDescription{.dimensions = LutDimensions::cube,
+                                            .size = 2,
+                                            .lowValue = -0.5,
+                                            .highValue = 1,
+                                            .declaredDomain = {{-1, -1, -1}, {2, 2, 2}, true}}));
 }
 
 TEST_F(PublishedLutFiles, DamagedFilesSayWhatIsWrongWhere) {

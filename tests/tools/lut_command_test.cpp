@@ -284,6 +284,23 @@ TEST_F(LutCommand, ErrorsAndWarningsNameTheReadingThatHelps) {
   }
 }
 
+TEST_F(LutCommand, WithoutTheModuleAFormatIsAnErrorWithARemedy) {
+  // A copy of the command alone finds no module beside it.
+  fs::copy_file(MERIDIAN_COMMAND, path("meridian"));
+  const std::string file = write("look.spi3d", "SPILUT 1.0\n3 3\n2 2 2\n0 0 0 0 0 0\n");
+  for (const Words& words : {Words{"lut", "sample", file, "--float", "--reading", "published", "0", "0", "0"},
+                             {"lut", "plot", file, path("plot.png")},
+                             {"lut", "info", file}}) {
+    Words all = words;
+    all.insert(all.begin(), path("meridian"));
+    const Outcome outcome = test::run(all);
+    EXPECT_EQ(outcome.status, 1);
+    if (words[1] == "plot") continue;  // also without the module that draws
+    EXPECT_THAT(outcome.errors, AllOf(HasSubstr("Imageworks 3D LUT (.spi3d)"), HasSubstr("needs OpenColorIO"),
+                                      HasSubstr("; export the LUT as .cube\n")));
+  }
+}
+
 TEST_F(LutCommand, SampleNamesTheWordThatIsWrongAndWhatWasExpected) {
   const std::string cube = identityCube();
   const std::string steep = writeCube("steep.cube", [](int red, int, int) {

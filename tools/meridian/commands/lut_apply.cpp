@@ -307,10 +307,9 @@ Subcommand lutApplyCommand() {
           "and further channels stay as they are. OUT's format has to support such samples and channels. OUT is\n"
           "written to a temporary file, read back, then renamed; it may be IN. It is owned by the user who runs\n"
           "the command and keeps the permissions that it had.\n\n"
-          "FILE is read as its format publishes it: .cube and .3dl, and with OpenColorIO .csp, .spi1d, .spi3d, "
-          ".spimtx,\n"
-          ".itx, .lut, .m3d, .vf, .cub, CLF and CTF. Other texts are read as the suite reads them, with a warning. Warnings\n"
-          "say what may surprise about FILE, and what to do.\n\n"
+          "FILE is read as its format publishes it: .cube and .3dl, and with OpenColorIO .csp, .spi1d, .spi3d,\n"
+          ".spimtx, .itx, .lut, .m3d, .vf, .cub, CLF and CTF. Other texts are read as the suite reads them, with a\n"
+          "warning. Warnings say what may surprise about FILE, and what to do.\n\n"
           "With --to, each image is written to DIR under its own name; DIR may be the one that the images are\n"
           "in. The other images are still done if one fails; the status is then 1.",
       .example =
