@@ -76,7 +76,7 @@ void checkResults(const PublishedLut& lut, std::size_t bytes) {
   }
   const auto prepared = ImageLut::forCodeValues(lut, 8, 8, {.rounding = LutRounding::nearest});
   require(prepared.has_value(), "a prepared LUT");
-  for (const std::uint16_t code : {0, 100, 255}) {
+  for (const std::uint16_t code : {std::uint16_t{0}, std::uint16_t{100}, std::uint16_t{255}}) {
     const auto codes = appliedToCodeValues(lut, {code, 255, code}, 8, 8);
     const auto pixel = prepared->pixel(code, 255, code);
     for (std::size_t i = 0; i < 3; ++i) {
