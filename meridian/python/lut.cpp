@@ -42,10 +42,10 @@ PublishedLut openedAsPublished(const Path& path) {
   return valueOrRaise(withoutLock([&path] { return readPublishedLut(path.url()); }));
 }
 
-Typed<"list[LutWarning]"> listOf(const std::vector<LutWarning>& warnings) {
+py::list listOf(const std::vector<LutWarning>& warnings) {
   py::list list;
   for (const LutWarning& warning : warnings) list.append(errorOf(warning));
-  return Typed<"list[LutWarning]">(list);
+  return list;
 }
 
 /// Returns the samples' own bits, for a depth that is not given.
@@ -182,7 +182,8 @@ void addPublishedLut(py::module_& module) {
   type.def_property_readonly("path", [](const PublishedLut& lut) { return shown(lut.path); }, "Its path.");
   type.def_property_readonly("format", [](const PublishedLut& lut) { return lut.format; }, "Its published format.");
   type.def_property_readonly(
-      "warnings", [](const PublishedLut& lut) { return listOf(lut.warnings); }, "What may surprise about the file.");
+      "warnings", [](const PublishedLut& lut) { return Typed<"list[LutWarning]">(listOf(lut.warnings)); },
+      "What may surprise about the file.");
   type.def_property_readonly(
       "description", [](const PublishedLut& lut) { return describe(lut); },
       "The kind, size and range of its last 1D LUT or cube, and the domain of its first; it has no rows.");
@@ -228,7 +229,7 @@ void addLut(py::module_& module) {
   type.def_property_readonly(
       "description", [](const Lut& lut) { return describe(*lut.file); }, "Its kind, size and range.");
   type.def_property_readonly(
-      "warnings", [](const Lut& lut) { return listOf(warningsOf(*lut.file)); },
+      "warnings", [](const Lut& lut) { return Typed<"list[LutWarning]">(listOf(warningsOf(*lut.file))); },
       "What may surprise about the LUT, read as the suite does.");
   type.def_property_readonly(
       "dimensions", [](const Lut& lut) { return lut.file->dimensions(); }, "Whether it is a 1D LUT or a cube.");

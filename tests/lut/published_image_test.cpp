@@ -118,7 +118,9 @@ TEST(PublishedImages, FloatingPointIsNearTheDefinition) {
   for (float& sample : source) sample = wide(random);
   source[4] = NAN;
   source[9] = INFINITY;
-  for (const auto& [name, lut] : publishedLuts()) {
+  for (const auto& each : publishedLuts()) {
+    const std::string& name = each.first;
+    const PublishedLut& lut = each.second;
     SCOPED_TRACE(name);
     test::onEveryInstructionSet([&] {
       std::vector<float> image = source;

@@ -136,15 +136,16 @@ TEST_F(PublishedLutFiles, ThreeDlFilesHaveBlueFastestAndADepth) {
 
 TEST_F(PublishedLutFiles, WarningsSayWhatTheValuesMayMean) {
   using Code = LutWarningCode;
-  const struct {
+  struct Case {
     std::string rows;
     std::vector<Code> codes;
-  } cases[]{{"0 0 0\n1 1 1\n", {}},
-            {"0 0 0\n126 0 0\n", {}},
-            {"0 0 0\n255 255 255\n", {Code::wholeNumbers}},
-            {"0 0 0.5\n255 255 255\n", {}},
-            {"-0.25 0 0\n1 1 1\n", {Code::negativeValues}},
-            {"0 0 -1\n1023 1 1\n", {Code::wholeNumbers, Code::negativeValues}}};
+  };
+  const std::vector<Case> cases{{"0 0 0\n1 1 1\n", {}},
+                                {"0 0 0\n126 0 0\n", {}},
+                                {"0 0 0\n255 255 255\n", {Code::wholeNumbers}},
+                                {"0 0 0.5\n255 255 255\n", {}},
+                                {"-0.25 0 0\n1 1 1\n", {Code::negativeValues}},
+                                {"0 0 -1\n1023 1 1\n", {Code::wholeNumbers, Code::negativeValues}}};
   for (const auto& [rows, codes] : cases) {
     const auto lut = read("look.cube", "LUT_1D_SIZE 2\n" + rows);
     ASSERT_TRUE(lut);
