@@ -28,6 +28,7 @@ enum class LutErrorCode : std::uint8_t {
   otherPublishedFormat,
   noPublishedFormat,
   notReadByLibrary,
+  refersToOtherFile,
   malformedLine,
   unsupportedSize,
   invalidDomain,
@@ -62,6 +63,7 @@ struct EnumerationTable<LutErrorCode> {
        "export the LUT as .cube"},
       {LutErrorCode::notReadByLibrary, "notReadByLibrary", "cannot be read as its format publishes it",
        "copy or export the LUT again"},
+      {LutErrorCode::refersToOtherFile, "refersToOtherFile", "refers to another file", "export it as one file"},
       {LutErrorCode::malformedLine, "malformedLine", "has a line that its format does not allow",
        "correct the line or export the LUT again"},
       {LutErrorCode::unsupportedSize, "unsupportedSize", "declares a size that its format does not allow",
@@ -79,8 +81,8 @@ struct EnumerationTable<LutErrorCode> {
 };
 
 /// Names the file in `place`. `detail` gives the number of rows that were read, where there were any, the number of the
-/// line and the line for errors of a single line, the format for otherPublishedFormat, and for notRegularFile what it
-/// is: "a directory", "a FIFO", "a device" or "a socket". `systemError` is set for notOpened and notRead.
+/// line and the line for errors of a single line, the format for otherPublishedFormat, the other file for
+/// refersToOtherFile, and for notRegularFile what it is: "a directory", "a FIFO", "a device" or "a socket". `systemError` is set for notOpened and notRead.
 using LutError = Error<LutErrorCode>;
 
 /// Returns whether `readPublishedLut` left the file to another reader: it is in another published format or in none.

@@ -5,11 +5,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "meridian/base/text.h"
 #include "meridian/lut/published_lut_reading.h"
 #include "meridian/platform/file_reader.h"
 #include "meridian/platform/path_text.h"
+#include "meridian/platform/xml_check.h"
 
 namespace meridian::inline v0_2 {
 namespace {
@@ -118,6 +120,21 @@ Expected<LutFormat, LutError> formatOf(FileReader& reader, const std::string& pa
   return *format;
 }
 
+/// Returns the error of a format that is left to other readers. A CLF or CTF file that refers to another file is not:
+/// the other may be anything, a device for example, and a relative path depends on the working directory.
+Unexpected<LutError> errorOfOtherFormat(LutFormat format, FileReader& reader, const TextLines& lines) {
+  if (format == LutFormat::clf || format == LutFormat::ctf) {
+    XmlElementSearch search("reference", "path");
+    std::vector<char> piece(std::size_t{64} * 1024);
+    while (const std::size_t count = reader.read(piece)) {
+      if (!search.feed({piece.data(), count})) break;
+    }
+    if (search.found()) return lines.error(LutErrorCode::refersToOtherFile, *search.found());
+    if (search.isOutOfMemory()) return lines.error(LutErrorCode::notReadByLibrary, "its XML needs too much memory");
+  }
+  return lines.error(LutErrorCode::otherPublishedFormat, std::string(description(format)));
+}
+
 }  // namespace
 
 Expected<LutFormat, LutError> publishedLutFormat(const Url& file) {
@@ -139,7 +156,7 @@ Expected<PublishedLut, LutError> readPublishedLut(const Url& file) {
       case LutFormat::threeDl:
         return detail::readPublished3dl(lines);
       default:
-        return lines.error(LutErrorCode::otherPublishedFormat, std::string(description(*format)));
+        return errorOfOtherFormat(*format, reader, lines);
     }
   }();
   if (reader.error()) return lines.error(LutErrorCode::notRead);

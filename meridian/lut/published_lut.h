@@ -35,7 +35,8 @@ namespace meridian::inline v0_2 {
 /// size is never trusted with memory. Numbers are those of DecimalNumber::fromText: neither NaN nor infinite.
 ///
 /// Returns otherPublishedFormat for a format that is recognised but not read, and noPublishedFormat for a file that no
-/// published format claims, for which ParsedLutFactory may know better (`isOfOtherFormat` is true for both). Throws
+/// published format claims, for which ParsedLutFactory may know better (`isOfOtherFormat` is true for both). Returns
+/// refersToOtherFile for a CLF or CTF file that has another file applied, which no reader should be given. Throws
 /// nothing but std::bad_alloc.
 [[nodiscard]] MERIDIAN_API Expected<PublishedLut, LutError> readPublishedLut(const Url& file);
 

@@ -35,6 +35,7 @@ static_assert(MeridianLutErrorXmlDocument == static_cast<int>(m::LutErrorCode::x
               MeridianLutErrorOtherPublishedFormat == static_cast<int>(m::LutErrorCode::otherPublishedFormat) &&
               MeridianLutErrorNoPublishedFormat == static_cast<int>(m::LutErrorCode::noPublishedFormat) &&
               MeridianLutErrorNotReadByLibrary == static_cast<int>(m::LutErrorCode::notReadByLibrary) &&
+              MeridianLutErrorRefersToOtherFile == static_cast<int>(m::LutErrorCode::refersToOtherFile) &&
               MeridianLutErrorMalformedLine == static_cast<int>(m::LutErrorCode::malformedLine) &&
               MeridianLutErrorUnsupportedSize == static_cast<int>(m::LutErrorCode::unsupportedSize) &&
               MeridianLutErrorInvalidDomain == static_cast<int>(m::LutErrorCode::invalidDomain) &&
@@ -42,7 +43,7 @@ static_assert(MeridianLutErrorXmlDocument == static_cast<int>(m::LutErrorCode::x
               MeridianLutErrorSurplusRows == static_cast<int>(m::LutErrorCode::surplusRows) &&
               MeridianLutErrorUnknownCubeSize == static_cast<int>(m::LutErrorCode::unknownCubeSize) &&
               MeridianLutErrorImplausibleValues == static_cast<int>(m::LutErrorCode::implausibleValues) &&
-              m::EnumerationTable<m::LutErrorCode>::rows.size() == 19);
+              m::EnumerationTable<m::LutErrorCode>::rows.size() == 20);
 static_assert(MeridianImageErrorNoSamples == static_cast<int>(m::ImageErrorCode::noSamples) &&
               MeridianImageErrorUnusableStride == static_cast<int>(m::ImageErrorCode::unusableStride) &&
               MeridianImageErrorMisalignedSamples == static_cast<int>(m::ImageErrorCode::misalignedSamples) &&

@@ -8,6 +8,8 @@
 #include <limits>
 #include <string_view>
 
+#include "meridian/base/ascii.h"
+
 namespace meridian::inline v0_2 {
 namespace {
 
@@ -105,6 +107,56 @@ bool XmlCheck::feed(std::span<const char> piece) {
 
 bool XmlCheck::finish() {
   return parser_->expat != nullptr && XML_Parse(parser_->expat, nullptr, 0, XML_TRUE) == XML_STATUS_OK;
+}
+
+struct XmlElementSearch::Search {
+  std::string_view element;
+  std::string_view attribute;
+  std::optional<std::string> found{};
+  XML_Parser expat = nullptr;
+  std::size_t allocatedBefore = allocated;
+
+  /// Returns whether a name is one in lower case, but for the case.
+  static bool isName(std::string_view name, std::string_view lowercased) noexcept {
+    return std::ranges::equal(name, lowercased, {}, detail::lowercasedAscii);
+  }
+
+  static void start(void* data, const XML_Char* name, const XML_Char** attributes) {
+    auto& search = *static_cast<Search*>(data);
+    std::string_view text(name);
+    text.remove_prefix(text.rfind(':') + 1);  // npos + 1 is 0
+    if (search.found || !isName(text, search.element)) return;
+    search.found.emplace();
+    for (; *attributes != nullptr; attributes += 2) {
+      if (isName(attributes[0], search.attribute)) *search.found = attributes[1];
+    }
+    XML_StopParser(search.expat, XML_FALSE);
+  }
+};
+
+XmlElementSearch::XmlElementSearch(std::string_view element, std::string_view attribute)
+    : search_(std::make_unique<Search>(Search{element, attribute})) {
+  allocated = 0;
+  search_->expat = XML_ParserCreate_MM(nullptr, &boundedMemory, nullptr);
+  if (search_->expat == nullptr) return;
+  XML_SetUserData(search_->expat, search_.get());
+  XML_SetStartElementHandler(search_->expat, Search::start);
+}
+
+XmlElementSearch::~XmlElementSearch() {
+  if (search_->expat != nullptr) XML_ParserFree(search_->expat);
+  allocated = search_->allocatedBefore;
+}
+
+bool XmlElementSearch::feed(std::span<const char> piece) {
+  return search_->expat != nullptr &&
+         XML_Parse(search_->expat, piece.data(), static_cast<int>(piece.size()), XML_FALSE) == XML_STATUS_OK;
+}
+
+const std::optional<std::string>& XmlElementSearch::found() const noexcept { return search_->found; }
+
+bool XmlElementSearch::isOutOfMemory() const noexcept {
+  return search_->expat == nullptr || XML_GetErrorCode(search_->expat) == XML_ERROR_NO_MEMORY;
 }
 
 }  // namespace meridian::inline v0_2

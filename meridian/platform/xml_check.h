@@ -1,10 +1,13 @@
 /// \file
-/// Checks whether bytes are a well-formed XML document.
+/// Checks whether bytes are a well-formed XML document, and looks for an element in one.
 #pragma once
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 
 namespace meridian::inline v0_2 {
 
@@ -34,6 +37,33 @@ class XmlCheck {
  private:
   struct Parser;
   std::unique_ptr<Parser> parser_;
+};
+
+/// Looks for an element as readers find it that expand a document's own entities; nothing outside of the document is
+/// read. The name counts in any case and with any namespace prefix. Memory is limited as for XmlCheck, of which there
+/// must not be one at the same time on the thread.
+class XmlElementSearch {
+ public:
+  /// The names are in lower case.
+  XmlElementSearch(std::string_view element, std::string_view attribute);
+  XmlElementSearch(const XmlElementSearch&) = delete;
+  XmlElementSearch& operator=(const XmlElementSearch&) = delete;
+  XmlElementSearch(XmlElementSearch&&) = delete;
+  XmlElementSearch& operator=(XmlElementSearch&&) = delete;
+  ~XmlElementSearch();
+
+  /// Searches the next piece. Returns whether more pieces are needed: not after the element, nor after damage.
+  [[nodiscard]] bool feed(std::span<const char> piece);
+
+  /// Returns the attribute of the first such element, empty if it has none; absent if there was no such element.
+  [[nodiscard]] const std::optional<std::string>& found() const noexcept;
+
+  /// Returns whether the search ended because it needs more memory than is allowed.
+  [[nodiscard]] bool isOutOfMemory() const noexcept;
+
+ private:
+  struct Search;
+  std::unique_ptr<Search> search_;
 };
 
 }  // namespace meridian::inline v0_2

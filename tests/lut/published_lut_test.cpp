@@ -249,6 +249,33 @@ TEST_F(PublishedLutFiles, DamagedFilesSayWhatIsWrongWhere) {
   EXPECT_EQ(fifo.error().code, Code::notRegularFile);
 }
 
+TEST_F(PublishedLutFiles, FilesThatReferToOtherFilesAreErrors) {
+  ASSERT_EQ(mkfifo((directory_.path() / "fifo.cube").c_str(), 0600), 0);
+  const std::string fifo = (directory_.path() / "fifo.cube").string();
+  const std::string padding(100'000, ' ');
+  struct Case {
+    std::string root;
+    std::string content;
+    std::string name;
+  };
+  for (const Case& each : std::vector<Case>{
+           {"<ProcessList id=\"a\">", "<Reference path=\"" + fifo + "\"/>", fifo},
+           {"<ProcessList compCLFversion=\"3\">", "<Reference path=\"look.cube\"></Reference>", "look.cube"},
+           {"<ProcessList id=\"a\">", padding + "<x><a:REFERENCE PATH='/dev/zero'/></x>", "/dev/zero"},
+           {"<ProcessList id=\"a\">", "<Reference alias=\"a\"/>", ""},
+           {"<!DOCTYPE a [<!ENTITY b '<Reference path=\"c\"/>'>]>\n<ProcessList id=\"a\">", "&b;", "c"}}) {
+    const auto lut = read("look.ctf", each.root + each.content + "</ProcessList>");
+    ASSERT_FALSE(lut);
+    EXPECT_EQ(rawValue(lut.error().code), rawValue(LutErrorCode::refersToOtherFile)) << each.content;
+    EXPECT_EQ(lut.error().detail, each.name);
+    EXPECT_FALSE(isOfOtherFormat(lut.error()));
+  }
+  const auto own = read("look.ctf", "<ProcessList id=\"a\"><!-- <Reference/> --><Referenced/></ProcessList>");
+  EXPECT_TRUE(isOfOtherFormat(own.error()));
+  const auto large = read("look.ctf", "<ProcessList id=\"" + std::string(20'000'000, 'a') + "\"><Reference/>");
+  EXPECT_EQ(rawValue(large.error().code), rawValue(LutErrorCode::notReadByLibrary));
+}
+
 TEST_F(PublishedLutFiles, UnknownLinesAreWarnedOf) {
   const auto lut = read("look.cube", "LUT_1D_SIZE 2\nLUT_IN_VIDEO_RANGE\n0 0 0\n1 1 1\nthe end\n");
   ASSERT_TRUE(lut) << lut.error().message();

@@ -265,6 +265,22 @@ TEST_F(LutFormats, DamagedFilesAreErrorsWithAReason) {
   }
 }
 
+TEST_F(LutFormats, FilesThatReferToOtherFilesAreErrors) {
+  write("clip.cube", "LUT_1D_SIZE 2\n0 0 0\n1 1 1\n");
+  for (const std::string name : {std::string("clip.cube"), path("clip.cube"), std::string("/dev/zero")}) {
+    for (const std::string version : {"compCLFversion=\"3\"", "version=\"1.7\""}) {
+      const std::string file = write("look.ctf", clf(operation("Reference", "", "path=\"" + name + '"'), version));
+      for (const Words& words :
+           {Words{"info", file}, {"sample", file, "--float", "--reading=published", "1", "1", "1"}}) {
+        const Outcome outcome = lut(words);
+        EXPECT_EQ(outcome.status, 1) << outcome.output;
+        EXPECT_EQ(outcome.errors,
+                  "meridian: \"" + file + "\": refers to another file: " + name + "; export it as one file\n");
+      }
+    }
+  }
+}
+
 TEST_F(LutFormats, VariablesInNamesStayAsTheyAre) {
   const std::string file = write("$HOME %HOME% ${HOME}.spimtx", "1 0 0 0\n0 1 0 0\n0 0 2 0\n");
   const Outcome outcome = lut({"sample", file, "--float", "--reading", "published", "1", "2", "3"});

@@ -27,7 +27,7 @@ struct PublishedFile {
 /// The function of the module of LUT formats. It is a module of its own because OpenColorIO brings five libraries,
 /// which only some LUTs need.
 struct LutFormatModule {
-  /// Reads a regular file of the format. Matrices, ranges, 1D LUTs and cubes become stages; what is none of them
+  /// Reads a regular file of the format, which `readPublishedLut` has to have left to others. Matrices, ranges, 1D LUTs and cubes become stages; what is none of them
   /// becomes a function that OpenColorIO computes, with a warning. Returns notReadByLibrary with OpenColorIO's reason.
   /// Throws nothing but std::bad_alloc.
   Expected<PublishedFile, LutError> (*read)(const std::string& path, LutFormat format);

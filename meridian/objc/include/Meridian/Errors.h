@@ -37,6 +37,7 @@ typedef NS_ENUM(NSInteger, MeridianLutError) {
   MeridianLutErrorOtherPublishedFormat,
   MeridianLutErrorNoPublishedFormat,
   MeridianLutErrorNotReadByLibrary,
+  MeridianLutErrorRefersToOtherFile,
   MeridianLutErrorMalformedLine,
   MeridianLutErrorUnsupportedSize,
   MeridianLutErrorInvalidDomain,
