@@ -74,7 +74,7 @@ void checkResults(const PublishedLut& lut, std::size_t bytes) {
     static_cast<void>(applied(lut, {input, 0.5, 1}, LutInterpolation::trilinear));
     static_cast<void>(applied(lut, {1, 0.5, input}, LutInterpolation::tetrahedral));
   }
-  const auto prepared = ImageLut::forCodeValues(lut, 8, 8, {.rounding = LutRounding::nearest});
+  const auto prepared = ImageLut::forCodeValues(lut, 8, 8);
   require(prepared.has_value(), "a prepared LUT");
   for (const std::uint16_t code : {std::uint16_t{0}, std::uint16_t{100}, std::uint16_t{255}}) {
     const auto codes = appliedToCodeValues(lut, {code, 255, code}, 8, 8);

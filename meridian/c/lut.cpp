@@ -87,9 +87,8 @@ m::Expected<m::ImageLut, m::ImageErrorCode> prepared(const MeridianLut& lut, con
     }
     return m::Expected<m::ImageLut, m::ImageErrorCode>(m::ImageLut::forFloats(values, chosen));
   };
-  m::ImageLutOptions chosen = optionsOf(options);
+  const m::ImageLutOptions chosen = optionsOf(options);
   if (lut.file) return preparedFrom(*lut.file, chosen);
-  chosen.rounding = m::LutRounding::nearest;
   return preparedFrom(lut.published, chosen);
 }
 

@@ -223,7 +223,9 @@ Expected<ImageLut, ImageErrorCode> ImageLut::forCodeValues(const ParsedLutFile& 
 Expected<ImageLut, ImageErrorCode> ImageLut::forCodeValues(const PublishedLut& lut, CodeValueFormat source,
                                                            CodeValueFormat destination,
                                                            const ImageLutOptions& options) {
-  return preparedFor(lut, source, destination, options);
+  ImageLutOptions rounded = options;
+  rounded.rounding = LutRounding::nearest;
+  return preparedFor(lut, source, destination, rounded);
 }
 
 ImageLut ImageLut::forFloats(const ParsedLutFile& file, const ImageLutOptions& options) {

@@ -4,8 +4,7 @@
 ///     const auto lut = readPublishedLut(Url::fromFilePath("/looks/show.cube"));
 ///     if (!lut) return report(lut.error().message());
 ///     const auto image = ImageView<std::uint16_t>::packed(ImageLayout::rgb, samples, 3840, 2160, 10);
-///     const ImageLutOptions rounded{.rounding = LutRounding::nearest};
-///     if (const auto done = applyLut(*lut, image, image, rounded, 0); !done) report(description(done.error()));
+///     if (const auto done = applyLut(*lut, image, image, {}, 0); !done) report(description(done.error()));
 #pragma once
 
 #include <array>
@@ -49,12 +48,12 @@ namespace meridian::inline v0_2 {
 /// single precision become infinite.
 ///
 /// A LUT that was read as its format publishes it (`readPublishedLut`) is prepared in the same way; its stages say what
-/// its axes are, so `axisOrder` and `domain` of the options are unused. Inputs and results are as above, on the scale
-/// from 0 to 1, truncated or rounded as the options say. A single cube, and any LUT without a cube or matrix, converts
-/// code values exactly as `applied` and the formulas above define. With several stages, each stage's result is rounded
-/// to single precision from the first cube or matrix on, so results have about six digits: code values are those of the
-/// definition but for some that are next to a boundary (an integer if results are truncated, a half if they are
-/// rounded), which differ by one.
+/// its axes are, and no converter truncates its results. So `axisOrder`, `domain` and `rounding` of the options are
+/// unused: code values are always rounded as LutRounding::nearest says. `interpolation` is that of cubes that declare
+/// none. A single cube, and any LUT without a cube or matrix, converts code values exactly as `applied` and the
+/// formulas above define. With several stages, each stage's result is rounded to single precision from the first cube
+/// or matrix on, so results have about six digits: code values are those of the definition but for some that are next
+/// to a half, which differ by one.
 class MERIDIAN_API ImageLut {
  public:
   /// Prepares a LUT for images of code values. Returns unusableBitDepth for depths outside 1 to 16, and unusableRange

@@ -63,8 +63,9 @@ LutColor appliedTo(const LutColor& color, const LutCubeStage& cube, LutInterpola
     preconditionFailed("a LUT's cube needs as many colours as it has points");
   }
   const auto place = [&](double LutColor::* channel) { return placeIn(cube.domain, channel, color, cube.faceSize); };
-  return detail::interpolatedColor(interpolation, cube.points->data(), {face * face, face, 1}, place(&LutColor::red),
-                                   place(&LutColor::green), place(&LutColor::blue));
+  return detail::interpolatedColor(cube.interpolation.value_or(interpolation), cube.points->data(),
+                                   {face * face, face, 1}, place(&LutColor::red), place(&LutColor::green),
+                                   place(&LutColor::blue));
 }
 
 LutColor appliedTo(const LutColor& color, const LutFunction& function, LutInterpolation /*interpolation*/) {

@@ -12,6 +12,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <variant>
@@ -54,11 +55,13 @@ struct LutCurve {
 
 /// A cube of `faceSize`³ colours, blue running fastest whatever the order in the file. Inputs from `domain.minimum` to
 /// `domain.maximum` run from the first to the last point of each axis. Inputs outside are clamped; NaN counts as the
-/// minimum. Terminates the process when it is applied with another number of colours.
+/// minimum. Terminates the process when it is applied with another number of colours. Colours between the points are
+/// found by `interpolation`, or as the caller says if the file does not declare one.
 struct LutCubeStage {
   std::int64_t faceSize = 0;
   SharedLutColors points;
   LutDeclaredDomain domain{};
+  std::optional<LutInterpolation> interpolation{};
 };
 
 /// A stage that another library computes, in single precision. `apply` changes the colours in place; the three spans
@@ -83,7 +86,7 @@ struct PublishedLut {
 };
 
 /// Returns what a stage or a LUT makes of a colour, in double precision except for functions: the definition that
-/// images agree with.
+/// images agree with. The interpolation is that of cubes that declare none.
 [[nodiscard]] MERIDIAN_API LutColor applied(const LutStage& stage, const LutColor& color,
                                             LutInterpolation interpolation = LutInterpolation::trilinear);
 [[nodiscard]] MERIDIAN_API LutColor applied(const PublishedLut& lut, const LutColor& color,
@@ -91,7 +94,7 @@ struct PublishedLut {
 
 /// Returns what a LUT makes of a pixel of code values, from one depth to another, rounded to the nearest code value, or
 /// the nearest of the depth if the result is beyond it; 0 for NaN. Depths are 1 to 63 bits and terminate the process
-/// otherwise. As `ImageLut` with LutRounding::nearest, and exact below 53 bits.
+/// otherwise. As `ImageLut`, and exact below 53 bits.
 [[nodiscard]] MERIDIAN_API std::array<std::uint64_t, 3> appliedToCodeValues(
     const PublishedLut& lut, const std::array<std::uint64_t, 3>& codes, std::int64_t inputBitDepth,
     std::int64_t outputBitDepth, LutInterpolation interpolation = LutInterpolation::trilinear);

@@ -70,11 +70,12 @@ void applyStage(const LutCurve& curve, Planes& planes, std::size_t count) noexce
     const auto member = channelsOfStages[channel];
     const double low = curve.domain.minimum.*member;
     const double high = curve.domain.maximum.*member;
-    const double scale = static_cast<double>(last) / (high - low);
+    const double extent = high - low;  // divided by before the rows count, since its inverse may be infinite
     for (std::size_t i = 0; i < count; ++i) {
       double value = planes[channel][i];
       value = value < high ? value : high;
-      const double place = planes[channel][i] >= low ? (value - low) * scale : 0;  // NaN is at 0 too
+      const double place =
+          planes[channel][i] >= low ? (value - low) / extent * static_cast<double>(last) : 0;  // NaN is at 0 too
       // By way of a signed integer, which takes one instruction.
       const std::size_t lower = std::min(static_cast<std::size_t>(static_cast<std::int64_t>(place)), last);
       const std::size_t upper = std::min(lower + 1, last);
@@ -110,12 +111,6 @@ class RowSamples {
   std::ptrdiff_t step_;
 };
 
-/// Returns how results become code values.
-ResultScale resultScaleOf(const ImageFormats& formats) noexcept {
-  return formats.areRounded() ? ResultScale::rounded(1, formats.destination)
-                              : ResultScale{.factor = formats.destination.white()};
-}
-
 }  // namespace
 
 CubeDefinition definitionOf(const LutCubeStage& stage, LutInterpolation interpolation) {
@@ -123,7 +118,8 @@ CubeDefinition definitionOf(const LutCubeStage& stage, LutInterpolation interpol
   LutDeclaredDomain domain = stage.domain;
   domain.isDeclared = true;
   return {std::make_shared<const StageCube>(stage), std::nullopt, domain,
-          ImageLutOptions{.interpolation = interpolation, .domain = LutInputDomain::declared}};
+          ImageLutOptions{.interpolation = stage.interpolation.value_or(interpolation),
+                          .domain = LutInputDomain::declared}};
 }
 
 /// Consecutive pixels of a row, a plane for each channel. All of them are read before any is stored, since source and
@@ -188,7 +184,7 @@ LutColor StagesKernel::folded(const LutColor& input) const {
 /// Returns the code values of a result; NaN becomes the lowest.
 PixelCodes StagesKernel::resultCodes(const LutColor& color) const noexcept {
   const CodeValueFormat& destination = formats_->destination;
-  const ResultScale scaled = resultScaleOf(*formats_);
+  const ResultScale scaled = ResultScale::rounded(1, destination);
   PixelCodes codes{};
   for (std::size_t i = 0; i < 3; ++i) codes[i] = limitedCodeValue(scaled(color.*channelsOfStages[i]), 0, destination);
   return codes;
@@ -241,7 +237,7 @@ void StagesKernel::storePixels(const Block& block, bool hasAlpha, const ImageVie
       for (std::size_t i = 0; i < destination.width; ++i) samples[i] = static_cast<Sample>(values[i]);
     } else {
       // What limitedCodeValue returns, without its branches.
-      const ResultScale scale = resultScaleOf(*formats_);
+      const ResultScale scale = ResultScale::rounded(1, formats_->destination);
       const auto lowest = static_cast<double>(formats_->destination.lowest());
       const auto highest = static_cast<double>(formats_->destination.highest());
       for (std::size_t i = 0; i < destination.width; ++i) {

@@ -3,8 +3,8 @@
 ///
 /// Code values begin with a lookup: the stages before the first that mixes channels are folded into one table with an
 /// entry for each code value, computed in double precision. If no stage mixes channels, the table holds the resulting
-/// code values, so images are exactly as the definition says. Otherwise every stage's result is rounded to single
-/// precision, and cubes are computed in it.
+/// code values, so images are exactly as the definition says. Code values are rounded to the nearest. Otherwise every
+/// stage's result is rounded to single precision, and cubes are computed in it.
 #pragma once
 
 #include <array>
@@ -21,7 +21,7 @@
 
 namespace meridian::inline v0_2::detail {
 
-/// Returns the definition of a stage that is a cube.
+/// Returns the definition of a stage that is a cube, with the interpolation that it declares or else the given one.
 [[nodiscard]] CubeDefinition definitionOf(const LutCubeStage& stage, LutInterpolation interpolation);
 
 class StagesKernel {

@@ -105,9 +105,8 @@ Applied apply(const Lut& lut, const MeridianLutImage& source, const MeridianLutI
   const auto applyTo = [&]<typename Sample>(std::type_identity<Sample>) {
     const auto from = viewOf<const Sample>(source);
     const auto to = viewOf<Sample>(destination);
-    m::ImageLutOptions chosen = optionsOf(options);
+    const m::ImageLutOptions chosen = optionsOf(options);
     if (lut.file) return m::applyLut(*lut.file, from, to, chosen, threads);
-    chosen.rounding = m::LutRounding::nearest;
     return m::applyLut(lut.published, from, to, chosen, threads);
   };
   if (!hasRange(source) || !hasRange(destination)) return m::Unexpected(m::ImageErrorCode::unusableRange);
@@ -276,13 +275,13 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
   if (!lut.file) {
     const auto isDepth = [](int64_t depth) { return depth >= 1 && depth <= 63; };
     if (!isDepth(inputBitDepth) || !isDepth(outputBitDepth)) return NO;
-    const auto codes = m::appliedToCodeValues(lut.published, {sample.red, sample.green, sample.blue}, inputBitDepth,
-                                              outputBitDepth);
+    const auto codes =
+        m::appliedToCodeValues(lut.published, {sample.red, sample.green, sample.blue}, inputBitDepth, outputBitDepth);
     *result = {codes[0], codes[1], codes[2]};
     return YES;
   }
   const auto converted = lut.file->inputConverter().convertIfPossible(sample.red, sample.green, sample.blue,
-                                                                              inputBitDepth, outputBitDepth);
+                                                                      inputBitDepth, outputBitDepth);
   if (!converted) return NO;
   *result = {converted->red, converted->green, converted->blue};
   return YES;
@@ -297,8 +296,8 @@ static ParsedLutFile* objectOwning(std::unique_ptr<const Lut> lut) {
   BOOL isDone = NO;
   const auto thrown = m::objc::guarded([&] {
     const auto most = static_cast<NSUInteger>(std::numeric_limits<unsigned>::max());
-    const Applied applied = apply(lutOf(self), *source, *destination, options,
-                                  static_cast<unsigned>(threads < most ? threads : most));
+    const Applied applied =
+        apply(lutOf(self), *source, *destination, options, static_cast<unsigned>(threads < most ? threads : most));
     isDone =
         applied ? YES : m::objc::failed(error, MeridianImageErrorDomain, m::Error<m::ImageErrorCode>{applied.error()});
   });

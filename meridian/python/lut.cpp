@@ -196,18 +196,14 @@ void addPublishedLut(py::module_& module) {
       "apply",
       [](const PublishedLut& lut, const Image& image, const Typed<"Buffer | None">& out, std::optional<int> bitDepth,
          std::optional<int> outputBitDepth, CodeValueRange range, std::optional<CodeValueRange> outputRange,
-         LutInterpolation interpolation, LutRounding rounding, unsigned threads) {
-        return Typed<"Any">(apply(lut, image, out,
-                                  {bitDepth,
-                                   outputBitDepth,
-                                   range,
-                                   outputRange,
-                                   {.interpolation = interpolation, .rounding = rounding},
-                                   threads}));
+         LutInterpolation interpolation, unsigned threads) {
+        return Typed<"Any">(
+            apply(lut, image, out,
+                  {bitDepth, outputBitDepth, range, outputRange, {.interpolation = interpolation}, threads}));
       },
       "image"_a, "out"_a = py::none(), py::kw_only(), "bit_depth"_a = py::none(), "output_bit_depth"_a = py::none(),
       "range"_a = CodeValueRange::full, "output_range"_a = py::none(), "interpolation"_a = LutInterpolation::trilinear,
-      "rounding"_a = LutRounding::nearest, "threads"_a = 1,
+      "threads"_a = 1,
       "Applies the LUT to every pixel of an image and returns the result, as ParsedLutFile.apply() does. Code values "
       "are rounded to the nearest.");
 }

@@ -154,7 +154,7 @@ TEST_F(ObjectiveCLut, IsReadAsPublishedAsInCpp) {
   std::vector<std::uint16_t> expected = samples;
   const auto published = m::readPublishedLut(m::Url::fromFilePath(path));
   const auto view = m::ImageView<std::uint16_t>::packed(m::ImageLayout::rgb, expected.data(), 5, 4);
-  ASSERT_TRUE(m::applyLut(*published, view, view, {.rounding = m::LutRounding::nearest}));
+  ASSERT_TRUE(m::applyLut(*published, view, view));
   MeridianRGBSample result = {};
   const MeridianRGBSample sample = {samples[30], samples[31], samples[32]};
   ASSERT_TRUE([lut convertSample:sample inputBitDepth:16 outputBitDepth:16 result:&result]);
