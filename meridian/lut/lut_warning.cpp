@@ -10,6 +10,7 @@
 #include "meridian/base/text.h"
 #include "meridian/lut/bit_depth.h"
 #include "meridian/lut/lut_description.h"
+#include "meridian/lut/published_lut.h"
 #include "meridian/platform/path_text.h"
 
 namespace meridian::inline v0_2 {
@@ -79,11 +80,18 @@ class Warnings {
       add(LutWarningCode::highestBelowFullScale,
           plainDecimalText(lut_.highValue) + " of " + plainDecimalText(fullScale));
     }
+    if (isCube() && !domain.isDeclared && lut_.highValue > fullScale) {
+      add(LutWarningCode::highestAboveFullScale,
+          plainDecimalText(lut_.highValue) + " instead of " + plainDecimalText(fullScale));
+    }
   }
 
   void warnOfRows() {
     if (!isCube() && !facts_.dimensions && isCubeOf(lut_.rows)) {
-      add(LutWarningCode::oneDimensionalByRowCount, std::to_string(lut_.rows) + " rows");
+      const auto format = publishedLutFormat(file_.file());
+      add(format && *format == LutFormat::threeDl ? LutWarningCode::cubeReadAs1D
+                                                  : LutWarningCode::oneDimensionalByRowCount,
+          std::to_string(lut_.rows) + " rows");
     }
     if (facts_.oneDimensionalSize && facts_.threeDimensionalSize) {
       add(LutWarningCode::bothSizesDeclared, isCube() ? "read as a cube" : "read as a 1D LUT");
@@ -94,7 +102,9 @@ class Warnings {
         isCube() ? std::max(lut_.size, facts_.threeDimensionalSize.value_or(0)) : facts_.oneDimensionalSize.value_or(0);
     const double needed = isCube() ? cubed(size) : static_cast<double>(size);
     if (static_cast<double>(lut_.rows) < needed) {
-      add(LutWarningCode::tooFewRows, std::to_string(lut_.rows) + " of " + plainDecimalText(needed));
+      constexpr double mostRows = 0x1p53;
+      add(LutWarningCode::tooFewRows,
+          std::to_string(lut_.rows) + " of " + (needed < mostRows ? plainDecimalText(needed) : "an unreadable number"));
     }
   }
 

@@ -18,20 +18,24 @@ namespace meridian::inline v0_2 {
 
 class ParsedLutFile;
 
-/// What was noticed about a LUT: negativeValues and ignoredLines for both readings, depthExceeded, wholeNumbers and
-/// otherLibrary for published files, noPublishedFormat for files that a published reading leaves to the suite's, all
-/// others for files as the suite reads them.
+/// What was noticed about a LUT: negativeValues and ignoredLines for both readings, domainPartlyApplied, depthExceeded,
+/// depthUnused, wholeNumbers and otherLibrary for published files, noPublishedFormat for files that a published reading
+/// leaves to the suite's, all others for files as the suite reads them.
 enum class LutWarningCode : std::uint8_t {
   domainNotApplied,
   highestBelowFullScale,
+  highestAboveFullScale,
   oneDimensionalByRowCount,
+  cubeReadAs1D,
   bothSizesDeclared,
   cubeOfOnePoint,
   negativeValues,
   tooFewRows,
   otherAxisOrder,
   ignoredLines,
+  domainPartlyApplied,
   depthExceeded,
+  depthUnused,
   wholeNumbers,
   otherLibrary,
   noPublishedFormat,
@@ -46,9 +50,15 @@ struct EnumerationTable<LutWarningCode> {
       {LutWarningCode::highestBelowFullScale, "highestBelowFullScale",
        "has a highest value below full scale, so that all inputs above it give the last point",
        "apply the declared domain, or read the file as its format publishes it"},
+      {LutWarningCode::highestAboveFullScale, "highestAboveFullScale",
+       "has a highest value above full scale, at which its axes end",
+       "apply the declared domain, or read the file as its format publishes it"},
       {LutWarningCode::oneDimensionalByRowCount, "oneDimensionalByRowCount",
        "is read as a 1D LUT because of its number of rows, which is also that of a cube",
        "if it is a cube, add a line LUT_3D_SIZE with the size"},
+      {LutWarningCode::cubeReadAs1D, "cubeReadAs1D",
+       "is read as a 1D LUT because of its number of rows, but its format has cubes only",
+       "read the file as its format publishes it"},
       {LutWarningCode::bothSizesDeclared, "bothSizesDeclared", "declares a 1D and a 3D size, but is read as one LUT",
        "read the file as its format publishes it"},
       {LutWarningCode::cubeOfOnePoint, "cubeOfOnePoint", "is a cube of one point, so that every input gives one colour",
@@ -60,9 +70,13 @@ struct EnumerationTable<LutWarningCode> {
       {LutWarningCode::otherAxisOrder, "otherAxisOrder", "is not read with the axis order of its format",
        "read the file as its format publishes it"},
       {LutWarningCode::ignoredLines, "ignoredLines", "has lines that are ignored", "check what they say"},
+      {LutWarningCode::domainPartlyApplied, "domainPartlyApplied", "declares a domain that is not applied everywhere",
+       "check which domain the LUT is for, and remove the other line"},
       {LutWarningCode::depthExceeded, "depthExceeded",
        "has values of more than twice the declared bit depth, so that the depth is taken from the values",
        "correct its Mesh line"},
+      {LutWarningCode::depthUnused, "depthUnused",
+       "has values far below the declared bit depth, so that images become dark", "correct its Mesh line"},
       {LutWarningCode::wholeNumbers, "wholeNumbers",
        "has whole numbers like code values, although 1 is white in its format",
        "if they are code values, read the file as the suite does, or export it with numbers from 0 to 1"},
@@ -81,6 +95,7 @@ using LutWarning = Warning<LutWarningCode>;
 
 /// Returns what may surprise about a file that was read as the suite reads it and is applied to images with these
 /// options (single samples are converted as with the default options). In the order of the codes, each at most once.
+/// Reads the file's beginning again if only its number of rows makes it a 1D LUT.
 [[nodiscard]] MERIDIAN_API std::vector<LutWarning> warningsOf(const ParsedLutFile& file,
                                                               const ImageLutOptions& options = {});
 

@@ -77,8 +77,12 @@ class ThreeDlReader {
         if (lines_.isOverlong()) return lines_.lineError(LutErrorCode::malformedLine);
         row = colorOf(*line);
         if (!row) {
-          if (auto taken = readOtherLine(*line); !taken) return taken;
-          continue;
+          auto taken = readOtherLine(*line);
+          if (taken) continue;
+          if (!lines_.isUnterminated()) return taken;
+          const auto face = faceSize();
+          const bool isCut = !face && face.error().code == LutErrorCode::truncated;
+          return isCut ? Unexpected(face.error()) : std::move(taken);
         }
       }
       if (!isWhole(*row)) return lines_.lineError(LutErrorCode::malformedLine);
@@ -88,7 +92,7 @@ class ThreeDlReader {
     }
   }
 
-  /// Reads a line that is no row: a keyword or the shaper.
+  /// Reads a line that is not a row: a keyword or the shaper.
   Result readOtherLine(std::string_view line) {
     std::string_view rest = line;
     const std::string_view keyword = firstWord(rest);
@@ -176,13 +180,20 @@ class ThreeDlReader {
     return {};
   }
 
-  /// Returns the depth of the cube's code values, and warns if it is not the declared one.
+  /// Returns the depth of the cube's code values, and warns if the declared one does not suit them.
   int depth() {
     if (!declaredDepth_) return impliedDepth(highest_);
-    if (highest_ < std::ldexp(2.0, *declaredDepth_)) return *declaredDepth_;
-    lut_.warnings.push_back({LutWarningCode::depthExceeded, lut_.path,
-                             std::to_string(*declaredDepth_) + " bits, highest value " + plainDecimalText(highest_)});
-    return impliedDepth(highest_);
+    const auto warn = [this](LutWarningCode code) {
+      lut_.warnings.push_back(
+          {code, lut_.path, std::to_string(*declaredDepth_) + " bits, highest value " + plainDecimalText(highest_)});
+    };
+    const int implied = impliedDepth(highest_);
+    if (highest_ >= std::ldexp(2.0, *declaredDepth_)) {
+      warn(LutWarningCode::depthExceeded);
+      return implied;
+    }
+    if (implied < *declaredDepth_ && highest_ < std::ldexp(1.0, *declaredDepth_ - 1)) warn(LutWarningCode::depthUnused);
+    return *declaredDepth_;
   }
 
   TextLines& lines_;

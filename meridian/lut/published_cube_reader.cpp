@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -82,6 +83,7 @@ class CubeReader {
       lut_.warnings.push_back(
           {LutWarningCode::wholeNumbers, lut_.path, "the highest is " + plainDecimalText(*highest)});
     }
+    warnOfDomains();
     addStages();
     ignored_.warn(lut_);
     return std::move(lut_);
@@ -116,8 +118,8 @@ class CubeReader {
     if (is("LUT_3D_SIZE")) return readSize(line, cube_, mostCubePoints);
     if (is("LUT_1D_INPUT_RANGE")) return readRange(line, curve_);
     if (is("LUT_3D_INPUT_RANGE")) return readRange(line, cube_);
-    if (is("DOMAIN_MIN")) return readBound(line, &LutDeclaredDomain::minimum);
-    if (is("DOMAIN_MAX")) return readBound(line, &LutDeclaredDomain::maximum);
+    if (is("DOMAIN_MIN")) return readBound(line, minimum_);
+    if (is("DOMAIN_MAX")) return readBound(line, maximum_);
     if (!is("TITLE")) ignored_.add(lines_);
     return {};
   }
@@ -134,21 +136,24 @@ class CubeReader {
     const auto low = DecimalNumber::fromText(firstWord(text));
     const auto high = DecimalNumber::fromText(firstWord(text));
     if (!low || !high || !firstWord(text).empty()) return lines_.lineError(LutErrorCode::malformedLine);
+    if (table.range) return lines_.lineError(LutErrorCode::malformedLine);
     const double from = low->doubleValue();
     const double to = high->doubleValue();
     table.range = {{from, from, from}, {to, to, to}, true};
     return hasExtent(*table.range) ? Result() : lines_.lineError(LutErrorCode::invalidDomain);
   }
 
-  Result readBound(std::string_view text, LutColor LutDeclaredDomain::* bound) {
+  Result readBound(std::string_view text, std::optional<LutColor>& bound) {
     const auto color = colorOf(text);
-    if (!color) return lines_.lineError(LutErrorCode::malformedLine);
-    domain_.*bound = *color;
-    domain_.isDeclared = true;
+    if (!color || bound) return lines_.lineError(LutErrorCode::malformedLine);
+    bound = color;
     return {};
   }
 
   Result readRows(std::size_t curveRows, std::size_t cubeRows) {
+    if (minimum_) domain_.minimum = *minimum_;
+    if (maximum_) domain_.maximum = *maximum_;
+    domain_.isDeclared = minimum_ || maximum_;
     if (!hasExtent(domain_)) return lines_.error(LutErrorCode::invalidDomain);
     const std::size_t all = curveRows + cubeRows;
     const auto reserve = [this](std::vector<LutColor>& rows, std::size_t count) {
@@ -168,6 +173,7 @@ class CubeReader {
           continue;
         }
         row = colorOf(*line);
+        if (!row && lines_.isUnterminated() && count < all) break;
         if (!row) return lines_.lineError(LutErrorCode::malformedLine);
       }
       if (count == all) return lines_.lineError(LutErrorCode::surplusRows);
@@ -176,6 +182,26 @@ class CubeReader {
     }
     if (count < all) return lines_.rowsError(LutErrorCode::truncated, count, all);
     return {};
+  }
+
+  /// Warns of DOMAIN lines that a table does not follow.
+  void warnOfDomains() {
+    if (!domain_.isDeclared) return;
+    const LutDeclaredDomain unit{.isDeclared = true};
+    const auto isOverridden = [this](const Table& table) {
+      return table.size && table.range && *table.range != domain_;
+    };
+    std::string_view detail;
+    if (isOverridden(curve_)) {
+      detail = "LUT_1D_INPUT_RANGE overrides DOMAIN_MIN and DOMAIN_MAX";
+    } else if (!curve_.size && isOverridden(cube_)) {
+      detail = "LUT_3D_INPUT_RANGE overrides DOMAIN_MIN and DOMAIN_MAX";
+    } else if (curve_.size && cube_.size && cube_.range.value_or(unit) != domain_) {
+      detail = "DOMAIN_MIN and DOMAIN_MAX are for the 1D LUT before the cube";
+    }
+    if (!detail.empty()) {
+      lut_.warnings.push_back({LutWarningCode::domainPartlyApplied, lut_.path, std::string(detail)});
+    }
   }
 
   void addStages() {
@@ -196,6 +222,9 @@ class CubeReader {
   PublishedLut lut_;
   Table curve_;
   Table cube_;
+  std::optional<LutColor> minimum_;
+  std::optional<LutColor> maximum_;
+  /// What the DOMAIN lines declare, for the first table.
   LutDeclaredDomain domain_;
   std::optional<LutColor> firstRow_;
   std::vector<LutColor> curveRows_;

@@ -95,6 +95,7 @@ std::optional<std::string_view> TextLines::next() {
       if (fill()) continue;
       if (found.empty() && !isOverlong_) return std::nullopt;
       begin_ = end_;
+      isUnterminated_ = true;
     }
     // A line may also have become too long with its last piece.
     if (!isOverlong_ && found.size() > longestLine) {

@@ -43,6 +43,9 @@ class TextLines {
   /// Returns whether the last line was longer than `longestLine`.
   [[nodiscard]] bool isOverlong() const noexcept { return isOverlong_; }
 
+  /// Returns whether the last line is the end of a file without a newline: in a file that was cut, a part of a line.
+  [[nodiscard]] bool isUnterminated() const noexcept { return isUnterminated_; }
+
   /// Makes the error of the file, of the last line, or of the number of rows.
   [[nodiscard]] Unexpected<LutError> error(LutErrorCode code, std::string detail = {}) const;
   [[nodiscard]] Unexpected<LutError> lineError(LutErrorCode code) const;
@@ -70,6 +73,7 @@ class TextLines {
   /// Whether a line feed that comes next belongs to the line before.
   bool afterReturn_ = false;
   bool isOverlong_ = false;
+  bool isUnterminated_ = false;
   std::string_view line_;
   std::string overlong_;
   std::uint64_t number_ = 0;

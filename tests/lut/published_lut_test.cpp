@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "meridian/lut/bit_depth.h"
@@ -122,11 +123,14 @@ TEST_F(PublishedLutFiles, ThreeDlFilesHaveBlueFastestAndADepth) {
     EXPECT_DOUBLE_EQ(std::round(white * each.unit), white * each.unit) << each.text;
     EXPECT_EQ((*cubeOf(*lut).points)[1], (LutColor{0, 0, white})) << each.text;
   }
-  const auto exceeded = read("look.3dl", "Mesh 0 10\n" + rows(65535));
-  ASSERT_TRUE(exceeded);
-  EXPECT_EQ(applied(*exceeded, {1, 1, 1}), (LutColor{1, 1, 1}));
-  ASSERT_EQ(exceeded->warnings.size(), 1U);
-  EXPECT_EQ(exceeded->warnings.front().code, LutWarningCode::depthExceeded);
+  for (const auto& [mesh, white, unit, code] : {std::tuple{10, 65535, 65535.0, LutWarningCode::depthExceeded},
+                                                {12, 1023, 4095.0, LutWarningCode::depthUnused}}) {
+    const auto lut = read("look.3dl", "Mesh 0 " + std::to_string(mesh) + '\n' + rows(white));
+    ASSERT_TRUE(lut);
+    EXPECT_DOUBLE_EQ(applied(*lut, {1, 1, 1}).red, white / unit);
+    ASSERT_EQ(lut->warnings.size(), 1U);
+    EXPECT_EQ(lut->warnings.front().code, code);
+  }
 
   const auto shaped = read("shaped.3dl", "0 100 400 1023\n" + rows(1023));
   ASSERT_TRUE(shaped);
@@ -140,7 +144,15 @@ TEST_F(PublishedLutFiles, WarningsSayWhatTheValuesMayMean) {
     std::string rows;
     std::vector<Code> codes;
   };
+  const std::string both = "LUT_3D_SIZE 2\n";
+  const std::string ten = "0 0 0\n1 1 1\n0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n";
+  const std::string domain = "DOMAIN_MAX 2 2 2\n";
   const std::vector<Case> cases{{"0 0 0\n1 1 1\n", {}},
+                                {domain + "LUT_1D_INPUT_RANGE 0 2\n0 0 0\n1 1 1\n", {}},
+                                {domain + "LUT_1D_INPUT_RANGE 0 1\n0 0 0\n1 1 1\n", {Code::domainPartlyApplied}},
+                                {both + domain + ten, {Code::domainPartlyApplied}},
+                                {both + domain + "LUT_3D_INPUT_RANGE 0 2\n" + ten, {}},
+                                {both + "DOMAIN_MAX 1 1 1\n" + ten, {}},
                                 {"0 0 0\n126 0 0\n", {}},
                                 {"0 0 0\n255 255 255\n", {Code::wholeNumbers}},
                                 {"0 0 0.5\n255 255 255\n", {}},
@@ -167,7 +179,7 @@ TEST_F(PublishedLutFiles, CodeValuesAreRoundedToTheNearestOfAnyDepth) {
   EXPECT_EQ(appliedToCodeValues(*lut, {1, 1, 1}, 1, 32), (Codes{0x80000000, 0, 0xFFFFFFFF}));
   EXPECT_EQ(appliedToCodeValues(*lut, {0, 0, std::uint64_t{1} << 62}, 63, 63), (Codes{0, 0, largestCodeValue(63)}));
   for (const std::uint64_t code : {0U, 1U, 300U, 1022U, 1023U}) {
-    const auto expected = ImageLut::forCodeValues(*lut, 10, 12, {.rounding = LutRounding::nearest})
+    const auto expected = ImageLut::forCodeValues(*lut, 10, 12)
                               ->pixel(static_cast<std::uint16_t>(code), 0, static_cast<std::uint16_t>(1023 - code));
     const Codes actual = appliedToCodeValues(*lut, {code, 0, 1023 - code}, 10, 12);
     EXPECT_TRUE(std::ranges::equal(actual, expected)) << code;
@@ -213,6 +225,8 @@ TEST_F(PublishedLutFiles, DamagedFilesSayWhatIsWrongWhere) {
       {"LUT_1D_SIZE 2\nLUT_1D_SIZE 2\n" + two, Code::malformedLine, "line 2"},
       {"LUT_1D_SIZE 2\n0 0 0\n0 nan 0\n", Code::malformedLine, "line 3: 0 nan 0"},
       {"LUT_1D_SIZE 2\nnan 0 0\n0 0 0\n", Code::malformedLine, "line 2"},
+      {"LUT_1D_SIZE 3\n0 0 0\n0.1", Code::truncated, "1 of 3 rows"},
+      {"LUT_1D_SIZE 2\n" + two + "0.1", Code::malformedLine, "line 4"},
       {"LUT_1D_SIZE 2\n0 0 0\ninf 0 0\n", Code::malformedLine},
       {"LUT_1D_SIZE 2\n0 0 0\n0 1e999 0\n", Code::malformedLine},
       {"LUT_1D_SIZE 2\n0 0 0\n0 0\n", Code::malformedLine},
@@ -225,7 +239,11 @@ TEST_F(PublishedLutFiles, DamagedFilesSayWhatIsWrongWhere) {
       {"LUT_1D_SIZE 2\nDOMAIN_MIN 2 0 0\n" + two, Code::invalidDomain},
       {"LUT_1D_SIZE 2\nDOMAIN_MIN -1e308 0 0\nDOMAIN_MAX 1e308 1 1\n" + two, Code::invalidDomain},
       {"LUT_1D_SIZE 2\nLUT_1D_INPUT_RANGE 1 1\n" + two, Code::invalidDomain, "line 2"},
+      {"LUT_1D_SIZE 2\nLUT_1D_INPUT_RANGE 0 1\nLUT_1D_INPUT_RANGE 0 2\n" + two, Code::malformedLine, "line 3"},
+      {"LUT_1D_SIZE 2\nDOMAIN_MAX 1 1 1\nDOMAIN_MAX 2 2 2\n" + two, Code::malformedLine, "line 3"},
       {"Mesh 4 12\n0 0 4095\n0 0 0\n", Code::truncated, "2 of 4913 rows"},
+      {"Mesh 4 12\n0 0 4095\n65", Code::truncated, "1 of 4913 rows"},
+      {"0 300 700 1023\n0 0 4095\n0 0", Code::truncated, "1 of 64 rows", "look.3dl"},
       {"0 300 700 1023\n0 0 4095\n0 0 0\n", Code::truncated, "2 of 64 rows", "look.3dl"},
       {"0 0 4095\n0 0 0\n", Code::unknownCubeSize, "2 rows read", "look.3dl"},
       {"Mesh 40 12\n", Code::unsupportedSize},
