@@ -139,6 +139,7 @@ std::vector<PublishedFile> filesOfOtherFormats() {
        "# Truelight Cube v2.0\n# lutLength 6\n# iDims     3\n# oDims     3\n# width     3 3 3\n\n# InputLUT\n" +
            randomRows(random, 6, 0, 2) + "\n# Cube\n" + wide(27) + "\n# end\n"},
       {"all.clf", clf(matrix + range + operation("LUT1D", array("5 3", wide(5))) + cube)},
+      {"two.clf", clf(operation("LUT3D", array("2 2 2 3", wide(8)), "interpolation=\"trilinear\"") + cube)},
       {"log.clf",
        clf(log + operation("Exponent", "<ExponentParams exponent=\"2.2\"/>\n", "style=\"basicMirrorFwd\"") + cube)},
       {"cdl.clf", clf(operation("ASC_CDL",

@@ -12,6 +12,7 @@
 #include <memory>
 #include <new>
 #include <span>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -86,11 +87,14 @@ LutStage stageOf(const ocio::Lut3DTransform& transform) {
       }
     }
   }
-  return LutCubeStage{static_cast<std::int64_t>(face),
-                      std::make_shared<const std::vector<LutColor>>(std::move(points))};
+  LutCubeStage cube{.faceSize = static_cast<std::int64_t>(face),
+                    .points = std::make_shared<const std::vector<LutColor>>(std::move(points))};
+  if (transform.getInterpolation() == ocio::INTERP_TETRAHEDRAL) cube.interpolation = LutInterpolation::tetrahedral;
+  if (transform.getInterpolation() == ocio::INTERP_LINEAR) cube.interpolation = LutInterpolation::trilinear;
+  return cube;
 }
 
-/// Returns the stage that a transform is; absent if it is none.
+/// Returns the stage that a transform is; absent if it is not one.
 std::optional<LutStage> stageOf(const ocio::Transform& transform) {
   if (transform.getDirection() != ocio::TRANSFORM_DIR_FORWARD) return std::nullopt;
   switch (transform.getTransformType()) {
@@ -107,11 +111,12 @@ std::optional<LutStage> stageOf(const ocio::Transform& transform) {
   }
 }
 
-/// Returns what a person calls a transform that is no stage.
+/// Returns the plain name of a transform that is not a stage.
 std::string_view nameOf(const ocio::Transform& transform) {
   switch (transform.getTransformType()) {
     case ocio::TRANSFORM_TYPE_MATRIX:
-      return "matrix with alpha or inverted";
+      return transform.getDirection() == ocio::TRANSFORM_DIR_INVERSE ? "inverted matrix"
+                                                                     : "matrix with alpha, which counts as 0";
     case ocio::TRANSFORM_TYPE_RANGE:
       return "inverted range";
     case ocio::TRANSFORM_TYPE_LUT1D:
@@ -154,31 +159,24 @@ LutFunction functionOf(const ocio::ConstConfigRcPtr& config, const ocio::ConstTr
 /// Collects the stages of a LUT.
 class Stages {
  public:
-  Stages(ocio::ConstConfigRcPtr config, PublishedFile& file) : config_(std::move(config)), file_(file) {}
+  Stages(ocio::ConstConfigRcPtr config, PublishedLut& lut) : config_(std::move(config)), lut_(lut) {}
 
   void add(const ocio::GroupTransform& group) {
     for (int i = 0; i < group.getNumTransforms(); ++i) {
       const ocio::ConstTransformRcPtr transform = group.getTransform(i);
       if (auto stage = stageOf(*transform)) {
         endFunction();
-        file_.lut.stages.push_back(*std::move(stage));
-        noteInterpolation(*transform);
+        lut_.stages.push_back(*std::move(stage));
       } else {
         addToFunction(transform);
       }
     }
     endFunction();
     if (names_.empty()) return;
-    file_.lut.warnings.push_back({LutWarningCode::otherLibrary, file_.lut.path, names_ + " (OpenColorIO)"});
+    lut_.warnings.push_back({LutWarningCode::otherLibrary, lut_.path, names_ + " (OpenColorIO)"});
   }
 
  private:
-  void noteInterpolation(const ocio::Transform& transform) {
-    if (transform.getTransformType() != ocio::TRANSFORM_TYPE_LUT3D) return;
-    const auto declared = dynamic_cast<const ocio::Lut3DTransform&>(transform).getInterpolation();
-    if (declared == ocio::INTERP_TETRAHEDRAL) file_.interpolation = LutInterpolation::tetrahedral;
-  }
-
   void addToFunction(const ocio::ConstTransformRcPtr& transform) {
     if (!function_) function_ = ocio::GroupTransform::Create();
     function_->appendTransform(transform->createEditableCopy());
@@ -188,12 +186,12 @@ class Stages {
 
   void endFunction() {
     if (!function_) return;
-    file_.lut.stages.emplace_back(functionOf(config_, function_));
+    lut_.stages.emplace_back(functionOf(config_, function_));
     function_.reset();
   }
 
   ocio::ConstConfigRcPtr config_;
-  PublishedFile& file_;
+  PublishedLut& lut_;
   ocio::GroupTransformRcPtr function_;
   std::string names_;
 };
@@ -212,30 +210,38 @@ std::string reasonOf(std::string text, LutFormat format) {
     text.erase(0, text.find("'houdini'"));
   constexpr std::string_view lead = "failed with: ";
   if (const std::size_t place = text.find(lead); place != std::string::npos) text.erase(0, place + lead.size());
-  text.erase(std::min(text.find("\n    '"), text.size()));
+  text.erase(std::min(text.find("    '"), text.size()));
   std::ranges::replace(text, '\n', ' ');
+  if (const std::size_t place = text.find(".. "); place != std::string::npos) text.erase(place, 1);
   while (!text.empty() && (detail::isAsciiWhiteSpace(text.back()) || text.back() == '.')) text.pop_back();
   return text;
 }
 
-Expected<PublishedFile, LutError> readByOpenColorIO(const std::string& path, LutFormat format) {
+Unexpected<LutError> errorOf(const std::string& path, LutFormat format, const std::string& reason) {
+  return Unexpected(LutError{.code = LutErrorCode::notReadByLibrary,
+                             .place = path,
+                             .detail = std::string(description(format)) + reason});
+}
+
+Expected<PublishedLut, LutError> readByOpenColorIO(const std::string& path, LutFormat format) {
   try {
-    ocio::SetLoggingLevel(ocio::LOGGING_LEVEL_NONE);
+    // A level that the environment sets cannot be changed, but its messages need not go anywhere.
+    ocio::SetLoggingFunction([](const char* /*message*/) {});
     const auto config = ocio::Config::CreateRaw();
     const auto transform = ocio::FileTransform::Create();
     transform->setSrc(std::filesystem::absolute(path).c_str());
     transform->setInterpolation(ocio::INTERP_DEFAULT);
-    PublishedFile file{.lut = {.format = format, .path = path}};
+    PublishedLut lut{.format = format, .path = path};
     const auto processor = config->getProcessor(contextOfNoVariables(), transform, ocio::TRANSFORM_DIR_FORWARD);
-    Stages(config, file).add(*processor->createGroupTransform());
-    warnOfNegativeValues(file.lut);
-    return file;
+    Stages(config, lut).add(*processor->createGroupTransform());
+    warnOfNegativeValues(lut);
+    return lut;
   } catch (const std::bad_alloc&) {
     throw;
+  } catch (const std::length_error&) {
+    return errorOf(path, format, ", declares a size that is too large");
   } catch (const std::exception& error) {
-    const std::string reason =
-        std::string(description(format)) + ", says OpenColorIO: " + reasonOf(error.what(), format);
-    return Unexpected(LutError{.code = LutErrorCode::notReadByLibrary, .place = path, .detail = reason});
+    return errorOf(path, format, ", says OpenColorIO: " + reasonOf(error.what(), format));
   }
 }
 

@@ -6,31 +6,22 @@
 ///     if (!lut) throw CommandError(lut.error());
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "meridian/base/expected.h"
-#include "meridian/lut/image_lut_options.h"
 #include "meridian/lut/lut_error.h"
 #include "meridian/lut/lut_format.h"
 #include "meridian/lut/lut_stages.h"
 
 namespace meridian::command {
 
-/// A LUT as its file's format publishes it.
-struct PublishedFile {
-  PublishedLut lut;
-  /// How the file says that colours between a cube's points are found; absent if it does not say so.
-  std::optional<LutInterpolation> interpolation{};
-};
-
 /// The function of the module of LUT formats. It is a module of its own because OpenColorIO brings five libraries,
 /// which only some LUTs need.
 struct LutFormatModule {
-  /// Reads a regular file of the format, which `readPublishedLut` has to have left to others. Matrices, ranges, 1D LUTs and cubes become stages; what is none of them
-  /// becomes a function that OpenColorIO computes, with a warning. Returns notReadByLibrary with OpenColorIO's reason.
-  /// Throws nothing but std::bad_alloc.
-  Expected<PublishedFile, LutError> (*read)(const std::string& path, LutFormat format);
+  /// Reads a regular file of the format, which `readPublishedLut` has to have left to others. Matrices, ranges, 1D LUTs
+  /// and cubes become stages; what is none of them becomes a function that OpenColorIO computes, with a warning.
+  /// Returns notReadByLibrary with OpenColorIO's reason. Throws nothing but std::bad_alloc.
+  Expected<PublishedLut, LutError> (*read)(const std::string& path, LutFormat format);
 };
 
 /// The name of the function that returns the module's LutFormatModule.

@@ -23,8 +23,10 @@ std::string_view optionsFor(LutWarningCode code) noexcept {
   switch (code) {
     case LutWarningCode::domainNotApplied:
     case LutWarningCode::highestBelowFullScale:
+    case LutWarningCode::highestAboveFullScale:
       return " (--domain declared, or --reading published)";
     case LutWarningCode::bothSizesDeclared:
+    case LutWarningCode::cubeReadAs1D:
     case LutWarningCode::otherAxisOrder:
     case LutWarningCode::otherPublishedFormat:
       return " (--reading published)";
@@ -49,14 +51,13 @@ bool isReadBySuite(LutFormat format) noexcept { return format == LutFormat::cube
 namespace {
 
 /// Reads a file of a format that the library leaves to others.
-Expected<PublishedFile, LutError> readByModule(const std::string& path, LutFormat format) {
+Expected<PublishedLut, LutError> readByModule(const std::string& path, LutFormat format) {
   const auto symbol = moduleSymbol(MERIDIAN_LUT_FORMAT_MODULE, lutFormatModuleEntry);
   if (symbol) return reinterpret_cast<const LutFormatModule* (*)()>(*symbol)()->read(path, format);
   return Unexpected(LutError{.code = LutErrorCode::otherPublishedFormat,
                              .place = path,
                              .detail = std::string(description(format)) +
-                                       ", for which this meridian needs OpenColorIO, without which it was built or "
-                                       "whose module is missing (" +
+                                       ", needs OpenColorIO, but the module for it cannot be loaded (" +
                                        symbol.error() + ")"});
 }
 
@@ -90,11 +91,10 @@ Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLut(const std::str
   return file;
 }
 
-Expected<PublishedFile, LutError> readPublished(const std::string& path) {
+Expected<PublishedLut, LutError> readPublished(const std::string& path) {
   const Url file = Url::fromFilePath(path);
   auto lut = readPublishedLut(file);
-  if (lut) return PublishedFile{*std::move(lut)};
-  if (lut.error().code != LutErrorCode::otherPublishedFormat) return Unexpected(std::move(lut).error());
+  if (lut || lut.error().code != LutErrorCode::otherPublishedFormat) return lut;
   const auto format = publishedLutFormat(file);
   return format ? readByModule(path, *format) : Unexpected(format.error());
 }
@@ -131,15 +131,17 @@ LutReading chosenReading(const Arguments& arguments, LutReading byDefault) {
 
 ChosenLut readChosenLut(const Arguments& arguments, LutReading byDefault) {
   const std::string path = *arguments.value("lut");
-  ImageLutOptions options = chosenImageLutOptions(arguments);
+  const ImageLutOptions options = chosenImageLutOptions(arguments);
   if (chosenReading(arguments, byDefault) == LutReading::suite) return suiteLut(path, options);
   auto published = readPublished(path);
   if (published) {
-    options.rounding = LutRounding::nearest;
-    if (!arguments.has("interpolation"))
-      options.interpolation = published->interpolation.value_or(options.interpolation);
-    auto warnings = published->lut.warnings;
-    return {std::move(published->lut), options, std::move(warnings)};
+    if (arguments.has("interpolation")) {
+      for (LutStage& stage : published->stages) {
+        if (auto* const cube = std::get_if<LutCubeStage>(&stage)) cube->interpolation.reset();
+      }
+    }
+    auto warnings = published->warnings;
+    return {*std::move(published), options, std::move(warnings)};
   }
   const LutError& error = published.error();
   if (error.code != LutErrorCode::noPublishedFormat) {
@@ -171,7 +173,8 @@ std::string describedStage(const LutStage& stage) {
       return "curve of " + std::to_string(curve.rows->size()) + " rows";
     }
     std::string operator()(const LutCubeStage& cube) const {
-      return "cube of " + std::to_string(cube.faceSize) + " points per axis";
+      return "cube of " + std::to_string(cube.faceSize) + " points per axis" +
+             (cube.interpolation ? ", " + std::string(rawValue(*cube.interpolation)) : "");
     }
     std::string operator()(const LutFunction& /*stage*/) const { return "function of OpenColorIO"; }
   };

@@ -47,7 +47,7 @@ namespace meridian::command {
 
 /// Reads a LUT as its format publishes it, by the library or by the module of LUT formats. Returns otherPublishedFormat
 /// if the module is needed and cannot be loaded, and noPublishedFormat for a file that only `parseLut` may read.
-[[nodiscard]] Expected<PublishedFile, LutError> readPublished(const std::string& path);
+[[nodiscard]] Expected<PublishedLut, LutError> readPublished(const std::string& path);
 
 /// Returns whether files of the format hold the rows that the suite reads; it takes others for rows of its own.
 [[nodiscard]] bool isReadBySuite(LutFormat format) noexcept;
@@ -79,7 +79,7 @@ struct ChosenLut {
 /// Prints a line for each warning on standard error: meridian: "FILE": warning: MESSAGE
 void printWarnings(std::span<const LutWarning> warnings);
 
-/// Returns what a stage is: "cube of 33 points per axis".
+/// Returns what a stage is: "cube of 33 points per axis, tetrahedral".
 [[nodiscard]] std::string describedStage(const LutStage& stage);
 
 /// Returns the option --reading.

@@ -32,7 +32,7 @@ Json asJson(const LutError& error) { return {{"error", rawValue(error.code)}, {"
 /// What the two readings of a file yield.
 struct Readings {
   Expected<std::unique_ptr<const ParsedLutFile>, LutError> suite;
-  Expected<PublishedFile, LutError> published;
+  Expected<PublishedLut, LutError> published;
   /// The published format; absent if it has none.
   std::optional<LutFormat> format;
 
@@ -106,8 +106,8 @@ Json asJson(const std::string& path, const Readings& readings) {
     document["suiteError"] = asJson(readings.suite.error());
   }
   if (readings.published) {
-    addFacts(document, readings.published->lut);
-    addWarnings(readings.published->lut.warnings, LutReading::published);
+    addFacts(document, *readings.published);
+    addWarnings(readings.published->warnings, LutReading::published);
   } else if (readings.format) {
     document["publishedError"] = asJson(readings.published.error());
   } else {

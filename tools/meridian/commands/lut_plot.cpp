@@ -53,15 +53,16 @@ LutPlotLabels labelsOf(const ParsedLutFile& file, const ImageLutOptions& options
 
 LutPlotLabels labelsOf(const PublishedLut& lut, const ImageLutOptions& options) {
   LutPlotLabels labels{.subtitle = std::string(description(lut.format)) + ": "};
-  bool hasCube = false;
+  bool usesOption = false;
   for (const LutStage& stage : lut.stages) {
     labels.subtitle += (&stage == &lut.stages.front() ? "" : ", ") + describedStage(stage);
-    hasCube = hasCube || std::holds_alternative<LutCubeStage>(stage);
+    const auto* const cube = std::get_if<LutCubeStage>(&stage);
+    usesOption = usesOption || (cube != nullptr && !cube->interpolation);
     labels.mixesChannels =
         labels.mixesChannels || !(std::holds_alternative<LutCurve>(stage) || std::holds_alternative<LutRange>(stage));
   }
   if (lut.stages.empty()) labels.subtitle += "changes nothing";
-  if (hasCube) labels.subtitle += "; " + std::string(rawValue(options.interpolation));
+  if (usesOption) labels.subtitle += "; " + std::string(rawValue(options.interpolation));
   return labels;
 }
 
