@@ -29,8 +29,9 @@ MERIDIAN_C_API MeridianLut* meridian_lut_open(MeridianText path, MeridianError**
 /**
  * Reads the LUT in a .cube or .3dl file as its format publishes it, so that images look as in other programs: the axis
  * order and the domain are the file's, and code values are rounded to the nearest. Of the options, `tetrahedral` alone
- * counts. Fails as meridian_lut_open() does; the codes "otherPublishedFormat" and "noPublishedFormat" mean that the
- * file may be a LUT for another reader.
+ * counts. Fails as meridian_lut_open() does; the codes "otherPublishedFormat" (.csp, .spi3d,
+ * CLF and so on) and "noPublishedFormat" mean that the file may be a LUT for another reader: for the latter
+ * meridian_lut_open(), for the former a library such as OpenColorIO.
  */
 MERIDIAN_C_API MeridianLut* meridian_lut_open_published(MeridianText path, MeridianError** error) MERIDIAN_NOTHROW;
 /** Frees the LUT. */

@@ -176,9 +176,11 @@ void addPublishedLut(py::module_& module) {
       module, "PublishedLut",
       "A LUT as its file's format publishes it, so that images look as in other programs. It may be used from several "
       "threads at once.\n\nThe axis order and the domain are the file's.");
-  type.def(py::init(&openedAsPublished), "path"_a,
-           "Reads a .cube or .3dl file. Raises LutError; the codes other_published_format and no_published_format mean "
-           "that the file may be a LUT for another reader, such as ParsedLutFile.");
+  type.def(
+      py::init(&openedAsPublished), "path"_a,
+      "Reads a .cube or .3dl file. Raises LutError; the codes other_published_format (.csp, .spi3d, CLF and so on) and "
+      "no_published_format mean that the file may be a LUT for another reader: for the latter ParsedLutFile, for "
+      "the former a library such as OpenColorIO.");
   type.def_property_readonly("path", [](const PublishedLut& lut) { return shown(lut.path); }, "Its path.");
   type.def_property_readonly("format", [](const PublishedLut& lut) { return lut.format; }, "Its published format.");
   type.def_property_readonly(
