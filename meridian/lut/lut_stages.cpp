@@ -1,7 +1,9 @@
 #include "meridian/lut/lut_stages.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <tuple>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
@@ -77,6 +79,37 @@ LutColor appliedTo(const LutColor& color, const LutFunction& function, LutInterp
   return {red, green, blue};
 }
 
+/// The numbers that the results of a stage are between, for inputs from 0 to 1.
+struct Bounds {
+  std::array<double, 3> lowest{0, 0, 0};
+  std::array<double, 3> highest{1, 1, 1};
+};
+
+Bounds boundsAfter(const LutMatrix& matrix, const Bounds& input) {
+  Bounds result{matrix.offset, matrix.offset};
+  for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t column = 0; column < 3; ++column) {
+      const double factor = matrix.rows[row][column];
+      const auto [least, most] = std::minmax({factor * input.lowest[column], factor * input.highest[column]});
+      result.lowest[row] += least;
+      result.highest[row] += most;
+    }
+  }
+  return result;
+}
+
+Bounds boundsAfter(const LutRange& range, const Bounds& input) {
+  Bounds result;
+  for (std::size_t i = 0; i < 3; ++i) {
+    const auto limited = [&, channel = channels[i]](double value) {
+      return std::min(std::max(value * range.scale.*channel + range.offset.*channel, range.lowest.*channel),
+                      range.highest.*channel);
+    };
+    std::tie(result.lowest[i], result.highest[i]) = std::minmax({limited(input.lowest[i]), limited(input.highest[i])});
+  }
+  return result;
+}
+
 }  // namespace
 
 LutColor applied(const LutStage& stage, const LutColor& color, LutInterpolation interpolation) {
@@ -109,21 +142,40 @@ std::array<std::uint64_t, 3> appliedToCodeValues(const PublishedLut& lut, const 
   return results;
 }
 
-void warnOfNegativeValues(PublishedLut& lut) {
-  const auto colorsOf = [](const LutStage& stage) -> const std::vector<LutColor>* {
-    if (const auto* const curve = std::get_if<LutCurve>(&stage)) return curve->rows.get();
-    if (const auto* const cube = std::get_if<LutCubeStage>(&stage)) return cube->points.get();
-    return nullptr;
+void warnOfResults(PublishedLut& lut) {
+  std::optional<Bounds> bounds = Bounds{};
+  std::size_t nanCount = 0;
+  const auto ofTable = [&](const SharedLutColors& colors) {
+    if (colors == nullptr) return;
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    Bounds found{{infinity, infinity, infinity}, {-infinity, -infinity, -infinity}};
+    for (const LutColor& color : *colors) {
+      for (std::size_t i = 0; i < 3; ++i) {
+        const double value = color.*channels[i];
+        if (std::isnan(value)) ++nanCount;
+        found.lowest[i] = std::min(found.lowest[i], value);
+        found.highest[i] = std::max(found.highest[i], value);
+      }
+    }
+    bounds = found;
   };
-  const auto last = std::find_if(lut.stages.rbegin(), lut.stages.rend(),
-                                 [&](const LutStage& stage) { return colorsOf(stage) != nullptr; });
-  if (last == lut.stages.rend()) return;
-  double lowest = 0;
-  for (const LutColor& color : *colorsOf(*last)) {
-    for (const auto channel : channels) lowest = std::min(lowest, color.*channel);
+  for (const LutStage& stage : lut.stages) {
+    if (const auto* const curve = std::get_if<LutCurve>(&stage)) {
+      ofTable(curve->rows);
+    } else if (const auto* const cube = std::get_if<LutCubeStage>(&stage)) {
+      ofTable(cube->points);
+    } else if (const auto* const matrix = std::get_if<LutMatrix>(&stage)) {
+      if (bounds) bounds = boundsAfter(*matrix, *bounds);
+    } else if (const auto* const range = std::get_if<LutRange>(&stage)) {
+      if (bounds) bounds = boundsAfter(*range, *bounds);
+    } else {
+      bounds.reset();  // a function, of which nothing is known
+    }
   }
+  if (nanCount > 0) lut.warnings.push_back({LutWarningCode::nanValues, lut.path, std::to_string(nanCount)});
+  const double lowest = bounds ? std::ranges::min(bounds->lowest) : 0;
   if (lowest < 0) {
-    lut.warnings.push_back({LutWarningCode::negativeValues, lut.path, "the lowest is " + plainDecimalText(lowest)});
+    lut.warnings.push_back({LutWarningCode::negativeResults, lut.path, "down to " + plainDecimalText(lowest)});
   }
 }
 

@@ -18,9 +18,9 @@ namespace meridian::inline v0_2 {
 
 class ParsedLutFile;
 
-/// What was noticed about a LUT: negativeValues and ignoredLines for both readings, domainPartlyApplied, depthExceeded,
-/// depthUnused, wholeNumbers and otherLibrary for published files, noPublishedFormat for files that a published reading
-/// leaves to the suite's, all others for files as the suite reads them.
+/// What was noticed about a LUT: ignoredLines for both readings, negativeResults, nanValues, domainPartlyApplied,
+/// depthExceeded, depthUnused, wholeNumbers and otherLibrary for published files, noPublishedFormat for files that a
+/// published reading leaves to the suite's, all others for files as the suite reads them.
 enum class LutWarningCode : std::uint8_t {
   domainNotApplied,
   highestBelowFullScale,
@@ -33,6 +33,8 @@ enum class LutWarningCode : std::uint8_t {
   tooFewRows,
   otherAxisOrder,
   ignoredLines,
+  negativeResults,
+  nanValues,
   domainPartlyApplied,
   depthExceeded,
   depthUnused,
@@ -70,6 +72,11 @@ struct EnumerationTable<LutWarningCode> {
       {LutWarningCode::otherAxisOrder, "otherAxisOrder", "is not read with the axis order of its format",
        "read the file as its format publishes it"},
       {LutWarningCode::ignoredLines, "ignoredLines", "has lines that are ignored", "check what they say"},
+      {LutWarningCode::negativeResults, "negativeResults",
+       "has negative results, which become 0 in images of code values",
+       "apply it to floating-point images to keep them"},
+      {LutWarningCode::nanValues, "nanValues", "has values that are NaN, which become 0 in images",
+       "export the LUT again"},
       {LutWarningCode::domainPartlyApplied, "domainPartlyApplied", "declares a domain that is not applied everywhere",
        "check which domain the LUT is for, and remove the other line"},
       {LutWarningCode::depthExceeded, "depthExceeded",

@@ -160,7 +160,7 @@ Expected<PublishedLut, LutError> readPublishedLut(const Url& file) {
     }
   }();
   if (reader.error()) return lines.error(LutErrorCode::notRead);
-  if (lut) warnOfNegativeValues(*lut);
+  if (lut) warnOfResults(*lut);
   return lut;
 }
 

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -156,8 +157,8 @@ TEST_F(PublishedLutFiles, WarningsSayWhatTheValuesMayMean) {
                                 {"0 0 0\n126 0 0\n", {}},
                                 {"0 0 0\n255 255 255\n", {Code::wholeNumbers}},
                                 {"0 0 0.5\n255 255 255\n", {}},
-                                {"-0.25 0 0\n1 1 1\n", {Code::negativeValues}},
-                                {"0 0 -1\n1023 1 1\n", {Code::wholeNumbers, Code::negativeValues}}};
+                                {"-0.25 0 0\n1 1 1\n", {Code::negativeResults}},
+                                {"0 0 -1\n1023 1 1\n", {Code::wholeNumbers, Code::negativeResults}}};
   for (const auto& [rows, codes] : cases) {
     const auto lut = read("look.cube", "LUT_1D_SIZE 2\n" + rows);
     ASSERT_TRUE(lut);
@@ -358,6 +359,34 @@ TEST(LutStages, MatricesAndRangesAreWhatTheySay) {
   EXPECT_EQ(applied(range, {-9, -9, -9}), (LutColor{-2, 0, 0}));
   EXPECT_EQ(applied(PublishedLut{.stages = {matrix, range}}, {1, 2, 4}), (LutColor{9, 1, 0.75}));
   EXPECT_EQ(applied(PublishedLut{}, {1, -2, 4}), (LutColor{1, -2, 4}));
+}
+
+TEST(LutStages, WarningsAreOfTheResultsOfAllStages) {
+  const auto rows = [](double lowest) {
+    return LutCurve{std::make_shared<const std::vector<LutColor>>(std::vector<LutColor>{{0, lowest, 0}, {1, 1, 1}})};
+  };
+  const LutMatrix negative{{{{1, 0, 0}, {0, 1, 0}, {-0.25, 0, 1}}}, {0, 0, 0}};
+  const LutRange clamps{.lowest = {0, 0, 0}};
+  const LutFunction function{[](std::span<float>, std::span<float>, std::span<float>) {}};
+  using Code = LutWarningCode;
+  struct Case {
+    std::vector<LutStage> stages;
+    std::vector<std::pair<Code, std::string>> warnings;
+  };
+  for (const Case& each : std::vector<Case>{{{negative}, {{Code::negativeResults, "down to -0.25"}}},
+                                            {{negative, clamps}, {}},
+                                            {{rows(-0.5)}, {{Code::negativeResults, "down to -0.5"}}},
+                                            {{rows(-0.5), clamps}, {}},
+                                            {{rows(-0.5), rows(0)}, {}},
+                                            {{LutRange{.offset = {0, -1, 0}}}, {{Code::negativeResults, "down to -1"}}},
+                                            {{rows(-0.5), function}, {}},
+                                            {{rows(std::nan(""))}, {{Code::nanValues, "1"}}}}) {
+    PublishedLut lut{.stages = each.stages};
+    warnOfResults(lut);
+    std::vector<std::pair<Code, std::string>> found;
+    for (const LutWarning& warning : lut.warnings) found.emplace_back(warning.code, warning.detail);
+    EXPECT_EQ(found, each.warnings);
+  }
 }
 
 TEST(LutStagesDeathTest, UnusableStagesTerminateTheProcess) {

@@ -218,9 +218,8 @@ std::string reasonOf(std::string text, LutFormat format) {
 }
 
 Unexpected<LutError> errorOf(const std::string& path, LutFormat format, const std::string& reason) {
-  return Unexpected(LutError{.code = LutErrorCode::notReadByLibrary,
-                             .place = path,
-                             .detail = std::string(description(format)) + reason});
+  return Unexpected(LutError{
+      .code = LutErrorCode::notReadByLibrary, .place = path, .detail = std::string(description(format)) + reason});
 }
 
 Expected<PublishedLut, LutError> readByOpenColorIO(const std::string& path, LutFormat format) {
@@ -234,7 +233,7 @@ Expected<PublishedLut, LutError> readByOpenColorIO(const std::string& path, LutF
     PublishedLut lut{.format = format, .path = path};
     const auto processor = config->getProcessor(contextOfNoVariables(), transform, ocio::TRANSFORM_DIR_FORWARD);
     Stages(config, lut).add(*processor->createGroupTransform());
-    warnOfNegativeValues(lut);
+    warnOfResults(lut);
     return lut;
   } catch (const std::bad_alloc&) {
     throw;
