@@ -1,4 +1,5 @@
 // meridian lut info: shows what LUT files hold, and why a file is not a LUT.
+#include <cstddef>
 #include <cstdint>
 #include <iostream>
 #include <memory>
@@ -7,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -68,6 +70,16 @@ void addFacts(Json& document, const ParsedLutFile& lut) {
   }
 }
 
+/// Returns whether a matrix keeps the channels apart, as those do that bring a declared domain to 0 to 1.
+bool isDiagonal(const LutMatrix& matrix) noexcept {
+  for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t column = 0; column < 3; ++column) {
+      if (row != column && matrix.rows[row][column] != 0) return false;
+    }
+  }
+  return true;
+}
+
 void addFacts(Json& document, const PublishedLut& lut) {
   document["format"] = rawValue(lut.format);
   document["stages"] = Json::array();
@@ -77,6 +89,14 @@ void addFacts(Json& document, const PublishedLut& lut) {
       member["domainMinimum"] = asJson(domain.minimum);
       member["domainMaximum"] = asJson(domain.maximum);
     };
+    if (const auto* const matrix = std::get_if<LutMatrix>(&stage); matrix != nullptr && isDiagonal(*matrix)) {
+      member["scale"] = {matrix->rows[0][0], matrix->rows[1][1], matrix->rows[2][2]};
+      member["offset"] = matrix->offset;
+    }
+    if (const auto* const range = std::get_if<LutRange>(&stage)) {
+      member["scale"] = asJson(range->scale);
+      member["offset"] = asJson(range->offset);
+    }
     if (const auto* const curve = std::get_if<LutCurve>(&stage)) addDomain(curve->domain);
     if (const auto* const cube = std::get_if<LutCubeStage>(&stage)) addDomain(cube->domain);
     document["stages"].push_back(std::move(member));
@@ -97,8 +117,13 @@ Json asJson(const std::string& path, const Readings& readings) {
     }
   };
   if (readings.isOfOtherFormat()) {
-    const LutWarning warning{LutWarningCode::otherPublishedFormat};
-    if (readings.suite) addWarnings({&warning, 1}, LutReading::suite);
+    const std::string name(description(*readings.format));
+    const LutWarning warning{LutWarningCode::otherPublishedFormat, {}, name};
+    if (readings.suite) {
+      addWarnings({&warning, 1}, LutReading::suite);
+    } else {
+      document["suiteError"] = asJson(LutError{LutErrorCode::otherPublishedFormat, path, name});
+    }
   } else if (readings.suite) {
     addFacts(document, **readings.suite);
     addWarnings(warningsOf(**readings.suite), LutReading::suite);
@@ -133,7 +158,15 @@ std::string stageText(const Json& stage) {
   if (stage.contains("domainMinimum")) {
     text += ", inputs " + textOf(stage["domainMinimum"]) + " to " + textOf(stage["domainMaximum"]);
   }
+  if (stage.contains("scale")) {
+    text += ", times " + textOf(stage["scale"]) + ", plus " + textOf(stage["offset"]);
+  }
   return text;
+}
+
+/// Returns what a reading is called in a sentence.
+std::string nameOf(const Json& reading) {
+  return reading == rawValue(LutReading::suite) ? "the suite's reading" : "the published reading";
 }
 
 void printAsTable(const std::string& path, const Json& document) {
@@ -144,11 +177,13 @@ void printAsTable(const std::string& path, const Json& document) {
       for (const Json& stage : value) rows.push_back({{"stage", Style::name}, {stageText(stage)}});
     } else if (name == "warnings") {
       for (const Json& warning : value) {
-        rows.push_back({{"warning", Style::name},
-                        {"in the " + textOf(warning["reading"]) + " reading: " + textOf(warning["message"])}});
+        rows.push_back({{"warning", Style::name}, {nameOf(warning["reading"]) + ": " + textOf(warning["message"])}});
       }
+    } else if (value.is_object()) {
+      const std::string_view reading = rawValue(name == "suiteError" ? LutReading::suite : LutReading::published);
+      rows.push_back({{"error", Style::name}, {nameOf(reading) + ": " + textOf(value["message"])}});
     } else {
-      rows.push_back({{name, Style::name}, {textOf(value.is_object() ? value["message"] : value)}});
+      rows.push_back({{name, Style::name}, {textOf(value)}});
     }
   }
   std::cout << styled(Style::heading, printable(path)) << '\n';
@@ -207,8 +242,10 @@ Subcommand lutInfoCommand() {
            {Option::Kind::flag, "json",
             "Print a JSON list with an object for each file: file; as the suite reads it class, dimensions, markup, "
             "rows, faceSize, bitDepth, lutBitDepth, lowValue, highValue, domainMinimum, domainMaximum, as far as its "
-            "kind has them, or suiteError; as its format publishes it format and stages, each with its domain, or "
-            "publishedError; and warnings, each with warning, reading and message. For a file that is not a LUT: file, "
+            "kind has them, or suiteError, or a warning that its rows are those of another format; as its format "
+            "publishes it format and stages, each with its domain or "
+            "its scale and offset, or publishedError; and warnings, each with warning, reading and message. For a file "
+            "that is not a LUT: file, "
             "error, message"}},
       .action = showLuts,
   };
