@@ -1,5 +1,6 @@
 // LUT files of any bytes, read as their formats publish them: nothing crashes, newlines of all kinds mean the same, and
 // a LUT that was read has results for every input.
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -83,6 +84,10 @@ void checkResults(const PublishedLut& lut, std::size_t bytes) {
       require(codes[i] <= 255 && codes[i] + 1 >= pixel[i] && pixel[i] + 1U >= codes[i], "the code value of images");
     }
   }
+  // Domains may be smaller than any number of single precision, whose smallest are inputs here too.
+  std::array<float, 9> samples{0, 0.3F, 1, -2.5F, 1e-45F, -1e-45F, 3e38F, -3e38F, 2};
+  const auto view = ImageView<float>::packed(ImageLayout::rgb, samples.data(), 3, 1);
+  require(applyLut(lut, view, view).has_value(), "an image of floating point");
   require(describe(lut).size >= 2, "a size");
 }
 

@@ -172,9 +172,13 @@ void warnOfResults(PublishedLut& lut) {
       bounds.reset();  // a function, of which nothing is known
     }
   }
-  if (nanCount > 0) lut.warnings.push_back({LutWarningCode::nanValues, lut.path, std::to_string(nanCount)});
+  if (nanCount > 0) {
+    lut.warnings.push_back(
+        {LutWarningCode::nanValues, lut.path, std::to_string(nanCount) + (nanCount == 1 ? " value" : " values")});
+  }
   const double lowest = bounds ? std::ranges::min(bounds->lowest) : 0;
-  if (lowest < 0) {
+  constexpr double leastNoticed = 1e-6;  // code values of 16 bits are 1.5e-5 apart
+  if (lowest < -leastNoticed) {
     lut.warnings.push_back({LutWarningCode::negativeResults, lut.path, "down to " + plainDecimalText(lowest)});
   }
 }

@@ -99,9 +99,9 @@ struct PublishedLut {
     const PublishedLut& lut, const std::array<std::uint64_t, 3>& codes, std::int64_t inputBitDepth,
     std::int64_t outputBitDepth, LutInterpolation interpolation = LutInterpolation::trilinear);
 
-/// Adds the warning nanValues if a curve or cube has NaN, and negativeResults if inputs from 0 to 1 may have negative
-/// results; with a matrix after a curve or cube, or two matrices, the lowest is a lower bound. Functions after the last
-/// curve or cube are not examined. Readers of formats call it when the stages are there.
+/// Adds the warning nanValues if a curve or cube has NaN, and negativeResults if inputs from 0 to 1 may have results
+/// below -1e-6; with a matrix after a curve or cube, or two matrices, the lowest is a lower bound. Functions after the
+/// last curve or cube are not examined. Readers of formats call it when the stages are there.
 MERIDIAN_API void warnOfResults(PublishedLut& lut);
 
 }  // namespace meridian::inline v0_2

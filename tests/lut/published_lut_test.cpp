@@ -375,12 +375,13 @@ TEST(LutStages, WarningsAreOfTheResultsOfAllStages) {
   };
   for (const Case& each : std::vector<Case>{{{negative}, {{Code::negativeResults, "down to -0.25"}}},
                                             {{negative, clamps}, {}},
+                                            {{LutRange{.offset = {0, -1e-9, 0}}}, {}},
                                             {{rows(-0.5)}, {{Code::negativeResults, "down to -0.5"}}},
                                             {{rows(-0.5), clamps}, {}},
                                             {{rows(-0.5), rows(0)}, {}},
                                             {{LutRange{.offset = {0, -1, 0}}}, {{Code::negativeResults, "down to -1"}}},
                                             {{rows(-0.5), function}, {}},
-                                            {{rows(std::nan(""))}, {{Code::nanValues, "1"}}}}) {
+                                            {{rows(std::nan(""))}, {{Code::nanValues, "1 value"}}}}) {
     PublishedLut lut{.stages = each.stages};
     warnOfResults(lut);
     std::vector<std::pair<Code, std::string>> found;

@@ -82,12 +82,12 @@ TEST_F(LutCommand, InfoShowsEachKind) {
   EXPECT_THAT(lut({"info", integers}).output, AllOf(HasSubstr("code\\xff values\\n.cube\n"), HasSubstr("bitDepth")));
   const std::string wide = write("wide.cube", "LUT_3D_SIZE 1\nDOMAIN_MAX 4 4 4\n0 0 1\n");
   EXPECT_THAT(lut({"info", wide}).output,
-              AllOf(HasSubstr("domainMaximum   4.0 4.0 4.0\n"), HasSubstr("suite reading: is a cube of one point"),
-                    HasSubstr("publishedError  \"")));
+              AllOf(HasSubstr("domainMaximum  4.0 4.0 4.0\n"), HasSubstr("the suite's reading: is a cube of one point"),
+                    HasSubstr("error          the published reading: declares a size")));
   const std::string two = write("two.cube", "LUT_1D_SIZE 2\nLUT_1D_INPUT_RANGE -1 3\n0 0 0\n1 1 1\n");
   EXPECT_THAT(lut({"info", two}).output,
-              AllOf(HasSubstr("suiteError  \""), HasSubstr("fewer than 256 rows"),
-                    HasSubstr("stage       curve of 2 rows, inputs -1.0 -1.0 -1.0 to 3.0 3.0 3.0\n")));
+              AllOf(HasSubstr("error   the suite's reading: is a 1D LUT of fewer than 256 rows"),
+                    HasSubstr("stage   curve of 2 rows, inputs -1.0 -1.0 -1.0 to 3.0 3.0 3.0\n")));
 }
 
 TEST_F(LutCommand, InfoSaysWhyAFileIsNotALutAndShowsTheOthers) {
@@ -263,9 +263,8 @@ TEST_F(LutCommand, ErrorsAndWarningsNameTheReadingThatHelps) {
       {write("codes.cube", "LUT_3D_SIZE 2\n" + rows + "255 255 255\n"), "published", 0,
        "warning: has whole numbers like code values, although 1 is white in its format: the highest is 255; "},
       {write("negative.cube", "LUT_3D_SIZE 2\n" + rows + "1 1 -0.5\n"), "published", 0,
-       "warning: has negative values, which become 0 in images of code values and have no result in the suite's "
-       "samples: "
-       "the lowest is -0.5; apply"},
+       "warning: has negative results, which become 0 in images of code values: down to -0.5; apply"},
+      {path("negative.cube"), "suite", 0, "and have no result in the suite's samples: the lowest is -0.5; apply"},
       {write("notes.cube", "LUT_3D_SIZE 2\n" + rows + "1 1 1\nmade by hand\n"), "published", 0,
        "warning: has lines that are ignored: line 10: made by hand; "},
       {path("notes.cube"), "suite", 0, "has lines that are ignored: 1 after the first row, the first is line 10; "},

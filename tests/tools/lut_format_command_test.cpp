@@ -254,7 +254,9 @@ TEST_F(LutFormats, InfoShowsStagesAndNoRowsOfTheSuites) {
     const bool warns = document["warnings"].dump().find("otherPublishedFormat") != std::string::npos;
     EXPECT_NE(document.contains("suiteError"), warns) << document;
     const std::string text = lut({"info", path(made.name)}).output;
-    if (made.name == "domain.spi1d") EXPECT_THAT(text, HasSubstr("matrix, times 0.5 0.5 0.5, plus 0.125 0.125 0.125"));
+    if (made.name == "domain.spi1d") {
+      EXPECT_THAT(text, HasSubstr("matrix, times 0.5 0.5 0.5, plus 0.125 0.125 0.125"));
+    }
     EXPECT_THAT(text, Not(HasSubstr("suiteError")));
     EXPECT_THAT(outcome.errors, IsEmpty());
   }
@@ -273,8 +275,8 @@ TEST_F(LutFormats, DamagedFilesAreErrorsWithAReason) {
 
 TEST_F(LutFormats, FilesThatReferToOtherFilesAreErrors) {
   write("clip.cube", "LUT_1D_SIZE 2\n0 0 0\n1 1 1\n");
-  for (const std::string name : {std::string("clip.cube"), path("clip.cube"), std::string("/dev/zero")}) {
-    for (const std::string version : {"compCLFversion=\"3\"", "version=\"1.7\""}) {
+  for (const std::string& name : {std::string("clip.cube"), path("clip.cube"), std::string("/dev/zero")}) {
+    for (const std::string_view version : {"compCLFversion=\"3\"", "version=\"1.7\""}) {
       const std::string file = write("look.ctf", clf(operation("Reference", "", "path=\"" + name + '"'), version));
       for (const Words& words :
            {Words{"info", file}, {"sample", file, "--float", "--reading=published", "1", "1", "1"}}) {
@@ -285,6 +287,12 @@ TEST_F(LutFormats, FilesThatReferToOtherFilesAreErrors) {
       }
     }
   }
+}
+
+TEST_F(LutFormats, SizesThatAreTooLargeAreErrors) {
+  const Outcome outcome = lut({"info", write("huge.itx", "LUT_3D_SIZE 20000\n0 0 0\n")});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.errors, HasSubstr("IRIDAS 3D LUT (.itx), declares a size that is too large; copy"));
 }
 
 TEST_F(LutFormats, VariablesInNamesStayAsTheyAre) {

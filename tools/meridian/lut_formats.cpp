@@ -12,7 +12,6 @@
 #include <memory>
 #include <new>
 #include <span>
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -237,10 +236,11 @@ Expected<PublishedLut, LutError> readByOpenColorIO(const std::string& path, LutF
     return lut;
   } catch (const std::bad_alloc&) {
     throw;
-  } catch (const std::length_error&) {
-    return errorOf(path, format, ", declares a size that is too large");
   } catch (const std::exception& error) {
-    return errorOf(path, format, ", says OpenColorIO: " + reasonOf(error.what(), format));
+    const std::string reason = reasonOf(error.what(), format);
+    // Readers put what std::length_error says, such as "vector::reserve", into an exception of their own.
+    const bool isTooLarge = reason.find("vector") != std::string::npos && reason.find(' ') == std::string::npos;
+    return errorOf(path, format, isTooLarge ? ", declares a size that is too large" : ", says OpenColorIO: " + reason);
   }
 }
 

@@ -57,7 +57,7 @@ Expected<PublishedLut, LutError> readByModule(const std::string& path, LutFormat
   return Unexpected(LutError{.code = LutErrorCode::otherPublishedFormat,
                              .place = path,
                              .detail = std::string(description(format)) +
-                                       ", needs OpenColorIO, but the module for it cannot be loaded (" +
+                                       ", which needs OpenColorIO, but the module for it cannot be loaded (" +
                                        symbol.error() + ")"});
 }
 

@@ -31,6 +31,12 @@ Json asJson(const LutColor& color) { return {color.red, color.green, color.blue}
 
 Json asJson(const LutError& error) { return {{"error", rawValue(error.code)}, {"message", error.message()}}; }
 
+/// Returns the error of one reading of a file that the other reads; like warnings it does not name the file.
+Json asJsonOfReading(LutError error) {
+  error.place.clear();
+  return asJson(error);
+}
+
 /// What the two readings of a file yield.
 struct Readings {
   Expected<std::unique_ptr<const ParsedLutFile>, LutError> suite;
@@ -91,7 +97,7 @@ void addFacts(Json& document, const PublishedLut& lut) {
     };
     if (const auto* const matrix = std::get_if<LutMatrix>(&stage); matrix != nullptr && isDiagonal(*matrix)) {
       member["scale"] = {matrix->rows[0][0], matrix->rows[1][1], matrix->rows[2][2]};
-      member["offset"] = matrix->offset;
+      for (const double offset : matrix->offset) member["offset"].push_back(offset + 0.0);  // no -0
     }
     if (const auto* const range = std::get_if<LutRange>(&stage)) {
       member["scale"] = asJson(range->scale);
@@ -122,19 +128,19 @@ Json asJson(const std::string& path, const Readings& readings) {
     if (readings.suite) {
       addWarnings({&warning, 1}, LutReading::suite);
     } else {
-      document["suiteError"] = asJson(LutError{LutErrorCode::otherPublishedFormat, path, name});
+      document["suiteError"] = asJsonOfReading({LutErrorCode::otherPublishedFormat, {}, name});
     }
   } else if (readings.suite) {
     addFacts(document, **readings.suite);
     addWarnings(warningsOf(**readings.suite), LutReading::suite);
   } else {
-    document["suiteError"] = asJson(readings.suite.error());
+    document["suiteError"] = asJsonOfReading(readings.suite.error());
   }
   if (readings.published) {
     addFacts(document, *readings.published);
     addWarnings(readings.published->warnings, LutReading::published);
   } else if (readings.format) {
-    document["publishedError"] = asJson(readings.published.error());
+    document["publishedError"] = asJsonOfReading(readings.published.error());
   } else {
     const LutWarning warning{LutWarningCode::noPublishedFormat};
     addWarnings({&warning, 1}, LutReading::published);
