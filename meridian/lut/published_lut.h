@@ -44,9 +44,9 @@ namespace meridian::inline v0_2 {
 /// size is never trusted with memory. Numbers are those of DecimalNumber::fromText: neither NaN nor infinite.
 ///
 /// Returns otherPublishedFormat for a format that is recognised but not read, and noPublishedFormat for a file that no
-/// published format claims (`isOfOtherFormat` is true for both). Returns
-/// refersToOtherFile for a CLF or CTF file that has another file applied, which no reader should be given. Throws
-/// nothing but std::bad_alloc.
+/// published format claims (`isOfOtherFormat` is true for both). Returns refersToOtherFile for a CLF or CTF file that
+/// has another file applied, which no reader should be given; a file of these formats is read to its end to find that
+/// out. Throws nothing but std::bad_alloc.
 [[nodiscard]] MERIDIAN_API Expected<PublishedLut, LutError> readPublishedLut(const Url& file);
 
 /// Returns the published format of a file, whether it is read here or not; noPublishedFormat if it is in none, and the
