@@ -4,22 +4,15 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <utility>
+
+#include "meridian/lut/cube_error_bounds.h"
 
 namespace meridian::inline v0_2::detail {
 namespace {
 
-/// The largest relative error of one rounding to single precision.
-constexpr double roundingError = 0x1p-24;
-
 constexpr std::uint64_t mantissaBits = 0x000FFFFFFFFFFFFF;
-
-/// Returns the largest error of rounding to single precision a number of at most the first power of two from this
-/// magnitude on.
-double roundingErrorUpTo(double magnitude) noexcept {
-  const std::uint64_t bits = std::bit_cast<std::uint64_t>(magnitude) + mantissaBits;
-  return std::bit_cast<double>(bits & ~mantissaBits) * (roundingError / 2);
-}
 
 constexpr std::array channelValues{&LutColor::red, &LutColor::green, &LutColor::blue};
 
@@ -125,27 +118,12 @@ void CubeKernel::prepareLattice() {
   const auto face = static_cast<std::size_t>(definition.faceSize);
   double lowestValue = std::numeric_limits<double>::infinity();
   double highestValue = -lowestValue;
-  double steepest = 0;
-  const auto noteStep = [&](const LutColor& color, const LutColor& neighbour) {
-    for (const auto value : channelValues) {
-      steepest = std::max(steepest, std::fabs(neighbour.*value - color.*value));
-    }
-  };
-  const LutColor* color = definition.cube->lattice().data();
-  for (std::size_t i = 0; i < face; ++i) {
-    for (std::size_t j = 0; j < face; ++j) {
-      for (std::size_t k = 0; k < face; ++k, ++color) {
-        lowestValue = std::min({lowestValue, color->red, color->green, color->blue});
-        highestValue = std::max({highestValue, color->red, color->green, color->blue});
-        if (i + 1 < face) noteStep(*color, color[face * face]);
-        if (j + 1 < face) noteStep(*color, color[face]);
-        if (k + 1 < face) noteStep(*color, color[1]);
-      }
-    }
+  for (const LutColor& color : std::span(definition.cube->lattice().data(), face * face * face)) {
+    lowestValue = std::min({lowestValue, color.red, color.green, color.blue});
+    highestValue = std::max({highestValue, color.red, color.green, color.blue});
   }
   const double lowestResult = toResult(lowestValue);
   const double highestResult = toResult(highestValue);
-  steepest = formats ? steepest / resultScale.unit * resultScale.factor : steepest / definition.unit();
   constexpr double largestExact = 1 << 21;
   const bool isExact = std::fabs(lowestResult) < largestExact && std::fabs(highestResult) < largestExact;
   if (formats && !isExact) {
@@ -159,7 +137,7 @@ void CubeKernel::prepareLattice() {
   }
   fillLattice();
   if (!formats) return;  // floating-point results are used as they are
-  definitionError_ = 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult) + steepest * lastPoint);
+  definitionError_ = 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult)) * (1 + lastPoint);
   storeBounds();
 }
 
@@ -190,93 +168,28 @@ void CubeKernel::fillLattice() {
   }
 }
 
-/// Returns a bound on the error of every result in a cell: the stored points are rounded once; then each of three
-/// blends rounds a difference of neighbours and a sum, and carries the fraction's error. `largest` is the largest
-/// magnitude of the cell's points, `steepest` the largest difference along its edges, which no difference of blends
-/// exceeds, since it is a blend of such differences.
-double CubeKernel::boundOfErrors(double largest, double steepest) const noexcept {
-  const double storedError = roundingErrorUpTo(largest);
-  const double stepError = roundingErrorUpTo(1.5 * steepest + 16 * storedError) + fractionError_ * steepest;
-  // No point is beyond the power of two that `largest` is or is followed by, and a blend exceeds it by the step's error
-  // alone. Where that is less than half the distance to the next number there, rounding takes it back to the power of
-  // two, nearer to the true sum. Tetrahedral blends go on from sums that have an error already.
-  const bool endsAtPower = definition.interpolation == LutInterpolation::trilinear && stepError <= 2 * storedError;
-  const double sumError = endsAtPower ? storedError : roundingErrorUpTo(1.01 * largest + 8 * stepError);
-  return (storedError + 3 * (sumError + stepError)) * 1.01 + definitionError_;
-}
-
-/// Returns the bound of the cell above each point; 0 for points that begin no cell.
-std::vector<float> CubeKernel::boundsOfCells() const {
-  const auto face = static_cast<std::size_t>(definition.faceSize);
-  std::vector<float> bounds(face * face * face);
-  /// Four points with the same place on the blue axis.
-  struct Side {
-    std::array<std::array<float, 3>, 4> points;
-    float largest = 0;
-    float steepest = 0;
-  };
-  static constexpr std::array<std::pair<std::size_t, std::size_t>, 4> edges{{{0, 1}, {0, 2}, {1, 3}, {2, 3}}};
-  const auto sideAt = [this](const float* point) {
-    Side side;
-    const std::array corners{point, point + greenStride, point + redStride, point + redStride + greenStride};
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-      for (std::size_t corner = 0; corner < 4; ++corner) {
-        side.points[corner][channel] = corners[corner][channel];
-        side.largest = std::max(side.largest, std::fabs(corners[corner][channel]));
-      }
-      for (const auto& [one, other] : edges) {
-        side.steepest = std::max(side.steepest, std::fabs(corners[other][channel] - corners[one][channel]));
-      }
-    }
-    return side;
-  };
-  for (std::size_t red = 0; red + 1 < face; ++red) {
-    for (std::size_t green = 0; green + 1 < face; ++green) {
-      const float* const row = lattice.data() + red * redStride + green * greenStride;
-      float* const into = bounds.data() + (red * face + green) * face;
-      Side lower = sideAt(row);
-      for (std::size_t blue = 0; blue + 1 < face; ++blue) {
-        const Side upper = sideAt(row + (blue + 1) * 4);
-        float steepest = std::max(lower.steepest, upper.steepest);
-        for (std::size_t corner = 0; corner < 4; ++corner) {
-          for (std::size_t channel = 0; channel < 3; ++channel) {
-            steepest = std::max(steepest, std::fabs(upper.points[corner][channel] - lower.points[corner][channel]));
-          }
-        }
-        // What is stored is rounded, and so are the differences.
-        const double largest = std::max(lower.largest, upper.largest) * (1 + 0x1p-22);
-        into[blue] = roundedUp(boundOfErrors(largest, steepest * (1 + 0x1p-22) + 2 * roundingErrorUpTo(largest)));
-        lower = upper;
-      }
-    }
-  }
-  return bounds;
-}
-
 /// Stores at each point the largest bound of the cells around it, which covers a place that the definition puts into
 /// the next cell as well.
 void CubeKernel::storeBounds() {
-  const auto face = static_cast<std::size_t>(definition.faceSize);
-  std::vector<float> bounds = boundsOfCells();
+  const BlendErrors errors{.interpolation = definition.interpolation,
+                           .fraction = roundedUp(fractionError_),
+                           .constant = roundedUp(definitionError_)};
+  const std::vector<float> bounds =
+      errorBoundsAroundPoints(lattice.data(), static_cast<std::size_t>(definition.faceSize), errors);
   // What blending the bounds themselves may lose: a fraction's error, also beyond the cell, and the roundings.
-  const double lost = (16 * fractionError_ + 0x1p-20) * std::ranges::max(bounds);
+  const float lost = roundedUp((16 * fractionError_ + 0x1p-20) * std::ranges::max(bounds));
+  float* mark = lattice.data() + 3;
   double sum = 0;
-  for (const float bound : bounds) sum += std::min(bound + lost, 0.5);
-  const auto cells = static_cast<double>((face - 1) * (face - 1) * (face - 1));
+  for (const float each : bounds) {
+    const float bound = (each + lost) * (1 + 0x1p-20F);
+    sum += std::min(bound, 0.5F);
+    // The lowest bits say which channels are flat.
+    *mark =
+        std::bit_cast<float>(((std::bit_cast<std::uint32_t>(bound) + 7) & ~7U) | std::bit_cast<std::uint32_t>(*mark));
+    mark += 4;
+  }
   constexpr double tooWide = 0.125;  // a quarter of all results would be uncertain
-  filterApplies = filterApplies && sum / cells <= tooWide;
-
-  for (const std::size_t stride : {std::size_t{1}, face, face * face}) {
-    for (std::size_t place = bounds.size(); place-- > stride;) {
-      // At the beginning of an axis this is the end of another row, where there is no cell and thus no bound.
-      bounds[place] = std::max(bounds[place], bounds[place - stride]);
-    }
-  }
-  for (std::size_t place = 0; place < bounds.size(); ++place) {
-    float& mark = lattice[place * 4 + 3];
-    const auto flat = std::bit_cast<std::uint32_t>(mark);
-    mark = std::bit_cast<float>(((std::bit_cast<std::uint32_t>(roundedUp(bounds[place] + lost)) + 7) & ~7U) | flat);
-  }
+  filterApplies = filterApplies && sum / static_cast<double>(bounds.size()) <= tooWide;
 }
 
 /// Returns whether blends of points with this value yield exactly the value, by the definition's arithmetic. Trilinear

@@ -107,9 +107,7 @@ class CubeKernel {
   void prepareAxes();
   void prepareLattice();
   void fillLattice();
-  [[nodiscard]] std::vector<float> boundsOfCells() const;
   void storeBounds();
-  [[nodiscard]] double boundOfErrors(double largest, double steepest) const noexcept;
 
   /// The largest error of a fraction.
   double fractionError_ = 0;
