@@ -13,6 +13,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -106,10 +107,21 @@ class TemporaryFile {
   std::string path_;
 };
 
-/// A cube file with six decimals.
+/// How the numbers of a file are written: with six decimals, or without the zeros at their ends.
+enum class Decimals : std::uint8_t { six, trimmed };
+
+std::string numberText(double number, Decimals decimals) {
+  std::string text = fixedDecimalText(number, 6);
+  if (decimals == Decimals::six) return text;
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text;
+}
+
+/// A cube file.
 class CubeFile {
  public:
-  CubeFile(Look look, int faceSize) {
+  CubeFile(Look look, int faceSize, Decimals decimals) {
     std::string text = "TITLE \"look\"\nLUT_3D_SIZE " + std::to_string(faceSize) +
                        "\nDOMAIN_MIN 0.0 0.0 0.0\nDOMAIN_MAX 1.0 1.0 1.0\n";
     const double last = faceSize - 1;
@@ -117,8 +129,8 @@ class CubeFile {
       for (int second = 0; second < faceSize; ++second) {
         for (int third = 0; third < faceSize; ++third) {
           const LutColor color = colorOf(look, third / last, second / last, first / last);
-          text += fixedDecimalText(color.red, 6) + ' ' + fixedDecimalText(color.green, 6) + ' ' +
-                  fixedDecimalText(color.blue, 6) + '\n';
+          text += numberText(color.red, decimals) + ' ' + numberText(color.green, decimals) + ' ' +
+                  numberText(color.blue, decimals) + '\n';
         }
       }
     }
@@ -131,9 +143,9 @@ class CubeFile {
   TemporaryFile file_{"look.cube"};
 };
 
-const std::string& cubePath(Look look, int faceSize) {
-  static std::map<std::pair<Look, int>, CubeFile> files;
-  return files.try_emplace({look, faceSize}, look, faceSize).first->second.path();
+const std::string& cubePath(Look look, int faceSize, Decimals decimals = Decimals::six) {
+  static std::map<std::tuple<Look, int, Decimals>, CubeFile> files;
+  return files.try_emplace({look, faceSize, decimals}, look, faceSize, decimals).first->second.path();
 }
 
 std::unique_ptr<const ParsedLutFile> cube(Look look, int faceSize) {
@@ -224,8 +236,8 @@ void setPixelRate(benchmark::State& state) {
       benchmark::Counter(width * height, benchmark::Counter::kIsIterationInvariantRate, benchmark::Counter::kIs1000);
 }
 
-void parseMeridian(benchmark::State& state, int faceSize) {
-  const Url url = Url::fromFilePath(cubePath(Look::soft, faceSize));
+void parseMeridian(benchmark::State& state, int faceSize, Decimals decimals) {
+  const Url url = Url::fromFilePath(cubePath(Look::soft, faceSize, decimals));
   const std::size_t before = liveBytes();
   startPeak();
   for (auto _ : state) benchmark::DoNotOptimize(ParsedLutFactory::parsed(url));
@@ -319,10 +331,11 @@ ocio::ConstProcessorRcPtr processorOf(const std::string& path) {
   return ocio::Config::CreateRaw()->getProcessor(transform);
 }
 
-void parseOpenColorIO(benchmark::State& state, int faceSize) {
+void parseOpenColorIO(benchmark::State& state, int faceSize, Decimals decimals) {
+  const std::string& path = cubePath(Look::soft, faceSize, decimals);
   for (auto _ : state) {
     ocio::ClearAllCaches();
-    benchmark::DoNotOptimize(processorOf(cubePath(Look::soft, faceSize)));
+    benchmark::DoNotOptimize(processorOf(path));
   }
 }
 
@@ -373,11 +386,14 @@ const bool areRegistered = [] {
   nearest.rounding = LutRounding::nearest;
   for (const int faceSize : {33, 65}) {
     const std::string size = std::to_string(faceSize);
-    registerCase("lut_parse/" + size + "/meridian", parseMeridian, faceSize);
-    registerCase("lut_prepare/" + size + "/meridian", prepareMeridian, faceSize);
+    for (const Decimals decimals : {Decimals::six, Decimals::trimmed}) {
+      const std::string name = decimals == Decimals::six ? "lut_parse/" : "lut_parse_trimmed/";
+      registerCase(name + size + "/meridian", parseMeridian, faceSize, decimals);
 #ifdef MERIDIAN_BENCH_OPENCOLORIO
-    registerCase("lut_parse/" + size + "/OpenColorIO", parseOpenColorIO, faceSize);
+      registerCase(name + size + "/OpenColorIO", parseOpenColorIO, faceSize, decimals);
 #endif
+    }
+    registerCase("lut_prepare/" + size + "/meridian", prepareMeridian, faceSize);
     using Word = std::uint16_t;
     const ApplyCase plain{.faceSize = faceSize};
     const auto with = [&plain](const auto& change) {

@@ -27,7 +27,7 @@ const char* afterBlanks(const char* place) noexcept {
 
 }  // namespace
 
-TextLines::TextLines(FileReader& reader, std::string_view path) : reader_(reader), path_(path), buffer_(1) {}
+TextLines::TextLines(FileReader& reader, std::string_view path) : reader_(reader), path_(path), buffer_(1 + plainDecimalPadding) {}
 
 /// Reads the next piece. Returns false at the end of the file.
 bool TextLines::fill() {
@@ -36,7 +36,7 @@ bool TextLines::fill() {
   std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
   end_ -= begin_;
   begin_ = 0;
-  buffer_.resize(std::max(buffer_.size(), end_ + pieceSize + 1));
+  buffer_.resize(std::max(buffer_.size(), end_ + pieceSize + 1 + plainDecimalPadding));
   const std::size_t count = reader_.read({buffer_.data() + end_, pieceSize});
   isAtEnd_ = count < pieceSize;
   end_ += count;

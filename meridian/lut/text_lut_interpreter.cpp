@@ -166,14 +166,6 @@ void GenericTextLutInterpreter::record(const LutValueTriplet& triplet) {
   triplets_.append(triplet);
 }
 
-void GenericTextLutInterpreter::record(const LutColor& color) {
-  const double largest = std::max({color.red, color.green, color.blue});
-  const double smallest = std::min({color.red, color.green, color.blue});
-  if (!explicitMaxValue_ || explicitMaxValue_->doubleValue() < largest) explicitMaxValue_ = DecimalNumber(largest);
-  if (!explicitMinValue_ || explicitMinValue_->doubleValue() > smallest) explicitMinValue_ = DecimalNumber(smallest);
-  triplets_.append(color);
-}
-
 std::optional<LutDimensions> GenericTextLutInterpreter::inferredDimensions() const noexcept {
   switch (triplets_.size()) {
     case seventeenGridCubeSize:

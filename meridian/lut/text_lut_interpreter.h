@@ -8,6 +8,7 @@
 ///     lines.triplets().size();     // 1
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -50,7 +51,7 @@ class GenericTextLutInterpreter {
 
   /// Appends a row. The extremes are compared as doubles; of equal ones the first is kept.
   MERIDIAN_API void record(const LutValueTriplet& triplet);
-  MERIDIAN_API void record(const LutColor& color);
+  void record(const LutColor& color);
 
   /// Returns how the lines are written: as text.
   [[nodiscard]] static constexpr LutMarkupType markupType() noexcept { return LutMarkupType::txt; }
@@ -104,5 +105,13 @@ class GenericTextLutInterpreter {
   std::optional<LutColor> domainMaximum_;
   LutTextFacts facts_;
 };
+
+inline void GenericTextLutInterpreter::record(const LutColor& color) {
+  const double largest = std::max({color.red, color.green, color.blue});
+  const double smallest = std::min({color.red, color.green, color.blue});
+  if (!explicitMaxValue_ || explicitMaxValue_->doubleValue() < largest) explicitMaxValue_ = DecimalNumber(largest);
+  if (!explicitMinValue_ || explicitMinValue_->doubleValue() > smallest) explicitMinValue_ = DecimalNumber(smallest);
+  triplets_.append(color);
+}
 
 }  // namespace meridian::inline v0_2

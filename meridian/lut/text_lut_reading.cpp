@@ -54,7 +54,7 @@ class LineCutter {
 
   void run() {
     while (true) {
-      buffer_.resize(kept_ + limits_.chunk + 1);
+      buffer_.resize(kept_ + limits_.chunk + 1 + plainDecimalPadding);
       const std::size_t count = source_({buffer_.data() + kept_, limits_.chunk});
       const std::size_t filled = kept_ + count;
       buffer_[filled] = '\0';  // ends every number

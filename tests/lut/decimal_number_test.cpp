@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
+#include <random>
 #include <string>
+
+#include "meridian/base/plain_decimal.h"
 
 namespace meridian {
 namespace {
@@ -43,6 +47,39 @@ TEST(DecimalNumber, TextsAreReadExactlyOrNotAtAll) {
     EXPECT_EQ(number->integerValue(), each.integer) << each.text;
     EXPECT_EQ(number->doubleValue(), std::strtod(each.text.c_str(), nullptr)) << each.text;
   }
+}
+
+TEST(DecimalNumber, PlainDecimalsAreReadAsOneCharacterAfterTheOtherSays) {
+  std::mt19937 random(3);
+  const auto digits = [&random](std::size_t most) {
+    std::string text;
+    for (std::size_t left = random() % (most + 1); left != 0; --left) text += static_cast<char>('0' + random() % 10);
+    return text;
+  };
+  const std::string ends = " \t\n\r:/.eE+-0\x80\xff,";
+  std::size_t plain = 0;
+  for (int i = 0; i < 300'000; ++i) {
+    const char* const signs[] = {"", "", "", "-", "+"};
+    std::string text = signs[random() % 5] + digits(i % 3 == 0 ? 9 : 1) + (random() % 8 == 0 ? "" : ".") +
+                       (i % 3 == 1 ? digits(6) + digits(9) : digits(8));
+    const std::size_t length = text.size();
+    // Also with one character that a comparison of many at once might take for a digit.
+    if (!text.empty() && random() % 8 == 0) text[random() % length] = static_cast<char>(random());
+    text += ends[random() % ends.size()];
+    text += digits(2);
+    text.resize(text.size() + 1 + detail::plainDecimalPadding, random() % 2 == 0 ? '\0' : '7');
+    text[text.size() - 1 - detail::plainDecimalPadding] = '\0';
+    const detail::PlainDecimal fast = detail::readPlainDecimal(text.c_str());
+    const detail::PlainDecimal expected = detail::readPlainDecimalByCharacters(text.c_str());
+    ASSERT_EQ(fast.end, expected.end) << text.c_str();
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(fast.number), std::bit_cast<std::uint64_t>(expected.number)) << text.c_str();
+    if (fast.end == nullptr) continue;
+    ++plain;
+    const auto number = DecimalNumber::fromText({text.c_str(), fast.end});
+    ASSERT_TRUE(number) << text.c_str();
+    ASSERT_EQ(fast.number, number->doubleValue()) << text.c_str();
+  }
+  EXPECT_GT(plain, 100'000U);
 }
 
 }  // namespace
