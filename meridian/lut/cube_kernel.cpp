@@ -59,18 +59,25 @@ void CubeKernel::prepareCodeValues() {
              .divisor = source.white() - source.black(),
              .unit = definition.unit()};
   } else if (definition.integerDepth) {
-    const auto shiftLeft = shiftBetween(formats->source.bitDepth, *definition.integerDepth);
-    input = {.shiftRight = std::max(-shiftLeft, 0), .factor = std::ldexp(1.0, std::max(shiftLeft, 0))};
+    const int shift = shiftBetween(formats->source.bitDepth, *definition.integerDepth);
+    input = {.shiftRight = std::max(-shift, 0), .factor = std::ldexp(1.0, std::max(shift, 0))};
   } else {
     input = {.divisor = formats->source.white()};
   }
   const CodeValueFormat& destination = formats->destination;
   resultScale = definition.resultScale(*formats);
-  shift = std::clamp(shiftBetween(definition.resultDepth(*formats), destination.bitDepth), -31, 31);
-  lowest = static_cast<std::int32_t>(destination.lowest());
   highest = static_cast<std::int32_t>(destination.highest());
-  // Just enough to exceed the limit after the shift.
-  limitBefore = shift > 0 ? (highest >> shift) + 1 : std::numeric_limits<std::int32_t>::max();
+  const int shift = shiftBetween(definition.resultDepth(*formats), destination.bitDepth);
+  if (shift > 0) {
+    // From 16 bits on, everything but 0 exceeds the highest code value.
+    shiftLeft = std::min(shift, 16);
+    highestBefore = (highest >> shiftLeft) + 1;  // just enough to exceed it
+  } else {
+    depthScale = std::ldexp(1.0, shift);
+    lowestBefore = static_cast<std::int32_t>(destination.lowest());
+    highestBefore = highest;
+  }
+  center = (highestBefore + 1) / 2;
 }
 
 void CubeKernel::prepareAxes() {
@@ -78,7 +85,7 @@ void CubeKernel::prepareAxes() {
   lastPoint = static_cast<float>(last);
   // What 1 becomes on the axes' scale: as a sample of floating point, or as a code value after shift and black.
   const double unit = formats ? input.factor / input.divisor * input.unit : definition.unit();
-  limits = formats && input.black == 0 ? AxisLimits::exactEnd : AxisLimits::both;
+  axisForm = formats ? AxisForm::checked : AxisForm::floats;
   double largestOffset = 0;
   for (std::size_t channel = 0; channel < 3; ++channel) {
     const AxisRule& rule = definition.axes[channel];
@@ -86,6 +93,7 @@ void CubeKernel::prepareAxes() {
     const double scale = unit / rule.span * last;
     axis.scaleHigh = withEightBits(scale);
     axis.scaleLow = static_cast<float>(scale - axis.scaleHigh);
+    axis.pointScale = static_cast<float>(scale);
     axis.offset = static_cast<float>(-rule.offset / rule.span * last);
     largestOffset = std::max(largestOffset, std::fabs(-rule.offset / rule.span * last));
     axis.low = roundedUp(rule.low / unit);
@@ -98,20 +106,60 @@ void CubeKernel::prepareAxes() {
     axis.lowFraction = static_cast<float>(inside.fraction);
     filterApplies =
         filterApplies && std::isnormal(axis.scaleHigh) && std::isfinite(axis.offset) && rule.high >= rule.low;
-    // An end that takes part in the arithmetic has to be as short as the code values are.
-    const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit && hasSixteenBits(axis.high);
-    const AxisLimits end = endsExactly ? AxisLimits::exactEnd : AxisLimits::end;
-    limits = std::max(limits, rule.low > 0 ? AxisLimits::both : end);
   }
-  // What is rounded: scaleLow, its product and the sum with the offset, all at most 2^-7 of a place; the offset; and
-  // the last sum, which is about 1. The product with scaleHigh is exact, for values of at most 16 bits.
+  // The product with scaleHigh is exact, for values of at most 16 bits. What is rounded: scaleLow, its product and the
+  // sum with the offset, all at most 2^-7 of a place; the offset; and the last sum, which is about 1.
   fractionError_ = roundingError * (1 + 4 * (last + largestOffset) * 0x1p-7 + 4 * largestOffset);
   flatMargin = roundedUp(2 * fractionError_ + 0x1p-40 * (last + largestOffset));
+  if (axisForm != AxisForm::checked) return;
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    if (channel > 0 && definition.axes[channel] == definition.axes[channel - 1]) {
+      axes[channel] = axes[channel - 1];
+    } else if (!findPointScale(definition.axes[channel], unit / definition.axes[channel].span * last, axes[channel])) {
+      axisForm = AxisForm::any;
+      return;
+    }
+  }
+  // Then only scaleLow, its product and the last sum are rounded, the sum to at most 1.
+  fractionError_ = roundingError * (0.5 + 2 * last * 0x1p-7);
+}
+
+/// Finds the scale with which single precision puts every code value into the cell that it is in, or to whose end; the
+/// last point is the end of the last cell. Returns false if there is none.
+bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& axis) const noexcept {
+  const double unit = input.factor / input.divisor * input.unit;
+  // An end that takes part in the arithmetic has to be as short as the code values are.
+  const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit && hasSixteenBits(axis.high);
+  constexpr float mostCode = 65535;
+  if (input.black != 0 || axis.offset != 0 || axis.low > 0 || !(endsExactly || axis.high >= mostCode)) return false;
+  axis.high = std::min(axis.high, mostCode);
+  for (int steps = 0; steps < 8 && axis.high * axis.pointScale >= lastPoint; ++steps) {
+    axis.pointScale = std::nextafter(axis.pointScale, 0.0F);
+  }
+  const auto isRight = [&](double code) {
+    const float value = std::min(static_cast<float>(std::max(code, 0.0)), axis.high);
+    const double point = std::floor(value * axis.pointScale);
+    const double fraction = static_cast<double>(value) * scale - point;
+    return point < lastPoint && fraction >= 0 && fraction <= 1 + 0x1p-50 * static_cast<double>(lastPoint);
+  };
+  // Points never fall as code values rise, so if those around each point are right, all are.
+  for (double point = 0; point <= lastPoint; ++point) {
+    const double code = std::floor(point / scale);
+    for (const double near : {code - 1, code, code + 1, code + 2}) {
+      if (!isRight(near)) return false;
+    }
+  }
+  return true;
 }
 
 /// Returns a point's value on the scale of the results.
 double CubeKernel::toResult(double value) const noexcept {
-  return formats ? resultScale(value) : value / definition.unit();
+  return formats ? resultScale(value) * depthScale : value / definition.unit();
+}
+
+/// Returns what single precision truncates a number in the lattice to, before it is shifted to the left.
+std::int32_t CubeKernel::truncated(float stored) const noexcept {
+  return (static_cast<std::int32_t>(std::lrint(std::clamp(stored, least(), most()))) >> 16) + center;
 }
 
 void CubeKernel::prepareLattice() {
@@ -124,20 +172,15 @@ void CubeKernel::prepareLattice() {
   }
   const double lowestResult = toResult(lowestValue);
   const double highestResult = toResult(highestValue);
-  constexpr double largestExact = 1 << 21;
-  const bool isExact = std::fabs(lowestResult) < largestExact && std::fabs(highestResult) < largestExact;
-  if (formats && !isExact) {
-    filterApplies = false;  // single precision cannot tell such large results apart
-    return;
-  }
-  if (formats) center = static_cast<std::int32_t>(std::floor((lowestResult + highestResult) / 2));
-  if (!std::isfinite(static_cast<float>(std::max(highestResult - center, center - lowestResult)))) {
+  constexpr double largest = 0x1p40;  // far more than a result that is not uncertain
+  const bool isSmall = std::fabs(lowestResult) < largest && std::fabs(highestResult) < largest;
+  if (formats ? !isSmall : !std::isfinite(static_cast<float>(std::max(highestResult, -lowestResult)))) {
     filterApplies = false;
     return;
   }
   fillLattice();
   if (!formats) return;  // floating-point results are used as they are
-  definitionError_ = 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult)) * (1 + lastPoint);
+  definitionError_ = one * 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult)) * (1 + lastPoint);
   storeBounds();
 }
 
@@ -147,20 +190,24 @@ void CubeKernel::fillLattice() {
   greenStride = face * 4;
   redStride = face * greenStride;
   lattice.resize(face * redStride);
-  float* entry = lattice.data();
-  for (std::size_t red = 0; red < face; ++red) {
-    for (std::size_t green = 0; green < face; ++green) {
+  // As toResult has it but for the last bits, of which a bound has room for more.
+  const double scale = formats ? resultScale.factor / resultScale.unit * depthScale * one : 1 / definition.unit();
+  const double offset = formats ? (resultScale.offset * depthScale - center) * one : 0;
+  // Either the red or the blue index runs fastest in the cube.
+  for (std::size_t green = 0; green < face; ++green) {
+    for (std::size_t red = 0; red < face; ++red) {
+      const LutColor* const line = colors + red * definition.strides.red + green * definition.strides.green;
+      float* entry = lattice.data() + red * redStride + green * greenStride;
       for (std::size_t blue = 0; blue < face; ++blue) {
-        const LutColor& point =
-            colors[red * definition.strides.red + green * definition.strides.green + blue * definition.strides.blue];
-        const bool beginsCell = std::max({red, green, blue}) + 1 < face;
+        const LutColor& point = line[blue * definition.strides.blue];
+        const bool beginsCell = formats && std::max({red, green, blue}) + 1 < face;
         std::uint32_t mark = 0;
         std::uint32_t bit = 1;
         for (const auto value : channelValues) {
-          *entry = static_cast<float>(toResult(point.*value) - center);
-          if (beginsCell && isFlat(point, value, *entry)) mark |= bit;
+          *entry = static_cast<float>(point.*value * scale + offset);
+          if (beginsCell && isSteady(point.*value) && isFlat(point, value, *entry)) mark |= bit;
           ++entry;
-          bit *= 2;
+          bit *= 4;
         }
         *entry++ = std::bit_cast<float>(mark);
       }
@@ -171,24 +218,26 @@ void CubeKernel::fillLattice() {
 /// Stores at each point the largest bound of the cells around it, which covers a place that the definition puts into
 /// the next cell as well.
 void CubeKernel::storeBounds() {
+  // The constant is the definition's own error, and one rounding each of a result and of its bound to integers.
   const BlendErrors errors{.interpolation = definition.interpolation,
                            .fraction = roundedUp(fractionError_),
-                           .constant = roundedUp(definitionError_)};
+                           .constant = roundedUp(definitionError_ + 1.5)};
   const std::vector<float> bounds =
       errorBoundsAroundPoints(lattice.data(), static_cast<std::size_t>(definition.faceSize), errors);
   // What blending the bounds themselves may lose: a fraction's error, also beyond the cell, and the roundings.
-  const float lost = roundedUp((16 * fractionError_ + 0x1p-20) * std::ranges::max(bounds));
+  const auto raised = [](float bound) { return bound > clampedFraction / 2 ? alwaysUncertain : bound; };
+  const float lost = roundedUp((16 * fractionError_ + 0x1p-20) * raised(std::ranges::max(bounds)));
   float* mark = lattice.data() + 3;
   double sum = 0;
   for (const float each : bounds) {
-    const float bound = (each + lost) * (1 + 0x1p-20F);
-    sum += std::min(bound, 0.5F);
+    const float bound = (raised(each) + lost) * (1 + 0x1p-18F);
+    sum += std::min(bound, one / 2);
     // The lowest bits say which channels are flat.
-    *mark =
-        std::bit_cast<float>(((std::bit_cast<std::uint32_t>(bound) + 7) & ~7U) | std::bit_cast<std::uint32_t>(*mark));
+    *mark = std::bit_cast<float>(((std::bit_cast<std::uint32_t>(bound) + flatBits) & ~flatBits) |
+                                 std::bit_cast<std::uint32_t>(*mark));
     mark += 4;
   }
-  constexpr double tooWide = 0.125;  // a quarter of all results would be uncertain
+  constexpr double tooWide = one / 8;  // a quarter of all results would be uncertain
   filterApplies = filterApplies && sum / static_cast<double>(bounds.size()) <= tooWide;
 }
 
@@ -201,18 +250,17 @@ bool CubeKernel::isSteady(double value) const noexcept {
          (std::bit_cast<std::uint64_t>(value) & mantissaBits) == 0;
 }
 
-/// Returns whether a channel has the same steady value at all eight points of the cell above a point, and truncating it
-/// in single precision gives what truncating it in double precision gives.
+/// Returns whether a channel with a steady value has it at all eight points of the cell above a point, and truncating
+/// it in single precision gives what truncating it in double precision gives.
 bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value, float stored) const noexcept {
-  if (!isSteady(point.*value)) return false;
-  if (formats && std::floor(double{stored}) + center != std::floor(toResult(point.*value))) return false;
   const LatticeStrides& strides = definition.strides;
   for (unsigned corner = 1; corner < 8; ++corner) {
     const std::size_t distance = ((corner & 1U) != 0 ? strides.red : 0) + ((corner & 2U) != 0 ? strides.green : 0) +
                                  ((corner & 4U) != 0 ? strides.blue : 0);
     if ((&point)[distance].*value != point.*value) return false;
   }
-  return true;
+  const double result = std::floor(toResult(point.*value));
+  return truncated(stored) == std::clamp<double>(result, lowestBefore, highestBefore);
 }
 
 }  // namespace meridian::inline v0_2::detail

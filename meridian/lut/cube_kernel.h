@@ -36,6 +36,8 @@ struct FastAxis {
   float scaleHigh = 0;
   float scaleLow = 0;
   float offset = 0;
+  /// The scale as one number, with which the point below a place is found; a little less if the axis is checked.
+  float pointScale = 0;
   /// A value below `low` is at `lowPoint` + `lowFraction`, one above `high` at the last point.
   float low = 0;
   float high = 0;
@@ -43,9 +45,12 @@ struct FastAxis {
   float lowFraction = 0;
 };
 
-/// Which values have to be clamped: those above an axis' end, which single precision holds exactly or only nearly, or
-/// those below its beginning as well.
-enum class AxisLimits : std::uint8_t { exactEnd, end, both };
+/// How places on the axes are found.
+enum class AxisForm : std::uint8_t {
+  checked,  ///< for code values, each of which was tried when the cube was prepared
+  any,      ///< for code values on axes that begin or end at other numbers
+  floats,
+};
 
 /// How code values become numbers on the scale of the cube's axes:
 /// ((code >> shiftRight) - black) * factor / divisor * unit, where all but the division are exact.
@@ -72,39 +77,61 @@ class CubeKernel {
 
   InputScale input;
   std::array<FastAxis, 3> axes;
-  AxisLimits limits = AxisLimits::both;
+  AxisForm axisForm = AxisForm::any;
   float lastPoint = 0;
   /// From a point to its neighbours, in floats of `lattice`; along blue it is always 4.
   std::size_t redStride = 0;
   std::size_t greenStride = 0;
-  /// Red, green, blue and a mark for each point, blue running fastest. Values are scaled as results are truncated, less
-  /// `center`, which makes them small and thus precise. The mark is a bound on the errors of code values in the cells
-  /// around the point. Its lowest bits say which channels are flat in the cell above the point: have a value at all its
-  /// points that the definition's own arithmetic returns unchanged.
+  /// Red, green, blue and a mark for each point, blue running fastest. Floating-point results are stored as they are.
+  /// Those that become code values are stored less `center`, which makes them small and thus precise, with 16 bits for
+  /// the fraction. Their marks are bounds on the errors in the cells around a point; the lowest bits say which channels
+  /// are flat in the cell above it: have a value at all its points that the definition's own arithmetic returns
+  /// unchanged.
   std::vector<float, AlignedAllocator<float, 64>> lattice;
   std::int32_t center = 0;
   /// Nearer than this to a cell's border, a place may be in the next cell by the definition.
   float flatMargin = 0;
 
-  /// Returns the channels that a mark calls flat: red 1, green 2, blue 4.
-  [[nodiscard]] static unsigned flatChannels(float mark) noexcept { return std::bit_cast<std::uint32_t>(mark) & 7U; }
+  /// What 1 is in `lattice`, and the fraction that results beyond the lowest and the highest one are given. They are
+  /// certain, since a larger bound than that is raised to `alwaysUncertain`.
+  static constexpr float one = 65536;
+  static constexpr float clampedFraction = 0x7F00;
+  static constexpr float alwaysUncertain = 0x20000;
 
-  /// How numbers on the cube's scale are truncated: scaled, clamped to `limitBefore`, shifted to the left (to the right
-  /// if negative), and clamped to `lowest` and `highest`.
+  /// Returns the channels that a mark calls flat: red 1, green 4, blue 16.
+  static constexpr std::uint32_t flatBits = 0x1F;
+  [[nodiscard]] static unsigned flatChannels(float mark) noexcept {
+    return std::bit_cast<std::uint32_t>(mark) & flatBits;
+  }
+
+  /// How numbers on the cube's scale become code values: scaled, truncated, clamped to `lowestBefore` and
+  /// `highestBefore`, shifted to the left, and clamped to `highest`. A shift to the right is a part of the scale, as
+  /// `depthScale`, which changes no result: truncating before and after it is truncating after it.
   ResultScale resultScale;
-  int shift = 0;
-  std::int32_t limitBefore = 0;
-  std::int32_t lowest = 0;
+  double depthScale = 1;
+  int shiftLeft = 0;
+  std::int32_t lowestBefore = 0;
+  std::int32_t highestBefore = 0;
   std::int32_t highest = 0;
+
+  /// Returns the smallest and the largest number in `lattice` that becomes a code value.
+  [[nodiscard]] float least() const noexcept {
+    return static_cast<float>(lowestBefore - center) * one + clampedFraction;
+  }
+  [[nodiscard]] float most() const noexcept {
+    return static_cast<float>(highestBefore - center) * one + clampedFraction;
+  }
 
  private:
   [[nodiscard]] bool isSteady(double value) const noexcept;
   [[nodiscard]] bool isFlat(const LutColor& point, double LutColor::* value, float stored) const noexcept;
 
   [[nodiscard]] double toResult(double value) const noexcept;
+  [[nodiscard]] std::int32_t truncated(float stored) const noexcept;
 
   void prepareCodeValues();
   void prepareAxes();
+  [[nodiscard]] bool findPointScale(const AxisRule& rule, double scale, FastAxis& axis) const noexcept;
   void prepareLattice();
   void fillLattice();
   void storeBounds();

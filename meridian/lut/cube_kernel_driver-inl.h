@@ -29,85 +29,85 @@ namespace {
 // NOLINTBEGIN(modernize-avoid-c-arrays)
 
 /// Converts a block one pixel after the other by the definition.
-inline void convertPlainly(const CubeKernel& kernel, Planes<std::uint16_t>& planes, std::size_t count) {
+inline void convertPlainly(const CubeKernel& kernel, const Planes<std::uint16_t>& source, std::size_t count,
+                           Planes<std::uint16_t>& results) {
+  const auto& [red, green, blue] = source.channels;
   for (std::size_t i = 0; i < count; ++i) {
-    const PixelCodes codes = kernel.definition.codeValues(
-        {planes.channels[0][i], planes.channels[1][i], planes.channels[2][i]}, *kernel.formats);
-    for (std::size_t channel = 0; channel < 3; ++channel) planes.channels[channel][i] = codes[channel];
+    const PixelCodes codes = kernel.definition.codeValues({red[i], green[i], blue[i]}, *kernel.formats);
+    for (std::size_t channel = 0; channel < 3; ++channel) results.channels[channel][i] = codes[channel];
   }
 }
 
-inline void convertPlainly(const CubeKernel& kernel, Planes<float>& planes, std::size_t count) {
+inline void convertPlainly(const CubeKernel& kernel, const Planes<float>& source, std::size_t count,
+                           Planes<float>& results) {
+  const auto& [red, green, blue] = source.channels;
   for (std::size_t i = 0; i < count; ++i) {
-    const LutColor color =
-        kernel.definition.color({planes.channels[0][i], planes.channels[1][i], planes.channels[2][i]});
-    planes.channels[0][i] = static_cast<float>(color.red);
-    planes.channels[1][i] = static_cast<float>(color.green);
-    planes.channels[2][i] = static_cast<float>(color.blue);
+    const LutColor color = kernel.definition.color({red[i], green[i], blue[i]});
+    results.channels[0][i] = static_cast<float>(color.red);
+    results.channels[1][i] = static_cast<float>(color.green);
+    results.channels[2][i] = static_cast<float>(color.blue);
   }
 }
 
 #if MERIDIAN_HAS_VECTORS
 
 /// Separates four samples of each pixel into planes.
-template <typename Tag, typename Sample>
-HWY_INLINE void separate(Tag d, const Sample* samples, std::size_t count, Planes<Sample>& planes) {
+HWY_NOINLINE void separate(const float* colors, std::size_t count, Planes<float>& planes) {
+  const FloatTag d;
   for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
-    hn::Vec<Tag> red, green, blue, unused;
-    hn::LoadInterleaved4(d, samples + i * 4, red, green, blue, unused);
+    hn::Vec<FloatTag> red, green, blue, unused;
+    hn::LoadInterleaved4(d, colors + i * 4, red, green, blue, unused);
     hn::Store(red, d, planes.channels[0] + i);
     hn::Store(green, d, planes.channels[1] + i);
     hn::Store(blue, d, planes.channels[2] + i);
   }
 }
 
-HWY_INLINE void convertPlanes(const CubeKernel& kernel, Planes<float>& planes, std::size_t count,
-                              const auto& /*report*/) {
-  if (!kernel.filterApplies) return convertPlainly(kernel, planes, count);
+HWY_INLINE void convertPlanes(const CubeKernel& kernel, const Planes<float>& source, std::size_t count,
+                              Planes<float>& results, const auto& /*report*/) {
+  if (!kernel.filterApplies) return convertPlainly(kernel, source, count, results);
   Places places;
   alignas(64) float colors[blockSize * 4];
-  blendColors(kernel, planes, count, places, colors);
-  separate(FloatTag(), colors, count, planes);
+  blendColors<ColorOrder::pixels>(kernel, source, count, places, colors);
+  separate(colors, count, results);
 }
 
-HWY_INLINE void truncateAny(const CubeKernel& kernel, const float* colors, std::size_t count, std::uint16_t* codes,
-                            std::uint64_t* uncertain) {
-  if (kernel.lowest > 0) return truncateColors<Truncation::limited>(kernel, colors, count, codes, uncertain);
-  if (kernel.shift == 0) return truncateColors<Truncation::plain>(kernel, colors, count, codes, uncertain);
-  return truncateColors<Truncation::shifted>(kernel, colors, count, codes, uncertain);
-}
-
-/// Calls `report` with the index and the code values of every pixel whose result is uncertain.
+/// Calls `report` with the index of every pixel whose result is uncertain.
 template <typename Report>
-HWY_INLINE void convertPlanes(const CubeKernel& kernel, Planes<std::uint16_t>& planes, std::size_t count,
-                              const Report& report) {
-  if (!kernel.filterApplies) return convertPlainly(kernel, planes, count);
+HWY_INLINE void convertPlanes(const CubeKernel& kernel, const Planes<std::uint16_t>& source, std::size_t count,
+                              Planes<std::uint16_t>& results, const Report& report) {
+  if (!kernel.filterApplies) return convertPlainly(kernel, source, count, results);
   Places places;
   alignas(64) float colors[blockSize * 4];
-  alignas(64) std::uint16_t codes[blockSize * 4];
-  std::uint64_t uncertain[blockSize / 16];
-  blendColors(kernel, planes, count, places, colors);
-  truncateAny(kernel, colors, count, codes, uncertain);
-  forEachUncertainPixel(kernel, places, count, uncertain, [&](std::size_t pixel) HWY_ATTR {
-    report(pixel, planes.channels[0][pixel], planes.channels[1][pixel], planes.channels[2][pixel]);
-  });
-  separate(CodesTag(), codes, count, planes);
+  std::uint64_t certain[blockSize / 16];
+  std::memset(certain, 0xFF, sizeof(certain));
+  blendColors<ColorOrder::evenThenOdd>(kernel, source, count, places, colors);
+  truncateColors(kernel, colors, count, results, certain);
+  if (kernel.shiftLeft > 0) shiftCodes(kernel, count, results);
+  forEachUncertainPixel(kernel, places, count, certain, report);
 }
 
 #else
 
 template <typename Plane>
-void convertPlanes(const CubeKernel& kernel, Planes<Plane>& planes, std::size_t count, const auto& /*report*/) {
-  convertPlainly(kernel, planes, count);
+void convertPlanes(const CubeKernel& kernel, const Planes<Plane>& source, std::size_t count, Planes<Plane>& results,
+                   const auto& /*report*/) {
+  convertPlainly(kernel, source, count, results);
 }
 
 #endif  // MERIDIAN_HAS_VECTORS
 
-inline void rescaleAlpha(const CubeKernel& kernel, std::uint16_t* alpha, std::size_t count) {
-  if (kernel.formats->source.bitDepth == kernel.formats->destination.bitDepth) return;
-  for (std::size_t i = 0; i < count; ++i) alpha[i] = rescaledAlpha(alpha[i], *kernel.formats);
+inline void rescaleAlpha(const CubeKernel& kernel, const std::uint16_t* alpha, std::size_t count,
+                         std::uint16_t* results) {
+  if (kernel.formats->source.bitDepth == kernel.formats->destination.bitDepth) {
+    std::copy_n(alpha, count, results);
+  } else {
+    for (std::size_t i = 0; i < count; ++i) results[i] = rescaledAlpha(alpha[i], *kernel.formats);
+  }
 }
-inline void rescaleAlpha(const CubeKernel& /*kernel*/, float* /*alpha*/, std::size_t /*count*/) {}
+inline void rescaleAlpha(const CubeKernel& /*kernel*/, const float* alpha, std::size_t count, float* results) {
+  std::copy_n(alpha, count, results);
+}
 
 template <typename Plane>
 Plane opaque(const CubeKernel& kernel) {
@@ -147,20 +147,19 @@ class RowConverter {
   HWY_INLINE void convertBlock(std::size_t row, std::size_t column, std::size_t count) {
     const std::size_t rounded = (count + step - 1) / step * step;
     load(row, column, count, rounded);
-    convertPlanes(kernel_, planes_, rounded,
-                  [&](std::size_t pixel, std::uint16_t red, std::uint16_t green, std::uint16_t blue) HWY_ATTR {
-                    if (pixel < count) noteUncertain(row, column + pixel, {red, green, blue});
-                  });
+    convertPlanes(kernel_, source_, rounded, results_, [&](std::size_t pixel) HWY_ATTR {
+      if (pixel < count) noteUncertain(row, column, pixel);
+    });
     store(row, column, count, rounded);
     if (hasManyUncertainPixels()) settleUncertainPixels();
   }
 
-  HWY_INLINE void load(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
+  HWY_NOINLINE void load(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
     if (sourceChannels_ == 0) {
       for (std::size_t channel = 0; channel < 3; ++channel) {
-        loadPlane(rows_.source.planes[channel], row, column, count, rounded, planes_.channels[channel]);
+        loadPlane(rows_.source.planes[channel], row, column, count, rounded, source_.channels[channel]);
       }
-      if (rows_.source.hasAlpha()) loadPlane(rows_.source.alpha(), row, column, count, rounded, planes_.alpha);
+      if (rows_.source.hasAlpha()) loadPlane(rows_.source.alpha(), row, column, count, rounded, source_.alpha);
       return;
     }
     const Sample* from = rows_.source.red().at(row, column);
@@ -169,39 +168,41 @@ class RowConverter {
       std::fill(buffer_ + count * sourceChannels_, buffer_ + rounded * sourceChannels_, Sample{0});
       from = buffer_;
     }
-    loadPlanes(from, sourceChannels_, rounded, planes_);
+    loadPlanes(from, sourceChannels_, rounded, source_);
   }
 
-  HWY_INLINE void store(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
+  HWY_NOINLINE void store(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
     if (rows_.destination.hasAlpha()) {
       if (rows_.source.hasAlpha()) {
-        rescaleAlpha(kernel_, planes_.alpha, rounded);
+        rescaleAlpha(kernel_, source_.alpha, rounded, results_.alpha);
       } else {
-        std::fill_n(planes_.alpha, rounded, opaque<Plane>(kernel_));
+        std::fill_n(results_.alpha, rounded, opaque<Plane>(kernel_));
       }
     }
     if (destinationChannels_ == 0) {
       for (std::size_t channel = 0; channel < 3; ++channel) {
-        storePlane(planes_.channels[channel], rows_.destination.planes[channel], row, column, count);
+        storePlane(results_.channels[channel], rows_.destination.planes[channel], row, column, count);
       }
-      if (rows_.destination.hasAlpha()) storePlane(planes_.alpha, rows_.destination.alpha(), row, column, count);
+      if (rows_.destination.hasAlpha()) storePlane(results_.alpha, rows_.destination.alpha(), row, column, count);
       return;
     }
     Sample* const into = rows_.destination.red().at(row, column);
-    storePlanes(planes_, destinationChannels_, rounded, rounded != count ? buffer_ : into);
+    storePlanes(results_, destinationChannels_, rounded, rounded != count ? buffer_ : into);
     if (rounded != count) std::memcpy(into, buffer_, count * destinationChannels_ * sizeof(Sample));
   }
 
 #if MERIDIAN_HAS_VECTORS
   [[nodiscard]] bool hasManyUncertainPixels() const { return uncertain_.count >= UncertainPixels::enough; }
 
-  HWY_INLINE void noteUncertain(std::size_t row, std::size_t column, const PixelCodes& codes) {
-    const std::size_t place = uncertain_.count++;
-    uncertain_.rows[place] = row;
-    uncertain_.columns[place] = column;
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-      const std::int32_t number = (codes[channel] >> kernel_.input.shiftRight) - kernel_.input.black;
-      uncertain_.values[channel][place] = static_cast<double>(number) * kernel_.input.factor;
+  /// Notes a pixel of the block that begins at a column.
+  HWY_INLINE void noteUncertain(std::size_t row, std::size_t column, std::size_t pixel) {
+    if constexpr (!std::is_same_v<Sample, float>) {
+      const std::size_t place = uncertain_.count++;
+      uncertain_.rows[place] = row;
+      uncertain_.columns[place] = column + pixel;
+      for (std::size_t channel = 0; channel < 3; ++channel) {
+        uncertain_.codes[channel][place] = source_.channels[channel][pixel];
+      }
     }
   }
 
@@ -209,11 +210,15 @@ class RowConverter {
   HWY_NOINLINE void settleUncertainPixels() {
     if constexpr (!std::is_same_v<Sample, float>) {
       if (uncertain_.count == 0) return;
-      convertExactly(kernel_, uncertain_);
+      if (kernel_.definition.interpolation == LutInterpolation::trilinear) {
+        convertExactly<LutInterpolation::trilinear>(kernel_, uncertain_);
+      } else {
+        convertExactly<LutInterpolation::tetrahedral>(kernel_, uncertain_);
+      }
       for (std::size_t place = 0; place < uncertain_.count; ++place) {
         for (std::size_t channel = 0; channel < 3; ++channel) {
           *rows_.destination.planes[channel].at(uncertain_.rows[place], uncertain_.columns[place]) =
-              static_cast<Sample>(uncertain_.codes[place * 4 + channel]);
+              static_cast<Sample>(uncertain_.results[place * 4 + channel]);
         }
       }
       uncertain_.count = 0;
@@ -224,7 +229,7 @@ class RowConverter {
 #else
   static bool hasManyUncertainPixels() { return false; }
   void settleUncertainPixels() {}
-  void noteUncertain(std::size_t /*row*/, std::size_t /*column*/, const PixelCodes& /*codes*/) {}
+  void noteUncertain(std::size_t /*row*/, std::size_t /*column*/, std::size_t /*pixel*/) {}
 #endif
 
   const CubeKernel& kernel_;
@@ -232,7 +237,8 @@ class RowConverter {
   /// The channels of interleaved samples, 3 or 4; 0 for planes of any other strides.
   std::size_t sourceChannels_;
   std::size_t destinationChannels_;
-  Planes<Plane> planes_;
+  Planes<Plane> source_;
+  Planes<Plane> results_;
   alignas(64) Sample buffer_[blockSize * 4];
 };
 

@@ -34,34 +34,59 @@ namespace {
 using DoubleTag = hn::ScalableTag<double>;
 constexpr std::size_t doubleLanes = HWY_LANES(double);
 
-/// Pixels that are converted together.
+/// Pixels that are converted together, and that can be collected.
 constexpr std::size_t exactGroup = 8;
+constexpr std::size_t uncertainCapacity = 96 + blockSize;
 
-/// Where a group is on one axis: the points around it, as distances in the lattice, and how far from them.
+/// Where a group is in the lattice: each pixel's cell, how far it is from the cell's first point on each axis, and how
+/// far the next point on the axis is in the lattice.
 struct ExactPlaces {
-  alignas(64) double lower[exactGroup];
-  alignas(64) double upper[exactGroup];
-  alignas(64) double fraction[exactGroup];
-  alignas(64) double rest[exactGroup];  ///< 1 - fraction
+  alignas(64) std::int32_t cells[exactGroup];
+  alignas(64) double fractions[3][exactGroup];
+  alignas(64) double rests[3][exactGroup];  ///< 1 - fraction
+  alignas(64) double steps[3][exactGroup];  ///< for tetrahedra
 };
 
-/// Does, operation by operation, what the definition does from a code value to a place on an axis.
-HWY_INLINE void findExactPlaces(const AxisRule& rule, double lastPoint, std::size_t stride, const InputScale& scale,
-                                const double* values, ExactPlaces& places) {
+/// Divides, which takes long; every number is itself divided by 1.
+HWY_INLINE hn::Vec<DoubleTag> quotient(hn::Vec<DoubleTag> number, double divisor) {
+  return divisor == 1 ? number : hn::Div(number, hn::Set(DoubleTag(), divisor));
+}
+
+/// Does, operation by operation, what the definition does from code values to places on the axes. It puts the last
+/// point of an axis into a cell of its own; for trilinear blends it is the end of the cell before, where its weight is
+/// 1 and that of the point before is 0, which yields the same.
+template <LutInterpolation interpolation>
+HWY_INLINE void findExactPlaces(const CubeKernel& kernel, const std::int32_t (*codes)[uncertainCapacity],
+                                std::size_t begin, ExactPlaces& places) {
   const DoubleTag d;
-  const auto last = hn::Set(d, lastPoint);
+  const hn::Rebind<std::int32_t, DoubleTag> di;
+  constexpr bool isTrilinear = interpolation == LutInterpolation::trilinear;
+  const CubeDefinition& definition = kernel.definition;
+  const std::array strides{definition.strides.red, definition.strides.green, definition.strides.blue};
+  const auto last = hn::Set(d, static_cast<double>(definition.faceSize - 1));
+  const auto lastCell = hn::Set(d, static_cast<double>(definition.faceSize - (isTrilinear ? 2 : 1)));
   const auto one = hn::Set(d, 1.0);
-  const auto distance = hn::Set(d, static_cast<double>(stride));
   for (std::size_t i = 0; i < exactGroup; i += doubleLanes) {
-    const auto input = hn::Mul(hn::Div(hn::Load(d, values + i), hn::Set(d, scale.divisor)), hn::Set(d, scale.unit));
-    const auto value = hn::Max(hn::Min(input, hn::Set(d, rule.high)), hn::Set(d, rule.low));
-    const auto position = hn::Mul(hn::Div(hn::Sub(value, hn::Set(d, rule.offset)), hn::Set(d, rule.span)), last);
-    const auto lower = hn::Min(hn::Max(hn::Floor(position), hn::Zero(d)), last);
-    const auto fraction = hn::Sub(position, lower);
-    hn::Store(hn::Mul(lower, distance), d, places.lower + i);
-    hn::Store(hn::Mul(hn::Min(hn::Add(lower, one), last), distance), d, places.upper + i);
-    hn::Store(fraction, d, places.fraction + i);
-    hn::Store(hn::Sub(one, fraction), d, places.rest + i);
+    auto cells = hn::Zero(d);
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+      const AxisRule& rule = definition.axes[channel];
+      const auto code = hn::ShiftRightSame(hn::LoadU(di, codes[channel] + begin + i), kernel.input.shiftRight);
+      const auto number = hn::PromoteTo(d, hn::Sub(code, hn::Set(di, kernel.input.black)));
+      const auto scaled = quotient(hn::Mul(number, hn::Set(d, kernel.input.factor)), kernel.input.divisor);
+      const auto input = hn::Mul(scaled, hn::Set(d, kernel.input.unit));
+      const auto value = hn::Max(hn::Min(input, hn::Set(d, rule.high)), hn::Set(d, rule.low));
+      const auto position = hn::Mul(quotient(hn::Sub(value, hn::Set(d, rule.offset)), rule.span), last);
+      const auto lower = hn::Min(hn::Max(hn::Floor(position), hn::Zero(d)), lastCell);
+      const auto fraction = hn::Sub(position, lower);
+      const auto distance = hn::Set(d, static_cast<double>(strides[channel]));
+      cells = hn::Add(cells, hn::Mul(lower, distance));  // exact, as all whole numbers here are
+      hn::Store(fraction, d, places.fractions[channel] + i);
+      hn::Store(hn::Sub(one, fraction), d, places.rests[channel] + i);
+      if constexpr (!isTrilinear) {
+        hn::Store(hn::IfThenElseZero(hn::Lt(lower, last), distance), d, places.steps[channel] + i);
+      }
+    }
+    hn::StoreU(hn::DemoteTo(di, cells), di, places.cells + i);
   }
 }
 
@@ -104,107 +129,98 @@ struct ExactColor {
 #endif
 };
 
-using ExactAxes = std::array<ExactPlaces, 3>;
-
-HWY_INLINE ExactColor trilinearExactly(const LutColor* lattice, const ExactAxes& axes, std::size_t pixel) {
-  const auto& [red, green, blue] = axes;
-  const auto distance = [pixel](const double* distances) { return static_cast<std::ptrdiff_t>(distances[pixel]); };
-  const LutColor* const lowerRed = lattice + distance(red.lower);
-  const LutColor* const upperRed = lattice + distance(red.upper);
-  const auto alongRed = [&](std::ptrdiff_t offset) HWY_ATTR {
-    return ExactColor::load(lowerRed + offset)
-        .times(red.rest[pixel])
-        .plus(ExactColor::load(upperRed + offset).times(red.fraction[pixel]));
+HWY_INLINE ExactColor trilinearExactly(const LutColor* lattice, const LatticeStrides& strides,
+                                       const ExactPlaces& places, std::size_t pixel) {
+  const LutColor* const first = lattice + places.cells[pixel];
+  const auto blend = [&](const ExactColor& lower, const ExactColor& upper, std::size_t channel) HWY_ATTR {
+    return lower.times(places.rests[channel][pixel]).plus(upper.times(places.fractions[channel][pixel]));
   };
-  const auto alongGreen = [&](std::ptrdiff_t offset) HWY_ATTR {
-    return alongRed(offset + distance(green.lower))
-        .times(green.rest[pixel])
-        .plus(alongRed(offset + distance(green.upper)).times(green.fraction[pixel]));
+  const auto alongRed = [&](std::size_t from) HWY_ATTR {
+    return blend(ExactColor::load(first + from), ExactColor::load(first + from + strides.red), 0);
   };
-  return alongGreen(distance(blue.lower))
-      .times(blue.rest[pixel])
-      .plus(alongGreen(distance(blue.upper)).times(blue.fraction[pixel]));
+  const auto alongGreen = [&](std::size_t from)
+                              HWY_ATTR { return blend(alongRed(from), alongRed(from + strides.green), 1); };
+  return blend(alongGreen(0), alongGreen(strides.blue), 2);
 }
 
-HWY_INLINE ExactColor tetrahedralExactly(const LutColor* lattice, const ExactAxes& axes, std::size_t pixel) {
+HWY_INLINE ExactColor tetrahedralExactly(const LutColor* lattice, const ExactPlaces& places, std::size_t pixel) {
   struct Step {
     double fraction;
     double distance;
   };
-  const auto stepOf = [&](const ExactPlaces& places) {
-    return Step{places.fraction[pixel], places.upper[pixel] - places.lower[pixel]};
+  const auto stepOf = [&](std::size_t channel) {
+    return Step{places.fractions[channel][pixel], places.steps[channel][pixel]};
   };
-  Step first = stepOf(axes[0]);
-  Step second = stepOf(axes[1]);
-  Step third = stepOf(axes[2]);
+  Step first = stepOf(0);
+  Step second = stepOf(1);
+  Step third = stepOf(2);
   // The same exchanges as in the definition, so that equal fractions stay in its order.
   if (second.fraction > first.fraction) std::swap(first, second);
   if (third.fraction > second.fraction) std::swap(second, third);
   if (second.fraction > first.fraction) std::swap(first, second);
-  const auto point = [&](double distance)
-                         HWY_ATTR { return ExactColor::load(lattice + static_cast<std::ptrdiff_t>(distance)); };
-  const double start = axes[0].lower[pixel] + axes[1].lower[pixel] + axes[2].lower[pixel];
-  const ExactColor color = point(start);
-  const ExactColor afterFirst = point(start + first.distance);
-  const ExactColor afterSecond = point(start + first.distance + second.distance);
-  const ExactColor afterThird = point(start + first.distance + second.distance + third.distance);
+  const LutColor* place = lattice + places.cells[pixel];
+  const auto next = [&place](const Step& step) HWY_ATTR {
+    place += static_cast<std::ptrdiff_t>(step.distance);
+    return ExactColor::load(place);
+  };
+  const ExactColor color = ExactColor::load(place);
+  const ExactColor afterFirst = next(first);
+  const ExactColor afterSecond = next(second);
+  const ExactColor afterThird = next(third);
   return color.plus(afterFirst.minus(color).times(first.fraction))
       .plus(afterSecond.minus(afterFirst).times(second.fraction))
       .plus(afterThird.minus(afterSecond).times(third.fraction));
 }
 
-/// Does what ResultScale and limitedCodeValue do.
+/// Does what ResultScale and limitedCodeValue do; see CubeKernel for the shifts.
 HWY_INLINE void limitExactly(const CubeKernel& kernel, const double* results, std::uint16_t* codes) {
   const DoubleTag d;
   const hn::Rebind<std::int32_t, DoubleTag> di;
   const hn::Rebind<std::uint16_t, DoubleTag> dc;
   const ResultScale& scale = kernel.resultScale;
-  const int left = std::max(kernel.shift, 0);
-  const int right = std::max(-kernel.shift, 0);
   for (std::size_t i = 0; i < exactGroup * 4; i += doubleLanes) {
-    const auto inUnits = hn::Div(hn::Load(d, results + i), hn::Set(d, scale.unit));
+    const auto inUnits = quotient(hn::Load(d, results + i), scale.unit);
     const auto result = hn::Add(hn::Mul(inUnits, hn::Set(d, scale.factor)), hn::Set(d, scale.offset));
-    const auto limited = hn::Min(hn::Max(result, hn::Zero(d)), hn::Set(d, static_cast<double>(kernel.limitBefore)));
-    const auto code = hn::ShiftRightSame(hn::ShiftLeftSame(hn::DemoteTo(di, limited), left), right);
-    const auto clamped = hn::Max(hn::Min(code, hn::Set(di, kernel.highest)), hn::Set(di, kernel.lowest));
-    hn::Store(hn::DemoteTo(dc, clamped), dc, codes + i);
+    const auto rescaled = hn::Mul(result, hn::Set(d, kernel.depthScale));
+    const auto limited = hn::Min(hn::Max(rescaled, hn::Set(d, static_cast<double>(kernel.lowestBefore))),
+                                 hn::Set(d, static_cast<double>(kernel.highestBefore)));
+    const auto code = hn::ShiftLeftSame(hn::DemoteTo(di, limited), kernel.shiftLeft);
+    hn::Store(hn::DemoteTo(dc, hn::Min(code, hn::Set(di, kernel.highest))), dc, codes + i);
   }
 }
 
 /// Pixels whose results are uncertain, collected from as many blocks as it takes to fill it.
 struct UncertainPixels {
-  static constexpr std::size_t enough = 64;
-  static constexpr std::size_t capacity = enough + blockSize;
+  static constexpr std::size_t enough = uncertainCapacity - blockSize;
 
-  alignas(64) double values[3][capacity];  ///< code values as InputScale converts them before the division
-  alignas(64) std::uint16_t codes[capacity * 4];
-  std::size_t rows[capacity];
-  std::size_t columns[capacity];
+  alignas(64) std::int32_t codes[3][uncertainCapacity];
+  alignas(64) std::uint16_t results[uncertainCapacity * 4];
+  std::size_t rows[uncertainCapacity];
+  std::size_t columns[uncertainCapacity];
   std::size_t count = 0;
 };
 
 /// Evaluates the definition for the pixels. The axes must have a length.
+template <LutInterpolation interpolation>
 HWY_INLINE void convertExactly(const CubeKernel& kernel, UncertainPixels& pixels) {
   const CubeDefinition& definition = kernel.definition;
   const LutColor* const lattice = definition.cube->lattice().data();
-  const double lastPoint = static_cast<double>(definition.faceSize - 1);
-  const std::array strides{definition.strides.red, definition.strides.green, definition.strides.blue};
   const std::size_t rounded = (pixels.count + exactGroup - 1) / exactGroup * exactGroup;
-  for (auto& values : pixels.values) std::fill(values + pixels.count, values + rounded, 0.0);
+  for (auto& codes : pixels.codes) std::fill(codes + pixels.count, codes + rounded, 0);
   for (std::size_t begin = 0; begin < pixels.count; begin += exactGroup) {
-    ExactAxes axes;
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-      findExactPlaces(definition.axes[channel], lastPoint, strides[channel], kernel.input,
-                      pixels.values[channel] + begin, axes[channel]);
-    }
+    ExactPlaces places;
+    findExactPlaces<interpolation>(kernel, pixels.codes, begin, places);
     alignas(64) double results[exactGroup * 4];
     for (std::size_t i = 0; i < exactGroup; ++i) {
-      const ExactColor color = definition.interpolation == LutInterpolation::trilinear
-                                   ? trilinearExactly(lattice, axes, i)
-                                   : tetrahedralExactly(lattice, axes, i);
+      ExactColor color;
+      if constexpr (interpolation == LutInterpolation::trilinear) {
+        color = trilinearExactly(lattice, definition.strides, places, i);
+      } else {
+        color = tetrahedralExactly(lattice, places, i);
+      }
       color.store(results + i * 4);
     }
-    limitExactly(kernel, results, pixels.codes + begin * 4);
+    limitExactly(kernel, results, pixels.results + begin * 4);
   }
 }
 

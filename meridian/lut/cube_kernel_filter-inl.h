@@ -1,11 +1,10 @@
 /// \file
-/// The second half of the floating-point filter: colours in single precision, and which of their code values are
-/// uncertain.
+/// The third step of the floating-point filter: the code values of colours, and which of them are uncertain.
 ///
 /// Every result is within a bound of the definition's that is blended with it (see CubeKernel). Truncating both gives
-/// the same integer unless an integer lies between them, so a result is certain if its distance from the nearest
-/// integer is at least the bound. That distance is exact: the nearest integer is found by adding and subtracting 1.5 *
-/// 2^23, which leaves no bits for fractions, and the difference of two numbers this close is exact (Sterbenz).
+/// the same integer unless an integer lies between them. Results are fixed-point numbers with 16 bits for the fraction,
+/// which as a signed number is the distance from the nearest integer: a result is certain if that exceeds the bound.
+/// Results below the lowest code value or above the highest are moved so far into it that they are certain.
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_
 #undef MERIDIAN_LUT_CUBE_KERNEL_FILTER_INL_H_
@@ -17,11 +16,11 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include <hwy/highway.h>
 
 #include "meridian/lut/cube_kernel.h"
+#include "meridian/lut/cube_kernel_blend-inl.h"
 #include "meridian/lut/cube_kernel_places-inl.h"
 #include "meridian/lut/cube_kernel_planes-inl.h"
 
@@ -34,157 +33,73 @@ namespace {
 // Plain arrays are laid out as vector instructions need them, and the functions below pass their addresses.
 // NOLINTBEGIN(modernize-avoid-c-arrays)
 
-using PointTag = hn::FixedTag<float, 4>;
-
-template <typename Tag>
-HWY_INLINE hn::Vec<Tag> blendedFast(Tag /*d*/, hn::Vec<Tag> first, hn::Vec<Tag> second, hn::Vec<Tag> fraction) {
-  return hn::MulAdd(hn::Sub(second, first), fraction, first);
-}
-
-/// Stores the colours of a block, four floats each, for a count that is a multiple of four. The points are loaded pixel
-/// by pixel, each with its neighbour along blue where registers are wide enough, which is cheaper than gathering.
-HWY_INLINE void blendTrilinear(const CubeKernel& kernel, const Places& places, std::size_t count, float* colors) {
-  const PointTag d;
-  const float* const lattice = kernel.lattice.data();
-  const float* const nextRed = lattice + kernel.redStride;
-  const float* const nextGreen = lattice + kernel.greenStride;
-  const float* const nextBoth = nextRed + kernel.greenStride;
-#if HWY_TARGET <= HWY_AVX3
-  // Four pixels at a time, two to a register.
-  const FloatTag wide;
-  const hn::FixedTag<float, 8> pair;
-  const auto spread = [&](const float* fractions) HWY_ATTR { return hn::LoadDup128(wide, fractions); };
-  alignas(64) static constexpr std::int32_t eachPixelOfFour[16] = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3};
-  alignas(64) static constexpr std::int32_t firstTwoOfFour[16] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1};
-  alignas(64) static constexpr std::int32_t lastTwoOfFour[16] = {2, 2, 2, 2, 2, 2, 2, 2, 3, 3, 3, 3, 3, 3, 3, 3};
-  const auto eachPixel = hn::SetTableIndices(wide, eachPixelOfFour);
-  const auto firstTwo = hn::SetTableIndices(wide, firstTwoOfFour);
-  const auto lastTwo = hn::SetTableIndices(wide, lastTwoOfFour);
-  for (std::size_t i = 0; i < count; i += 4) {
-    const auto red = spread(places.fractions[0] + i);
-    const auto green = spread(places.fractions[1] + i);
-    const auto blue = spread(places.fractions[2] + i);
-    const auto twoPixels = [&](std::size_t place, const auto& which) HWY_ATTR {
-      const std::int32_t first = places.cell[place];
-      const std::int32_t second = places.cell[place + 1];
-      const auto load = [&](const float* points) HWY_ATTR {
-        return hn::Combine(wide, hn::LoadU(pair, points + second), hn::LoadU(pair, points + first));
-      };
-      const auto redFraction = hn::TableLookupLanes(red, which);
-      const auto lower = blendedFast(wide, load(lattice), load(nextRed), redFraction);
-      const auto upper = blendedFast(wide, load(nextGreen), load(nextBoth), redFraction);
-      return blendedFast(wide, lower, upper, hn::TableLookupLanes(green, which));
-    };
-    const auto former = twoPixels(i, firstTwo);
-    const auto latter = twoPixels(i + 2, lastTwo);
-    // The points of each pixel at the lower and at the upper end of the blue axis.
-    const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(2, 0, 2, 0))};
-    const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 1, 3, 1))};
-    hn::Store(blendedFast(wide, lower, upper, hn::TableLookupLanes(blue, eachPixel)), wide, colors + i * 4);
-  }
-#elif HWY_TARGET <= HWY_AVX2
-  const hn::FixedTag<float, 8> pair;
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::int32_t cell = places.cell[i];
-    const auto redFraction = hn::Set(pair, places.fractions[0][i]);
-    const auto lower = blendedFast(pair, hn::LoadU(pair, lattice + cell), hn::LoadU(pair, nextRed + cell), redFraction);
-    const auto upper =
-        blendedFast(pair, hn::LoadU(pair, nextGreen + cell), hn::LoadU(pair, nextBoth + cell), redFraction);
-    const auto both = blendedFast(pair, lower, upper, hn::Set(pair, places.fractions[1][i]));
-    const auto color = blendedFast(d, hn::LowerHalf(both), hn::UpperHalf(d, both), hn::Set(d, places.fractions[2][i]));
-    hn::Store(color, d, colors + i * 4);
-  }
-#else
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::int32_t cell = places.cell[i];
-    const auto redFraction = hn::Set(d, places.fractions[0][i]);
-    const auto greenFraction = hn::Set(d, places.fractions[1][i]);
-    const auto alongRed = [&](std::size_t from) HWY_ATTR {
-      return blendedFast(d, hn::Load(d, lattice + from + cell), hn::Load(d, nextRed + from + cell), redFraction);
-    };
-    const auto lower = blendedFast(d, alongRed(0), alongRed(kernel.greenStride), greenFraction);
-    const auto upper = blendedFast(d, alongRed(4), alongRed(kernel.greenStride + 4), greenFraction);
-    hn::Store(blendedFast(d, lower, upper, hn::Set(d, places.fractions[2][i])), d, colors + i * 4);
-  }
-#endif
-}
-
-HWY_INLINE void blendTetrahedral(const CubeKernel& kernel, const Places& places, std::size_t count, float* colors) {
-  const PointTag d;
-  const float* const lattice = kernel.lattice.data();
-  const std::size_t opposite = kernel.redStride + kernel.greenStride + 4;
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto first = hn::Load(d, lattice + places.cell[i]);
-    const auto second = hn::Load(d, lattice + places.second[i]);
-    const auto third = hn::Load(d, lattice + places.third[i]);
-    const auto fourth = hn::Load(d, lattice + places.cell[i] + opposite);
-    auto color = hn::MulAdd(hn::Sub(second, first), hn::Set(d, places.fractions[0][i]), first);
-    color = hn::MulAdd(hn::Sub(third, second), hn::Set(d, places.fractions[1][i]), color);
-    color = hn::MulAdd(hn::Sub(fourth, third), hn::Set(d, places.fractions[2][i]), color);
-    hn::Store(color, d, colors + i * 4);
-  }
-}
-
-template <typename Sample>
-HWY_INLINE void blendColors(const CubeKernel& kernel, const Planes<Sample>& planes, std::size_t count, Places& places,
-                            float* colors) {
-  if (kernel.definition.interpolation == LutInterpolation::trilinear) {
-    findPlaces<LutInterpolation::trilinear>(kernel, planes, count, places);
-    blendTrilinear(kernel, places, count, colors);
-  } else {
-    findPlaces<LutInterpolation::tetrahedral>(kernel, planes, count, places);
-    blendTetrahedral(kernel, places, count, colors);
-  }
-}
-
-/// How truncated results become code values of the destination.
-enum class Truncation : std::uint8_t {
-  plain,    ///< clamped to the largest
-  shifted,  ///< brought to another bit depth first
-  limited,  ///< clamped to the smallest of limited range too
+/// Two vectors of colours as code values less the center, and what is left of them, as signed parts of 65536 of a code
+/// value: [r0 r1 g0 g1 b0 b1 x x] for each two neighbours, if the first vector has the even pixels and the second the
+/// odd ones. In the last place of `fractions` are the pixels' bounds.
+struct TruncatedColors {
+  hn::Vec<hn::RebindToSigned<CodesTag>> codes;
+  hn::Vec<hn::RebindToSigned<CodesTag>> fractions;
 };
 
-/// Truncates the colours of a block to code values of the destination, four each. Marks the uncertain ones: four bits
-/// for each pixel, of which the last says nothing, 16 pixels to a word. A result that is certainly below 1 is certain:
-/// it becomes 0.
-template <Truncation truncation>
-HWY_INLINE void truncateColors(const CubeKernel& kernel, const float* colors, std::size_t count, std::uint16_t* codes,
-                               std::uint64_t* uncertain) {
+HWY_INLINE TruncatedColors truncatedColors(hn::Vec<FloatTag> even, hn::Vec<FloatTag> odd, hn::Vec<FloatTag> least,
+                                           hn::Vec<FloatTag> most) {
+  const hn::RebindToSigned<CodesTag> d;
+  const auto fixed = [&](hn::Vec<FloatTag> color)
+                         HWY_ATTR { return nearestInteger(hn::Min(hn::Max(color, least), most)); };
+  const auto former = fixed(even);
+  const auto latter = fixed(odd);
+  return {hn::OddEven(hn::BitCast(d, latter), hn::BitCast(d, hn::ShiftRight<16>(former))),
+          hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(latter)), hn::BitCast(d, former))};
+}
+
+/// Truncates the colours of a block to code values of the destination, in planes. Marks the certain ones, eight bits
+/// for each two neighbours in the order of TruncatedColors; the last two bits say nothing.
+HWY_NOINLINE void truncateColors(const CubeKernel& kernel, const float* colors, std::size_t count,
+                                 Planes<std::uint16_t>& planes, std::uint64_t* certain) {
   const FloatTag d;
-  const IntTag di;
-  const CodeTag dc;
-  // The sum with this has the nearest integer in its lowest bits.
-  constexpr float toInteger = 0x1.8p23F;
-  const auto magic = hn::Set(d, toInteger);
-  const auto one = hn::Set(d, static_cast<float>(1 - kernel.center));
-  const auto offset = hn::Set(di, kernel.center - std::bit_cast<std::int32_t>(toInteger));
-  const auto limitBefore = hn::Set(di, kernel.limitBefore);
-  const auto lowest = hn::Set(dc, static_cast<std::uint16_t>(kernel.lowest));
-  const auto highest = hn::Set(dc, static_cast<std::uint16_t>(kernel.highest));
-  const int left = std::max(kernel.shift, 0);
-  const int right = std::max(-kernel.shift, 0);
-  const std::size_t lanes = hn::Lanes(d);
-  std::memset(uncertain, 0, (count + 15) / 16 * sizeof(*uncertain));
-  for (std::size_t i = 0; i < count * 4; i += lanes) {
-    const auto color = hn::Load(d, colors + i);
-    const auto sum = hn::Add(color, magic);
-    const auto difference = hn::Sub(color, hn::Sub(sum, magic));  // from the nearest integer, exact
-    const auto bound = hn::Broadcast<3>(color);
-    const auto isUncertain = hn::And(hn::Lt(hn::Abs(difference), bound), hn::Ge(hn::Add(color, bound), one));
-    alignas(8) std::uint8_t bits[8] = {};
-    hn::StoreMaskBits(d, isUncertain, bits);
-    std::uint16_t word = 0;
-    std::memcpy(&word, bits, sizeof(word));
-    uncertain[i / 64] |= std::uint64_t{word} << (i % 64);
-    // A difference below 0 has its sign bit set, which makes one less of the nearest integer.
-    auto code = hn::Add(hn::Add(hn::BitCast(di, sum), offset), hn::ShiftRight<31>(hn::BitCast(di, difference)));
-    if constexpr (truncation == Truncation::shifted) {
-      code = hn::Min(hn::Max(code, hn::Zero(di)), limitBefore);
-      code = hn::ShiftRightSame(hn::ShiftLeftSame(code, left), right);
+  const CodesTag dc;
+  const hn::RebindToSigned<CodesTag> di;
+  const hn::Rebind<std::uint32_t, FloatTag> dp;
+  // The fourth lane has the bound, which is at least 0.
+  alignas(16) const float limits[8] = {kernel.least(), kernel.least(), kernel.least(), 0,
+                                       kernel.most(),  kernel.most(),  kernel.most(),  0x7FFF};
+  const auto least = hn::LoadDup128(d, limits);
+  const auto most = hn::LoadDup128(d, limits + 4);
+  const auto center = hn::Set(di, static_cast<std::int16_t>(kernel.center));
+  alignas(64) std::uint16_t codes[blockSize * 4];
+  auto* bits = reinterpret_cast<std::uint8_t*>(certain);
+  constexpr std::size_t lanes = HWY_LANES(float);
+  for (std::size_t i = 0; i < count * 4; i += 2 * lanes) {
+    const TruncatedColors both = truncatedColors(hn::Load(d, colors + i), hn::Load(d, colors + i + lanes), least, most);
+    const auto bounds =
+        hn::BitCast(di, hn::Broadcast<3>(hn::BitCast(hn::RebindToSigned<decltype(dp)>(), both.fractions)));
+    // A half is 32768, which as a magnitude has to stay above all bounds.
+    const auto distances = hn::Max(both.fractions, hn::SaturatedSub(hn::Zero(di), both.fractions));
+    bits += hn::StoreMaskBits(di, hn::Gt(distances, bounds), bits);
+    hn::Store(hn::BitCast(dc, hn::Add(both.codes, center)), dc, codes + i);
+  }
+  // Two neighbours together.
+  const auto* pairs = reinterpret_cast<const std::uint32_t*>(codes);
+  for (std::size_t i = 0; i < count; i += 2 * lanes) {
+    hn::Vec<decltype(dp)> red, green, blue, unused;
+    hn::LoadInterleaved4(dp, pairs + i * 2, red, green, blue, unused);
+    hn::Store(hn::BitCast(dc, red), dc, planes.channels[0] + i);
+    hn::Store(hn::BitCast(dc, green), dc, planes.channels[1] + i);
+    hn::Store(hn::BitCast(dc, blue), dc, planes.channels[2] + i);
+  }
+}
+
+/// Shifts code values of a LUT of fewer bits than the destination's to the left, up to the highest of the destination.
+HWY_NOINLINE void shiftCodes(const CubeKernel& kernel, std::size_t count, Planes<std::uint16_t>& planes) {
+  const CodesTag d;
+  const auto beyond = hn::Set(d, static_cast<std::uint16_t>(kernel.highestBefore));
+  const auto highest = hn::Set(d, static_cast<std::uint16_t>(kernel.highest));
+  for (auto& plane : planes.channels) {
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+      const auto codes = hn::Load(d, plane + i);
+      const auto shifted = hn::ShiftLeftSame(codes, std::min(kernel.shiftLeft, 15));
+      hn::Store(hn::IfThenElse(hn::Eq(codes, beyond), highest, shifted), d, plane + i);
     }
-    auto limited = hn::Min(hn::DemoteTo(dc, code), highest);  // below 0 becomes 0
-    if constexpr (truncation == Truncation::limited) limited = hn::Max(limited, lowest);
-    hn::Store(limited, dc, codes + i);
   }
 }
 
@@ -212,15 +127,16 @@ HWY_INLINE bool isWithinCell(const CubeKernel& kernel, const Places& places, std
 /// would be uncertain all over otherwise.
 template <typename Report>
 HWY_INLINE void forEachUncertainPixel(const CubeKernel& kernel, const Places& places, std::size_t count,
-                                      const std::uint64_t* uncertain, const Report& report) {
+                                      const std::uint64_t* certain, const Report& report) {
   const float* const marks = kernel.lattice.data() + 3;
   for (std::size_t word = 0; word < (count + 15) / 16; ++word) {
-    constexpr std::uint64_t channelsOfEach = 0x7777777777777777;
-    for (std::uint64_t left = uncertain[word] & channelsOfEach; left != 0;) {
-      const auto shift = static_cast<unsigned>(std::countr_zero(left)) & ~3U;
-      const std::size_t pixel = word * 16 + shift / 4;
-      const auto channels = static_cast<unsigned>(left >> shift) & 7U;
-      left &= ~(std::uint64_t{7} << shift);
+    constexpr std::uint64_t channelsOfEach = 0x3F3F3F3F3F3F3F3F;
+    for (std::uint64_t left = ~certain[word] & channelsOfEach; left != 0;) {
+      const auto bit = static_cast<unsigned>(std::countr_zero(left));
+      const unsigned shift = (bit & ~7U) | (bit & 1U);
+      const std::size_t pixel = word * 16 + shift / 8 * 2 + (bit & 1U);
+      const auto channels = static_cast<unsigned>(left >> shift) & 0x15U;
+      left &= ~(std::uint64_t{0x15} << shift);
       const bool isFlat = (channels & ~CubeKernel::flatChannels(marks[places.cell[pixel]])) == 0;
       if (!isFlat || !isWithinCell(kernel, places, pixel)) report(pixel);
     }

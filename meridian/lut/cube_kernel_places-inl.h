@@ -1,5 +1,5 @@
 /// \file
-/// The first half of the floating-point filter: where the pixels of a block are in the lattice, in single precision.
+/// The first step of the floating-point filter: where the pixels of a block are in the lattice, in single precision.
 ///
 /// Of the three roundings on the way to a fraction only small ones are left: the product of a code value and
 /// `scaleHigh` is exact (16 and 8 bits), and so are the point below it and the difference; `scaleLow` adds the rest,
@@ -33,7 +33,7 @@ namespace {
 /// it. For tetrahedra the fractions from the largest to the smallest, and the two points on the way.
 struct Places {
   alignas(64) std::int32_t cell[blockSize];
-  alignas(64) float fractions[3][blockSize];
+  alignas(64) float fractions[3][blockSize + 8];  // eight more, since they are loaded by 16
   alignas(64) std::int32_t second[blockSize];
   alignas(64) std::int32_t third[blockSize];
 };
@@ -43,46 +43,57 @@ struct PlaceOnAxis {
   hn::Vec<FloatTag> fraction;
 };
 
-/// Returns the cell and the fraction of values within the axis' range.
-HWY_INLINE PlaceOnAxis placeOnFastAxis(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
+/// Returns the cell and the fraction of code values on an axis that CubeKernel::findPointScale has checked. The
+/// difference of the product and the point is exact: both are multiples of the product's lowest bit, and it is smaller
+/// than the product or, below the first point, the product itself.
+HWY_INLINE PlaceOnAxis placeOnCheckedAxis(const FastAxis& axis, hn::Vec<FloatTag> value) {
+  const FloatTag d;
+  value = hn::Min(value, hn::Set(d, axis.high));
+  const auto point = hn::Floor(hn::Mul(value, hn::Set(d, axis.pointScale)));
+  return {point, hn::MulAdd(value, hn::Set(d, axis.scaleLow), hn::MulSub(value, hn::Set(d, axis.scaleHigh), point))};
+}
+
+/// Returns the cell and the fraction of code values on any axis, to whose ends they are clamped.
+HWY_INLINE PlaceOnAxis placeOnAnyAxis(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
   const FloatTag d;
   const auto zero = hn::Zero(d);
   const auto lastCell = hn::Set(d, kernel.lastPoint - 1);
-  // Exact for code values: the product, the point below it, and what is left.
+  // Exact: the product, the point below it, and what is left.
   const auto leading = hn::Mul(value, hn::Set(d, axis.scaleHigh));
   const auto leadingPoint = hn::Floor(leading);
   const auto rest =
       hn::Add(hn::Sub(leading, leadingPoint), hn::MulAdd(value, hn::Set(d, axis.scaleLow), hn::Set(d, axis.offset)));
-  const auto point = hn::Min(hn::Max(hn::Add(leadingPoint, hn::Floor(rest)), zero), lastCell);
-  return {point, hn::Sub(rest, hn::Sub(point, leadingPoint))};
-}
-
-/// The same for values that may be above the axis' end, to which they are clamped.
-HWY_INLINE PlaceOnAxis placeOnEndingAxis(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
-  const FloatTag d;
-  const PlaceOnAxis inside = placeOnFastAxis(kernel, axis, value);
+  auto point = hn::Min(hn::Max(hn::Add(leadingPoint, hn::Floor(rest)), zero), lastCell);
+  auto fraction = hn::Sub(rest, hn::Sub(point, leadingPoint));
   const auto isAbove = hn::Gt(value, hn::Set(d, axis.high));
-  return {hn::IfThenElse(isAbove, hn::Set(d, kernel.lastPoint - 1), inside.point),
-          hn::IfThenElse(isAbove, hn::Set(d, 1.0F), inside.fraction)};
-}
-
-/// The same for any value: those below the axis' beginning are clamped to it, and so is NaN.
-HWY_INLINE PlaceOnAxis placeOnAnyAxis(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
-  const FloatTag d;
+  point = hn::IfThenElse(isAbove, lastCell, point);
+  fraction = hn::IfThenElse(isAbove, hn::Set(d, 1.0F), fraction);
   const auto isInside = hn::Ge(value, hn::Set(d, axis.low));
-  const PlaceOnAxis inside = placeOnEndingAxis(kernel, axis, hn::IfThenElseZero(isInside, value));
-  return {hn::IfThenElse(isInside, inside.point, hn::Set(d, axis.lowPoint)),
-          hn::IfThenElse(isInside, inside.fraction, hn::Set(d, axis.lowFraction))};
+  return {hn::IfThenElse(isInside, point, hn::Set(d, axis.lowPoint)),
+          hn::IfThenElse(isInside, fraction, hn::Set(d, axis.lowFraction))};
 }
 
-template <AxisLimits limits>
-HWY_INLINE PlaceOnAxis placeWithin(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
-  if constexpr (limits == AxisLimits::exactEnd) {
-    return placeOnFastAxis(kernel, axis, hn::Min(value, hn::Set(FloatTag(), axis.high)));
-  } else if constexpr (limits == AxisLimits::end) {
-    return placeOnEndingAxis(kernel, axis, value);
-  } else {
+/// Returns the cell and the fraction of floating-point samples. Those below the axis are clamped to its beginning, and
+/// so is NaN.
+HWY_INLINE PlaceOnAxis placeOnFloatAxis(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
+  const FloatTag d;
+  const auto low = hn::Set(d, axis.low);
+  const auto offset = hn::Set(d, axis.offset);
+  value = hn::Min(hn::IfThenElse(hn::Ge(value, low), value, low), hn::Set(d, axis.high));
+  const auto place = hn::MulAdd(value, hn::Set(d, axis.pointScale), offset);
+  const auto point = hn::Min(hn::Max(hn::Floor(place), hn::Zero(d)), hn::Set(d, kernel.lastPoint - 1));
+  return {point, hn::MulAdd(value, hn::Set(d, axis.scaleLow),
+                            hn::MulAdd(value, hn::Set(d, axis.scaleHigh), hn::Sub(offset, point)))};
+}
+
+template <AxisForm form>
+HWY_INLINE PlaceOnAxis placeOn(const CubeKernel& kernel, const FastAxis& axis, hn::Vec<FloatTag> value) {
+  if constexpr (form == AxisForm::checked) {
+    return placeOnCheckedAxis(axis, value);
+  } else if constexpr (form == AxisForm::any) {
     return placeOnAnyAxis(kernel, axis, value);
+  } else {
+    return placeOnFloatAxis(kernel, axis, value);
   }
 }
 
@@ -100,12 +111,11 @@ HWY_INLINE hn::Vec<FloatTag> axisValues(const CubeKernel& kernel, const std::uin
   return hn::ConvertTo(FloatTag(), numbers);
 }
 
-HWY_INLINE hn::Vec<IntTag> asDistance(hn::Vec<FloatTag> points) {
-  return hn::ShiftLeft<2>(hn::ConvertTo(IntTag(), points));
-}
+HWY_INLINE hn::Vec<IntTag> asDistance(hn::Vec<FloatTag> points) { return hn::ShiftLeft<2>(nearestInteger(points)); }
 
-template <LutInterpolation interpolation, AxisLimits limits, typename Sample>
-HWY_INLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& planes, std::size_t count, Places& places) {
+template <LutInterpolation interpolation, AxisForm form, typename Sample>
+HWY_NOINLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& planes, std::size_t count,
+                             Places& places) {
   const FloatTag d;
   const IntTag di;
   const auto redStride = hn::Set(d, static_cast<float>(kernel.redStride / 4));
@@ -113,7 +123,7 @@ HWY_INLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& plane
   const auto blueStride = hn::Set(d, 1.0F);
   for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
     const auto placeOf = [&](std::size_t channel) HWY_ATTR {
-      return placeWithin<limits>(kernel, kernel.axes[channel], axisValues(kernel, planes.channels[channel] + i));
+      return placeOn<form>(kernel, kernel.axes[channel], axisValues(kernel, planes.channels[channel] + i));
     };
     const PlaceOnAxis red = placeOf(0);
     const PlaceOnAxis green = placeOf(1);
@@ -148,15 +158,13 @@ HWY_INLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& plane
 
 template <LutInterpolation interpolation, typename Sample>
 HWY_INLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& planes, std::size_t count, Places& places) {
-  if constexpr (!std::is_same_v<Sample, float>) {
-    if (kernel.limits == AxisLimits::exactEnd) {
-      return findPlaces<interpolation, AxisLimits::exactEnd>(kernel, planes, count, places);
-    }
-    if (kernel.limits == AxisLimits::end) {
-      return findPlaces<interpolation, AxisLimits::end>(kernel, planes, count, places);
-    }
+  if constexpr (std::is_same_v<Sample, float>) {
+    findPlaces<interpolation, AxisForm::floats>(kernel, planes, count, places);
+  } else if (kernel.axisForm == AxisForm::checked) {
+    findPlaces<interpolation, AxisForm::checked>(kernel, planes, count, places);
+  } else {
+    findPlaces<interpolation, AxisForm::any>(kernel, planes, count, places);
   }
-  return findPlaces<interpolation, AxisLimits::both>(kernel, planes, count, places);
 }
 
 // NOLINTEND(modernize-avoid-c-arrays)

@@ -98,6 +98,19 @@ using CodeTag = hn::Rebind<std::uint16_t, FloatTag>;
 using CodesTag = hn::ScalableTag<std::uint16_t>;
 using BytesTag = hn::ScalableTag<std::uint8_t>;
 
+/// Returns the nearest integers of numbers that have them in 32 bits, which hn::NearestInt checks at some cost.
+HWY_INLINE hn::Vec<IntTag> nearestInteger(hn::Vec<FloatTag> number) {
+#if HWY_TARGET <= HWY_AVX3
+  return hn::Vec<IntTag>{_mm512_cvtps_epi32(number.raw)};
+#elif HWY_TARGET <= HWY_AVX2
+  return hn::Vec<IntTag>{_mm256_cvtps_epi32(number.raw)};
+#elif HWY_TARGET <= HWY_SSE4
+  return hn::Vec<IntTag>{_mm_cvtps_epi32(number.raw)};
+#else
+  return hn::NearestInt(number);
+#endif
+}
+
 /// Pixels that the functions below process at a time.
 template <typename Sample>
 constexpr std::size_t pixelStep() {

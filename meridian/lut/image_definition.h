@@ -45,6 +45,8 @@ struct AxisRule {
     if (!(input >= low)) input = low;  // NaN as well
     return (input - offset) / span * static_cast<double>(faceSize - 1);
   }
+
+  friend bool operator==(const AxisRule&, const AxisRule&) noexcept = default;
 };
 
 using PixelCodes = std::array<std::uint16_t, 3>;
