@@ -102,6 +102,8 @@ void CubeKernel::prepareAxes() {
     const AxisPosition inside = lowestPlace.lower == static_cast<std::size_t>(definition.faceSize - 1)
                                     ? AxisPosition{lowestPlace.lower - 1, lowestPlace.lower, 1}  // in the last cell
                                     : lowestPlace;
+    // Before the first point results are not between those of a cell's points, and the bound does not hold.
+    filterApplies = filterApplies && !(formats && input.black > 0 && lowestPlace.fraction < 0);
     axis.lowPoint = static_cast<float>(inside.lower);
     axis.lowFraction = static_cast<float>(inside.fraction);
     filterApplies =
@@ -180,7 +182,7 @@ void CubeKernel::prepareLattice() {
   }
   fillLattice();
   if (!formats) return;  // floating-point results are used as they are
-  definitionError_ = one * 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult)) * (1 + lastPoint);
+  definitionError_ = 0x1p-40 * (std::fabs(lowestResult) + std::fabs(highestResult)) * (1 + lastPoint);
   storeBounds();
 }
 
@@ -191,8 +193,8 @@ void CubeKernel::fillLattice() {
   redStride = face * greenStride;
   lattice.resize(face * redStride);
   // As toResult has it but for the last bits, of which a bound has room for more.
-  const double scale = formats ? resultScale.factor / resultScale.unit * depthScale * one : 1 / definition.unit();
-  const double offset = formats ? (resultScale.offset * depthScale - center) * one : 0;
+  const double scale = formats ? storedScale(one) : 1 / definition.unit();
+  const double offset = formats ? storedOffset(one) : 0;
   // Either the red or the blue index runs fastest in the cube.
   for (std::size_t green = 0; green < face; ++green) {
     for (std::size_t red = 0; red < face; ++red) {
@@ -221,7 +223,7 @@ void CubeKernel::storeBounds() {
   // The constant is the definition's own error, and one rounding each of a result and of its bound to integers.
   const BlendErrors errors{.interpolation = definition.interpolation,
                            .fraction = roundedUp(fractionError_),
-                           .constant = roundedUp(definitionError_ + 1.5)};
+                           .constant = roundedUp(definitionError_ * one + 1.5)};
   const std::vector<float> bounds =
       errorBoundsAroundPoints(lattice.data(), static_cast<std::size_t>(definition.faceSize), errors);
   // What blending the bounds themselves may lose: a fraction's error, also beyond the cell, and the roundings.

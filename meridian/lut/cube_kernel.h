@@ -20,10 +20,12 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "meridian/base/aligned_allocator.h"
+#include "meridian/lut/cube_cells.h"
 #include "meridian/lut/image_definition.h"
 #include "meridian/lut/image_view.h"
 
@@ -114,6 +116,21 @@ class CubeKernel {
   std::int32_t highestBefore = 0;
   std::int32_t highest = 0;
 
+  /// Returns by which scale and offset numbers of the cube become results if 1 is stored as `unit`.
+  [[nodiscard]] double storedScale(double unit) const noexcept {
+    return resultScale.factor / resultScale.unit * depthScale * unit;
+  }
+  [[nodiscard]] double storedOffset(double unit) const noexcept {
+    return (resultScale.offset * depthScale - center) * unit;
+  }
+
+  /// Return the largest error of a fraction, and what the definition itself rounds at most, as a part of a code value.
+  [[nodiscard]] double fractionError() const noexcept { return fractionError_; }
+  [[nodiscard]] double definitionError() const noexcept { return definitionError_; }
+
+  /// Returns the cells to convert this number of pixels with, if they are worth it.
+  [[nodiscard]] const CubeCells* cellsFor(std::uint64_t pixels) const { return cells_->forPixels(*this, pixels); }
+
   /// Returns the smallest and the largest number in `lattice` that becomes a code value.
   [[nodiscard]] float least() const noexcept {
     return static_cast<float>(lowestBefore - center) * one + clampedFraction;
@@ -138,8 +155,8 @@ class CubeKernel {
 
   /// The largest error of a fraction.
   double fractionError_ = 0;
-  /// A bound on what the definition itself rounds in double precision.
   double definitionError_ = 0;
+  std::unique_ptr<CubeCellsOnDemand> cells_ = std::make_unique<CubeCellsOnDemand>();
 };
 
 /// The source and the destination of some rows of pixels.

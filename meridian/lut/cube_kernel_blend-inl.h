@@ -13,6 +13,7 @@
 
 #include <hwy/highway.h>
 
+#include "meridian/lut/cube_cells.h"
 #include "meridian/lut/cube_kernel.h"
 #include "meridian/lut/cube_kernel_places-inl.h"
 #include "meridian/lut/cube_kernel_planes-inl.h"
@@ -145,6 +146,83 @@ HWY_NOINLINE void blendTrilinear(const CubeKernel& kernel, const Places& places,
 }
 
 #endif
+
+/// Stores the colours of a block as CubeCells has them, in the order evenThenOdd.
+HWY_NOINLINE void blendCells(const CubeCells& cells, const Places& places, std::size_t count, std::int32_t* colors) {
+  const float* const data = cells.data();
+#if HWY_TARGET <= HWY_AVX3
+  const FloatTag wide;
+  const IntTag integers;
+  const hn::FixedTag<std::int32_t, 4> point;
+  const auto steps = hn::Not(hn::FirstN(wide, 4));
+  const auto indices = [&](const std::array<std::int32_t, 16>& lanes)
+                           HWY_ATTR { return hn::SetTableIndices(wide, lanes.data()); };
+  const auto eachOfEven = indices(lanesOf<4>({0, 2, 4, 6}));
+  const auto eachOfOdd = indices(lanesOf<4>({1, 3, 5, 7}));
+  const auto firstOfEven = indices(lanesOf<8>({0, 2}));
+  const auto lastOfEven = indices(lanesOf<8>({4, 6}));
+  const auto firstOfOdd = indices(lanesOf<8>({1, 3}));
+  const auto lastOfOdd = indices(lanesOf<8>({5, 7}));
+  for (std::size_t i = 0; i < count; i += 8) {
+    const auto red = hn::LoadU(wide, places.fractions[0] + i);
+    const auto blue = hn::LoadU(wide, places.fractions[2] + i);
+    const auto cellOf = [&](std::size_t pixel) { return data + places.polynomial[i + pixel]; };
+    const auto alongGreen = [&](std::size_t pixel) HWY_ATTR {
+      const float* const cell = cellOf(pixel);
+      return hn::MulAdd(hn::Load(wide, cell + 16), hn::Set(wide, places.fractions[1][i + pixel]),
+                        hn::MaskedLoad(steps, wide, cell));
+    };
+    const auto twoPixels = [&](std::size_t pixel, const auto& which) HWY_ATTR {
+      const auto former = alongGreen(pixel);
+      const auto latter = alongGreen(pixel + 2);
+      const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(1, 0, 1, 0))};
+      const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 2, 3, 2))};
+      return hn::MulAdd(upper, hn::TableLookupLanes(red, which), lower);
+    };
+    const auto fourPixels = [&](std::size_t pixel, const auto& first, const auto& last, const auto& each,
+                                std::int32_t* into) HWY_ATTR {
+      const auto former = twoPixels(pixel, first);
+      const auto latter = twoPixels(pixel + 4, last);
+      const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(2, 0, 2, 0))};
+      const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 1, 3, 1))};
+      const auto beyondPoint = nearestInteger(hn::MulAdd(upper, hn::TableLookupLanes(blue, each), lower));
+      const auto pointOf = [&](std::size_t of) HWY_ATTR {
+        return hn::Load(point, reinterpret_cast<const std::int32_t*>(cellOf(pixel + of)));
+      };
+      const hn::Half<IntTag> half;
+      const auto points =
+          hn::Combine(integers, hn::Combine(half, pointOf(6), pointOf(4)), hn::Combine(half, pointOf(2), pointOf(0)));
+      hn::Store(hn::Add(points, beyondPoint), integers, into);
+    };
+    fourPixels(0, firstOfEven, lastOfEven, eachOfEven, colors + i * 4);
+    fourPixels(1, firstOfOdd, lastOfOdd, eachOfOdd, colors + i * 4 + 16);
+  }
+#else
+  const PointTag d;
+  const hn::RebindToSigned<PointTag> di;
+  for (std::size_t i = 0; i < count; ++i) {
+    const float* const cell = data + places.polynomial[i];
+#if HWY_TARGET <= HWY_AVX2
+    const hn::FixedTag<float, 8> pair;
+    const auto green = hn::Set(pair, places.fractions[1][i]);
+    const auto red = hn::MulAdd(hn::Load(pair, cell + 24), green, hn::Load(pair, cell + 8));
+    const auto both = hn::MulAdd(red, hn::Set(pair, places.fractions[0][i]), hn::Mul(hn::Load(pair, cell + 16), green));
+    const auto low = hn::LowerHalf(both);
+    const auto high = hn::Add(hn::UpperHalf(d, both), hn::Load(d, cell + 4));
+#else
+    const auto green = hn::Set(d, places.fractions[1][i]);
+    const auto red = hn::Set(d, places.fractions[0][i]);
+    const auto along = [&](const float* step)
+                           HWY_ATTR { return hn::MulAdd(hn::Load(d, step + 16), green, hn::Load(d, step)); };
+    const auto low = hn::MulAdd(along(cell + 8), red, hn::Mul(hn::Load(d, cell + 16), green));
+    const auto high = hn::MulAdd(along(cell + 12), red, along(cell + 4));
+#endif
+    const auto beyondPoint = hn::NearestInt(hn::MulAdd(high, hn::Set(d, places.fractions[2][i]), low));
+    const auto point = hn::Load(di, reinterpret_cast<const std::int32_t*>(cell));
+    hn::Store(hn::Add(point, beyondPoint), di, colors + placeOfColor<ColorOrder::evenThenOdd>(i) * 4);
+  }
+#endif
+}
 
 template <ColorOrder order>
 HWY_NOINLINE void blendTetrahedral(const CubeKernel& kernel, const Places& places, std::size_t count, float* colors) {

@@ -63,8 +63,8 @@ HWY_NOINLINE void separate(const float* colors, std::size_t count, Planes<float>
   }
 }
 
-HWY_INLINE void convertPlanes(const CubeKernel& kernel, const Planes<float>& source, std::size_t count,
-                              Planes<float>& results, const auto& /*report*/) {
+HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* /*cells*/, const Planes<float>& source,
+                              std::size_t count, Planes<float>& results, UncertainOfBlock& /*uncertain*/) {
   if (!kernel.filterApplies) return convertPlainly(kernel, source, count, results);
   Places places;
   alignas(64) float colors[blockSize * 4];
@@ -72,26 +72,49 @@ HWY_INLINE void convertPlanes(const CubeKernel& kernel, const Planes<float>& sou
   separate(colors, count, results);
 }
 
-/// Calls `report` with the index of every pixel whose result is uncertain.
-template <typename Report>
-HWY_INLINE void convertPlanes(const CubeKernel& kernel, const Planes<std::uint16_t>& source, std::size_t count,
-                              Planes<std::uint16_t>& results, const Report& report) {
+/// Converts a block by the definition.
+HWY_NOINLINE void convertWholeBlock(const CubeKernel& kernel, const Planes<std::uint16_t>& source, std::size_t count,
+                                    Planes<std::uint16_t>& results) {
+  alignas(64) std::uint16_t codes[blockSize * 4];
+  convertExactly(kernel, {source.channels[0], source.channels[1], source.channels[2]}, count, codes);
+  for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t channel = 0; channel < 3; ++channel) results.channels[channel][i] = codes[i * 4 + channel];
+  }
+}
+
+/// Lists the pixels whose results are uncertain.
+HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* cells, const Planes<std::uint16_t>& source,
+                              std::size_t count, Planes<std::uint16_t>& results, UncertainOfBlock& uncertain) {
   if (!kernel.filterApplies) return convertPlainly(kernel, source, count, results);
   Places places;
-  alignas(64) float colors[blockSize * 4];
   std::uint64_t certain[blockSize / 16];
   std::memset(certain, 0xFF, sizeof(certain));
-  blendColors<ColorOrder::evenThenOdd>(kernel, source, count, places, colors);
-  truncateColors(kernel, colors, count, results, certain);
+  if (cells != nullptr) {
+    alignas(64) std::int32_t colors[blockSize * 4];
+    findPlaces<LutInterpolation::trilinear>(kernel, source, count, places);
+    blendCells(*cells, places, count, colors);
+    truncateColors<CellColors>(kernel, colors, count, results, certain);
+  } else {
+    alignas(64) float colors[blockSize * 4];
+    blendColors<ColorOrder::evenThenOdd>(kernel, source, count, places, colors);
+    truncateColors<LatticeColors>(kernel, colors, count, results, certain);
+  }
   if (kernel.shiftLeft > 0) shiftCodes(kernel, count, results);
-  forEachUncertainPixel(kernel, places, count, certain, report);
+  listUncertainPixels(kernel, places, count, certain, uncertain);
+  // Where a cube is nearly an identity, most results are next to an integer.
+  if (uncertain.count > count / 2) {
+    convertWholeBlock(kernel, source, count, results);
+    uncertain.count = 0;
+  }
 }
 
 #else
 
+struct UncertainOfBlock {};
+
 template <typename Plane>
-void convertPlanes(const CubeKernel& kernel, const Planes<Plane>& source, std::size_t count, Planes<Plane>& results,
-                   const auto& /*report*/) {
+void convertPlanes(const CubeKernel& kernel, const CubeCells* /*cells*/, const Planes<Plane>& source, std::size_t count,
+                   Planes<Plane>& results, UncertainOfBlock& /*uncertain*/) {
   convertPlainly(kernel, source, count, results);
 }
 
@@ -125,6 +148,7 @@ class RowConverter {
   RowConverter(const CubeKernel& kernel, const PixelRows<Sample>& rows)
       : kernel_(kernel),
         rows_(rows),
+        cells_(std::is_same_v<Sample, float> ? nullptr : kernel.cellsFor(rows.source.width * rows.source.height)),
         sourceChannels_(interleavedChannels(rows.source)),
         destinationChannels_(interleavedChannels(rows.destination)) {}
 
@@ -147,11 +171,10 @@ class RowConverter {
   HWY_INLINE void convertBlock(std::size_t row, std::size_t column, std::size_t count) {
     const std::size_t rounded = (count + step - 1) / step * step;
     load(row, column, count, rounded);
-    convertPlanes(kernel_, source_, rounded, results_, [&](std::size_t pixel) HWY_ATTR {
-      if (pixel < count) noteUncertain(row, column, pixel);
-    });
+    UncertainOfBlock uncertain;
+    convertPlanes(kernel_, cells_, source_, rounded, results_, uncertain);
     store(row, column, count, rounded);
-    if (hasManyUncertainPixels()) settleUncertainPixels();
+    collect(uncertain, row, column, count);
   }
 
   HWY_NOINLINE void load(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
@@ -192,33 +215,34 @@ class RowConverter {
   }
 
 #if MERIDIAN_HAS_VECTORS
-  [[nodiscard]] bool hasManyUncertainPixels() const { return uncertain_.count >= UncertainPixels::enough; }
-
-  /// Notes a pixel of the block that begins at a column.
-  HWY_INLINE void noteUncertain(std::size_t row, std::size_t column, std::size_t pixel) {
+  /// Collects the uncertain pixels of a block, and settles them when there are enough.
+  HWY_INLINE void collect(const UncertainOfBlock& uncertain, std::size_t row, std::size_t column, std::size_t count) {
     if constexpr (!std::is_same_v<Sample, float>) {
-      const std::size_t place = uncertain_.count++;
-      uncertain_.rows[place] = row;
-      uncertain_.columns[place] = column + pixel;
-      for (std::size_t channel = 0; channel < 3; ++channel) {
-        uncertain_.codes[channel][place] = source_.channels[channel][pixel];
+      for (std::size_t i = 0; i < uncertain.count; ++i) {
+        const std::size_t pixel = uncertain.pixels[i];
+        if (pixel >= count) continue;
+        const std::size_t place = uncertain_.count++;
+        uncertain_.rows[place] = row;
+        uncertain_.columns[place] = column + pixel;
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+          uncertain_.codes[channel][place] = source_.channels[channel][pixel];
+        }
       }
+      if (uncertain_.count >= UncertainPixels::enough) settleUncertainPixels();
     }
   }
 
   /// Replaces what single precision yielded for the uncertain pixels by what the definition yields.
   HWY_NOINLINE void settleUncertainPixels() {
     if constexpr (!std::is_same_v<Sample, float>) {
-      if (uncertain_.count == 0) return;
-      if (kernel_.definition.interpolation == LutInterpolation::trilinear) {
-        convertExactly<LutInterpolation::trilinear>(kernel_, uncertain_);
-      } else {
-        convertExactly<LutInterpolation::tetrahedral>(kernel_, uncertain_);
-      }
+      const std::size_t rounded = (uncertain_.count + exactGroup - 1) / exactGroup * exactGroup;
+      for (auto& codes : uncertain_.codes) std::fill(codes + uncertain_.count, codes + rounded, std::uint16_t{0});
+      alignas(64) std::uint16_t results[UncertainPixels::capacity * 4];
+      convertExactly(kernel_, {uncertain_.codes[0], uncertain_.codes[1], uncertain_.codes[2]}, rounded, results);
       for (std::size_t place = 0; place < uncertain_.count; ++place) {
         for (std::size_t channel = 0; channel < 3; ++channel) {
           *rows_.destination.planes[channel].at(uncertain_.rows[place], uncertain_.columns[place]) =
-              static_cast<Sample>(uncertain_.results[place * 4 + channel]);
+              static_cast<Sample>(results[place * 4 + channel]);
         }
       }
       uncertain_.count = 0;
@@ -227,13 +251,14 @@ class RowConverter {
 
   UncertainPixels uncertain_;
 #else
-  static bool hasManyUncertainPixels() { return false; }
+  void collect(const UncertainOfBlock& /*uncertain*/, std::size_t /*row*/, std::size_t /*column*/,
+               std::size_t /*count*/) {}
   void settleUncertainPixels() {}
-  void noteUncertain(std::size_t /*row*/, std::size_t /*column*/, std::size_t /*pixel*/) {}
 #endif
 
   const CubeKernel& kernel_;
   const PixelRows<Sample>& rows_;
+  const CubeCells* cells_;
   /// The channels of interleaved samples, 3 or 4; 0 for planes of any other strides.
   std::size_t sourceChannels_;
   std::size_t destinationChannels_;

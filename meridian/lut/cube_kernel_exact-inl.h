@@ -34,9 +34,11 @@ namespace {
 using DoubleTag = hn::ScalableTag<double>;
 constexpr std::size_t doubleLanes = HWY_LANES(double);
 
-/// Pixels that are converted together, and that can be collected.
+/// Pixels that are converted together.
 constexpr std::size_t exactGroup = 8;
-constexpr std::size_t uncertainCapacity = 96 + blockSize;
+
+/// The code values of some pixels, a plane for each channel.
+using CodePlanes = std::array<const std::uint16_t*, 3>;
 
 /// Where a group is in the lattice: each pixel's cell, how far it is from the cell's first point on each axis, and how
 /// far the next point on the axis is in the lattice.
@@ -56,10 +58,11 @@ HWY_INLINE hn::Vec<DoubleTag> quotient(hn::Vec<DoubleTag> number, double divisor
 /// point of an axis into a cell of its own; for trilinear blends it is the end of the cell before, where its weight is
 /// 1 and that of the point before is 0, which yields the same.
 template <LutInterpolation interpolation>
-HWY_INLINE void findExactPlaces(const CubeKernel& kernel, const std::int32_t (*codes)[uncertainCapacity],
-                                std::size_t begin, ExactPlaces& places) {
+HWY_INLINE void findExactPlaces(const CubeKernel& kernel, const CodePlanes& codes, std::size_t begin,
+                                ExactPlaces& places) {
   const DoubleTag d;
   const hn::Rebind<std::int32_t, DoubleTag> di;
+  const hn::Rebind<std::uint16_t, DoubleTag> dc;
   constexpr bool isTrilinear = interpolation == LutInterpolation::trilinear;
   const CubeDefinition& definition = kernel.definition;
   const std::array strides{definition.strides.red, definition.strides.green, definition.strides.blue};
@@ -70,7 +73,7 @@ HWY_INLINE void findExactPlaces(const CubeKernel& kernel, const std::int32_t (*c
     auto cells = hn::Zero(d);
     for (std::size_t channel = 0; channel < 3; ++channel) {
       const AxisRule& rule = definition.axes[channel];
-      const auto code = hn::ShiftRightSame(hn::LoadU(di, codes[channel] + begin + i), kernel.input.shiftRight);
+      const auto code = hn::ShiftRightSame(hn::PromoteTo(di, hn::LoadU(dc, codes[channel] + begin + i)), kernel.input.shiftRight);
       const auto number = hn::PromoteTo(d, hn::Sub(code, hn::Set(di, kernel.input.black)));
       const auto scaled = quotient(hn::Mul(number, hn::Set(d, kernel.input.factor)), kernel.input.divisor);
       const auto input = hn::Mul(scaled, hn::Set(d, kernel.input.unit));
@@ -189,28 +192,17 @@ HWY_INLINE void limitExactly(const CubeKernel& kernel, const double* results, st
   }
 }
 
-/// Pixels whose results are uncertain, collected from as many blocks as it takes to fill it.
-struct UncertainPixels {
-  static constexpr std::size_t enough = uncertainCapacity - blockSize;
-
-  alignas(64) std::int32_t codes[3][uncertainCapacity];
-  alignas(64) std::uint16_t results[uncertainCapacity * 4];
-  std::size_t rows[uncertainCapacity];
-  std::size_t columns[uncertainCapacity];
-  std::size_t count = 0;
-};
-
-/// Evaluates the definition for the pixels. The axes must have a length.
+/// Evaluates the definition for pixels; four results each, of which the last has no meaning. The planes have whole
+/// groups, and the axes a length.
 template <LutInterpolation interpolation>
-HWY_INLINE void convertExactly(const CubeKernel& kernel, UncertainPixels& pixels) {
+HWY_NOINLINE void convertExactly(const CubeKernel& kernel, const CodePlanes& codes, std::size_t count,
+                                 std::uint16_t* results) {
   const CubeDefinition& definition = kernel.definition;
   const LutColor* const lattice = definition.cube->lattice().data();
-  const std::size_t rounded = (pixels.count + exactGroup - 1) / exactGroup * exactGroup;
-  for (auto& codes : pixels.codes) std::fill(codes + pixels.count, codes + rounded, 0);
-  for (std::size_t begin = 0; begin < pixels.count; begin += exactGroup) {
+  for (std::size_t begin = 0; begin < count; begin += exactGroup) {
     ExactPlaces places;
-    findExactPlaces<interpolation>(kernel, pixels.codes, begin, places);
-    alignas(64) double results[exactGroup * 4];
+    findExactPlaces<interpolation>(kernel, codes, begin, places);
+    alignas(64) double colors[exactGroup * 4];
     for (std::size_t i = 0; i < exactGroup; ++i) {
       ExactColor color;
       if constexpr (interpolation == LutInterpolation::trilinear) {
@@ -218,11 +210,31 @@ HWY_INLINE void convertExactly(const CubeKernel& kernel, UncertainPixels& pixels
       } else {
         color = tetrahedralExactly(lattice, places, i);
       }
-      color.store(results + i * 4);
+      color.store(colors + i * 4);
     }
-    limitExactly(kernel, results, pixels.results + begin * 4);
+    limitExactly(kernel, colors, results + begin * 4);
   }
 }
+
+HWY_INLINE void convertExactly(const CubeKernel& kernel, const CodePlanes& codes, std::size_t count,
+                               std::uint16_t* results) {
+  if (kernel.definition.interpolation == LutInterpolation::trilinear) {
+    convertExactly<LutInterpolation::trilinear>(kernel, codes, count, results);
+  } else {
+    convertExactly<LutInterpolation::tetrahedral>(kernel, codes, count, results);
+  }
+}
+
+/// Pixels whose results are uncertain, collected from as many blocks as it takes to fill it.
+struct UncertainPixels {
+  static constexpr std::size_t enough = 96;
+  static constexpr std::size_t capacity = enough + blockSize;
+
+  alignas(64) std::uint16_t codes[3][capacity];
+  std::size_t rows[capacity];
+  std::size_t columns[capacity];
+  std::size_t count = 0;
+};
 
 // NOLINTEND(modernize-avoid-c-arrays)
 

@@ -41,38 +41,67 @@ struct TruncatedColors {
   hn::Vec<hn::RebindToSigned<CodesTag>> fractions;
 };
 
-HWY_INLINE TruncatedColors truncatedColors(hn::Vec<FloatTag> even, hn::Vec<FloatTag> odd, hn::Vec<FloatTag> least,
-                                           hn::Vec<FloatTag> most) {
+HWY_INLINE TruncatedColors truncatedColors(hn::Vec<IntTag> even, hn::Vec<IntTag> odd) {
   const hn::RebindToSigned<CodesTag> d;
-  const auto fixed = [&](hn::Vec<FloatTag> color)
-                         HWY_ATTR { return nearestInteger(hn::Min(hn::Max(color, least), most)); };
-  const auto former = fixed(even);
-  const auto latter = fixed(odd);
-  return {hn::OddEven(hn::BitCast(d, latter), hn::BitCast(d, hn::ShiftRight<16>(former))),
-          hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(latter)), hn::BitCast(d, former))};
+  return {hn::OddEven(hn::BitCast(d, odd), hn::BitCast(d, hn::ShiftRight<16>(even))),
+          hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(odd)), hn::BitCast(d, even))};
 }
+
+/// Colours of the lattice or of CubeCells, as fixed-point numbers with 16 bits for the fraction.
+struct LatticeColors {
+  using Number = float;
+
+  LatticeColors(const CubeKernel& kernel) {
+    const float least = kernel.least();
+    const float most = kernel.most();
+    // The fourth lane has the bound, which is at least 0.
+    alignas(16) const float limits[8] = {least, least, least, 0, most, most, most, 0x7FFF};
+    lowest = hn::LoadDup128(FloatTag(), limits);
+    highest = hn::LoadDup128(FloatTag(), limits + 4);
+  }
+  HWY_INLINE hn::Vec<IntTag> load(const float* colors) const {
+    return nearestInteger(hn::Min(hn::Max(hn::Load(FloatTag(), colors), lowest), highest));
+  }
+
+  hn::Vec<FloatTag> lowest;
+  hn::Vec<FloatTag> highest;
+};
+
+struct CellColors {
+  using Number = std::int32_t;
+
+  CellColors(const CubeKernel& kernel) {
+    constexpr float scale = CubeCells::one / CubeKernel::one;
+    const auto least = static_cast<std::int32_t>(kernel.least() * scale);
+    const auto most = static_cast<std::int32_t>(kernel.most() * scale);
+    alignas(16) const std::int32_t limits[8] = {least, least, least, 0, most, most, most, CubeCells::one / 2 - 1};
+    lowest = hn::LoadDup128(IntTag(), limits);
+    highest = hn::LoadDup128(IntTag(), limits + 4);
+  }
+  HWY_INLINE hn::Vec<IntTag> load(const std::int32_t* colors) const {
+    return hn::ShiftLeft<2>(hn::Min(hn::Max(hn::Load(IntTag(), colors), lowest), highest));
+  }
+
+  hn::Vec<IntTag> lowest;
+  hn::Vec<IntTag> highest;
+};
 
 /// Truncates the colours of a block to code values of the destination, in planes. Marks the certain ones, eight bits
 /// for each two neighbours in the order of TruncatedColors; the last two bits say nothing.
-HWY_NOINLINE void truncateColors(const CubeKernel& kernel, const float* colors, std::size_t count,
+template <typename Colors>
+HWY_NOINLINE void truncateColors(const CubeKernel& kernel, const typename Colors::Number* colors, std::size_t count,
                                  Planes<std::uint16_t>& planes, std::uint64_t* certain) {
-  const FloatTag d;
   const CodesTag dc;
   const hn::RebindToSigned<CodesTag> di;
   const hn::Rebind<std::uint32_t, FloatTag> dp;
-  // The fourth lane has the bound, which is at least 0.
-  alignas(16) const float limits[8] = {kernel.least(), kernel.least(), kernel.least(), 0,
-                                       kernel.most(),  kernel.most(),  kernel.most(),  0x7FFF};
-  const auto least = hn::LoadDup128(d, limits);
-  const auto most = hn::LoadDup128(d, limits + 4);
+  const Colors fixed(kernel);
   const auto center = hn::Set(di, static_cast<std::int16_t>(kernel.center));
   alignas(64) std::uint16_t codes[blockSize * 4];
   auto* bits = reinterpret_cast<std::uint8_t*>(certain);
   constexpr std::size_t lanes = HWY_LANES(float);
   for (std::size_t i = 0; i < count * 4; i += 2 * lanes) {
-    const TruncatedColors both = truncatedColors(hn::Load(d, colors + i), hn::Load(d, colors + i + lanes), least, most);
-    const auto bounds =
-        hn::BitCast(di, hn::Broadcast<3>(hn::BitCast(hn::RebindToSigned<decltype(dp)>(), both.fractions)));
+    const TruncatedColors both = truncatedColors(fixed.load(colors + i), fixed.load(colors + i + lanes));
+    const auto bounds = hn::BitCast(di, hn::Broadcast<3>(hn::BitCast(IntTag(), both.fractions)));
     // A half is 32768, which as a magnitude has to stay above all bounds.
     const auto distances = hn::Max(both.fractions, hn::SaturatedSub(hn::Zero(di), both.fractions));
     bits += hn::StoreMaskBits(di, hn::Gt(distances, bounds), bits);
@@ -123,12 +152,19 @@ HWY_INLINE bool isWithinCell(const CubeKernel& kernel, const Places& places, std
          isWithinOrEnds(blue[pixel], cell % kernel.greenStride / 4);
 }
 
-/// Calls `report` with the index of every uncertain pixel. Pixels in flat cells are certain: clipped black and white
-/// would be uncertain all over otherwise.
-template <typename Report>
-HWY_INLINE void forEachUncertainPixel(const CubeKernel& kernel, const Places& places, std::size_t count,
-                                      const std::uint64_t* certain, const Report& report) {
+/// The uncertain pixels of a block.
+struct UncertainOfBlock {
+  std::uint8_t pixels[blockSize];
+  std::size_t count = 0;
+};
+static_assert(blockSize <= 256);
+
+/// Lists the uncertain pixels. Pixels in flat cells are certain: clipped black and white would be uncertain all over
+/// otherwise.
+HWY_INLINE void listUncertainPixels(const CubeKernel& kernel, const Places& places, std::size_t count,
+                                    const std::uint64_t* certain, UncertainOfBlock& uncertain) {
   const float* const marks = kernel.lattice.data() + 3;
+  std::size_t found = 0;
   for (std::size_t word = 0; word < (count + 15) / 16; ++word) {
     constexpr std::uint64_t channelsOfEach = 0x3F3F3F3F3F3F3F3F;
     for (std::uint64_t left = ~certain[word] & channelsOfEach; left != 0;) {
@@ -138,9 +174,10 @@ HWY_INLINE void forEachUncertainPixel(const CubeKernel& kernel, const Places& pl
       const auto channels = static_cast<unsigned>(left >> shift) & 0x15U;
       left &= ~(std::uint64_t{0x15} << shift);
       const bool isFlat = (channels & ~CubeKernel::flatChannels(marks[places.cell[pixel]])) == 0;
-      if (!isFlat || !isWithinCell(kernel, places, pixel)) report(pixel);
+      if (!isFlat || !isWithinCell(kernel, places, pixel)) uncertain.pixels[found++] = static_cast<std::uint8_t>(pixel);
     }
   }
+  uncertain.count = found;
 }
 
 // NOLINTEND(modernize-avoid-c-arrays)

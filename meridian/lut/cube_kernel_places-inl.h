@@ -34,6 +34,8 @@ namespace {
 struct Places {
   alignas(64) std::int32_t cell[blockSize];
   alignas(64) float fractions[3][blockSize + 8];  // eight more, since they are loaded by 16
+  /// The cell in CubeCells, in floats, if they are used.
+  alignas(64) std::int32_t polynomial[blockSize];
   alignas(64) std::int32_t second[blockSize];
   alignas(64) std::int32_t third[blockSize];
 };
@@ -121,6 +123,8 @@ HWY_NOINLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& pla
   const auto redStride = hn::Set(d, static_cast<float>(kernel.redStride / 4));
   const auto greenStride = hn::Set(d, static_cast<float>(kernel.greenStride / 4));
   const auto blueStride = hn::Set(d, 1.0F);
+  [[maybe_unused]] const auto cellsOnAxis = hn::Set(d, kernel.lastPoint);
+  static_assert(CubeCells::floatsPerCell == 1 << 5);
   for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
     const auto placeOf = [&](std::size_t channel) HWY_ATTR {
       return placeOn<form>(kernel, kernel.axes[channel], axisValues(kernel, planes.channels[channel] + i));
@@ -131,6 +135,10 @@ HWY_NOINLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& pla
     // All exact: the numbers of the points are below 2^24.
     const auto cell = hn::MulAdd(red.point, redStride, hn::MulAdd(green.point, greenStride, blue.point));
     hn::Store(asDistance(cell), di, places.cell + i);
+    if constexpr (form == AxisForm::checked && interpolation == LutInterpolation::trilinear) {
+      const auto number = hn::MulAdd(hn::MulAdd(red.point, cellsOnAxis, green.point), cellsOnAxis, blue.point);
+      hn::Store(hn::ShiftLeft<5>(nearestInteger(number)), di, places.polynomial + i);
+    }
     if constexpr (interpolation == LutInterpolation::trilinear) {
       hn::Store(red.fraction, d, places.fractions[0] + i);
       hn::Store(green.fraction, d, places.fractions[1] + i);
