@@ -52,11 +52,12 @@ inline void convertPlainly(const CubeKernel& kernel, const Planes<float>& source
 #if MERIDIAN_HAS_VECTORS
 
 /// Separates four samples of each pixel into planes.
-HWY_NOINLINE void separate(const float* colors, std::size_t count, Planes<float>& planes) {
-  const FloatTag d;
+template <typename Sample>
+HWY_NOINLINE void separate(const Sample* samples, std::size_t count, Planes<Sample>& planes) {
+  const hn::ScalableTag<Sample> d;
   for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
-    hn::Vec<FloatTag> red, green, blue, unused;
-    hn::LoadInterleaved4(d, colors + i * 4, red, green, blue, unused);
+    hn::Vec<hn::ScalableTag<Sample>> red, green, blue, unused;
+    hn::LoadInterleaved4(d, samples + i * 4, red, green, blue, unused);
     hn::Store(red, d, planes.channels[0] + i);
     hn::Store(green, d, planes.channels[1] + i);
     hn::Store(blue, d, planes.channels[2] + i);
@@ -77,9 +78,7 @@ HWY_NOINLINE void convertWholeBlock(const CubeKernel& kernel, const Planes<std::
                                     Planes<std::uint16_t>& results) {
   alignas(64) std::uint16_t codes[blockSize * 4];
   convertExactly(kernel, {source.channels[0], source.channels[1], source.channels[2]}, count, codes);
-  for (std::size_t i = 0; i < count; ++i) {
-    for (std::size_t channel = 0; channel < 3; ++channel) results.channels[channel][i] = codes[i * 4 + channel];
-  }
+  separate(codes, count, results);
 }
 
 /// Lists the pixels whose results are uncertain.

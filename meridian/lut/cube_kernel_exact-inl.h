@@ -31,8 +31,9 @@ namespace {
 // Plain arrays are laid out as vector instructions need them, and the functions below pass their addresses.
 // NOLINTBEGIN(modernize-avoid-c-arrays)
 
-using DoubleTag = hn::ScalableTag<double>;
-constexpr std::size_t doubleLanes = HWY_LANES(double);
+/// At most as wide as a colour: wider instructions beside these slow both down.
+using DoubleTag = hn::CappedTag<double, 4>;
+constexpr std::size_t doubleLanes = std::min<std::size_t>(HWY_LANES(double), 4);
 
 /// Pixels that are converted together.
 constexpr std::size_t exactGroup = 8;
@@ -54,6 +55,23 @@ HWY_INLINE hn::Vec<DoubleTag> quotient(hn::Vec<DoubleTag> number, double divisor
   return divisor == 1 ? number : hn::Div(number, hn::Set(DoubleTag(), divisor));
 }
 
+/// Divides whole numbers of at most 16 bits without a division, which takes long. The product with the reciprocal is
+/// within two units in the last place of the quotient, so what it leaves of the number has few bits and is exact. Its
+/// share is added with an error of 2^-104 of the quotient before the only rounding that counts. That rounds to the
+/// double that the quotient itself rounds to, because the quotient is never that near to a middle between two doubles:
+/// the distance of n / d from a middle m / 2^k is a whole number of 1 / (d * 2^k), which is at least 2^-70 of the
+/// quotient, and not 0, since a quotient of so few bits is a double itself.
+HWY_INLINE hn::Vec<DoubleTag> wholeQuotient(hn::Vec<DoubleTag> number, double divisor) {
+#if HWY_NATIVE_FMA
+  const DoubleTag d;
+  const auto reciprocal = hn::Set(d, 1 / divisor);
+  const auto near = hn::Mul(number, reciprocal);
+  return hn::MulAdd(hn::NegMulAdd(near, hn::Set(d, divisor), number), reciprocal, near);
+#else
+  return hn::Div(number, hn::Set(DoubleTag(), divisor));
+#endif
+}
+
 /// Does, operation by operation, what the definition does from code values to places on the axes. It puts the last
 /// point of an axis into a cell of its own; for trilinear blends it is the end of the cell before, where its weight is
 /// 1 and that of the point before is 0, which yields the same.
@@ -73,9 +91,10 @@ HWY_INLINE void findExactPlaces(const CubeKernel& kernel, const CodePlanes& code
     auto cells = hn::Zero(d);
     for (std::size_t channel = 0; channel < 3; ++channel) {
       const AxisRule& rule = definition.axes[channel];
-      const auto code = hn::ShiftRightSame(hn::PromoteTo(di, hn::LoadU(dc, codes[channel] + begin + i)), kernel.input.shiftRight);
+      const auto code =
+          hn::ShiftRightSame(hn::PromoteTo(di, hn::LoadU(dc, codes[channel] + begin + i)), kernel.input.shiftRight);
       const auto number = hn::PromoteTo(d, hn::Sub(code, hn::Set(di, kernel.input.black)));
-      const auto scaled = quotient(hn::Mul(number, hn::Set(d, kernel.input.factor)), kernel.input.divisor);
+      const auto scaled = hn::Mul(wholeQuotient(number, kernel.input.divisor), hn::Set(d, kernel.input.factor));
       const auto input = hn::Mul(scaled, hn::Set(d, kernel.input.unit));
       const auto value = hn::Max(hn::Min(input, hn::Set(d, rule.high)), hn::Set(d, rule.low));
       const auto position = hn::Mul(quotient(hn::Sub(value, hn::Set(d, rule.offset)), rule.span), last);
@@ -103,6 +122,8 @@ struct ExactColor {
     const Tag d;
     return {hn::MaskedLoad(hn::FirstN(d, 3), d, &color->red)};
   }
+  /// Loads a colour that another follows, which is faster.
+  static HWY_INLINE ExactColor loadInner(const LutColor* color) { return {hn::LoadU(Tag(), &color->red)}; }
   HWY_INLINE ExactColor times(double factor) const { return {hn::Mul(all, hn::Set(Tag(), factor))}; }
   HWY_INLINE ExactColor plus(const ExactColor& other) const { return {hn::Add(all, other.all)}; }
   HWY_INLINE ExactColor minus(const ExactColor& other) const { return {hn::Sub(all, other.all)}; }
@@ -116,6 +137,7 @@ struct ExactColor {
     const Tag d;
     return {hn::LoadU(d, &color->red), hn::Set(d, color->blue)};
   }
+  static HWY_INLINE ExactColor loadInner(const LutColor* color) { return load(color); }
   HWY_INLINE ExactColor times(double factor) const {
     return {hn::Mul(redGreen, hn::Set(Tag(), factor)), hn::Mul(blue, hn::Set(Tag(), factor))};
   }
@@ -138,12 +160,16 @@ HWY_INLINE ExactColor trilinearExactly(const LutColor* lattice, const LatticeStr
   const auto blend = [&](const ExactColor& lower, const ExactColor& upper, std::size_t channel) HWY_ATTR {
     return lower.times(places.rests[channel][pixel]).plus(upper.times(places.fractions[channel][pixel]));
   };
+  // Of the eight corners only the last can be the lattice's last point.
   const auto alongRed = [&](std::size_t from) HWY_ATTR {
-    return blend(ExactColor::load(first + from), ExactColor::load(first + from + strides.red), 0);
+    return blend(ExactColor::loadInner(first + from), ExactColor::loadInner(first + from + strides.red), 0);
   };
-  const auto alongGreen = [&](std::size_t from)
-                              HWY_ATTR { return blend(alongRed(from), alongRed(from + strides.green), 1); };
-  return blend(alongGreen(0), alongGreen(strides.blue), 2);
+  const std::size_t last = strides.green + strides.blue;
+  const ExactColor alongLastRed =
+      blend(ExactColor::loadInner(first + last), ExactColor::load(first + last + strides.red), 0);
+  const ExactColor lower = blend(alongRed(0), alongRed(strides.green), 1);
+  const ExactColor upper = blend(alongRed(strides.blue), alongLastRed, 1);
+  return blend(lower, upper, 2);
 }
 
 HWY_INLINE ExactColor tetrahedralExactly(const LutColor* lattice, const ExactPlaces& places, std::size_t pixel) {

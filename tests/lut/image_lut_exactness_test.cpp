@@ -150,6 +150,77 @@ void expectDefinition(const ParsedLutFile& file, const ImageLutOptions& options,
   });
 }
 
+/// Returns cubes whose errors in single precision are as large as their bounds allow, or hidden by nothing.
+std::vector<test::NamedLut> cubesThatTryBounds() {
+  std::mt19937 random(17);
+  std::uniform_real_distribution<double> unit(0, 1);
+  const auto any = [&](double low, double high) { return low + (high - low) * unit(random); };
+  std::vector<test::NamedLut> luts;
+  const auto add = [&](const std::string& name, int face, const auto& function, std::optional<int> depth = {}) {
+    luts.push_back({name + " " + std::to_string(face), test::cubeFile(test::cubeColors(face, function), depth)});
+  };
+  const auto grey = [](double value) { return LutColor{value, value, value}; };
+  for (const int face : {2, 5, 12}) {
+    const auto noise = [&](double low, double high) {
+      return [&any, low, high](double, double, double) {
+        return LutColor{any(low, high), any(low, high), any(low, high)};
+      };
+    };
+    add("steep noise", face, noise(0, 1));
+    // From a corner to the next, all code values and more: up to the results that cells hold, and beyond.
+    for (const auto& [low, high] : {std::pair{0.0, 1.0}, {-1.4, 2.4}, {-40.0, 2.0}}) {
+      add("chequers", face, [&any, low, high](double, double, double) {
+        return LutColor{any(0, 1) < 0.5 ? low : high, any(0, 1) < 0.5 ? low : high, any(0, 1) < 0.5 ? low : high};
+      });
+    }
+    add("one steep cell", face, [&](double r, double g, double b) { return grey(r + g + b == 0 ? 1.0 : 0.3); });
+    add("nearly identical", face,
+        [&](double r, double g, double b) { return LutColor{r + any(-1e-9, 1e-9), g + any(-1e-6, 1e-6), b}; });
+    add("whole codes", face, [&](double r, double g, double b) {
+      return LutColor{std::round(r * 65535) / 65535, std::round((g + b) * 32767.5) / 65535, any(0, 1) < 0.5 ? 1.0 : r};
+    });
+    add("not quite full", face, noise(0.1, 0.987));
+    add("12 bits", face, [&](double, double, double) { return grey(std::floor(any(0, 4095.999))); }, 12);
+    add("20 bits", face, noise(0, 1048575), 20);
+  }
+  return luts;
+}
+
+TEST(ImageLutExactness, AllCodesOfEachAxisInCubesThatTryTheBoundsAreThoseOfTheDefinition) {
+  // So many pixels that the cells of these cubes are used. One channel has all codes in turn, the others any.
+  constexpr std::size_t width = std::size_t{3} * 65536;
+  std::mt19937 random(19);
+  std::vector<std::uint16_t> source(width * 3);
+  for (std::size_t i = 0; i < source.size(); ++i) {
+    const bool hasTurn = i % 3 == i / (std::size_t{3} * 65536);
+    source[i] = static_cast<std::uint16_t>(hasTurn ? i / 3 % 65536 : random());
+  }
+  std::size_t turn = 0;
+  for (const test::NamedLut& named : cubesThatTryBounds()) {
+    const int to = turn % 4 == 1 ? 10 : 16;
+    ImageLutOptions options;
+    options.interpolation = turn % 5 == 4 ? LutInterpolation::tetrahedral : LutInterpolation::trilinear;
+    options.domain = turn % 3 == 2 ? LutInputDomain::dataRange : LutInputDomain::declared;
+    options.rounding = turn % 4 == 3 ? LutRounding::nearest : LutRounding::truncate;
+    SCOPED_TRACE(testing::Message() << named.name << " to " << to << " bits, turn " << turn++);
+    const auto lut = ImageLut::forCodeValues(*named.file, 16, to, options);
+    std::vector<std::uint16_t> expected(source.size());
+    for (std::size_t i = 0; i < source.size(); i += 3) {
+      std::ranges::copy(lut->pixel(source[i], source[i + 1], source[i + 2]),
+                        expected.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+    test::onEveryInstructionSet([&] {
+      std::vector<std::uint16_t> result(source.size());
+      ASSERT_TRUE(lut->apply(ImageView<const std::uint16_t>::packed(ImageLayout::rgb, source.data(), width, 1),
+                             ImageView<std::uint16_t>::packed(ImageLayout::rgb, result.data(), width, 1, to)));
+      const auto different = std::ranges::mismatch(result, expected);
+      const auto place = different.in1 - result.begin();
+      ASSERT_EQ(different.in1, result.end())
+          << "sample " << place << " is " << *different.in1 << ", not " << *different.in2;
+    });
+  }
+}
+
 TEST(ImageLutExactness, FlatRegionsBeginWhereTheDefinitionSaysSo) {
   // A code value on a lattice point whose place the definition's rounding puts just before the point.
   int found = 0;
