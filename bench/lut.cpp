@@ -19,12 +19,16 @@
 #include <vector>
 
 #include "bench/allocations.h"
+#include "meridian/base/aligned_allocator.h"
 #include "meridian/base/numbers.h"
 #include "meridian/lut/image_lut.h"
 #include "meridian/lut/parsed_lut_factory.h"
 
 #ifdef MERIDIAN_BENCH_OPENCOLORIO
 #include <OpenColorIO/OpenColorIO.h>
+#endif
+#ifdef MERIDIAN_BENCH_TIMECUBE
+#include <timecube.h>
 #endif
 
 namespace meridian::bench {
@@ -231,9 +235,12 @@ const std::vector<Sample>& image(Scene scene) {
   return made;
 }
 
+/// Counts pixels a second, and nanoseconds for each.
 void setPixelRate(benchmark::State& state) {
   state.counters["pixels"] =
       benchmark::Counter(width * height, benchmark::Counter::kIsIterationInvariantRate, benchmark::Counter::kIs1000);
+  state.counters["ns_per_pixel"] = benchmark::Counter(
+      width * height * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void parseMeridian(benchmark::State& state, int faceSize, Decimals decimals) {
@@ -359,6 +366,55 @@ void applyOpenColorIO(benchmark::State& state, const ApplyCase& each) {
 }
 #endif
 
+#ifdef MERIDIAN_BENCH_TIMECUBE
+using TimecubeLut = std::unique_ptr<timecube_lut, decltype(&timecube_lut_free)>;
+using TimecubeFilter = std::unique_ptr<timecube_filter, decltype(&timecube_filter_free)>;
+
+/// Makes a filter of 16-bit planes by either of the forms that timecube's header has had.
+template <typename Params>
+TimecubeFilter timecubeFilter(const timecube_lut* lut, Params params) {
+  params.src_type = TIMECUBE_PIXEL_WORD;
+  params.src_range = TIMECUBE_RANGE_FULL;
+  params.src_depth = 16;
+  params.dst_type = TIMECUBE_PIXEL_WORD;
+  params.dst_range = TIMECUBE_RANGE_FULL;
+  params.dst_depth = 16;
+  const auto instructions = __builtin_cpu_supports("avx512vl") != 0 ? TIMECUBE_CPU_AVX512 : TIMECUBE_CPU_AVX2;
+  timecube_filter* filter = nullptr;
+  if constexpr (requires { params.width; }) {
+    params.width = width;
+    params.height = height;
+    params.cpu = instructions;
+    filter = timecube_filter_create(lut, &params);
+  } else {
+    filter = timecube_filter_create(lut, &params, width, height, instructions);
+  }
+  return {filter, timecube_filter_free};
+}
+
+void applyTimecube(benchmark::State& state, const ApplyCase& each) {
+  const TimecubeLut lut(timecube_lut_from_file(cubePath(each.look, each.faceSize).c_str()), timecube_lut_free);
+  if (lut == nullptr) throw std::runtime_error("timecube cannot read the cube");
+  const TimecubeFilter filter = timecubeFilter(lut.get(), timecube_filter_params{});
+  if (filter == nullptr) throw std::runtime_error("timecube cannot prepare the cube");
+  const std::vector<std::uint16_t>& source = image<std::uint16_t>(each.scene);
+  std::vector<std::uint16_t> result(source.size());
+  std::array<const void*, 3> from{};
+  std::array<void*, 3> into{};
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    from[channel] = source.data() + channel * width * height;
+    into[channel] = result.data() + channel * width * height;
+  }
+  constexpr std::ptrdiff_t row = width * sizeof(std::uint16_t);
+  const std::array<std::ptrdiff_t, 3> strides{row, row, row};
+  std::vector<char, AlignedAllocator<char, 64>> memory(timecube_filter_get_tmp_size(filter.get()));
+  for (auto _ : state) {
+    timecube_filter_apply(filter.get(), from.data(), strides.data(), into.data(), strides.data(), memory.data());
+  }
+  setPixelRate(state);
+}
+#endif
+
 template <typename Function, typename... Arguments>
 void registerCase(const std::string& name, Function function, Arguments... arguments) {
   benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) { function(state, arguments...); })
@@ -376,6 +432,13 @@ void registerApply(const std::string& name, const ApplyCase& each, bool hasPeers
   if (hasPeers) registerCase(full + "/OpenColorIO", applyOpenColorIO<Sample>, each);
 #else
   static_cast<void>(hasPeers);
+#endif
+#ifdef MERIDIAN_BENCH_TIMECUBE
+  // It is a peer for planes of 16 bits, with results in single precision.
+  if (std::is_same_v<Sample, std::uint16_t> && each.layout == ImageLayout::planarRgb &&
+      each.range == CodeValueRange::full) {
+    registerCase(full + "/timecube", applyTimecube, each);
+  }
 #endif
 }
 
@@ -417,6 +480,12 @@ const bool areRegistered = [] {
     registerApply<Word>("u16_tetrahedral", with([&](ApplyCase& each) { each.options = tetrahedral; }), false);
     registerApply<Word>("u16_nearest", with([&](ApplyCase& each) { each.options = nearest; }), false);
     registerApply<Word>("u16_planar", with([](ApplyCase& each) { each.layout = ImageLayout::planarRgb; }), false);
+    registerApply<Word>("u16_planar_photograph_steep", with([](ApplyCase& each) {
+                          each.layout = ImageLayout::planarRgb;
+                          each.look = Look::steep;
+                          each.scene = Scene::photograph;
+                        }),
+                        false);
     registerApply<Word>("u16_limited", with([](ApplyCase& each) {
                           each.layout = ImageLayout::planarRgb;
                           each.range = CodeValueRange::limited;
