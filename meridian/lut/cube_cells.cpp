@@ -64,8 +64,8 @@ CubeCells::CubeCells(const CubeKernel& kernel) {
   const double offset = kernel.storedOffset(one);
   // Beyond this results would not fit into 32 bits, and beyond that bound 16 bits would not tell it from others.
   constexpr double mostResult = 0x1.Fp30;
-  constexpr double mostBound = one / 4;
-  const double constant = kernel.definitionError() / CubeKernel::one * one + 2;
+  constexpr double mostBound = 0.25 * one;
+  const double constant = kernel.definitionError() * one + 2;  // and the roundings to integers
 
   std::vector<Channels> lines(4 * face);  // of points along blue: at both reds and, after them, at the next green
   const auto readLine = [&](std::size_t red, std::size_t green, std::size_t line) {
@@ -135,7 +135,7 @@ const CubeCells* CubeCellsOnDemand::forPixels(const CubeKernel& kernel, std::uin
       owned_ = std::make_unique<const CubeCells>(kernel);
       if (!owned_->areUsable()) owned_.reset();
     } catch (const std::bad_alloc&) {
-      // The points yield the same.
+      owned_.reset();  // the points yield the same
     }
     cells_.store(owned_.get(), std::memory_order_release);
   }

@@ -103,7 +103,7 @@ void CubeKernel::prepareAxes() {
                                     ? AxisPosition{lowestPlace.lower - 1, lowestPlace.lower, 1}  // in the last cell
                                     : lowestPlace;
     // Before the first point results are not between those of a cell's points, and the bound does not hold.
-    filterApplies = filterApplies && !(formats && input.black > 0 && lowestPlace.fraction < 0);
+    filterApplies = filterApplies && (!formats || input.black == 0 || lowestPlace.fraction >= 0);
     axis.lowPoint = static_cast<float>(inside.lower);
     axis.lowFraction = static_cast<float>(inside.fraction);
     filterApplies =
@@ -133,7 +133,8 @@ bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& ax
   // An end that takes part in the arithmetic has to be as short as the code values are.
   const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit && hasSixteenBits(axis.high);
   constexpr float mostCode = 65535;
-  if (input.black != 0 || axis.offset != 0 || axis.low > 0 || !(endsExactly || axis.high >= mostCode)) return false;
+  const bool needsNoClamping = axis.offset == 0 && axis.low <= 0 && (endsExactly || axis.high >= mostCode);
+  if (input.black != 0 || !needsNoClamping) return false;
   axis.high = std::min(axis.high, mostCode);
   for (int steps = 0; steps < 8 && axis.high * axis.pointScale >= lastPoint; ++steps) {
     axis.pointScale = std::nextafter(axis.pointScale, 0.0F);
@@ -253,7 +254,7 @@ bool CubeKernel::isSteady(double value) const noexcept {
 }
 
 /// Returns whether a channel with a steady value has it at all eight points of the cell above a point, and truncating
-/// it in single precision gives what truncating it in double precision gives.
+/// it as it is stored in the lattice and in CubeCells gives what truncating it in double precision gives.
 bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value, float stored) const noexcept {
   const LatticeStrides& strides = definition.strides;
   for (unsigned corner = 1; corner < 8; ++corner) {
@@ -261,8 +262,11 @@ bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value, float s
                                  ((corner & 4U) != 0 ? strides.blue : 0);
     if ((&point)[distance].*value != point.*value) return false;
   }
-  const double result = std::floor(toResult(point.*value));
-  return truncated(stored) == std::clamp<double>(result, lowestBefore, highestBefore);
+  const double result = toResult(point.*value);
+  const auto limited = [this](double number) { return std::clamp<double>(number, lowestBefore, highestBefore); };
+  const double inCells = std::floor((result - center) * CubeCells::one + 0.5) / CubeCells::one + center;
+  const double code = limited(std::floor(result));
+  return truncated(stored) == code && limited(std::floor(inCells)) == code;
 }
 
 }  // namespace meridian::inline v0_2::detail

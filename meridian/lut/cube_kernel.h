@@ -13,7 +13,12 @@
 /// numbers that are all at least the cell's bound is so too.
 ///
 /// Clipped black and white would be uncertain all over, because their results are integers. Cells that hold one steady
-/// value at all their points are therefore marked as flat, and results within them are certain.
+/// value at all their points are therefore marked as flat, and results within them are certain. Results beyond the
+/// lowest and the highest code value are certain as well.
+///
+/// Blocks of pixels pass through three steps: places on the axes (cube_kernel_places-inl.h), colours
+/// (cube_kernel_blend-inl.h) and code values (cube_kernel_filter-inl.h). Uncertain pixels are collected for the
+/// definition (cube_kernel_exact-inl.h).
 #pragma once
 
 #include <array>
@@ -55,7 +60,7 @@ enum class AxisForm : std::uint8_t {
 };
 
 /// How code values become numbers on the scale of the cube's axes:
-/// ((code >> shiftRight) - black) * factor / divisor * unit, where all but the division are exact.
+/// ((code >> shiftRight) - black) / divisor * factor * unit. One of the divisor and the factor, a power of two, is 1.
 struct InputScale {
   int shiftRight = 0;
   std::int32_t black = 0;
