@@ -34,7 +34,8 @@ void makeSteps(Steps& corners) noexcept {
 ///     high = (b + f_g * gb) + f_r * (rb + f_g * rgb)
 ///     low + f_b * high
 ///
-/// in which every product and every sum is rounded once at most, and every step when it is stored. `fraction` is the
+/// in which every product and every sum is rounded once at most, and every step when it is stored. AVX2 adds b last in
+/// `high`; it fuses products and sums there, so that its roundings stay below those counted here. `fraction` is the
 /// error of a fraction, which counts with the largest slope along its axis.
 double boundOf(const Steps& steps, std::size_t channel, double fraction) noexcept {
   const auto size = [&](std::size_t step) { return std::fabs(steps[step][channel]); };
@@ -62,7 +63,8 @@ CubeCells::CubeCells(const CubeKernel& kernel) {
   const LutColor* const colors = definition.cube->lattice().data();
   const double scale = kernel.storedScale(one);
   const double offset = kernel.storedOffset(one);
-  // Beyond this results would not fit into 32 bits, and beyond that bound 16 bits would not tell it from others.
+  // Results and their distances from a cell's first point are blends of what the corners have, and have to fit into 32
+  // bits with their errors; larger bounds would not fit into 16 bits.
   constexpr double mostResult = 0x1.Fp30;
   constexpr double mostBound = 0.25 * one;
   const double constant = kernel.definitionError() * one + 2;  // and the roundings to integers
@@ -92,7 +94,10 @@ CubeCells::CubeCells(const CubeKernel& kernel) {
         }
         const Channels point = steps[0];
         for (const Channels& corner : steps) {
-          for (const double value : corner) areUsable_ = areUsable_ && std::fabs(value) < mostResult;
+          for (std::size_t channel = 0; channel < 3; ++channel) {
+            areUsable_ = areUsable_ && std::fabs(corner[channel]) < mostResult &&
+                         std::fabs(corner[channel] - point[channel]) < mostResult;
+          }
         }
         makeSteps(steps);
         double bound = 0;

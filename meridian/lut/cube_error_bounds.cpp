@@ -122,14 +122,15 @@ class CellBounds {
 
 }  // namespace
 
-/// The stored points are rounded once; then each of three blends rounds a difference of neighbours and a sum, and
-/// carries the fraction's error. No difference of blends exceeds the steepest edge, since it is a blend of edges.
+/// The stored points are rounded once; then each of three blends rounds a difference of neighbours, its product with
+/// the fraction where instructions do not fuse it with the sum, and the sum, and carries the fraction's error. No
+/// difference of blends exceeds the steepest edge, since it is a blend of edges.
 float BlendErrors::bound(float largest, float steepest) const noexcept {
   // What is stored is rounded, and so are the differences.
   largest *= 1 + 0x1p-21F;
   const float stored = roundingErrorUpTo(largest);
   steepest = steepest * (1 + 0x1p-21F) + 2 * stored;
-  const float step = roundingErrorUpTo(1.5F * steepest + 16 * stored) + fraction * steepest;
+  const float step = 2 * roundingErrorUpTo(1.5F * steepest + 16 * stored) + fraction * steepest;
   // No point is beyond the power of two that `largest` is or is followed by, and a blend exceeds it by the step's error
   // alone. Where that is less than half the distance to the next number there, rounding takes it back to the power of
   // two, nearer to the true sum. Tetrahedral blends go on from sums that have an error already.

@@ -84,7 +84,7 @@ void CubeKernel::prepareAxes() {
   const double last = static_cast<double>(definition.faceSize - 1);
   lastPoint = static_cast<float>(last);
   // What 1 becomes on the axes' scale: as a sample of floating point, or as a code value after shift and black.
-  const double unit = formats ? input.factor / input.divisor * input.unit : definition.unit();
+  const double unit = formats ? input.scale() : definition.unit();
   axisForm = formats ? AxisForm::checked : AxisForm::floats;
   double largestOffset = 0;
   for (std::size_t channel = 0; channel < 3; ++channel) {
@@ -94,8 +94,9 @@ void CubeKernel::prepareAxes() {
     axis.scaleHigh = withEightBits(scale);
     axis.scaleLow = static_cast<float>(scale - axis.scaleHigh);
     axis.pointScale = static_cast<float>(scale);
-    axis.offset = static_cast<float>(-rule.offset / rule.span * last);
-    largestOffset = std::max(largestOffset, std::fabs(-rule.offset / rule.span * last));
+    const double offset = -rule.offset / rule.span * last;
+    axis.offset = static_cast<float>(offset);
+    largestOffset = std::max(largestOffset, std::fabs(offset));
     axis.low = roundedUp(rule.low / unit);
     axis.high = roundedDown(rule.high / unit);
     const AxisPosition lowestPlace = placeOnAxis(rule.position(rule.low, definition.faceSize), definition.faceSize);
@@ -110,7 +111,7 @@ void CubeKernel::prepareAxes() {
         filterApplies && std::isnormal(axis.scaleHigh) && std::isfinite(axis.offset) && rule.high >= rule.low;
   }
   // The product with scaleHigh is exact, for values of at most 16 bits. What is rounded: scaleLow, its product and the
-  // sum with the offset, all at most 2^-7 of a place; the offset; and the last sum, which is about 1.
+  // sum with the offset, all at most 2^-7 of the place's number; the offset; and the last sum, which is about 1.
   fractionError_ = roundingError * (1 + 4 * (last + largestOffset) * 0x1p-7 + 4 * largestOffset);
   flatMargin = roundedUp(2 * fractionError_ + 0x1p-40 * (last + largestOffset));
   if (axisForm != AxisForm::checked) return;
@@ -122,14 +123,14 @@ void CubeKernel::prepareAxes() {
       return;
     }
   }
-  // Then only scaleLow, its product and the last sum are rounded, the sum to at most 1.
-  fractionError_ = roundingError * (0.5 + 2 * last * 0x1p-7);
+  // Then only scaleLow, its product and the last sum are rounded, which is about 1.
+  fractionError_ = roundingError * (1 + 2 * last * 0x1p-7);
 }
 
 /// Finds the scale with which single precision puts every code value into the cell that it is in, or to whose end; the
 /// last point is the end of the last cell. Returns false if there is none.
 bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& axis) const noexcept {
-  const double unit = input.factor / input.divisor * input.unit;
+  const double unit = input.scale();
   // An end that takes part in the arithmetic has to be as short as the code values are.
   const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit && hasSixteenBits(axis.high);
   constexpr float mostCode = 65535;
@@ -146,8 +147,8 @@ bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& ax
     return point < lastPoint && fraction >= 0 && fraction <= 1 + 0x1p-50 * static_cast<double>(lastPoint);
   };
   // Points never fall as code values rise, so if those around each point are right, all are.
-  for (double point = 0; point <= lastPoint; ++point) {
-    const double code = std::floor(point / scale);
+  for (std::int64_t point = 0; point < definition.faceSize; ++point) {
+    const double code = std::floor(static_cast<double>(point) / scale);
     for (const double near : {code - 1, code, code + 1, code + 2}) {
       if (!isRight(near)) return false;
     }
@@ -169,15 +170,18 @@ void CubeKernel::prepareLattice() {
   const auto face = static_cast<std::size_t>(definition.faceSize);
   double lowestValue = std::numeric_limits<double>::infinity();
   double highestValue = -lowestValue;
+  bool hasNan = false;
   for (const LutColor& color : std::span(definition.cube->lattice().data(), face * face * face)) {
     lowestValue = std::min({lowestValue, color.red, color.green, color.blue});
     highestValue = std::max({highestValue, color.red, color.green, color.blue});
+    hasNan = hasNan || std::isnan(color.red + color.green + color.blue);
   }
   const double lowestResult = toResult(lowestValue);
   const double highestResult = toResult(highestValue);
   constexpr double largest = 0x1p40;  // far more than a result that is not uncertain
   const bool isSmall = std::fabs(lowestResult) < largest && std::fabs(highestResult) < largest;
-  if (formats ? !isSmall : !std::isfinite(static_cast<float>(std::max(highestResult, -lowestResult)))) {
+  // Code values alone have a result for NaN, which single precision would not find.
+  if (formats ? !isSmall || hasNan : !std::isfinite(static_cast<float>(std::max(highestResult, -lowestResult)))) {
     filterApplies = false;
     return;
   }

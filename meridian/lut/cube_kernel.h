@@ -9,8 +9,8 @@
 /// precision.
 ///
 /// The bound is that of the cell that a pixel is in, since few cells of a real cube are as steep as its steepest. Each
-/// point holds the largest bound of the cells around it, and the bounds are blended like a fourth channel: a blend of
-/// numbers that are all at least the cell's bound is so too.
+/// point of the lattice holds the largest bound of the cells around it, and the bounds are blended like a fourth
+/// channel: a blend of numbers that are all at least the cell's bound is so too. Cells (cube_cells.h) hold their own.
 ///
 /// Clipped black and white would be uncertain all over, because their results are integers. Cells that hold one steady
 /// value at all their points are therefore marked as flat, and results within them are certain. Results beyond the
@@ -54,7 +54,7 @@ struct FastAxis {
 
 /// How places on the axes are found.
 enum class AxisForm : std::uint8_t {
-  checked,  ///< for code values, each of which was tried when the cube was prepared
+  checked,  ///< for code values, of which those beside each point were tried when the cube was prepared
   any,      ///< for code values on axes that begin or end at other numbers
   floats,
 };
@@ -67,6 +67,9 @@ struct InputScale {
   double factor = 1;
   double divisor = 1;
   double unit = 1;
+
+  /// Returns the number that a code value of 1 becomes, apart from the shift and black.
+  [[nodiscard]] double scale() const noexcept { return factor / divisor * unit; }
 };
 
 /// A cube prepared for images of one kind.
@@ -133,7 +136,7 @@ class CubeKernel {
   [[nodiscard]] double fractionError() const noexcept { return fractionError_; }
   [[nodiscard]] double definitionError() const noexcept { return definitionError_; }
 
-  /// Returns the cells to convert this number of pixels with, if they are worth it.
+  /// Returns the cells to convert an image of this many pixels with; null if they are not worth it.
   [[nodiscard]] const CubeCells* cellsFor(std::uint64_t pixels) const { return cells_->forPixels(*this, pixels); }
 
   /// Returns the smallest and the largest number in `lattice` that becomes a code value.
@@ -171,9 +174,10 @@ struct PixelRows {
   ImageView<Sample> destination;
 };
 
-/// Applies the cube to the rows with the best instructions that this machine has. The images have to be usable.
-void applyCube(const CubeKernel& kernel, const PixelRows<std::uint8_t>& rows);
-void applyCube(const CubeKernel& kernel, const PixelRows<std::uint16_t>& rows);
+/// Applies the cube to the rows with the best instructions that this machine has, by way of its cells unless they are
+/// null. The images have to be usable.
+void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint8_t>& rows);
+void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint16_t>& rows);
 void applyCube(const CubeKernel& kernel, const PixelRows<float>& rows);
 
 }  // namespace meridian::inline v0_2::detail

@@ -144,10 +144,10 @@ Plane opaque(const CubeKernel& kernel) {
 template <typename Sample>
 class RowConverter {
  public:
-  RowConverter(const CubeKernel& kernel, const PixelRows<Sample>& rows)
+  RowConverter(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<Sample>& rows)
       : kernel_(kernel),
         rows_(rows),
-        cells_(std::is_same_v<Sample, float> ? nullptr : kernel.cellsFor(rows.source.width * rows.source.height)),
+        cells_(cells),
         sourceChannels_(interleavedChannels(rows.source)),
         destinationChannels_(interleavedChannels(rows.destination)) {}
 
@@ -266,14 +266,14 @@ class RowConverter {
   alignas(64) Sample buffer_[blockSize * 4];
 };
 
-inline void applyBytes(const CubeKernel& kernel, const PixelRows<std::uint8_t>& rows) {
-  RowConverter<std::uint8_t>(kernel, rows).run();
+inline void applyBytes(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint8_t>& rows) {
+  RowConverter<std::uint8_t>(kernel, cells, rows).run();
 }
-inline void applyWords(const CubeKernel& kernel, const PixelRows<std::uint16_t>& rows) {
-  RowConverter<std::uint16_t>(kernel, rows).run();
+inline void applyWords(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint16_t>& rows) {
+  RowConverter<std::uint16_t>(kernel, cells, rows).run();
 }
 inline void applyFloats(const CubeKernel& kernel, const PixelRows<float>& rows) {
-  RowConverter<float>(kernel, rows).run();
+  RowConverter<float>(kernel, nullptr, rows).run();
 }
 
 // NOLINTEND(modernize-avoid-c-arrays)

@@ -2,7 +2,8 @@
 /// The exact fallback: the definition in double precision, for a group of uncertain pixels at a time.
 ///
 /// Every operation is the one that image_definition.cpp does, in the same order, so that every rounding is the same; a
-/// sum or product in a vector rounds as a scalar one does, and nothing is fused. What the definition does for NaN, or
+/// sum or product in a vector rounds as a scalar one does. One quotient is found in another way that rounds the same
+/// (wholeQuotient); nothing else is fused. What the definition does for NaN, or
 /// for axes without a length, is left out, since the filter does not apply to such cubes.
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_EXACT_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_EXACT_INL_H_

@@ -1,7 +1,7 @@
 /// \file
 /// The third step of the floating-point filter: the code values of colours, and which of them are uncertain.
 ///
-/// Every result is within a bound of the definition's that is blended with it (see CubeKernel). Truncating both gives
+/// Every result comes with a bound on its distance from the definition's (see CubeKernel). Truncating both gives
 /// the same integer unless an integer lies between them. Results are fixed-point numbers with 16 bits for the fraction,
 /// which as a signed number is the distance from the nearest integer: a result is certain if that exceeds the bound.
 /// Results below the lowest code value or above the highest are moved so far into it that they are certain.
@@ -51,7 +51,7 @@ HWY_INLINE TruncatedColors truncatedColors(hn::Vec<IntTag> even, hn::Vec<IntTag>
 struct LatticeColors {
   using Number = float;
 
-  LatticeColors(const CubeKernel& kernel) {
+  explicit LatticeColors(const CubeKernel& kernel) {
     const float least = kernel.least();
     const float most = kernel.most();
     // The fourth lane has the bound, which is at least 0.
@@ -70,7 +70,7 @@ struct LatticeColors {
 struct CellColors {
   using Number = std::int32_t;
 
-  CellColors(const CubeKernel& kernel) {
+  explicit CellColors(const CubeKernel& kernel) {
     constexpr float scale = CubeCells::one / CubeKernel::one;
     const auto least = static_cast<std::int32_t>(kernel.least() * scale);
     const auto most = static_cast<std::int32_t>(kernel.most() * scale);

@@ -3,7 +3,7 @@
 ///
 /// Of the three roundings on the way to a fraction only small ones are left: the product of a code value and
 /// `scaleHigh` is exact (16 and 8 bits), and so are the point below it and the difference; `scaleLow` adds the rest,
-/// which is at most 2^-7 of a place. CubeKernel::prepareAxes adds up what remains.
+/// which is at most 2^-7 of the place's number. CubeKernel::prepareAxes adds up what remains.
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_
 #undef MERIDIAN_LUT_CUBE_KERNEL_PLACES_INL_H_

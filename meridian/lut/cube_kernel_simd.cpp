@@ -18,11 +18,11 @@ HWY_EXPORT(applyBytes);
 HWY_EXPORT(applyWords);
 HWY_EXPORT(applyFloats);
 
-void applyCube(const CubeKernel& kernel, const PixelRows<std::uint8_t>& rows) {
-  HWY_DYNAMIC_DISPATCH(applyBytes)(kernel, rows);
+void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint8_t>& rows) {
+  HWY_DYNAMIC_DISPATCH(applyBytes)(kernel, cells, rows);
 }
-void applyCube(const CubeKernel& kernel, const PixelRows<std::uint16_t>& rows) {
-  HWY_DYNAMIC_DISPATCH(applyWords)(kernel, rows);
+void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint16_t>& rows) {
+  HWY_DYNAMIC_DISPATCH(applyWords)(kernel, cells, rows);
 }
 void applyCube(const CubeKernel& kernel, const PixelRows<float>& rows) {
   HWY_DYNAMIC_DISPATCH(applyFloats)(kernel, rows);

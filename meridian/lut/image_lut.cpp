@@ -250,12 +250,26 @@ Expected<void, ImageErrorCode> ImageLut::applyTo(const ImageView<const Sample>& 
     return Unexpected(ImageErrorCode::otherFormat);
   }
 
-  inBands(source.height, threads, [&](std::size_t first, std::size_t count) {
-    const detail::PixelRows<Sample> rows{source.rows(first, count), destination.rows(first, count)};
-    prepared_->visit([&](const detail::CubeKernel& cube) { detail::applyCube(cube, rows); },
-                     [&](const TableKernel& table) { applyTable(table, formats, rows); },
-                     [&](const detail::StagesKernel& stages) { stages.apply(rows); });
-  });
+  const auto applyRows = [&](const auto& apply) {
+    inBands(source.height, threads, [&](std::size_t first, std::size_t count) {
+      apply(detail::PixelRows<Sample>{source.rows(first, count), destination.rows(first, count)});
+    });
+  };
+  prepared_->visit(
+      [&](const detail::CubeKernel& cube) {
+        if constexpr (ImageView<Sample>::hasCodeValues) {
+          const detail::CubeCells* const cells = cube.cellsFor(std::uint64_t{source.width} * source.height);
+          applyRows([&](const detail::PixelRows<Sample>& rows) { detail::applyCube(cube, cells, rows); });
+        } else {
+          applyRows([&](const detail::PixelRows<Sample>& rows) { detail::applyCube(cube, rows); });
+        }
+      },
+      [&](const TableKernel& table) {
+        applyRows([&](const detail::PixelRows<Sample>& rows) { applyTable(table, formats, rows); });
+      },
+      [&](const detail::StagesKernel& stages) {
+        applyRows([&](const detail::PixelRows<Sample>& rows) { stages.apply(rows); });
+      });
   return {};
 }
 

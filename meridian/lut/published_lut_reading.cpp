@@ -27,7 +27,8 @@ const char* afterBlanks(const char* place) noexcept {
 
 }  // namespace
 
-TextLines::TextLines(FileReader& reader, std::string_view path) : reader_(reader), path_(path), buffer_(1 + plainDecimalPadding) {}
+TextLines::TextLines(FileReader& reader, std::string_view path)
+    : reader_(reader), path_(path), buffer_(1 + plainDecimalPadding) {}
 
 /// Reads the next piece. Returns false at the end of the file.
 bool TextLines::fill() {

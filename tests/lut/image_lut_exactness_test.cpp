@@ -160,7 +160,8 @@ std::vector<test::NamedLut> cubesThatTryBounds() {
     luts.push_back({name + " " + std::to_string(face), test::cubeFile(test::cubeColors(face, function), depth)});
   };
   const auto grey = [](double value) { return LutColor{value, value, value}; };
-  for (const int face : {2, 5, 12}) {
+  // Of 2 and 5 points the cells are used from the first pixel on, of 20 the lattice at first.
+  for (const int face : {2, 5, 20}) {
     const auto noise = [&](double low, double high) {
       return [&any, low, high](double, double, double) {
         return LutColor{any(low, high), any(low, high), any(low, high)};
@@ -217,6 +218,57 @@ TEST(ImageLutExactness, AllCodesOfEachAxisInCubesThatTryTheBoundsAreThoseOfTheDe
       const auto place = different.in1 - result.begin();
       ASSERT_EQ(different.in1, result.end())
           << "sample " << place << " is " << *different.in1 << ", not " << *different.in2;
+    });
+  }
+}
+
+TEST(ImageLutExactness, CellsFromFarBelowAllCodeValuesToFarAboveYieldThoseOfTheDefinition) {
+  std::vector<std::uint16_t> source(std::size_t{65536} * 3);
+  for (std::size_t i = 0; i < source.size(); ++i) source[i] = static_cast<std::uint16_t>(i / 3 * (i % 3 * 2 + 1));
+  for (const auto& [low, high] : {std::pair{-1.400005, 2.4}, {2.4, -1.400005}, {-1.400005, 1.0}, {-1.9, 2.9}}) {
+    const auto ramp = [low, high](double place) { return low + (high - low) * place; };
+    for (const int face : {2, 5}) {
+      SCOPED_TRACE(testing::Message() << "from " << low << " to " << high << ", " << face << " points");
+      const auto file = test::cubeFile(
+          test::cubeColors(face, [&](double r, double g, double b) { return LutColor{ramp(b), ramp(r), ramp(g)}; }));
+      const auto lut = ImageLut::forCodeValues(*file, 16, 16, {.domain = LutInputDomain::declared});
+      test::onEveryInstructionSet([&] {
+        std::vector<std::uint16_t> result(source.size());
+        ASSERT_TRUE(lut->apply(ImageView<const std::uint16_t>::packed(ImageLayout::rgb, source.data(), 65536, 1),
+                               ImageView<std::uint16_t>::packed(ImageLayout::rgb, result.data(), 65536, 1)));
+        expectDefinition(*lut, source, result);
+      });
+    }
+  }
+}
+
+TEST(ImageLutExactness, TetrahedraThatLoseAsMuchAsTheyCanYieldTheDefinition) {
+  // The values of points at which red, green and blue add up to 0, 1, 2 and 3, and codes at which all roundings of
+  // instructions that do not fuse products with sums go the same way.
+  struct Case {
+    std::array<double, 4> values;
+    std::array<std::uint16_t, 3> codes;
+  };
+  for (const auto& [values, codes] :
+       {Case{{0.17059787742385987, 0.82944760347673241, 0.17059805624052271, 0.8294474239615669},
+             {64404, 62334, 61568}},
+        Case{{0.16821961580792943, 0.83182586509266276, 0.1682197946245923, 0.83182568557749736},
+             {64386, 62841, 60297}},
+        Case{{0.16732714184363556, 0.83269866922404301, 0.1673273206602984, 0.8326984897088775},
+             {64918, 63102, 60551}}}) {
+    const auto file = test::cubeFile(test::cubeColors(2, [&values](double r, double g, double b) {
+      const double value = values.at(static_cast<std::size_t>(r + g + b));
+      return LutColor{value, value, value};
+    }));
+    std::vector<std::uint16_t> source;
+    for (int i = 0; i < 64; ++i) source.insert(source.end(), codes.begin(), codes.end());
+    const auto lut = ImageLut::forCodeValues(
+        *file, 16, 16, {.interpolation = LutInterpolation::tetrahedral, .domain = LutInputDomain::declared});
+    test::onEveryInstructionSet([&] {
+      std::vector<std::uint16_t> result(source.size());
+      ASSERT_TRUE(lut->apply(ImageView<const std::uint16_t>::packed(ImageLayout::rgb, source.data(), 64, 1),
+                             ImageView<std::uint16_t>::packed(ImageLayout::rgb, result.data(), 64, 1)));
+      expectDefinition(*lut, source, result);
     });
   }
 }
