@@ -33,7 +33,7 @@ namespace {
 /// it. For tetrahedra the fractions from the largest to the smallest, and the two points on the way.
 struct Places {
   alignas(64) std::int32_t cell[blockSize];
-  alignas(64) float fractions[3][blockSize + 8];  // eight more, since they are loaded by 16
+  alignas(64) float fractions[3][blockSize + 16];  // 16 more, since they are loaded by 16; each row stays aligned
   /// The cell in CubeCells, in floats, if they are used.
   alignas(64) std::int32_t polynomial[blockSize];
   alignas(64) std::int32_t second[blockSize];
