@@ -14,6 +14,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "meridian/lut/cube_kernel.h"
@@ -169,11 +170,31 @@ class RowConverter {
   /// a buffer.
   HWY_INLINE void convertBlock(std::size_t row, std::size_t column, std::size_t count) {
     const std::size_t rounded = (count + step - 1) / step * step;
+    prefetch(row, column);
     load(row, column, count, rounded);
     UncertainOfBlock uncertain;
     convertPlanes(kernel_, cells_, source_, rounded, results_, uncertain);
     store(row, column, count, rounded);
     collect(uncertain, row, column, count);
+  }
+
+  /// Asks for the samples two blocks on, so that they come from memory while this block and the next are converted.
+  HWY_INLINE void prefetch(std::size_t row, std::size_t column) const {
+    const ImageView<const Sample>& source = rows_.source;
+    column += 2 * blockSize;
+    if (column >= source.width) return;
+    const std::size_t count = std::min(blockSize, source.width - column);
+    const auto ask = [](const Sample* from, std::size_t samples) {
+      for (std::size_t i = 0; i < samples; i += 64 / sizeof(Sample)) hwy::Prefetch(from + i);
+    };
+    if (sourceChannels_ > 0) {
+      ask(source.red().at(row, column), count * sourceChannels_);
+    } else {
+      for (std::size_t channel = 0; channel < 3; ++channel) {
+        const ImagePlane<const Sample>& plane = source.planes[channel];
+        if (plane.pixelStride == sizeof(Sample)) ask(plane.at(row, column), count);
+      }
+    }
   }
 
   HWY_NOINLINE void load(std::size_t row, std::size_t column, std::size_t count, std::size_t rounded) {
