@@ -54,6 +54,25 @@ double boundOf(const Steps& steps, std::size_t channel, double fraction) noexcep
   return (stored + low + high + sums) * roundingError + slopes * fraction;
 }
 
+/// Returns whether a cube may have cells. Places on axes of any form may be in the cell beside the definition's, for
+/// whose bound the points around it care.
+bool suitsCells(const CubeKernel& kernel) noexcept {
+  return kernel.filterApplies && kernel.axisForm != AxisForm::any &&
+         kernel.definition.faceSize <= CubeCells::mostPoints &&
+         kernel.definition.interpolation == LutInterpolation::trilinear;
+}
+
+/// Returns a bound on the errors of all channels of a cell, as CubeCells stores it.
+double boundOf(const CubeKernel& kernel, const Steps& steps) noexcept {
+  double bound = 0;
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    bound = std::max(bound, boundOf(steps, channel, kernel.fractionError()));
+  }
+  return std::ceil(bound * 1.01 + kernel.definitionError() * CubeCells::one + 2);  // and the roundings to integers
+}
+
+float asFloat(double wholeNumber) noexcept { return std::bit_cast<float>(static_cast<std::int32_t>(wholeNumber)); }
+
 }  // namespace
 
 CubeCells::CubeCells(const CubeKernel& kernel) {
@@ -63,11 +82,11 @@ CubeCells::CubeCells(const CubeKernel& kernel) {
   const LutColor* const colors = definition.cube->lattice().data();
   const double scale = kernel.storedScale(one);
   const double offset = kernel.storedOffset(one);
-  // Results and their distances from a cell's first point are blends of what the corners have, and have to fit into 32
-  // bits with their errors; larger bounds would not fit into 16 bits.
-  constexpr double mostResult = 0x1.Fp30;
+  // Results and their distances from a cell's first point are blends of what the corners have. As code values they have
+  // to fit into 32 bits with their errors, and larger bounds would not fit into 16 bits; floats must not overflow.
+  const bool areCodeValues = kernel.formats.has_value();
+  const double mostResult = areCodeValues ? 0x1.Fp30 : 0x1p120;
   constexpr double mostBound = 0.25 * one;
-  const double constant = kernel.definitionError() * one + 2;  // and the roundings to integers
 
   std::vector<Channels> lines(4 * face);  // of points along blue: at both reds and, after them, at the next green
   const auto readLine = [&](std::size_t red, std::size_t green, std::size_t line) {
@@ -100,17 +119,14 @@ CubeCells::CubeCells(const CubeKernel& kernel) {
           }
         }
         makeSteps(steps);
-        double bound = 0;
-        for (std::size_t channel = 0; channel < 3; ++channel) {
-          bound = std::max(bound, boundOf(steps, channel, kernel.fractionError()));
-        }
-        bound = std::ceil(bound * 1.01 + constant);
+        const double bound = areCodeValues ? boundOf(kernel, steps) : 0;
         areUsable_ = areUsable_ && bound < mostBound;
         if (!areUsable_) return;
         for (std::size_t channel = 0; channel < 3; ++channel) {
-          cell[channel] = std::bit_cast<float>(static_cast<std::int32_t>(std::floor(point[channel] + 0.5)));
+          cell[channel] =
+              areCodeValues ? asFloat(std::floor(point[channel] + 0.5)) : static_cast<float>(point[channel]);
         }
-        cell[3] = std::bit_cast<float>(static_cast<std::int32_t>(bound));
+        cell[3] = asFloat(bound);
         for (std::size_t step = 1; step < 8; ++step) {
           for (std::size_t channel = 0; channel < 4; ++channel) {
             cell[step * 4 + channel] = static_cast<float>(steps[step][channel]);
@@ -122,27 +138,29 @@ CubeCells::CubeCells(const CubeKernel& kernel) {
   }
 }
 
-const CubeCells* CubeCellsOnDemand::forPixels(const CubeKernel& kernel, std::uint64_t count) {
-  // Places on other axes may be in the cell beside the definition's, for whose bound the points around it care.
-  if (kernel.axisForm != AxisForm::checked || !kernel.filterApplies ||
-      kernel.definition.faceSize > CubeCells::mostPoints ||
-      kernel.definition.interpolation != LutInterpolation::trilinear) {
-    return nullptr;
+void CubeCellsOnDemand::make(const CubeKernel& kernel) {
+  try {
+    owned_ = std::make_unique<const CubeCells>(kernel);
+    if (!owned_->areUsable()) owned_.reset();
+  } catch (const std::bad_alloc&) {
+    owned_.reset();  // the points serve as well
   }
-  // A cell takes about 50 ns to prepare, and a pixel gains about half a nanosecond.
-  constexpr std::uint64_t pixelsPerCell = 100;
-  const auto cellsOnAxis = static_cast<std::uint64_t>(kernel.definition.faceSize - 1);
-  const std::uint64_t enough = cellsOnAxis * cellsOnAxis * cellsOnAxis * pixelsPerCell;
-  const std::uint64_t before =
-      pixels_.load(std::memory_order_relaxed) < enough ? pixels_.fetch_add(count, std::memory_order_relaxed) : enough;
-  if (before < enough && before + count >= enough) {  // true of one thread alone
-    try {
-      owned_ = std::make_unique<const CubeCells>(kernel);
-      if (!owned_->areUsable()) owned_.reset();
-    } catch (const std::bad_alloc&) {
-      owned_.reset();  // the points yield the same
-    }
-    cells_.store(owned_.get(), std::memory_order_release);
+  cells_.store(owned_.get(), std::memory_order_release);
+}
+
+void CubeCellsOnDemand::prepare(const CubeKernel& kernel) {
+  if (!kernel.formats && suitsCells(kernel)) make(kernel);
+}
+
+const CubeCells* CubeCellsOnDemand::forPixels(const CubeKernel& kernel, std::uint64_t count) {
+  if (kernel.formats && suitsCells(kernel)) {
+    // A cell takes about 50 ns to prepare, and a pixel gains about half a nanosecond.
+    constexpr std::uint64_t pixelsPerCell = 100;
+    const auto cellsOnAxis = static_cast<std::uint64_t>(kernel.definition.faceSize - 1);
+    const std::uint64_t enough = cellsOnAxis * cellsOnAxis * cellsOnAxis * pixelsPerCell;
+    const std::uint64_t before =
+        pixels_.load(std::memory_order_relaxed) < enough ? pixels_.fetch_add(count, std::memory_order_relaxed) : enough;
+    if (before < enough && before + count >= enough) make(kernel);  // true of one thread alone
   }
   return cells_.load(std::memory_order_acquire);
 }

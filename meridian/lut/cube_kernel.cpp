@@ -50,6 +50,7 @@ CubeKernel::CubeKernel(CubeDefinition cubeDefinition, const std::optional<ImageF
   if (!filterApplies) return;
   prepareAxes();
   prepareLattice();
+  cells_->prepare(*this);
 }
 
 void CubeKernel::prepareCodeValues() {
@@ -198,8 +199,8 @@ void CubeKernel::fillLattice() {
   redStride = face * greenStride;
   lattice.resize(face * redStride);
   // As toResult has it but for the last bits, of which a bound has room for more.
-  const double scale = formats ? storedScale(one) : 1 / definition.unit();
-  const double offset = formats ? storedOffset(one) : 0;
+  const double scale = storedScale(one);
+  const double offset = storedOffset(one);
   // Either the red or the blue index runs fastest in the cube.
   for (std::size_t green = 0; green < face; ++green) {
     for (std::size_t red = 0; red < face; ++red) {

@@ -124,12 +124,12 @@ class CubeKernel {
   std::int32_t highestBefore = 0;
   std::int32_t highest = 0;
 
-  /// Returns by which scale and offset numbers of the cube become results if 1 is stored as `unit`.
+  /// Return by which scale and offset numbers of the cube become results if a code value of 1 is stored as `unit`.
   [[nodiscard]] double storedScale(double unit) const noexcept {
-    return resultScale.factor / resultScale.unit * depthScale * unit;
+    return formats ? resultScale.factor / resultScale.unit * depthScale * unit : 1 / definition.unit();
   }
   [[nodiscard]] double storedOffset(double unit) const noexcept {
-    return (resultScale.offset * depthScale - center) * unit;
+    return formats ? (resultScale.offset * depthScale - center) * unit : 0;
   }
 
   /// Return the largest error of a fraction, and what the definition itself rounds at most, as a part of a code value.
@@ -178,6 +178,6 @@ struct PixelRows {
 /// null. The images have to be usable.
 void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint8_t>& rows);
 void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint16_t>& rows);
-void applyCube(const CubeKernel& kernel, const PixelRows<float>& rows);
+void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<float>& rows);
 
 }  // namespace meridian::inline v0_2::detail

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include <hwy/highway.h>
 
@@ -147,55 +148,68 @@ HWY_NOINLINE void blendTrilinear(const CubeKernel& kernel, const Places& places,
 
 #endif
 
-/// Stores the colours of a block as CubeCells has them, in the order evenThenOdd.
-HWY_NOINLINE void blendCells(const CubeCells& cells, const Places& places, std::size_t count, std::int32_t* colors) {
+/// Stores the colours of a block as CubeCells has them: for code values integers, in the order evenThenOdd, and
+/// floating point in the order of pixels.
+template <typename Number>
+HWY_NOINLINE void blendCells(const CubeCells& cells, const Places& places, std::size_t count, Number* colors) {
+  constexpr bool areFloats = std::is_same_v<Number, float>;
   const float* const data = cells.data();
 #if HWY_TARGET <= HWY_AVX3
   const FloatTag wide;
   const IntTag integers;
   const hn::FixedTag<std::int32_t, 4> point;
   const auto steps = hn::Not(hn::FirstN(wide, 4));
+  constexpr std::int32_t step = areFloats ? 1 : 2;
+  constexpr std::int32_t start = areFloats ? 4 : 1;  // of the latter four
   const auto indices = [&](const std::array<std::int32_t, 16>& lanes)
                            HWY_ATTR { return hn::SetTableIndices(wide, lanes.data()); };
-  const auto eachOfEven = indices(lanesOf<4>({0, 2, 4, 6}));
-  const auto eachOfOdd = indices(lanesOf<4>({1, 3, 5, 7}));
-  const auto firstOfEven = indices(lanesOf<8>({0, 2}));
-  const auto lastOfEven = indices(lanesOf<8>({4, 6}));
-  const auto firstOfOdd = indices(lanesOf<8>({1, 3}));
-  const auto lastOfOdd = indices(lanesOf<8>({5, 7}));
+  const auto eachOfFormer = indices(lanesOf<4>({0, step, 2 * step, 3 * step}));
+  const auto eachOfLatter = indices(lanesOf<4>({start, start + step, start + 2 * step, start + 3 * step}));
+  const auto firstOfFormer = indices(lanesOf<8>({0, step}));
+  const auto lastOfFormer = indices(lanesOf<8>({2 * step, 3 * step}));
+  const auto firstOfLatter = indices(lanesOf<8>({start, start + step}));
+  const auto lastOfLatter = indices(lanesOf<8>({start + 2 * step, start + 3 * step}));
   for (std::size_t i = 0; i < count; i += 8) {
     const auto red = hn::LoadU(wide, places.fractions[0] + i);
     const auto blue = hn::LoadU(wide, places.fractions[2] + i);
     const auto cellOf = [&](std::size_t pixel) { return data + places.polynomial[i + pixel]; };
     const auto alongGreen = [&](std::size_t pixel) HWY_ATTR {
       const float* const cell = cellOf(pixel);
-      return hn::MulAdd(hn::Load(wide, cell + 16), hn::Set(wide, places.fractions[1][i + pixel]),
-                        hn::MaskedLoad(steps, wide, cell));
+      const auto green = hn::Set(wide, places.fractions[1][i + pixel]);
+      if constexpr (areFloats) {
+        return hn::MulAdd(hn::Load(wide, cell + 16), green, hn::Load(wide, cell));
+      } else {
+        return hn::MulAdd(hn::Load(wide, cell + 16), green, hn::MaskedLoad(steps, wide, cell));
+      }
     };
     const auto twoPixels = [&](std::size_t pixel, const auto& which) HWY_ATTR {
       const auto former = alongGreen(pixel);
-      const auto latter = alongGreen(pixel + 2);
+      const auto latter = alongGreen(pixel + step);
       const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(1, 0, 1, 0))};
       const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 2, 3, 2))};
       return hn::MulAdd(upper, hn::TableLookupLanes(red, which), lower);
     };
     const auto fourPixels = [&](std::size_t pixel, const auto& first, const auto& last, const auto& each,
-                                std::int32_t* into) HWY_ATTR {
+                                Number* into) HWY_ATTR {
       const auto former = twoPixels(pixel, first);
-      const auto latter = twoPixels(pixel + 4, last);
+      const auto latter = twoPixels(pixel + 2 * step, last);
       const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(2, 0, 2, 0))};
       const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 1, 3, 1))};
-      const auto beyondPoint = nearestInteger(hn::MulAdd(upper, hn::TableLookupLanes(blue, each), lower));
-      const auto pointOf = [&](std::size_t of) HWY_ATTR {
-        return hn::Load(point, reinterpret_cast<const std::int32_t*>(cellOf(pixel + of)));
-      };
-      const hn::Half<IntTag> half;
-      const auto points =
-          hn::Combine(integers, hn::Combine(half, pointOf(6), pointOf(4)), hn::Combine(half, pointOf(2), pointOf(0)));
-      hn::Store(hn::Add(points, beyondPoint), integers, into);
+      const auto color = hn::MulAdd(upper, hn::TableLookupLanes(blue, each), lower);
+      if constexpr (areFloats) {
+        hn::Store(color, wide, into);
+      } else {
+        const auto pointOf = [&](std::size_t of) HWY_ATTR {
+          return hn::Load(point, reinterpret_cast<const std::int32_t*>(cellOf(pixel + of * step)));
+        };
+        const hn::Half<IntTag> half;
+        const auto points =
+            hn::Combine(integers, hn::Combine(half, pointOf(3), pointOf(2)), hn::Combine(half, pointOf(1), pointOf(0)));
+        hn::Store(hn::Add(points, nearestInteger(color)), integers, into);
+      }
     };
-    fourPixels(0, firstOfEven, lastOfEven, eachOfEven, colors + i * 4);
-    fourPixels(1, firstOfOdd, lastOfOdd, eachOfOdd, colors + i * 4 + 16);
+    fourPixels(0, firstOfFormer, lastOfFormer, eachOfFormer, colors + i * 4);
+    fourPixels(start, firstOfLatter, lastOfLatter, eachOfLatter, colors + i * 4 + 16);
   }
 #else
   const PointTag d;
@@ -217,9 +231,13 @@ HWY_NOINLINE void blendCells(const CubeCells& cells, const Places& places, std::
     const auto low = hn::MulAdd(along(cell + 8), red, hn::Mul(hn::Load(d, cell + 16), green));
     const auto high = hn::MulAdd(along(cell + 12), red, along(cell + 4));
 #endif
-    const auto beyondPoint = hn::NearestInt(hn::MulAdd(high, hn::Set(d, places.fractions[2][i]), low));
-    const auto point = hn::Load(di, reinterpret_cast<const std::int32_t*>(cell));
-    hn::Store(hn::Add(point, beyondPoint), di, colors + placeOfColor<ColorOrder::evenThenOdd>(i) * 4);
+    const auto beyondPoint = hn::MulAdd(high, hn::Set(d, places.fractions[2][i]), low);
+    if constexpr (areFloats) {
+      hn::Store(hn::Add(hn::Load(d, cell), beyondPoint), d, colors + i * 4);
+    } else {
+      const auto point = hn::Load(di, reinterpret_cast<const std::int32_t*>(cell));
+      hn::Store(hn::Add(point, hn::NearestInt(beyondPoint)), di, colors + placeOfColor<ColorOrder::evenThenOdd>(i) * 4);
+    }
   }
 #endif
 }

@@ -65,12 +65,41 @@ HWY_NOINLINE void separate(const Sample* samples, std::size_t count, Planes<Samp
   }
 }
 
-HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* /*cells*/, const Planes<float>& source,
+/// Stores the first three of four samples of each pixel, and nothing beyond the last one.
+HWY_NOINLINE void storeColors(const float* colors, std::size_t count, float* into) {
+  std::size_t i = 0;
+#if HWY_TARGET <= HWY_AVX3
+  const FloatTag d;
+  alignas(64) constexpr std::int32_t lanes[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14};
+  const auto colorsOfFour = hn::SetTableIndices(d, lanes);
+  const auto stored = hn::FirstN(d, 12);
+  for (; i + 4 <= count; i += 4) {
+    hn::BlendedStore(hn::TableLookupLanes(hn::Load(d, colors + i * 4), colorsOfFour), stored, d, into + i * 3);
+  }
+#else
+  const PointTag d;
+  for (; i + 1 < count; ++i) hn::StoreU(hn::Load(d, colors + i * 4), d, into + i * 3);
+#endif
+  for (; i < count; ++i) std::memcpy(into + i * 3, colors + i * 4, 3 * sizeof(float));
+}
+
+/// Stores the colours of a block of floating point, four numbers each.
+HWY_INLINE void blendFloats(const CubeKernel& kernel, const CubeCells* cells, const Planes<float>& source,
+                            std::size_t count, float* colors) {
+  Places places;
+  if (cells != nullptr) {
+    findPlaces<LutInterpolation::trilinear>(kernel, source, count, places);
+    blendCells(*cells, places, count, colors);
+  } else {
+    blendColors<ColorOrder::pixels>(kernel, source, count, places, colors);
+  }
+}
+
+HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* cells, const Planes<float>& source,
                               std::size_t count, Planes<float>& results, UncertainOfBlock& /*uncertain*/) {
   if (!kernel.filterApplies) return convertPlainly(kernel, source, count, results);
-  Places places;
   alignas(64) float colors[blockSize * 4];
-  blendColors<ColorOrder::pixels>(kernel, source, count, places, colors);
+  blendFloats(kernel, cells, source, count, colors);
   separate(colors, count, results);
 }
 
@@ -172,6 +201,16 @@ class RowConverter {
     const std::size_t rounded = (count + step - 1) / step * step;
     prefetch(row, column);
     load(row, column, count, rounded);
+#if MERIDIAN_HAS_VECTORS
+    if constexpr (std::is_same_v<Sample, float>) {
+      if (kernel_.filterApplies && destinationChannels_ == 3) {
+        alignas(64) float colors[blockSize * 4];
+        blendFloats(kernel_, cells_, source_, rounded, colors);
+        storeColors(colors, count, rows_.destination.red().at(row, column));
+        return;
+      }
+    }
+#endif
     UncertainOfBlock uncertain;
     convertPlanes(kernel_, cells_, source_, rounded, results_, uncertain);
     store(row, column, count, rounded);
@@ -293,8 +332,8 @@ inline void applyBytes(const CubeKernel& kernel, const CubeCells* cells, const P
 inline void applyWords(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint16_t>& rows) {
   RowConverter<std::uint16_t>(kernel, cells, rows).run();
 }
-inline void applyFloats(const CubeKernel& kernel, const PixelRows<float>& rows) {
-  RowConverter<float>(kernel, nullptr, rows).run();
+inline void applyFloats(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<float>& rows) {
+  RowConverter<float>(kernel, cells, rows).run();
 }
 
 // NOLINTEND(modernize-avoid-c-arrays)

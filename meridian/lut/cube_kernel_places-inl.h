@@ -135,7 +135,7 @@ HWY_NOINLINE void findPlaces(const CubeKernel& kernel, const Planes<Sample>& pla
     // All exact: the numbers of the points are below 2^24.
     const auto cell = hn::MulAdd(red.point, redStride, hn::MulAdd(green.point, greenStride, blue.point));
     hn::Store(asDistance(cell), di, places.cell + i);
-    if constexpr (form == AxisForm::checked && interpolation == LutInterpolation::trilinear) {
+    if constexpr (form != AxisForm::any && interpolation == LutInterpolation::trilinear) {
       const auto number = hn::MulAdd(hn::MulAdd(red.point, cellsOnAxis, green.point), cellsOnAxis, blue.point);
       hn::Store(hn::ShiftLeft<5>(nearestInteger(number)), di, places.polynomial + i);
     }

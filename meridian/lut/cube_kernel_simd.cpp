@@ -24,8 +24,8 @@ void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows
 void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint16_t>& rows) {
   HWY_DYNAMIC_DISPATCH(applyWords)(kernel, cells, rows);
 }
-void applyCube(const CubeKernel& kernel, const PixelRows<float>& rows) {
-  HWY_DYNAMIC_DISPATCH(applyFloats)(kernel, rows);
+void applyCube(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<float>& rows) {
+  HWY_DYNAMIC_DISPATCH(applyFloats)(kernel, cells, rows);
 }
 
 }  // namespace meridian::inline v0_2::detail

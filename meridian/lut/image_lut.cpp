@@ -257,12 +257,8 @@ Expected<void, ImageErrorCode> ImageLut::applyTo(const ImageView<const Sample>& 
   };
   prepared_->visit(
       [&](const detail::CubeKernel& cube) {
-        if constexpr (ImageView<Sample>::hasCodeValues) {
-          const detail::CubeCells* const cells = cube.cellsFor(std::uint64_t{source.width} * source.height);
-          applyRows([&](const detail::PixelRows<Sample>& rows) { detail::applyCube(cube, cells, rows); });
-        } else {
-          applyRows([&](const detail::PixelRows<Sample>& rows) { detail::applyCube(cube, rows); });
-        }
+        const detail::CubeCells* const cells = cube.cellsFor(std::uint64_t{source.width} * source.height);
+        applyRows([&](const detail::PixelRows<Sample>& rows) { detail::applyCube(cube, cells, rows); });
       },
       [&](const TableKernel& table) {
         applyRows([&](const detail::PixelRows<Sample>& rows) { applyTable(table, formats, rows); });

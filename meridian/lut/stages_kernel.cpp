@@ -88,7 +88,7 @@ void applyStage(const LutCurve& curve, Planes& planes, std::size_t count) noexce
 void applyStage(const CubeKernel& cube, Planes& planes, std::size_t count) {
   ImageView<float> view{.width = count, .height = 1};
   for (std::size_t channel = 0; channel < 3; ++channel) view.planes[channel].samples = planes[channel].data();
-  applyCube(cube, PixelRows<float>{view, view});
+  applyCube(cube, cube.cellsFor(count), PixelRows<float>{view, view});
 }
 
 void applyStage(const LutFunction& function, Planes& planes, std::size_t count) {

@@ -43,7 +43,12 @@ TEST(ImageLut, FloatingPointStaysNearTheDefinition) {
   source[8] = -INFINITY;
   source[12] = 3e38F;
   source[16] = 1e-40F;
-  for (const test::NamedLut& named : test::manyLuts()) {
+  std::vector<test::NamedLut> luts = test::manyLuts();
+  luts.push_back({"nearly the largest floats", test::cubeFile(test::cubeColors(4, [](double r, double g, double b) {
+                    const double each = std::lround((r + g + b) * 3) % 2 == 0 ? 0 : 1.5e38;
+                    return LutColor{each, each, each};
+                  }))});
+  for (const test::NamedLut& named : luts) {
     SCOPED_TRACE(named.name);
     for (const ImageLutOptions& options : test::allOptions()) {
       const auto lut = ImageLut::forFloats(*named.file, options);
