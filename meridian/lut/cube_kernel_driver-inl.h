@@ -114,7 +114,12 @@ HWY_NOINLINE void convertWholeBlock(const CubeKernel& kernel, const Planes<std::
 /// Lists the pixels whose results are uncertain.
 HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* cells, const Planes<std::uint16_t>& source,
                               std::size_t count, Planes<std::uint16_t>& results, UncertainOfBlock& uncertain) {
+  uncertain.count = 0;
   if (!kernel.filterApplies) return convertPlainly(kernel, source, count, results);
+  if (uncertain.exactBlocks > 0) {
+    --uncertain.exactBlocks;
+    return convertWholeBlock(kernel, source, count, results);
+  }
   Places places;
   std::uint64_t certain[blockSize / 16];
   std::memset(certain, 0xFF, sizeof(certain));
@@ -130,10 +135,11 @@ HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* cells, 
   }
   if (kernel.shiftLeft > 0) shiftCodes(kernel, count, results);
   listUncertainPixels(kernel, places, count, certain, uncertain);
-  // Where a cube is nearly an identity, most results are next to an integer.
+  // Where a cube is nearly an identity, most results are next to an integer, and probably those of the next blocks too.
   if (uncertain.count > count / 2) {
     convertWholeBlock(kernel, source, count, results);
     uncertain.count = 0;
+    uncertain.exactBlocks = 7;
   }
 }
 
@@ -211,10 +217,9 @@ class RowConverter {
       }
     }
 #endif
-    UncertainOfBlock uncertain;
-    convertPlanes(kernel_, cells_, source_, rounded, results_, uncertain);
+    convertPlanes(kernel_, cells_, source_, rounded, results_, uncertainOfBlock_);
     store(row, column, count, rounded);
-    collect(uncertain, row, column, count);
+    collect(row, column, count);
   }
 
   /// Asks for the samples two blocks on, so that they come from memory while this block and the next are converted.
@@ -275,10 +280,10 @@ class RowConverter {
 
 #if MERIDIAN_HAS_VECTORS
   /// Collects the uncertain pixels of a block, and settles them when there are enough.
-  HWY_INLINE void collect(const UncertainOfBlock& uncertain, std::size_t row, std::size_t column, std::size_t count) {
+  HWY_INLINE void collect(std::size_t row, std::size_t column, std::size_t count) {
     if constexpr (!std::is_same_v<Sample, float>) {
-      for (std::size_t i = 0; i < uncertain.count; ++i) {
-        const std::size_t pixel = uncertain.pixels[i];
+      for (std::size_t i = 0; i < uncertainOfBlock_.count; ++i) {
+        const std::size_t pixel = uncertainOfBlock_.pixels[i];
         if (pixel >= count) continue;
         const std::size_t place = uncertain_.count++;
         uncertain_.rows[place] = row;
@@ -310,8 +315,7 @@ class RowConverter {
 
   UncertainPixels uncertain_;
 #else
-  void collect(const UncertainOfBlock& /*uncertain*/, std::size_t /*row*/, std::size_t /*column*/,
-               std::size_t /*count*/) {}
+  void collect(std::size_t /*row*/, std::size_t /*column*/, std::size_t /*count*/) {}
   void settleUncertainPixels() {}
 #endif
 
@@ -323,6 +327,7 @@ class RowConverter {
   std::size_t destinationChannels_;
   Planes<Plane> source_;
   Planes<Plane> results_;
+  UncertainOfBlock uncertainOfBlock_;
   alignas(64) Sample buffer_[blockSize * 4];
 };
 

@@ -152,10 +152,11 @@ HWY_INLINE bool isWithinCell(const CubeKernel& kernel, const Places& places, std
          isWithinOrEnds(blue[pixel], cell % kernel.greenStride / 4);
 }
 
-/// The uncertain pixels of a block.
+/// The uncertain pixels of a block, and how many blocks to convert by the definition before the filter is tried again.
 struct UncertainOfBlock {
   std::uint8_t pixels[blockSize];
   std::size_t count = 0;
+  std::size_t exactBlocks = 0;
 };
 static_assert(blockSize <= 256);
 
