@@ -122,9 +122,12 @@ CubeCells::CubeCells(const CubeKernel& kernel) {
         const double bound = areCodeValues ? boundOf(kernel, steps) : 0;
         areUsable_ = areUsable_ && bound < mostBound;
         if (!areUsable_) return;
+        const unsigned flat = kernel.codesAvoidPoints ? kernel.flatChannelsOfCell(red, green, blue) : 0;
         for (std::size_t channel = 0; channel < 3; ++channel) {
-          cell[channel] =
-              areCodeValues ? asFloat(std::floor(point[channel] + 0.5)) : static_cast<float>(point[channel]);
+          double stored = std::floor(point[channel] + 0.5);
+          // In the middle between two integers flat channels are certain, and truncating yields the same.
+          if ((flat & (1U << (2 * channel))) != 0) stored = std::floor(stored / one) * one + one / 2;
+          cell[channel] = areCodeValues ? asFloat(stored) : static_cast<float>(point[channel]);
         }
         cell[3] = asFloat(bound);
         for (std::size_t step = 1; step < 8; ++step) {

@@ -116,11 +116,13 @@ void CubeKernel::prepareAxes() {
   fractionError_ = roundingError * (1 + 4 * (last + largestOffset) * 0x1p-7 + 4 * largestOffset);
   flatMargin = roundedUp(2 * fractionError_ + 0x1p-40 * (last + largestOffset));
   if (axisForm != AxisForm::checked) return;
+  codesAvoidPoints = true;
   for (std::size_t channel = 0; channel < 3; ++channel) {
     if (channel > 0 && definition.axes[channel] == definition.axes[channel - 1]) {
       axes[channel] = axes[channel - 1];
     } else if (!findPointScale(definition.axes[channel], unit / definition.axes[channel].span * last, axes[channel])) {
       axisForm = AxisForm::any;
+      codesAvoidPoints = false;
       return;
     }
   }
@@ -129,8 +131,8 @@ void CubeKernel::prepareAxes() {
 }
 
 /// Finds the scale with which single precision puts every code value into the cell that it is in, or to whose end; the
-/// last point is the end of the last cell. Returns false if there is none.
-bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& axis) const noexcept {
+/// last point is the end of the last cell. Returns false if there is none. Notes whether a code value is on a point.
+bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& axis) noexcept {
   const double unit = input.scale();
   // An end that takes part in the arithmetic has to be as short as the code values are.
   const bool endsExactly = static_cast<double>(axis.high) == rule.high / unit && hasSixteenBits(axis.high);
@@ -152,6 +154,9 @@ bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& ax
     const double code = std::floor(static_cast<double>(point) / scale);
     for (const double near : {code - 1, code, code + 1, code + 2}) {
       if (!isRight(near)) return false;
+      const bool isBetweenCells = point > 0 && point + 1 < definition.faceSize;
+      if (isBetweenCells && std::fabs(near * scale - static_cast<double>(point)) <= flatMargin)
+        codesAvoidPoints = false;
     }
   }
   return true;
@@ -269,7 +274,9 @@ bool CubeKernel::isFlat(const LutColor& point, double LutColor::* value, float s
   }
   const double result = toResult(point.*value);
   const auto limited = [this](double number) { return std::clamp<double>(number, lowestBefore, highestBefore); };
-  const double inCells = std::floor((result - center) * CubeCells::one + 0.5) / CubeCells::one + center;
+  // Operation by operation what CubeCells stores.
+  const double scaled = point.*value * storedScale(CubeCells::one) + storedOffset(CubeCells::one);
+  const double inCells = std::floor(scaled + 0.5) / CubeCells::one + center;
   const double code = limited(std::floor(result));
   return truncated(stored) == code && limited(std::floor(inCells)) == code;
 }

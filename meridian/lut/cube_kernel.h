@@ -88,6 +88,8 @@ class CubeKernel {
   InputScale input;
   std::array<FastAxis, 3> axes;
   AxisForm axisForm = AxisForm::any;
+  /// Whether no code value is so near a point between two cells that the definition might put it into the other one.
+  bool codesAvoidPoints = false;
   float lastPoint = 0;
   /// From a point to its neighbours, in floats of `lattice`; along blue it is always 4.
   std::size_t redStride = 0;
@@ -112,6 +114,9 @@ class CubeKernel {
   static constexpr std::uint32_t flatBits = 0x1F;
   [[nodiscard]] static unsigned flatChannels(float mark) noexcept {
     return std::bit_cast<std::uint32_t>(mark) & flatBits;
+  }
+  [[nodiscard]] unsigned flatChannelsOfCell(std::size_t red, std::size_t green, std::size_t blue) const noexcept {
+    return flatChannels(lattice[red * redStride + green * greenStride + blue * 4 + 3]);
   }
 
   /// How numbers on the cube's scale become code values: scaled, truncated, clamped to `lowestBefore` and
@@ -156,7 +161,7 @@ class CubeKernel {
 
   void prepareCodeValues();
   void prepareAxes();
-  [[nodiscard]] bool findPointScale(const AxisRule& rule, double scale, FastAxis& axis) const noexcept;
+  [[nodiscard]] bool findPointScale(const AxisRule& rule, double scale, FastAxis& axis) noexcept;
   void prepareLattice();
   void fillLattice();
   void storeBounds();

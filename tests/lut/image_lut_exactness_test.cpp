@@ -139,8 +139,15 @@ TEST(ImageLutExactness, ResultsNextToIntegersAreThoseOfTheDefinition) {
 }
 
 /// Compares one code value, repeated, with the definition.
-void expectDefinition(const ParsedLutFile& file, const ImageLutOptions& options, int from, int to, std::uint16_t code) {
+void expectDefinition(const ParsedLutFile& file, const ImageLutOptions& options, int from, int to, std::uint16_t code,
+                      std::size_t pixelsBefore = 0) {
   const auto lut = ImageLut::forCodeValues(file, from, to, options);
+  if (pixelsBefore > 0) {
+    const std::vector<std::uint16_t> many(3 * pixelsBefore);
+    std::vector<std::uint16_t> results(many.size());
+    ASSERT_TRUE(lut->apply(ImageView<const std::uint16_t>::packed(ImageLayout::rgb, many.data(), pixelsBefore, 1, from),
+                           ImageView<std::uint16_t>::packed(ImageLayout::rgb, results.data(), pixelsBefore, 1, to)));
+  }
   const std::vector<std::uint16_t> source(3 * 16, code);
   test::onEveryInstructionSet([&] {
     std::vector<std::uint16_t> result(source.size());
@@ -273,34 +280,43 @@ TEST(ImageLutExactness, TetrahedraThatLoseAsMuchAsTheyCanYieldTheDefinition) {
   }
 }
 
-TEST(ImageLutExactness, FlatRegionsBeginWhereTheDefinitionSaysSo) {
-  // A code value on a lattice point whose place the definition's rounding puts just before the point.
+TEST(ImageLutExactness, FlatRegionsBeginAndEndWhereTheDefinitionSaysSo) {
+  // A code value on a lattice point whose place the definition's rounding puts just before the point, where a flat
+  // region begins, or just after it, where one ends.
   int found = 0;
   for (const int depth : {8, 10, 12, 16}) {
     const int most = (1 << depth) - 1;
     for (int face = 3; face < 60; ++face) {
+      bool hasBegin = false;
+      bool hasEnd = false;
       for (int code = 0; code <= most; ++code) {
         if (code * (face - 1) % most != 0) continue;
         const int point = code * (face - 1) / most;
         const double place = static_cast<double>(code) / most * (face - 1);
-        if (place >= point) continue;
+        if (place == point || (place < point && hasBegin) || (place > point && hasEnd)) continue;
+        const bool begins = place < point;
+        (begins ? hasBegin : hasEnd) = true;
         ++found;
         SCOPED_TRACE(testing::Message() << depth << " bits, " << face << " points, code " << code);
-        for (const auto& [before, flat] : {std::pair{0.5, 1.0}, {1.0, 0x1p-12}}) {
+        for (const auto& [other, flat] : {std::pair{0.5, 1.0}, {1.0, 0x1p-12}}) {
           const auto file = test::cubeFile(test::cubeColors(face, [&](double r, double g, double b) {
-            const double first = std::round(std::min({r, g, b}) * (face - 1));
-            const double value = first >= point ? flat : before;
+            const double nearest = std::round((begins ? std::min({r, g, b}) : std::max({r, g, b})) * (face - 1));
+            const double value = (begins ? nearest >= point : nearest <= point) ? flat : other;
             return LutColor{value, value, 1};
           }));
           for (const auto interpolation : allCases<LutInterpolation>()) {
             for (const auto rounding : allCases<LutRounding>()) {
-              const ImageLutOptions options{.interpolation = interpolation, .rounding = rounding};
-              expectDefinition(*file, options, depth, depth, static_cast<std::uint16_t>(code));
+              // With cells where there can be any, after so many pixels that they are used.
+              const bool hasCells = face <= 41 && interpolation == LutInterpolation::trilinear;
+              const auto pixels = hasCells ? static_cast<std::size_t>(100 * face * face * face) : 0;
+              const ImageLutOptions options{.interpolation = interpolation,
+                                            .domain = hasCells ? LutInputDomain::declared : LutInputDomain::dataRange,
+                                            .rounding = rounding};
+              expectDefinition(*file, options, depth, depth, static_cast<std::uint16_t>(code), pixels);
               expectDefinition(*file, options, depth, 16, static_cast<std::uint16_t>(code));
             }
           }
         }
-        break;  // one code for each cube
       }
     }
   }
