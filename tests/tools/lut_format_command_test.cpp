@@ -149,6 +149,10 @@ std::vector<PublishedFile> filesOfOtherFormats() {
                       matrix)},
       {"half.clf", clf(operation("LUT1D", array("65536 3", halfRows()), "halfDomain=\"true\""))},
       {"inverse.ctf", clf(operation("InverseLUT1D", array("4 1", "0\n0.1\n0.5\n1\n")) + matrix, "version=\"1.7\"")},
+      {"fromAlpha.ctf",
+       clf(operation("Matrix", array("4 5 4", "1 0 0 0.5 0\n0 1 0 0 0\n0 0 0.5 0 0\n0 0 0 1 0\n")), "version=\"1.7\"")},
+      {"toAlpha.ctf",
+       clf(operation("Matrix", array("4 5 4", "1 0 0 0 0\n0 1 0 0 0\n0 0 0.5 0 0\n0 0 0 0.5 0\n")), "version=\"1.7\"")},
   };
 }
 
@@ -238,6 +242,8 @@ TEST_F(LutFormats, WarningsSayWhatOpenColorIOComputes) {
       EXPECT_THAT(outcome.errors, computes("1D LUT with half-float inputs or hue adjustment"));
     } else if (made.name == "inverse.ctf") {
       EXPECT_THAT(outcome.errors, computes("inverted 1D LUT"));
+    } else if (made.name == "fromAlpha.ctf" || made.name == "toAlpha.ctf") {
+      EXPECT_THAT(outcome.errors, computes("matrix with alpha, which counts as 0 and is not changed"));
     } else {
       EXPECT_THAT(outcome.errors, Not(HasSubstr("another library"))) << made.name;
     }

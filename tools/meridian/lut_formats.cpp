@@ -24,7 +24,7 @@ namespace {
 
 namespace ocio = OCIO_NAMESPACE;
 
-/// Returns the matrix; absent if alpha has a part in it, or if it is to be inverted.
+/// Returns the matrix; absent if alpha has a part in it or is changed, or if it is to be inverted.
 std::optional<LutStage> stageOf(const ocio::MatrixTransform& transform) {
   std::array<double, 16> factors{};
   std::array<double, 4> offsets{};
@@ -36,6 +36,9 @@ std::optional<LutStage> stageOf(const ocio::MatrixTransform& transform) {
     if (factors[row * 4 + 3] != 0) return std::nullopt;
     matrix.offset[row] = offsets[row];
   }
+  constexpr std::array unchangedAlpha{0.0, 0.0, 0.0, 1.0};
+  const bool changesAlpha = !std::equal(factors.begin() + 12, factors.end(), unchangedAlpha.begin());
+  if (changesAlpha || offsets[3] != 0) return std::nullopt;
   return matrix;
 }
 
@@ -114,8 +117,9 @@ std::optional<LutStage> stageOf(const ocio::Transform& transform) {
 std::string_view nameOf(const ocio::Transform& transform) {
   switch (transform.getTransformType()) {
     case ocio::TRANSFORM_TYPE_MATRIX:
-      return transform.getDirection() == ocio::TRANSFORM_DIR_INVERSE ? "inverted matrix"
-                                                                     : "matrix with alpha, which counts as 0";
+      return transform.getDirection() == ocio::TRANSFORM_DIR_INVERSE
+                 ? "inverted matrix"
+                 : "matrix with alpha, which counts as 0 and is not changed";
     case ocio::TRANSFORM_TYPE_RANGE:
       return "inverted range";
     case ocio::TRANSFORM_TYPE_LUT1D:
