@@ -139,7 +139,7 @@ HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* cells, 
   if (uncertain.count > count / 2) {
     convertWholeBlock(kernel, source, count, results);
     uncertain.count = 0;
-    uncertain.exactBlocks = 7;
+    uncertain.exactBlocks = 15;
   }
 }
 

@@ -36,8 +36,9 @@ namespace {
 using DoubleTag = hn::CappedTag<double, 4>;
 constexpr std::size_t doubleLanes = std::min<std::size_t>(HWY_LANES(double), 4);
 
-/// Pixels that are converted together.
-constexpr std::size_t exactGroup = 8;
+/// Pixels that are converted together: so many that processors need not wait between the steps.
+constexpr std::size_t exactGroup = 32;
+static_assert(pixelStep<std::uint8_t>() % exactGroup == 0 && pixelStep<std::uint16_t>() % exactGroup == 0);
 
 /// The code values of some pixels, a plane for each channel.
 using CodePlanes = std::array<const std::uint16_t*, 3>;

@@ -111,10 +111,10 @@ HWY_INLINE hn::Vec<IntTag> nearestInteger(hn::Vec<FloatTag> number) {
 #endif
 }
 
-/// Pixels that the functions below process at a time.
+/// Pixels of which every step processes a multiple.
 template <typename Sample>
 constexpr std::size_t pixelStep() {
-  return std::max<std::size_t>(HWY_LANES(Sample), 4);
+  return std::max<std::size_t>(HWY_LANES(Sample), 32);
 }
 
 /// Separates interleaved samples of the type that planes have: 16-bit code values and floating point. `count` is a
