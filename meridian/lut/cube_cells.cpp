@@ -126,7 +126,7 @@ CubeCells::CubeCells(const CubeKernel& kernel) {
         for (std::size_t channel = 0; channel < 3; ++channel) {
           double stored = std::floor(point[channel] + 0.5);
           // In the middle between two integers flat channels are certain, and truncating yields the same.
-          if ((flat & (1U << (2 * channel))) != 0) stored = std::floor(stored / one) * one + one / 2;
+          if ((flat & (1U << (2 * channel))) != 0) stored = (std::floor(stored / one) + 0.5) * one;
           cell[channel] = areCodeValues ? asFloat(stored) : static_cast<float>(point[channel]);
         }
         cell[3] = asFloat(bound);
