@@ -82,7 +82,8 @@ struct EnumerationTable<LutErrorCode> {
 
 /// Names the file in `place`. `detail` gives the number of rows that were read, where there were any, the number of the
 /// line and the line for errors of a single line, the format for otherPublishedFormat, the other file for
-/// refersToOtherFile, and for notRegularFile what it is: "a directory", "a FIFO", "a device" or "a socket". `systemError` is set for notOpened and notRead.
+/// refersToOtherFile, and for notRegularFile what it is: "a directory", "a FIFO", "a device" or "a socket".
+/// `systemError` is set for notOpened and notRead.
 using LutError = Error<LutErrorCode>;
 
 /// Returns whether `readPublishedLut` left the file to another reader: it is in another published format or in none.

@@ -181,8 +181,8 @@ typedef struct MeridianLutOptions {
                                                  error:(NSError* MERIDIAN_NULLABLE* MERIDIAN_NULLABLE)error;
 /**
  * Returns the LUT in a .cube or .3dl file as its format publishes it, or nil and an error.
- * MeridianLutErrorOtherPublishedFormat (.csp, .spi3d, CLF and so on) and MeridianLutErrorNoPublishedFormat mean that the
- * file may be a LUT for another reader: for the latter parsedLutFileAtURL:error:, for the former a library such as
+ * MeridianLutErrorOtherPublishedFormat (.csp, .spi3d, CLF and so on) and MeridianLutErrorNoPublishedFormat mean that
+ * the file may be a LUT for another reader: for the latter parsedLutFileAtURL:error:, for the former a library such as
  * OpenColorIO.
  */
 + (PublishedLutFile* MERIDIAN_NULLABLE)publishedLutFileAtURL:(NSURL*)url
