@@ -54,8 +54,8 @@ double boundOf(const Steps& steps, std::size_t channel, double fraction) noexcep
   return (stored + low + high + sums) * roundingError + slopes * fraction;
 }
 
-/// Returns whether a cube may have cells. Places on axes of any form may be in the cell beside the definition's, for
-/// whose bound the points around it care.
+/// Returns whether a cube may have cells. On axes of AxisForm::any a place may be in the neighbour of the definition's
+/// cell; the bounds of the points cover neighbours, those of the cells do not.
 bool suitsCells(const CubeKernel& kernel) noexcept {
   return kernel.filterApplies && kernel.axisForm != AxisForm::any &&
          kernel.definition.faceSize <= CubeCells::mostPoints &&

@@ -1,7 +1,8 @@
 /// \file
 /// The cells of a cube as polynomials, which blend faster and more exactly than the points around a pixel do: what is
 /// rounded are steps between points, not the points themselves. They need much more memory, and their preparation takes
-/// as long as some million pixels gain, so they are made when that many pixels have been converted.
+/// as long as some million pixels gain, so for code values they are made when that many pixels have been converted, and
+/// for floating point with the kernel.
 #pragma once
 
 #include <atomic>
@@ -44,7 +45,7 @@ class CubeCells {
 };
 
 /// The cells of a cube: for code values made by the thread with which enough pixels have been converted; for floating
-/// point made from the start, since their last bits are others than those of the points, and the same colour has to
+/// point made from the start, because their last bits differ from those of the points, and the same colour has to
 /// yield the same result at all times.
 class CubeCellsOnDemand {
  public:

@@ -114,6 +114,9 @@ void CubeKernel::prepareAxes() {
   // The product with scaleHigh is exact, for values of at most 16 bits. What is rounded: scaleLow, its product and the
   // sum with the offset, all at most 2^-7 of the place's number; the offset; and the last sum, which is about 1.
   fractionError_ = roundingError * (1 + 4 * (last + largestOffset) * 0x1p-7 + 4 * largestOffset);
+  // Floating point has no bound that would tell, and a domain far from 0 may be shorter than its places are exact.
+  constexpr double mostError = 0x1p-14;
+  filterApplies = filterApplies && (formats || fractionError_ < mostError);
   flatMargin = roundedUp(2 * fractionError_ + 0x1p-40 * (last + largestOffset));
   if (axisForm != AxisForm::checked) return;
   codesAvoidPoints = true;
@@ -131,7 +134,8 @@ void CubeKernel::prepareAxes() {
 }
 
 /// Finds the scale with which single precision puts every code value into the cell that it is in, or to whose end; the
-/// last point is the end of the last cell. Returns false if there is none. Notes whether a code value is on a point.
+/// last point is the end of the last cell. Returns false if there is none. Clears codesAvoidPoints if a code value is
+/// on or next to a point between two cells.
 bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& axis) noexcept {
   const double unit = input.scale();
   // An end that takes part in the arithmetic has to be as short as the code values are.
@@ -186,8 +190,9 @@ void CubeKernel::prepareLattice() {
   const double highestResult = toResult(highestValue);
   constexpr double largest = 0x1p40;  // far more than a result that is not uncertain
   const bool isSmall = std::fabs(lowestResult) < largest && std::fabs(highestResult) < largest;
-  // Code values alone have a result for NaN, which single precision would not find.
-  if (formats ? !isSmall || hasNan : !std::isfinite(static_cast<float>(std::max(highestResult, -lowestResult)))) {
+  const bool isFinite = std::isfinite(static_cast<float>(std::max(highestResult, -lowestResult)));
+  // The definition yields 0 for NaN, which single precision would not.
+  if (hasNan || (formats ? !isSmall : !isFinite)) {
     filterApplies = false;
     return;
   }

@@ -129,7 +129,8 @@ class CubeKernel {
   std::int32_t highestBefore = 0;
   std::int32_t highest = 0;
 
-  /// Return by which scale and offset numbers of the cube become results if a code value of 1 is stored as `unit`.
+  /// Return the scale and the offset with which numbers of the cube become results. A code value of 1 is stored as
+  /// `unit`; floating-point results are stored as they are, whatever `unit` is.
   [[nodiscard]] double storedScale(double unit) const noexcept {
     return formats ? resultScale.factor / resultScale.unit * depthScale * unit : 1 / definition.unit();
   }

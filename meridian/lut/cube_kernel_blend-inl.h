@@ -7,7 +7,6 @@
 #define MERIDIAN_LUT_CUBE_KERNEL_BLEND_INL_H_
 #endif
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -55,13 +54,29 @@ HWY_INLINE hn::Vec<Tag> blendedFast(Tag /*d*/, hn::Vec<Tag> first, hn::Vec<Tag> 
 
 #if HWY_TARGET <= HWY_AVX3
 
-/// Lanes of a vector that holds eight fractions: those of four pixels, `count` copies of each.
-template <std::size_t copies>
-constexpr std::array<std::int32_t, 16> lanesOf(std::array<std::int32_t, 16 / copies> pixels) {
-  std::array<std::int32_t, 16> lanes{};
-  for (std::size_t i = 0; i < lanes.size(); ++i) lanes[i] = pixels[i / copies];
-  return lanes;
-}
+/// Lanes of a vector that holds eight fractions: copies of those of four pixels, which are every one or every second of
+/// the eight.
+template <ColorOrder order>
+struct FourPixelLanes {
+  using Lanes = decltype(hn::SetTableIndices(FloatTag(), static_cast<const std::int32_t*>(nullptr)));
+
+  static constexpr std::int32_t step = order == ColorOrder::pixels ? 1 : 2;
+  static constexpr std::int32_t start = order == ColorOrder::pixels ? 4 : 1;  ///< of the latter four
+
+  HWY_INLINE explicit FourPixelLanes(std::int32_t from)
+      : each(lanesOf(from, 4)), firstTwo(lanesOf(from, 8)), lastTwo(lanesOf(from + 2 * step, 8)) {}
+
+  Lanes each;
+  Lanes firstTwo;
+  Lanes lastTwo;
+
+ private:
+  static HWY_INLINE Lanes lanesOf(std::int32_t from, std::int32_t copies) {
+    alignas(64) std::int32_t lanes[16];
+    for (std::int32_t i = 0; i < 16; ++i) lanes[i] = from + i / copies * step;
+    return hn::SetTableIndices(FloatTag(), lanes);
+  }
+};
 
 /// Stores the colours of a block, four floats each, for a count that is a multiple of eight. The points are loaded
 /// pixel by pixel, each with its neighbour along blue, which is cheaper than gathering; four pixels at a time.
@@ -73,16 +88,11 @@ HWY_NOINLINE void blendTrilinear(const CubeKernel& kernel, const Places& places,
   const float* const nextBoth = nextRed + kernel.greenStride;
   const FloatTag wide;
   const hn::FixedTag<float, 8> pair;
-  constexpr std::int32_t step = order == ColorOrder::pixels ? 1 : 2;
-  constexpr std::int32_t start = order == ColorOrder::pixels ? 4 : 1;  // of the latter four
-  const auto indices = [&](const std::array<std::int32_t, 16>& lanes)
-                           HWY_ATTR { return hn::SetTableIndices(wide, lanes.data()); };
-  const auto eachOfFormer = indices(lanesOf<4>({0, step, 2 * step, 3 * step}));
-  const auto eachOfLatter = indices(lanesOf<4>({start, start + step, start + 2 * step, start + 3 * step}));
-  const auto firstOfFormer = indices(lanesOf<8>({0, step}));
-  const auto lastOfFormer = indices(lanesOf<8>({2 * step, 3 * step}));
-  const auto firstOfLatter = indices(lanesOf<8>({start, start + step}));
-  const auto lastOfLatter = indices(lanesOf<8>({start + 2 * step, start + 3 * step}));
+  using Lanes = FourPixelLanes<order>;
+  constexpr std::int32_t step = Lanes::step;
+  constexpr std::int32_t start = Lanes::start;
+  const Lanes former(0);
+  const Lanes latter(start);
   for (std::size_t i = 0; i < count; i += 8) {
     const auto red = hn::LoadU(wide, places.fractions[0] + i);
     const auto green = hn::LoadU(wide, places.fractions[1] + i);
@@ -96,18 +106,17 @@ HWY_NOINLINE void blendTrilinear(const CubeKernel& kernel, const Places& places,
       const auto upper = blendedFast(wide, load(nextGreen), load(nextBoth), redFraction);
       return blendedFast(wide, lower, upper, hn::TableLookupLanes(green, which));
     };
-    const auto fourPixels = [&](const std::int32_t* cells, const auto& first, const auto& last, const auto& each,
-                                float* into) HWY_ATTR {
-      const auto former = twoPixels(cells[0], cells[step], first);
-      const auto latter = twoPixels(cells[2 * step], cells[3 * step], last);
+    const auto fourPixels = [&](const std::int32_t* cells, const Lanes& lanes, float* into) HWY_ATTR {
+      const auto first = twoPixels(cells[0], cells[step], lanes.firstTwo);
+      const auto last = twoPixels(cells[2 * step], cells[3 * step], lanes.lastTwo);
       // The points of each pixel at the lower and at the upper end of the blue axis.
-      const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(2, 0, 2, 0))};
-      const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 1, 3, 1))};
-      hn::Store(blendedFast(wide, lower, upper, hn::TableLookupLanes(blue, each)), wide, into);
+      const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(first.raw, last.raw, _MM_SHUFFLE(2, 0, 2, 0))};
+      const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(first.raw, last.raw, _MM_SHUFFLE(3, 1, 3, 1))};
+      hn::Store(blendedFast(wide, lower, upper, hn::TableLookupLanes(blue, lanes.each)), wide, into);
     };
     const std::int32_t* const cells = places.cell + i;
-    fourPixels(cells, firstOfFormer, lastOfFormer, eachOfFormer, colors + i * 4);
-    fourPixels(cells + start, firstOfLatter, lastOfLatter, eachOfLatter, colors + i * 4 + 16);
+    fourPixels(cells, former, colors + i * 4);
+    fourPixels(cells + start, latter, colors + i * 4 + 16);
   }
 }
 
@@ -159,16 +168,11 @@ HWY_NOINLINE void blendCells(const CubeCells& cells, const Places& places, std::
   const IntTag integers;
   const hn::FixedTag<std::int32_t, 4> point;
   const auto steps = hn::Not(hn::FirstN(wide, 4));
-  constexpr std::int32_t step = areFloats ? 1 : 2;
-  constexpr std::int32_t start = areFloats ? 4 : 1;  // of the latter four
-  const auto indices = [&](const std::array<std::int32_t, 16>& lanes)
-                           HWY_ATTR { return hn::SetTableIndices(wide, lanes.data()); };
-  const auto eachOfFormer = indices(lanesOf<4>({0, step, 2 * step, 3 * step}));
-  const auto eachOfLatter = indices(lanesOf<4>({start, start + step, start + 2 * step, start + 3 * step}));
-  const auto firstOfFormer = indices(lanesOf<8>({0, step}));
-  const auto lastOfFormer = indices(lanesOf<8>({2 * step, 3 * step}));
-  const auto firstOfLatter = indices(lanesOf<8>({start, start + step}));
-  const auto lastOfLatter = indices(lanesOf<8>({start + 2 * step, start + 3 * step}));
+  using Lanes = FourPixelLanes<areFloats ? ColorOrder::pixels : ColorOrder::evenThenOdd>;
+  constexpr std::int32_t step = Lanes::step;
+  constexpr std::int32_t start = Lanes::start;
+  const Lanes former(0);
+  const Lanes latter(start);
   for (std::size_t i = 0; i < count; i += 8) {
     const auto red = hn::LoadU(wide, places.fractions[0] + i);
     const auto blue = hn::LoadU(wide, places.fractions[2] + i);
@@ -183,19 +187,18 @@ HWY_NOINLINE void blendCells(const CubeCells& cells, const Places& places, std::
       }
     };
     const auto twoPixels = [&](std::size_t pixel, const auto& which) HWY_ATTR {
-      const auto former = alongGreen(pixel);
-      const auto latter = alongGreen(pixel + step);
-      const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(1, 0, 1, 0))};
-      const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 2, 3, 2))};
+      const auto first = alongGreen(pixel);
+      const auto second = alongGreen(pixel + step);
+      const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(first.raw, second.raw, _MM_SHUFFLE(1, 0, 1, 0))};
+      const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(first.raw, second.raw, _MM_SHUFFLE(3, 2, 3, 2))};
       return hn::MulAdd(upper, hn::TableLookupLanes(red, which), lower);
     };
-    const auto fourPixels = [&](std::size_t pixel, const auto& first, const auto& last, const auto& each,
-                                Number* into) HWY_ATTR {
-      const auto former = twoPixels(pixel, first);
-      const auto latter = twoPixels(pixel + 2 * step, last);
-      const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(2, 0, 2, 0))};
-      const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(former.raw, latter.raw, _MM_SHUFFLE(3, 1, 3, 1))};
-      const auto color = hn::MulAdd(upper, hn::TableLookupLanes(blue, each), lower);
+    const auto fourPixels = [&](std::size_t pixel, const Lanes& lanes, Number* into) HWY_ATTR {
+      const auto first = twoPixels(pixel, lanes.firstTwo);
+      const auto last = twoPixels(pixel + 2 * step, lanes.lastTwo);
+      const hn::Vec<FloatTag> lower{_mm512_shuffle_f32x4(first.raw, last.raw, _MM_SHUFFLE(2, 0, 2, 0))};
+      const hn::Vec<FloatTag> upper{_mm512_shuffle_f32x4(first.raw, last.raw, _MM_SHUFFLE(3, 1, 3, 1))};
+      const auto color = hn::MulAdd(upper, hn::TableLookupLanes(blue, lanes.each), lower);
       if constexpr (areFloats) {
         hn::Store(color, wide, into);
       } else {
@@ -208,8 +211,8 @@ HWY_NOINLINE void blendCells(const CubeCells& cells, const Places& places, std::
         hn::Store(hn::Add(points, nearestInteger(color)), integers, into);
       }
     };
-    fourPixels(0, firstOfFormer, lastOfFormer, eachOfFormer, colors + i * 4);
-    fourPixels(start, firstOfLatter, lastOfLatter, eachOfLatter, colors + i * 4 + 16);
+    fourPixels(0, former, colors + i * 4);
+    fourPixels(start, latter, colors + i * 4 + 16);
   }
 #else
   const PointTag d;

@@ -139,7 +139,11 @@ HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* cells, 
   if (uncertain.count > count / 2) {
     convertWholeBlock(kernel, source, count, results);
     uncertain.count = 0;
-    uncertain.exactBlocks = 15;
+    constexpr std::size_t mostAtOnce = 15;
+    uncertain.streak = std::min(2 * uncertain.streak + 1, mostAtOnce);
+    uncertain.exactBlocks = uncertain.streak;
+  } else {
+    uncertain.streak = 0;
   }
 }
 
@@ -228,16 +232,14 @@ class RowConverter {
     column += 2 * blockSize;
     if (column >= source.width) return;
     const std::size_t count = std::min(blockSize, source.width - column);
-    const auto ask = [](const Sample* from, std::size_t samples) {
-      for (std::size_t i = 0; i < samples; i += 64 / sizeof(Sample)) hwy::Prefetch(from + i);
-    };
-    if (sourceChannels_ > 0) {
-      ask(source.red().at(row, column), count * sourceChannels_);
-    } else {
-      for (std::size_t channel = 0; channel < 3; ++channel) {
-        const ImagePlane<const Sample>& plane = source.planes[channel];
-        if (plane.pixelStride == sizeof(Sample)) ask(plane.at(row, column), count);
-      }
+    constexpr std::size_t cacheLine = 64;
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+      const ImagePlane<const Sample>& plane = source.planes[channel];
+      const auto stride = static_cast<std::size_t>(std::max<std::ptrdiff_t>(plane.pixelStride, 0));
+      if (stride > 4 * sizeof(Sample)) return;
+      const auto* const from = reinterpret_cast<const std::byte*>(plane.at(row, column));
+      for (std::size_t i = 0; i < count * stride; i += cacheLine) hwy::Prefetch(from + i);
+      if (stride > sizeof(Sample)) return;  // interleaved, so that these are the other channels too
     }
   }
 
@@ -319,16 +321,16 @@ class RowConverter {
   void settleUncertainPixels() {}
 #endif
 
+  Planes<Plane> source_;
+  Planes<Plane> results_;
+  alignas(64) Sample buffer_[blockSize * 4];
   const CubeKernel& kernel_;
   const PixelRows<Sample>& rows_;
   const CubeCells* cells_;
   /// The channels of interleaved samples, 3 or 4; 0 for planes of any other strides.
   std::size_t sourceChannels_;
   std::size_t destinationChannels_;
-  Planes<Plane> source_;
-  Planes<Plane> results_;
   UncertainOfBlock uncertainOfBlock_;
-  alignas(64) Sample buffer_[blockSize * 4];
 };
 
 inline void applyBytes(const CubeKernel& kernel, const CubeCells* cells, const PixelRows<std::uint8_t>& rows) {

@@ -3,8 +3,8 @@
 ///
 /// Every operation is the one that image_definition.cpp does, in the same order, so that every rounding is the same; a
 /// sum or product in a vector rounds as a scalar one does. One quotient is found in another way that rounds the same
-/// (wholeQuotient); nothing else is fused. What the definition does for NaN, or
-/// for axes without a length, is left out, since the filter does not apply to such cubes.
+/// (wholeQuotient); nothing else is fused. What the definition does for NaN, or for axes without a length, is left out,
+/// since the filter does not apply to such cubes.
 #if defined(MERIDIAN_LUT_CUBE_KERNEL_EXACT_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef MERIDIAN_LUT_CUBE_KERNEL_EXACT_INL_H_
 #undef MERIDIAN_LUT_CUBE_KERNEL_EXACT_INL_H_
@@ -257,6 +257,7 @@ HWY_INLINE void convertExactly(const CubeKernel& kernel, const CodePlanes& codes
 struct UncertainPixels {
   static constexpr std::size_t enough = 96;
   static constexpr std::size_t capacity = enough + blockSize;
+  static_assert(capacity % exactGroup == 0);  // they are converted in whole groups
 
   alignas(64) std::uint16_t codes[3][capacity];
   std::size_t rows[capacity];

@@ -80,6 +80,61 @@ TEST(ImageLut, FloatingPointStaysNearTheDefinition) {
   }
 }
 
+TEST(ImageLut, FloatingPointIsRightWhereSinglePrecisionIsNotEnough) {
+  const auto withNan =
+      test::cubeColors(2, [](double r, double g, double b) { return LutColor{r + g + b > 2.5 ? NAN : r, g, b}; });
+  std::mt19937 random(37);
+  std::uniform_real_distribution<double> unit(0, 1);
+  const auto noise =
+      test::cubeColors(8, [&](double, double, double) { return LutColor{unit(random), unit(random), unit(random)}; });
+  const auto shared = [](const std::vector<LutColor>& colors) {
+    return std::make_shared<const std::vector<LutColor>>(colors);
+  };
+  const LutDeclaredDomain farOff{{1000, 1000, 1000}, {1000.001, 1000.001, 1000.001}, true};
+  for (const LutCubeStage& stage : {LutCubeStage{2, shared(withNan)}, LutCubeStage{8, shared(noise), farOff}}) {
+    const PublishedLut lut{.stages = {stage}};
+    const double low = stage.domain.minimum.red;
+    std::vector<float> source(96);
+    for (std::size_t i = 0; i < source.size(); ++i) {
+      source[i] = static_cast<float>(low + (stage.domain.maximum.red - low) * static_cast<double>(i) / 95);
+    }
+    const ImageLut prepared = ImageLut::forFloats(lut);
+    test::onEveryInstructionSet([&] {
+      std::vector<float> result(source.size());
+      ASSERT_TRUE(prepared.apply(ImageView<const float>::packed(ImageLayout::rgb, source.data(), 32, 1),
+                                 ImageView<float>::packed(ImageLayout::rgb, result.data(), 32, 1)));
+      for (std::size_t i = 0; i < source.size(); i += 3) {
+        const LutColor expected = prepared.pixel(LutColor{source[i], source[i + 1], source[i + 2]});
+        EXPECT_NEAR(result[i], expected.red, 1e-5) << source[i];
+        EXPECT_NEAR(result[i + 1], expected.green, 1e-5) << source[i];
+        EXPECT_NEAR(result[i + 2], expected.blue, 1e-5) << source[i];
+      }
+    });
+  }
+}
+
+TEST(ImageLut, AColorHasOneFloatingPointResultHoweverManyPixelsAreConverted) {
+  std::mt19937 random(43);
+  std::uniform_real_distribution<double> unit(0, 1);
+  const auto colors =
+      test::cubeColors(5, [&](double, double, double) { return LutColor{unit(random), unit(random), unit(random)}; });
+  constexpr std::size_t pixels = 20000;  // enough for the cells of a cube
+  std::vector<float> source(pixels * 3);
+  for (float& sample : source) sample = static_cast<float>(unit(random));
+  test::onEveryInstructionSet([&] {
+    const ImageLut lut = ImageLut::forFloats(*test::cubeFile(colors));
+    std::vector<float> single(source.size());
+    for (std::size_t i = 0; i < source.size(); i += 3) {
+      ASSERT_TRUE(lut.apply(ImageView<const float>::packed(ImageLayout::rgb, source.data() + i, 1, 1),
+                            ImageView<float>::packed(ImageLayout::rgb, single.data() + i, 1, 1)));
+    }
+    std::vector<float> together(source.size());
+    ASSERT_TRUE(lut.apply(ImageView<const float>::packed(ImageLayout::rgb, source.data(), pixels, 1),
+                          ImageView<float>::packed(ImageLayout::rgb, together.data(), pixels, 1)));
+    EXPECT_TRUE(single == together);
+  });
+}
+
 TEST(ImageLut, RedFastestIsTheTransposedCube) {
   std::mt19937 random(41);
   std::uniform_real_distribution<double> unit(0, 1);

@@ -264,7 +264,7 @@ TEST_F(LutCommand, ErrorsAndWarningsNameTheReadingThatHelps) {
        "warning: has whole numbers like code values, although 1 is white in its format: the highest is 255; "},
       {write("negative.cube", "LUT_3D_SIZE 2\n" + rows + "1 1 -0.5\n"), "published", 0,
        "warning: has negative results, which become 0 in images of code values: down to -0.5; apply"},
-      {path("negative.cube"), "suite", 0, "and leave single samples without a result: the lowest is -0.5; apply"},
+      {path("negative.cube"), "suite", 0, "and for which sample converters have no result: the lowest is -0.5; apply"},
       {write("notes.cube", "LUT_3D_SIZE 2\n" + rows + "1 1 1\nmade by hand\n"), "published", 0,
        "warning: has lines that are ignored: line 10: made by hand; "},
       {path("notes.cube"), "suite", 0, "has lines that are ignored: 1 after the first row, the first is line 10; "},
