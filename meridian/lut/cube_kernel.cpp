@@ -133,9 +133,9 @@ void CubeKernel::prepareAxes() {
   fractionError_ = roundingError * (1 + 2 * last * 0x1p-7);
 }
 
-/// Finds the scale with which single precision puts every code value into the cell that it is in, or to whose end; the
-/// last point is the end of the last cell. Returns false if there is none. Clears codesAvoidPoints if a code value is
-/// on or next to a point between two cells.
+/// Finds a scale with which single precision puts every code value into its cell. A value on a point may be at the end
+/// of the cell before it; one on the last point has to be. Returns false if no scale does. Clears codesAvoidPoints if a
+/// code value is on or next to a point between two cells.
 bool CubeKernel::findPointScale(const AxisRule& rule, double scale, FastAxis& axis) noexcept {
   const double unit = input.scale();
   // An end that takes part in the arithmetic has to be as short as the code values are.

@@ -114,7 +114,6 @@ HWY_NOINLINE void convertWholeBlock(const CubeKernel& kernel, const Planes<std::
 /// Lists the pixels whose results are uncertain.
 HWY_INLINE void convertPlanes(const CubeKernel& kernel, const CubeCells* cells, const Planes<std::uint16_t>& source,
                               std::size_t count, Planes<std::uint16_t>& results, UncertainOfBlock& uncertain) {
-  uncertain.count = 0;
   if (!kernel.filterApplies) return convertPlainly(kernel, source, count, results);
   if (uncertain.exactBlocks > 0) {
     --uncertain.exactBlocks;

@@ -157,7 +157,7 @@ struct UncertainOfBlock {
   std::uint8_t pixels[blockSize];
   std::size_t count = 0;
   std::size_t exactBlocks = 0;
-  /// How many of those there were last; 0 if the filter was useful since.
+  /// The last such number; 0 once the filter was useful.
   std::size_t streak = 0;
 };
 static_assert(blockSize <= 256);

@@ -47,7 +47,8 @@ struct LutRange {
 };
 
 /// A 1D LUT: each channel's inputs from `domain.minimum` to `domain.maximum` run from the first row to the last, linear
-/// between rows. Inputs outside are clamped; NaN counts as the minimum.
+/// between rows. Inputs outside are clamped; NaN counts as the minimum. Each minimum has to be below its maximum;
+/// results have no meaning otherwise.
 struct LutCurve {
   SharedLutColors rows;
   LutDeclaredDomain domain{};
@@ -55,8 +56,9 @@ struct LutCurve {
 
 /// A cube of `faceSize`³ colours, blue running fastest whatever the order in the file. Inputs from `domain.minimum` to
 /// `domain.maximum` run from the first to the last point of each axis. Inputs outside are clamped; NaN counts as the
-/// minimum. Terminates the process when it is applied with another number of colours. Colours between the points are
-/// found by `interpolation`, or as the caller says if the file does not declare one.
+/// minimum; each minimum has to be below its maximum, and results have no meaning otherwise. `faceSize` is 1 to 2^20;
+/// another one, or another number of colours, terminates the process when the stage is applied. Colours between the
+/// points are found by `interpolation`, or as the caller says if the file does not declare one.
 struct LutCubeStage {
   std::int64_t faceSize = 0;
   SharedLutColors points;

@@ -85,7 +85,8 @@ class FormatFinder {
     return std::nullopt;
   }
 
-  /// Returns what a line of numbers decides: a format, or that there is none; absent if the next line has to be seen.
+  /// Decides by a line of numbers. Returns nothing if the next line is needed for that; otherwise the format, or an
+  /// empty inner optional for a file in no format.
   std::optional<std::optional<LutFormat>> byNumbers(std::string_view line) {
     if (hasExtension("spimtx")) return LutFormat::spimtx;
     std::size_t count = 0;

@@ -79,8 +79,7 @@ class TextLines {
   std::uint64_t number_ = 0;
 };
 
-/// Removes the first word from the text and returns it; empty if there is none. Words are separated by ASCII white
-/// space.
+/// Returns the first word and removes it from the text; empty if there is no word. ASCII white space separates words.
 [[nodiscard]] std::string_view firstWord(std::string_view& text) noexcept;
 
 /// Returns the numbers of a line: exactly three, or nothing.

@@ -221,7 +221,7 @@ void addLut(py::module_& module) {
   type.def(
       py::init(&opened), "path"_a,
       "Reads a LUT from a text file as the suite does; PublishedLut reads it as its format says. Raises LutError with "
-      "the reason; it is a FileNotFoundError, too, if there is no such file.");
+      "the reason, which is also a FileNotFoundError for a missing file.");
   type.def_buffer(&rowsOf);
   type.def_property_readonly("path", [](const Lut& lut) { return shown(lut.file->file().path()); }, "Its path.");
   type.def_property_readonly(

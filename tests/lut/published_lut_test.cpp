@@ -119,7 +119,7 @@ TEST_F(PublishedLutFiles, ThreeDlFilesHaveBlueFastestAndADepth) {
     const auto lut = read("look.3dl", each.text);
     ASSERT_TRUE(lut) << lut.error().message() << each.text;
     EXPECT_EQ(lut->format, LutFormat::threeDl);
-    EXPECT_EQ(lut->stages.size(), 1U) << "a straight shaper is none";
+    EXPECT_EQ(lut->stages.size(), 1U) << "a straight shaper adds no stage";
     const double white = (*cubeOf(*lut).points)[7].red;
     EXPECT_DOUBLE_EQ(std::round(white * each.unit), white * each.unit) << each.text;
     EXPECT_EQ((*cubeOf(*lut).points)[1], (LutColor{0, 0, white})) << each.text;

@@ -19,7 +19,7 @@ namespace meridian::command {
 /// which only some LUTs need.
 struct LutFormatModule {
   /// Reads a regular file of the format, which `readPublishedLut` has to have left to others. Matrices, ranges, 1D LUTs
-  /// and cubes become stages; what is none of them becomes a function that OpenColorIO computes, with a warning.
+  /// and cubes become stages; other operations become functions that OpenColorIO computes, with a warning.
   /// Returns notReadByLibrary with OpenColorIO's reason. Throws nothing but std::bad_alloc.
   Expected<PublishedLut, LutError> (*read)(const std::string& path, LutFormat format);
 };

@@ -44,12 +44,6 @@ bool mayBeReadLeniently(LutErrorCode code) noexcept {
          code == surplusRows || code == unknownCubeSize || code == implausibleValues;
 }
 
-}  // namespace
-
-bool isReadBySuite(LutFormat format) noexcept { return format == LutFormat::cube || format == LutFormat::threeDl; }
-
-namespace {
-
 /// Reads a file of a format that the library leaves to others.
 Expected<PublishedLut, LutError> readByModule(const std::string& path, LutFormat format) {
   const auto symbol = moduleSymbol(MERIDIAN_LUT_FORMAT_MODULE, lutFormatModuleEntry);
@@ -83,6 +77,8 @@ ChosenLut suiteLut(const std::string& path, const ImageLutOptions& options) {
 }
 
 }  // namespace
+
+bool isReadBySuite(LutFormat format) noexcept { return format == LutFormat::cube || format == LutFormat::threeDl; }
 
 Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLut(const std::string& path) {
   setLogger(std::make_shared<SilentLogger>());
