@@ -5,13 +5,13 @@ import gc
 import os
 import pickle
 import threading
-import time
 import weakref
 from pathlib import Path
 
 import pytest
 
 import meridian
+import other_threads
 
 
 @pytest.fixture
@@ -221,18 +221,4 @@ def many(tmp_path_factory):
     lambda many: meridian.claim_file_amongst_directories("many", [many], "mov").remove()],
     ids=["name", "paths", "path", "claim", "claims", "claim amongst"])
 def test_other_threads_run_while_names_are_looked_for(many, call):
-    times, done = [], threading.Event()
-
-    def count():
-        while not done.is_set():
-            times.append(time.perf_counter())
-            time.sleep(0.0002)
-
-    other = threading.Thread(target=count)
-    other.start()
-    begin = time.perf_counter()
-    call(many)
-    end = time.perf_counter()
-    done.set()
-    other.join()
-    assert sum(begin < moment < end for moment in times) > 2
+    assert other_threads.run_during(lambda: call(many))

@@ -4,14 +4,13 @@ import array
 import ctypes
 import gc
 import sys
-import threading
-import time
 import weakref
 
 import numpy
 import pytest
 
 import meridian
+import other_threads
 
 SIZE = 9
 TYPES = [numpy.uint8, numpy.uint16, numpy.float32]
@@ -276,23 +275,8 @@ def test_images_of_one_buffer_are_refused_exactly_where_they_share_samples(lut):
 
 
 def test_other_threads_run_while_a_lut_is_applied(lut):
-    """Another thread counts during one call; with the lock held it would count nothing."""
     image = numpy.zeros((2160, 3840, 3), numpy.uint16)
-    counted, stop = [], threading.Event()
-
-    def count():
-        while not stop.is_set():
-            counted.append(time.perf_counter())
-            time.sleep(0.001)
-
-    thread = threading.Thread(target=count)
-    thread.start()
-    begin = time.perf_counter()
-    lut.apply(image, image)
-    end = time.perf_counter()
-    stop.set()
-    thread.join()
-    assert sum(begin < moment < end for moment in counted) >= 3
+    assert other_threads.run_during(lambda: lut.apply(image, image))
 
 
 def test_applying_copies_nothing_and_lets_go_of_the_buffers(lut):
@@ -376,21 +360,4 @@ def test_without_numpy_the_result_is_a_memoryview(lut, monkeypatch):
 def test_other_threads_run_while_a_file_is_opened(tmp_path):
     path = tmp_path / "slow.cube"
     path.write_text("LUT_3D_SIZE 60\n" + "0.123456 0.234567 0.345678\n" * 60**3)
-    rounds = 0
-    done = threading.Event()
-
-    def count():
-        nonlocal rounds
-        while not done.is_set():
-            rounds += 1
-            time.sleep(0.0002)
-
-    other = threading.Thread(target=count)
-    other.start()
-    time.sleep(0.01)
-    before = rounds
-    meridian.ParsedLutFile(path)
-    during = rounds - before
-    done.set()
-    other.join()
-    assert during > 2
+    assert other_threads.run_during(lambda: meridian.ParsedLutFile(path))
