@@ -192,6 +192,10 @@ void explainValue(ExplainedSetting& setting) {
     return;
   }
   setting.property = properties.front();
+  if (isCopyOfSource(setting.flag, setting.value)) {
+    setting.meaning = "as the source";
+    return;
+  }
   for (const TranscodeProperty* const property : properties) {
     setting.typed = valueOfText(*property, setting.value);
     if (!setting.typed) continue;
@@ -281,8 +285,14 @@ std::optional<std::string> valuelessFlagBefore(const ReadFlag& rejected, const T
 }
 
 TranscodeError errorOf(const RejectedEntry& entry) {
-  const bool isPreset = entry.flag == SAVPresetFlag.rawValue();
   TranscodeError error;
+  if (entry.writtenFlag == SAVCliPresetsFlag.rawValue()) {
+    error.code = TranscodeErrorCode::listing;
+    error.place = entry.writtenFlag;
+    if (!entry.value.empty()) error.detail = inQuotes(entry.value) + " is not used";
+    return error;
+  }
+  const bool isPreset = entry.flag == SAVPresetFlag.rawValue();
   error.code = isPreset ? TranscodeErrorCode::unknownPreset : TranscodeErrorCode::unknownFlag;
   error.place = entry.flag;
   if (isPreset) error.detail = inQuotes(entry.value);
@@ -335,6 +345,8 @@ std::vector<std::string> notesOn(const TranscodeCliArguments& arguments) {
     std::string reason = "no codec is given";
     if (arguments.hasArgumentFlag(SAVCopyAudioFlag.rawValue())) {
       reason = "-acopy asks for it";
+    } else if (arguments.argumentFlagValue(SAVAudioFormatFlag.rawValue()) == SAVCopySourceValue) {
+      reason = "-acodec asks for it";
     } else if (arguments.hasArgumentFlag(SAVAudioFormatFlag.rawValue())) {
       reason = "its codec cannot be encoded";
     }

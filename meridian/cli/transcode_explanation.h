@@ -89,13 +89,19 @@ struct EnumerationTable<TranscodeWarningCode> {
 using TranscodeWarning = Advised<Warning<TranscodeWarningCode>>;
 
 /// Why an entry of an argument vector was rejected.
-enum class TranscodeErrorCode : std::uint8_t { unknownFlag, unknownPreset };
+enum class TranscodeErrorCode : std::uint8_t {
+  unknownFlag,
+  unknownPreset,
+  /// The flag is "-presets", a listing command, which a store takes for a preset without a name.
+  listing,
+};
 
 template <>
 struct EnumerationTable<TranscodeErrorCode> {
   static constexpr auto rows = std::to_array<ErrorRow<TranscodeErrorCode>>({
       {TranscodeErrorCode::unknownFlag, "unknownFlag", "is not a flag of the transcoder", "check the spelling"},
       {TranscodeErrorCode::unknownPreset, "unknownPreset", "does not name a preset", "check the spelling"},
+      {TranscodeErrorCode::listing, "listing", "prints the presets, and is not kept as a setting"},
   });
 };
 
@@ -164,6 +170,9 @@ struct RejectedEntry {
   /// value cannot begin with "-".
   std::optional<std::string> valueless;
   TranscodeError error;
+
+  /// Returns whether the entry asks the transcoder for a listing, and so is not an error.
+  [[nodiscard]] bool isListing() const noexcept { return error.code == TranscodeErrorCode::listing; }
 };
 
 /// A word that belongs to no flag.

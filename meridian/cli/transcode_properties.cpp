@@ -445,6 +445,15 @@ std::optional<PropertyValue> valueOfText(const TranscodeProperty& property, std:
   return parsedText(property, text);
 }
 
+bool isCopyOfSource(std::string_view flag, std::string_view text) noexcept {
+  static constexpr auto flags = std::to_array<std::string_view>(
+      {SAVVideoFormatFlag.rawValue(), SAVVideoFrameRateFlag.rawValue(), SAVVideoDimensionsFlag.rawValue(),
+       SAVVideoBitRateFlag.rawValue(), SAVVideoBitDepthFlag.rawValue(), SAVVideoColorSpaceFlag.rawValue(),
+       SAVAudioFormatFlag.rawValue(), SAVAudioSampleRateFlag.rawValue(), SAVAudioBitsPerChannelFlag.rawValue(),
+       SAVAudioChannelLayoutFlag.rawValue(), SAVAudioBitRateFlag.rawValue()});
+  return text == SAVCopySourceValue && std::ranges::find(flags, flag) != flags.end();
+}
+
 std::vector<std::string_view> allowedTexts(const TranscodeProperty& property) {
   return withAccess(property.kind, []<typename Access>(Access access) {
     std::vector<std::string_view> texts;

@@ -110,6 +110,11 @@ MERIDIAN_API void removeProperty(TranscodeCliArguments& arguments, const Transco
 [[nodiscard]] MERIDIAN_API std::optional<PropertyValue> valueOfText(const TranscodeProperty& property,
                                                                     std::string_view text);
 
+/// Returns whether the text of a flag is "copy" and means "as the source": after "-vcodec", "-vr", "-dims", "-vbr",
+/// "-vbd", "-c_space", "-acodec", "-asr", "-abpc", "-acl" and "-abr". Such a text is not valid for the property, which
+/// is absent.
+[[nodiscard]] MERIDIAN_API bool isCopyOfSource(std::string_view flag, std::string_view text) noexcept;
+
 /// Returns the texts of which a property accepts one, in their order; empty for a property of another kind.
 [[nodiscard]] MERIDIAN_API std::vector<std::string_view> allowedTexts(const TranscodeProperty& property);
 

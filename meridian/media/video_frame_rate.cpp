@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
 #include "meridian/media/frame_rate.h"
@@ -32,24 +33,41 @@ std::optional<VideoFrameRate> standardRateDisplayedAlike(const VideoFrameRate& r
   return std::nullopt;
 }
 
+std::optional<VideoFrameRate> frameRateMeantBy(double framesPerSecond) {
+  const auto rational = framesPerSecond > 0 ? MediaRational::fromRawValue(framesPerSecond) : std::nullopt;
+  const auto rate = rational ? VideoFrameRate::matching(*rational) : std::nullopt;
+  if (!rate || rate->kind() != VideoFrameRateKind::custom) return rate;
+  if (framesPerSecond == tableRow(FrameRateKind::fps23_98).storedValue) return VideoFrameRate::ntsc24p;
+  const auto distanceTo = [framesPerSecond](const MediaRational& each) {
+    return std::abs(each.rawValue() - framesPerSecond);
+  };
+  // From 1001 on, N * 1000/1001 is as far from N as the next whole number.
+  if (framesPerSecond <= 1000) {
+    const MediaRational whole{std::llround(framesPerSecond), 1};
+    const MediaRational reduced{std::llround(framesPerSecond * 1001 / 1000) * 1000, 1001};
+    const MediaRational& nearest = distanceTo(whole) <= distanceTo(reduced) ? whole : reduced;
+    constexpr double tolerance = 0.005;
+    if (nearest.numerator > 0 && distanceTo(nearest) <= tolerance) return VideoFrameRate::matching(nearest);
+  }
+  const std::int64_t divisor = gcd(rational->numerator, rational->denominator);
+  return VideoFrameRate::custom({rational->numerator / divisor, rational->denominator / divisor});
+}
+
 std::string describeFrameRate(double framesPerSecond) {
   if (!(framesPerSecond > 0)) return "not a frame rate: it has to be above 0";
-  const auto rational = MediaRational::fromRawValue(framesPerSecond);
-  const auto rate = rational ? VideoFrameRate::matching(*rational) : std::nullopt;
-  if (!rate) return "too large for a frame rate";
+  const auto meant = frameRateMeantBy(framesPerSecond);
+  if (!meant) return "too large for a frame rate";
   const std::string text = plainDecimalText(framesPerSecond) + " fps";
-  const auto ratioOf = [](const VideoFrameRate& each) {
-    return std::to_string(each.rawValue().numerator) + "/" + std::to_string(each.rawValue().denominator);
-  };
-  if (framesPerSecond == tableRow(FrameRateKind::fps23_98).storedValue) {
-    return text + ", the stored form of " + ratioOf(VideoFrameRate::ntsc24p);
-  }
-  if (const auto alike = standardRateDisplayedAlike(*rate)) {
-    return text + ", not a standard rate; " + std::string(rawValue(alike->kind())) + " looks the same but is " +
-           ratioOf(*alike);
-  }
-  if (rate->kind() == VideoFrameRateKind::custom) return text + ", not a standard rate";
-  return text + (rate->rawValue().denominator == 1 ? "" : " = " + ratioOf(*rate));
+  const MediaRational rational = meant->rawValue();
+  const bool isWhole = rational.denominator == 1;
+  const std::string ratio =
+      std::to_string(rational.numerator) + (isWhole ? "" : "/" + std::to_string(rational.denominator));
+  if (framesPerSecond == tableRow(FrameRateKind::fps23_98).storedValue) return text + ", the stored form of " + ratio;
+  const auto exact = VideoFrameRate::matching(*MediaRational::fromRawValue(framesPerSecond));
+  if (exact->kind() != VideoFrameRateKind::custom) return text + (isWhole ? "" : " = " + ratio);
+  constexpr double millionth = 1e-6;
+  if (std::abs(rational.rawValue() - framesPerSecond) > millionth) return text + ", meaning " + ratio;
+  return text + ", not a standard rate";
 }
 
 }  // namespace meridian::inline v0_2

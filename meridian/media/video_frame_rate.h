@@ -168,10 +168,15 @@ inline constexpr auto standardVideoFrameRates = std::to_array<VideoFrameRate>(
 /// absent for a standard rate, and if no standard rate looks alike.
 [[nodiscard]] MERIDIAN_API std::optional<VideoFrameRate> standardRateDisplayedAlike(const VideoFrameRate& rate);
 
-/// Describes a number of frames per second together with the exact standard rate that it matches: "23.976 fps =
-/// 24000/1001", "25 fps", "12.5 fps, not a standard rate". Says that 23.967 is the stored form of 24000/1001, and names
-/// the standard rate that a custom rate such as 23.98 looks like. Says so where it is not a frame rate: not above 0,
-/// not finite or too large.
+/// Returns the exact rate that is meant by a number of frames per second as people and stored settings write it: a
+/// whole number N or N * 1000/1001 if that is at most 0.005 away, so that 23.976 and 23.98 are both 24000/1001; also
+/// 24000/1001 for 23.967, the stored form of 23.98. Any other number is a custom rate in millionths: 12.5 is 25/2.
+/// Absent for a number that is not above 0, not finite or too large.
+[[nodiscard]] MERIDIAN_API std::optional<VideoFrameRate> frameRateMeantBy(double framesPerSecond);
+
+/// Describes a number of frames per second together with the exact rate that is meant by it: "23.976 fps =
+/// 24000/1001", "25 fps", "23.98 fps, meaning 24000/1001", "12.5 fps, not a standard rate". Says that 23.967 is the
+/// stored form of 24000/1001. Says so where it is not a frame rate: not above 0, not finite or too large.
 [[nodiscard]] MERIDIAN_API std::string describeFrameRate(double framesPerSecond);
 
 }  // namespace meridian::inline v0_2

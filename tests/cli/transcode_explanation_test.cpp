@@ -212,10 +212,7 @@ TEST(TranscodeExplanationTest, FindsThePropertyAndTheMeaningOfEachFlag) {
   };
   const Case cases[]{{{"-vr", "23.976"}, "videoFrameRate", 23.976F, "23.976 fps = 24000/1001"},
                      {{"-vr", "23.967"}, "videoFrameRate", 23.967F, "23.967 fps, the stored form of 24000/1001"},
-                     {{"-vr", "23.98"},
-                      "videoFrameRate",
-                      23.98F,
-                      "23.98 fps, not a standard rate; ntsc24p looks the same but is 24000/1001"},
+                     {{"-vr", "23.98"}, "videoFrameRate", 23.98F, "23.98 fps, meaning 24000/1001"},
                      {{"-vr", "12.5"}, "videoFrameRate", 12.5F, "12.5 fps, not a standard rate"},
                      {{"-tc_rate", "12.5"}, "timecodeFrameRate", 12.5F, "12.5 fps, not a standard rate"},
                      {{"-vr", "0"}, "videoFrameRate", 0.0F, "not a frame rate: it has to be above 0"},
@@ -307,8 +304,34 @@ TEST(TranscodeExplanationTest, SuggestsWhatARejectedWordWasMeantToBe) {
                                    : valueless ? "cannot be the value of " + *valueless
                                                : "check the spelling"));
   }
-  EXPECT_EQ(explained({"-presets", "fast"}).rejectedEntries.at(0).error.message(),
-            R"("-preset": does not name a preset: "fast" after -presets; check the spelling)");
+  EXPECT_EQ(explained({"-presetx", "fast"}).rejectedEntries.at(0).error.message(),
+            R"("-preset": does not name a preset: "fast" after -presetx; check the spelling)");
+}
+
+TEST(TranscodeExplanationTest, TakesPresetsForTheListingThatItIs) {
+  const RejectedEntry listing = explained({"-presets"}).rejectedEntries.at(0);
+  EXPECT_TRUE(listing.isListing());
+  EXPECT_EQ(listing.flag, "-preset");
+  EXPECT_EQ(listing.error.message(), R"("-presets": prints the presets, and is not kept as a setting)");
+  EXPECT_THAT(explained({"-presets", "fast"}).rejectedEntries.at(0).error.message(), HasSubstr("\"fast\" is not used"));
+  EXPECT_FALSE(explained({"-preset"}).rejectedEntries.at(0).isListing());
+  EXPECT_FALSE(explained({"-presets", "-preset", "fast"}).rejectedEntries.at(0).isListing());
+}
+
+TEST(TranscodeExplanationTest, ReadsCopyAsTheSourceWhereThereIsOneToCopy) {
+  for (const char* const flag :
+       {"-vcodec", "-vr", "-dims", "-vbr", "-vbd", "-c_space", "-acodec", "-asr", "-abpc", "-acl", "-abr"}) {
+    const ExplainedSetting setting = explained({flag, "Copy"}).settings.at(0);
+    EXPECT_EQ(setting.meaning, "as the source") << flag;
+    EXPECT_EQ(setting.typed, std::nullopt) << flag;
+    EXPECT_TRUE(std::ranges::none_of(setting.warnings, [](const TranscodeWarning& warning) {
+      return warning.code == TranscodeWarningCode::invalidValue;
+    })) << flag;
+  }
+  for (const char* const flag : {"-key_frames", "-aqual", "-tc_rate", "-crop_anchor"}) {
+    EXPECT_EQ(explained({flag, "copy"}).settings.at(0).warnings.at(0).code, TranscodeWarningCode::invalidValue) << flag;
+  }
+  EXPECT_THAT(explained({"-acodec", "copy"}).notes, ElementsAre("audio is copied because -acodec asks for it"));
 }
 
 }  // namespace

@@ -111,5 +111,42 @@ TEST(FrameRate, ListsAndFilters) {
             2U);
 }
 
+TEST(VideoFrameRate, FindsTheExactRateThatIsMeantByANumber) {
+  struct Case {
+    double number;
+    std::optional<VideoFrameRate> rate;
+    std::string description;
+  };
+  const auto custom = [](std::int64_t numerator, std::int64_t denominator) {
+    return VideoFrameRate::custom({numerator, denominator});
+  };
+  const double inf = std::numeric_limits<double>::infinity();
+  const Case cases[]{{23.976, VideoFrameRate::ntsc24p, "23.976 fps = 24000/1001"},
+                     {23.98, VideoFrameRate::ntsc24p, "23.98 fps, meaning 24000/1001"},
+                     {23.967, VideoFrameRate::ntsc24p, "23.967 fps, the stored form of 24000/1001"},
+                     {23.966, custom(11983, 500), "23.966 fps, not a standard rate"},
+                     {24.004, VideoFrameRate::p24, "24.004 fps, meaning 24"},
+                     {29.97, VideoFrameRate::ntsc30p, "29.97 fps = 30000/1001"},
+                     {119.88, VideoFrameRate::ntsc120p, "119.88 fps, meaning 120000/1001"},
+                     {47.952, custom(48000, 1001), "47.952 fps, meaning 48000/1001"},
+                     {15, custom(15, 1), "15 fps, not a standard rate"},
+                     {12.5, custom(25, 2), "12.5 fps, not a standard rate"},
+                     {1500.5, custom(3001, 2), "1500.5 fps, not a standard rate"},
+                     {0, std::nullopt, "not a frame rate: it has to be above 0"},
+                     {-25, std::nullopt, "not a frame rate: it has to be above 0"},
+                     {inf, std::nullopt, "too large for a frame rate"},
+                     {std::nan(""), std::nullopt, "not a frame rate: it has to be above 0"}};
+  for (const auto& [number, rate, text] : cases) {
+    EXPECT_EQ(frameRateMeantBy(number), rate) << number;
+    EXPECT_EQ(describeFrameRate(number), text) << number;
+  }
+  // Whatever standard rate is rounded to two or three decimals, it is found again.
+  for (const VideoFrameRate& rate : standardVideoFrameRates) {
+    for (const double scale : {100.0, 1000.0}) {
+      EXPECT_EQ(frameRateMeantBy(std::round(rate.rawValue().rawValue() * scale) / scale), rate);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace meridian

@@ -44,7 +44,9 @@ bool reportFindings(const TranscodeExplanation& explanation, std::string_view pl
     }
   }
   if (findings != Findings::strayWords) {
-    for (const RejectedEntry& entry : explanation.rejectedEntries) report(entry.error);
+    for (const RejectedEntry& entry : explanation.rejectedEntries) {
+      if (!entry.isListing()) report(entry.error);
+    }
   }
   for (const DroppedWord& dropped : explanation.droppedWords) report(dropped.warning);
   return isAny;

@@ -54,6 +54,11 @@ void printSettings(const TranscodeExplanation& explanation) {
                     {sourceOf(setting), setting.source == SettingSource::preset ? Style::good : Style::plain},
                     {noteOn(setting), noteStyle}});
   }
+  for (const RejectedEntry& entry : explanation.rejectedEntries) {
+    if (!entry.isListing()) continue;
+    rows.push_back(
+        {{entry.writtenFlag, Style::name}, {"(on)", Style::faint}, {"given"}, {entry.error.sentence(), Style::faint}});
+  }
   printTable(rows);
 }
 
@@ -61,6 +66,7 @@ void printRejectedEntries(const TranscodeExplanation& explanation) {
   printHeading("Rejected");
   std::vector<std::vector<Cell>> rows;
   for (const RejectedEntry& entry : explanation.rejectedEntries) {
+    if (entry.isListing()) continue;
     rows.push_back(
         {{entry.flag, Style::bad},
          {entry.value.empty() ? "(no value)" : entry.value, entry.value.empty() ? Style::faint : Style::plain},
@@ -172,19 +178,19 @@ void printExplanation(const TranscodeExplanation& explanation, std::size_t wordC
     summary += ", with preset " + std::string(preset(each.preset));
     if (!each.earlierNames.empty()) summary += " (previously " + inQuotes(each.earlierNames) + ")";
   }
-  if (!explanation.rejectedEntries.empty()) {
-    summary += ", " + styled(Style::bad, std::to_string(explanation.rejectedEntries.size()) + " rejected");
-  }
+  const std::ptrdiff_t listings = std::ranges::count_if(explanation.rejectedEntries, &RejectedEntry::isListing);
+  const std::ptrdiff_t rejected = std::ssize(explanation.rejectedEntries) - listings;
+  if (rejected > 0) summary += ", " + styled(Style::bad, std::to_string(rejected) + " rejected");
   if (!explanation.droppedWords.empty()) {
     summary += ", " + styled(Style::bad, std::to_string(explanation.droppedWords.size()) + " dropped");
   }
   std::cout << summary << '\n';
-  if (!explanation.settings.empty()) printSettings(explanation);
+  if (!explanation.settings.empty() || listings > 0) printSettings(explanation);
   if (!explanation.notes.empty()) {
     printHeading("Altogether");
     for (const std::string& note : explanation.notes) std::cout << "  " << note << '\n';
   }
-  if (!explanation.rejectedEntries.empty()) printRejectedEntries(explanation);
+  if (rejected > 0) printRejectedEntries(explanation);
   if (!explanation.droppedWords.empty()) printDropped(explanation);
 }
 
