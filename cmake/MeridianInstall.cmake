@@ -6,7 +6,8 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/MeridianConfig.cmake.in
                               ${PROJECT_BINARY_DIR}/MeridianConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/MeridianConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/MeridianConfig.cmake ${PROJECT_BINARY_DIR}/MeridianConfigVersion.cmake
-              ${CMAKE_CURRENT_LIST_DIR}/Findutf8proc.cmake ${CMAKE_CURRENT_LIST_DIR}/FindFoundation.cmake DESTINATION ${package_dir})
+              ${CMAKE_CURRENT_LIST_DIR}/Findutf8proc.cmake ${CMAKE_CURRENT_LIST_DIR}/FindFoundation.cmake
+              ${CMAKE_CURRENT_LIST_DIR}/FindFFmpeg.cmake DESTINATION ${package_dir})
 
 install(EXPORT MeridianMeridianTargets NAMESPACE Meridian:: DESTINATION ${package_dir})
 if(TARGET meridian-serialization)
@@ -20,6 +21,9 @@ if(TARGET meridian-objc)
 endif()
 if(TARGET meridian-presets)
   install(EXPORT MeridianPresetsTargets NAMESPACE Meridian:: DESTINATION ${package_dir})
+endif()
+if(TARGET meridian-engine)
+  install(EXPORT MeridianEngineTargets NAMESPACE Meridian:: DESTINATION ${package_dir})
 endif()
 
 # Their paths are relative to the files themselves, so that an installed copy can be moved.
@@ -83,6 +87,14 @@ if(TARGET meridian-objc)
 endif()
 if(TARGET meridian-presets)
   meridian_pkg_config(meridian-presets "Meridian's stored presets" "meridian = ${PROJECT_VERSION} protobuf >= 3.15")
+endif()
+if(TARGET meridian-engine)
+  # Programs that link the shared library need nothing of FFmpeg.
+  set(engine_requires "meridian = ${PROJECT_VERSION}")
+  if(NOT BUILD_SHARED_LIBS)
+    string(APPEND engine_requires " libavformat libavcodec libavfilter libswscale libswresample libavutil")
+  endif()
+  meridian_pkg_config(meridian-engine "Meridian's engine: media described with FFmpeg" "${engine_requires}")
 endif()
 
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

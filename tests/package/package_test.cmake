@@ -31,7 +31,7 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/core-only ${compil
 file(WRITE ${WORK_DIR}/misspelt/CMakeLists.txt "cmake_minimum_required(VERSION 3.25)\nproject(Misspelt LANGUAGES CXX)\n"
      "find_package(Meridian COMPONENTS Serialisation)\n")
 run(${CMAKE_COMMAND} -S ${WORK_DIR}/misspelt -B ${WORK_DIR}/misspelt ${compiler} -DCMAKE_PREFIX_PATH=${prefix})
-if(NOT output MATCHES "Serialisation is not a component \\(the components are: Serialization,[ \n]+C,[ \n]+ObjectiveC,[ \n]+Presets\\)")
+if(NOT output MATCHES "Serialisation is not a component \\(the components are: Serialization,[ \n]+C,[ \n]+ObjectiveC,[ \n]+Presets,[ \n]+Engine\\)")
   message(FATAL_ERROR "find_package printed:\n${output}")
 endif()
 
@@ -48,6 +48,9 @@ set(ENV{PKG_CONFIG_PATH} ${packages})
 run(pkg-config --cflags --libs meridian-serialization)
 if(PRESETS)
   run(pkg-config --cflags --libs meridian-presets)
+endif()
+if(ENGINE)
+  run(pkg-config --cflags --libs meridian-engine)
 endif()
 run(pkg-config --cflags --libs meridian)
 separate_arguments(options UNIX_COMMAND "${output}")

@@ -1,0 +1,65 @@
+/// \file
+/// The colour spaces of "-c_space" as code points of ITU-T H.273 (ISO/IEC 23091-2). For example:
+///
+///     colorSpaceCodes(SAVRec2020ColorSpace)  // {9, 14, 9}
+///     colorSpaceOf({1, 6, 1})                // SAVRec709ColorSpace: transfer 6 is the same function as 1
+#pragma once
+
+#include <array>
+#include <optional>
+
+#include "meridian/cli/transcode_values.h"
+
+namespace meridian::inline v0_2 {
+
+/// Code points of colour primaries, transfer characteristics and matrix coefficients. 2 is "unspecified".
+struct ColorSpaceCodes {
+  int primaries = 2;
+  int transfer = 2;
+  int matrix = 2;
+
+  friend constexpr bool operator==(const ColorSpaceCodes&, const ColorSpaceCodes&) = default;
+};
+
+/// A row of the table of colour spaces.
+struct ColorSpaceRow {
+  SAVTranscodeArgumentColorSpaceValue value;
+  ColorSpaceCodes codes;
+};
+
+/// Lists the values of "-c_space" with the code points that a file gets.
+inline constexpr auto colorSpaceRows = std::to_array<ColorSpaceRow>({
+    {SAVRec2020ColorSpace, {9, 14, 9}},
+    {SAVRec709ColorSpace, {1, 1, 1}},
+    {SAVSrgbColorSpace, {1, 13, 1}},
+    {SAVSmptecColorSpace, {6, 1, 6}},
+    {SAVEbu3213ColorSpace, {5, 1, 6}},
+});
+
+/// Returns the code points that a file of this colour space gets; absent for a text that is not a colour space.
+[[nodiscard]] constexpr std::optional<ColorSpaceCodes> colorSpaceCodes(
+    const SAVTranscodeArgumentColorSpaceValue& value) noexcept {
+  for (const ColorSpaceRow& row : colorSpaceRows) {
+    if (row.value == value) return row.codes;
+  }
+  return std::nullopt;
+}
+
+/// Returns the colour space with these code points; absent if there is none. Code points for the same thing count as
+/// equal: transfers 1, 6, 14 and 15, matrices 5 and 6, primaries 6 and 7, and the matrix 0 of RGB with sRGB's.
+[[nodiscard]] constexpr std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpaceOf(
+    const ColorSpaceCodes& codes) noexcept {
+  const auto normalized = [](ColorSpaceCodes each) {
+    if (each.primaries == 7) each.primaries = 6;
+    if (each.transfer == 6 || each.transfer == 14 || each.transfer == 15) each.transfer = 1;
+    if (each.matrix == 5) each.matrix = 6;
+    if (each.matrix == 0 && each.transfer == 13) each.matrix = 1;
+    return each;
+  };
+  for (const ColorSpaceRow& row : colorSpaceRows) {
+    if (normalized(row.codes) == normalized(codes)) return row.value;
+  }
+  return std::nullopt;
+}
+
+}  // namespace meridian::inline v0_2
