@@ -1,0 +1,80 @@
+#include "meridian/engine/plan_context.h"
+
+#include <algorithm>
+
+#include "meridian/base/printable.h"
+
+namespace meridian::inline v0_2 {
+namespace {
+
+/// Returns why no flag of the group has an effect; empty if some have.
+std::string_view reasonOfGroup(FlagGroup group, const TranscodePlan& plan) {
+  switch (group) {
+    case FlagGroup::video:
+    case FlagGroup::watermarkFile:
+    case FlagGroup::watermarkText:
+    case FlagGroup::cameraLook:
+      if (!plan.video) return "there is no video in the output";
+      return plan.video->isCopied() ? "the video is copied" : "";
+    case FlagGroup::audio:
+      if (plan.audio.empty()) return "there is no audio in the output";
+      return std::ranges::all_of(plan.audio, &PlannedAudioTrack::isCopied) ? "the audio is copied" : "";
+    case FlagGroup::timecode:
+      return plan.timecode ? "" : "there is no timecode in the output; add -tc_track or -tc_burn";
+    case FlagGroup::command:
+    case FlagGroup::general:
+      break;
+  }
+  return "";
+}
+
+}  // namespace
+
+void PlanContext::fail(TranscodePlanErrorCode code, std::string_view flag, std::string_view detail,
+                       std::string advice) {
+  const ExplainedSetting* const setting = use(flag);
+  std::string text;
+  if (setting != nullptr && !setting->value.empty()) {
+    text = inQuotes(setting->writtenValue.empty() ? setting->value : setting->writtenValue);
+    if (!detail.empty()) text += ", ";
+  }
+  text += detail;
+  errors.push_back({{code, std::string(flag), std::move(text)}, std::move(advice)});
+}
+
+void PlanContext::warn(TranscodePlanWarningCode code, std::string_view flag, std::string_view detail,
+                       std::string advice) {
+  plan.warnings.push_back({{code, std::string(flag), std::string(detail)}, std::move(advice)});
+}
+
+const ExplainedSetting* PlanContext::find(std::string_view flag) const {
+  const auto found = std::ranges::find(words.settings, flag, &ExplainedSetting::flag);
+  return found == words.settings.end() ? nullptr : &*found;
+}
+
+const ExplainedSetting* PlanContext::use(std::string_view flag) {
+  const ExplainedSetting* const setting = find(flag);
+  if (setting != nullptr) isUsed_[static_cast<std::size_t>(setting - words.settings.data())] = true;
+  return setting;
+}
+
+std::string_view PlanContext::text(std::string_view flag) const {
+  const ExplainedSetting* const setting = find(flag);
+  return setting != nullptr ? std::string_view(setting->value) : std::string_view();
+}
+
+void PlanContext::ignore(std::string_view flag, std::string_view reason) { ignored_.push_back({flag, reason}); }
+
+void PlanContext::warnOfUnused() {
+  for (std::size_t place = 0; place < isUsed_.size(); ++place) {
+    if (isUsed_[place]) continue;
+    const ExplainedSetting& setting = words.settings[place];
+    const auto ignored = std::ranges::find(ignored_, setting.flag, &IgnoredFlag::flag);
+    const FlagDescription* const known = findFlag(setting.flag);
+    std::string_view reason = ignored != ignored_.end() ? ignored->reason : "";
+    if (reason.empty() && known != nullptr) reason = reasonOfGroup(known->group, plan);
+    warn(TranscodePlanWarningCode::withoutEffect, setting.flag, reason);
+  }
+}
+
+}  // namespace meridian::inline v0_2

@@ -1,0 +1,148 @@
+// The output of a transcode: its container, its path, and what happens around it.
+#include <algorithm>
+
+#include "meridian/base/joined.h"
+#include "meridian/base/printable.h"
+#include "meridian/engine/plan_context.h"
+#include "meridian/engine/video_encoders.h"
+#include "meridian/media/file_extension.h"
+#include "meridian/platform/path_text.h"
+
+namespace meridian::inline v0_2 {
+namespace {
+
+/// Returns the extensions that the format and the codec allow, as text: ".mov, .mp4".
+std::string allowedExtensions(const std::optional<SAVTranscodeArgumentFileFormatValue>& format,
+                              const std::optional<SAVTranscodeArgumentVideoCodecValue>& codec) {
+  std::vector<std::string> texts;
+  const auto fits = [&](FileExtension extension) {
+    return (!format || std::ranges::find(format->validExtensions(), extension) != format->validExtensions().end()) &&
+           (!codec || std::ranges::find(codec->permittedExtensions(), extension) != codec->permittedExtensions().end());
+  };
+  for (const OutputContainer container : allCases<OutputContainer>()) {
+    if (fits(tableRow(container).extension)) texts.push_back(path(tableRow(container).extension));
+  }
+  return joined(texts, ", ");
+}
+
+/// Chooses the container by the format, or else by the extension, or else by a codec that only one container holds.
+void chooseContainer(PlanContext& context) {
+  const std::string_view outFlag = SAVOutputFileFlag.rawValue();
+  const auto format = context.oneOf<SAVTranscodeArgumentFileFormatValue>(SAVFileFormatFlag.rawValue());
+  const bool hasVideo = context.arguments.includeVideo() && format != SAVWaveFileFormat;
+  const auto codec = hasVideo ? context.arguments.videoFormat() : std::nullopt;
+  const std::string_view extensionText = pathExtension(context.plan.output.path);
+  const auto extension = fileExtensionIgnoringCase(extensionText);
+  if (format) context.container = containerOfFormat(*format);
+  if (extensionText.empty()) {
+    if (!context.container && codec && videoEncoderOf(*codec)->containers.size() == 1) {
+      context.container = videoEncoderOf(*codec)->containers.front();
+    }
+    if (!context.container) context.fail(TranscodePlanErrorCode::unknownContainer, outFlag);
+    return;
+  }
+  const auto byExtension = extension ? containerOfExtension(*extension) : std::nullopt;
+  if (!context.container) context.container = byExtension;
+  // Wave leaves video out, so that its codec does not matter.
+  const auto relevantCodec = context.container == OutputContainer::wav ? std::nullopt : codec;
+  const auto isAllowed = [&](std::span<const FileExtension> extensions) {
+    return extension && std::ranges::find(extensions, *extension) != extensions.end();
+  };
+  const bool fitsFormat = format ? isAllowed(format->validExtensions()) : byExtension.has_value();
+  const bool fitsCodec = !relevantCodec || isAllowed(relevantCodec->permittedExtensions());
+  if (fitsFormat && fitsCodec) return;
+  std::string subject = format ? "-file_format " + format->string() : "";
+  if (relevantCodec) subject += (subject.empty() ? "" : " and ") + ("-vcodec " + relevantCodec->string());
+  const std::string allowed = allowedExtensions(format, relevantCodec);
+  if (subject.empty()) {
+    context.fail(TranscodePlanErrorCode::wrongExtension, outFlag, {}, "use " + allowed);
+  } else if (allowed.empty()) {
+    context.fail(TranscodePlanErrorCode::wrongExtension, outFlag, "no extension fits " + subject,
+                 "change -file_format or -vcodec");
+  } else {
+    context.fail(TranscodePlanErrorCode::wrongExtension, outFlag, {}, "with " + subject + " use " + allowed);
+  }
+}
+
+void checkPath(PlanContext& context) {
+  using enum TranscodePlanErrorCode;
+  const OutputState& state = context.surroundings.output;
+  const std::string_view flag = SAVOutputFileFlag.rawValue();
+  const bool mayReplace = context.has(SAVOverwriteExistingFlag.rawValue());
+  if (state.isDirectory || context.plan.output.path.ends_with('/')) {
+    context.fail(outputIsDirectory, flag);
+    return;
+  }
+  if (!state.directoryExists) {
+    context.fail(directoryMissing, flag);
+  } else if (!state.directoryIsWritable) {
+    context.fail(directoryNotWritable, flag);
+  }
+  if (state.sameSource) {
+    context.fail(outputIsSource, flag, inQuotes(*state.sameSource));
+  } else if (state.exists && !mayReplace) {
+    context.fail(outputExists, flag);
+  }
+  context.plan.output.replacesExisting = state.exists && mayReplace;
+}
+
+}  // namespace
+
+void planOutput(PlanContext& context) {
+  PlannedOutput& output = context.plan.output;
+  output.path = context.value<std::string>(SAVOutputFileFlag.rawValue()).value_or("");
+  if (!context.isSet(SAVOutputFileFlag.rawValue())) {
+    context.fail(TranscodePlanErrorCode::noOutput, SAVOutputFileFlag.rawValue());
+  } else if (!output.path.empty()) {
+    checkPath(context);
+    if (!output.path.ends_with('/') && !context.surroundings.output.isDirectory) chooseContainer(context);
+  }
+  if (context.container) output.container = *context.container;
+
+  output.workDirectory = context.value<std::string>(SAVWorkDirectoryFlag.rawValue()).value_or("");
+  if (!output.workDirectory.empty() && !context.surroundings.output.workDirectoryIsUsable) {
+    context.fail(TranscodePlanErrorCode::workDirectoryNotUsable, SAVWorkDirectoryFlag.rawValue());
+  }
+  output.progressFile = context.value<std::string>(SAVProgressFileFlag.rawValue()).value_or("");
+  if (!output.progressFile.empty() && !context.surroundings.output.progressFileIsWritable) {
+    context.fail(TranscodePlanErrorCode::progressFileNotMade, SAVProgressFileFlag.rawValue());
+  }
+  output.progressPrefix = context.value<std::string>(SAVProgressOutputPrefixFlag.rawValue());
+}
+
+void planContainerOptions(PlanContext& context) {
+  if (!context.container) return;
+  const OutputContainerRow& row = tableRow(*context.container);
+  PlannedOutput& output = context.plan.output;
+  std::string flags;
+  if (row.hasIndex) {
+    if (context.has(SAVPrepareForWebFlag.rawValue())) flags += "+faststart";
+    if (row.keepsTags) flags += "+use_metadata_tags";
+  } else {
+    context.ignore(SAVPrepareForWebFlag.rawValue(), "the container has no index to put in front");
+  }
+  if (!flags.empty()) output.options.push_back({"movflags", flags});
+  // The muxer writes a track by itself where it finds a timecode among the tags.
+  if (row.timecode == TimecodeStorage::track) {
+    const bool hasTrack = context.plan.timecode && context.plan.timecode->isInTrack;
+    output.options.push_back({"write_tmcd", hasTrack ? "1" : "0"});
+  }
+  if (*context.container == OutputContainer::wav) output.options.push_back({"rf64", "auto"});
+  if (!row.keepsTags) return;
+
+  const SourcePart* source = context.image ? context.image->part : nullptr;
+  for (const SourceGroup& group : context.groups) {
+    if (source == nullptr) source = group.firstDescribed();
+  }
+  if (source == nullptr) return;
+  const MediaDescription& media = *source->media;
+  const auto keep = [&output](std::string_view name, const std::string& value) {
+    if (!value.empty()) output.tags.push_back({std::string(name), value});
+  };
+  keep("com.apple.quicktime.creationdate", media.creationDate);
+  keep("com.apple.quicktime.make", media.maker);
+  keep("com.apple.quicktime.model", media.model);
+  keep("reel_name", media.reelName);
+}
+
+}  // namespace meridian::inline v0_2

@@ -1,0 +1,218 @@
+// The timecode of the output: where it comes from, the rate that it counts at, and whether the file stores it.
+#include <chrono>
+
+#include "meridian/base/ascii.h"
+#include "meridian/base/numbers.h"
+#include "meridian/base/printable.h"
+#include "meridian/engine/plan_context.h"
+#include "meridian/media/frame_number.h"
+
+namespace meridian::inline v0_2 {
+namespace {
+
+using enum TranscodePlanErrorCode;
+
+constexpr std::string_view trackFlag = SAVTimecodeAddTrackFlag.rawValue();
+constexpr std::string_view burnFlag = SAVTimecodeAddBurnFlag.rawValue();
+constexpr std::string_view dropFlag = SAVTimecodeIsDropFlag.rawValue();
+constexpr std::string_view countingRateFlag = SAVTimecodeFrameRateFlag.rawValue();
+
+/// The time of day of a date of creation.
+struct ClockTime {
+  std::int64_t seconds = 0;
+  double fraction = 0;
+  bool isUtc = false;
+};
+
+/// Reads the clock of "2026-11-22T10:20:30.5+0100": the time as written, which is that of the camera unless the zone is
+/// "Z". Absent for a text of another form.
+std::optional<ClockTime> clockOf(std::string_view date) {
+  constexpr std::size_t clockPlace = 11;  // after "2026-11-22T"
+  constexpr std::string_view form = "00:00:00";
+  if (date.size() < clockPlace + form.size()) return std::nullopt;
+  const std::string_view clock = date.substr(clockPlace, form.size());
+  for (std::size_t place = 0; place < form.size(); ++place) {
+    if (form[place] == ':' ? clock[place] != ':' : !detail::isDigit(clock[place])) return std::nullopt;
+  }
+  const auto pair = [clock](std::size_t place) { return integerFromText(clock.substr(place, 2)).value_or(0); };
+  if (pair(0) > 23 || pair(3) > 59 || pair(6) > 59) return std::nullopt;
+  ClockTime time{.seconds = pair(0) * 3600 + pair(3) * 60 + pair(6)};
+  std::string_view rest = date.substr(clockPlace + form.size());
+  if (rest.starts_with('.')) {
+    std::size_t end = 1;
+    while (end < rest.size() && detail::isDigit(rest[end])) ++end;
+    time.fraction = doubleFromText("0" + std::string(rest.substr(0, end))).value_or(0);
+    rest = rest.substr(end);
+  }
+  time.isUtc = rest == "Z" || rest == "z";
+  return time;
+}
+
+/// Returns the label with frames that exist at the rate: the next one, where drop frame skips it.
+TimecodeComponents existing(PlanContext& context, TimecodeComponents label, const VideoFrameRate& rate,
+                            std::string_view flag) {
+  const auto number = frameNumber(label, rate);
+  if (number || number.error() != TimecodeErrorCode::droppedLabel) return label;
+  const std::string text = label.timecodeString();
+  label.frames = droppedLabelsPerMinute(rate).value_or(0);
+  context.warn(TranscodePlanWarningCode::timecodeMoved, flag, text + " becomes " + label.timecodeString());
+  return label;
+}
+
+/// Returns the label of the same time at another rate: hours, minutes and seconds stay, and the frame is the one at
+/// that time within its second.
+TimecodeComponents atRate(PlanContext& context, TimecodeComponents label, const VideoFrameRate& from,
+                          const VideoFrameRate& to, bool asksForDrop, std::string_view flag) {
+  const std::int64_t counted = timecodeFramesPerSecond(from).value_or(1);
+  const std::int64_t counts = timecodeFramesPerSecond(to).value_or(1);
+  if (counted != counts) label.frames = label.frames * counts / counted;
+  label.isDropFrame = (label.isDropFrame || asksForDrop) && droppedLabelsPerMinute(to).has_value();
+  return existing(context, label, to, flag);
+}
+
+TimecodeComponents customStart(PlanContext& context, const VideoFrameRate& rate, bool asksForDrop) {
+  TimecodeComponents start = context.arguments.timecode().value_or(TimecodeComponents());
+  start.isDropFrame = start.isDropFrame || asksForDrop;
+  const auto number = frameNumber(start, rate);
+  // "-tc_drop" at such a rate is an error of its own.
+  if (number || (asksForDrop && number.error() == TimecodeErrorCode::notADropFrameRate)) return start;
+  context.fail(
+      noSuchLabel, SAVTimecodeCustomFlag.rawValue(),
+      "which " + std::string(description(number.error())) + " of " + describeFrameRate(rate.rawValue().rawValue()),
+      std::string(remedy(number.error())));
+  return start;
+}
+
+TimecodeComponents creationStart(PlanContext& context, const VideoFrameRate& rate, bool asksForDrop) {
+  const std::string_view flag = SAVTimecodeFromCreationDateFlag.rawValue();
+  const MediaDescription& media = *context.image->part->media;
+  constexpr std::int64_t day = 24 * 3600;
+  const std::int64_t offset = context.surroundings.utcOffset.count();
+  std::optional<ClockTime> clock = clockOf(media.creationDate);
+  if (clock) {
+    context.warn(TranscodePlanWarningCode::timecodeFromCreation, flag,
+                 printable(media.creationDate) + (clock->isUtc ? ", in the zone of this machine" : ", as written"));
+    if (clock->isUtc) clock->seconds += offset;
+  } else {
+    context.warn(TranscodePlanWarningCode::timecodeFromCreation, flag,
+                 "the source states none, so that it is the time of its last change");
+    clock = ClockTime{.seconds = media.modificationTime.time_since_epoch().count() + offset};
+  }
+  const std::int64_t seconds = (clock->seconds % day + day) % day;
+  const auto perSecond = static_cast<double>(timecodeFramesPerSecond(rate).value_or(1));
+  const TimecodeComponents start{seconds / 3600, seconds / 60 % 60, seconds % 60,
+                                 static_cast<std::int64_t>(clock->fraction * perSecond),
+                                 asksForDrop && droppedLabelsPerMinute(rate).has_value()};
+  return existing(context, start, rate, flag);
+}
+
+/// Returns whether the part continues the labels of the one before it, or does not say that it does not.
+bool continues(const MediaDescription& before, const MediaDescription& part) {
+  const VideoStreamDescription* const video = before.mainVideo();
+  if (!before.timecode || !part.timecode || video == nullptr || !video->frameCount) return true;
+  const auto first = frameNumber(before.timecode->start, before.timecode->rate);
+  const auto next = frameNumber(part.timecode->start, part.timecode->rate);
+  return !first || !next || *first + *video->frameCount == *next;
+}
+
+/// Finds the labels of the parts, where one of them breaks the count.
+void planPartStarts(PlanContext& context, PlannedTimecode& timecode, bool asksForDrop) {
+  const auto& parts = context.image->group->parts;
+  bool breaks = false;
+  for (std::size_t place = 1; place < parts.size(); ++place) {
+    if (parts[place - 1].media == nullptr || parts[place].media == nullptr) return;
+    if (continues(*parts[place - 1].media, *parts[place].media)) continue;
+    context.warn(TranscodePlanWarningCode::timecodeBreaks, parts[place].flag,
+                 parts[place].media->timecode->start.timecodeString());
+    breaks = true;
+  }
+  if (!breaks) return;
+  for (const SourcePart& part : parts) {
+    if (!part.media->timecode) {
+      timecode.partStarts.clear();
+      return;
+    }
+    timecode.partStarts.push_back(atRate(context, part.media->timecode->start, part.media->timecode->rate,
+                                         timecode.rate, asksForDrop, part.flag));
+  }
+}
+
+void planMatchingStart(PlanContext& context, PlannedTimecode& timecode, bool asksForDrop, bool isAsked) {
+  const SourcePart& part = *context.image->part;
+  if (!part.media->timecode) {
+    timecode.start.isDropFrame = asksForDrop && droppedLabelsPerMinute(timecode.rate).has_value();
+    if (isAsked) {
+      const std::string_view match = SAVTimecodeMatchSourceFlag.rawValue();
+      const std::string_view flag = context.isSet(match) ? match : context.isSet(trackFlag) ? trackFlag : burnFlag;
+      context.warn(TranscodePlanWarningCode::timecodeAssumed, flag, "it begins at " + timecode.start.timecodeString());
+    }
+    return;
+  }
+  timecode.start =
+      atRate(context, part.media->timecode->start, part.media->timecode->rate, timecode.rate, asksForDrop, part.flag);
+  planPartStarts(context, timecode, asksForDrop);
+}
+
+VideoFrameRate countingRate(PlanContext& context, const VideoFrameRate& outputRate, bool isInTrack) {
+  const auto asked = context.value<float>(countingRateFlag);
+  if (!asked) return outputRate;
+  const auto rate = frameRateMeantBy(doubleFromText(context.text(countingRateFlag)).value_or(0));
+  if (!rate || !timecodeFramesPerSecond(*rate)) {
+    context.fail(rateOutOfRange, countingRateFlag);
+    return outputRate;
+  }
+  if (isInTrack && *rate != outputRate) {
+    context.fail(timecodeRateNotAvailable, countingRateFlag,
+                 "and the output has " + describeFrameRate(outputRate.rawValue().rawValue()));
+  }
+  return *rate;
+}
+
+}  // namespace
+
+void planTimecode(PlanContext& context) {
+  if (!context.plan.video) {
+    context.ignore(trackFlag, "there is no video in the output");
+    context.ignore(burnFlag, "there is no video in the output");
+    return;
+  }
+  const TimecodeStorage storage = context.container ? tableRow(*context.container).timecode : TimecodeStorage::track;
+  const bool isAsked = context.isSet(trackFlag) || context.isSet(burnFlag);
+  bool isInTrack = storage == TimecodeStorage::always;
+  if (storage == TimecodeStorage::none) {
+    context.ignore(trackFlag, "the container keeps no timecode");
+  } else if (context.has(trackFlag)) {
+    isInTrack = true;
+  }
+  if (!isInTrack && !context.isSet(burnFlag)) return;
+
+  PlannedTimecode& timecode = context.plan.timecode.emplace();
+  timecode.isInTrack = isInTrack;
+  timecode.rate = countingRate(context, context.plan.video->output().frameRate, isInTrack);
+  const bool asksForDrop = context.has(dropFlag);
+  if (asksForDrop && !droppedLabelsPerMinute(timecode.rate)) {
+    context.fail(notADropFrameRate, dropFlag,
+                 "and the rate is " + describeFrameRate(timecode.rate.rawValue().rawValue()));
+  }
+  timecode.source = context.arguments.timecodeSource().value_or(TimecodeSource::match);
+  for (const TimecodeSource source : allCases<TimecodeSource>()) {
+    if (source == timecode.source) {
+      context.use(timecodeFlag(source).rawValue());
+    } else {
+      context.ignore(timecodeFlag(source).rawValue(), "another source of the timecode counts");
+    }
+  }
+  switch (timecode.source) {
+    case TimecodeSource::custom:
+      timecode.start = customStart(context, timecode.rate, asksForDrop);
+      break;
+    case TimecodeSource::creationDate:
+      timecode.start = creationStart(context, timecode.rate, asksForDrop);
+      break;
+    case TimecodeSource::match:
+      planMatchingStart(context, timecode, asksForDrop, isAsked);
+      break;
+  }
+}
+
+}  // namespace meridian::inline v0_2
