@@ -168,7 +168,7 @@ struct VideoStreamDescription : StreamDescription {
   MediaRational pixelAspectRatio{1, 1};
   /// By how many degrees, 0 to 359, players turn the image clockwise.
   int rotation = 0;
-  /// True if players mirror the image from left to right before they turn it.
+  /// True if players mirror the image from left to right after they turn it.
   bool isMirrored = false;
 
   /// The rate of a constant rate, or the rate that a variable one is based on; one of the standard rates where it is

@@ -41,6 +41,8 @@ FileReader::FileReader(const std::string& path) {
     otherKind_ = otherKindOf(status.st_mode);
   } else {
     size_ = static_cast<std::uint64_t>(status.st_size);
+    identity_ = identityOf(status);
+    modificationTime_ = status.st_mtim.tv_sec;
     return;
   }
   ::close(descriptor_);
@@ -66,8 +68,8 @@ std::size_t FileReader::read(std::span<char> memory) noexcept {
   return filled;
 }
 
-bool FileReader::rewind() noexcept {
-  if (::lseek(descriptor_, 0, SEEK_SET) == 0) return true;
+bool FileReader::seek(std::int64_t place) noexcept {
+  if (::lseek(descriptor_, place, SEEK_SET) == place) return true;
   error_ = detail::lastError();
   return false;
 }

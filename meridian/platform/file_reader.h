@@ -9,11 +9,14 @@
 #include <string_view>
 #include <system_error>
 
+#include "meridian/export.h"
+#include "meridian/platform/file_identity.h"
+
 namespace meridian::inline v0_2 {
 
 /// A regular file opened for reading. Nothing else is opened or read: a directory, FIFO, device or socket, or a link to
 /// one. Opening does not wait for a FIFO's writer. The open descriptor is checked, not the path, so there is no race.
-class FileReader {
+class MERIDIAN_API FileReader {
  public:
   explicit FileReader(const std::string& path);
   FileReader(const FileReader&) = delete;
@@ -34,16 +37,25 @@ class FileReader {
   /// Returns the size in bytes at the time of opening. Files of the system, such as those in /proc, may have more.
   [[nodiscard]] std::uint64_t size() const noexcept { return size_; }
 
+  /// Return which file it is and when its content was changed, in seconds since 1970, at the time of opening.
+  [[nodiscard]] const FileIdentity& identity() const noexcept { return identity_; }
+  [[nodiscard]] std::int64_t modificationTime() const noexcept { return modificationTime_; }
+
   /// Reads until the memory is full or the file ends. Returns the number of bytes read: less than the memory holds at
   /// the end of the file and after an error.
   [[nodiscard]] std::size_t read(std::span<char> memory) noexcept;
 
+  /// Goes to this byte, which may lie beyond the end. Returns false if that failed.
+  [[nodiscard]] bool seek(std::int64_t place) noexcept;
+
   /// Goes back to the beginning. Returns false if that failed.
-  [[nodiscard]] bool rewind() noexcept;
+  [[nodiscard]] bool rewind() noexcept { return seek(0); }
 
  private:
   int descriptor_ = -1;
   std::uint64_t size_ = 0;
+  FileIdentity identity_;
+  std::int64_t modificationTime_ = 0;
   std::error_code error_;
   std::string_view otherKind_;
 };

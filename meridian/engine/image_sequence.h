@@ -1,0 +1,36 @@
+/// \file
+/// Finds the numbered images of a folder. For example:
+///
+///     const auto frames = imageSequence("/card/A001");  // A001.0001.dpx, A001.0002.dpx ...
+///     frames->paths.front();                            // "/card/A001/A001.0001.dpx"
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "meridian/base/expected.h"
+#include "meridian/engine/media_error.h"
+#include "meridian/export.h"
+
+namespace meridian::inline v0_2 {
+
+/// The images of a folder in the order of their numbers.
+struct ImageSequence {
+  std::vector<std::string> paths;
+  /// Bytes of all of them.
+  std::uint64_t size = 0;
+  std::int64_t firstNumber = 0;
+  std::int64_t lastNumber = 0;
+  /// How many numbers between the first and the last have no image.
+  std::int64_t missingCount = 0;
+
+  friend bool operator==(const ImageSequence&, const ImageSequence&) = default;
+};
+
+/// Returns the images of the folder whose names end in a number before the extension, such as "A001.0001.dpx". Hidden
+/// files, files of other kinds, images without a number and folders within are passed over. An error if no image is
+/// left, or if images are left whose names differ in more than the number.
+[[nodiscard]] MERIDIAN_API Expected<ImageSequence, MediaError> imageSequence(const std::string& folder);
+
+}  // namespace meridian::inline v0_2

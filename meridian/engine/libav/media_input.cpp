@@ -1,0 +1,220 @@
+#include "meridian/engine/libav/media_input.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <vector>
+
+#include "meridian/base/ascii.h"
+#include "meridian/base/integer_arithmetic.h"
+#include "meridian/engine/libav/log_collector.h"
+#include "meridian/platform/path_text.h"
+
+namespace meridian::inline v0_2::libav {
+namespace {
+
+/// The formats of media work, by FFmpeg's names. Others are not read: playlists and descriptions that name other files,
+/// texts that FFmpeg takes for subtitles or character art, and the formats of games.
+constexpr auto readFormats = std::to_array<std::string_view>({
+    "aac",
+    "ac3",
+    "aiff",
+    "amr",
+    "ape",
+    "apng",
+    "asf",
+    "au",
+    "av1",
+    "avi",
+    "bmp_pipe",
+    "caf",
+    "cine",
+    "dds_pipe",
+    "dirac",
+    "dpx_pipe",
+    "dts",
+    "dv",
+    "eac3",
+    "exr_pipe",
+    "flac",
+    "flv",
+    "gif",
+    "gif_pipe",
+    "gxf",
+    "h264",
+    "hevc",
+    "ivf",
+    "j2k_pipe",
+    "jpeg_pipe",
+    "jpegls_pipe",
+    "jpegxl_pipe",
+    "lxf",
+    "m4v",
+    "matroska,webm",
+    "mjpeg",
+    "mjpeg_2000",
+    "mov,mp4,m4a,3gp,3g2,mj2",
+    "mp3",
+    "mpeg",
+    "mpegts",
+    "mpegvideo",
+    "mxf",
+    "nut",
+    "obu",
+    "ogg",
+    "pam_pipe",
+    "pbm_pipe",
+    "pgm_pipe",
+    "png_pipe",
+    "ppm_pipe",
+    "psd_pipe",
+    "qoi_pipe",
+    "r3d",
+    "rm",
+    "sgi_pipe",
+    "tiff_pipe",
+    "truehd",
+    "vc1",
+    "w64",
+    "wav",
+    "webp_pipe",
+    "wv",
+    "yuv4mpegpipe",
+});
+
+/// FFmpeg's own default; most files need a small part of it.
+constexpr std::int64_t probedBytes = 5'000'000;
+constexpr int bufferBytes = 32 * 1024;
+/// The most pixels of a frame that is decoded to learn its format: 16384 by 8192.
+constexpr const char* mostPixels = "134217728";
+
+/// Returns a name with the path's extension and nothing else of the path, so that no name is a pattern or a URL.
+std::string harmlessName(const std::string& path) {
+  const std::string_view extension = pathExtension(path);
+  const bool isPlain = extension.size() <= 8 &&
+                       std::ranges::all_of(extension, [](char c) { return detail::isLetter(c) || detail::isDigit(c); });
+  return isPlain ? "media." + std::string(extension) : "media";
+}
+
+int openNothing(AVFormatContext* /*input*/, AVIOContext** /*opened*/, const char* /*url*/, int /*flags*/,
+                AVDictionary** /*options*/) {
+  return AVERROR(EPERM);
+}
+
+}  // namespace
+
+MediaInput::MediaInput(const std::string& path, const DescriptionLimits& limits)
+    : path_(path), file_(path), bytesLeft_(limits.bytes), deadline_(std::chrono::steady_clock::now() + limits.time) {}
+
+Expected<std::unique_ptr<MediaInput>, MediaError> MediaInput::open(const std::string& path,
+                                                                   const DescriptionLimits& limits) {
+  std::unique_ptr<MediaInput> input(new MediaInput(path, limits));
+  if (auto error = input->openFormat()) return Unexpected(*std::move(error));
+  return input;
+}
+
+std::optional<MediaError> MediaInput::openFormat() {
+  using enum MediaErrorCode;
+  if (!file_.otherKind().empty()) return MediaError{notRegularFile, path_, std::string(file_.otherKind())};
+  if (!file_.isOpen()) return MediaError{notOpened, path_, {}, file_.error()};
+  if (file_.size() == 0) return MediaError{empty, path_};
+
+  const LogCollector log;
+  auto* const memory = static_cast<unsigned char*>(av_malloc(bufferBytes));
+  if (memory == nullptr) return MediaError{outOfMemory, path_};
+  io_.reset(avio_alloc_context(memory, bufferBytes, 0, this, &MediaInput::read, nullptr, &MediaInput::seek));
+  if (!io_) {
+    av_free(memory);
+    return MediaError{outOfMemory, path_};
+  }
+  const AVInputFormat* const format = recognizedFormat();
+  if (format == nullptr) return failure(0, unknownFormat, {});
+
+  AVFormatContext* context = avformat_alloc_context();
+  if (context == nullptr) return MediaError{outOfMemory, path_};
+  context->pb = io_.get();
+  context->io_open = openNothing;
+  context->protocol_whitelist = av_strdup("none");
+  context->interrupt_callback = {&MediaInput::isInterrupted, this};
+  context->probesize = probedBytes;
+  // Frees the context where it fails.
+  const int opened = avformat_open_input(&context, "", format, nullptr);
+  if (opened < 0) return failure(opened, damaged, log.firstError());
+  input_.reset(context);
+
+  std::vector<AVDictionary*> options(context->nb_streams);
+  for (AVDictionary*& each : options) av_dict_set(&each, "max_pixels", mostPixels, 0);
+  const int found = avformat_find_stream_info(context, options.data());
+  for (AVDictionary*& each : options) av_dict_free(&each);
+  if (limitReached_ != nullptr || found < 0) return failure(found, damaged, log.firstError());
+  return std::nullopt;
+}
+
+const AVInputFormat* MediaInput::recognizedFormat() {
+  const std::string name = harmlessName(path_);
+  const AVInputFormat* format = nullptr;
+  const int score = av_probe_input_buffer2(io_.get(), &format, name.c_str(), nullptr, 0, 0);
+  if (format == nullptr || score < 0) return nullptr;
+  if (std::string_view(format->name) == "image2") {
+    // It goes by the extension alone and would look for the name; the content says what the image is.
+    format = nullptr;
+    if (avio_seek(io_.get(), 0, SEEK_SET) < 0) return nullptr;
+    if (av_probe_input_buffer2(io_.get(), &format, "", nullptr, 0, 0) < 0 || format == nullptr) return nullptr;
+  }
+  // A low score is a guess, which the extension must support.
+  const bool isSure = score > AVPROBE_SCORE_RETRY || (score > 1 && format->extensions != nullptr &&
+                                                      av_match_ext(name.c_str(), format->extensions) != 0);
+  return isSure && std::ranges::find(readFormats, std::string_view(format->name)) != readFormats.end() ? format
+                                                                                                       : nullptr;
+}
+
+MediaError MediaInput::failure(int status, MediaErrorCode otherwise, const std::string& detail) const {
+  using enum MediaErrorCode;
+  if (limitReached_ != nullptr) return {limitReached, path_, limitReached_};
+  if (file_.error()) return {notRead, path_, {}, file_.error()};
+  if (status == AVERROR(ENOMEM)) return {outOfMemory, path_};
+  return {otherwise, path_, detail};
+}
+
+bool MediaInput::readAt(std::int64_t place, std::span<char> memory) noexcept {
+  const bool isRead = file_.seek(place) && file_.read(memory) == memory.size();
+  // FFmpeg goes on where it was.
+  return file_.seek(place_) && isRead;
+}
+
+bool MediaInput::isBeyondLimits() noexcept {
+  if (limitReached_ == nullptr && std::chrono::steady_clock::now() > deadline_) limitReached_ = "the time is up";
+  return limitReached_ != nullptr;
+}
+
+int MediaInput::isInterrupted(void* self) noexcept { return static_cast<MediaInput*>(self)->isBeyondLimits() ? 1 : 0; }
+
+int MediaInput::read(void* self, std::uint8_t* memory, int size) noexcept {
+  auto& input = *static_cast<MediaInput*>(self);
+  if (input.isBeyondLimits()) return AVERROR_EXIT;
+  const std::size_t count =
+      input.file_.read({reinterpret_cast<char*>(memory), static_cast<std::size_t>(std::max(size, 0))});
+  if (count == 0) return input.file_.error() ? AVERROR(EIO) : AVERROR_EOF;
+  input.place_ += static_cast<std::int64_t>(count);
+  if (count > input.bytesLeft_) {
+    input.limitReached_ = "too many bytes were read";
+    return AVERROR_EXIT;
+  }
+  input.bytesLeft_ -= count;
+  return static_cast<int>(count);
+}
+
+std::int64_t MediaInput::seek(void* self, std::int64_t offset, int origin) noexcept {
+  auto& input = *static_cast<MediaInput*>(self);
+  const auto size = static_cast<std::int64_t>(input.file_.size());
+  if (origin == AVSEEK_SIZE) return size;
+  // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.
+  const int plainOrigin = origin & ~AVSEEK_FORCE;
+  const std::int64_t base = plainOrigin == SEEK_CUR ? input.place_ : plainOrigin == SEEK_END ? size : 0;
+  const auto place = checkedSum<std::int64_t>(base, offset);
+  if (!place || *place < 0 || !input.file_.seek(*place)) return AVERROR(EINVAL);
+  input.place_ = *place;
+  return *place;
+}
+
+}  // namespace meridian::inline v0_2::libav

@@ -1,0 +1,64 @@
+/// \file
+/// Opens a file for FFmpeg to read, and nothing but that file.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <system_error>
+
+#include "meridian/base/expected.h"
+#include "meridian/engine/describe_media.h"
+#include "meridian/engine/libav/handles.h"
+#include "meridian/engine/media_error.h"
+#include "meridian/platform/file_reader.h"
+
+namespace meridian::inline v0_2::libav {
+
+/// A media file whose streams are known. FFmpeg reads through a `FileReader` and can open nothing else: neither another
+/// file nor a connection.
+class MediaInput {
+ public:
+  /// Opens the file at the path, recognises its format by its content, and finds out about its streams. The limits hold
+  /// from this call to the end of the object.
+  [[nodiscard]] static Expected<std::unique_ptr<MediaInput>, MediaError> open(const std::string& path,
+                                                                              const DescriptionLimits& limits);
+
+  MediaInput(const MediaInput&) = delete;
+  MediaInput& operator=(const MediaInput&) = delete;
+  MediaInput(MediaInput&&) = delete;
+  MediaInput& operator=(MediaInput&&) = delete;
+  ~MediaInput() = default;
+
+  [[nodiscard]] AVFormatContext& context() noexcept { return *input_; }
+  [[nodiscard]] const FileReader& file() const noexcept { return file_; }
+
+  /// Reads bytes of the file itself at a place; false if they are not all there.
+  [[nodiscard]] bool readAt(std::int64_t place, std::span<char> memory) noexcept;
+
+ private:
+  MediaInput(const std::string& path, const DescriptionLimits& limits);
+
+  static int read(void* self, std::uint8_t* memory, int size) noexcept;
+  static std::int64_t seek(void* self, std::int64_t offset, int origin) noexcept;
+  static int isInterrupted(void* self) noexcept;
+
+  [[nodiscard]] bool isBeyondLimits() noexcept;
+  [[nodiscard]] MediaError failure(int status, MediaErrorCode otherwise, const std::string& detail) const;
+  [[nodiscard]] std::optional<MediaError> openFormat();
+  [[nodiscard]] const AVInputFormat* recognizedFormat();
+
+  std::string path_;
+  FileReader file_;
+  std::int64_t place_ = 0;
+  std::uint64_t bytesLeft_;
+  std::chrono::steady_clock::time_point deadline_;
+  const char* limitReached_ = nullptr;
+  IoContextPointer io_;
+  InputPointer input_;
+};
+
+}  // namespace meridian::inline v0_2::libav

@@ -1,0 +1,339 @@
+#include "meridian/engine/libav/stream_reading.h"
+
+extern "C" {
+#include <libavutil/channel_layout.h>
+#include <libavutil/display.h>
+#include <libavutil/pixdesc.h>
+#include <libavutil/samplefmt.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <limits>
+
+#include "meridian/engine/channel_layouts.h"
+#include "meridian/engine/color_spaces.h"
+#include "meridian/engine/libav/rationals.h"
+#include "meridian/engine/libav/vocabulary_names.h"
+#include "meridian/media/media_names.h"
+
+namespace meridian::inline v0_2::libav {
+namespace {
+
+std::string ownedText(const char* text) { return text != nullptr ? text : ""; }
+
+constexpr std::uint32_t fourCharacters(std::string_view text) noexcept {
+  std::uint32_t code = 0;
+  for (std::size_t place = 0; place < 4; ++place) {
+    code |= std::uint32_t{static_cast<unsigned char>(text[place])} << (8 * place);
+  }
+  return code;
+}
+
+void describeShared(StreamDescription& description, const AVStream& stream) {
+  const AVCodecParameters& parameters = *stream.codecpar;
+  description.index = stream.index;
+  if (parameters.codec_id != AV_CODEC_ID_NONE) description.codecName = avcodec_get_name(parameters.codec_id);
+  description.profile = ownedText(avcodec_profile_name(parameters.codec_id, parameters.profile));
+  if (parameters.codec_tag != 0) {
+    std::array<char, AV_FOURCC_MAX_STRING_SIZE> text{};
+    description.codecTag = av_fourcc_make_string(text.data(), parameters.codec_tag);
+  }
+  description.isDecodable = avcodec_find_decoder(parameters.codec_id) != nullptr;
+  if (parameters.bit_rate > 0) description.bitRate = parameters.bit_rate;
+  description.startTime = secondsOf(stream.start_time, stream.time_base);
+  description.duration = secondsOf(stream.duration, stream.time_base);
+  description.tags = tagsOf(stream.metadata);
+  const auto language = tagValue(description.tags, "language").value_or("");
+  if (language != "und") description.language = language;
+}
+
+FieldOrder fieldOrderOf(AVFieldOrder order) noexcept {
+  switch (order) {
+    case AV_FIELD_PROGRESSIVE:
+      return FieldOrder::progressive;
+    case AV_FIELD_TT:
+      return FieldOrder::topFirst;
+    case AV_FIELD_BB:
+      return FieldOrder::bottomFirst;
+    case AV_FIELD_TB:
+      return FieldOrder::topCodedFirst;
+    case AV_FIELD_BT:
+      return FieldOrder::bottomCodedFirst;
+    case AV_FIELD_UNKNOWN:
+      break;
+  }
+  return FieldOrder::unknown;
+}
+
+std::optional<ChromaSubsampling> chromaOf(AVPixelFormat format, const AVPixFmtDescriptor& descriptor) {
+  using enum ChromaSubsampling;
+  if (format == AV_PIX_FMT_XYZ12LE || format == AV_PIX_FMT_XYZ12BE) return xyz;
+  // NOLINTBEGIN(hicpp-signed-bitwise): FFmpeg's own flags.
+  if ((descriptor.flags & AV_PIX_FMT_FLAG_PAL) != 0) return palette;
+  if ((descriptor.flags & AV_PIX_FMT_FLAG_BAYER) != 0) return bayer;
+  if ((descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0) return rgb;
+  if ((descriptor.flags & AV_PIX_FMT_FLAG_HWACCEL) != 0) return std::nullopt;
+  // NOLINTEND(hicpp-signed-bitwise)
+  if (descriptor.nb_components < 3) return yuv400;
+  struct Row {
+    int width;
+    int height;
+    ChromaSubsampling chroma;
+  };
+  constexpr auto rows = std::to_array<Row>(
+      {{0, 0, yuv444}, {0, 1, yuv440}, {1, 0, yuv422}, {1, 1, yuv420}, {2, 0, yuv411}, {2, 2, yuv410}});
+  const auto* const found = std::ranges::find_if(rows, [&descriptor](const Row& row) {
+    return row.width == descriptor.log2_chroma_w && row.height == descriptor.log2_chroma_h;
+  });
+  return found != rows.end() ? std::optional(found->chroma) : std::nullopt;
+}
+
+void describePixels(VideoStreamDescription& video, const AVCodecParameters& parameters) {
+  const auto format = static_cast<AVPixelFormat>(parameters.format);
+  if (const AVPixFmtDescriptor* const descriptor = av_pix_fmt_desc_get(format)) {
+    video.pixelFormat = descriptor->name;
+    video.bitDepth = descriptor->comp[0].depth;
+    video.chroma = chromaOf(format, *descriptor);
+    // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.
+    video.hasAlpha = (descriptor->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+  }
+  if (parameters.color_range == AVCOL_RANGE_MPEG) video.range = ColorRange::limited;
+  if (parameters.color_range == AVCOL_RANGE_JPEG) video.range = ColorRange::full;
+  const auto code = [](int number, const char* name) {
+    return ColorCode{number, name != nullptr ? name : std::to_string(number)};
+  };
+  video.primaries = code(parameters.color_primaries, av_color_primaries_name(parameters.color_primaries));
+  video.transfer = code(parameters.color_trc, av_color_transfer_name(parameters.color_trc));
+  video.matrix = code(parameters.color_space, av_color_space_name(parameters.color_space));
+  video.colorSpace = colorSpaceOf({video.primaries.number, video.transfer.number, video.matrix.number});
+}
+
+/// Reads the display matrix: how far players turn and whether they mirror.
+void describeOrientation(VideoStreamDescription& video, const AVStream& stream) {
+  std::size_t size = 0;
+  const std::uint8_t* const data = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+  constexpr std::size_t count = 9;
+  std::array<std::int32_t, count> matrix{};
+  if (data == nullptr || size < sizeof matrix) return;
+  std::copy_n(data, sizeof matrix, reinterpret_cast<std::uint8_t*>(matrix.data()));
+  const double determinant = static_cast<double>(matrix[0]) * matrix[4] - static_cast<double>(matrix[1]) * matrix[3];
+  video.isMirrored = determinant < 0;
+  if (video.isMirrored) av_display_matrix_flip(matrix.data(), 1, 0);
+  const double counterclockwise = av_display_rotation_get(matrix.data());
+  if (!std::isfinite(counterclockwise)) return;
+  const auto clockwise = static_cast<int>(std::lround(-counterclockwise));
+  video.rotation = (clockwise % 360 + 360) % 360;
+}
+
+int stretched(int length, const MediaRational& ratio) noexcept {
+  const double result = std::round(length * ratio.rawValue());
+  return static_cast<int>(std::clamp(result, 1.0, double{std::numeric_limits<int>::max()}));
+}
+
+void describeSize(VideoStreamDescription& video, AVFormatContext& input, AVStream& stream) {
+  video.width = std::max(stream.codecpar->width, 0);
+  video.height = std::max(stream.codecpar->height, 0);
+  if (const auto ratio = positiveRationalOf(av_guess_sample_aspect_ratio(&input, &stream, nullptr))) {
+    video.pixelAspectRatio = *ratio;
+  }
+  describeOrientation(video, stream);
+  if (video.width == 0 || video.height == 0) return;
+  video.displayWidth = stretched(video.width, video.pixelAspectRatio);
+  video.displayHeight = video.height;
+  if (video.rotation % 180 == 90) std::swap(video.displayWidth, video.displayHeight);
+}
+
+/// How long the frames of a stream are that lists each of them.
+struct FrameLengths {
+  std::int64_t shortest = std::numeric_limits<std::int64_t>::max();
+  std::int64_t longest = 0;
+
+  /// Returns true if the lengths differ by more than rounding to ticks does.
+  [[nodiscard]] bool areDifferent() const noexcept {
+    constexpr std::int64_t ticksOfRoundedFrame = 10;
+    return longest - shortest > (shortest >= ticksOfRoundedFrame ? 1 : 0);
+  }
+};
+
+/// Returns the lengths in ticks of all frames but the last; absent for formats that do not list each frame, and for
+/// fewer than two frames.
+std::optional<FrameLengths> frameLengths(const AVFormatContext& input, AVStream& stream) {
+  if (!std::string_view(input.iformat->name).starts_with("mov,")) return std::nullopt;
+  const int count = avformat_index_get_entries_count(&stream);
+  if (count < 2) return std::nullopt;
+  FrameLengths lengths;
+  std::int64_t before = avformat_index_get_entry(&stream, 0)->timestamp;
+  for (int place = 1; place < count; ++place) {
+    const std::int64_t time = avformat_index_get_entry(&stream, place)->timestamp;
+    std::int64_t length = 0;
+    if (__builtin_sub_overflow(time, before, &length)) return std::nullopt;
+    lengths.shortest = std::min(lengths.shortest, length);
+    lengths.longest = std::max(lengths.longest, length);
+    before = time;
+  }
+  return lengths;
+}
+
+void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStream& stream) {
+  // FFmpeg makes up a rate for these.
+  if (isImageFormat(input) || std::string_view(input.iformat->name).starts_with("mjpeg")) return;
+  video.averageFrameRate = positiveRationalOf(stream.avg_frame_rate);
+  auto rate = positiveRationalOf(av_guess_frame_rate(&input, &stream, nullptr));
+  if (!rate) rate = video.averageFrameRate;
+  if (!rate) return;
+  const double ratio = video.averageFrameRate ? rate->rawValue() / video.averageFrameRate->rawValue() : 1.0;
+  if (const auto lengths = frameLengths(input, stream)) {
+    video.isVariable = lengths->areDifferent();
+    if (!video.isVariable && lengths->shortest > 0) {
+      const auto frame = secondsOf(lengths->shortest, stream.time_base);
+      if (lengths->shortest == lengths->longest && frame && frame->numerator > 0) {
+        rate = MediaRational{frame->denominator, frame->numerator};
+      } else if (video.averageFrameRate) {
+        rate = video.averageFrameRate;
+      }
+    }
+  } else if (isInterlaced(video.fieldOrder) && std::abs(ratio - 2) < 0.02) {
+    rate = video.averageFrameRate;  // FFmpeg counted fields.
+  } else {
+    video.isVariable = std::abs(ratio - 1) > 0.01;
+  }
+  video.exactFrameRate = recognizedRate(*rate);
+  if (video.exactFrameRate) video.frameRate = VideoFrameRate::matching(*video.exactFrameRate);
+}
+
+/// Returns the number of frames if the container states it.
+std::optional<std::int64_t> frameCountOf(const AVFormatContext& input, const AVStream& stream) {
+  if (isImageFormat(input)) return 1;
+  if (stream.nb_frames > 0) return stream.nb_frames;
+  // These count time in frames.
+  const std::string_view format = input.iformat->name;
+  const AVRational rate = stream.avg_frame_rate;
+  const bool countsFrames = (format == "mxf" || format == "gxf" || format == "dv") && rate.num > 0 &&
+                            av_cmp_q(stream.time_base, av_inv_q(rate)) == 0;
+  return countsFrames && stream.duration > 0 ? std::optional(stream.duration) : std::nullopt;
+}
+
+void describeChannels(AudioStreamDescription& audio, const AVChannelLayout& layout) {
+  audio.channelCount = std::max(layout.nb_channels, 0);
+  if (layout.order == AV_CHANNEL_ORDER_UNSPEC) return;
+  std::array<char, 128> name{};
+  if (av_channel_layout_describe(&layout, name.data(), name.size()) > 0) audio.layoutName = name.data();
+  for (int place = 0; place < audio.channelCount; ++place) {
+    const AVChannel channel = av_channel_layout_channel_from_index(&layout, static_cast<unsigned>(place));
+    AudioChannelDescription& each = audio.channels.emplace_back();
+    each.label = channelLabelOfBit(channel);
+    if (channel >= 0 && av_channel_name(name.data(), name.size(), channel) > 0) each.name = name.data();
+  }
+  if (layout.order != AV_CHANNEL_ORDER_NATIVE) return;
+  audio.channelBitmap = layout.u.mask;
+  if (const auto row = channelLayoutWithBitmap(layout.u.mask)) {
+    audio.channelLayout = row->value;
+    audio.channelLayoutTag = row->tag;
+  }
+}
+
+OtherStreamKind otherKindOf(const AVCodecParameters& parameters) noexcept {
+  if (parameters.codec_tag == fourCharacters("tmcd")) return OtherStreamKind::timecode;
+  switch (parameters.codec_type) {
+    case AVMEDIA_TYPE_DATA:
+      return OtherStreamKind::data;
+    case AVMEDIA_TYPE_SUBTITLE:
+      return OtherStreamKind::subtitle;
+    case AVMEDIA_TYPE_ATTACHMENT:
+      return OtherStreamKind::attachment;
+    default:
+      return OtherStreamKind::unknown;
+  }
+}
+
+}  // namespace
+
+std::vector<MediaTag> tagsOf(const AVDictionary* tags) {
+  std::vector<MediaTag> list;
+  const AVDictionaryEntry* entry = nullptr;
+  while ((entry = av_dict_get(tags, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {
+    list.push_back({entry->key, entry->value});
+  }
+  return list;
+}
+
+bool isImageFormat(const AVFormatContext& input) noexcept {
+  return std::string_view(input.iformat->name).ends_with("_pipe");
+}
+
+VideoStreamDescription describedVideo(AVFormatContext& input, AVStream& stream) {
+  const AVCodecParameters& parameters = *stream.codecpar;
+  VideoStreamDescription video;
+  describeShared(video, stream);
+  const auto [codec, format] = videoNames(parameters);
+  video.codec = codec;
+  video.format = format;
+  if (parameters.level > 0) video.level = parameters.level;
+  video.fieldOrder = fieldOrderOf(parameters.field_order);
+  // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.
+  video.isAttachedPicture = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+  describeSize(video, input, stream);
+  describePixels(video, parameters);
+  if (video.isAttachedPicture) {
+    video.frameCount = 1;
+    return video;
+  }
+  describeRate(video, input, stream);
+  video.frameCount = frameCountOf(input, stream);
+  if (isImageFormat(input)) {
+    video.startTime.reset();
+    video.duration.reset();
+    video.bitRate.reset();
+  }
+  return video;
+}
+
+AudioStreamDescription describedAudio(const AVStream& stream) {
+  const AVCodecParameters& parameters = *stream.codecpar;
+  AudioStreamDescription audio;
+  describeShared(audio, stream);
+  audio.format = audioFormat(parameters);
+  audio.sampleRate = std::max(parameters.sample_rate, 0);
+  const int bits = parameters.bits_per_raw_sample > 0 ? parameters.bits_per_raw_sample
+                                                      : av_get_exact_bits_per_sample(parameters.codec_id);
+  if (bits > 0) audio.bitsPerChannel = bits;
+  audio.sampleFormat = ownedText(av_get_sample_fmt_name(static_cast<AVSampleFormat>(parameters.format)));
+  describeChannels(audio, parameters.ch_layout);
+  return audio;
+}
+
+OtherStreamDescription describedOther(const AVStream& stream) {
+  OtherStreamDescription other;
+  describeShared(other, stream);
+  other.kind = otherKindOf(*stream.codecpar);
+  return other;
+}
+
+std::optional<std::string_view> containerOf(const AVFormatContext& input, const MediaDescription& description) {
+  const std::string_view format = input.iformat->name;
+  const VideoStreamDescription* const video = description.mainVideo();
+  if (format.starts_with("mov,")) {
+    if (video != nullptr && video->codec == SLVVideoCodecBlackmagicRaw) return SLVMediaFileContainerBRAW;
+    // A file without a brand is older than brands, which only QuickTime's are.
+    const auto brand = tagValue(description.tags, "major_brand");
+    return !brand || *brand == "qt  " ? SLVMediaFileContainerQuickTimeMovie : SLVMediaFileContainerMP4;
+  }
+  struct Row {
+    std::string_view format;
+    std::string_view container;
+  };
+  constexpr auto rows = std::to_array<Row>({
+      {"mxf", SLVMediaFileContainerMXF},
+      {"avi", SLVMediaFileContainerAVI},
+      {"r3d", SLVMediaFileContainerR3D},
+      {"cine", SLVMediaFileContainerCINE},
+      {"dpx_pipe", SLVMediaFileContainerDPX},
+  });
+  const auto* const found = std::ranges::find(rows, format, &Row::format);
+  return found != rows.end() ? std::optional(found->container) : std::nullopt;
+}
+
+}  // namespace meridian::inline v0_2::libav

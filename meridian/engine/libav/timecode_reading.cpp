@@ -1,0 +1,155 @@
+#include "meridian/engine/libav/timecode_reading.h"
+
+#include <array>
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "meridian/base/integer_arithmetic.h"
+#include "meridian/base/printable.h"
+#include "meridian/engine/recognized_rate.h"
+#include "meridian/media/frame_number.h"
+
+namespace meridian::inline v0_2::libav {
+namespace {
+
+/// A big-endian number of four bytes.
+std::uint32_t bigEndian(const std::uint8_t* bytes) noexcept {
+  std::uint32_t number = 0;
+  for (std::size_t place = 0; place < 4; ++place) number = number << 8U | bytes[place];
+  return number;
+}
+
+/// The sample description of a timecode track (QuickTime File Format, "Timecode Sample Description").
+struct TimecodeTrackFormat {
+  static constexpr std::uint32_t dropFrame = 1;
+  static constexpr std::uint32_t wrapsAtMidnight = 2;
+  static constexpr std::uint32_t mayBeNegative = 4;
+  static constexpr std::uint32_t isCounter = 8;
+
+  std::uint32_t flags = 0;
+  /// Frames per second, and how many of them labels count.
+  MediaRational rate;
+  std::int64_t framesPerSecond = 0;
+
+  [[nodiscard]] bool has(std::uint32_t flag) const noexcept { return (flags & flag) != 0; }
+
+  [[nodiscard]] static std::optional<TimecodeTrackFormat> of(const AVCodecParameters& parameters) noexcept {
+    constexpr int size = 17;
+    if (parameters.extradata == nullptr || parameters.extradata_size < size) return std::nullopt;
+    const std::uint8_t* const data = parameters.extradata;
+    const MediaRational rate{bigEndian(data + 8), bigEndian(data + 12)};
+    return TimecodeTrackFormat{bigEndian(data + 4), rate, data[16]};
+  }
+};
+
+/// Collects the timecode of a description from one source after the other.
+class TimecodeReading {
+ public:
+  TimecodeReading(MediaInput& input, MediaDescription& description) : input_(input), description_(description) {}
+
+  [[nodiscard]] std::optional<TimecodeDescription> read() {
+    for (const OtherStreamDescription& stream : description_.others) {
+      if (stream.kind != OtherStreamKind::timecode) continue;
+      if (auto timecode = ofTrack(stream)) return timecode;
+    }
+    for (const VideoStreamDescription& stream : description_.video) {
+      if (auto timecode = ofTag(stream.tags, TimecodeSource::stream)) return timecode;
+    }
+    if (auto timecode = ofTag(description_.tags, TimecodeSource::format)) return timecode;
+    for (const OtherStreamDescription& stream : description_.others) {
+      if (stream.codecTag != "rtmd") continue;
+      if (auto timecode = ofTag(stream.tags, TimecodeSource::rtmd)) return timecode;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  [[nodiscard]] std::optional<TimecodeDescription> ofTrack(const OtherStreamDescription& track) {
+    AVStream& stream = *input_.context().streams[track.index];
+    const auto format = TimecodeTrackFormat::of(*stream.codecpar);
+    if (!format || format->has(TimecodeTrackFormat::isCounter)) return std::nullopt;
+    // Some writers state 2997/100 or the like; the frames that labels count decide.
+    auto exact = recognizedRate(format->rate);
+    auto rate = exact ? VideoFrameRate::matching(*exact) : std::nullopt;
+    if (!rate || timecodeFramesPerSecond(*rate) != format->framesPerSecond) {
+      rate = VideoFrameRate::matching({format->framesPerSecond, 1});
+    }
+    const AVIndexEntry* const sample = avformat_index_get_entry(&stream, 0);
+    std::array<char, 4> bytes{};
+    if (sample == nullptr || !input_.readAt(sample->pos, bytes)) return std::nullopt;
+    const std::uint32_t raw = bigEndian(reinterpret_cast<const std::uint8_t*>(bytes.data()));
+    const std::int64_t number =
+        format->has(TimecodeTrackFormat::mayBeNegative) ? static_cast<std::int32_t>(raw) : std::int64_t{raw};
+
+    const bool isDropFrame = dropFrameAt(*rate, format->has(TimecodeTrackFormat::dropFrame), std::to_string(number));
+    const auto start = timecodeOfFrame(number, *rate, isDropFrame);
+    if (!start) {
+      warn(MediaWarningCode::timecodeNotRead, "frame " + std::to_string(number));
+      return std::nullopt;
+    }
+    TimecodeDescription timecode{*start, {}, *rate, TimecodeSource::tmcd};
+    if (format->has(TimecodeTrackFormat::wrapsAtMidnight)) timecode.start.hours %= 24;
+    timecode.end = endOf(timecode);
+    return timecode;
+  }
+
+  [[nodiscard]] std::optional<TimecodeDescription> ofTag(const std::vector<MediaTag>& tags, TimecodeSource source) {
+    const auto text = tagValue(tags, "timecode");
+    const VideoStreamDescription* const video = description_.mainVideo();
+    if (!text || video == nullptr || !video->frameRate) return std::nullopt;
+    auto start = TimecodeComponents::fromTimecode(*text);
+    if (start) start->isDropFrame = dropFrameAt(*video->frameRate, start->isDropFrame, *text);
+    if (!start || !frameNumber(*start, *video->frameRate)) {
+      warn(MediaWarningCode::timecodeNotRead, inQuotes(*text));
+      return std::nullopt;
+    }
+    TimecodeDescription timecode{*start, {}, *video->frameRate, source};
+    timecode.end = endOf(timecode);
+    return timecode;
+  }
+
+  /// Returns whether labels skip at this rate; warns where the file says so and they cannot.
+  [[nodiscard]] bool dropFrameAt(const VideoFrameRate& rate, bool isStated, std::string_view written) {
+    const bool isPossible = droppedLabelsPerMinute(rate).has_value();
+    if (isStated && !isPossible) {
+      warn(MediaWarningCode::dropFrameAtOtherRate, std::string(written) + " at " + rate.formattedString());
+    }
+    return isStated && isPossible;
+  }
+
+  /// Returns the label of the last frame. Labels may count at another rate than the images, such as 30 at 60.
+  [[nodiscard]] std::optional<TimecodeComponents> endOf(const TimecodeDescription& timecode) const {
+    const VideoStreamDescription* const video = description_.mainVideo();
+    if (video == nullptr || video->isVariable || !video->frameRate || !video->frameCount) return std::nullopt;
+    const auto labels = timecodeFramesPerSecond(timecode.rate);
+    const auto images = timecodeFramesPerSecond(*video->frameRate);
+    const auto first = frameNumber(timecode.start, timecode.rate);
+    if (!labels || !images || !first || *video->frameCount < 1) return std::nullopt;
+    const auto scaled = checkedProduct<std::int64_t>(*video->frameCount - 1, *labels);
+    const auto last = scaled ? checkedSum<std::int64_t>(*first, *scaled / *images) : std::nullopt;
+    if (!last) return std::nullopt;
+    const auto end = timecodeOfFrame(*last, timecode.rate, timecode.start.isDropFrame);
+    if (!end) return std::nullopt;
+    TimecodeComponents label = *end;
+    // A day has a whole number of the ten minutes after which drop frame repeats.
+    if (timecode.start.hours < 24) label.hours %= 24;
+    return label;
+  }
+
+  void warn(MediaWarningCode code, std::string detail) {
+    description_.warnings.push_back({code, description_.path, std::move(detail)});
+  }
+
+  MediaInput& input_;
+  MediaDescription& description_;
+};
+
+}  // namespace
+
+std::optional<TimecodeDescription> readTimecode(MediaInput& input, MediaDescription& description) {
+  return TimecodeReading(input, description).read();
+}
+
+}  // namespace meridian::inline v0_2::libav

@@ -1,0 +1,17 @@
+/// \file
+/// A file's timecode, from where it is found first.
+#pragma once
+
+#include <optional>
+
+#include "meridian/engine/libav/media_input.h"
+#include "meridian/engine/media_description.h"
+
+namespace meridian::inline v0_2::libav {
+
+/// Returns the timecode of the first source that has a label: the timecode track, a tag of a stream of images, a tag of
+/// the file, a track of real-time metadata. The description's streams and tags must be complete; warnings are added to
+/// it.
+[[nodiscard]] std::optional<TimecodeDescription> readTimecode(MediaInput& input, MediaDescription& description);
+
+}  // namespace meridian::inline v0_2::libav
