@@ -71,9 +71,10 @@ void describeTimes(MediaDescription& description, const AVFormatContext& input) 
   constexpr AVRational microseconds{1, AV_TIME_BASE};
   description.startTime = libav::secondsOf(input.start_time, microseconds);
   description.duration = libav::secondsOf(input.duration, microseconds);
-  // FFmpeg rounds to microseconds. Where it goes by something else than the streams, that counts.
+  // FFmpeg goes by the header of a QuickTime movie, which counts in 1/600 or 1/1000 of a second. Where the header says
+  // something else, that counts.
   const auto exact = exactDuration(description);
-  constexpr double rounding = 2e-6;
+  constexpr double rounding = 1.0 / 500;
   if (exact && description.duration && std::abs(exact->rawValue() - description.duration->rawValue()) < rounding) {
     description.duration = exact;
   }

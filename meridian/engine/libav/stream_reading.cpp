@@ -181,7 +181,9 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   // FFmpeg makes up a rate for these.
   if (isImageFormat(input) || std::string_view(input.iformat->name).starts_with("mjpeg")) return;
   video.averageFrameRate = positiveRationalOf(stream.avg_frame_rate);
-  auto rate = positiveRationalOf(av_guess_frame_rate(&input, &stream, nullptr));
+  // An AVI has one rate; an empty frame repeats the one before it.
+  const bool hasOneRate = std::string_view(input.iformat->name) == "avi" && video.averageFrameRate;
+  auto rate = hasOneRate ? video.averageFrameRate : positiveRationalOf(av_guess_frame_rate(&input, &stream, nullptr));
   if (!rate) rate = video.averageFrameRate;
   if (!rate) return;
   const double ratio = video.averageFrameRate ? rate->rawValue() / video.averageFrameRate->rawValue() : 1.0;
@@ -210,7 +212,7 @@ std::optional<std::int64_t> frameCountOf(const AVFormatContext& input, const AVS
   if (stream.nb_frames > 0) return stream.nb_frames;
   // These count time in frames.
   const std::string_view format = input.iformat->name;
-  const AVRational rate = stream.avg_frame_rate;
+  const AVRational rate = stream.r_frame_rate;
   const bool countsFrames = (format == "mxf" || format == "gxf" || format == "dv") && rate.num > 0 &&
                             av_cmp_q(stream.time_base, av_inv_q(rate)) == 0;
   return countsFrames && stream.duration > 0 ? std::optional(stream.duration) : std::nullopt;

@@ -1,0 +1,69 @@
+#include "meridian/engine/image_sequence.h"
+
+#include <gmock/gmock.h>
+
+#include "meridian/media/media_names.h"
+#include "tests/engine/made_media.h"
+
+namespace meridian::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(ImageSequenceTest, OrdersImagesByNumberAndCountsWhatIsMissing) {
+  const TemporaryDirectory folder;
+  for (const char* const name :
+       {"A.9.dpx", "A.10.dpx", "A.0012.dpx", ".A.11.dpx", "A.dpx", "notes.7.txt", "A.13.dpx~"}) {
+    folder.write(name, "12345");
+  }
+  std::filesystem::create_directory(folder.path() / "A.11.dpx");
+  const auto sequence = imageSequence(folder.path().string());
+  ASSERT_TRUE(sequence) << sequence.error().message();
+  std::vector<std::string> names;
+  for (const std::string& path : sequence->paths) names.push_back(path.substr(path.rfind('/') + 1));
+  EXPECT_THAT(names, ElementsAre("A.9.dpx", "A.10.dpx", "A.0012.dpx"));
+  EXPECT_EQ(sequence->size, 15);
+  EXPECT_EQ(sequence->firstNumber, 9);
+  EXPECT_EQ(sequence->lastNumber, 12);
+  EXPECT_EQ(sequence->missingCount, 1);
+}
+
+TEST(ImageSequenceTest, IsAnErrorWithoutExactlyOneSequence) {
+  const TemporaryDirectory folder;
+  const std::string path = folder.path().string();
+  EXPECT_EQ(imageSequence(path).error().code, MediaErrorCode::noImageSequence);
+  folder.write("a.1.png", "");
+  folder.write("1234567890123456789.png", "");  // no number has so many digits
+  EXPECT_TRUE(imageSequence(path));
+  folder.write("b\n.2.png", "");
+  const auto two = imageSequence(path);
+  ASSERT_FALSE(two);
+  EXPECT_EQ(two.error().code, MediaErrorCode::noImageSequence);
+  EXPECT_THAT(two.error().message(), AllOf(HasSubstr("more than one"), HasSubstr("\"a.\""), Not(HasSubstr("\n"))));
+  EXPECT_EQ(imageSequence(path + "/none").error().code, MediaErrorCode::notOpened);
+}
+
+class DescribedSequenceTest : public MadeMedia {};
+
+TEST_F(DescribedSequenceTest, IsDescribedByItsFirstImage) {
+  std::filesystem::create_directory(path("shot"));
+  ASSERT_NO_FATAL_FAILURE(
+      make({{"shot/A001_%04d.dpx", "-map 0:v -frames:v 4 -start_number 86399 -vf format=gbrp10 -c:v dpx"}}));
+  std::filesystem::remove(path("shot/A001_86401.dpx"));
+  const MediaDescription shot = described("shot");
+  EXPECT_EQ(shot.path, path("shot"));
+  EXPECT_EQ(shot.container, SLVMediaFileContainerImageSequence);
+  ASSERT_EQ(shot.video.size(), 1);
+  EXPECT_EQ(shot.video.front().frameCount, 3);
+  EXPECT_EQ(shot.video.front().frameRate, std::nullopt);
+  EXPECT_EQ(shot.video.front().bitDepth, 10);
+  EXPECT_EQ(shot.video.front().chroma, ChromaSubsampling::rgb);
+  EXPECT_EQ(shot.size, 3 * std::filesystem::file_size(path("shot/A001_86399.dpx")));
+  ASSERT_EQ(shot.warnings.size(), 1);
+  EXPECT_EQ(shot.warnings.front().code, MediaWarningCode::missingImages);
+  EXPECT_THAT(shot.warnings.front().detail, "1 between 86399 and 86402");
+}
+
+}  // namespace
+}  // namespace meridian::test
