@@ -1,6 +1,7 @@
 // The sources of a transcode: which files make up which clip, and which of them gives the image.
 #include <algorithm>
 #include <array>
+#include <tuple>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
@@ -16,6 +17,8 @@ namespace {
 struct NumberedInput {
   std::int64_t group = 0;
   std::int64_t place = 0;
+  /// The place in the store, which decides between two flags for one place.
+  std::size_t order = 0;
   SourcePart part;
 };
 
@@ -29,11 +32,11 @@ std::vector<NumberedInput> numberedInputs(PlanContext& context) {
     const std::size_t separator = numbers.rfind('_');
     inputs.push_back({integerFromText(numbers.substr(0, separator)).value_or(0),
                       integerFromText(numbers.substr(separator + 1)).value_or(0),
+                      inputs.size(),
                       {setting.flag, setting.value}});
   }
-  std::ranges::stable_sort(inputs, [](const NumberedInput& left, const NumberedInput& right) {
-    return std::pair(left.group, left.place) < std::pair(right.group, right.place);
-  });
+  std::ranges::sort(inputs, {},
+                    [](const NumberedInput& each) { return std::tuple(each.group, each.place, each.order); });
   return inputs;
 }
 

@@ -1,0 +1,280 @@
+#include "meridian/engine/transcode_plan_text.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "meridian/base/joined.h"
+#include "meridian/base/numbers.h"
+#include "meridian/base/printable.h"
+#include "meridian/base/text.h"
+#include "meridian/cli/transcode_detail_values.h"
+
+namespace meridian::inline v0_2 {
+namespace {
+
+constexpr auto stepNames = std::to_array<std::string_view>({"deinterlace", "rate", "rotate", "scale", "crop", "pad",
+                                                            "color", "format", "lut", "timecode", "text", "watermark"});
+static_assert(stepNames.size() == std::variant_size_v<VideoStep>);
+
+/// Sections of rows, each of a name and a text.
+class Sections {
+ public:
+  void begin(std::string_view title) { sections_.push_back({std::string(title), {}}); }
+  void add(std::string_view name, std::string text) {
+    sections_.back().rows.push_back({std::string(name), std::move(text)});
+  }
+  [[nodiscard]] std::string text() const {
+    std::string text;
+    for (const Section& section : sections_) {
+      std::size_t width = 0;
+      for (const Row& row : section.rows) width = std::max(width, displayWidth(row.name));
+      text += section.title + '\n';
+      for (const Row& row : section.rows) {
+        text += "  " + row.name;
+        if (!row.text.empty())
+          text += std::string(width - displayWidth(row.name) + (width > 0 ? 2 : 0), ' ') + row.text;
+        text += '\n';
+      }
+    }
+    return text;
+  }
+
+ private:
+  struct Row {
+    std::string name;
+    std::string text;
+  };
+  struct Section {
+    std::string title;
+    std::vector<Row> rows;
+  };
+  std::vector<Section> sections_;
+};
+
+std::string countText(std::int64_t count, std::string_view noun) {
+  return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
+}
+
+std::string sizeOf(const ImageForm& image) {
+  return std::to_string(image.width) + " x " + std::to_string(image.height);
+}
+
+std::string rateOf(const VideoFrameRate& rate) {
+  const MediaRational rational = rate.rawValue();
+  if (rational.denominator == 1) return std::to_string(rational.numerator) + " fps";
+  return fixedDecimalText(rational.rawValue(), 3) + " fps (" + std::to_string(rational.numerator) + "/" +
+         std::to_string(rational.denominator) + ")";
+}
+
+std::string rangeOf(const ImageForm& image) {
+  return image.range == ColorRange::unknown ? "" : std::string(description(image.range)) + " range";
+}
+
+/// Returns everything about an image, or what is other than in the image before it.
+std::string formText(const ImageForm& image, const ImageForm* before) {
+  std::vector<std::string> texts;
+  const auto add = [&](bool isOther, std::string text) {
+    if ((before == nullptr || isOther) && !text.empty()) texts.push_back(std::move(text));
+  };
+  add(before != nullptr && (image.width != before->width || image.height != before->height), sizeOf(image));
+  const bool isSquare = image.pixelAspectRatio == MediaRational{1, 1};
+  if (before == nullptr ? !isSquare : image.pixelAspectRatio != before->pixelAspectRatio) {
+    texts.push_back(isSquare ? "square pixels"
+                             : "pixels " + std::to_string(image.pixelAspectRatio.numerator) + ":" +
+                                   std::to_string(image.pixelAspectRatio.denominator));
+  }
+  add(before != nullptr && image.pixelFormat != before->pixelFormat, printable(image.pixelFormat));
+  add(before != nullptr && image.color != before->color, nameOf(image.color));
+  add(before != nullptr && image.range != before->range, rangeOf(image));
+  if (before == nullptr && image.isInterlaced) texts.emplace_back("interlaced");
+  add(before != nullptr && image.frameRate != before->frameRate, rateOf(image.frameRate));
+  return joined(texts, ", ");
+}
+
+std::string styleText(const TextStyle& style) {
+  return "at " + style.anchor.string() + ", " + fixedDecimalText(style.fontSize, 0) + " pixels high, " +
+         style.fontColor.text() + " on " + style.boxColor.text();
+}
+
+/// Says what is particular to a step, beside the image that it gives.
+struct StepDetail {
+  std::string operator()(const DeinterlaceStep&) const { return "bwdif, a frame for each two fields"; }
+  std::string operator()(const RateStep&) const { return "drop or repeat frames"; }
+  std::string operator()(const RotateStep& step) const {
+    std::string text = step.isMirrored ? "mirrored" : "";
+    if (step.degrees != 0) {
+      text += (text.empty() ? "" : ", then ") + std::to_string(step.degrees) + " degrees clockwise";
+    }
+    return text;
+  }
+  std::string operator()(const ScaleStep&) const { return "bicubic"; }
+  std::string operator()(const CropStep& step) const {
+    return "from " + std::to_string(step.x) + ", " + std::to_string(step.y) + " (" +
+           lowercased(description(step.anchor)) + ")";
+  }
+  std::string operator()(const PadStep& step) const {
+    return "black bars, image at " + std::to_string(step.x) + ", " + std::to_string(step.y);
+  }
+  std::string operator()(const ColorStep&) const { return ""; }
+  std::string operator()(const FormatStep&) const { return ""; }
+  std::string operator()(const LutStep& step) const {
+    return inQuotes(step.path) + ", " + std::string(rawValue(step.interpolation)) + ", " +
+           (step.axisOrder == LutAxisOrder::redFastest ? "red" : "blue") + " fastest, " +
+           (step.domain == LutInputDomain::declared ? "declared domain" : "domain of its data");
+  }
+  std::string operator()(const TimecodeBurnStep& step) const { return styleText(step.style); }
+  std::string operator()(const TextBurnStep& step) const { return inQuotes(step.text) + " " + styleText(step.style); }
+  std::string operator()(const WatermarkStep& step) const {
+    std::string text = inQuotes(step.path) + " at " + step.anchor.string();
+    if (step.size.width > 0) {
+      text += ", " + std::to_string(step.size.width) + " x " + std::to_string(step.size.height);
+    } else if (step.scale != 1) {
+      text += ", " + plainDecimalText(step.scale) + " times its size";
+    }
+    return text;
+  }
+};
+
+std::string optionTexts(const std::vector<PlannedOption>& options) {
+  std::vector<std::string> texts;
+  for (const PlannedOption& option : options) texts.push_back(option.name + "=" + printable(option.value));
+  return joined(texts, ", ");
+}
+
+void addSources(Sections& sections, const TranscodePlan& plan) {
+  sections.begin("Sources");
+  for (const PlannedSource& source : plan.sources) {
+    for (const PlannedPart& part : source.parts) {
+      std::string text = inQuotes(part.path);
+      if (source.givesImage) text += source.isImageSequence ? ", the image, as a sequence" : ", the image";
+      if (part.frameCount) text += ", " + countText(*part.frameCount, "frame");
+      if (part.duration)
+        text += ", " + plainDecimalText(std::stod(fixedDecimalText(part.duration->rawValue(), 3))) + " s";
+      sections.add(part.flag, std::move(text));
+    }
+  }
+}
+
+void addVideo(Sections& sections, const TranscodePlan& plan) {
+  sections.begin("Video");
+  if (!plan.video) {
+    sections.add("none", "");
+    return;
+  }
+  const PlannedVideo& video = *plan.video;
+  std::string source =
+      (video.codecName.empty() ? "unknown codec" : printable(video.codecName)) + ", " + formText(video.source, nullptr);
+  if (video.isColorAssumed) source += ", colour assumed";
+  if (video.isCopied()) {
+    if (video.rotation != 0) source += ", turned by " + std::to_string(video.rotation) + " degrees when played";
+    sections.add("copy", std::move(source));
+    return;
+  }
+  sections.add(video.decodesOnGpu ? "decode on GPU" : "decode", std::move(source));
+  const ImageForm* before = &video.source;
+  for (const PlannedStep& step : video.steps) {
+    std::string text = std::visit(StepDetail(), step.step);
+    const std::string change = formText(step.result, before);
+    if (!change.empty()) text += (text.empty() ? "to " : " to ") + change;
+    sections.add(nameOf(step.step), std::move(text));
+    before = &step.result;
+  }
+  const PlannedVideoEncoder& encoder = *video.encoder;
+  std::string text = encoder.codec.string() + " with " + printable(encoder.name) + ", " +
+                     std::string(rawValue(encoder.pixelFormat)) + ", " + sizeOf(video.output()) + ", " +
+                     rateOf(video.output().frameRate) + ", " + nameOf(video.output().color);
+  if (video.frameCount) text += ", " + countText(*video.frameCount, "frame");
+  if (encoder.bitRate) text += ", " + plainDecimalText(*encoder.bitRate) + " Mb/s";
+  if (encoder.keepsFields) text += ", fields kept";
+  sections.add(encoder.usesGpu ? "encode on GPU" : "encode", std::move(text));
+  sections.add("options", optionTexts(encoder.options));
+}
+
+void addAudio(Sections& sections, const TranscodePlan& plan) {
+  sections.begin("Audio");
+  if (plan.audio.empty()) sections.add("none", "");
+  for (std::size_t place = 0; place < plan.audio.size(); ++place) {
+    const PlannedAudioTrack& track = plan.audio[place];
+    std::vector<std::string> numbers;
+    for (const AudioOrigin& origin : track.origins) numbers.push_back(std::to_string(origin.track));
+    std::string text = (numbers.size() == 1 ? "of track " : "of tracks ") + joined(numbers, ", ") + ": ";
+    text += track.isCopied() ? "copy " + printable(track.copiedCodec) : "encode with " + track.encoder;
+    if (track.bits) text += ", " + std::to_string(*track.bits) + " bits";
+    text += ", " + std::to_string(track.sampleRate) + " samples a second, ";
+    if (track.channels.empty()) {
+      text += countText(track.channelCount, track.isCopied() ? "channel" : "discrete channel");
+    } else {
+      std::vector<std::string_view> names;
+      for (const ChannelLabel label : track.channels) names.push_back(description(label));
+      text += joined(names, " ");
+    }
+    if (track.bitRate && !track.isCopied()) text += ", " + std::to_string(*track.bitRate) + " bits a second";
+    if (!track.language.empty()) text += ", " + printable(track.language);
+    sections.add("track " + std::to_string(place), std::move(text));
+  }
+}
+
+void addTimecode(Sections& sections, const TranscodePlan& plan) {
+  if (!plan.timecode) return;
+  const PlannedTimecode& timecode = *plan.timecode;
+  const bool isBurnt = plan.video && std::ranges::any_of(plan.video->steps, [](const PlannedStep& step) {
+                         return std::holds_alternative<TimecodeBurnStep>(step.step);
+                       });
+  sections.begin("Timecode");
+  sections.add("start", timecode.start.timecodeString() + ", " + lowercased(description(timecode.source)));
+  sections.add("counts", rateOf(timecode.rate) + (timecode.start.isDropFrame ? ", drop frame" : ""));
+  sections.add("stored", timecode.isInTrack ? (isBurnt ? "in the file, and burnt in" : "in the file") : "burnt in");
+  if (timecode.partStarts.empty()) return;
+  std::vector<std::string> starts;
+  for (const TimecodeComponents& start : timecode.partStarts) starts.push_back(start.timecodeString());
+  sections.add("parts", joined(starts, ", "));
+}
+
+void addOutput(Sections& sections, const TranscodePlan& plan) {
+  const PlannedOutput& output = plan.output;
+  sections.begin("Output");
+  sections.add("file", inQuotes(output.path) + (output.replacesExisting ? ", replaces the existing file" : ""));
+  sections.add("container", std::string(description(output.container)));
+  if (!output.options.empty()) sections.add("options", optionTexts(output.options));
+  if (!output.tags.empty()) sections.add("tags", optionTexts(output.tags));
+  if (!output.workDirectory.empty()) sections.add("unfinished", "in " + inQuotes(output.workDirectory));
+  if (!output.progressFile.empty()) sections.add("progress", "to " + inQuotes(output.progressFile));
+  if (output.progressPrefix) {
+    sections.add("progress", "to standard output, each line after " + inQuotes(*output.progressPrefix));
+  }
+}
+
+}  // namespace
+
+std::string_view nameOf(const VideoStep& step) noexcept { return stepNames[step.index()]; }
+
+std::string nameOf(const ColorSpaceCodes& color) {
+  constexpr int rgbMatrix = 0;
+  for (const ColorSpaceRow& row : colorSpaceRows) {
+    if (row.codes == color) return row.value.string();
+  }
+  for (const ColorSpaceRow& row : colorSpaceRows) {
+    if (color.matrix == rgbMatrix && row.codes.primaries == color.primaries && row.codes.transfer == color.transfer) {
+      return row.value.string() + " as R'G'B'";
+    }
+  }
+  if (const auto space = colorSpaceOf(color)) return space->string();
+  return std::to_string(color.primaries) + "-" + std::to_string(color.transfer) + "-" + std::to_string(color.matrix);
+}
+
+std::string describe(const TranscodePlan& plan) {
+  Sections sections;
+  addSources(sections, plan);
+  addVideo(sections, plan);
+  addAudio(sections, plan);
+  addTimecode(sections, plan);
+  addOutput(sections, plan);
+  if (!plan.warnings.empty()) {
+    sections.begin("Warnings");
+    for (const TranscodePlanWarning& warning : plan.warnings) sections.add(warning.message(), "");
+  }
+  return sections.text();
+}
+
+}  // namespace meridian::inline v0_2
