@@ -49,11 +49,7 @@ TextStyle textStyle(PlanContext& context, const TextFlags& flags, const ImageFor
 void planWatermark(PlanContext& context, std::vector<PlannedStep>& steps, const ImageForm& image) {
   const std::string_view pathFlag = SAVWatermarkFileBurnFilePathFlag.rawValue();
   const std::string_view scaleFlag = SAVWatermarkFileBurnScaleFlag.rawValue();
-  if (!context.has(pathFlag)) {
-    context.ignore(scaleFlag, "there is no -wmf_path");
-    context.ignore(SAVWatermarkFileBurnAnchorFlag.rawValue(), "there is no -wmf_path");
-    return;
-  }
+  if (!context.has(pathFlag)) return;
   WatermarkStep step;
   step.path = context.text(pathFlag);
   step.anchor = context.oneOf<Anchor>(SAVWatermarkFileBurnAnchorFlag.rawValue()).value_or(SAVAnchorBottomRight);
@@ -84,22 +80,12 @@ void planWatermark(PlanContext& context, std::vector<PlannedStep>& steps, const 
 void planBurnIns(PlanContext& context, std::vector<PlannedStep>& steps, const ImageForm& image) {
   if (context.has(timecodeFlags.burn)) {
     steps.push_back({TimecodeBurnStep{textStyle(context, timecodeFlags, image)}, image});
-  } else {
-    for (const std::string_view flag :
-         {timecodeFlags.anchor, timecodeFlags.size, timecodeFlags.fontColor, timecodeFlags.boxColor}) {
-      context.ignore(flag, "there is no -tc_burn");
-    }
   }
   const std::string_view textFlag = SAVWatermarkTextBurnTextFlag.rawValue();
   if (context.has(textFlags.burn)) {
     const auto text = context.value<std::string>(textFlag);
     if (!text) context.fail(textMissing, textFlags.burn);
     steps.push_back({TextBurnStep{text.value_or(""), textStyle(context, textFlags, image)}, image});
-  } else {
-    for (const std::string_view flag :
-         {textFlag, textFlags.anchor, textFlags.size, textFlags.fontColor, textFlags.boxColor}) {
-      context.ignore(flag, "there is no -wmt_burn");
-    }
   }
   planWatermark(context, steps, image);
 }

@@ -1,6 +1,7 @@
 #include "meridian/engine/plan_context.h"
 
 #include <algorithm>
+#include <array>
 
 #include "meridian/base/printable.h"
 
@@ -27,6 +28,31 @@ std::string_view reasonOfGroup(FlagGroup group, const TranscodePlan& plan) {
   }
   return "";
 }
+
+/// A flag that has an effect only beside another.
+struct DependentFlag {
+  std::string_view flag;
+  std::string_view needed;
+  std::string_view reason;
+};
+
+constexpr std::string_view withoutTimecodeBurn = "there is no -tc_burn";
+constexpr std::string_view withoutTextBurn = "there is no -wmt_burn";
+constexpr std::string_view withoutWatermark = "there is no -wmf_path";
+
+constexpr auto dependentFlags = std::to_array<DependentFlag>({
+    {SAVTimecodeBurnAnchorFlag.rawValue(), SAVTimecodeAddBurnFlag.rawValue(), withoutTimecodeBurn},
+    {SAVTimecodeBurnFontSize.rawValue(), SAVTimecodeAddBurnFlag.rawValue(), withoutTimecodeBurn},
+    {SAVTimecodeBurnFontRGB.rawValue(), SAVTimecodeAddBurnFlag.rawValue(), withoutTimecodeBurn},
+    {SAVTimecodeBurnBoxRGB.rawValue(), SAVTimecodeAddBurnFlag.rawValue(), withoutTimecodeBurn},
+    {SAVWatermarkTextBurnTextFlag.rawValue(), SAVWatermarkTextAddBurnFlag.rawValue(), withoutTextBurn},
+    {SAVWatermarkTextBurnFontSizeFlag.rawValue(), SAVWatermarkTextAddBurnFlag.rawValue(), withoutTextBurn},
+    {SAVWatermarkTextBurnAnchorFlag.rawValue(), SAVWatermarkTextAddBurnFlag.rawValue(), withoutTextBurn},
+    {SAVWatermarkTextBurnFontRGBFlag.rawValue(), SAVWatermarkTextAddBurnFlag.rawValue(), withoutTextBurn},
+    {SAVWatermarkTextBurnBoxRGBFlag.rawValue(), SAVWatermarkTextAddBurnFlag.rawValue(), withoutTextBurn},
+    {SAVWatermarkFileBurnAnchorFlag.rawValue(), SAVWatermarkFileBurnFilePathFlag.rawValue(), withoutWatermark},
+    {SAVWatermarkFileBurnScaleFlag.rawValue(), SAVWatermarkFileBurnFilePathFlag.rawValue(), withoutWatermark},
+});
 
 }  // namespace
 
@@ -72,6 +98,8 @@ void PlanContext::warnOfUnused() {
     const auto ignored = std::ranges::find(ignored_, setting.flag, &IgnoredFlag::flag);
     const FlagDescription* const known = findFlag(setting.flag);
     std::string_view reason = ignored != ignored_.end() ? ignored->reason : "";
+    const auto dependent = std::ranges::find(dependentFlags, setting.flag, &DependentFlag::flag);
+    if (reason.empty() && dependent != dependentFlags.end() && !isSet(dependent->needed)) reason = dependent->reason;
     if (reason.empty() && known != nullptr) reason = reasonOfGroup(known->group, plan);
     warn(TranscodePlanWarningCode::withoutEffect, setting.flag, reason);
   }

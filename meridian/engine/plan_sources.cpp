@@ -181,7 +181,7 @@ void planSources(PlanContext& context, std::span<const Expected<MediaDescription
     }
     context.groups.back().parts.push_back(inputs[place].part);
   }
-  if (inputs.empty()) context.fail(TranscodePlanErrorCode::noInput, "-in_0_0");
+  if (inputs.empty()) context.fail(TranscodePlanErrorCode::noInput, SAVInputPrefixFlag.rawValue());
   for (SourceGroup& group : context.groups) {
     const SourcePart* const first = group.firstDescribed();
     group.isImageSequence =

@@ -84,7 +84,7 @@ void chooseFormat(PlanContext& context, EncoderChoice& choice, const ImageForm& 
     std::ranges::transform(depths, std::back_inserter(texts), [](std::int64_t each) { return std::to_string(each); });
     const std::string subject =
         choice.row->codec.string() + (choice.profile != nullptr ? " " + std::string(choice.profile->name) : "");
-    context.fail(bitDepthNotAvailable, videoDepthFlag, subject + " has " + joined(texts, ", "));
+    context.fail(bitDepthNotAvailable, videoDepthFlag, {}, subject + " has " + joined(texts, ", "));
   } else if (depth < source.bitDepth && *depths.rbegin() > depth) {
     context.warn(TranscodePlanWarningCode::depthReduced, context.image->part->flag,
                  std::to_string(source.bitDepth) + " become " + std::to_string(depth));
@@ -155,10 +155,9 @@ void planDnxhdRate(PlanContext& context, const EncoderChoice& choice, const Imag
     const auto above = std::ranges::find_if(rates, [&](int rate) { return static_cast<float>(rate) > *asked; });
     std::string nearest;
     if (above != rates.begin()) nearest = std::to_string(*std::prev(above));
-    if (above != rates.end()) nearest += (nearest.empty() ? "" : " and ") + std::to_string(*above);
-    context.fail(bitRateNotAvailable, bitRateFlag,
-                 "in megabits a second, for " + std::to_string(depth) + " bits and " + sizeWithCross(image),
-                 "the nearest are " + nearest);
+    if (above != rates.end()) nearest += (nearest.empty() ? "" : " or ") + std::to_string(*above);
+    context.fail(bitRateNotAvailable, bitRateFlag, "for " + std::to_string(depth) + " bits and " + sizeWithCross(image),
+                 "use " + nearest + " megabits a second");
   }
   encoder.options.push_back({"b", bitsText(*encoder.bitRate)});
 }

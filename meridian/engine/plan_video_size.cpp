@@ -107,6 +107,8 @@ FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRationa
                    sizeText({rounded(displayWidth, false), rounded(displayHeight, false)}) + " stays");
     }
     fit.scaled = scaledBy(std::min(factor, 1.0));
+    fit.scaled = {std::min(fit.scaled.width, roundedDown(box.width, needsEven)),
+                  std::min(fit.scaled.height, roundedDown(box.height, needsEven))};
     fit.final = fit.scaled;
   }
   if (scaling != SAVCropAspect) context.ignore(cropAnchorFlag, "nothing is cropped");

@@ -58,6 +58,13 @@ std::string valuesOf() {
   return valueList(Value::allCases(), [](const Value& value) { return value.rawValue(); });
 }
 
+/// Returns how a flag is written: numbered, or with a value, where it is.
+std::string usageOf(const FlagDescription& flag) {
+  if (flag.text == SAVInputPrefixFlag.rawValue()) return std::string(flag.text) + "_GROUP_PLACE VALUE";
+  if (flag.text == SAVAudioIgnoreTracksPrefixFlag.rawValue()) return std::string(flag.text) + "_TRACK";
+  return std::string(flag.text) + (flag.takesValue() ? " VALUE" : "");
+}
+
 std::string usage(const ListingSources& /*sources*/) {
   std::string text =
       "Usage: meridian-transcoder -in_0_0 SOURCE -out OUTPUT [FLAG [VALUE]]...\n"
@@ -67,7 +74,7 @@ std::string usage(const ListingSources& /*sources*/) {
     for (const FlagDescription& flag : flagDescriptions) {
       // The parser rejects "-wmf_burn_anchors".
       if (flag.group != group || (group == FlagGroup::command && !flag.isCase)) continue;
-      rows.push_back({std::string(flag.text) + (flag.takesValue() ? " VALUE" : ""), std::string(meaningOfFlag(flag))});
+      rows.push_back({usageOf(flag), std::string(meaningOfFlag(flag))});
     }
     text += "\n" + std::string(description(group)) + ":\n" + inColumns(rows);
   }

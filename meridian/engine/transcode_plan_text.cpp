@@ -72,7 +72,7 @@ std::string rangeOf(const ImageForm& image) {
 }
 
 /// Returns everything about an image, or what is other than in the image before it.
-std::string formText(const ImageForm& image, const ImageForm* before) {
+std::string formText(const ImageForm& image, const ImageForm* before, bool isColorAssumed = false) {
   std::vector<std::string> texts;
   const auto add = [&](bool isOther, std::string text) {
     if ((before == nullptr || isOther) && !text.empty()) texts.push_back(std::move(text));
@@ -85,7 +85,7 @@ std::string formText(const ImageForm& image, const ImageForm* before) {
                                    std::to_string(image.pixelAspectRatio.denominator));
   }
   add(before != nullptr && image.pixelFormat != before->pixelFormat, printable(image.pixelFormat));
-  add(before != nullptr && image.color != before->color, nameOf(image.color));
+  add(before != nullptr && image.color != before->color, nameOf(image.color) + (isColorAssumed ? " (assumed)" : ""));
   add(before != nullptr && image.range != before->range, rangeOf(image));
   if (before == nullptr && image.isInterlaced) texts.emplace_back("interlaced");
   add(before != nullptr && image.frameRate != before->frameRate, rateOf(image.frameRate));
@@ -163,9 +163,8 @@ void addVideo(Sections& sections, const TranscodePlan& plan) {
     return;
   }
   const PlannedVideo& video = *plan.video;
-  std::string source =
-      (video.codecName.empty() ? "unknown codec" : printable(video.codecName)) + ", " + formText(video.source, nullptr);
-  if (video.isColorAssumed) source += ", colour assumed";
+  std::string source = (video.codecName.empty() ? "unknown codec" : printable(video.codecName)) + ", " +
+                       formText(video.source, nullptr, video.isColorAssumed);
   if (video.isCopied()) {
     if (video.rotation != 0) source += ", turned by " + std::to_string(video.rotation) + " degrees when played";
     sections.add("copy", std::move(source));
@@ -198,7 +197,7 @@ void addAudio(Sections& sections, const TranscodePlan& plan) {
     const PlannedAudioTrack& track = plan.audio[place];
     std::vector<std::string> numbers;
     for (const AudioOrigin& origin : track.origins) numbers.push_back(std::to_string(origin.track));
-    std::string text = (numbers.size() == 1 ? "of track " : "of tracks ") + joined(numbers, ", ") + ": ";
+    std::string text = (numbers.size() == 1 ? "from track " : "from tracks ") + joined(numbers, ", ") + ": ";
     text += track.isCopied() ? "copy " + printable(track.copiedCodec) : "encode with " + track.encoder;
     if (track.bits) text += ", " + std::to_string(*track.bits) + " bits";
     text += ", " + std::to_string(track.sampleRate) + " samples a second, ";

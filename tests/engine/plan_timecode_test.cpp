@@ -1,1 +1,99 @@
+#include <gmock/gmock.h>
 
+#include "tests/engine/planned_words.h"
+
+namespace meridian {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+MediaDescription labelled(std::string_view start, const VideoFrameRate& rate, std::int64_t frames = 250) {
+  MediaDescription clip = atRate(hdClip(), rate);
+  clip.timecode->start = *TimecodeComponents::fromTimecode(start);
+  clip.video.front().frameCount = frames;
+  return clip;
+}
+
+MediaDescription created(std::string date) {
+  MediaDescription clip = hdClip();
+  clip.creationDate = std::move(date);
+  clip.modificationTime = std::chrono::sys_seconds(std::chrono::seconds(3661));
+  return clip;
+}
+
+struct Case {
+  std::string words;
+  std::string start;
+  MediaDescription clip = hdClip();
+};
+
+TEST(PlanTimecode, StartsAtTheLabelOfItsSource) {
+  const VideoFrameRate ntsc = VideoFrameRate::ntsc30p;
+  const VideoFrameRate film = VideoFrameRate::p24;
+  const std::vector<Case> cases{
+      {"-tc_track", "01:00:00:00"},
+      {"-tc_track -tc_match", "01:00:58;28", labelled("01:00:58;28", ntsc)},
+      {"-tc_track -tc_custom 10:20:30:24", "10:20:30:24"},
+      {"-tc_track -tc_custom 10:20:30;29", "10:20:30;29", labelled("00:00:00:00", ntsc)},
+      {"-tc_track -tc_drop -tc_custom 10:20:30:29", "10:20:30;29", labelled("00:00:00:00", ntsc)},
+      {"-tc_track -tc_drop", "00:01:00;02", labelled("00:01:00:01", ntsc)},
+      // Another rate keeps the time, and drops frames only where the rate has it.
+      {"-vcodec h264 -vr 24 -tc_track", "01:00:58:22", labelled("01:00:58;28", ntsc)},
+      {"-vcodec h264 -vr 59.94 -tc_track", "01:00:58;56", labelled("01:00:58;28", ntsc)},
+      {"-vcodec h264 -vr 59.94 -tc_track", "00:01:00;04", labelled("00:01:00;02", ntsc)},
+      {"-vcodec h264 -vr 29.97 -tc_track", "01:00:00:28", labelled("01:00:00:23", film)},
+      {"-vcodec h264 -tc_burn -tc_rate 50", "01:00:00:40", labelled("01:00:00:20", VideoFrameRate::pal25p)},
+      // The time of creation, as written or in the zone of the machine, an hour ahead here.
+      {"-tc_track -tc_creation", "10:20:30:00", created("2026-11-22T10:20:30+0900")},
+      {"-tc_track -tc_creation", "10:20:30:12", created("2026-11-22 10:20:30.5")},
+      {"-tc_track -tc_creation", "00:20:30:00", created("2026-11-22T23:20:30Z")},
+      {"-tc_track -tc_creation", "02:01:01:00", created("")},
+      {"-tc_track -tc_creation", "02:01:01:00", created("2026-11-22T25:00:00")},
+  };
+  TranscodeSurroundings found;
+  found.utcOffset = std::chrono::hours(1);
+  for (const auto& [words, start, clip] : cases) {
+    SCOPED_TRACE(words + " " + start);
+    const TranscodePlan plan = successful(planned(words, {clip}, found));
+    ASSERT_TRUE(plan.timecode);
+    EXPECT_EQ(plan.timecode->start.timecodeString(), start);
+  }
+}
+
+TEST(PlanTimecode, IsStoredWhereItIsAskedForOrAlways) {
+  const auto optionOf = [](const TranscodePlan& plan, std::string_view name) {
+    for (const PlannedOption& option : plan.output.options) {
+      if (option.name == name) return option.value;
+    }
+    return std::string();
+  };
+  const TranscodePlan none = successful(planned(""));
+  EXPECT_FALSE(none.timecode);
+  EXPECT_EQ(optionOf(none, "write_tmcd"), "0");
+  const TranscodePlan track = successful(planned("-tc_track"));
+  EXPECT_TRUE(track.timecode->isInTrack);
+  EXPECT_EQ(optionOf(track, "write_tmcd"), "1");
+  const TranscodePlan burnt = successful(planned("-vcodec h264 -tc_burn"));
+  EXPECT_FALSE(burnt.timecode->isInTrack);
+  EXPECT_EQ(optionOf(burnt, "write_tmcd"), "0");
+  const TranscodePlan mxf = successful(planned("-out /o.mxf -vcodec dnxhd -acodec lpcm"));
+  EXPECT_TRUE(mxf.timecode->isInTrack);
+  EXPECT_THAT(mxf.warnings, IsEmpty());
+}
+
+TEST(PlanTimecode, GoesOnOverPartsUnlessTheirLabelsBreak) {
+  const auto partStarts = [](std::vector<MediaDescription> parts) {
+    std::vector<std::string> starts;
+    const TranscodePlan plan = successful(planned("-in_0_1 b.mov -tc_track", parts));
+    for (const TimecodeComponents& each : plan.timecode->partStarts) starts.push_back(each.timecodeString());
+    return starts;
+  };
+  const VideoFrameRate rate = VideoFrameRate::pal25p;
+  EXPECT_THAT(partStarts({labelled("01:00:00:00", rate), labelled("01:00:10:00", rate)}), IsEmpty());
+  EXPECT_THAT(partStarts({labelled("01:00:00:00", rate), labelled("01:00:10:01", rate)}),
+              ElementsAre("01:00:00:00", "01:00:10:01"));
+}
+
+}  // namespace
+}  // namespace meridian

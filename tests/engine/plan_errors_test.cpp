@@ -1,0 +1,300 @@
+#include <gmock/gmock.h>
+
+#include <set>
+
+#include "tests/engine/planned_words.h"
+
+namespace meridian {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsSupersetOf;
+using Media = std::vector<MediaDescription>;
+
+MediaDescription changed(MediaDescription clip, auto change) {
+  change(clip, clip.video.front(), clip.audio.front());
+  return clip;
+}
+
+TranscodeSurroundings surroundings(auto change) {
+  TranscodeSurroundings found;
+  change(found);
+  return found;
+}
+
+/// Words that cannot be planned, and the one error that says why: its flag, code, and a part of its message.
+struct Case {
+  std::string words;
+  std::string error;
+  std::string message;
+  Media media = {hdClip()};
+  TranscodeSurroundings found = {};
+};
+
+const std::vector<Case>& cases() {
+  using Clip = MediaDescription;
+  using Video = VideoStreamDescription;
+  using Audio = AudioStreamDescription;
+  static const std::vector<Case> rows{
+      // What the words say.
+      {"-foo 1", "-foo unknownFlag", "check the spelling"},
+      {"-vcoedc h264", "-vcoedc unknownFlag", "did you mean -vcodec?"},
+      {"-wmf_burn_anchors", "-wmf_burn_anchors unknownFlag", ""},
+      {"-preset fast", "-preset unreadableValue", "\"fast\" is not a preset"},
+      {"-vcodec h264 -dims 1280~x~720", "-dims unreadableValue", "\"1280 x 720\"; did you mean 1280x720?"},
+      {"-vcodec h265x", "-vcodec unreadableValue", "did you mean h265?"},
+      {"-vr fast", "-vr unreadableValue", "23.976"},
+      {"-file_format mov", "-file_format unreadableValue", "expected a file format: qt, mp4, wav"},
+      {"-vcodec h264 -vbr", "-vbr unreadableValue", "it has none"},
+      {"-vcodec h264 -aspect_scaling zoom", "-aspect_scaling unreadableValue", "match, stretch"},
+      {"-vcodec h264 -crop_anchor middle", "-crop_anchor unreadableValue", ""},
+      {"-vcodec h264 -c_space rec709", "-c_space unreadableValue", "did you mean rec_709?"},
+      {"-tc_burn_anchor middle", "-tc_burn_anchor unreadableValue", ""},
+      {"-tc_custom 1:2:3", "-tc_custom unreadableValue", ""},
+      {"-aqual best", "-aqual unreadableValue", "min, low"},
+      {"-in b.mov", "-in unnumberedFlag", "-in_0_0"},
+      {"-ac_omit 1", "-ac_omit unnumberedFlag", "-ac_omit_0"},
+      {"-vcodec h264 -arri_cs rec709", "-arri_cs lookNotSupported", "-clut"},
+      {"-vcodec h264 -arri_wp d65", "-arri_wp lookNotSupported", ""},
+      {"-vcodec h264 -arri_curve pq", "-arri_curve lookNotSupported", ""},
+      {"-vcodec h264 -arri_inv_res first", "-arri_inv_res lookNotSupported", ""},
+      {"-vcodec h264 -arri_curve gamma", "-arri_curve unreadableValue", "bt1886, dci, pq, hlg, logc3, logc4, linear"},
+      // Sources.
+      {"-vn -an", "-vn nothingLeft", "together with -an"},
+      {"-an", "-an nothingLeft", "", {soundClip()}},
+      {"-vcodec h264",
+       "-in_0_0 notDecodable",
+       "which is redcode of RED",
+       {changed(hdClip(),
+                [](Clip& clip, Video& video, Audio&) {
+                  video.codecName = "redcode";
+                  video.isDecodable = false;
+                  clip.corporation = MediaCorporation::red;
+                })}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "size 1280 x 720 where -in_0_0 has 1920 x 1080",
+       {hdClip(), withSize(hdClip(), 1280, 720)}},
+      {"-in_0_1 b.mov", "-in_0_1 partsDiffer", "frame rate 24 FPS", {hdClip(), atRate(hdClip(), VideoFrameRate::p24)}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "audio tracks 0 where -in_0_0 has 1",
+       {hdClip(), changed(hdClip(), [](Clip& clip, Video&, Audio&) { clip.audio.clear(); })}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "sample rate 44100",
+       {hdClip(), changed(hdClip(), [](Clip&, Video&, Audio& track) { track.sampleRate = 44100; })}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "video codec h264",
+       {hdClip(), changed(hdClip(), [](Clip&, Video& video, Audio&) { video.codecName = "h264"; })}},
+      {"-in_0_1 b.wav", "-in_0_1 partsDiffer", "size none", {hdClip(), soundClip()}},
+      {"-in_1_0 b.mov", "-in_1_0 secondPicture", "and -in_0_0 has one", {hdClip(), hdClip()}},
+      {"-in_0_0 /card/a.0001.dpx -vcodec h264", "-in_0_0 rateNeeded", "-vr"},
+      {"-vcodec h264",
+       "-in_0_0 rateNeeded",
+       "",
+       {changed(hdClip(), [](Clip&, Video& video, Audio&) { video.frameRate.reset(); })}},
+      // The output.
+      {"-out /out/", "-out outputIsDirectory", "name of a file"},
+      {"", "-out outputIsDirectory", "", {hdClip()}, surroundings([](auto& found) {
+         found.output.isDirectory = true;
+       })},
+      {"", "-out outputExists", "-overwrite", {hdClip()}, surroundings([](auto& found) {
+         found.output.exists = true;
+       })},
+      {"-overwrite", "-out outputIsSource", "\"/card/a.mov\"", {hdClip()}, surroundings([](auto& found) {
+         found.output.exists = true;
+         found.output.sameSource = "/card/a.mov";
+       })},
+      {"", "-out directoryMissing", "", {hdClip()}, surroundings([](auto& found) {
+         found.output.directoryExists = false;
+       })},
+      {"", "-out directoryNotWritable", "", {hdClip()}, surroundings([](auto& found) {
+         found.output.directoryIsWritable = false;
+       })},
+      {"-work_dir /scratch",
+       "-work_dir workDirectoryNotUsable",
+       "\"/scratch\"",
+       {hdClip()},
+       surroundings([](auto& found) { found.output.workDirectoryIsUsable = false; })},
+      {"-progress_file /no/p", "-progress_file progressFileNotMade", "", {hdClip()}, surroundings([](auto& found) {
+         found.output.progressFileIsWritable = false;
+       })},
+      {"-out /out/a", "-out unknownContainer", "-file_format"},
+      {"-out /out/a.avi", "-out wrongExtension", "use .mov, .mp4, .wav, .mxf, .mjpeg"},
+      {"-out /out/a.mxf -file_format qt", "-out wrongExtension", "with -file_format qt use .mov, .mp4"},
+      {"-out /out/a.mp4 -vcodec h265 -an", "-out wrongExtension", "with -vcodec h265 use .mov"},
+      {"-file_format mp4 -vcodec dnxhd -an", "-out wrongExtension",
+       "no extension fits -file_format mp4 and -vcodec dnxhd"},
+      {"-file_format mp4 -vcodec prores422 -an", "-vcodec notInContainer", "in MP4"},
+      {"-out /out/a.wav -vcodec h264", "-vcodec notInContainer", "in Wave"},
+      {"-out /out/a.mp4 -an", "-out notInContainer", "MP4 cannot hold the copied prores"},
+      {"-out /out/a.mp4 -vcodec h264", "-out notInContainer", "MP4 cannot hold the copied pcm_s24le of track 0"},
+      {"-out /out/a.mp4 -vcodec h264 -acodec lpcm", "-acodec notInContainer", "in MP4"},
+      {"-out /out/a.wav -acodec apple_lossless", "-acodec notInContainer", "in Wave"},
+      {"-out /out/a.mxf -vcodec dnxhd -acodec aac", "-acodec notInContainer", "in MXF"},
+      {"-out /out/a.mjpeg -vcodec mjpeg", "-out notInContainer", "add -an"},
+      {"-out /out/a.wav", "-out tooManyTracks", "2 tracks in Wave", {soundClip()}},
+      // What this FFmpeg can do, see below.
+      // The image.
+      {"-dims 960x540", "-dims needsVideoCodec", "-vcodec"},
+      {"-vr 24", "-vr needsVideoCodec", ""},
+      {"-vbd 8", "-vbd needsVideoCodec", ""},
+      {"-c_space rec_2020", "-c_space needsVideoCodec", ""},
+      {"-vcodec copy -clut a.cube", "-clut needsVideoCodec", ""},
+      {"-tc_burn", "-tc_burn needsVideoCodec", ""},
+      {"-wmt_burn -wmt_text x", "-wmt_burn needsVideoCodec", ""},
+      {"-wmf_path logo.png", "-wmf_path needsVideoCodec", ""},
+      {"-vcodec h264 -dims 8x8", "-dims sizeOutOfRange", "16 to 16384"},
+      {"-vcodec h264 -dims 20000x100", "-dims sizeOutOfRange", ""},
+      {"-vcodec h264 -dims 960.5x540", "-dims sizeOutOfRange", ""},
+      {"-vcodec h264 -dims infxnan", "-dims sizeOutOfRange", ""},
+      {"-vcodec h264 -dims 961x540 -aspect_scaling stretch", "-dims oddSize", "did you mean 960x540?"},
+      {"-vcodec h264", "-vcodec oddSize", "set -dims 852x480", {withSize(hdClip(), 853, 480)}},
+      {"-out /out/a.mxf -vcodec dnxhd -dims 960x540", "-dims sizeNotAvailable", "1920 x 1080 or 1280 x 720"},
+      {"-out /out/a.mxf -vcodec dnxhd",
+       "-vcodec sizeNotAvailable",
+       "DNxHD has no 2048 x 1080",
+       {withSize(hdClip(), 2048, 1080)}},
+      {"-out /out/a.mxf -vcodec dnxhd -vprofile dnxhr_lb -dims 254x120 -aspect_scaling stretch",
+       "-dims sizeNotAvailable", "256 x 120"},
+      {"-vcodec h264 -vr 601", "-vr rateOutOfRange", "600"},
+      {"-vcodec h264 -vr inf", "-vr rateOutOfRange", ""},
+      {"-vcodec h264 -vr 1e-9", "-vr rateOutOfRange", ""},
+      {"-vcodec h264 -vbr 0", "-vbr bitRateOutOfRange", ""},
+      {"-vcodec h264 -vbr 5000", "-vbr bitRateOutOfRange", "did you mean 5?"},
+      {"-vcodec h264 -vbr 5000000", "-vbr bitRateOutOfRange", "did you mean 5?"},
+      {"-vcodec h264 -vbr nan", "-vbr bitRateOutOfRange", ""},
+      {"-out /out/a.mxf -vcodec dnxhd -vbd 8 -vbr 100", "-vbr bitRateNotAvailable", "use 90 or 115 megabits a second"},
+      {"-out /out/a.mxf -vcodec dnxhd -vbr 100", "-vbr bitRateNotAvailable", "use 175 megabits a second"},
+      {"-vcodec prores4444 -vbd 12", "-vbd bitDepthNotAvailable", "prores4444 has 10"},
+      {"-vcodec prores422 -vbd 8", "-vbd bitDepthNotAvailable", ""},
+      {"-vcodec h264 -vbd 12", "-vbd bitDepthNotAvailable", "h264 has 8, 10"},
+      {"-vcodec h264 -vprofile main -vbd 10", "-vbd bitDepthNotAvailable", "h264 main has 8"},
+      {"-vcodec mp4 -vbd 10", "-vbd bitDepthNotAvailable", "mp4 has 8"},
+      {"-vcodec h264 -vprofile best", "-vprofile profileNotAvailable", "baseline, main, high, high10"},
+      {"-vcodec h264 -vprofile high@9", "-vprofile profileNotAvailable", "4.1"},
+      {"-vcodec mp4 -vprofile asp@3", "-vprofile profileNotAvailable", "no levels"},
+      {"-vcodec prores422 -vprofile hq", "-vprofile profileNotAvailable", "prores422 has no profiles"},
+      {"-vcodec h264 -key_frames 0", "-key_frames keyFramesOutOfRange", ""},
+      {"-vcodec h264 -clut a.cube",
+       "-clut lutNotUsable",
+       "which is not a LUT file",
+       {hdClip()},
+       surroundings([](auto& found) { found.lutError = "is not a LUT file"; })},
+      // Burn-ins.
+      {"-vcodec h264 -tc_burn", "-tc_burn noFont", "DejaVu", {hdClip()}, surroundings([](auto& found) {
+         found.hasFont = false;
+       })},
+      {"-vcodec h264 -tc_burn -tc_burn_size 3", "-tc_burn_size fontSizeOutOfRange", ""},
+      {"-vcodec h264 -wmt_burn -wmt_text x -wmt_size 401", "-wmt_size fontSizeOutOfRange", ""},
+      {"-vcodec h264 -wmt_burn", "-wmt_burn textMissing", "-wmt_text"},
+      {"-vcodec h264 -wmf_path logo.png",
+       "-wmf_path watermarkNotRead",
+       "which is not an image",
+       {hdClip()},
+       surroundings([](auto& found) { found.watermark = Unexpected(std::string("is not an image")); })},
+      {"-vcodec h264 -wmf_path logo.png -wmf_scale 0", "-wmf_scale scaleOutOfRange", ""},
+      {"-vcodec h264 -wmf_path logo.png -wmf_scale nan", "-wmf_scale scaleOutOfRange", ""},
+      {"-vcodec h264 -wmf_path logo.png -wmf_scale 20",
+       "-wmf_scale watermarkTooLarge",
+       "1920 x 1080",
+       {hdClip()},
+       surroundings([](auto& found) { found.watermark = ImageSize{100, 50}; })},
+      {"-vcodec h264 -dims 64x36 -wmf_path logo.png",
+       "-wmf_path watermarkTooLarge",
+       "64 x 36",
+       {hdClip()},
+       surroundings([](auto& found) { found.watermark = ImageSize{100, 50}; })},
+      // Sound.
+      {"-acodec lpcm -asr 3999", "-asr sampleRateNotAvailable", "4000 to 768000"},
+      {"-acodec aac -asr 12345", "-asr sampleRateNotAvailable", "96000, 88200"},
+      {"-acodec aac",
+       "-acodec sampleRateNotAvailable",
+       "the source has 192000",
+       {changed(hdClip(), [](Clip&, Video&, Audio& track) { track.sampleRate = 192000; })}},
+      {"-out /out/a.mxf -vcodec dnxhd -acodec lpcm -asr 44100", "-asr sampleRateNotAvailable", "48000"},
+      {"-acodec lpcm -abpc 20", "-abpc sampleDepthNotAvailable", "use 8, 16, 24, 32 bits"},
+      {"-out /out/a.mxf -vcodec dnxhd -acodec lpcm -abpc 32", "-abpc sampleDepthNotAvailable", "use 16, 24 bits"},
+      {"-acodec apple_lossless -abpc 32", "-abpc sampleDepthNotAvailable", "16 and 24"},
+      {"-acodec aac -abr 128", "-abr bitRateOutOfRange", "did you mean 128000?"},
+      {"-acodec aac -abr 600000", "-abr bitRateOutOfRange", "use at most 576000"},
+      {"-acodec lpcm -acl 65", "-acl channelsOutOfRange", ""},
+      {"-acodec aac -acl 17", "-acl channelsOutOfRange", "aac has at most 16"},
+      {"-acodec lpcm -adiscrete -acl 1", "-acl channelsOutOfRange", "2 discrete channels"},
+      {"-acodec apple_lossless -acl quad", "-acl layoutNotAvailable", "L R Ls Rs"},
+      {"-acodec apple_lossless -acl hex", "-acl layoutNotAvailable", ""},
+      {"-acodec apple_lossless -acl oct", "-acl layoutNotAvailable", ""},
+      {"-acodec lpcm -acl_tag 7", "-acl_tag unknownLayout", ""},
+      {"-acodec lpcm -acl_bitmap 262144", "-acl_bitmap unknownLayout", "bit 17"},
+      {"-acodec lpcm -acl_descs [1~2~999", "-acl_descs unknownLayout", "\"999\" is not a channel label"},
+      {"-acodec lpcm -acl stereo -acl_tag 6553601", "-acl contradictoryLayout", "-acl_tag"},
+      {"-acodec lpcm -acl 6 -acl_bitmap 3", "-acl contradictoryLayout", ""},
+      {"-acodec lpcm -adiscrete -acl stereo", "-acl contradictoryLayout", "-adiscrete"},
+      // Timecode.
+      {"-tc_track -tc_custom 00:00:00:30", "-tc_custom noSuchLabel", "has more frames than a second"},
+      {"-tc_track -tc_custom 10:00:00;00", "-tc_custom noSuchLabel", "is drop frame"},
+      {"-tc_track -tc_custom 00:01:00;00",
+       "-tc_custom noSuchLabel",
+       "skips",
+       {atRate(hdClip(), VideoFrameRate::ntsc30p)}},
+      {"-tc_track -tc_drop", "-tc_drop notADropFrameRate", "25 fps"},
+      {"-tc_track -tc_rate 24", "-tc_rate timecodeRateNotAvailable", "25 fps"},
+      {"-tc_track -tc_rate 0", "-tc_rate rateOutOfRange", ""},
+  };
+  return rows;
+}
+
+TEST(PlanErrors, EachNameTheirFlagAndRemedy) {
+  for (Case each : cases()) {
+    if (each.error == "-out tooManyTracks") each.media.front().audio.push_back(each.media.front().audio.front());
+    const Plan plan = planned(each.words, each.media, each.found);
+    SCOPED_TRACE(each.words);
+    EXPECT_THAT(errorsOf(plan), ElementsAre(each.error));
+    if (plan) continue;
+    EXPECT_THAT(plan.error().front().message(), HasSubstr(each.message));
+    EXPECT_THAT(plan.error().front().remedy(), ::testing::Not(::testing::IsEmpty()));
+  }
+}
+
+TEST(PlanErrors, NameWhatIsMissing) {
+  EXPECT_THAT(errorsOf(plannedAlone("-out a.mov", {})), ElementsAre("-in noInput"));
+  EXPECT_THAT(errorsOf(plannedAlone("-in_0_0 a.mov")), ElementsAre("-out noOutput"));
+  EncoderInventory bare;
+  EXPECT_THAT(errorsOf(planned("-vcodec h264 -acodec aac -c_space rec_2020 -tc_burn", {hdClip()}, {}, bare)),
+              ElementsAre("-c_space filterMissing", "-tc_burn filterMissing", "-vcodec encoderMissing",
+                          "-acodec encoderMissing"));
+  const std::vector<Expected<MediaDescription, MediaError>> unread{
+      Unexpected(MediaError{MediaErrorCode::damaged, "/card/a.mov", "moov atom not found"})};
+  const Plan plan = planTranscode(explain({"-in_0_0", "/card/a.mov", "-out", "b.mov"}), unread, bare, {});
+  ASSERT_THAT(errorsOf(plan), ElementsAre("-in_0_0 inputNotRead"));
+  EXPECT_EQ(plan.error().front().message(),
+            R"("-in_0_0": cannot be read: "/card/a.mov", which is damaged or incomplete: moov atom not found; )"
+            "copy it again from the card");
+}
+
+TEST(PlanErrors, AreFoundAtOnce) {
+  EXPECT_THAT(
+      errorsOf(planned("-foo -vcodec h264 -dims 8x8 -vbd 12 -vbr 5000 -vprofile x -key_frames 0 -acodec aac "
+                       "-abr 128 -asr 1 -tc_track -tc_drop -tc_rate 24 -arri_cs p3 -out /out/a.avi")),
+      IsSupersetOf({"-foo unknownFlag", "-dims sizeOutOfRange", "-vbd bitDepthNotAvailable", "-vbr bitRateOutOfRange",
+                    "-vprofile profileNotAvailable", "-key_frames keyFramesOutOfRange", "-abr bitRateOutOfRange",
+                    "-asr sampleRateNotAvailable", "-tc_drop notADropFrameRate", "-tc_rate timecodeRateNotAvailable",
+                    "-arri_cs lookNotSupported", "-out wrongExtension"}));
+  // What cannot be read hides nothing of what can.
+  EXPECT_THAT(errorsOf(planned("-vcodec h26 -dims 8x8 -tc_burn -tc_burn_size 1")),
+              IsSupersetOf({"-vcodec unreadableValue", "-dims sizeOutOfRange", "-tc_burn_size fontSizeOutOfRange"}));
+}
+
+TEST(PlanErrors, HaveAVectorForEachCode) {
+  std::set<std::string> found{"noInput", "inputNotRead", "noOutput", "encoderMissing", "filterMissing"};
+  for (const Case& each : cases()) found.insert(each.error.substr(each.error.find(' ') + 1));
+  for (const TranscodePlanErrorCode code : allCases<TranscodePlanErrorCode>()) {
+    EXPECT_TRUE(found.contains(std::string(rawValue(code)))) << rawValue(code);
+  }
+}
+
+}  // namespace
+}  // namespace meridian

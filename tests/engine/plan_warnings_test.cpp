@@ -1,0 +1,185 @@
+#include <gmock/gmock.h>
+
+#include <set>
+
+#include "meridian/cli/transcode_flags.h"
+#include "tests/engine/planned_words.h"
+
+namespace meridian {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+MediaDescription changed(auto change) {
+  MediaDescription clip = hdClip();
+  change(clip, clip.video.front(), clip.audio.front());
+  return clip;
+}
+
+/// Words that can be planned, and the one warning about them: its flag, code, and a part of its message.
+struct Case {
+  std::string words;
+  std::string warning;
+  std::string message;
+  std::vector<MediaDescription> media = {hdClip()};
+};
+
+const std::vector<Case>& cases() {
+  using Clip = MediaDescription;
+  using Video = VideoStreamDescription;
+  using Audio = AudioStreamDescription;
+  static const std::vector<Case> rows{
+      {"-cluts a.cube", "-cluts acceptedByContainment", "-clut"},
+      {"-web yes", "-web valueAfterSwitch", "\"yes\""},
+      {"-acodec aac pcm", "pcm strayWord", ""},
+      // Settings without effect, and why.
+      {"-vcodec prores422 -vbr 100", "-vbr withoutEffect", "decides the bit rate"},
+      {"-vcodec prores422 -key_frames 25", "-key_frames withoutEffect", "every frame is a key frame"},
+      {"-out /out/a.mxf -vcodec dnxhd -vprofile dnxhr_sq -vbr 5", "-vbr withoutEffect", "profile"},
+      {"-vcodec h264 -crop_anchor tl -dims 960x540", "-crop_anchor withoutEffect", "nothing is cropped"},
+      {"-vcodec h264 -aspect_scaling crop", "-aspect_scaling withoutEffect", "no -dims"},
+      {"-vcodec h264 -aspect_scaling crop -dims 0.5x0.5", "-aspect_scaling withoutEffect", "factor"},
+      {"-vprofile high", "-vprofile withoutEffect", "the video is copied"},
+      {"-vbr 5", "-vbr withoutEffect", "the video is copied"},
+      {"-vn -vcodec h264", "-vcodec withoutEffect", "no video"},
+      {"-asr 44100", "-asr withoutEffect", "the audio is copied"},
+      {"-acopy -acodec aac", "-acodec withoutEffect", "-acopy"},
+      {"-adiscrete", "-adiscrete withoutEffect", "the audio is copied"},
+      {"-an -abr 128000", "-abr withoutEffect", "no audio"},
+      {"-acodec lpcm -abr 128000", "-abr withoutEffect", "samples decide"},
+      {"-acodec apple_lossless -aqual max", "-aqual withoutEffect", "loses nothing"},
+      {"-acodec aac -abr 128000 -aqual max", "-aqual withoutEffect", "-abr"},
+      {"-acodec aac -abpc 24", "-abpc withoutEffect", "does not keep samples"},
+      {"-out /out/a.mxf -vcodec dnxhd -acodec lpcm -web", "-web withoutEffect", "no index"},
+      {"-tc_drop", "-tc_drop withoutEffect", "-tc_track or -tc_burn"},
+      {"-vn -tc_track", "-tc_track withoutEffect", "no video"},
+      {"-out /out/a.mjpeg -an -vcodec mjpeg -vbd 8 -tc_track", "-tc_track withoutEffect", "keeps no timecode"},
+      {"-tc_track -tc_match -tc_custom 01:00:00:00", "-tc_match withoutEffect", "another source"},
+      {"-tc_track -tc_burn_size 20", "-tc_burn_size withoutEffect", "no -tc_burn"},
+      {"-vcodec h264 -wmt_text x", "-wmt_text withoutEffect", "no -wmt_burn"},
+      {"-vcodec h264 -wmf_scale 2", "-wmf_scale withoutEffect", "no -wmf_path"},
+      // The sources.
+      {"", "-in_0_0 noticedInSource", "ends before the last of its data", {changed([](Clip& clip, Video&, Audio&) {
+         clip.warnings.push_back({MediaWarningCode::endsBeforeItsData, "/card/a.mov", "20 bytes"});
+       })}},
+      {"", "-in_0_0 partOfSourceLeftOut", "has 2", {changed([](Clip& clip, Video& video, Audio&) {
+         clip.video.push_back(video);
+       })}},
+      {"-vcodec h264", "-in_0_0 variableRate", "25 fps", {changed([](Clip&, Video& video, Audio&) {
+         video.isVariable = true;
+       })}},
+      {"-vcodec h264", "-in_0_0 deinterlaced", "", {changed([](Clip&, Video& video, Audio&) {
+         video.fieldOrder = FieldOrder::topFirst;
+       })}},
+      {"-vcodec h264", "-in_0_0 depthReduced", "12 become 8", {changed([](Clip&, Video& video, Audio&) {
+         video.bitDepth = 12;
+       })}},
+      {"-vcodec h264", "-in_0_0 alphaLeftOut", "prores4444", {changed([](Clip&, Video& video, Audio&) {
+         video.hasAlpha = true;
+       })}},
+      {"-vcodec h264 -clut a.cube",
+       "-in_0_0 colorAssumed",
+       "taken for rec_709",
+       {changed([](Clip&, Video& video, Audio&) { video.primaries = video.transfer = video.matrix = {}; })}},
+      {"-vcodec h264 -clut a.cube", "-clut lutColorUnstated", "-c_space", {changed([](Clip&, Video& video, Audio&) {
+         video.primaries = video.matrix = {9, "bt2020"};
+         video.transfer = {14, "bt2020-10"};
+       })}},
+      {"-ac_omit_4", "-ac_omit_4 noSuchTrack", "there are 1"},
+      // The rest.
+      {"-file_format wav -out /out/a.wav", "-file_format videoLeftOut", "-vn"},
+      {"-vcodec h264 -dims 3840x2160", "-dims notEnlarged", "1920x1080 stays"},
+      {"-vcodec h264 -gpu_decoding", "-gpu_decoding gpuNotUsed", "CPU"},
+      {"-vcodec h264 -gpu_encoding", "-gpu_encoding gpuNotUsed", ""},
+      {"-acodec aac_he", "-acodec copiedInstead", "\"aac_he\""},
+      {"-acodec mp3", "-acodec copiedInstead", "lpcm, aac or apple_lossless"},
+      {"-vn -out /out/a.wav",
+       "-out repacked",
+       "pcm_s24be of track 0 becomes pcm_s24le",
+       {changed([](Clip&, Video&, Audio& track) { track.codecName = "pcm_s24be"; })}},
+      {"-tc_track -tc_match", "-tc_match timecodeAssumed", "00:00:00:00", {changed([](Clip& clip, Video&, Audio&) {
+         clip.timecode.reset();
+       })}},
+      {"-tc_track -tc_creation",
+       "-tc_creation timecodeFromCreation",
+       "2026-11-22T10:20:30+0100, as written",
+       {changed([](Clip& clip, Video&, Audio&) { clip.creationDate = "2026-11-22T10:20:30+0100"; })}},
+      {"-vcodec h264 -tc_track -vr 29.97 -tc_drop",
+       "-in_0_0 timecodeMoved",
+       "01:01:00;00 becomes 01:01:00;02",
+       {changed([](Clip& clip, Video&, Audio&) { clip.timecode->start = {1, 1, 0, 0, false}; })}},
+      {"-in_0_1 b.mov -tc_track",
+       "-in_0_1 timecodeBreaks",
+       "05:00:00:00",
+       {hdClip(), changed([](Clip& clip, Video&, Audio&) { clip.timecode->start = {5, 0, 0, 0, false}; })}},
+      {"-vcodec h264 -wmf_path Logo.png", "-wmf_path lowerCased", "\"Logo.png\" is used as \"logo.png\""},
+  };
+  return rows;
+}
+
+TEST(PlanWarnings, EachNameTheirFlagAndReason) {
+  for (const Case& each : cases()) {
+    SCOPED_TRACE(each.words);
+    const TranscodePlan plan = successful(planned(each.words, each.media));
+    EXPECT_THAT(codesOf(plan.warnings), ElementsAre(each.warning));
+    if (!plan.warnings.empty()) EXPECT_THAT(plan.warnings.front().message(), HasSubstr(each.message));
+  }
+}
+
+TEST(PlanWarnings, HaveAVectorForEachCode) {
+  std::set<std::string> found;
+  for (const Case& each : cases()) found.insert(each.warning.substr(each.warning.find(' ') + 1));
+  for (const TranscodePlanWarningCode code : allCases<TranscodePlanWarningCode>()) {
+    EXPECT_TRUE(found.contains(std::string(rawValue(code)))) << rawValue(code);
+  }
+}
+
+TEST(PlanWarnings, AreNotGivenForSettingsThatCount) {
+  MediaDescription clip = hdClip();
+  clip.audio.resize(2, clip.audio.front());
+  // Each flag of the vocabulary but the camera looks, which cannot be applied, has an effect in one of these.
+  const std::vector<std::string> vectors{
+      "-preset solvane_cloud -overwrite -progress_file /p -progress_prefix p: -work_dir /w -isTranscoder",
+      "-vcodec h264 -vr 24 -dims 640x480 -aspect_scaling crop -crop_anchor tl -vbr 3 -vbd 8 -c_space sRGB -key_frames "
+      "24 -vprofile high@4.1 -gpu_decoding -gpu_encoding -clut a.cube -web -file_format mp4 -acodec aac -aqual high",
+      "-vcodec prores422 -tc_track -tc_burn -tc_burn_anchor tl -tc_burn_size 20 -tc_burn_font_rgb 1,2,3 "
+      "-tc_burn_box_rgb 4,5,6 -tc_custom 01:00:00:00 -tc_rate 25 -wmf_anchor tl -wmf_path logo.png -wmf_scale 0.5 "
+      "-wmt_burn -wmt_text x -wmt_size 20 -wmt_anchor tl -wmt_font_rgb 1,2,3 -wmt_box_rgb 1,2,3",
+      "-vcodec h264 -vr 29.97 -tc_track -tc_match -tc_drop -an",
+      "-tc_track -tc_creation -acodec lpcm -abpc 16 -asr 44100 -acl stereo -acl_tag 6619138 -acl_descs [1~2 "
+      "-acl_bitmap 3 -ac_omit_1",
+      "-acodec aac -abr 128000 -adiscrete -ac_omit_1",
+      "-vn -acopy -out /out/a.mov",
+      "-vcodec copy -vr copy -dims copy -vbd copy -c_space copy -acodec copy",
+  };
+  std::set<std::string, std::less<>> effective;
+  TranscodeSurroundings found;
+  found.output.exists = true;
+  found.openDevices = {"vaapi"};
+  for (const std::string& words : vectors) {
+    SCOPED_TRACE(words);
+    // The values are those of an existing file where "-overwrite" says so.
+    found.output.exists = words.find("-overwrite") != std::string::npos;
+    const TranscodePlan plan = successful(planned(words, {clip}, found));
+    std::set<std::string, std::less<>> ineffective;
+    for (const TranscodePlanWarning& warning : plan.warnings) {
+      if (warning.code == TranscodePlanWarningCode::withoutEffect) ineffective.insert(warning.place);
+    }
+    EXPECT_THAT(ineffective, IsEmpty());
+    for (const ExplainedSetting& setting : explain(wordsOf(words)).settings) effective.insert(setting.flag);
+  }
+  for (const FlagDescription& flag : flagDescriptions) {
+    if (flag.group == FlagGroup::command || flag.group == FlagGroup::cameraLook || flag.text == "-preset" ||
+        flag.text == "-in" || flag.text == "-ac_omit") {
+      continue;
+    }
+    EXPECT_TRUE(effective.contains(flag.text) || flag.text == "-out") << flag.text;
+  }
+}
+
+}  // namespace
+}  // namespace meridian
