@@ -129,7 +129,7 @@ consteval auto makeChannelLayoutTags() {
       {108, {L, R, Ls, Rs}, SAVQuadraphonicAudioLayout},
       {109, {L, R, Ls, Rs, C}, SAVPentagonalAudioLayout},
       {110, {L, R, Ls, Rs, C, Cs}, SAVHexagonalAudioLayout},
-      {111, {L, R, Ls, Rs, C, Cs, leftWide, rightWide}, SAVOctagonalAudioLayout},
+      {111, {L, R, Ls, Rs, C, Cs, leftSurroundDirect, rightSurroundDirect}, SAVOctagonalAudioLayout},
       {113, {L, R, C}},
       {114, {C, L, R}},
       {115, {L, R, C, Cs}},

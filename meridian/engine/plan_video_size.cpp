@@ -10,6 +10,10 @@ namespace {
 constexpr std::string_view aspectScalingFlag = SAVVideoAspectScalingFlag.rawValue();
 constexpr std::string_view cropAnchorFlag = SAVVideoAspectCropAnchorFlag.rawValue();
 
+// The sides of an image that every encoder takes.
+constexpr int leastSide = 16;
+constexpr int greatestSide = 16384;
+
 /// Rounds to the nearest whole number, or even one, of at least 2.
 int rounded(double pixels, bool even) {
   const long long whole = even ? 2 * std::llround(pixels / 2) : std::llround(pixels);
@@ -31,10 +35,8 @@ AskedSize askedSize(PlanContext& context) {
   if (!size || *size == Size{0, 0}) return {};
   // As conversion settings store a scale; no image is so small.
   if (size->width == size->height && size->width > 0 && size->width <= 1) return {{}, size->width};
-  constexpr double least = 16;
-  constexpr double greatest = 16384;
   for (const double side : {size->width, size->height}) {
-    if (side >= least && side <= greatest && side == std::floor(side)) continue;
+    if (side >= leastSide && side <= greatestSide && side == std::floor(side)) continue;
     context.fail(TranscodePlanErrorCode::sizeOutOfRange, videoDimensionsFlag);
     return {};
   }
@@ -45,9 +47,7 @@ AskedSize askedSize(PlanContext& context) {
 /// last.
 int offsetAt(int third, int space, bool even) { return roundedDown(space * third / 2, even); }
 
-}  // namespace
-
-FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, bool needsEven) {
+FrameFit fittedFrame(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, bool needsEven) {
   const double displayWidth = source.width * pixelAspectRatio.rawValue();
   const double displayHeight = source.height;
   const AskedSize asked = askedSize(context);
@@ -112,6 +112,26 @@ FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRationa
     fit.final = fit.scaled;
   }
   if (scaling != SAVCropAspect) context.ignore(cropAnchorFlag, "nothing is cropped");
+  return fit;
+}
+
+}  // namespace
+
+FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, bool needsEven) {
+  const FrameFit fit = fittedFrame(context, source, pixelAspectRatio, needsEven);
+  const auto isReported = [&context](std::string_view flag) {
+    return std::ranges::any_of(context.errors, [flag](const TranscodePlanError& each) {
+      return each.place == flag && each.code == TranscodePlanErrorCode::sizeOutOfRange;
+    });
+  };
+  const auto [least, greatest] = std::minmax(fit.final.width, fit.final.height);
+  if (least >= leastSide && greatest <= greatestSide) return fit;
+  const bool isAsked = context.isSet(videoDimensionsFlag);
+  const std::string_view flag = isAsked ? videoDimensionsFlag : videoCodecFlag;
+  if (!isReported(flag)) {
+    context.fail(TranscodePlanErrorCode::sizeOutOfRange, flag, "the image is " + sizeText(fit.final),
+                 isAsked ? "" : "set another size with -dims");
+  }
   return fit;
 }
 

@@ -81,7 +81,7 @@ TEST(PlanAudio, ChoosesEncoderDepthAndLayout) {
       {"-acodec lpcm -acl quad", "pcm_s24le 24 48000 L R Ls Rs tag 108/4"},
       {"-acodec lpcm -acl pent", "pcm_s24le 24 48000 L R Ls Rs C tag 109/5"},
       {"-acodec lpcm -acl hex", "pcm_s24le 24 48000 L R Ls Rs C Cs tag 110/6"},
-      {"-acodec lpcm -acl oct", "pcm_s24le 24 48000 L R Ls Rs C Cs Lw Rw tag 111/8"},
+      {"-acodec lpcm -acl oct", "pcm_s24le 24 48000 L R Ls Rs C Cs Lsd Rsd tag 111/8"},
       {"-acodec lpcm -acl 6", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
       {"-acodec lpcm -acl 10", "pcm_s24le 24 48000 tag 147/10"},
       {"-acodec lpcm -acl_tag 7929862", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},

@@ -150,6 +150,8 @@ const std::vector<Case>& cases() {
       {"-vcodec h264 -dims 8x8", "-dims sizeOutOfRange", "16 to 16384"},
       {"-vcodec h264 -dims 20000x100", "-dims sizeOutOfRange", ""},
       {"-vcodec h264 -dims 960.5x540", "-dims sizeOutOfRange", ""},
+      {"-vcodec h264", "-vcodec sizeOutOfRange", "the image is 8x8", {withSize(hdClip(), 8, 8)}},
+      {"-vcodec h264 -dims 24x24", "-dims sizeOutOfRange", "the image is 24x14"},
       {"-vcodec h264 -dims infxnan", "-dims sizeOutOfRange", ""},
       {"-vcodec h264 -dims 961x540 -aspect_scaling stretch", "-dims oddSize", "did you mean 960x540?"},
       {"-vcodec h264", "-vcodec oddSize", "set -dims 852x480", {withSize(hdClip(), 853, 480)}},
