@@ -61,8 +61,10 @@ void planWatermark(PlanContext& context, std::vector<PlannedStep>& steps, const 
     if (!*looked) {
       context.fail(watermarkNotRead, pathFlag, "which " + printable(looked->error()));
     } else if (isScale) {
-      const double width = looked->value().width * step.scale;
-      const double height = looked->value().height * step.scale;
+      const FoundWatermark& mark = looked->value();
+      step.path = mark.path;
+      const double width = mark.size.width * step.scale;
+      const double height = mark.size.height * step.scale;
       if (width > image.width || height > image.height) {
         context.fail(watermarkTooLarge, context.isSet(scaleFlag) ? scaleFlag : pathFlag,
                      "the frame is " + std::to_string(image.width) + " x " + std::to_string(image.height));

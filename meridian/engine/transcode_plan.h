@@ -2,7 +2,7 @@
 /// A transcode planned before any file is touched: what an argument vector, its sources and the installed FFmpeg come
 /// to. For example:
 ///
-///     const TranscodeExplanation words = explain({"-in_0_0", "a.mov", "-out", "b.mov", "-vcodec", "h264"});
+///     const auto words = explain({"-in_0_0", "a.mov", "-out", "b.mov", "-vcodec", "h264"});
 ///     const auto plan = planTranscode(words, descriptions, encoderInventory(), surroundings);
 ///     if (!plan) return report(plan.error());  // every error at once
 ///     plan->video->encoder->name;              // "libx264"
@@ -67,13 +67,22 @@ struct ImageSize {
   friend bool operator==(const ImageSize&, const ImageSize&) = default;
 };
 
+/// The image of a watermark, where it was found: the value of "-wmf_path" is lower-cased in reading, so that its path
+/// may differ from it in case.
+struct FoundWatermark {
+  std::string path;
+  ImageSize size;
+
+  friend bool operator==(const FoundWatermark&, const FoundWatermark&) = default;
+};
+
 /// What was found out about everything that a plan needs but the sources.
 struct TranscodeSurroundings {
   OutputState output;
   /// Why the LUT of "-clut" cannot be used, as a clause: "is not a LUT file". Absent if it can.
   std::optional<std::string> lutError;
-  /// The size of the image of "-wmf_path", or why it cannot be read, as a clause. Absent if nobody has looked.
-  std::optional<Expected<ImageSize, std::string>> watermark;
+  /// The image of "-wmf_path", or why it cannot be read, as a clause. Absent if nobody has looked.
+  std::optional<Expected<FoundWatermark, std::string>> watermark;
   /// A font for burnt-in text was found.
   bool hasFont = true;
   /// The kinds of devices that can be opened here: "vaapi", "cuda".

@@ -163,7 +163,7 @@ TEST(PlanProperties, HoldForRandomVectors) {
     for (std::size_t file = 0; file < files.size(); ++file) media.push_back(random.media());
     TranscodeSurroundings found;
     found.output.exists = random.oneIn(10);
-    if (random.oneIn(4)) found.watermark = ImageSize{300, 200};
+    if (random.oneIn(4)) found.watermark = FoundWatermark{"logo.png", {300, 200}};
     const Plan plan = planTranscode(explanation, media, fullInventory(), found);
     // A store does not tell "-presets" from "-preset".
     if (std::ranges::none_of(explanation.rejectedEntries, &RejectedEntry::isListing)) {

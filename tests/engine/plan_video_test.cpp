@@ -256,9 +256,10 @@ TEST(PlanVideo, MeasuresBurnInsByTheHeight) {
       "-vcodec prores422 -dims 960x540 -wmt_burn -wmt_text a~b -wmt_size 36 -wmt_anchor tl -wmt_font_rgb 1,2,3"));
   EXPECT_EQ(text, (TextBurnStep{"a b", {SAVAnchorTopLeft, 18, 14, {1, 2, 3}, {0, 0, 0}}}));
   TranscodeSurroundings found;
-  found.watermark = ImageSize{100, 50};
+  found.watermark = FoundWatermark{"/Looks/A.png", {100, 50}};
   const auto mark = std::get<WatermarkStep>(lastStep("-vcodec prores422 -wmf_path a.png -wmf_scale 0.5", found));
   EXPECT_EQ(mark.size, (ImageSize{50, 25}));
+  EXPECT_EQ(mark.path, "/Looks/A.png");
   EXPECT_EQ(mark.anchor, SAVAnchorBottomRight);
 }
 
