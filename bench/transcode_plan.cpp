@@ -31,7 +31,7 @@ MediaDescription clip() {
   track.bitsPerChannel = 24;
   track.channelCount = 2;
   track.channels = {{1, "FL"}, {2, "FR"}};
-  media.timecode = TimecodeDescription{{1, 0, 0, 0, false}, {}, VideoFrameRate::ntsc24p, TimecodeOrigin::tmcd};
+  media.timecode = TimecodeDescription{{1, 0, 0, 0, false}, {}, VideoFrameRate::ntsc24p, MediaTimecodeSource::tmcd};
   return media;
 }
 

@@ -268,7 +268,7 @@ struct OtherStreamDescription : StreamDescription {
 };
 
 /// Where a file's timecode was found.
-enum class TimecodeOrigin : std::uint8_t {
+enum class MediaTimecodeSource : std::uint8_t {
   /// A QuickTime timecode track.
   tmcd,
   /// A tag of a stream of images.
@@ -280,12 +280,12 @@ enum class TimecodeOrigin : std::uint8_t {
 };
 
 template <>
-struct EnumerationTable<TimecodeOrigin> {
-  static constexpr auto rows = std::to_array<EnumerationRow<TimecodeOrigin>>({
-      {TimecodeOrigin::tmcd, "tmcd", "timecode track"},
-      {TimecodeOrigin::stream, "stream", "tag of the stream"},
-      {TimecodeOrigin::format, "format", "tag of the file"},
-      {TimecodeOrigin::rtmd, "rtmd", "real-time metadata"},
+struct EnumerationTable<MediaTimecodeSource> {
+  static constexpr auto rows = std::to_array<EnumerationRow<MediaTimecodeSource>>({
+      {MediaTimecodeSource::tmcd, "tmcd", "timecode track"},
+      {MediaTimecodeSource::stream, "stream", "tag of the stream"},
+      {MediaTimecodeSource::format, "format", "tag of the file"},
+      {MediaTimecodeSource::rtmd, "rtmd", "real-time metadata"},
   });
 };
 
@@ -297,7 +297,7 @@ struct TimecodeDescription {
   std::optional<TimecodeComponents> end;
   /// The rate that the labels count at.
   VideoFrameRate rate;
-  TimecodeOrigin source = TimecodeOrigin::tmcd;
+  MediaTimecodeSource source = MediaTimecodeSource::tmcd;
 
   friend bool operator==(const TimecodeDescription&, const TimecodeDescription&) = default;
 };

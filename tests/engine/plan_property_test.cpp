@@ -123,7 +123,9 @@ void expectConsistent(const TranscodePlan& plan) {
     EXPECT_EQ(image.pixelFormat, format.rawValue);
     EXPECT_EQ(image.chroma, format.chroma);
     EXPECT_GE(std::min(image.width, image.height), 2);
-    if (format.chroma == ChromaSubsampling::yuv420) EXPECT_EQ(image.width % 2 + image.height % 2, 0);
+    if (format.chroma == ChromaSubsampling::yuv420) {
+      EXPECT_EQ(image.width % 2 + image.height % 2, 0);
+    }
     EXPECT_GT(image.frameRate.rawValue().rawValue(), 0);
     EXPECT_FALSE(image.isInterlaced && !encoder.keepsFields);
     const auto containers = videoEncoderOf(encoder.codec)->containers;
@@ -132,7 +134,9 @@ void expectConsistent(const TranscodePlan& plan) {
     for (const PlannedStep& step : plan.video->steps) {
       if (std::holds_alternative<PadStep>(step.step)) ++bars;
       // Bars are added after the LUT.
-      if (std::holds_alternative<LutStep>(step.step)) EXPECT_EQ(bars, 0);
+      if (std::holds_alternative<LutStep>(step.step)) {
+        EXPECT_EQ(bars, 0);
+      }
     }
   }
   for (const PlannedAudioTrack& track : plan.audio) {

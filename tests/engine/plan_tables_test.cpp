@@ -90,7 +90,9 @@ TEST(PlanTables, PlaceChannelsAsBitmapsDo) {
   for (const ChannelLayoutTagRow& row : channelLayoutTagRows) {
     EXPECT_TRUE(tags.insert(row.tag()).second) << row.number;
     EXPECT_EQ(std::set<ChannelLabel>(row.channels.begin(), row.channels.end()).size(), row.channels.count);
-    if (row.value) EXPECT_TRUE(values.insert(row.value->rawValue()).second) << row.number;
+    if (row.value) {
+      EXPECT_TRUE(values.insert(row.value->rawValue()).second) << row.number;
+    }
   }
   EXPECT_THAT(values, SizeIs(SAVTranscodeArgumentAudioChannelLayoutValue::allCases().size()));
   for (const ChannelLayoutRow& row : channelLayoutRows) {
@@ -111,7 +113,9 @@ TEST(PlanTables, PlaceChannelsAsBitmapsDo) {
       replace(labels, rearSurroundRight, rightSurround);
     }
     EXPECT_EQ(bits, labels) << std::hex << row.bitmap;
-    if (row.value) EXPECT_EQ(channelsOfLayout(*row.value)->count, ofTag.count);
+    if (row.value) {
+      EXPECT_EQ(channelsOfLayout(*row.value)->count, ofTag.count);
+    }
   }
   for (std::int64_t count = 1; count <= 8; ++count) {
     EXPECT_EQ(usualChannels(count)->count, static_cast<std::size_t>(count));

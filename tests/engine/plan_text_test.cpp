@@ -124,7 +124,9 @@ TEST(Listing, IsPrintedForEachCommand) {
   EXPECT_THAT(*listed("-acknowledge"), AllOf(HasSubstr("GPL version 2"), HasSubstr("Apache"), HasSubstr("x265")));
   const std::string help = *listed("-h");
   for (const FlagDescription& flag : flagDescriptions) {
-    if (flag.isCase || flag.group != FlagGroup::command) EXPECT_THAT(help, HasSubstr(flag.text));
+    if (flag.isCase || flag.group != FlagGroup::command) {
+      EXPECT_THAT(help, HasSubstr(flag.text));
+    }
   }
   EXPECT_THAT(help, Not(HasSubstr("-wmf_burn_anchors")));
   EXPECT_EQ(listed("-color_spaces -presets"), *listed("-color_spaces") + "\n" + *listed("-presets"));

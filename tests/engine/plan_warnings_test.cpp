@@ -126,7 +126,9 @@ TEST(PlanWarnings, EachNameTheirFlagAndReason) {
     SCOPED_TRACE(each.words);
     const TranscodePlan plan = successful(planned(each.words, each.media));
     EXPECT_THAT(codesOf(plan.warnings), ElementsAre(each.warning));
-    if (!plan.warnings.empty()) EXPECT_THAT(plan.warnings.front().message(), HasSubstr(each.message));
+    if (!plan.warnings.empty()) {
+      EXPECT_THAT(plan.warnings.front().message(), HasSubstr(each.message));
+    }
   }
 }
 

@@ -44,7 +44,7 @@ MediaDescription hdClip() {
   video.primaries = video.transfer = video.matrix = {1, "bt709"};
   video.colorSpace = SAVRec709ColorSpace;
   clip.video.push_back(std::move(video));
-  clip.timecode = TimecodeDescription{{1, 0, 0, 0, false}, {}, VideoFrameRate::pal25p, TimecodeOrigin::tmcd};
+  clip.timecode = TimecodeDescription{{1, 0, 0, 0, false}, {}, VideoFrameRate::pal25p, MediaTimecodeSource::tmcd};
   return clip;
 }
 

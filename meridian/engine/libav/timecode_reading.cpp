@@ -55,12 +55,12 @@ class TimecodeReading {
       if (auto timecode = ofTrack(stream)) return timecode;
     }
     for (const VideoStreamDescription& stream : description_.video) {
-      if (auto timecode = ofTag(stream.tags, TimecodeOrigin::stream)) return timecode;
+      if (auto timecode = ofTag(stream.tags, MediaTimecodeSource::stream)) return timecode;
     }
-    if (auto timecode = ofTag(description_.tags, TimecodeOrigin::format)) return timecode;
+    if (auto timecode = ofTag(description_.tags, MediaTimecodeSource::format)) return timecode;
     for (const OtherStreamDescription& stream : description_.others) {
       if (stream.codecTag != "rtmd") continue;
-      if (auto timecode = ofTag(stream.tags, TimecodeOrigin::rtmd)) return timecode;
+      if (auto timecode = ofTag(stream.tags, MediaTimecodeSource::rtmd)) return timecode;
     }
     return std::nullopt;
   }
@@ -89,13 +89,13 @@ class TimecodeReading {
       warn(MediaWarningCode::timecodeNotRead, "frame " + std::to_string(number));
       return std::nullopt;
     }
-    TimecodeDescription timecode{*start, {}, *rate, TimecodeOrigin::tmcd};
+    TimecodeDescription timecode{*start, {}, *rate, MediaTimecodeSource::tmcd};
     if (format->has(TimecodeTrackFormat::wrapsAtMidnight)) timecode.start.hours %= 24;
     timecode.end = endOf(timecode);
     return timecode;
   }
 
-  [[nodiscard]] std::optional<TimecodeDescription> ofTag(const std::vector<MediaTag>& tags, TimecodeOrigin source) {
+  [[nodiscard]] std::optional<TimecodeDescription> ofTag(const std::vector<MediaTag>& tags, MediaTimecodeSource source) {
     const auto text = tagValue(tags, "timecode");
     const VideoStreamDescription* const video = description_.mainVideo();
     if (!text || video == nullptr || !video->frameRate) return std::nullopt;
