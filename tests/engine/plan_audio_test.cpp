@@ -8,7 +8,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-MediaDescription changed(auto change) {
+MediaDescription changedTrack(auto change) {
   MediaDescription clip = hdClip();
   change(clip.audio.front());
   return clip;
@@ -28,7 +28,7 @@ std::string trackText(const PlannedAudioTrack& track) {
   return joined(texts, " ");
 }
 
-struct Case {
+struct TrackCase {
   std::string words;
   std::string track;
   MediaDescription clip = hdClip();
@@ -36,24 +36,24 @@ struct Case {
 
 TEST(PlanAudio, ChoosesEncoderDepthAndLayout) {
   const auto wide = [](int channels) {
-    return changed([channels](auto& track) {
+    return changedTrack([channels](auto& track) {
       track.channelCount = channels;
       track.channels.clear();
     });
   };
-  const auto surround = changed([](auto& track) {
+  const auto surround = changedTrack([](auto& track) {
     track.channelCount = 6;
     track.channels = {{1, "FL"}, {2, "FR"}, {3, "FC"}, {4, "LFE"}, {10, "SL"}, {11, "SR"}};
   });
-  const auto floats = changed([](auto& track) {
+  const auto floats = changedTrack([](auto& track) {
     track.codecName = "pcm_f32le";
     track.bitsPerChannel = 32;
   });
-  const auto compressed = changed([](auto& track) {
+  const auto compressed = changedTrack([](auto& track) {
     track.codecName = "aac";
     track.bitsPerChannel.reset();
   });
-  const std::vector<Case> cases{
+  const std::vector<TrackCase> cases{
       {"", "copy pcm_s24le 24 48000 L R tag 101/2"},
       {"-acopy -acodec lpcm", "copy pcm_s24le 24 48000 L R tag 101/2"},
       {"-acodec lpcm", "pcm_s24le 24 48000 L R tag 101/2"},
@@ -63,8 +63,9 @@ TEST(PlanAudio, ChoosesEncoderDepthAndLayout) {
       {"-out /o.mxf -vcodec dnxhd -acodec lpcm", "pcm_s24le 24 48000 L R tag 101/2", floats},
       {"-acodec lpcm -abpc 32", "pcm_s32le 32 48000 L R tag 101/2", floats},
       {"-acodec lpcm", "pcm_s16le 16 48000 L R tag 101/2", compressed},
-      {"-acodec lpcm", "pcm_s16le 16 48000 L R tag 101/2", changed([](auto& track) { track.bitsPerChannel = 8; })},
-      {"-acodec lpcm", "pcm_s24le 24 48000 L R tag 101/2", changed([](auto& track) { track.bitsPerChannel = 20; })},
+      {"-acodec lpcm", "pcm_s16le 16 48000 L R tag 101/2", changedTrack([](auto& track) { track.bitsPerChannel = 8; })},
+      {"-acodec lpcm", "pcm_s24le 24 48000 L R tag 101/2",
+       changedTrack([](auto& track) { track.bitsPerChannel = 20; })},
       {"-acodec apple_lossless", "alac 24 48000 L R tag 101/2"},
       {"-acodec apple_lossless -abpc 16", "alac 16 48000 L R tag 101/2"},
       {"-acodec apple_lossless", "alac 24 48000 L R C LFE Lsd Rsd", surround},

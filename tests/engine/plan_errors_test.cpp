@@ -12,11 +12,6 @@ using ::testing::HasSubstr;
 using ::testing::IsSupersetOf;
 using Media = std::vector<MediaDescription>;
 
-MediaDescription changed(MediaDescription clip, auto change) {
-  change(clip, clip.video.front(), clip.audio.front());
-  return clip;
-}
-
 TranscodeSurroundings surroundings(auto change) {
   TranscodeSurroundings found;
   change(found);
@@ -24,7 +19,7 @@ TranscodeSurroundings surroundings(auto change) {
 }
 
 /// Words that cannot be planned, and the one error that says why: its flag, code, and a part of its message.
-struct Case {
+struct ErrorCase {
   std::string words;
   std::string error;
   std::string message;
@@ -32,11 +27,11 @@ struct Case {
   TranscodeSurroundings found = {};
 };
 
-const std::vector<Case>& cases() {
+const std::vector<ErrorCase>& errorCases() {
   using Clip = MediaDescription;
   using Video = VideoStreamDescription;
   using Audio = AudioStreamDescription;
-  static const std::vector<Case> rows{
+  static const std::vector<ErrorCase> rows{
       // What the words say.
       {"-foo 1", "-foo unknownFlag", "check the spelling"},
       {"-vcoedc h264", "-vcoedc unknownFlag", "did you mean -vcodec?"},
@@ -80,22 +75,21 @@ const std::vector<Case>& cases() {
       {"-in_0_1 b.mov",
        "-in_0_1 partsDiffer",
        "audio tracks 0 where -in_0_0 has 1",
-       {hdClip(), changed(hdClip(), [](Clip& clip, Video&, Audio&) { clip.audio.clear(); })}},
+       {hdClip(), changedClip([](Clip& clip, Video&, Audio&) { clip.audio.clear(); })}},
       {"-in_0_1 b.mov",
        "-in_0_1 partsDiffer",
        "sample rate 44100",
-       {hdClip(), changed(hdClip(), [](Clip&, Video&, Audio& track) { track.sampleRate = 44100; })}},
+       {hdClip(), changedClip([](Clip&, Video&, Audio& track) { track.sampleRate = 44100; })}},
       {"-in_0_1 b.mov",
        "-in_0_1 partsDiffer",
        "video codec h264",
-       {hdClip(), changed(hdClip(), [](Clip&, Video& video, Audio&) { video.codecName = "h264"; })}},
+       {hdClip(), changedClip([](Clip&, Video& video, Audio&) { video.codecName = "h264"; })}},
       {"-in_0_1 b.wav", "-in_0_1 partsDiffer", "size none", {hdClip(), soundClip()}},
       {"-in_1_0 b.mov", "-in_1_0 secondPicture", "and -in_0_0 has one", {hdClip(), hdClip()}},
       {"-in_0_0 /card/a.0001.dpx -vcodec h264", "-in_0_0 rateNeeded", "-vr"},
-      {"-vcodec h264",
-       "-in_0_0 rateNeeded",
-       "",
-       {changed(hdClip(), [](Clip&, Video& video, Audio&) { video.frameRate.reset(); })}},
+      {"-vcodec h264", "-in_0_0 rateNeeded", "", {changedClip([](Clip&, Video& video, Audio&) {
+         video.frameRate.reset();
+       })}},
       // The output.
       {"-out /out/", "-out outputIsDirectory", "name of a file"},
       {"", "-out outputIsDirectory", "", {hdClip()}, surroundings([](auto& found) {
@@ -216,7 +210,7 @@ const std::vector<Case>& cases() {
       {"-acodec aac",
        "-acodec sampleRateNotAvailable",
        "the source has 192000",
-       {changed(hdClip(), [](Clip&, Video&, Audio& track) { track.sampleRate = 192000; })}},
+       {changedClip([](Clip&, Video&, Audio& track) { track.sampleRate = 192000; })}},
       {"-out /out/a.mxf -vcodec dnxhd -acodec lpcm -asr 44100", "-asr sampleRateNotAvailable", "48000"},
       {"-acodec lpcm -abpc 20", "-abpc sampleDepthNotAvailable", "use 8, 16, 24, 32 bits"},
       {"-out /out/a.mxf -vcodec dnxhd -acodec lpcm -abpc 32", "-abpc sampleDepthNotAvailable", "use 16, 24 bits"},
@@ -250,7 +244,7 @@ const std::vector<Case>& cases() {
 }
 
 TEST(PlanErrors, EachNameTheirFlagAndRemedy) {
-  for (Case each : cases()) {
+  for (ErrorCase each : errorCases()) {
     if (each.error == "-out tooManyTracks") each.media.front().audio.push_back(each.media.front().audio.front());
     const Plan plan = planned(each.words, each.media, each.found);
     SCOPED_TRACE(each.words);
@@ -292,7 +286,7 @@ TEST(PlanErrors, AreFoundAtOnce) {
 
 TEST(PlanErrors, HaveAVectorForEachCode) {
   std::set<std::string> found{"noInput", "inputNotRead", "noOutput", "encoderMissing", "filterMissing"};
-  for (const Case& each : cases()) found.insert(each.error.substr(each.error.find(' ') + 1));
+  for (const ErrorCase& each : errorCases()) found.insert(each.error.substr(each.error.find(' ') + 1));
   for (const TranscodePlanErrorCode code : allCases<TranscodePlanErrorCode>()) {
     EXPECT_TRUE(found.contains(std::string(rawValue(code)))) << rawValue(code);
   }

@@ -22,7 +22,7 @@ MediaDescription created(std::string date) {
   return clip;
 }
 
-struct Case {
+struct StartCase {
   std::string words;
   std::string start;
   MediaDescription clip = hdClip();
@@ -31,7 +31,7 @@ struct Case {
 TEST(PlanTimecode, StartsAtTheLabelOfItsSource) {
   const VideoFrameRate ntsc = VideoFrameRate::ntsc30p;
   const VideoFrameRate film = VideoFrameRate::p24;
-  const std::vector<Case> cases{
+  const std::vector<StartCase> cases{
       {"-tc_track", "01:00:00:00"},
       {"-tc_track -tc_match", "01:00:58;28", labelled("01:00:58;28", ntsc)},
       {"-tc_track -tc_custom 10:20:30:24", "10:20:30:24"},

@@ -11,7 +11,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-MediaDescription changed(auto change) {
+MediaDescription changedVideo(auto change) {
   MediaDescription clip = hdClip();
   change(clip.video.front());
   return clip;
@@ -51,14 +51,14 @@ struct StepsCase {
 };
 
 TEST(PlanVideo, TakesTheImageThroughStepsInOrder) {
-  const auto rotated = [](int degrees) { return changed([degrees](auto& video) { video.rotation = degrees; }); };
-  const auto wide = changed([](auto& video) {
+  const auto rotated = [](int degrees) { return changedVideo([degrees](auto& video) { video.rotation = degrees; }); };
+  const auto wide = changedVideo([](auto& video) {
     video.width = 720;
     video.height = 576;
     video.pixelAspectRatio = {64, 45};
   });
-  const auto interlaced = changed([](auto& video) { video.fieldOrder = FieldOrder::topFirst; });
-  const auto log = changed([](auto& video) {
+  const auto interlaced = changedVideo([](auto& video) { video.fieldOrder = FieldOrder::topFirst; });
+  const auto log = changedVideo([](auto& video) {
     video.primaries = video.matrix = {9, "bt2020"};
     video.transfer = {14, "bt2020-10"};
   });
@@ -125,12 +125,12 @@ TEST(PlanVideo, KeepsOrStatesColours) {
     return nameOf(successful(planned(words, {std::move(clip)})).video->output().color);
   };
   const auto untagged = [](int height) {
-    return changed([height](auto& video) {
+    return changedVideo([height](auto& video) {
       video.height = height;
       video.primaries = video.transfer = video.matrix = {};
     });
   };
-  const auto rgb = changed([](auto& video) {
+  const auto rgb = changedVideo([](auto& video) {
     video.chroma = ChromaSubsampling::rgb;
     video.primaries = video.transfer = {};
     video.matrix = {0, "gbr"};
@@ -196,7 +196,7 @@ TEST(PlanVideo, ChoosesEncoderAndOptions) {
 }
 
 TEST(PlanVideo, KeepsFieldsAndAlphaWhereTheCodecHasThem) {
-  MediaDescription clip = changed([](auto& video) {
+  MediaDescription clip = changedVideo([](auto& video) {
     video.fieldOrder = FieldOrder::topFirst;
     video.hasAlpha = true;
     video.pixelFormat = "yuva444p12le";
@@ -223,7 +223,7 @@ TEST(PlanVideo, CountsFramesAndJoinsParts) {
   EXPECT_EQ(framesOf("-vcodec h264", {hdClip()}), 250);
   EXPECT_EQ(framesOf("-vcodec h264 -vr 24", {hdClip()}), 240);
   EXPECT_EQ(framesOf("-vcodec h264 -in_0_1 b.mov -in_0_2 c.mov", {hdClip(), hdClip(), hdClip()}), 750);
-  EXPECT_EQ(framesOf("-vcodec h264", {changed([](auto& video) { video.frameCount.reset(); })}), std::nullopt);
+  EXPECT_EQ(framesOf("-vcodec h264", {changedVideo([](auto& video) { video.frameCount.reset(); })}), std::nullopt);
   // The frames of an image sequence get their rate from "-vr" alone.
   const TranscodePlan sequence = successful(
       plannedAlone("-in_0_0 a.1.dpx -in_0_1 a.2.DPX -out a.mov -vr 24 -an -vcodec h264", {hdClip(), hdClip()}));

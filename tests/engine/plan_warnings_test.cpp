@@ -14,25 +14,19 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-MediaDescription changed(auto change) {
-  MediaDescription clip = hdClip();
-  change(clip, clip.video.front(), clip.audio.front());
-  return clip;
-}
-
 /// Words that can be planned, and the one warning about them: its flag, code, and a part of its message.
-struct Case {
+struct WarningCase {
   std::string words;
   std::string warning;
   std::string message;
   std::vector<MediaDescription> media = {hdClip()};
 };
 
-const std::vector<Case>& cases() {
+const std::vector<WarningCase>& warningCases() {
   using Clip = MediaDescription;
   using Video = VideoStreamDescription;
   using Audio = AudioStreamDescription;
-  static const std::vector<Case> rows{
+  static const std::vector<WarningCase> rows{
       {"-cluts a.cube", "-cluts acceptedByContainment", "-clut"},
       {"-web yes", "-web valueAfterSwitch", "\"yes\""},
       {"-acodec aac pcm", "pcm strayWord", ""},
@@ -63,29 +57,29 @@ const std::vector<Case>& cases() {
       {"-vcodec h264 -wmt_text x", "-wmt_text withoutEffect", "no -wmt_burn"},
       {"-vcodec h264 -wmf_scale 2", "-wmf_scale withoutEffect", "no -wmf_path"},
       // The sources.
-      {"", "-in_0_0 noticedInSource", "ends before the last of its data", {changed([](Clip& clip, Video&, Audio&) {
+      {"", "-in_0_0 noticedInSource", "ends before the last of its data", {changedClip([](Clip& clip, Video&, Audio&) {
          clip.warnings.push_back({MediaWarningCode::endsBeforeItsData, "/card/a.mov", "20 bytes"});
        })}},
-      {"", "-in_0_0 partOfSourceLeftOut", "has 2", {changed([](Clip& clip, Video& video, Audio&) {
+      {"", "-in_0_0 partOfSourceLeftOut", "has 2", {changedClip([](Clip& clip, Video& video, Audio&) {
          clip.video.push_back(video);
        })}},
-      {"-vcodec h264", "-in_0_0 variableRate", "25 fps", {changed([](Clip&, Video& video, Audio&) {
+      {"-vcodec h264", "-in_0_0 variableRate", "25 fps", {changedClip([](Clip&, Video& video, Audio&) {
          video.isVariable = true;
        })}},
-      {"-vcodec h264", "-in_0_0 deinterlaced", "", {changed([](Clip&, Video& video, Audio&) {
+      {"-vcodec h264", "-in_0_0 deinterlaced", "", {changedClip([](Clip&, Video& video, Audio&) {
          video.fieldOrder = FieldOrder::topFirst;
        })}},
-      {"-vcodec h264", "-in_0_0 depthReduced", "12 become 8", {changed([](Clip&, Video& video, Audio&) {
+      {"-vcodec h264", "-in_0_0 depthReduced", "12 become 8", {changedClip([](Clip&, Video& video, Audio&) {
          video.bitDepth = 12;
        })}},
-      {"-vcodec h264", "-in_0_0 alphaLeftOut", "prores4444", {changed([](Clip&, Video& video, Audio&) {
+      {"-vcodec h264", "-in_0_0 alphaLeftOut", "prores4444", {changedClip([](Clip&, Video& video, Audio&) {
          video.hasAlpha = true;
        })}},
       {"-vcodec h264 -clut a.cube",
        "-in_0_0 colorAssumed",
        "taken for rec_709",
-       {changed([](Clip&, Video& video, Audio&) { video.primaries = video.transfer = video.matrix = {}; })}},
-      {"-vcodec h264 -clut a.cube", "-clut lutColorUnstated", "-c_space", {changed([](Clip&, Video& video, Audio&) {
+       {changedClip([](Clip&, Video& video, Audio&) { video.primaries = video.transfer = video.matrix = {}; })}},
+      {"-vcodec h264 -clut a.cube", "-clut lutColorUnstated", "-c_space", {changedClip([](Clip&, Video& video, Audio&) {
          video.primaries = video.matrix = {9, "bt2020"};
          video.transfer = {14, "bt2020-10"};
        })}},
@@ -100,29 +94,29 @@ const std::vector<Case>& cases() {
       {"-vn -out /out/a.wav",
        "-out repacked",
        "pcm_s24be of track 0 becomes pcm_s24le",
-       {changed([](Clip&, Video&, Audio& track) { track.codecName = "pcm_s24be"; })}},
-      {"-tc_track -tc_match", "-tc_match timecodeAssumed", "00:00:00:00", {changed([](Clip& clip, Video&, Audio&) {
+       {changedClip([](Clip&, Video&, Audio& track) { track.codecName = "pcm_s24be"; })}},
+      {"-tc_track -tc_match", "-tc_match timecodeAssumed", "00:00:00:00", {changedClip([](Clip& clip, Video&, Audio&) {
          clip.timecode.reset();
        })}},
       {"-tc_track -tc_creation",
        "-tc_creation timecodeFromCreation",
        "2026-11-22T10:20:30+0100, as written",
-       {changed([](Clip& clip, Video&, Audio&) { clip.creationDate = "2026-11-22T10:20:30+0100"; })}},
+       {changedClip([](Clip& clip, Video&, Audio&) { clip.creationDate = "2026-11-22T10:20:30+0100"; })}},
       {"-vcodec h264 -tc_track -vr 29.97 -tc_drop",
        "-in_0_0 timecodeMoved",
        "01:01:00;00 becomes 01:01:00;02",
-       {changed([](Clip& clip, Video&, Audio&) { clip.timecode->start = {1, 1, 0, 0, false}; })}},
+       {changedClip([](Clip& clip, Video&, Audio&) { clip.timecode->start = {1, 1, 0, 0, false}; })}},
       {"-in_0_1 b.mov -tc_track",
        "-in_0_1 timecodeBreaks",
        "05:00:00:00",
-       {hdClip(), changed([](Clip& clip, Video&, Audio&) { clip.timecode->start = {5, 0, 0, 0, false}; })}},
+       {hdClip(), changedClip([](Clip& clip, Video&, Audio&) { clip.timecode->start = {5, 0, 0, 0, false}; })}},
       {"-vcodec h264 -wmf_path Logo.png", "-wmf_path lowerCased", "\"Logo.png\" is used as \"logo.png\""},
   };
   return rows;
 }
 
 TEST(PlanWarnings, EachNameTheirFlagAndReason) {
-  for (const Case& each : cases()) {
+  for (const WarningCase& each : warningCases()) {
     SCOPED_TRACE(each.words);
     const TranscodePlan plan = successful(planned(each.words, each.media));
     EXPECT_THAT(codesOf(plan.warnings), ElementsAre(each.warning));
@@ -134,7 +128,7 @@ TEST(PlanWarnings, EachNameTheirFlagAndReason) {
 
 TEST(PlanWarnings, HaveAVectorForEachCode) {
   std::set<std::string> found;
-  for (const Case& each : cases()) found.insert(each.warning.substr(each.warning.find(' ') + 1));
+  for (const WarningCase& each : warningCases()) found.insert(each.warning.substr(each.warning.find(' ') + 1));
   for (const TranscodePlanWarningCode code : allCases<TranscodePlanWarningCode>()) {
     EXPECT_TRUE(found.contains(std::string(rawValue(code)))) << rawValue(code);
   }

@@ -17,6 +17,14 @@ MediaDescription hdClip();
 /// The same without images.
 MediaDescription soundClip();
 
+/// Returns the clip after a change of it, its images and its sound.
+template <typename Change>
+MediaDescription changedClip(Change change) {
+  MediaDescription clip = hdClip();
+  change(clip, clip.video.front(), clip.audio.front());
+  return clip;
+}
+
 /// Gives the clip this rate, also for its timecode.
 MediaDescription atRate(MediaDescription clip, const VideoFrameRate& rate);
 MediaDescription withSize(MediaDescription clip, int width, int height);
