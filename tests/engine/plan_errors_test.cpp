@@ -61,12 +61,11 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec h264",
        "-in_0_0 notDecodable",
        "which is redcode of RED",
-       {changed(hdClip(),
-                [](Clip& clip, Video& video, Audio&) {
-                  video.codecName = "redcode";
-                  video.isDecodable = false;
-                  clip.corporation = MediaCorporation::red;
-                })}},
+       {changedClip([](Clip& clip, Video& video, Audio&) {
+         video.codecName = "redcode";
+         video.isDecodable = false;
+         clip.corporation = MediaCorporation::red;
+       })}},
       {"-in_0_1 b.mov",
        "-in_0_1 partsDiffer",
        "size 1280 x 720 where -in_0_0 has 1920 x 1080",
