@@ -19,7 +19,7 @@ TEST(MediaDescriptionJsonTest, EncodesWhatIsKnownInTheVocabularysForms) {
   clip.duration = MediaRational{1001, 3000};
   clip.corporation = MediaCorporation::arri;
   clip.timecode = {
-      {1, 0, 58, 28, true}, TimecodeComponents{1, 0, 59, 7, true}, VideoFrameRate::ntsc30p, TimecodeSource::tmcd};
+      {1, 0, 58, 28, true}, TimecodeComponents{1, 0, 59, 7, true}, VideoFrameRate::ntsc30p, MediaTimecodeSource::tmcd};
   VideoStreamDescription& video = clip.video.emplace_back();
   video.codec = SLVVideoCodecProRes422;
   video.format = SAVProRes422HQ;

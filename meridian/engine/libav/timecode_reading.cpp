@@ -95,7 +95,8 @@ class TimecodeReading {
     return timecode;
   }
 
-  [[nodiscard]] std::optional<TimecodeDescription> ofTag(const std::vector<MediaTag>& tags, MediaTimecodeSource source) {
+  [[nodiscard]] std::optional<TimecodeDescription> ofTag(const std::vector<MediaTag>& tags,
+                                                         MediaTimecodeSource source) {
     const auto text = tagValue(tags, "timecode");
     const VideoStreamDescription* const video = description_.mainVideo();
     if (!text || video == nullptr || !video->frameRate) return std::nullopt;
