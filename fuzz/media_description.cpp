@@ -55,7 +55,7 @@ constexpr auto beginnings = std::to_array<std::string_view>({
 });
 
 void checkRatio(const std::optional<MediaRational>& ratio) {
-  if (ratio) require(ratio->denominator > 0, "a ratio has a positive denominator");
+  if (ratio) require(ratio->numerator >= 0 && ratio->denominator > 0, "a rate or a length of time is not below 0");
 }
 
 void check(const MediaDescription& description, std::size_t size) {

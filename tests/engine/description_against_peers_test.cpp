@@ -336,6 +336,27 @@ TEST_F(DescriptionTest, GivesExactRatesAndDurations) {
   }
 }
 
+TEST_F(DescriptionTest, GivesNoRateWhereTheFramesHaveNone) {
+  ASSERT_NO_FATAL_FAILURE(make({{"loose.mp4", images + "-vf settb=1/1000,setpts=PTS+random(0)*9 -vsync vfr "
+                                                       "-enc_time_base 1/1000 -c:v mpeg4"}}));
+  ASSERT_EQ(run({"ffmpeg", "-v", "quiet", "-i", path("loose.mp4"), "-c", "copy", path("loose.nut")}).status, 0);
+  EXPECT_TRUE(described("loose.mp4").video.at(0).isVariable);
+  const VideoStreamDescription loose = described("loose.nut").video.at(0);
+  EXPECT_TRUE(loose.isVariable);
+  EXPECT_EQ(loose.frameRate, std::nullopt);
+}
+
+TEST_F(DescriptionTest, DoesNotTakeACoverForVideo) {
+  ASSERT_NO_FATAL_FAILURE(
+      make({{"album.flac", sound + "-map 0:v -frames:v 1 -c:v mjpeg -disposition:v attached_pic -c:a flac"}}));
+  const MediaDescription album = described("album.flac");
+  ASSERT_EQ(album.video.size(), 1);
+  EXPECT_TRUE(album.video.front().isAttachedPicture);
+  EXPECT_EQ(album.video.front().frameRate, std::nullopt);
+  EXPECT_EQ(album.mainVideo(), nullptr);
+  EXPECT_EQ(album.duration, (MediaRational{1, 4}));
+}
+
 TEST_F(DescriptionTest, TurnsTheDisplaySizeAsTheMatrixOfTheTrackSays) {
   ASSERT_NO_FATAL_FAILURE(make({{"plain.mov", images + "-frames:v 1 -c:v mjpeg -vf setsar=2/1"}}));
   const std::string plain = content("plain.mov");

@@ -70,7 +70,7 @@ void describeTimes(MediaDescription& description, const AVFormatContext& input) 
   if (libav::isImageFormat(input)) return;
   constexpr AVRational microseconds{1, AV_TIME_BASE};
   description.startTime = libav::secondsOf(input.start_time, microseconds);
-  description.duration = libav::secondsOf(input.duration, microseconds);
+  description.duration = libav::lengthOf(input.duration, microseconds);
   // FFmpeg goes by the header of a QuickTime movie, which counts in 1/600 or 1/1000 of a second. Where the header says
   // something else, that counts.
   const auto exact = exactDuration(description);

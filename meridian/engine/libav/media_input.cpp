@@ -177,9 +177,11 @@ MediaError MediaInput::failure(int status, MediaErrorCode otherwise, const std::
 }
 
 bool MediaInput::readAt(std::int64_t place, std::span<char> memory) noexcept {
-  const bool isRead = file_.seek(place) && file_.read(memory) == memory.size();
+  const auto size = static_cast<std::int64_t>(file_.size());
+  if (place < 0 || place > size || !file_.seek(place)) return false;
+  const bool isRead = file_.read(memory) == memory.size();
   // FFmpeg goes on where it was.
-  return file_.seek(place_) && isRead;
+  return file_.seek(std::min(place_, size)) && isRead;
 }
 
 bool MediaInput::isBeyondLimits() noexcept {
@@ -212,7 +214,8 @@ std::int64_t MediaInput::seek(void* self, std::int64_t offset, int origin) noexc
   const int plainOrigin = origin & ~AVSEEK_FORCE;
   const std::int64_t base = plainOrigin == SEEK_CUR ? input.place_ : plainOrigin == SEEK_END ? size : 0;
   const auto place = checkedSum<std::int64_t>(base, offset);
-  if (!place || *place < 0 || !input.file_.seek(*place)) return AVERROR(EINVAL);
+  // Beyond the end there is nothing to read, wherever that is.
+  if (!place || *place < 0 || !input.file_.seek(std::min(*place, size))) return AVERROR(EINVAL);
   input.place_ = *place;
   return *place;
 }

@@ -38,4 +38,10 @@ namespace meridian::inline v0_2::libav {
   return numerator ? inLowestTerms({*numerator, rest->denominator}) : std::nullopt;
 }
 
+/// Returns a number of ticks as seconds; absent also if it is below 0, as no length of time is.
+[[nodiscard]] inline std::optional<MediaRational> lengthOf(std::int64_t ticks, const AVRational& timeBase) noexcept {
+  const auto seconds = secondsOf(ticks, timeBase);
+  return seconds && seconds->numerator >= 0 ? seconds : std::nullopt;
+}
+
 }  // namespace meridian::inline v0_2::libav

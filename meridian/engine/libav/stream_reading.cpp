@@ -12,6 +12,7 @@ extern "C" {
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "meridian/engine/channel_layouts.h"
 #include "meridian/engine/color_spaces.h"
@@ -44,7 +45,7 @@ void describeShared(StreamDescription& description, const AVStream& stream) {
   description.isDecodable = avcodec_find_decoder(parameters.codec_id) != nullptr;
   if (parameters.bit_rate > 0) description.bitRate = parameters.bit_rate;
   description.startTime = secondsOf(stream.start_time, stream.time_base);
-  description.duration = secondsOf(stream.duration, stream.time_base);
+  description.duration = lengthOf(stream.duration, stream.time_base);
   description.tags = tagsOf(stream.metadata);
   const auto language = tagValue(description.tags, "language").value_or("");
   if (language != "und") description.language = language;
@@ -177,32 +178,42 @@ std::optional<FrameLengths> frameLengths(const AVFormatContext& input, AVStream&
   return lengths;
 }
 
+/// Returns the rate that the frames' lengths give, and whether they differ.
+std::pair<std::optional<MediaRational>, bool> rateOfLengths(const FrameLengths& lengths, const AVRational& timeBase,
+                                                            const std::optional<MediaRational>& average) {
+  if (lengths.areDifferent() || lengths.shortest <= 0) return {std::nullopt, true};
+  if (lengths.shortest != lengths.longest && average) return {average, false};
+  const auto frame = secondsOf(lengths.shortest, timeBase);
+  if (!frame || frame->numerator <= 0) return {std::nullopt, false};
+  return {MediaRational{frame->denominator, frame->numerator}, false};
+}
+
 void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStream& stream) {
   // FFmpeg makes up a rate for these.
   if (isImageFormat(input) || std::string_view(input.iformat->name).starts_with("mjpeg")) return;
   video.averageFrameRate = positiveRationalOf(stream.avg_frame_rate);
-  // An AVI has one rate; an empty frame repeats the one before it.
-  const bool hasOneRate = std::string_view(input.iformat->name) == "avi" && video.averageFrameRate;
-  auto rate = hasOneRate ? video.averageFrameRate : positiveRationalOf(av_guess_frame_rate(&input, &stream, nullptr));
-  if (!rate) rate = video.averageFrameRate;
-  if (!rate) return;
-  const double ratio = video.averageFrameRate ? rate->rawValue() / video.averageFrameRate->rawValue() : 1.0;
+  auto rate = positiveRationalOf(av_guess_frame_rate(&input, &stream, nullptr));
+  const double ratio = rate && video.averageFrameRate ? rate->rawValue() / video.averageFrameRate->rawValue() : 1.0;
+  constexpr double fastestRate = 600;
   if (const auto lengths = frameLengths(input, stream)) {
-    video.isVariable = lengths->areDifferent();
-    if (!video.isVariable && lengths->shortest > 0) {
-      const auto frame = secondsOf(lengths->shortest, stream.time_base);
-      if (lengths->shortest == lengths->longest && frame && frame->numerator > 0) {
-        rate = MediaRational{frame->denominator, frame->numerator};
-      } else if (video.averageFrameRate) {
-        rate = video.averageFrameRate;
-      }
-    }
+    const auto [constant, isVariable] = rateOfLengths(*lengths, stream.time_base, video.averageFrameRate);
+    video.isVariable = isVariable;
+    if (constant) rate = constant;
+  } else if (std::string_view(input.iformat->name) == "avi") {
+    // It has one rate; an empty frame repeats the one before it.
+    rate = video.averageFrameRate;
+  } else if (av_q2d(stream.r_frame_rate) > fastestRate) {
+    // FFmpeg takes the time base where the frames have no rate in common.
+    video.isVariable = true;
+    rate = video.averageFrameRate;
   } else if (isInterlaced(video.fieldOrder) && std::abs(ratio - 2) < 0.02) {
-    rate = video.averageFrameRate;  // FFmpeg counted fields.
+    // FFmpeg counted fields.
+    rate = video.averageFrameRate;
   } else {
     video.isVariable = std::abs(ratio - 1) > 0.01;
   }
-  video.exactFrameRate = recognizedRate(*rate);
+  if (!rate) rate = video.averageFrameRate;
+  if (rate) video.exactFrameRate = recognizedRate(*rate);
   if (video.exactFrameRate) video.frameRate = VideoFrameRate::matching(*video.exactFrameRate);
 }
 
