@@ -30,7 +30,8 @@ using InputPointer = std::unique_ptr<AVFormatContext, FreesByPointer<avformat_cl
 /// Frees a context of input or output that was made with memory of its own.
 struct FreesIoContext {
   void operator()(AVIOContext* context) const noexcept {
-    av_freep(&context->buffer);
+    av_free(context->buffer);
+    context->buffer = nullptr;
     avio_context_free(&context);
   }
 };

@@ -22,7 +22,7 @@ __attribute__((format(printf, 3, 0))) void collect(void* context, int level, con
     return;
   }
   if (level > AV_LOG_ERROR) return;
-  std::array<char, 512> message;
+  std::array<char, 512> message{};
   const int size = std::vsnprintf(message.data(), message.size(), format, arguments);
   if (size > 0) {
     innermost->take(level, {message.data(), std::min(static_cast<std::size_t>(size), message.size() - 1)});

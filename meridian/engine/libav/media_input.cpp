@@ -212,7 +212,9 @@ std::int64_t MediaInput::seek(void* self, std::int64_t offset, int origin) noexc
   if (origin == AVSEEK_SIZE) return size;
   // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.
   const int plainOrigin = origin & ~AVSEEK_FORCE;
-  const std::int64_t base = plainOrigin == SEEK_CUR ? input.place_ : plainOrigin == SEEK_END ? size : 0;
+  std::int64_t base = 0;
+  if (plainOrigin == SEEK_CUR) base = input.place_;
+  if (plainOrigin == SEEK_END) base = size;
   const auto place = checkedSum<std::int64_t>(base, offset);
   // Beyond the end there is nothing to read, wherever that is.
   if (!place || *place < 0 || !input.file_.seek(std::min(*place, size))) return AVERROR(EINVAL);

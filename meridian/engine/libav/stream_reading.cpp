@@ -155,6 +155,7 @@ struct FrameLengths {
   /// Returns true if the lengths differ by more than rounding to ticks does.
   [[nodiscard]] bool areDifferent() const noexcept {
     constexpr std::int64_t ticksOfRoundedFrame = 10;
+    if (shortest <= 0) return true;
     return longest - shortest > (shortest >= ticksOfRoundedFrame ? 1 : 0);
   }
 };
@@ -181,7 +182,7 @@ std::optional<FrameLengths> frameLengths(const AVFormatContext& input, AVStream&
 /// Returns the rate that the frames' lengths give, and whether they differ.
 std::pair<std::optional<MediaRational>, bool> rateOfLengths(const FrameLengths& lengths, const AVRational& timeBase,
                                                             const std::optional<MediaRational>& average) {
-  if (lengths.areDifferent() || lengths.shortest <= 0) return {std::nullopt, true};
+  if (lengths.areDifferent()) return {std::nullopt, true};
   if (lengths.shortest != lengths.longest && average) return {average, false};
   const auto frame = secondsOf(lengths.shortest, timeBase);
   if (!frame || frame->numerator <= 0) return {std::nullopt, false};
@@ -194,20 +195,19 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   video.averageFrameRate = positiveRationalOf(stream.avg_frame_rate);
   auto rate = positiveRationalOf(av_guess_frame_rate(&input, &stream, nullptr));
   const double ratio = rate && video.averageFrameRate ? rate->rawValue() / video.averageFrameRate->rawValue() : 1.0;
+  // An AVI has one rate; an empty frame repeats the one before it.
+  const bool isAvi = std::string_view(input.iformat->name) == "avi";
+  const bool countsFields = isInterlaced(video.fieldOrder) && std::abs(ratio - 2) < 0.02;
   constexpr double fastestRate = 600;
   if (const auto lengths = frameLengths(input, stream)) {
     const auto [constant, isVariable] = rateOfLengths(*lengths, stream.time_base, video.averageFrameRate);
     video.isVariable = isVariable;
     if (constant) rate = constant;
-  } else if (std::string_view(input.iformat->name) == "avi") {
-    // It has one rate; an empty frame repeats the one before it.
-    rate = video.averageFrameRate;
   } else if (av_q2d(stream.r_frame_rate) > fastestRate) {
     // FFmpeg takes the time base where the frames have no rate in common.
     video.isVariable = true;
     rate = video.averageFrameRate;
-  } else if (isInterlaced(video.fieldOrder) && std::abs(ratio - 2) < 0.02) {
-    // FFmpeg counted fields.
+  } else if (isAvi || countsFields) {
     rate = video.averageFrameRate;
   } else {
     video.isVariable = std::abs(ratio - 1) > 0.01;
