@@ -172,6 +172,34 @@ TEST_F(HostileMediaTest, OpensNoOtherFile) {
   }
 }
 
+TEST_F(HostileMediaTest, RefusesAnIndexOfMoreSamplesThanBytes) {
+  ASSERT_NO_FATAL_FAILURE(make({{"clip.mov", "-map 0:v -map 1:a -frames:v 4 -c:v mjpeg -c:a pcm_s16le"},
+                                {"pieces.mp4", "-map 0:v -c:v mpeg4 -movflags empty_moov+default_base_moof -g 1"}}));
+  const std::string clip = content("clip.mov");
+  // The size and the number of all samples follow the version and flags of the first table of sizes, the video's.
+  std::string claiming = clip;
+  putBigEndian(claiming, clip.find("stsz") + 8, 1);
+  putBigEndian(claiming, clip.find("stsz") + 12, 89'000'000);
+  directory().write("claiming.mov", claiming);
+  const auto description = describeMedia(Url::fromFilePath(path("claiming.mov")));
+  ASSERT_FALSE(description);
+  EXPECT_EQ(description.error().code, MediaErrorCode::damaged);
+  EXPECT_THAT(description.error().detail, HasSubstr("89000000 samples"));
+  // The sound's table claims as many as it likes, since it has an entry for each chunk.
+  std::string loud = clip;
+  putBigEndian(loud, clip.rfind("stsz") + 12, 89'000'000);
+  directory().write("loud.mov", loud);
+  EXPECT_EQ(errorOf("loud.mov"), std::nullopt);
+
+  std::string pieces = content("pieces.mp4");
+  const std::size_t run = pieces.find("trun");
+  ASSERT_NE(run, std::string::npos);
+  putBigEndian(pieces, run + 4, 0);
+  putBigEndian(pieces, run + 8, 89'000'000);
+  directory().write("pieces.mp4", pieces);
+  EXPECT_EQ(errorOf("pieces.mp4"), MediaErrorCode::damaged);
+}
+
 TEST_F(HostileMediaTest, StopsAtItsLimits) {
   ASSERT_NO_FATAL_FAILURE(make({{"clip.mov", "-map 0:v -map 1:a -c:v mjpeg -c:a pcm_s16le"}}));
   const Url url = Url::fromFilePath(path("clip.mov"));

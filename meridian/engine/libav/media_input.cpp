@@ -8,6 +8,7 @@
 #include "meridian/base/ascii.h"
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/engine/libav/log_collector.h"
+#include "meridian/engine/movie_samples.h"
 #include "meridian/platform/path_text.h"
 
 namespace meridian::inline v0_2::libav {
@@ -96,6 +97,8 @@ std::string harmlessName(const std::string& path) {
   return isPlain ? "media." + std::string(extension) : "media";
 }
 
+bool isQuickTime(const AVInputFormat& format) noexcept { return std::string_view(format.name).starts_with("mov,"); }
+
 int openNothing(AVFormatContext* /*input*/, AVIOContext** /*opened*/, const char* /*url*/, int /*flags*/,
                 AVDictionary** /*options*/) {
   return AVERROR(EPERM);
@@ -129,6 +132,12 @@ std::optional<MediaError> MediaInput::openFormat() {
   }
   const AVInputFormat* const format = recognizedFormat();
   if (format == nullptr) return failure(0, unknownFormat, {});
+  if (isQuickTime(*format)) {
+    const std::uint64_t claimed = claimedSamples(file_);
+    if (claimed > file_.size())
+      return MediaError{damaged, path_, std::to_string(claimed) + " samples in too few bytes"};
+    if (!file_.seek(std::min(place_, static_cast<std::int64_t>(file_.size())))) return failure(0, notRead, {});
+  }
 
   AVFormatContext* context = avformat_alloc_context();
   if (context == nullptr) return MediaError{outOfMemory, path_};
