@@ -30,7 +30,9 @@ MediaRational ratio(const std::string& written, char separator) {
 
 void expectSeconds(const std::optional<MediaRational>& seconds, const std::string& expected, double tolerance) {
   ASSERT_EQ(seconds.has_value(), !expected.empty()) << expected;
-  if (seconds) EXPECT_NEAR(seconds->rawValue(), std::stod(expected), tolerance);
+  if (seconds) {
+    EXPECT_NEAR(seconds->rawValue(), std::stod(expected), tolerance);
+  }
 }
 
 void expectSharedAsFfprobe(const StreamDescription& stream, const json& peer) {
@@ -58,7 +60,9 @@ void expectAsFfprobe(const VideoStreamDescription& video, const json& peer) {
   if (!video.isVariable) {
     EXPECT_NEAR(video.exactFrameRate->rawValue(), ratio(text(peer, "r_frame_rate"), '/').rawValue(), 0.005);
   }
-  if (peer.contains("nb_frames")) EXPECT_EQ(std::to_string(video.frameCount.value_or(-1)), text(peer, "nb_frames"));
+  if (peer.contains("nb_frames")) {
+    EXPECT_EQ(std::to_string(video.frameCount.value_or(-1)), text(peer, "nb_frames"));
+  }
   EXPECT_EQ(rawValue(video.fieldOrder), peer.value("field_order", "unknown"));
   EXPECT_EQ(video.pixelFormat, text(peer, "pix_fmt"));
   const std::string range = text(peer, "color_range");
@@ -75,7 +79,9 @@ void expectAsFfprobe(const AudioStreamDescription& audio, const json& peer) {
   EXPECT_EQ(audio.layoutName, text(peer, "channel_layout"));
   EXPECT_EQ(audio.sampleFormat, text(peer, "sample_fmt"));
   const int bits = peer.value("bits_per_sample", 0);
-  if (audio.format == SAVLpcmAudioFormatValue) EXPECT_EQ(audio.bitsPerChannel, bits);
+  if (audio.format == SAVLpcmAudioFormatValue) {
+    EXPECT_EQ(audio.bitsPerChannel, bits);
+  }
 }
 
 void expectAsFfprobe(const MediaDescription& description, const json& peer) {
@@ -96,7 +102,7 @@ void expectAsFfprobe(const MediaDescription& description, const json& peer) {
       expectAsFfprobe(description.video[video++], stream);
     } else if (stream["codec_type"] == "audio") {
       ASSERT_LT(audio, description.audio.size());
-      EXPECT_EQ(description.audio[audio].track, audio);
+      EXPECT_EQ(description.audio[audio].track, static_cast<int>(audio));
       expectAsFfprobe(description.audio[audio++], stream);
     }
   }
@@ -107,7 +113,9 @@ void expectAsFfprobe(const MediaDescription& description, const json& peer) {
 
 /// Compares a number if the peer states it.
 void expectNumber(double number, const json& peer, const char* key, double tolerance = 0) {
-  if (peer.contains(key)) EXPECT_NEAR(number, std::stod(text(peer, key)), tolerance) << key;
+  if (peer.contains(key)) {
+    EXPECT_NEAR(number, std::stod(text(peer, key)), tolerance) << key;
+  }
 }
 
 void expectAsMediainfo(const VideoStreamDescription& video, const json& peer) {
@@ -117,7 +125,9 @@ void expectAsMediainfo(const VideoStreamDescription& video, const json& peer) {
   expectNumber(video.rotation, peer, "Rotation");
   if (video.frameCount && !video.isVariable) expectNumber(static_cast<double>(*video.frameCount), peer, "FrameCount");
   expectNumber(video.bitDepth.value_or(0), peer, "BitDepth");
-  if (peer.contains("ChromaSubsampling")) EXPECT_EQ(rawValue(video.chroma.value()), text(peer, "ChromaSubsampling"));
+  if (peer.contains("ChromaSubsampling")) {
+    EXPECT_EQ(rawValue(video.chroma.value()), text(peer, "ChromaSubsampling"));
+  }
   if (peer.contains("ScanType") && video.fieldOrder != FieldOrder::unknown) {
     EXPECT_EQ(isInterlaced(video.fieldOrder), text(peer, "ScanType") != "Progressive");
   }
@@ -279,7 +289,9 @@ TEST_F(DescriptionTest, AgreesWithFfprobeAndMediainfo) {
     } else {
       EXPECT_EQ(row.codec, std::nullopt);
     }
-    if (!description.audio.empty()) EXPECT_EQ(description.audio.front().format, row.audioFormat);
+    if (!description.audio.empty()) {
+      EXPECT_EQ(description.audio.front().format, row.audioFormat);
+    }
 
     const Outcome ffprobe =
         run({"ffprobe", "-v", "error", "-show_streams", "-show_format", "-of", "json", "file:" + file});
@@ -323,7 +335,7 @@ TEST_F(DescriptionTest, GivesExactRatesAndDurations) {
     SCOPED_TRACE(recipe.name);
     const Rate& expected = rates[std::stoul(recipe.name)];
     const MediaDescription description = described(recipe.name);
-    ASSERT_EQ(description.video.size(), 1);
+    ASSERT_EQ(description.video.size(), 1U);
     const VideoStreamDescription& video = description.video.front();
     EXPECT_EQ(video.frameRate, expected.rate);
     EXPECT_EQ(video.exactFrameRate, expected.exact);
@@ -350,7 +362,7 @@ TEST_F(DescriptionTest, DoesNotTakeACoverForVideo) {
   ASSERT_NO_FATAL_FAILURE(
       make({{"album.flac", sound + "-map 0:v -frames:v 1 -c:v mjpeg -disposition:v attached_pic -c:a flac"}}));
   const MediaDescription album = described("album.flac");
-  ASSERT_EQ(album.video.size(), 1);
+  ASSERT_EQ(album.video.size(), 1U);
   EXPECT_TRUE(album.video.front().isAttachedPicture);
   EXPECT_EQ(album.video.front().frameRate, std::nullopt);
   EXPECT_EQ(album.mainVideo(), nullptr);
@@ -418,7 +430,7 @@ TEST_F(DescriptionTest, ListsEveryTrackWithItsLayout) {
   for (std::size_t track = 0; track < layouts.size(); ++track) {
     SCOPED_TRACE(layouts[track].name);
     const AudioStreamDescription& audio = description.audio[track];
-    EXPECT_EQ(audio.track, track);
+    EXPECT_EQ(audio.track, static_cast<int>(track));
     EXPECT_EQ(audio.layoutName, layouts[track].name);
     EXPECT_EQ(audio.channelLayout, layouts[track].value);
     EXPECT_EQ(audio.channelLayoutTag, layouts[track].tag);
@@ -459,7 +471,7 @@ TEST_F(DescriptionTest, DescribesSingleImagesWithoutARate) {
   for (const std::string& name : names) {
     SCOPED_TRACE(name);
     const MediaDescription description = described(name);
-    ASSERT_EQ(description.video.size(), 1);
+    ASSERT_EQ(description.video.size(), 1U);
     const VideoStreamDescription& image = description.video.front();
     EXPECT_EQ(image.width, 64);
     EXPECT_EQ(image.height, 36);

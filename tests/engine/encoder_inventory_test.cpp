@@ -80,7 +80,7 @@ TEST(EncoderInventoryTest, SaysWhatAnEncoderAccepts) {
   EXPECT_FALSE(inventory.hasMuxer("mov,mp4") || inventory.hasFilter(""));
   EXPECT_THAT(inventory.license, Not(IsEmpty()));
   EXPECT_THAT(inventory.version, Not(IsEmpty()));
-  EXPECT_EQ(inventory.libraries.size(), 6);
+  EXPECT_EQ(inventory.libraries.size(), 6U);
 }
 
 TEST(EncoderInventoryTest, OpensNoDeviceOfAnUnknownKind) { EXPECT_FALSE(deviceOpens("abacus")); }

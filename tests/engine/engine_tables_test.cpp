@@ -65,7 +65,9 @@ TEST(ColorSpaceTest, IsFoundByItsCodePointsAndByEqualOnes) {
 TEST(ChannelLayoutTest, CountsTheChannelsThatItsTagCounts) {
   for (const ChannelLayoutRow& row : channelLayoutRows) {
     EXPECT_EQ(channelLayoutWithBitmap(row.bitmap)->tag, row.tag);
-    if (row.tag) EXPECT_EQ(*row.tag & 0xffffU, static_cast<unsigned>(std::popcount(row.bitmap)));
+    if (row.tag) {
+      EXPECT_EQ(*row.tag & 0xffffU, static_cast<unsigned>(std::popcount(row.bitmap)));
+    }
   }
   for (const auto& value : SAVTranscodeArgumentAudioChannelLayoutValue::allCases()) {
     EXPECT_TRUE(std::ranges::any_of(channelLayoutRows, [&](const auto& row) { return row.value == value; })) << value;

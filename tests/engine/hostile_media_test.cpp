@@ -105,7 +105,7 @@ TEST_F(HostileMediaTest, ReportsDamageWithoutAWordOnTheTerminal) {
   const std::string early = content("early.mov");
   directory().write("cut.mov", std::string_view(early).substr(0, early.size() - 1000));
   const MediaDescription cut = described("cut.mov");
-  ASSERT_EQ(cut.warnings.size(), 1);
+  ASSERT_EQ(cut.warnings.size(), 1U);
   EXPECT_EQ(cut.warnings.front().code, MediaWarningCode::endsBeforeItsData);
   EXPECT_EQ(cut.warnings.front().detail, "1000 bytes are missing");
   EXPECT_EQ(cut.video.at(0).frameCount, described("early.mov").video.at(0).frameCount);

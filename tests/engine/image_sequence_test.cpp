@@ -23,7 +23,7 @@ TEST(ImageSequenceTest, OrdersImagesByNumberAndCountsWhatIsMissing) {
   std::vector<std::string> names;
   for (const std::string& path : sequence->paths) names.push_back(path.substr(path.rfind('/') + 1));
   EXPECT_THAT(names, ElementsAre("A.9.dpx", "A.10.dpx", "A.0012.dpx"));
-  EXPECT_EQ(sequence->size, 15);
+  EXPECT_EQ(sequence->size, 15U);
   EXPECT_EQ(sequence->firstNumber, 9);
   EXPECT_EQ(sequence->lastNumber, 12);
   EXPECT_EQ(sequence->missingCount, 1);
@@ -54,13 +54,13 @@ TEST_F(DescribedSequenceTest, IsDescribedByItsFirstImage) {
   const MediaDescription shot = described("shot");
   EXPECT_EQ(shot.path, path("shot"));
   EXPECT_EQ(shot.container, SLVMediaFileContainerImageSequence);
-  ASSERT_EQ(shot.video.size(), 1);
+  ASSERT_EQ(shot.video.size(), 1U);
   EXPECT_EQ(shot.video.front().frameCount, 3);
   EXPECT_EQ(shot.video.front().frameRate, std::nullopt);
   EXPECT_EQ(shot.video.front().bitDepth, 10);
   EXPECT_EQ(shot.video.front().chroma, ChromaSubsampling::rgb);
   EXPECT_EQ(shot.size, 3 * std::filesystem::file_size(path("shot/A001_86399.dpx")));
-  ASSERT_EQ(shot.warnings.size(), 1);
+  ASSERT_EQ(shot.warnings.size(), 1U);
   EXPECT_EQ(shot.warnings.front().code, MediaWarningCode::missingImages);
   EXPECT_THAT(shot.warnings.front().detail, "1 between 86399 and 86402");
 }

@@ -55,7 +55,9 @@ TEST(MediaDescriptionJsonTest, EncodesWhatIsKnownInTheVocabularysForms) {
   })json");
   const auto expectMembers = [](const Json& found, const Json& members) {
     for (const auto& [name, value] : members.items()) {
-      if (name != "video" && name != "audio") EXPECT_EQ(found.at(name), value) << name;
+      if (name != "video" && name != "audio") {
+        EXPECT_EQ(found.at(name), value) << name;
+      }
     }
   };
   expectMembers(json, expected);

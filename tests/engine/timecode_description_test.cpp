@@ -81,11 +81,16 @@ TEST_F(TimecodeDescriptionTest, CountsTheRawFrameNumberOfTheTrack) {
     directory().write("patched.mov", bytes);
     const MediaDescription description = described("patched.mov");
     // Without a label in the track, the tag that FFmpeg derives from it is next.
-    if (*row.expected != '\0') EXPECT_EQ(textOf(description), row.expected) << row.file << ' ' << row.flags;
-    if (*row.expected == '\0' && description.timecode)
+    if (*row.expected != '\0') {
+      EXPECT_EQ(textOf(description), row.expected) << row.file << ' ' << row.flags;
+    }
+    if (*row.expected == '\0' && description.timecode) {
       EXPECT_NE(description.timecode->source, MediaTimecodeSource::tmcd);
+    }
     for (const MediaWarningCode code : row.warnings) EXPECT_THAT(warningsOf(description), testing::Contains(code));
-    if (row.warnings.empty()) EXPECT_THAT(warningsOf(description), IsEmpty()) << row.flags << ' ' << row.frame;
+    if (row.warnings.empty()) {
+      EXPECT_THAT(warningsOf(description), IsEmpty()) << row.flags << ' ' << row.frame;
+    }
   }
 }
 
