@@ -21,7 +21,7 @@ using testing::IsEmpty;
 class DescriptionTest : public MadeMedia {};
 
 /// Returns the text of a member; empty if it is not there.
-std::string text(const json& object, const char* key) { return object.value(key, std::string()); }
+std::string member(const json& object, const char* key) { return object.value(key, std::string()); }
 
 MediaRational ratio(const std::string& written, char separator) {
   const std::size_t middle = written.find(separator);
@@ -36,16 +36,16 @@ void expectSeconds(const std::optional<MediaRational>& seconds, const std::strin
 }
 
 void expectSharedAsFfprobe(const StreamDescription& stream, const json& peer) {
-  EXPECT_EQ(stream.codecName, text(peer, "codec_name"));
-  EXPECT_EQ(stream.profile, text(peer, "profile") == "unknown" ? "" : text(peer, "profile"));
-  EXPECT_EQ(stream.codecTag.empty() ? "[0][0][0][0]" : stream.codecTag, text(peer, "codec_tag_string"));
-  EXPECT_EQ(stream.bitRate ? std::to_string(*stream.bitRate) : "", text(peer, "bit_rate"));
-  expectSeconds(stream.startTime, text(peer, "start_time"), 1e-6);
-  expectSeconds(stream.duration, text(peer, "duration"), 1e-6);
+  EXPECT_EQ(stream.codecName, member(peer, "codec_name"));
+  EXPECT_EQ(stream.profile, member(peer, "profile") == "unknown" ? "" : member(peer, "profile"));
+  EXPECT_EQ(stream.codecTag.empty() ? "[0][0][0][0]" : stream.codecTag, member(peer, "codec_tag_string"));
+  EXPECT_EQ(stream.bitRate ? std::to_string(*stream.bitRate) : "", member(peer, "bit_rate"));
+  expectSeconds(stream.startTime, member(peer, "start_time"), 1e-6);
+  expectSeconds(stream.duration, member(peer, "duration"), 1e-6);
   const json tags = peer.value("tags", json::object());
   EXPECT_EQ(stream.tags.size(), tags.size());
-  for (const MediaTag& tag : stream.tags) EXPECT_EQ(tag.value, text(tags, tag.key.c_str())) << tag.key;
-  EXPECT_EQ(stream.language, text(tags, "language") == "und" ? "" : text(tags, "language"));
+  for (const MediaTag& tag : stream.tags) EXPECT_EQ(tag.value, member(tags, tag.key.c_str())) << tag.key;
+  EXPECT_EQ(stream.language, member(tags, "language") == "und" ? "" : member(tags, "language"));
 }
 
 void expectAsFfprobe(const VideoStreamDescription& video, const json& peer) {
@@ -53,19 +53,19 @@ void expectAsFfprobe(const VideoStreamDescription& video, const json& peer) {
   EXPECT_TRUE(video.isDecodable);
   EXPECT_EQ(video.width, peer["width"]);
   EXPECT_EQ(video.height, peer["height"]);
-  const std::string aspect = text(peer, "sample_aspect_ratio");
+  const std::string aspect = member(peer, "sample_aspect_ratio");
   EXPECT_EQ(video.pixelAspectRatio, aspect.empty() ? (MediaRational{1, 1}) : ratio(aspect, ':'));
   EXPECT_EQ(video.level.value_or(-99), peer.value("level", -99));
-  EXPECT_EQ(video.averageFrameRate.value_or(MediaRational{0, 0}), ratio(text(peer, "avg_frame_rate"), '/'));
+  EXPECT_EQ(video.averageFrameRate.value_or(MediaRational{0, 0}), ratio(member(peer, "avg_frame_rate"), '/'));
   if (!video.isVariable) {
-    EXPECT_NEAR(video.exactFrameRate->rawValue(), ratio(text(peer, "r_frame_rate"), '/').rawValue(), 0.005);
+    EXPECT_NEAR(video.exactFrameRate->rawValue(), ratio(member(peer, "r_frame_rate"), '/').rawValue(), 0.005);
   }
   if (peer.contains("nb_frames")) {
-    EXPECT_EQ(std::to_string(video.frameCount.value_or(-1)), text(peer, "nb_frames"));
+    EXPECT_EQ(std::to_string(video.frameCount.value_or(-1)), member(peer, "nb_frames"));
   }
   EXPECT_EQ(rawValue(video.fieldOrder), peer.value("field_order", "unknown"));
-  EXPECT_EQ(video.pixelFormat, text(peer, "pix_fmt"));
-  const std::string range = text(peer, "color_range");
+  EXPECT_EQ(video.pixelFormat, member(peer, "pix_fmt"));
+  const std::string range = member(peer, "color_range");
   EXPECT_EQ(rawValue(video.range), range == "tv" ? "limited" : range == "pc" ? "full" : "unknown");
   EXPECT_EQ(video.primaries.name, peer.value("color_primaries", "unknown"));
   EXPECT_EQ(video.transfer.name, peer.value("color_transfer", "unknown"));
@@ -74,10 +74,10 @@ void expectAsFfprobe(const VideoStreamDescription& video, const json& peer) {
 
 void expectAsFfprobe(const AudioStreamDescription& audio, const json& peer) {
   expectSharedAsFfprobe(audio, peer);
-  EXPECT_EQ(std::to_string(audio.sampleRate), text(peer, "sample_rate"));
+  EXPECT_EQ(std::to_string(audio.sampleRate), member(peer, "sample_rate"));
   EXPECT_EQ(audio.channelCount, peer["channels"]);
-  EXPECT_EQ(audio.layoutName, text(peer, "channel_layout"));
-  EXPECT_EQ(audio.sampleFormat, text(peer, "sample_fmt"));
+  EXPECT_EQ(audio.layoutName, member(peer, "channel_layout"));
+  EXPECT_EQ(audio.sampleFormat, member(peer, "sample_fmt"));
   const int bits = peer.value("bits_per_sample", 0);
   if (audio.format == SAVLpcmAudioFormatValue) {
     EXPECT_EQ(audio.bitsPerChannel, bits);
@@ -86,12 +86,12 @@ void expectAsFfprobe(const AudioStreamDescription& audio, const json& peer) {
 
 void expectAsFfprobe(const MediaDescription& description, const json& peer) {
   const json& format = peer["format"];
-  EXPECT_EQ(description.formatName, text(format, "format_name"));
-  EXPECT_EQ(std::to_string(description.size), text(format, "size"));
-  EXPECT_EQ(description.bitRate ? std::to_string(*description.bitRate) : "", text(format, "bit_rate"));
+  EXPECT_EQ(description.formatName, member(format, "format_name"));
+  EXPECT_EQ(std::to_string(description.size), member(format, "size"));
+  EXPECT_EQ(description.bitRate ? std::to_string(*description.bitRate) : "", member(format, "bit_rate"));
   // The header of a QuickTime movie, which ffprobe goes by, is rounded to milliseconds.
-  expectSeconds(description.duration, text(format, "duration"), 0.001);
-  expectSeconds(description.startTime, text(format, "start_time"), 1e-6);
+  expectSeconds(description.duration, member(format, "duration"), 0.001);
+  expectSeconds(description.startTime, member(format, "start_time"), 1e-6);
   std::size_t video = 0;
   std::size_t audio = 0;
   for (const json& stream : peer["streams"]) {
@@ -114,7 +114,7 @@ void expectAsFfprobe(const MediaDescription& description, const json& peer) {
 /// Compares a number if the peer states it.
 void expectNumber(double number, const json& peer, const char* key, double tolerance = 0) {
   if (peer.contains(key)) {
-    EXPECT_NEAR(number, std::stod(text(peer, key)), tolerance) << key;
+    EXPECT_NEAR(number, std::stod(member(peer, key)), tolerance) << key;
   }
 }
 
@@ -126,13 +126,13 @@ void expectAsMediainfo(const VideoStreamDescription& video, const json& peer) {
   if (video.frameCount && !video.isVariable) expectNumber(static_cast<double>(*video.frameCount), peer, "FrameCount");
   expectNumber(video.bitDepth.value_or(0), peer, "BitDepth");
   if (peer.contains("ChromaSubsampling")) {
-    EXPECT_EQ(rawValue(video.chroma.value()), text(peer, "ChromaSubsampling"));
+    EXPECT_EQ(rawValue(video.chroma.value()), member(peer, "ChromaSubsampling"));
   }
   if (peer.contains("ScanType") && video.fieldOrder != FieldOrder::unknown) {
-    EXPECT_EQ(isInterlaced(video.fieldOrder), text(peer, "ScanType") != "Progressive");
+    EXPECT_EQ(isInterlaced(video.fieldOrder), member(peer, "ScanType") != "Progressive");
   }
   if (peer.contains("FrameRate_Mode") && peer.contains("FrameRate")) {
-    EXPECT_EQ(video.isVariable, text(peer, "FrameRate_Mode") == "VFR");
+    EXPECT_EQ(video.isVariable, member(peer, "FrameRate_Mode") == "VFR");
   }
   if (!video.isVariable && video.exactFrameRate) {
     expectNumber(video.exactFrameRate->rawValue(), peer, "FrameRate", 0.001);
@@ -143,7 +143,7 @@ void expectAsMediainfo(const MediaDescription& description, const json& peer) {
   std::size_t video = 0;
   std::size_t audio = 0;
   for (const json& track : peer["media"]["track"]) {
-    const std::string type = text(track, "@type");
+    const std::string type = member(track, "@type");
     SCOPED_TRACE("mediainfo's " + type);
     if (type == "Video" && video < description.video.size()) {
       expectAsMediainfo(description.video[video++], track);
@@ -154,18 +154,19 @@ void expectAsMediainfo(const MediaDescription& description, const json& peer) {
       if (sound.bitsPerChannel) expectNumber(*sound.bitsPerChannel, track, "BitDepth");
     } else if (type == "Other" && track.contains("TimeCode_FirstFrame")) {
       ASSERT_TRUE(description.timecode);
-      EXPECT_EQ(description.timecode->start.timecodeString(), text(track, "TimeCode_FirstFrame"));
+      EXPECT_EQ(description.timecode->start.timecodeString(), member(track, "TimeCode_FirstFrame"));
       // Where mediainfo counts by the rounded duration of the movie, it may count one frame more.
-      const bool countsFrames = text(track, "FrameCount") == std::to_string(description.video.at(0).frameCount.value());
+      const bool countsFrames =
+          member(track, "FrameCount") == std::to_string(description.video.at(0).frameCount.value());
       if (track.contains("TimeCode_LastFrame") && countsFrames) {
-        EXPECT_EQ(description.timecode->end.value().timecodeString(), text(track, "TimeCode_LastFrame"));
+        EXPECT_EQ(description.timecode->end.value().timecodeString(), member(track, "TimeCode_LastFrame"));
       }
     }
   }
 }
 
 /// A file, and what a colourist would say of it.
-struct Row {
+struct PeerRow {
   Recipe recipe;
   std::optional<std::string_view> container;
   std::optional<std::string_view> codec;
@@ -174,107 +175,108 @@ struct Row {
   std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpace = std::nullopt;
 };
 
-const std::string both = "-map 0:v -map 1:a ";
-const std::string images = "-map 0:v ";
-const std::string sound = "-map 1:a ";
-const std::string still = "-map 0:v -frames:v 1 -update 1 ";
+const std::string mapBoth = "-map 0:v -map 1:a ";
+const std::string mapVideo = "-map 0:v ";
+const std::string mapSound = "-map 1:a ";
+const std::string mapImage = "-map 0:v -frames:v 1 -update 1 ";
 
 std::string tagged(const char* primaries, const char* transfer, const char* matrix, const char* format) {
   return std::string("-vf setparams=color_primaries=") + primaries + ":color_trc=" + transfer +
          ":colorspace=" + matrix + ",format=" + format + " ";
 }
 
-const std::vector<Row>& rows() {
+const std::vector<PeerRow>& peerRows() {
   constexpr auto qt = SLVMediaFileContainerQuickTimeMovie;
   constexpr auto mp4 = SLVMediaFileContainerMP4;
   constexpr auto mxf = SLVMediaFileContainerMXF;
-  static const std::vector<Row> list{
-      {{"hq.mov", both + tagged("bt709", "bt709", "bt709", "yuv422p10le") +
+  static const std::vector<PeerRow> list{
+      {{"hq.mov", mapBoth + tagged("bt709", "bt709", "bt709", "yuv422p10le") +
                       "-r 30000/1001 -c:v prores_ks -profile:v 3 -timecode 01:00:58;28 -c:a pcm_s24le"},
        qt,
        SLVVideoCodecProRes422,
        SAVProRes422HQ,
        SAVLpcmAudioFormatValue,
        SAVRec709ColorSpace},
-      {{"proxy.mov", images + "-r 25 -c:v prores_aw -profile:v 0 -pix_fmt yuv422p10le -timecode 23:59:58:22"},
+      {{"proxy.mov", mapVideo + "-r 25 -c:v prores_aw -profile:v 0 -pix_fmt yuv422p10le -timecode 23:59:58:22"},
        qt,
        SLVVideoCodecProRes422,
        SAVProRes422Proxy,
        {}},
-      {{"alpha.mov", images + tagged("bt2020", "bt2020-10", "bt2020nc", "yuva444p10le") +
+      {{"alpha.mov", mapVideo + tagged("bt2020", "bt2020-10", "bt2020nc", "yuva444p10le") +
                          "-r 60000/1001 -c:v prores_ks -profile:v 4 -timecode 00:09:59;58"},
        qt,
        SLVVideoCodecProRes4444,
        SAVProRes4444,
        {},
        SAVRec2020ColorSpace},
-      {{"xq.mov", images + tagged("smpte170m", "bt709", "smpte170m", "yuv444p10le") +
+      {{"xq.mov", mapVideo + tagged("smpte170m", "bt709", "smpte170m", "yuv444p10le") +
                       "-r 50 -c:v prores_ks -profile:v 5 -timecode 10:00:00:00"},
        qt,
        SLVVideoCodecProRes4444,
        SAVProRes4444XQ,
        {},
        SAVSmptecColorSpace},
-      {{"wide.mp4", both + "-vf setsar=64/45 -r 24000/1001 -c:v libx264 -pix_fmt yuv420p -c:a aac -metadata:s:a "
-                           "language=deu"},
+      {{"wide.mp4", mapBoth + "-vf setsar=64/45 -r 24000/1001 -c:v libx264 -pix_fmt yuv420p -c:a aac -metadata:s:a "
+                              "language=deu"},
        mp4,
        SLVVideoCodecH264,
        SAVAvcH264Codec,
        SAVAacAudioFormatValue},
-      {{"deep.mov", images + tagged("bt470bg", "bt709", "bt470bg", "yuv420p10le") +
+      {{"deep.mov", mapVideo + tagged("bt470bg", "bt709", "bt470bg", "yuv420p10le") +
                         "-r 24 -c:v libx265 -x265-params log-level=none -tag:v hvc1"},
        qt,
        SLVVideoCodecH265,
        SAVHevcCodec,
        {},
        SAVEbu3213ColorSpace},
-      {{"vfr.mp4", images + "-vf select='lt(n,6)+not(mod(n,3))' -vsync vfr -bf 0 -c:v libx264 -pix_fmt yuv420p"},
+      {{"vfr.mp4", mapVideo + "-vf select='lt(n,6)+not(mod(n,3))' -vsync vfr -bf 0 -c:v libx264 -pix_fmt yuv420p"},
        mp4,
        SLVVideoCodecH264,
        SAVAvcH264Codec,
        {}},
-      {{"fields.mxf", both + "-r 25 -c:v mpeg2video -pix_fmt yuv422p -flags +ildct+ilme -top 1 -timecode 10:00:00:00 "
-                             "-c:a pcm_s16le"},
+      {{"fields.mxf", mapBoth +
+                          "-r 25 -c:v mpeg2video -pix_fmt yuv422p -flags +ildct+ilme -top 1 -timecode 10:00:00:00 "
+                          "-c:a pcm_s16le"},
        mxf,
        SLVVideoCodecMpeg2,
        {},
        SAVLpcmAudioFormatValue},
-      {{"hd.mxf", images + "-vf scale=1280x720,format=yuv422p -r 50 -frames:v 2 -c:v dnxhd -b:v 120M"},
+      {{"hd.mxf", mapVideo + "-vf scale=1280x720,format=yuv422p -r 50 -frames:v 2 -c:v dnxhd -b:v 120M"},
        mxf,
        SLVVideoCodecAvidDNxHD,
        SAVDnxhdCodec,
        {}},
-      {{"hr.mov", images + "-vf scale=256x120,format=yuv422p10 -r 24 -frames:v 2 -c:v dnxhd -profile:v dnxhr_hqx"},
+      {{"hr.mov", mapVideo + "-vf scale=256x120,format=yuv422p10 -r 24 -frames:v 2 -c:v dnxhd -profile:v dnxhr_hqx"},
        qt,
        SLVVideoCodecAvidDNxHR,
        SAVDnxhdCodec,
        {}},
-      {{"card.avi", both + "-r 12.5 -c:v mjpeg -pix_fmt yuvj422p -c:a pcm_s16le"},
+      {{"card.avi", mapBoth + "-r 12.5 -c:v mjpeg -pix_fmt yuvj422p -c:a pcm_s16le"},
        SLVMediaFileContainerAVI,
        SLVVideoCodecJPEG,
        SAVMotionJpegCodec,
        SAVLpcmAudioFormatValue},
-      {{"old.mov", images + "-r 15 -c:v mpeg4"}, qt, SLVVideoCodecMpeg4, SAVMpeg4Codec, {}},
-      {{"form.mov", images + "-frames:v 2 -c:v cfhd -pix_fmt yuv422p10"}, qt, SLVVideoCodecCineform, {}, {}},
-      {{"web.mkv", both + "-r 30 -c:v ffv1 -pix_fmt gray10 -c:a flac"}, {}, {}, {}, {}},
-      {{"air.ts", both + "-r 25 -c:v libx264 -pix_fmt yuv420p -flags +ildct+ilme -c:a ac3"},
+      {{"old.mov", mapVideo + "-r 15 -c:v mpeg4"}, qt, SLVVideoCodecMpeg4, SAVMpeg4Codec, {}},
+      {{"form.mov", mapVideo + "-frames:v 2 -c:v cfhd -pix_fmt yuv422p10"}, qt, SLVVideoCodecCineform, {}, {}},
+      {{"web.mkv", mapBoth + "-r 30 -c:v ffv1 -pix_fmt gray10 -c:a flac"}, {}, {}, {}, {}},
+      {{"air.ts", mapBoth + "-r 25 -c:v libx264 -pix_fmt yuv420p -flags +ildct+ilme -c:a ac3"},
        {},
        SLVVideoCodecH264,
        SAVAvcH264Codec,
        {}},
-      {{"sound.m4a", sound + "-c:a alac -sample_fmt s32p"}, mp4, {}, {}, SAVAppleLosslessAudioFormatValue},
-      {{"float.wav", sound + "-c:a pcm_f32le -ac 2"}, {}, {}, {}, SAVLpcmAudioFormatValue},
-      {{"ima.mov", sound + "-c:a adpcm_ima_qt"}, qt, {}, {}, SAVAppleIMA41ADPCMAudioFormatValue},
-      {{"big.aif", sound + "-c:a pcm_s24be -ar 96000"}, {}, {}, {}, SAVLpcmAudioFormatValue},
+      {{"sound.m4a", mapSound + "-c:a alac -sample_fmt s32p"}, mp4, {}, {}, SAVAppleLosslessAudioFormatValue},
+      {{"float.wav", mapSound + "-c:a pcm_f32le -ac 2"}, {}, {}, {}, SAVLpcmAudioFormatValue},
+      {{"ima.mov", mapSound + "-c:a adpcm_ima_qt"}, qt, {}, {}, SAVAppleIMA41ADPCMAudioFormatValue},
+      {{"big.aif", mapSound + "-c:a pcm_s24be -ar 96000"}, {}, {}, {}, SAVLpcmAudioFormatValue},
   };
   return list;
 }
 
 TEST_F(DescriptionTest, AgreesWithFfprobeAndMediainfo) {
   std::vector<Recipe> recipes;
-  for (const Row& row : rows()) recipes.push_back(row.recipe);
+  for (const PeerRow& row : peerRows()) recipes.push_back(row.recipe);
   ASSERT_NO_FATAL_FAILURE(make(recipes));
-  for (const Row& row : rows()) {
+  for (const PeerRow& row : peerRows()) {
     SCOPED_TRACE(row.recipe.name);
     const std::string file = path(row.recipe.name);
     const MediaDescription description = described(row.recipe.name);
@@ -326,9 +328,9 @@ TEST_F(DescriptionTest, GivesExactRatesAndDurations) {
   std::vector<Recipe> recipes;
   for (std::size_t place = 0; place < rates.size(); ++place) {
     for (const char* const extension : {".mov", ".avi"}) {
-      recipes.push_back({std::to_string(place) + extension, images + "-r " + rates[place].option + " -c:v mjpeg"});
+      recipes.push_back({std::to_string(place) + extension, mapVideo + "-r " + rates[place].option + " -c:v mjpeg"});
     }
-    recipes.push_back({std::to_string(place) + ".mkv", images + "-r " + rates[place].option + " -c:v mjpeg"});
+    recipes.push_back({std::to_string(place) + ".mkv", mapVideo + "-r " + rates[place].option + " -c:v mjpeg"});
   }
   ASSERT_NO_FATAL_FAILURE(make(recipes));
   for (const Recipe& recipe : recipes) {
@@ -349,8 +351,8 @@ TEST_F(DescriptionTest, GivesExactRatesAndDurations) {
 }
 
 TEST_F(DescriptionTest, GivesNoRateWhereTheFramesHaveNone) {
-  ASSERT_NO_FATAL_FAILURE(make({{"loose.mp4", images + "-vf settb=1/1000,setpts=PTS+random(0)*9 -vsync vfr "
-                                                       "-enc_time_base 1/1000 -c:v mpeg4"}}));
+  ASSERT_NO_FATAL_FAILURE(make({{"loose.mp4", mapVideo + "-vf settb=1/1000,setpts=PTS+random(0)*9 -vsync vfr "
+                                                         "-enc_time_base 1/1000 -c:v mpeg4"}}));
   ASSERT_EQ(run({"ffmpeg", "-v", "quiet", "-i", path("loose.mp4"), "-c", "copy", path("loose.nut")}).status, 0);
   EXPECT_TRUE(described("loose.mp4").video.at(0).isVariable);
   const VideoStreamDescription loose = described("loose.nut").video.at(0);
@@ -360,7 +362,7 @@ TEST_F(DescriptionTest, GivesNoRateWhereTheFramesHaveNone) {
 
 TEST_F(DescriptionTest, DoesNotTakeACoverForVideo) {
   ASSERT_NO_FATAL_FAILURE(
-      make({{"album.flac", sound + "-map 0:v -frames:v 1 -c:v mjpeg -disposition:v attached_pic -c:a flac"}}));
+      make({{"album.flac", mapSound + "-map 0:v -frames:v 1 -c:v mjpeg -disposition:v attached_pic -c:a flac"}}));
   const MediaDescription album = described("album.flac");
   ASSERT_EQ(album.video.size(), 1U);
   EXPECT_TRUE(album.video.front().isAttachedPicture);
@@ -370,7 +372,7 @@ TEST_F(DescriptionTest, DoesNotTakeACoverForVideo) {
 }
 
 TEST_F(DescriptionTest, TurnsTheDisplaySizeAsTheMatrixOfTheTrackSays) {
-  ASSERT_NO_FATAL_FAILURE(make({{"plain.mov", images + "-frames:v 1 -c:v mjpeg -vf setsar=2/1"}}));
+  ASSERT_NO_FATAL_FAILURE(make({{"plain.mov", mapVideo + "-frames:v 1 -c:v mjpeg -vf setsar=2/1"}}));
   const std::string plain = content("plain.mov");
   // The matrix lies 40 bytes into the content of the track header (QuickTime File Format).
   const std::size_t matrix = plain.find("tkhd") + 4 + 40;
@@ -420,7 +422,7 @@ TEST_F(DescriptionTest, ListsEveryTrackWithItsLayout) {
       {"octagonal", SAVOctagonalAudioLayout, {}, {1, 2, 3, 5, 6, 9, 10, 11}},
       {"7.1", {}, {}, {1, 2, 3, 4, 5, 6, 10, 11}},
   };
-  std::string options = images + "-frames:v 3 -c:v mjpeg -c:a pcm_s16le";
+  std::string options = mapVideo + "-frames:v 3 -c:v mjpeg -c:a pcm_s16le";
   for (std::size_t track = 0; track < layouts.size(); ++track) {
     options += " -map 1:a -filter:a:" + std::to_string(track) + " aformat=channel_layouts=" + layouts[track].name;
   }
@@ -442,12 +444,12 @@ TEST_F(DescriptionTest, ListsEveryTrackWithItsLayout) {
 
 TEST_F(DescriptionTest, KeepsWhatTheCameraWrote) {
   ASSERT_NO_FATAL_FAILURE(
-      make({{"camera.mov", images + "-frames:v 2 -c:v mjpeg -movflags use_metadata_tags "
-                                    "-metadata com.apple.quicktime.make=Blackmagic_Design -metadata "
-                                    "com.apple.quicktime.model=URSA -metadata "
-                                    "com.apple.quicktime.creationdate=2026-11-21T18:02:11+0100 -metadata "
-                                    "creation_time=2026-11-21T17:02:11Z"},
-            {"phone.mp4", images + "-frames:v 2 -c:v mpeg4 -metadata creation_time=2026-11-21T17:02:11Z"}}));
+      make({{"camera.mov", mapVideo + "-frames:v 2 -c:v mjpeg -movflags use_metadata_tags "
+                                      "-metadata com.apple.quicktime.make=Blackmagic_Design -metadata "
+                                      "com.apple.quicktime.model=URSA -metadata "
+                                      "com.apple.quicktime.creationdate=2026-11-21T18:02:11+0100 -metadata "
+                                      "creation_time=2026-11-21T17:02:11Z"},
+            {"phone.mp4", mapVideo + "-frames:v 2 -c:v mpeg4 -metadata creation_time=2026-11-21T17:02:11Z"}}));
   const MediaDescription camera = described("camera.mov");
   EXPECT_EQ(camera.maker, "Blackmagic_Design");
   EXPECT_EQ(camera.corporation, MediaCorporation::blackmagic);
@@ -465,8 +467,8 @@ TEST_F(DescriptionTest, KeepsWhatTheCameraWrote) {
 TEST_F(DescriptionTest, DescribesSingleImagesWithoutARate) {
   const std::vector<std::string> names{"a.png", "a.jpg", "a.dpx", "a.tif", "a.bmp", "a.exr"};
   std::vector<Recipe> recipes;
-  for (const std::string& name : names) recipes.push_back({name, still});
-  recipes.push_back({"a.mjpeg", images + "-c:v mjpeg"});
+  for (const std::string& name : names) recipes.push_back({name, mapImage});
+  recipes.push_back({"a.mjpeg", mapVideo + "-c:v mjpeg"});
   ASSERT_NO_FATAL_FAILURE(make(recipes));
   for (const std::string& name : names) {
     SCOPED_TRACE(name);

@@ -72,7 +72,7 @@ TEST_F(HostileMediaTest, SaysWhatIsWrongWithAnItemThatIsNotMedia) {
   for (const char* const name : {"zeros.mov", "text.mov", "text.mp3", "text.txt", "sub.srt"}) {
     EXPECT_EQ(errorOf(name), unknownFormat) << name;
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
 
   const auto device = describeMedia(Url::fromFilePath("/dev/zero"));
   ASSERT_FALSE(device);
