@@ -7,7 +7,7 @@
 ///     if (!plan) return report(plan.error());  // every error at once
 ///     plan->video->encoder->name;              // "libx264"
 ///
-/// transcode_plan_text.h describes a plan to a person, transcode_plan_json.h encodes it for machines.
+/// transcode_plan_text.h describes a plan to a person, serialization/transcode_plan_json.h encodes it for machines.
 #pragma once
 
 #include <chrono>

@@ -13,10 +13,6 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-constexpr auto stepNames = std::to_array<std::string_view>({"deinterlace", "rate", "rotate", "scale", "crop", "pad",
-                                                            "color", "format", "lut", "timecode", "text", "watermark"});
-static_assert(stepNames.size() == std::variant_size_v<VideoStep>);
-
 /// Sections of rows, each of a name and a text.
 class Sections {
  public:
@@ -245,22 +241,6 @@ void addOutput(Sections& sections, const TranscodePlan& plan) {
 }
 
 }  // namespace
-
-std::string_view nameOf(const VideoStep& step) noexcept { return stepNames[step.index()]; }
-
-std::string nameOf(const ColorSpaceCodes& color) {
-  constexpr int rgbMatrix = 0;
-  for (const ColorSpaceRow& row : colorSpaceRows) {
-    if (row.codes == color) return row.value.string();
-  }
-  for (const ColorSpaceRow& row : colorSpaceRows) {
-    if (color.matrix == rgbMatrix && row.codes.primaries == color.primaries && row.codes.transfer == color.transfer) {
-      return row.value.string() + " as R'G'B'";
-    }
-  }
-  if (const auto space = colorSpaceOf(color)) return space->string();
-  return std::to_string(color.primaries) + "-" + std::to_string(color.transfer) + "-" + std::to_string(color.matrix);
-}
 
 std::string describe(const TranscodePlan& plan) {
   Sections sections;

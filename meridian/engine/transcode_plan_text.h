@@ -11,8 +11,10 @@
 ///     //   ...
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
+#include <variant>
 
 #include "meridian/engine/transcode_plan.h"
 #include "meridian/export.h"
@@ -23,10 +25,34 @@ namespace meridian::inline v0_2 {
 /// terminal.
 [[nodiscard]] MERIDIAN_API std::string describe(const TranscodePlan& plan);
 
+namespace detail {
+
+/// The names of the steps, in the order of the alternatives of VideoStep.
+inline constexpr auto stepNames =
+    std::to_array<std::string_view>({"deinterlace", "rate", "rotate", "scale", "crop", "pad", "color", "format", "lut",
+                                     "timecode", "text", "watermark"});
+static_assert(stepNames.size() == std::variant_size_v<VideoStep>);
+
+}  // namespace detail
+
 /// Returns the name of a step, for texts and JSON: "scale", "lut".
-[[nodiscard]] MERIDIAN_API std::string_view nameOf(const VideoStep& step) noexcept;
+[[nodiscard]] constexpr std::string_view nameOf(const VideoStep& step) noexcept {
+  return detail::stepNames[step.index()];
+}
 
 /// Returns the name of a colour space: "rec_709", "rec_709 as R'G'B'", or the three code points "9-16-9".
-[[nodiscard]] MERIDIAN_API std::string nameOf(const ColorSpaceCodes& color);
+[[nodiscard]] inline std::string nameOf(const ColorSpaceCodes& color) {
+  constexpr int rgbMatrix = 0;
+  for (const ColorSpaceRow& row : colorSpaceRows) {
+    if (row.codes == color) return row.value.string();
+  }
+  for (const ColorSpaceRow& row : colorSpaceRows) {
+    if (color.matrix == rgbMatrix && row.codes.primaries == color.primaries && row.codes.transfer == color.transfer) {
+      return row.value.string() + " as R'G'B'";
+    }
+  }
+  if (const auto space = colorSpaceOf(color)) return space->string();
+  return std::to_string(color.primaries) + "-" + std::to_string(color.transfer) + "-" + std::to_string(color.matrix);
+}
 
 }  // namespace meridian::inline v0_2

@@ -6,10 +6,10 @@
 
 #include "meridian/base/joined.h"
 #include "meridian/cli/transcode_properties.h"
-#include "meridian/engine/transcode_plan_json.h"
 #include "meridian/engine/transcode_plan_text.h"
 #include "meridian/engine/video_encoders.h"
 #include "meridian/media/frame_number.h"
+#include "meridian/serialization/transcode_plan_json.h"
 #include "tests/engine/planned_words.h"
 
 namespace meridian {

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "meridian/engine/transcode_listing.h"
-#include "meridian/engine/transcode_plan_json.h"
+#include "meridian/serialization/transcode_plan_json.h"
 #include "tests/engine/planned_words.h"
 
 namespace meridian {
