@@ -12,6 +12,7 @@
 #include "meridian/cli/nearest_text.h"
 #include "meridian/cli/transcode_argument_reading.h"
 #include "meridian/cli/transcode_detail_values.h"
+#include "meridian/media/frame_rate.h"
 #include "meridian/media/video_frame_rate.h"
 
 namespace meridian::inline v0_2 {
@@ -100,12 +101,22 @@ std::optional<TranscodeWarningCode> flagWarning(const ExplainedSetting& setting,
 
 /// Returns the typed value for people; empty where it would say no more than the text does.
 std::string meaningOf(const TranscodeProperty& property, const PropertyValue& value, std::string_view text) {
+  // A rate or size of conversion settings may be relative to the source's.
   if (const auto* const size = std::get_if<Size>(&value)) {
+    if (*size == Size{0, 0}) return "as the source";
+    if (size->width == size->height && size->width > 0 && size->width <= 1) {
+      return plainDecimalText(size->width) + " times the source's size";
+    }
     return plainDecimalText(size->width) + " x " + plainDecimalText(size->height);
   }
   if (const auto* const color = std::get_if<RgbColor>(&value)) {
     return "red " + std::to_string(color->red) + ", green " + std::to_string(color->green) + ", blue " +
            std::to_string(color->blue);
+  }
+  if (property.flag == SAVVideoFrameRateFlag.rawValue()) {
+    const double number = doubleFromText(text).value_or(0);
+    if (number == FrameRate::match.rawValue()) return "as the source";
+    if (number == FrameRate::halfstep.rawValue()) return "half the source's rate";
   }
   if (property.kind == PropertyKind::frameRate) return describeFrameRate(doubleFromText(text).value_or(0));
   if (property.kind == PropertyKind::cropAnchor || property.kind == PropertyKind::overlayAnchor) {
