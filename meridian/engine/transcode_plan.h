@@ -81,7 +81,8 @@ struct TranscodeSurroundings {
   OutputState output;
   /// Why the LUT of "-clut" cannot be used, as a clause: "is not a LUT file". Absent if it can.
   std::optional<std::string> lutError;
-  /// The image of "-wmf_path", or why it cannot be read, as a clause. Absent if nobody has looked.
+  /// The image of "-wmf_path", or why it cannot be read, as a clause. Absent if the image was not
+  /// looked at.
   std::optional<Expected<FoundWatermark, std::string>> watermark;
   /// A font for burnt-in text was found.
   bool hasFont = true;
@@ -208,7 +209,8 @@ struct TextBurnStep {
 struct WatermarkStep {
   std::string path;
   SAVTranscodeArgumentOverlayAnchorValue anchor = SAVAnchorBottomRight;
-  /// The size in pixels of the output; 0 x 0 if nobody has looked, which is the image's own size times the scale.
+  /// The size in pixels of the output; 0 x 0 if the image was not looked at: its own size times
+  /// the scale.
   ImageSize size;
   double scale = 1;
   int margin = 0;

@@ -182,7 +182,6 @@ TEST(PlanVideo, ChoosesEncoderAndOptions) {
   };
   for (const auto& [words, name, options, format] : cases) {
     SCOPED_TRACE(words);
-    // Without the options of the video, these words are about what audio can be copied.
     const TranscodePlan plan = successful(planned(words));
     ASSERT_TRUE(plan.video && plan.video->encoder);
     const PlannedVideoEncoder& encoder = *plan.video->encoder;

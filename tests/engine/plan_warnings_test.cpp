@@ -158,7 +158,6 @@ TEST(PlanWarnings, AreNotGivenForSettingsThatCount) {
   found.openDevices = {"vaapi"};
   for (const std::string& words : vectors) {
     SCOPED_TRACE(words);
-    // The values are those of an existing file where "-overwrite" says so.
     found.output.exists = words.find("-overwrite") != std::string::npos;
     const TranscodePlan plan = successful(planned(words, {clip}, found));
     std::set<std::string, std::less<>> ineffective;
