@@ -22,6 +22,7 @@
 #include "meridian/base/enumeration.h"
 #include "meridian/cli/transcode_values.h"
 #include "meridian/engine/media_error.h"
+#include "meridian/export.h"
 #include "meridian/media/media_corporation.h"
 #include "meridian/media/rational.h"
 #include "meridian/media/timecode_components.h"
@@ -178,7 +179,8 @@ struct VideoStreamDescription : StreamDescription {
   std::optional<MediaRational> exactFrameRate;
   /// Frames by duration, as the file states both.
   std::optional<MediaRational> averageFrameRate;
-  /// True if the frames are not equally long.
+  /// True if the frames are not equally long. Only QuickTime and MP4 list each frame; elsewhere it shows in rates that
+  /// differ, and a file that states one rate is believed.
   bool isVariable = false;
   /// The number of frames as the container states it; absent where it would be an estimate.
   std::optional<std::int64_t> frameCount;

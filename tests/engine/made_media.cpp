@@ -1,5 +1,7 @@
 #include "tests/engine/made_media.h"
 
+#include <unistd.h>
+
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -11,7 +13,7 @@ namespace meridian::test {
 bool isInstalled(const std::string& program) {
   std::istringstream folders(std::getenv("PATH"));
   for (std::string folder; std::getline(folders, folder, ':');) {
-    if (std::filesystem::exists(std::filesystem::path(folder) / program)) return true;
+    if (access((std::filesystem::path(folder) / program).c_str(), X_OK) == 0) return true;
   }
   return false;
 }
