@@ -6,7 +6,6 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/buffer.h>
-#include <libavutil/dict.h>
 #include <libavutil/mem.h>
 }
 
@@ -23,7 +22,6 @@ struct FreesByPointer {
   }
 };
 
-using PacketPointer = std::unique_ptr<AVPacket, FreesByPointer<av_packet_free>>;
 using BufferPointer = std::unique_ptr<AVBufferRef, FreesByPointer<av_buffer_unref>>;
 using InputPointer = std::unique_ptr<AVFormatContext, FreesByPointer<avformat_close_input>>;
 
@@ -36,22 +34,5 @@ struct FreesIoContext {
   }
 };
 using IoContextPointer = std::unique_ptr<AVIOContext, FreesIoContext>;
-
-/// Owns a dictionary of options.
-class Dictionary {
- public:
-  Dictionary() = default;
-  Dictionary(const Dictionary&) = delete;
-  Dictionary& operator=(const Dictionary&) = delete;
-  Dictionary(Dictionary&&) = delete;
-  Dictionary& operator=(Dictionary&&) = delete;
-  ~Dictionary() { av_dict_free(&entries_); }
-
-  void set(const char* key, const char* value) noexcept { av_dict_set(&entries_, key, value, 0); }
-  [[nodiscard]] AVDictionary** get() noexcept { return &entries_; }
-
- private:
-  AVDictionary* entries_ = nullptr;
-};
 
 }  // namespace meridian::inline v0_2::libav
