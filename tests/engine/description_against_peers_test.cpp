@@ -15,7 +15,6 @@ namespace meridian::test {
 namespace {
 
 using nlohmann::json;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 class DescriptionTest : public MadeMedia {};

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 #include "tests/engine/made_media.h"
@@ -14,8 +15,6 @@
 namespace meridian::test {
 namespace {
 
-using testing::AllOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -33,7 +32,10 @@ class HostileMediaTest : public MadeMedia {
 /// Catches what the process writes to standard error, at the level of the system.
 class CaughtErrors {
  public:
-  CaughtErrors() : saved_(dup(STDERR_FILENO)), file_(std::tmpfile()) { dup2(fileno(file_), STDERR_FILENO); }
+  CaughtErrors() : saved_(dup(STDERR_FILENO)), file_(std::tmpfile()) {
+    if (file_ == nullptr) throw std::runtime_error("no temporary file");
+    dup2(fileno(file_), STDERR_FILENO);
+  }
   ~CaughtErrors() {
     dup2(saved_, STDERR_FILENO);
     close(saved_);

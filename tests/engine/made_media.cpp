@@ -11,7 +11,9 @@
 namespace meridian::test {
 
 bool isInstalled(const std::string& program) {
-  std::istringstream folders(std::getenv("PATH"));
+  const char* const searched = std::getenv("PATH");
+  if (searched == nullptr) return false;
+  std::istringstream folders(searched);
   for (std::string folder; std::getline(folders, folder, ':');) {
     if (access((std::filesystem::path(folder) / program).c_str(), X_OK) == 0) return true;
   }
