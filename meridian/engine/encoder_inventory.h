@@ -113,7 +113,7 @@ struct EncoderInventory {
 [[nodiscard]] MERIDIAN_API const EncoderInventory& encoderInventory();
 
 /// Tries to open a device of this kind, such as "vaapi", and closes it again. False for a kind that this FFmpeg was
-/// built without.
+/// built without. Thread-safe as far as the device's driver is.
 [[nodiscard]] MERIDIAN_API bool deviceOpens(const std::string& kind);
 
 }  // namespace meridian::inline v0_2

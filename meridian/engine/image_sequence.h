@@ -1,5 +1,5 @@
 /// \file
-/// Finds the numbered images of a folder. For example:
+/// Finds the numbered images of a directory. For example:
 ///
 ///     const auto frames = imageSequence("/card/A001");  // A001.0001.dpx, A001.0002.dpx ...
 ///     frames->paths.front();                            // "/card/A001/A001.0001.dpx"
@@ -10,12 +10,13 @@
 #include <vector>
 
 #include "meridian/base/expected.h"
+#include "meridian/engine/describe_media.h"
 #include "meridian/engine/media_error.h"
 #include "meridian/export.h"
 
 namespace meridian::inline v0_2 {
 
-/// The images of a folder in the order of their numbers.
+/// The images of a directory in the order of their numbers.
 struct ImageSequence {
   std::vector<std::string> paths;
   /// Bytes of all of them.
@@ -24,13 +25,17 @@ struct ImageSequence {
   std::int64_t lastNumber = 0;
   /// How many numbers between the first and the last have no image.
   std::int64_t missingCount = 0;
+  /// How many images have the number of another one, such as "A.1.dpx" and "A.01.dpx".
+  std::int64_t repeatedCount = 0;
 
   friend bool operator==(const ImageSequence&, const ImageSequence&) = default;
 };
 
-/// Returns the images of the folder whose names end in a number before the extension, such as "A001.0001.dpx". Hidden
-/// files, files of other kinds, images without a number and folders within are passed over. An error if no image is
-/// left, or if images are left whose names differ in more than the number.
-[[nodiscard]] MERIDIAN_API Expected<ImageSequence, MediaError> imageSequence(const std::string& folder);
+/// Returns the images of the directory whose names end in a number before the extension, such as "A001.0001.dpx".
+/// Hidden files, files of other kinds, images without a number and directories within are passed over. An error if no
+/// image is left, if images are left whose names differ in more than the number and the case of the extension, or if
+/// the directory needs more time or has more entries than the limits allow.
+[[nodiscard]] MERIDIAN_API Expected<ImageSequence, MediaError> imageSequence(const std::string& directory,
+                                                                             const DescriptionLimits& limits = {});
 
 }  // namespace meridian::inline v0_2

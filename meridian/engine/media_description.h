@@ -7,7 +7,7 @@
 ///     clip.timecode->start                // 01:00:58;28
 ///
 /// An absent value is one that the file does not state and that cannot be derived from what it states; nothing is
-/// guessed. Texts of the vocabulary (`container`, `codec`) are constants of media_names.h and stay valid for ever; all
+/// guessed. Texts of the vocabulary (`container`, `codec`) are constants of media_names.h and remain valid; all
 /// other texts are the file's own, unchecked: make them safe with `printable()` before they reach a terminal.
 #pragma once
 
@@ -125,6 +125,17 @@ struct ColorCode {
   friend bool operator==(const ColorCode&, const ColorCode&) = default;
 };
 
+/// Where the colour tags of a stream are written.
+enum class ColorTagSource : std::uint8_t { container, codec };
+
+template <>
+struct EnumerationTable<ColorTagSource> {
+  static constexpr auto rows = std::to_array<EnumerationRow<ColorTagSource>>({
+      {ColorTagSource::container, "container"},
+      {ColorTagSource::codec, "codec"},
+  });
+};
+
 /// What every stream of sound or images states.
 struct StreamDescription {
   /// The place among all streams of the file, from 0.
@@ -182,13 +193,14 @@ struct VideoStreamDescription : StreamDescription {
   /// True if the frames are not equally long. Only QuickTime and MP4 list each frame; elsewhere it shows in rates that
   /// differ, and a file that states one rate is believed.
   bool isVariable = false;
-  /// The number of frames as the container states it; absent where it would be an estimate.
+  /// The number of frames as the container states it, without those that an edit list of QuickTime or MP4 hides;
+  /// absent where it would be an estimate.
   std::optional<std::int64_t> frameCount;
 
   FieldOrder fieldOrder = FieldOrder::unknown;
   /// FFmpeg's name of the format of decoded frames: "yuv422p10le"; empty if it is unknown.
   std::string pixelFormat;
-  /// Bits of a sample.
+  /// Bits of a sample of colour, of the deepest where they differ.
   std::optional<int> bitDepth;
   std::optional<ChromaSubsampling> chroma;
   bool hasAlpha = false;
@@ -196,9 +208,11 @@ struct VideoStreamDescription : StreamDescription {
   ColorCode primaries;
   ColorCode transfer;
   ColorCode matrix;
+  /// The container if it states all three codes as they are here; absent if none is specified.
+  std::optional<ColorTagSource> colorSource;
   /// The value of "-c_space" with these primaries, transfer and matrix.
   std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpace;
-  /// True for a picture that goes along, such as the cover of an album; there is no video in it.
+  /// True for an attached image, such as cover art; the stream has no video.
   bool isAttachedPicture = false;
 
   /// Returns the output-size choice that equals the stored size: `VideoDimension::tenEightyP`, else a custom one.
@@ -269,7 +283,8 @@ struct OtherStreamDescription : StreamDescription {
   friend bool operator==(const OtherStreamDescription&, const OtherStreamDescription&) = default;
 };
 
-/// Where a file's timecode was found.
+/// Where a file's timecode was found. Timecode in the headers of images, such as DPX, and within the coded video is not
+/// read.
 enum class MediaTimecodeSource : std::uint8_t {
   /// A QuickTime timecode track.
   tmcd,
@@ -312,20 +327,23 @@ struct MediaFileIdentity {
   friend bool operator==(const MediaFileIdentity&, const MediaFileIdentity&) = default;
 };
 
-/// What is in a media file, or in a folder of numbered images.
+/// What is in a media file, or in a directory of numbered images.
 struct MediaDescription {
   /// The path as given.
   std::string path;
   MediaFileIdentity identity;
-  /// Bytes; of a folder, of all its images.
+  /// Bytes; of a directory, of all its images.
   std::uint64_t size = 0;
   std::chrono::sys_seconds modificationTime{};
 
   /// The container in the vocabulary of media: `SLVMediaFileContainerMXF`.
   std::optional<std::string_view> container;
+  /// The recording format of the card in the vocabulary of media, by where the file lies on it:
+  /// `SLVMediaRecordingFormatP2` for a .mxf in CONTENTS/VIDEO; absent if the path tells none.
+  std::optional<std::string_view> recordingFormat;
   /// FFmpeg's name of the format: "mov,mp4,m4a,3gp,3g2,mj2".
   std::string formatName;
-  /// Seconds, in lowest terms.
+  /// Seconds, in lowest terms. The duration is absent if it had to be guessed from the size, as of a raw AAC stream.
   std::optional<MediaRational> startTime;
   std::optional<MediaRational> duration;
   /// Bits per second of the whole file.
@@ -338,12 +356,13 @@ struct MediaDescription {
 
   /// Absent if the file has none.
   std::optional<TimecodeDescription> timecode;
-  /// The reel's name of the timecode track; empty if there is none.
+  /// The reel's name as the first of these states it: the timecode track or another track that is neither images nor
+  /// sound, the images, the sound, the file; empty if none does.
   std::string reelName;
   /// The maker and the model as written; empty if the file does not state them.
   std::string maker;
   std::string model;
-  /// The maker among those that the suite knows.
+  /// The maker among those that the suite knows, by `maker` or by a format that only one maker writes.
   std::optional<MediaCorporation> corporation;
   /// The date of creation as written: the camera's own with its zone, else the container's; empty if there is none.
   std::string creationDate;

@@ -42,7 +42,7 @@ struct EnumerationTable<MediaErrorCode> {
        "check that it is a media file"},
       {MediaErrorCode::damaged, "damaged", "is damaged or incomplete", "copy it again from the card"},
       {MediaErrorCode::noStreams, "noStreams", "has neither video nor audio", "check that it is a media file"},
-      {MediaErrorCode::limitReached, "limitReached", "takes too much reading or time to describe",
+      {MediaErrorCode::limitReached, "limitReached", "needs too many reads or too much time to describe",
        "check that it is not damaged and that its volume is not too slow"},
       {MediaErrorCode::noImageSequence, "noImageSequence", "is a folder without numbered images",
        "name a media file, or a folder whose files are images with numbers in their names"},
@@ -61,6 +61,7 @@ enum class MediaWarningCode : std::uint8_t {
   dropFrameAtOtherRate,
   timecodeNotRead,
   missingImages,
+  repeatedImages,
 };
 
 template <>
@@ -75,10 +76,13 @@ struct EnumerationTable<MediaWarningCode> {
        "ignore it or set one"},
       {MediaWarningCode::missingImages, "missingImages", "lacks images within its numbers",
        "copy the folder again from the card"},
+      {MediaWarningCode::repeatedImages, "repeatedImages", "has several images of one number",
+       "remove those that do not belong to it"},
   });
 };
 
-/// Names the path in `place`. `detail` gives the bytes or numbers that are missing, or the timecode as written.
+/// Names the path in `place`. `detail` gives the bytes or numbers that are missing, how many images are repeated, or
+/// the timecode as written.
 using MediaWarning = Warning<MediaWarningCode>;
 
 }  // namespace meridian::inline v0_2

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "meridian/media/file_extension.h"
+#include "meridian/media/media_names.h"
 #include "meridian/platform/path_text.h"
 #include "meridian/serialization/media_json.h"
 
@@ -84,6 +86,7 @@ DescriptionJson encodedStream(const VideoStreamDescription& video) {
       {"primaries", encodedCode(video.primaries)},
       {"transfer", encodedCode(video.transfer)},
       {"matrix", encodedCode(video.matrix)},
+      {"colorSource", orNull(video.colorSource)},
       {"colorSpace", orNull(video.colorSpace)},
       {"isAttachedPicture", video.isAttachedPicture},
   };
@@ -152,11 +155,13 @@ void addTimecode(DescriptionJson& json, const std::optional<TimecodeDescription>
 void to_json(nlohmann::ordered_json& json, const MediaDescription& description) {
   const VideoStreamDescription* const video = description.mainVideo();
   const auto& corporation = description.corporation;
+  const bool isDirectory = description.container == SLVMediaFileContainerImageSequence;
   json = {
       {"path", description.path},
       {"size", description.size},
-      {"extension", textOrNull(pathExtension(description.path))},
+      {"extension", orNull(isDirectory ? std::nullopt : fileExtensionIgnoringCase(pathExtension(description.path)))},
       {"container", orNull(description.container)},
+      {"recordingFormat", orNull(description.recordingFormat)},
       {"formatName", description.formatName},
       {"corporation", corporation ? DescriptionJson(meridian::description(*corporation)) : DescriptionJson()},
       {"isHardwareManufacturer",

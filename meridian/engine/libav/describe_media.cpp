@@ -6,12 +6,14 @@
 #include <string_view>
 
 #include "meridian/base/ascii.h"
+#include "meridian/engine/color_spaces.h"
 #include "meridian/engine/image_sequence.h"
 #include "meridian/engine/libav/log_collector.h"
 #include "meridian/engine/libav/media_input.h"
 #include "meridian/engine/libav/rationals.h"
 #include "meridian/engine/libav/stream_reading.h"
 #include "meridian/engine/libav/timecode_reading.h"
+#include "meridian/engine/recording_format.h"
 #include "meridian/media/media_names.h"
 #include "meridian/platform/file_queries.h"
 
@@ -20,12 +22,22 @@ namespace {
 
 using libav::MediaInput;
 
-void describeStreams(MediaDescription& description, AVFormatContext& input) {
+/// Returns where the colour tags of a stream come from. A decoder's replace those of the container.
+std::optional<ColorTagSource> colorSource(const VideoStreamDescription& video,
+                                          const ColorSpaceCodes& ofContainer) noexcept {
+  const ColorSpaceCodes codes{video.primaries.number, video.transfer.number, video.matrix.number};
+  if (codes == ColorSpaceCodes{}) return std::nullopt;
+  return ofContainer == codes ? ColorTagSource::container : ColorTagSource::codec;
+}
+
+void describeStreams(MediaDescription& description, MediaInput& opened) {
+  AVFormatContext& input = opened.context();
   for (unsigned place = 0; place < input.nb_streams; ++place) {
     AVStream& stream = *input.streams[place];
     switch (stream.codecpar->codec_type) {
       case AVMEDIA_TYPE_VIDEO:
         description.video.push_back(libav::describedVideo(input, stream));
+        description.video.back().colorSource = colorSource(description.video.back(), opened.colorsOfContainer(place));
         break;
       case AVMEDIA_TYPE_AUDIO:
         description.audio.push_back(libav::describedAudio(stream));
@@ -47,37 +59,54 @@ std::optional<MediaRational> checkedRatioSum(const MediaRational& left, const Me
   return numerator && denominator ? inLowestTerms({*numerator, *denominator}) : std::nullopt;
 }
 
-/// Returns the exact time from the first start to the last end of images and sound.
-std::optional<MediaRational> exactDuration(const MediaDescription& description) {
+/// The first start and the last end of images and sound.
+struct ExactTimes {
   std::optional<MediaRational> first;
   std::optional<MediaRational> last;
-  const auto include = [&](const StreamDescription& stream) {
-    if (!stream.startTime || !stream.duration) return;
-    const auto end = checkedRatioSum(*stream.startTime, *stream.duration);
-    if (!end) return;
-    if (!first || stream.startTime->rawValue() < first->rawValue()) first = stream.startTime;
-    if (!last || end->rawValue() > last->rawValue()) last = end;
+
+  [[nodiscard]] std::optional<MediaRational> length() const noexcept {
+    return first && last ? checkedRatioSum(*last, {-first->numerator, first->denominator}) : std::nullopt;
+  }
+};
+
+ExactTimes exactTimes(const MediaDescription& description) {
+  ExactTimes times;
+  const auto include = [&times](const StreamDescription& stream) {
+    if (!stream.startTime) return;
+    if (!times.first || stream.startTime->rawValue() < times.first->rawValue()) times.first = stream.startTime;
+    const auto end = stream.duration ? checkedRatioSum(*stream.startTime, *stream.duration) : std::nullopt;
+    if (end && (!times.last || end->rawValue() > times.last->rawValue())) times.last = end;
   };
   for (const auto& stream : description.video) {
     if (!stream.isAttachedPicture) include(stream);
   }
   std::ranges::for_each(description.audio, include);
-  if (!first || !last) return std::nullopt;
-  return checkedRatioSum(*last, {-first->numerator, first->denominator});
+  return times;
+}
+
+/// Returns the exact time if it is the rounded one, within the rounding, in seconds; else the rounded one.
+std::optional<MediaRational> exactOr(const std::optional<MediaRational>& rounded,
+                                     const std::optional<MediaRational>& exact, double rounding) noexcept {
+  const bool isSame = rounded && exact && std::abs(exact->rawValue() - rounded->rawValue()) < rounding;
+  return isSame ? exact : rounded;
 }
 
 void describeTimes(MediaDescription& description, const AVFormatContext& input) {
   if (libav::isImageFormat(input)) return;
   constexpr AVRational microseconds{1, AV_TIME_BASE};
-  description.startTime = libav::secondsOf(input.start_time, microseconds);
-  description.duration = libav::lengthOf(input.duration, microseconds);
+  const ExactTimes exact = exactTimes(description);
+  description.startTime = exactOr(libav::secondsOf(input.start_time, microseconds), exact.first, 1e-6);
+  if (input.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) {
+    // A guess from the size of the file.
+    const auto removeDuration = [](StreamDescription& stream) { stream.duration.reset(); };
+    std::ranges::for_each(description.video, removeDuration);
+    std::ranges::for_each(description.audio, removeDuration);
+    std::ranges::for_each(description.others, removeDuration);
+    return;
+  }
   // FFmpeg goes by the header of a QuickTime movie, which counts in 1/600 or 1/1000 of a second. Where the header says
   // something else, that counts.
-  const auto exact = exactDuration(description);
-  constexpr double rounding = 1.0 / 500;
-  if (exact && description.duration && std::abs(exact->rawValue() - description.duration->rawValue()) < rounding) {
-    description.duration = exact;
-  }
+  description.duration = exactOr(libav::lengthOf(input.duration, microseconds), exact.length(), 1.0 / 500);
   if (input.bit_rate > 0) description.bitRate = input.bit_rate;
 }
 
@@ -110,6 +139,13 @@ void describeOrigin(MediaDescription& description) {
   description.maker = firstTag(tags, {"com.apple.quicktime.make", "make", "com.android.manufacturer", "company_name"});
   description.model = firstTag(tags, {"com.apple.quicktime.model", "model", "com.android.model", "product_name"});
   description.creationDate = firstTag(tags, {"com.apple.quicktime.creationdate", "creation_time", "date"});
+  if (description.formatName == "wav" || description.formatName == "w64") {
+    // FFmpeg gives the time of origination without its date.
+    const std::string date = firstTag(tags, {"date"});
+    const std::string time = firstTag(tags, {"creation_time"});
+    const bool isTimeOfDay = !time.empty() && time.find('-') == std::string::npos;
+    if (isTimeOfDay) description.creationDate = date.empty() ? std::string() : date + 'T' + time;
+  }
   // GoPro names itself in its tracks alone.
   const auto isGoPro = [](const StreamDescription& stream) {
     return tagValue(stream.tags, "handler_name").value_or("").find("GoPro") != std::string_view::npos;
@@ -118,9 +154,15 @@ void describeOrigin(MediaDescription& description) {
     description.maker = SLVMediaCorporationGoPro;
   }
   description.corporation = corporationOf(description.maker);
-  for (const OtherStreamDescription& stream : description.others) {
+  if (description.formatName == "r3d") description.corporation = MediaCorporation::red;
+  if (description.formatName == "cine") description.corporation = MediaCorporation::phantom;
+  const auto findReel = [&description](const StreamDescription& stream) {
     if (description.reelName.empty()) description.reelName = firstTag(stream.tags, {"reel_name"});
-  }
+  };
+  std::ranges::for_each(description.others, findReel);
+  std::ranges::for_each(description.video, findReel);
+  std::ranges::for_each(description.audio, findReel);
+  if (description.reelName.empty()) description.reelName = firstTag(tags, {"reel_name"});
 }
 
 /// Warns if the index names data beyond the end of the file.
@@ -154,7 +196,8 @@ Expected<MediaDescription, MediaError> describedFile(const std::string& path, co
   description.modificationTime = std::chrono::sys_seconds(std::chrono::seconds(input.file().modificationTime()));
   description.formatName = context.iformat->name;
   description.tags = libav::tagsOf(context.metadata);
-  describeStreams(description, input.context());
+  description.recordingFormat = recordingFormatOfPath(path);
+  describeStreams(description, input);
   if (description.video.empty() && description.audio.empty()) {
     return Unexpected(MediaError{MediaErrorCode::noStreams, path});
   }
@@ -166,10 +209,13 @@ Expected<MediaDescription, MediaError> describedFile(const std::string& path, co
   return description;
 }
 
-Expected<MediaDescription, MediaError> describedFolder(const std::string& path, const DescriptionLimits& limits) {
-  const auto sequence = imageSequence(path);
+Expected<MediaDescription, MediaError> describedDirectory(const std::string& path, const DescriptionLimits& limits) {
+  const auto deadline = limits.deadline();
+  const auto sequence = imageSequence(path, limits);
   if (!sequence) return Unexpected(sequence.error());
-  auto image = describedFile(sequence->paths.front(), limits);
+  DescriptionLimits rest = limits;
+  rest.time = std::chrono::floor<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+  auto image = describedFile(sequence->paths.front(), rest);
   if (!image) return image;
   MediaDescription description = *std::move(image);
   description.path = path;
@@ -184,6 +230,10 @@ Expected<MediaDescription, MediaError> describedFolder(const std::string& path, 
                                         std::to_string(sequence->firstNumber) + " and " +
                                         std::to_string(sequence->lastNumber)});
   }
+  if (sequence->repeatedCount > 0) {
+    description.warnings.push_back(
+        {MediaWarningCode::repeatedImages, path, std::to_string(sequence->repeatedCount) + " too many"});
+  }
   return description;
 }
 
@@ -193,7 +243,7 @@ Expected<MediaDescription, MediaError> describeMedia(const Url& url, const Descr
   if (!url.isFile()) return Unexpected(MediaError{MediaErrorCode::notAFileUrl, url.text()});
   const libav::LogCollector log;
   const std::string& path = url.path();
-  return pathIsDirectory(path) ? describedFolder(path, limits) : describedFile(path, limits);
+  return pathIsDirectory(path) ? describedDirectory(path, limits) : describedFile(path, limits);
 }
 
 }  // namespace meridian::inline v0_2

@@ -13,10 +13,11 @@ extern "C" {
 namespace meridian::inline v0_2::libav {
 namespace {
 
-thread_local LogCollector* innermost = nullptr;
+thread_local const LogCollector* innermost = nullptr;
 
 // The format and its arguments are FFmpeg's, as vsnprintf reads them.
-__attribute__((format(printf, 3, 0))) void collect(void* context, int level, const char* format, va_list arguments) {
+__attribute__((format(printf, 3, 0))) void collect(void* context, int level, const char* format,
+                                                   va_list arguments) noexcept {
   if (innermost == nullptr) {
     av_log_default_callback(context, level, format, arguments);
     return;
@@ -39,11 +40,11 @@ LogCollector::LogCollector() : outer_(innermost) {
 
 LogCollector::~LogCollector() { innermost = outer_; }
 
-void LogCollector::take(int level, std::string_view message) {
-  if (level > AV_LOG_ERROR || !firstError_.empty()) return;
+void LogCollector::take(int level, std::string_view message) const noexcept {
+  if (level > AV_LOG_ERROR || size_ > 0) return;
   message = message.substr(0, message.find('\n'));
   while (message.ends_with('.') || message.ends_with(' ')) message.remove_suffix(1);
-  firstError_ = message;
+  size_ = message.copy(firstError_.data(), firstError_.size());
 }
 
 }  // namespace meridian::inline v0_2::libav

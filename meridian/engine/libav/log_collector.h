@@ -6,13 +6,15 @@
 ///     if (status < 0) return damaged(log.firstError());
 #pragma once
 
-#include <string>
+#include <array>
+#include <cstddef>
 #include <string_view>
 
 namespace meridian::inline v0_2::libav {
 
-/// Collects what FFmpeg says on this thread while it exists. Collectors of a thread nest; the innermost collects. What
-/// FFmpeg says on threads without a collector is printed as FFmpeg prints it, since it is the application's.
+/// Collects what FFmpeg says on this thread while it exists. Collectors of a thread nest; the innermost collects. The
+/// first one replaces FFmpeg's log callback for the process and for good, since FFmpeg does not tell which it had: what
+/// FFmpeg says on threads without a collector then goes where FFmpeg's own callback writes it, to standard error.
 class LogCollector {
  public:
   LogCollector();
@@ -22,15 +24,18 @@ class LogCollector {
   LogCollector& operator=(LogCollector&&) = delete;
   ~LogCollector();
 
-  /// Returns the first line of the level "error" or worse, without its newline; empty if there is none.
-  [[nodiscard]] const std::string& firstError() const noexcept { return firstError_; }
+  /// Returns the first line of the level "error" or worse, without its newline, cut off where it is longer than 511
+  /// bytes; empty if there is none. The view ends with the collector.
+  [[nodiscard]] std::string_view firstError() const noexcept { return {firstError_.data(), size_}; }
 
-  /// Takes a message of the log.
-  void take(int level, std::string_view message);
+  /// Takes a message of the log. FFmpeg's C calls it, so it allocates nothing.
+  void take(int level, std::string_view message) const noexcept;
 
  private:
-  LogCollector* outer_;
-  std::string firstError_;
+  const LogCollector* outer_;
+  // Written while FFmpeg runs, also in a collector that its owner only reads.
+  mutable std::array<char, 512> firstError_{};
+  mutable std::size_t size_ = 0;
 };
 
 }  // namespace meridian::inline v0_2::libav

@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
-#include <vector>
 
 #include "meridian/base/ascii.h"
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/engine/libav/log_collector.h"
-#include "meridian/engine/movie_samples.h"
+#include "meridian/engine/movie_index.h"
 #include "meridian/platform/path_text.h"
 
 namespace meridian::inline v0_2::libav {
@@ -107,7 +106,11 @@ int openNothing(AVFormatContext* /*input*/, AVIOContext** /*opened*/, const char
 }  // namespace
 
 MediaInput::MediaInput(const std::string& path, const DescriptionLimits& limits)
-    : path_(path), file_(path), bytesLeft_(limits.bytes), deadline_(std::chrono::steady_clock::now() + limits.time) {}
+    : path_(path),
+      file_(path),
+      bytesLeft_(limits.bytes),
+      mostEntries_(limits.indexEntries),
+      deadline_(limits.deadline()) {}
 
 Expected<std::unique_ptr<MediaInput>, MediaError> MediaInput::open(const std::string& path,
                                                                    const DescriptionLimits& limits) {
@@ -131,12 +134,9 @@ std::optional<MediaError> MediaInput::openFormat() {
     return MediaError{outOfMemory, path_};
   }
   const AVInputFormat* const format = recognizedFormat();
-  if (format == nullptr) return failure(0, unknownFormat, {});
+  if (format == nullptr) return failure(0, unknownFormat, unreadMaker());
   if (isQuickTime(*format)) {
-    const std::uint64_t claimed = claimedSamples(file_);
-    if (claimed > file_.size())
-      return MediaError{damaged, path_, std::to_string(claimed) + " samples in too few bytes"};
-    if (!file_.seek(std::min(place_, static_cast<std::int64_t>(file_.size())))) return failure(0, notRead, {});
+    if (auto error = checkMovieIndex()) return error;
   }
 
   AVFormatContext* context = avformat_alloc_context();
@@ -146,11 +146,18 @@ std::optional<MediaError> MediaInput::openFormat() {
   context->protocol_whitelist = av_strdup("none");
   context->interrupt_callback = {&MediaInput::isInterrupted, this};
   context->probesize = probedBytes;
+  // One entry of an AVI's index may become half a million for each stream.
+  constexpr int mostStreamsOfAvi = 32;
+  if (std::string_view(format->name) == "avi") context->max_streams = mostStreamsOfAvi;
   // Frees the context where it fails.
   const int opened = avformat_open_input(&context, "", format, nullptr);
   if (opened < 0) return failure(opened, damaged, log.firstError());
   input_.reset(context);
 
+  for (unsigned place = 0; place < context->nb_streams; ++place) {
+    const AVCodecParameters& parameters = *context->streams[place]->codecpar;
+    colors_.push_back({parameters.color_primaries, parameters.color_trc, parameters.color_space});
+  }
   std::vector<AVDictionary*> options(context->nb_streams);
   for (AVDictionary*& each : options) av_dict_set(&each, "max_pixels", mostPixels, 0);
   const int found = avformat_find_stream_info(context, options.data());
@@ -159,16 +166,36 @@ std::optional<MediaError> MediaInput::openFormat() {
   return std::nullopt;
 }
 
+std::optional<MediaError> MediaInput::checkMovieIndex() {
+  using enum MediaErrorCode;
+  const auto entries = movieIndexEntries(
+      file_.size(), [this](std::uint64_t place, std::span<char> memory) { return readAt(place, memory); });
+  if (!entries) return failure(0, entries.error().code, entries.error().detail);
+  const std::string claimed = "an index of " + std::to_string(*entries) + " entries";
+  if (*entries > file_.size()) return MediaError{damaged, path_, claimed + " in too few bytes"};
+  if (*entries > mostEntries_) return MediaError{limitReached, path_, claimed};
+  return std::nullopt;
+}
+
+std::string_view MediaInput::unreadMaker() noexcept {
+  std::array<char, 8> bytes{};
+  const bool isRed = readAt(0, bytes) && std::string_view(bytes.data(), bytes.size()).ends_with("RED2");
+  return isRed ? "a clip of a RED camera that FFmpeg cannot read" : std::string_view();
+}
+
 const AVInputFormat* MediaInput::recognizedFormat() {
   const std::string name = harmlessName(path_);
   const AVInputFormat* format = nullptr;
-  const int score = av_probe_input_buffer2(io_.get(), &format, name.c_str(), nullptr, 0, 0);
+  int score = av_probe_input_buffer2(io_.get(), &format, name.c_str(), nullptr, 0, 0);
   if (format == nullptr || score < 0) return nullptr;
   if (std::string_view(format->name) == "image2") {
     // It goes by the extension alone and would look for the name; the content says what the image is.
     format = nullptr;
     if (avio_seek(io_.get(), 0, SEEK_SET) < 0) return nullptr;
-    if (av_probe_input_buffer2(io_.get(), &format, "", nullptr, 0, 0) < 0 || format == nullptr) return nullptr;
+    score = av_probe_input_buffer2(io_.get(), &format, "", nullptr, 0, 0);
+    if (format == nullptr || score < 0) return nullptr;
+    // The extension says that it is an image, and supports no other guess.
+    if (score > 1 && std::string_view(format->name).ends_with("_pipe")) score = AVPROBE_SCORE_MAX;
   }
   // A low score is a guess, which the extension must support.
   const bool isSure = score > AVPROBE_SCORE_RETRY || (score > 1 && format->extensions != nullptr &&
@@ -177,25 +204,36 @@ const AVInputFormat* MediaInput::recognizedFormat() {
                                                                                                        : nullptr;
 }
 
-MediaError MediaInput::failure(int status, MediaErrorCode otherwise, const std::string& detail) const {
+MediaError MediaInput::failure(int status, MediaErrorCode otherwise, std::string_view detail) const {
   using enum MediaErrorCode;
   if (limitReached_ != nullptr) return {limitReached, path_, limitReached_};
   if (file_.error()) return {notRead, path_, {}, file_.error()};
   if (status == AVERROR(ENOMEM)) return {outOfMemory, path_};
-  return {otherwise, path_, detail};
+  const bool isUnsupported =
+      status == AVERROR_PATCHWELCOME || status == AVERROR(ENOSYS) || status == AVERROR_DECODER_NOT_FOUND;
+  return {isUnsupported ? unknownFormat : otherwise, path_, std::string(detail)};
 }
 
-bool MediaInput::readAt(std::int64_t place, std::span<char> memory) noexcept {
-  const auto size = static_cast<std::int64_t>(file_.size());
-  if (place < 0 || place > size || !file_.seek(place)) return false;
-  const bool isRead = file_.read(memory) == memory.size();
+bool MediaInput::readAt(std::uint64_t place, std::span<char> memory) noexcept {
+  const std::uint64_t size = file_.size();
+  if (place > size || isBeyondLimits() || !file_.seek(static_cast<std::int64_t>(place))) return false;
+  const std::size_t count = file_.read(memory);
   // FFmpeg goes on where it was.
-  return file_.seek(std::min(place_, size)) && isRead;
+  return file_.seek(std::min(place_, static_cast<std::int64_t>(size))) && isWithinBytes(count) &&
+         count == memory.size();
 }
 
 bool MediaInput::isBeyondLimits() noexcept {
-  if (limitReached_ == nullptr && std::chrono::steady_clock::now() > deadline_) limitReached_ = "the time is up";
+  if (limitReached_ == nullptr && std::chrono::steady_clock::now() > deadline_) {
+    limitReached_ = "the time limit was reached";
+  }
   return limitReached_ != nullptr;
+}
+
+bool MediaInput::isWithinBytes(std::size_t count) noexcept {
+  if (count > bytesLeft_) limitReached_ = "the read limit was reached";
+  bytesLeft_ -= std::min<std::uint64_t>(count, bytesLeft_);
+  return limitReached_ == nullptr;
 }
 
 int MediaInput::isInterrupted(void* self) noexcept { return static_cast<MediaInput*>(self)->isBeyondLimits() ? 1 : 0; }
@@ -207,12 +245,14 @@ int MediaInput::read(void* self, std::uint8_t* memory, int size) noexcept {
       input.file_.read({reinterpret_cast<char*>(memory), static_cast<std::size_t>(std::max(size, 0))});
   if (count == 0) return input.file_.error() ? AVERROR(EIO) : AVERROR_EOF;
   input.place_ += static_cast<std::int64_t>(count);
-  if (count > input.bytesLeft_) {
-    input.limitReached_ = "too many bytes were read";
-    return AVERROR_EXIT;
+  if (!input.isWithinBytes(count)) return AVERROR_EXIT;
+  input.mxfIndex_.look(static_cast<std::uint64_t>(input.place_) - count, {reinterpret_cast<char*>(memory), count},
+                       [&input](std::uint64_t place, std::span<char> bytes) { return input.readAt(place, bytes); });
+  // An edit unit has a byte at least.
+  if (input.mxfIndex_.entries() > std::min(input.mostEntries_, input.file_.size())) {
+    input.limitReached_ = "an index of too many entries";
   }
-  input.bytesLeft_ -= count;
-  return static_cast<int>(count);
+  return input.limitReached_ == nullptr ? static_cast<int>(count) : AVERROR_EXIT;
 }
 
 std::int64_t MediaInput::seek(void* self, std::int64_t offset, int origin) noexcept {

@@ -8,12 +8,16 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "meridian/base/expected.h"
+#include "meridian/engine/color_spaces.h"
 #include "meridian/engine/describe_media.h"
 #include "meridian/engine/libav/handles.h"
 #include "meridian/engine/media_error.h"
+#include "meridian/engine/mxf_index.h"
 #include "meridian/platform/file_reader.h"
 
 namespace meridian::inline v0_2::libav {
@@ -36,8 +40,13 @@ class MediaInput {
   [[nodiscard]] AVFormatContext& context() noexcept { return *input_; }
   [[nodiscard]] const FileReader& file() const noexcept { return file_; }
 
-  /// Reads bytes of the file itself at a place; false if they are not all there.
-  [[nodiscard]] bool readAt(std::int64_t place, std::span<char> memory) noexcept;
+  /// Returns the colour tags of a stream as the container states them: all unspecified for one that shows up late.
+  [[nodiscard]] ColorSpaceCodes colorsOfContainer(std::size_t stream) const noexcept {
+    return stream < colors_.size() ? colors_[stream] : ColorSpaceCodes{};
+  }
+
+  /// Reads bytes of the file itself at a place; false if they are not all there or a limit is reached.
+  [[nodiscard]] bool readAt(std::uint64_t place, std::span<char> memory) noexcept;
 
  private:
   MediaInput(const std::string& path, const DescriptionLimits& limits);
@@ -47,18 +56,24 @@ class MediaInput {
   static int isInterrupted(void* self) noexcept;
 
   [[nodiscard]] bool isBeyondLimits() noexcept;
-  [[nodiscard]] MediaError failure(int status, MediaErrorCode otherwise, const std::string& detail) const;
+  [[nodiscard]] bool isWithinBytes(std::size_t count) noexcept;
+  [[nodiscard]] MediaError failure(int status, MediaErrorCode otherwise, std::string_view detail = {}) const;
   [[nodiscard]] std::optional<MediaError> openFormat();
+  [[nodiscard]] std::optional<MediaError> checkMovieIndex();
+  [[nodiscard]] std::string_view unreadMaker() noexcept;
   [[nodiscard]] const AVInputFormat* recognizedFormat();
 
   std::string path_;
   FileReader file_;
   std::int64_t place_ = 0;
   std::uint64_t bytesLeft_;
+  std::uint64_t mostEntries_;
+  MxfIndexCounter mxfIndex_;
   std::chrono::steady_clock::time_point deadline_;
   const char* limitReached_ = nullptr;
   IoContextPointer io_;
   InputPointer input_;
+  std::vector<ColorSpaceCodes> colors_;
 };
 
 }  // namespace meridian::inline v0_2::libav

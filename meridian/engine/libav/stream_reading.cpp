@@ -92,11 +92,24 @@ std::optional<ChromaSubsampling> chromaOf(AVPixelFormat format, const AVPixFmtDe
   return found != rows.end() ? std::optional(found->chroma) : std::nullopt;
 }
 
+/// Returns the bits of the deepest colour component; alpha is not one.
+int bitDepthOf(const AVPixFmtDescriptor& descriptor) noexcept {
+  // NOLINTBEGIN(hicpp-signed-bitwise): FFmpeg's own flags.
+  // Each pixel of a sensor has one sample, whose bits FFmpeg shares out among the components.
+  if ((descriptor.flags & AV_PIX_FMT_FLAG_BAYER) != 0) return av_get_bits_per_pixel(&descriptor);
+  const bool hasAlpha = (descriptor.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+  // NOLINTEND(hicpp-signed-bitwise)
+  const int colors = std::max(descriptor.nb_components - (hasAlpha ? 1 : 0), 1);
+  int depth = 0;
+  for (int each = 0; each < colors; ++each) depth = std::max(depth, descriptor.comp[each].depth);
+  return depth;
+}
+
 void describePixels(VideoStreamDescription& video, const AVCodecParameters& parameters) {
   const auto format = static_cast<AVPixelFormat>(parameters.format);
   if (const AVPixFmtDescriptor* const descriptor = av_pix_fmt_desc_get(format)) {
     video.pixelFormat = descriptor->name;
-    video.bitDepth = descriptor->comp[0].depth;
+    video.bitDepth = bitDepthOf(*descriptor);
     video.chroma = chromaOf(format, *descriptor);
     // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.
     video.hasAlpha = (descriptor->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
@@ -147,46 +160,49 @@ void describeSize(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   if (video.rotation % 180 == 90) std::swap(video.displayWidth, video.displayHeight);
 }
 
-/// How long the frames of a stream are that lists each of them.
-struct FrameLengths {
-  std::int64_t shortest = std::numeric_limits<std::int64_t>::max();
-  std::int64_t longest = 0;
-
-  /// Returns true if the lengths differ by more than rounding to ticks does.
-  [[nodiscard]] bool areDifferent() const noexcept {
-    constexpr std::int64_t ticksOfRoundedFrame = 10;
-    if (shortest <= 0) return true;
-    return longest - shortest > (shortest >= ticksOfRoundedFrame ? 1 : 0);
-  }
+/// What the times of the frames tell of their rate.
+struct ListedRate {
+  bool isVariable = false;
+  /// Frames per second; absent if they vary.
+  std::optional<MediaRational> rate = std::nullopt;
 };
 
-/// Returns the lengths in ticks of all frames but the last; absent for formats that do not list each frame, and for
-/// fewer than two frames.
-std::optional<FrameLengths> frameLengths(const AVFormatContext& input, AVStream& stream) {
+/// Returns whether the times, in ticks, are those of a constant rate rounded to ticks, that is, within one tick of a
+/// line from the first to the last. No rounding hides in frames of less than 4 ticks: these must be equally long.
+bool areEven(AVStream& stream, int count, std::int64_t first, std::int64_t ticks) {
+  const std::int64_t steps = count - 1;
+  const std::int64_t whole = ticks / steps;
+  const std::int64_t rest = ticks % steps;
+  constexpr std::int64_t shortestRounded = 4;
+  const std::int64_t tolerance = whole >= shortestRounded ? steps : 0;
+  for (std::int64_t place = 0; place < count; ++place) {
+    std::int64_t off = 0;
+    const std::int64_t time = avformat_index_get_entry(&stream, static_cast<int>(place))->timestamp;
+    if (__builtin_sub_overflow(time, first, &off) || __builtin_sub_overflow(off, place * whole, &off)) return false;
+    // Less than 2^31 steps with rests below that, so the products fit.
+    if (off < -1 || off > steps || std::abs(off * steps - place * rest) > tolerance) return false;
+  }
+  return true;
+}
+
+/// Returns the rate of the frames that the index lists; absent for formats that do not list each frame, and for fewer
+/// than two frames.
+std::optional<ListedRate> listedRate(const AVFormatContext& input, AVStream& stream,
+                                     const std::optional<MediaRational>& average) {
   if (!std::string_view(input.iformat->name).starts_with("mov,")) return std::nullopt;
   const int count = avformat_index_get_entries_count(&stream);
   if (count < 2) return std::nullopt;
-  FrameLengths lengths;
-  std::int64_t before = avformat_index_get_entry(&stream, 0)->timestamp;
-  for (int place = 1; place < count; ++place) {
-    const std::int64_t time = avformat_index_get_entry(&stream, place)->timestamp;
-    std::int64_t length = 0;
-    if (__builtin_sub_overflow(time, before, &length)) return std::nullopt;
-    lengths.shortest = std::min(lengths.shortest, length);
-    lengths.longest = std::max(lengths.longest, length);
-    before = time;
+  const std::int64_t first = avformat_index_get_entry(&stream, 0)->timestamp;
+  std::int64_t ticks = 0;
+  if (__builtin_sub_overflow(avformat_index_get_entry(&stream, count - 1)->timestamp, first, &ticks)) {
+    return std::nullopt;
   }
-  return lengths;
-}
-
-/// Returns the rate that the frames' lengths give, and whether they differ.
-std::pair<std::optional<MediaRational>, bool> rateOfLengths(const FrameLengths& lengths, const AVRational& timeBase,
-                                                            const std::optional<MediaRational>& average) {
-  if (lengths.areDifferent()) return {std::nullopt, true};
-  if (lengths.shortest != lengths.longest && average) return {average, false};
-  const auto frame = secondsOf(lengths.shortest, timeBase);
-  if (!frame || frame->numerator <= 0) return {std::nullopt, false};
-  return {MediaRational{frame->denominator, frame->numerator}, false};
+  if (ticks <= 0 || !areEven(stream, count, first, ticks)) return ListedRate{.isVariable = true};
+  const bool isRounded = ticks % (count - 1) != 0;
+  if (isRounded && average) return ListedRate{.rate = average};
+  const auto length = secondsOf(ticks, stream.time_base);
+  const auto frames = length ? checkedProduct<std::int64_t>(length->denominator, count - 1) : std::nullopt;
+  return ListedRate{.rate = frames ? inLowestTerms({*frames, length->numerator}) : std::nullopt};
 }
 
 void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStream& stream) {
@@ -195,19 +211,22 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   video.averageFrameRate = positiveRationalOf(stream.avg_frame_rate);
   auto rate = positiveRationalOf(av_guess_frame_rate(&input, &stream, nullptr));
   const double ratio = rate && video.averageFrameRate ? rate->rawValue() / video.averageFrameRate->rawValue() : 1.0;
-  // An AVI has one rate; an empty frame repeats the one before it.
+  const auto isAverage = [&video](double each) {
+    return video.averageFrameRate && std::abs(each / video.averageFrameRate->rawValue() - 1) <= 0.01;
+  };
+  // An AVI has one rate; an empty frame repeats the one before it. So has a CINE.
   const bool isAvi = std::string_view(input.iformat->name) == "avi";
+  const bool isCine = std::string_view(input.iformat->name) == "cine";
   const bool countsFields = isInterlaced(video.fieldOrder) && std::abs(ratio - 2) < 0.02;
   constexpr double fastestRate = 600;
-  if (const auto lengths = frameLengths(input, stream)) {
-    const auto [constant, isVariable] = rateOfLengths(*lengths, stream.time_base, video.averageFrameRate);
-    video.isVariable = isVariable;
-    if (constant) rate = constant;
-  } else if (av_q2d(stream.r_frame_rate) > fastestRate) {
+  if (const auto listed = listedRate(input, stream, video.averageFrameRate)) {
+    video.isVariable = listed->isVariable;
+    if (listed->rate) rate = listed->rate;
+  } else if (av_q2d(stream.r_frame_rate) > fastestRate && !isCine && !isAverage(av_q2d(stream.r_frame_rate))) {
     // FFmpeg takes the time base where the frames have no rate in common.
     video.isVariable = true;
     rate = video.averageFrameRate;
-  } else if (isAvi || countsFields) {
+  } else if (isAvi || isCine || countsFields) {
     rate = video.averageFrameRate;
   } else {
     video.isVariable = std::abs(ratio - 1) > 0.01;
@@ -217,12 +236,23 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   if (video.exactFrameRate) video.frameRate = VideoFrameRate::matching(*video.exactFrameRate);
 }
 
+/// Returns the frames that the edit list of a movie shows; all frames without an index.
+std::int64_t shownFrames(AVStream& stream) {
+  const int count = avformat_index_get_entries_count(&stream);
+  std::int64_t shown = 0;
+  for (int place = 0; place < count; ++place) {
+    // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.
+    if ((avformat_index_get_entry(&stream, place)->flags & AVINDEX_DISCARD_FRAME) == 0) ++shown;
+  }
+  return count > 0 ? shown : stream.nb_frames;
+}
+
 /// Returns the number of frames if the container states it.
-std::optional<std::int64_t> frameCountOf(const AVFormatContext& input, const AVStream& stream) {
+std::optional<std::int64_t> frameCountOf(const AVFormatContext& input, AVStream& stream) {
   if (isImageFormat(input)) return 1;
-  if (stream.nb_frames > 0) return stream.nb_frames;
-  // These count time in frames.
   const std::string_view format = input.iformat->name;
+  if (stream.nb_frames > 0) return format.starts_with("mov,") ? shownFrames(stream) : stream.nb_frames;
+  // These count time in frames.
   const AVRational rate = stream.r_frame_rate;
   const bool countsFrames = (format == "mxf" || format == "gxf" || format == "dv") && rate.num > 0 &&
                             av_cmp_q(stream.time_base, av_inv_q(rate)) == 0;
@@ -284,6 +314,13 @@ VideoStreamDescription describedVideo(AVFormatContext& input, AVStream& stream) 
   const auto [codec, format] = videoNames(parameters);
   video.codec = codec;
   video.format = format;
+  if (std::string_view(input.iformat->name) == "r3d") {
+    // FFmpeg takes REDCODE for JPEG 2000, and cannot decode it.
+    video.codec = SLVVideoCodecRedcodeRaw;
+    video.codecName.clear();
+    video.profile.clear();
+    video.isDecodable = false;
+  }
   if (parameters.level > 0) video.level = parameters.level;
   video.fieldOrder = fieldOrderOf(parameters.field_order);
   // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.

@@ -44,23 +44,47 @@ struct TimecodeTrackFormat {
   }
 };
 
+/// Returns the rate that the labels of a track count at; absent if it has none.
+std::optional<VideoFrameRate> rateOfLabels(const TimecodeTrackFormat& format) {
+  const std::int64_t counted = format.framesPerSecond;
+  const auto exact = recognizedRate(format.rate);
+  const auto rate = exact ? VideoFrameRate::matching(*exact) : std::nullopt;
+  const auto nominal = rate ? timecodeFramesPerSecond(*rate) : std::nullopt;
+  if (!nominal) return counted > 0 ? VideoFrameRate::matching({counted, 1}) : std::nullopt;
+  // Some writers round 29.97 down to 29, and mean 30.
+  const bool isRoundedDown = counted == exact->numerator / exact->denominator;
+  if (counted <= 0 || counted == *nominal || isRoundedDown) return rate;
+  // Labels may count each second frame, such as 30 of 59.94: at 29.97.
+  const auto numerator = checkedProduct<std::int64_t>(exact->numerator, counted);
+  const auto denominator = checkedProduct<std::int64_t>(exact->denominator, *nominal);
+  const auto reduced = numerator && denominator ? inLowestTerms({*numerator, *denominator}) : std::nullopt;
+  return reduced ? VideoFrameRate::matching(*reduced) : std::nullopt;
+}
+
 /// Collects the timecode of a description from one source after the other.
 class TimecodeReading {
  public:
   TimecodeReading(MediaInput& input, MediaDescription& description) : input_(input), description_(description) {}
 
   [[nodiscard]] std::optional<TimecodeDescription> read() {
+    bool hasTrack = false;
     for (const OtherStreamDescription& stream : description_.others) {
       if (stream.kind != OtherStreamKind::timecode) continue;
+      hasTrack = true;
       if (auto timecode = ofTrack(stream)) return timecode;
     }
-    for (const VideoStreamDescription& stream : description_.video) {
-      if (auto timecode = ofTag(stream.tags, MediaTimecodeSource::stream)) return timecode;
+    // FFmpeg makes up the other tags of a movie from the track, also if it counts something else than time.
+    if (!hasTrack || !description_.formatName.starts_with("mov,")) {
+      for (const VideoStreamDescription& stream : description_.video) {
+        if (auto timecode = ofTag(stream.tags, &stream, MediaTimecodeSource::stream)) return timecode;
+      }
+      if (auto timecode = ofTag(description_.tags, description_.mainVideo(), MediaTimecodeSource::format)) {
+        return timecode;
+      }
     }
-    if (auto timecode = ofTag(description_.tags, MediaTimecodeSource::format)) return timecode;
     for (const OtherStreamDescription& stream : description_.others) {
       if (stream.codecTag != "rtmd") continue;
-      if (auto timecode = ofTag(stream.tags, MediaTimecodeSource::rtmd)) return timecode;
+      if (auto timecode = ofTag(stream.tags, description_.mainVideo(), MediaTimecodeSource::rtmd)) return timecode;
     }
     return std::nullopt;
   }
@@ -70,15 +94,12 @@ class TimecodeReading {
     AVStream& stream = *input_.context().streams[track.index];
     const auto format = TimecodeTrackFormat::of(*stream.codecpar);
     if (!format || format->has(TimecodeTrackFormat::isCounter)) return std::nullopt;
-    // Some writers state 2997/100 or the like; the frames that labels count decide.
-    auto exact = recognizedRate(format->rate);
-    auto rate = exact ? VideoFrameRate::matching(*exact) : std::nullopt;
-    if (!rate || timecodeFramesPerSecond(*rate) != format->framesPerSecond) {
-      rate = VideoFrameRate::matching({format->framesPerSecond, 1});
-    }
+    const auto rate = rateOfLabels(*format);
+    if (!rate) return std::nullopt;
     const AVIndexEntry* const sample = avformat_index_get_entry(&stream, 0);
     std::array<char, 4> bytes{};
-    if (sample == nullptr || !input_.readAt(sample->pos, bytes)) return std::nullopt;
+    if (sample == nullptr || sample->pos < 0 || !input_.readAt(static_cast<std::uint64_t>(sample->pos), bytes))
+      return std::nullopt;
     const std::uint32_t raw = bigEndian(reinterpret_cast<const std::uint8_t*>(bytes.data()));
     const std::int64_t number =
         format->has(TimecodeTrackFormat::mayBeNegative) ? static_cast<std::int32_t>(raw) : std::int64_t{raw};
@@ -96,9 +117,9 @@ class TimecodeReading {
   }
 
   [[nodiscard]] std::optional<TimecodeDescription> ofTag(const std::vector<MediaTag>& tags,
+                                                         const VideoStreamDescription* video,
                                                          MediaTimecodeSource source) {
     const auto text = tagValue(tags, "timecode");
-    const VideoStreamDescription* const video = description_.mainVideo();
     if (!text || video == nullptr || !video->frameRate) return std::nullopt;
     auto start = TimecodeComponents::fromTimecode(*text);
     if (start) start->isDropFrame = dropFrameAt(*video->frameRate, start->isDropFrame, *text);

@@ -57,7 +57,6 @@ constexpr auto tagRows = std::to_array<TagRow>({
     {"brst", SLVVideoCodecBlackmagicRaw},
     {"brxq", SLVVideoCodecBlackmagicRaw},
     {"CRAW", SLVVideoCodecCanonRaw},
-    {"R3D1", SLVVideoCodecRedcodeRaw},
 });
 
 struct AudioRow {

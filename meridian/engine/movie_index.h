@@ -1,0 +1,27 @@
+/// \file
+/// Counts the entries that FFmpeg keeps for a QuickTime or MP4 movie. A few bytes may claim any number of them: samples
+/// of one size, long chunks of sound, edits that repeat an index. FFmpeg makes room for all of them before it asks
+/// whether to go on, so they are counted first. For example:
+///
+///     const auto entries = movieIndexEntries(size, [&](std::uint64_t place, std::span<char> memory) { ... });
+///     if (entries && *entries > limit) return limitReached;
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+
+#include "meridian/base/expected.h"
+#include "meridian/engine/media_error.h"
+
+namespace meridian::inline v0_2 {
+
+/// Reads the bytes at a place of a file. Returns false if they are not all there, or if no more may be read.
+using ReadsAt = std::function<bool(std::uint64_t place, std::span<char> memory)>;
+
+/// Returns at most how many entries FFmpeg keeps for a movie of so many bytes. An error, without a place, for a movie
+/// that was not wholly counted: `notRead` if reading failed, `damaged` for boxes out of order, which may hide tables,
+/// `unknownFormat` for a compressed header.
+[[nodiscard]] Expected<std::uint64_t, MediaError> movieIndexEntries(std::uint64_t size, const ReadsAt& readAt);
+
+}  // namespace meridian::inline v0_2
