@@ -150,16 +150,22 @@ void addTimecode(DescriptionJson& json, const std::optional<TimecodeDescription>
   json["isDropFrame"] = timecode ? DescriptionJson(timecode->start.isDropFrame) : DescriptionJson();
 }
 
+/// Returns null for a directory, and for an extension that the suite does not know.
+DescriptionJson encodedExtension(const MediaDescription& description) {
+  if (description.container == SLVMediaFileContainerImageSequence) return {};
+  const auto extension = fileExtensionIgnoringCase(pathExtension(description.path));
+  return extension ? textOrNull(rawValue(*extension)) : DescriptionJson();
+}
+
 }  // namespace
 
 void to_json(nlohmann::ordered_json& json, const MediaDescription& description) {
   const VideoStreamDescription* const video = description.mainVideo();
   const auto& corporation = description.corporation;
-  const bool isDirectory = description.container == SLVMediaFileContainerImageSequence;
   json = {
       {"path", description.path},
       {"size", description.size},
-      {"extension", orNull(isDirectory ? std::nullopt : fileExtensionIgnoringCase(pathExtension(description.path)))},
+      {"extension", encodedExtension(description)},
       {"container", orNull(description.container)},
       {"recordingFormat", orNull(description.recordingFormat)},
       {"formatName", description.formatName},

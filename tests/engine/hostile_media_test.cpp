@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "meridian/engine/mxf_index.h"
 #include "tests/engine/made_media.h"
 #include "tests/support/process.h"
 
@@ -19,6 +20,36 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
+/// A box of a movie.
+std::string box(const std::string& type, const std::string& content) {
+  std::string result(4, '\0');
+  putBigEndian(result, 0, static_cast<std::uint32_t>(8 + content.size()));
+  return result + type + content;
+}
+
+std::string numbers(std::initializer_list<std::uint32_t> list) {
+  std::string result(4 * list.size(), '\0');
+  std::size_t place = 0;
+  for (const std::uint32_t number : list) putBigEndian(result, 4 * place++, number);
+  return result;
+}
+
+std::uint32_t bigEndianAt(const std::string& bytes, std::size_t place) {
+  std::uint32_t number = 0;
+  for (std::size_t each = 0; each < 4; ++each)
+    number = number << 8U | static_cast<unsigned char>(bytes.at(place + each));
+  return number;
+}
+
+/// Inserts a box into the first track of a movie whose header is its last box.
+std::string withBoxInTrack(std::string movie, const std::string& inserted) {
+  const std::size_t track = movie.find("trak");
+  for (const std::size_t type : {movie.rfind("moov"), track}) {
+    putBigEndian(movie, type - 4, bigEndianAt(movie, type - 4) + static_cast<std::uint32_t>(inserted.size()));
+  }
+  return movie.insert(track + 4, inserted);
+}
+
 class HostileMediaTest : public MadeMedia {
  protected:
   [[nodiscard]] std::optional<MediaErrorCode> errorOf(const std::string& name) const {
@@ -27,6 +58,18 @@ class HostileMediaTest : public MadeMedia {
     EXPECT_EQ(description.error().place, path(name));
     return description.error().code;
   }
+};
+
+/// Works in a directory while it exists.
+class WorkingDirectory {
+ public:
+  explicit WorkingDirectory(const std::filesystem::path& path) { std::filesystem::current_path(path); }
+  ~WorkingDirectory() { std::filesystem::current_path(before_); }
+  WorkingDirectory(const WorkingDirectory&) = delete;
+  WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+
+ private:
+  std::filesystem::path before_ = std::filesystem::current_path();
 };
 
 /// Catches what the process writes to standard error, at the level of the system.
@@ -59,6 +102,18 @@ TEST_F(HostileMediaTest, SaysWhatIsWrongWithAnItemThatIsNotMedia) {
   directory().write("text.mp3", "This is not music either.\n");
   directory().write("text.txt", std::string(3000, 'a') + '\n');
   directory().write("sub.srt", "1\n00:00:01,000 --> 00:00:02,000\nHello\n\n");
+  // Two headers of MP3 frames are a guess, which no extension of images supports.
+  const std::string guess = "\xff\xfb\x90\x64" + std::string(413, '\0') + "\xff\xfb\x90\x64" + std::string(3700, 'a');
+  for (const char* const name : {"guess.dat", "guess.mov", "guess.jpg", "guess.png"}) {
+    directory().write(name, guess);
+    EXPECT_EQ(errorOf(name), unknownFormat) << name;
+  }
+  // The beginning of a clip of a later RED camera.
+  directory().write("red.R3D", box("RED2", std::string(4096, '\0')));
+  const auto red = describeMedia(Url::fromFilePath(path("red.R3D")));
+  ASSERT_FALSE(red);
+  EXPECT_EQ(red.error().code, unknownFormat);
+  EXPECT_THAT(red.error().detail, HasSubstr("RED camera"));
   ASSERT_EQ(mkfifo(path("pipe.mov").c_str(), 0600), 0);
   std::filesystem::create_directory(path("folder"));
   std::filesystem::create_symlink("pipe.mov", path("link.mov"));
@@ -134,8 +189,7 @@ TEST_F(HostileMediaTest, TakesEveryNameForTheNameOfAFile) {
       make({{"clip.mov", "-map 0:v -frames:v 2 -c:v mjpeg"}, {"still.png", "-map 0:v -frames:v 1 -update 1"}}));
   const std::string clip = content("clip.mov");
   const std::string still = content("still.png");
-  const std::filesystem::path before = std::filesystem::current_path();
-  std::filesystem::current_path(directory().path());
+  const WorkingDirectory inDirectory(directory().path());
   for (const char* const name :
        {"http:", "http:host.mov", "concat:clip.mov|clip.mov", "file:clip.mov", "pipe:", "-", "clip%03d.mov", "cl*.mov",
         "subfile,,start,0,end,9,,:clip.mov", "a\nb.mov", "\xff.mov", "data:video,"}) {
@@ -149,7 +203,6 @@ TEST_F(HostileMediaTest, TakesEveryNameForTheNameOfAFile) {
     directory().write(name, still);
     ASSERT_TRUE(describeMedia(Url::fromFilePath(name))) << name;
   }
-  std::filesystem::current_path(before);
   EXPECT_EQ(errorOf("missing%03d.png"), MediaErrorCode::notOpened);
 }
 
@@ -174,32 +227,114 @@ TEST_F(HostileMediaTest, OpensNoOtherFile) {
   }
 }
 
-TEST_F(HostileMediaTest, RefusesAnIndexOfMoreSamplesThanBytes) {
+TEST_F(HostileMediaTest, RefusesAnIndexThatFewBytesClaim) {
+  using enum MediaErrorCode;
   ASSERT_NO_FATAL_FAILURE(make({{"clip.mov", "-map 0:v -map 1:a -frames:v 4 -c:v mjpeg -c:a pcm_s16le"},
                                 {"pieces.mp4", "-map 0:v -c:v mpeg4 -movflags empty_moov+default_base_moof -g 1"}}));
   const std::string clip = content("clip.mov");
+  const std::string type = clip.substr(0, bigEndianAt(clip, 0));
+  const std::string rest = clip.substr(type.size());
+  const auto patched = [](std::string bytes, std::size_t place, std::initializer_list<std::uint32_t> list) {
+    const std::string written = numbers(list);
+    return bytes.replace(place, written.size(), written);
+  };
+  const auto renamed = [](std::string bytes, const std::string& from, const std::string& to) {
+    return bytes.replace(bytes.rfind(from), from.size(), to);
+  };
   // The size and the number of all samples follow the version and flags of the first table of sizes, the video's.
-  std::string claiming = clip;
-  putBigEndian(claiming, clip.find("stsz") + 8, 1);
-  putBigEndian(claiming, clip.find("stsz") + 12, 89'000'000);
-  directory().write("claiming.mov", claiming);
-  const auto description = describeMedia(Url::fromFilePath(path("claiming.mov")));
-  ASSERT_FALSE(description);
-  EXPECT_EQ(description.error().code, MediaErrorCode::damaged);
-  EXPECT_THAT(description.error().detail, HasSubstr("89000000 samples"));
-  // The sound's table claims as many as it likes, since it has an entry for each chunk.
-  std::string loud = clip;
-  putBigEndian(loud, clip.rfind("stsz") + 12, 89'000'000);
-  directory().write("loud.mov", loud);
-  EXPECT_EQ(errorOf("loud.mov"), std::nullopt);
+  const std::string claiming = patched(clip, clip.find("stsz") + 8, {1, 89'000'000});
+  const std::string pieces = content("pieces.mp4");
+  std::string freeBoxes;
+  for (int count = 0; count < 1001; ++count) freeBoxes += box("free", "");
+  std::string twoHundredEdits = numbers({0, 200});
+  for (int count = 0; count < 200; ++count) twoHundredEdits += numbers({1, 0, 0x10000});
+  struct Row {
+    const char* name;
+    std::string bytes;
+    MediaErrorCode code = damaged;
+  };
+  const std::vector<Row> rows{
+      {"samples of one size", claiming},
+      {"a container in the place of another", patched(claiming, claiming.find("minf"), {0x64696e66})},
+      {"after many boxes", type + freeBoxes + claiming.substr(type.size())},
+      {"a header in another one", renamed(claiming, "moov", "hoov")},
+      {"a compressed header", type + box("moov", box("cmov", "")) + rest, unknownFormat},
+      // The sound's table claims as many samples as it likes; FFmpeg divides its chunks into parts.
+      {"long chunks of sound", patched(clip, clip.rfind("stsc") + 8, {1, 1, 0x7fffffff})},
+      {"edits that repeat the index", withBoxInTrack(clip, box("edts", box("elst", twoHundredEdits))), limitReached},
+      {"encrypted samples", withBoxInTrack(clip, box("senc", numbers({0, 10'000'000})))},
+      {"a fragment", patched(pieces, pieces.find("trun") + 4, {0, 89'000'000})},
+      {"fragments", withBoxInTrack(clip, box("sidx", numbers({0, 0, 1, 0, 0, 0xffff}))), damaged},
+      {"a track in a track", withBoxInTrack(clip, box("moov", ""))},
+      {"a table in a sample description", renamed(clip, "sowt", "stsz")},
+      {"a long sample description", patched(clip, clip.find("stsd") + 12, {0x7fffffff})},
+      {"two tables of one kind", renamed(clip, "stco", "stsc")},
+  };
+  directory().write("hostile.mov", clip);
+  const Url url = Url::fromFilePath(path("hostile.mov"));
+  const DescriptionLimits limits{.indexEntries = 500};
+  EXPECT_TRUE(describeMedia(url, limits));
+  for (const Row& row : rows) {
+    directory().write("hostile.mov", row.bytes);
+    const auto description = describeMedia(url, limits);
+    ASSERT_FALSE(description) << row.name;
+    EXPECT_EQ(description.error().code, row.code) << row.name << ": " << description.error().message();
+  }
+  // A hole is cheap.
+  directory().write("hostile.mov", claiming);
+  std::filesystem::resize_file(path("hostile.mov"), std::uintmax_t{100} << 30U);
+  EXPECT_EQ(errorOf("hostile.mov"), limitReached);
+}
 
-  std::string pieces = content("pieces.mp4");
-  const std::size_t run = pieces.find("trun");
-  ASSERT_NE(run, std::string::npos);
-  putBigEndian(pieces, run + 4, 0);
-  putBigEndian(pieces, run + 8, 89'000'000);
-  directory().write("pieces.mp4", pieces);
-  EXPECT_EQ(errorOf("pieces.mp4"), MediaErrorCode::damaged);
+TEST_F(HostileMediaTest, RefusesAnMxfIndexThatFewBytesClaim) {
+  ASSERT_NO_FATAL_FAILURE(make({{"clip.mxf", "-map 0:v -r 25 -c:v mpeg2video"}}));
+  std::string clip = content("clip.mxf");
+  const std::string duration("\x3f\x0d\0\x08", 4);
+  std::size_t segments = 0;
+  for (std::size_t place = 0; (place = clip.find(duration, place)) != std::string::npos; place += 12) {
+    putBigEndian(clip, place + 8, 3'000'000);
+    ++segments;
+  }
+  ASSERT_GT(segments, 0U);
+  directory().write("claiming.mxf", clip);
+  EXPECT_EQ(errorOf("claiming.mxf"), MediaErrorCode::limitReached);
+}
+
+TEST(MxfIndexCounterTest, FindsASegmentHoweverTheReadsDivideIt) {
+  const std::string key("\x06\x0e\x2b\x34\x02\x53\x01\x01\x0d\x01\x02\x01\x01\x10\x01\0", 16);
+  const std::string units("\x3f\x0d\0\x08\0\0\0\0\0\0\x10\x01", 12);
+  const std::string entries("\x3f\x0a\0\x13\0\0\0\x01\0\0\0\x0b___________", 23);
+  const std::string segment = key + '\x23' + units + entries;
+  const std::string content = std::string(40, 'x') + segment + key + '\x0c' + units + std::string(40, 'x');
+  const ReadsAt readAt = [&content](std::uint64_t place, std::span<char> memory) {
+    return place <= content.size() && content.copy(memory.data(), memory.size(), place) == memory.size();
+  };
+  for (std::size_t size = 1; size <= content.size(); ++size) {
+    MxfIndexCounter counter;
+    for (std::size_t place = 0; place < content.size(); place += size) {
+      counter.look(place, std::string_view(content).substr(place, size), readAt);
+    }
+    // The second segment has no entries, and FFmpeg makes none for it.
+    EXPECT_EQ(counter.entries(), 0x1001U) << size;
+  }
+}
+
+TEST_F(HostileMediaTest, DecodesNoHugeImage) {
+  ASSERT_NO_FATAL_FAILURE(make({{"still.png", "-map 0:v -frames:v 1 -update 1"}}));
+  std::string still = content("still.png");
+  const std::size_t header = still.find("IHDR");
+  putBigEndian(still, header + 4, 16'000);
+  putBigEndian(still, header + 8, 12'000);
+  std::uint32_t sum = 0xffffffff;  // the header's checksum (PNG, annex D)
+  for (const char byte : still.substr(header, 17)) {
+    sum ^= static_cast<unsigned char>(byte);
+    for (int bit = 0; bit < 8; ++bit) sum = sum >> 1U ^ ((sum & 1U) != 0 ? 0xedb88320 : 0);
+  }
+  putBigEndian(still, header + 17, ~sum);
+  directory().write("huge.png", still);
+  EXPECT_EQ(described("huge.png").video.at(0).pixelFormat, "");
+  const Outcome ffprobe = run({"ffprobe", "-v", "quiet", "-show_entries", "stream=width", path("huge.png")});
+  EXPECT_THAT(ffprobe.output, HasSubstr("width=16000"));  // which its own limit admits
 }
 
 TEST_F(HostileMediaTest, StopsAtItsLimits) {
@@ -213,6 +348,7 @@ TEST_F(HostileMediaTest, StopsAtItsLimits) {
     EXPECT_THAT(description.error().detail, Not(IsEmpty()));
   }
   EXPECT_TRUE(describeMedia(url));
+  EXPECT_TRUE(describeMedia(url, {.time = std::chrono::milliseconds::max()}));
 }
 
 }  // namespace

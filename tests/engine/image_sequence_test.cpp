@@ -40,8 +40,35 @@ TEST(ImageSequenceTest, IsAnErrorWithoutExactlyOneSequence) {
   const auto two = imageSequence(path);
   ASSERT_FALSE(two);
   EXPECT_EQ(two.error().code, MediaErrorCode::noImageSequence);
-  EXPECT_THAT(two.error().message(), AllOf(HasSubstr("more than one"), HasSubstr("\"a.\""), Not(HasSubstr("\n"))));
+  EXPECT_THAT(two.error().message(),
+              AllOf(HasSubstr("more than one"), HasSubstr("\"a.1.png\" and \"b\\n.2.png\""), Not(HasSubstr("\n"))));
   EXPECT_EQ(imageSequence(path + "/none").error().code, MediaErrorCode::notOpened);
+}
+
+TEST(ImageSequenceTest, IgnoresTheCaseOfExtensionsAndCountsNumbersThatRepeat) {
+  const TemporaryDirectory directory;
+  for (const char* const name : {"A.1.dpx", "A.2.DPX", "A.02.dpx", "A.0001.Dpx"}) directory.write(name, "");
+  const auto sequence = imageSequence(directory.path().string());
+  ASSERT_TRUE(sequence) << sequence.error().message();
+  EXPECT_EQ(sequence->paths.size(), 4U);
+  EXPECT_EQ(sequence->missingCount, 0);
+  EXPECT_EQ(sequence->repeatedCount, 2);
+  directory.write("A.3.jpg", "");
+  EXPECT_THAT(imageSequence(directory.path().string()).error().detail, HasSubstr("A.3.jpg\""));
+}
+
+TEST(ImageSequenceTest, StopsAtItsLimits) {
+  const TemporaryDirectory directory;
+  for (const char* const name : {"A.1.dpx", "A.2.dpx", "notes.txt"}) directory.write(name, "");
+  const std::string path = directory.path().string();
+  EXPECT_TRUE(imageSequence(path, {.directoryEntries = 3}));
+  for (const DescriptionLimits& limits :
+       {DescriptionLimits{.directoryEntries = 2}, DescriptionLimits{.time = std::chrono::milliseconds(-1)}}) {
+    EXPECT_EQ(imageSequence(path, limits).error().code, MediaErrorCode::limitReached);
+    const auto description = describeMedia(Url::fromFilePath(path), limits);
+    ASSERT_FALSE(description);
+    EXPECT_EQ(description.error().code, MediaErrorCode::limitReached);
+  }
 }
 
 class DescribedSequenceTest : public MadeMedia {};
@@ -63,6 +90,8 @@ TEST_F(DescribedSequenceTest, IsDescribedByItsFirstImage) {
   ASSERT_EQ(shot.warnings.size(), 1U);
   EXPECT_EQ(shot.warnings.front().code, MediaWarningCode::missingImages);
   EXPECT_THAT(shot.warnings.front().detail, "1 between 86399 and 86402");
+  std::filesystem::copy_file(path("shot/A001_86400.dpx"), path("shot/A001_086400.dpx"));
+  EXPECT_EQ(described("shot").warnings.back().code, MediaWarningCode::repeatedImages);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ TEST(MediaDescriptionJsonTest, EncodesWhatIsKnownInTheVocabularysForms) {
   clip.path = "/card/A001.MOV";
   clip.size = 1234;
   clip.container = SLVMediaFileContainerQuickTimeMovie;
+  clip.recordingFormat = SLVMediaRecordingFormatP2;
   clip.duration = MediaRational{1001, 3000};
   clip.corporation = MediaCorporation::arri;
   clip.timecode = {
@@ -30,6 +31,7 @@ TEST(MediaDescriptionJsonTest, EncodesWhatIsKnownInTheVocabularysForms) {
   video.frameCount = 10;
   video.chroma = ChromaSubsampling::yuv422;
   video.primaries = {1, "bt709"};
+  video.colorSource = ColorTagSource::container;
   video.colorSpace = SAVRec709ColorSpace;
   AudioStreamDescription& audio = clip.audio.emplace_back();
   audio.format = SAVLpcmAudioFormatValue;
@@ -40,7 +42,7 @@ TEST(MediaDescriptionJsonTest, EncodesWhatIsKnownInTheVocabularysForms) {
 
   const Json json = clip;
   const Json expected = Json::parse(R"json({
-    "path": "/card/A001.MOV", "size": 1234, "extension": "MOV", "container": "QuickTime", "corporation": "Arri",
+    "path": "/card/A001.MOV", "size": 1234, "extension": "mov", "container": "QuickTime", "recordingFormat": "P2", "corporation": "Arri",
     "isHardwareManufacturer": true, "model": null, "frameCount": 10,
     "duration": {"numerator": 1001, "denominator": 3000}, "startTimecodeText": "01:00:58;28",
     "endTimecode": {"hours": 1, "minutes": 0, "seconds": 59, "frames": 7, "isDropFrame": true},
@@ -49,7 +51,8 @@ TEST(MediaDescriptionJsonTest, EncodesWhatIsKnownInTheVocabularysForms) {
               "frameRate": {"ntsc30p": {}}, "frameRateText": "29.97 FPS", "averageFrameRate": null,
               "exactFrameRate": {"numerator": 30000, "denominator": 1001}, "chroma": "4:2:2",
               "pixelAspectRatio": {"numerator": 1, "denominator": 1}, "fieldOrder": "unknown", "range": "unknown",
-              "primaries": {"number": 1, "name": "bt709"}, "colorSpace": "rec_709", "bitDepth": null},
+              "primaries": {"number": 1, "name": "bt709"}, "colorSource": "container", "colorSpace": "rec_709",
+              "bitDepth": null},
     "audio": {"track": 0, "format": "lpcm", "channelLayout": "mono", "bitRate": null,
               "channelLabels": [{"number": 3, "name": "FC"}]}
   })json");
@@ -71,11 +74,20 @@ TEST(MediaDescriptionJsonTest, EncodesWhatIsKnownInTheVocabularysForms) {
 TEST(MediaDescriptionJsonTest, EncodesWhatIsAbsentAsNull) {
   const Json json = MediaDescription{};
   for (const char* const name : {"container", "duration", "seconds", "frameCount", "startTimecode", "endTimecodeText",
-                                 "isDropFrame", "corporation", "creationDate"}) {
+                                 "isDropFrame", "corporation", "creationDate", "recordingFormat", "extension"}) {
     EXPECT_TRUE(json.at(name).is_null()) << name;
   }
   EXPECT_EQ(json["timecodeSource"], "none");
   EXPECT_EQ(json["video"], Json::array());
+}
+
+TEST(MediaDescriptionJsonTest, GivesADirectoryOrAnUnknownExtensionNone) {
+  MediaDescription item;
+  item.path = "/card/A001.xyz";
+  EXPECT_TRUE(Json(item).at("extension").is_null());
+  item.path = "/card/A001.mov";
+  item.container = SLVMediaFileContainerImageSequence;
+  EXPECT_TRUE(Json(item).at("extension").is_null());
 }
 
 }  // namespace

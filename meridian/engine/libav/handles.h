@@ -4,6 +4,7 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libavcodec/packet.h>
 #include <libavformat/avformat.h>
 #include <libavutil/buffer.h>
 #include <libavutil/mem.h>
@@ -23,6 +24,7 @@ struct FreesByPointer {
 };
 
 using BufferPointer = std::unique_ptr<AVBufferRef, FreesByPointer<av_buffer_unref>>;
+using PacketPointer = std::unique_ptr<AVPacket, FreesByPointer<av_packet_free>>;
 using InputPointer = std::unique_ptr<AVFormatContext, FreesByPointer<avformat_close_input>>;
 
 /// Frees a context of input or output that was made with memory of its own.

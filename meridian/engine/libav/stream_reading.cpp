@@ -160,49 +160,68 @@ void describeSize(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   if (video.rotation % 180 == 90) std::swap(video.displayWidth, video.displayHeight);
 }
 
-/// What the times of the frames tell of their rate.
+/// What the times of frames tell of their rate.
 struct ListedRate {
   bool isVariable = false;
+  /// True if the frames differ by the rounding to ticks, which the rate then has as well.
+  bool isRounded = false;
   /// Frames per second; absent if they vary.
   std::optional<MediaRational> rate = std::nullopt;
 };
 
-/// Returns whether the times, in ticks, are those of a constant rate rounded to ticks, that is, within one tick of a
-/// line from the first to the last. No rounding hides in frames of less than 4 ticks: these must be equally long.
-bool areEven(AVStream& stream, int count, std::int64_t first, std::int64_t ticks) {
+/// Returns what times in ticks tell, in their order, of at least two frames. The rate is constant if they are those of
+/// one rate rounded to ticks, that is, within one tick of a line from the first to the last. No rounding hides in
+/// frames of less than 4 ticks: these must be equally long.
+template <typename TimeAt>
+ListedRate rateOfTimes(int count, const TimeAt& timeAt, const AVRational& timeBase) {
+  constexpr ListedRate varies{.isVariable = true};
+  const std::int64_t first = timeAt(0);
   const std::int64_t steps = count - 1;
+  std::int64_t ticks = 0;
+  if (__builtin_sub_overflow(timeAt(count - 1), first, &ticks) || ticks <= 0) return varies;
   const std::int64_t whole = ticks / steps;
   const std::int64_t rest = ticks % steps;
   constexpr std::int64_t shortestRounded = 4;
   const std::int64_t tolerance = whole >= shortestRounded ? steps : 0;
-  for (std::int64_t place = 0; place < count; ++place) {
+  for (int place = 0; place < count; ++place) {
     std::int64_t off = 0;
-    const std::int64_t time = avformat_index_get_entry(&stream, static_cast<int>(place))->timestamp;
-    if (__builtin_sub_overflow(time, first, &off) || __builtin_sub_overflow(off, place * whole, &off)) return false;
-    // Less than 2^31 steps with rests below that, so the products fit.
-    if (off < -1 || off > steps || std::abs(off * steps - place * rest) > tolerance) return false;
+    if (__builtin_sub_overflow(timeAt(place), first, &off) || __builtin_sub_overflow(off, place * whole, &off)) {
+      return varies;
+    }
+    // Less than 2^31 steps and a rest below that, so that the products fit.
+    if (off < -1 || off > steps || std::abs(off * steps - place * rest) > tolerance) return varies;
   }
-  return true;
+  const auto length = secondsOf(ticks, timeBase);
+  const auto numerator = length ? checkedProduct<std::int64_t>(length->denominator, steps) : std::nullopt;
+  return {.isRounded = rest != 0, .rate = numerator ? inLowestTerms({*numerator, length->numerator}) : std::nullopt};
 }
 
 /// Returns the rate of the frames that the index lists; absent for formats that do not list each frame, and for fewer
 /// than two frames.
-std::optional<ListedRate> listedRate(const AVFormatContext& input, AVStream& stream,
-                                     const std::optional<MediaRational>& average) {
+std::optional<ListedRate> listedRate(const AVFormatContext& input, AVStream& stream) {
   if (!std::string_view(input.iformat->name).starts_with("mov,")) return std::nullopt;
   const int count = avformat_index_get_entries_count(&stream);
   if (count < 2) return std::nullopt;
-  const std::int64_t first = avformat_index_get_entry(&stream, 0)->timestamp;
-  std::int64_t ticks = 0;
-  if (__builtin_sub_overflow(avformat_index_get_entry(&stream, count - 1)->timestamp, first, &ticks)) {
-    return std::nullopt;
+  const auto timeAt = [&stream](int place) { return avformat_index_get_entry(&stream, place)->timestamp; };
+  return rateOfTimes(count, timeAt, stream.time_base);
+}
+
+/// Returns the rate of the next frames of a stream: at most 64, and within 1000 packets of all streams.
+ListedRate rateOfNextFrames(AVFormatContext& input, const AVStream& stream) {
+  constexpr int mostPackets = 1000;
+  constexpr std::size_t mostFrames = 64;
+  std::vector<std::int64_t> times;
+  const PacketPointer packet(av_packet_alloc());
+  for (int count = 0; packet && count < mostPackets && times.size() < mostFrames; ++count) {
+    if (av_read_frame(&input, packet.get()) < 0) break;
+    if (packet->stream_index == stream.index && packet->pts != AV_NOPTS_VALUE) times.push_back(packet->pts);
+    av_packet_unref(packet.get());
   }
-  if (ticks <= 0 || !areEven(stream, count, first, ticks)) return ListedRate{.isVariable = true};
-  const bool isRounded = ticks % (count - 1) != 0;
-  if (isRounded && average) return ListedRate{.rate = average};
-  const auto length = secondsOf(ticks, stream.time_base);
-  const auto frames = length ? checkedProduct<std::int64_t>(length->denominator, count - 1) : std::nullopt;
-  return ListedRate{.rate = frames ? inLowestTerms({*frames, length->numerator}) : std::nullopt};
+  // They come in the order of decoding.
+  std::ranges::sort(times);
+  if (times.size() < 2) return {.isVariable = true};
+  const auto timeAt = [&times](int place) { return times[static_cast<std::size_t>(place)]; };
+  return rateOfTimes(static_cast<int>(times.size()), timeAt, stream.time_base);
 }
 
 void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStream& stream) {
@@ -211,21 +230,19 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   video.averageFrameRate = positiveRationalOf(stream.avg_frame_rate);
   auto rate = positiveRationalOf(av_guess_frame_rate(&input, &stream, nullptr));
   const double ratio = rate && video.averageFrameRate ? rate->rawValue() / video.averageFrameRate->rawValue() : 1.0;
-  const auto isAverage = [&video](double each) {
-    return video.averageFrameRate && std::abs(each / video.averageFrameRate->rawValue() - 1) <= 0.01;
-  };
   // An AVI has one rate; an empty frame repeats the one before it. So has a CINE.
   const bool isAvi = std::string_view(input.iformat->name) == "avi";
   const bool isCine = std::string_view(input.iformat->name) == "cine";
   const bool countsFields = isInterlaced(video.fieldOrder) && std::abs(ratio - 2) < 0.02;
   constexpr double fastestRate = 600;
-  if (const auto listed = listedRate(input, stream, video.averageFrameRate)) {
+  if (const auto listed = listedRate(input, stream)) {
     video.isVariable = listed->isVariable;
-    if (listed->rate) rate = listed->rate;
-  } else if (av_q2d(stream.r_frame_rate) > fastestRate && !isCine && !isAverage(av_q2d(stream.r_frame_rate))) {
-    // FFmpeg takes the time base where the frames have no rate in common.
-    video.isVariable = true;
-    rate = video.averageFrameRate;
+    if (listed->rate) rate = listed->isRounded && video.averageFrameRate ? video.averageFrameRate : listed->rate;
+  } else if (av_q2d(stream.r_frame_rate) > fastestRate && !isCine) {
+    // FFmpeg takes the time base where it finds no rate that the frames have in common, or one as fast as this.
+    const ListedRate next = rateOfNextFrames(input, stream);
+    video.isVariable = next.isVariable;
+    rate = next.rate ? next.rate : video.averageFrameRate;
   } else if (isAvi || isCine || countsFields) {
     rate = video.averageFrameRate;
   } else {
