@@ -1,5 +1,6 @@
-// Media files of any bytes: describing one ends within its limits, opens nothing else, and gives consistent values.
+// Media files of any bytes: describing one ends within its limits and gives consistent values.
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <array>
@@ -54,6 +55,13 @@ constexpr auto beginnings = std::to_array<std::string_view>({
     std::string_view(),
 });
 
+/// Returns the most memory that the process had so far, in KiB.
+long mostMemory() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
 void checkRatio(const std::optional<MediaRational>& ratio) {
   if (ratio) require(ratio->numerator >= 0 && ratio->denominator > 0, "a rate or a length of time is not below 0");
 }
@@ -93,11 +101,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string content(reinterpret_cast<const char*>(data), size);
   if (size > 0) content.replace(0, 1, beginnings[data[0] % beginnings.size()]);
   file.write(content);
-  const DescriptionLimits limits{.bytes = std::uint64_t{16} << 20U, .time = std::chrono::seconds(5)};
+  const DescriptionLimits limits{
+      .bytes = std::uint64_t{16} << 20U, .time = std::chrono::seconds(5), .indexEntries = 100'000};
+  const long memoryBefore = mostMemory();
   const auto begin = std::chrono::steady_clock::now();
   const auto description = describeMedia(Url::fromFilePath(file.path()), limits);
   // What one decoder does between two reads is not counted.
   require(std::chrono::steady_clock::now() - begin < std::chrono::seconds(20), "describing ends");
+  // A decoded image of the most pixels is about as large.
+  require(mostMemory() - memoryBefore < 1L << 20U, "describing needs less than 1 GiB");
   if (description) {
     check(*description, content.size());
   } else {

@@ -42,7 +42,7 @@ struct EnumerationTable<MediaErrorCode> {
        "check that it is a media file"},
       {MediaErrorCode::damaged, "damaged", "is damaged or incomplete", "copy it again from the card"},
       {MediaErrorCode::noStreams, "noStreams", "has neither video nor audio", "check that it is a media file"},
-      {MediaErrorCode::limitReached, "limitReached", "needs too many reads or too much time to describe",
+      {MediaErrorCode::limitReached, "limitReached", "needs too many reads, or too much memory or time, to describe",
        "check that it is not damaged and that its volume is not too slow"},
       {MediaErrorCode::noImageSequence, "noImageSequence", "is a folder without numbered images",
        "name a media file, or a folder whose files are images with numbers in their names"},

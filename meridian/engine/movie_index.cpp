@@ -119,7 +119,10 @@ class MovieScan {
   }
 
   void scan(const Box& outer, int depth, Track* track) {
-    if (depth > deepestBox) return fail(MediaErrorCode::damaged, "its boxes are too deeply nested");
+    if (depth > deepestBox) {
+      fail(MediaErrorCode::damaged, "its boxes are too deeply nested");
+      return;
+    }
     for (std::uint64_t place = outer.begin; !error_ && place <= outer.end;) {
       const auto box = boxAt(place, outer.end);
       if (!box) return;
@@ -130,8 +133,14 @@ class MovieScan {
 
   void look(const Box& box, int depth, Track* track) {
     const std::string_view name = box.name();
-    if (name == "cmov") return fail(MediaErrorCode::unknownFormat, "its header is compressed");
-    if (name == "moov" && depth > 0) return fail(MediaErrorCode::damaged, "a header lies within another box");
+    if (name == "cmov") {
+      fail(MediaErrorCode::unknownFormat, "its header is compressed");
+      return;
+    }
+    if (name == "moov" && depth > 0) {
+      fail(MediaErrorCode::damaged, "a header lies within another box");
+      return;
+    }
     if (name == "trak") {
       ++tracks_;
       Track inner;
@@ -160,8 +169,10 @@ class MovieScan {
   /// Boxes begin at the first handler, which is looked for in steps of four bytes.
   void scanMeta(const Box& box, int depth, Track* track) {
     for (std::uint64_t place = box.begin; !error_ && place + 8 <= box.end; place += 4) {
-      if (nameAt(place + 4) == "hdlr")
-        return scan({.type = box.type, .begin = place, .end = box.end}, depth + 1, track);
+      if (nameAt(place + 4) == "hdlr") {
+        scan({.type = box.type, .begin = place, .end = box.end}, depth + 1, track);
+        return;
+      }
     }
   }
 
@@ -219,14 +230,19 @@ class MovieScan {
   /// FFmpeg looks for boxes after each description, up to the end that the description itself states.
   void checkSampleDescription(const Box& box) {
     constexpr std::uint64_t largest = std::uint64_t{1} << 20U;
-    if (box.size() > largest) return fail(MediaErrorCode::damaged, "its sample description is too long");
+    if (box.size() > largest) {
+      fail(MediaErrorCode::damaged, "its sample description is too long");
+      return;
+    }
     std::string content(box.size(), '\0');
     if (!isRead(box.begin, content)) return;
     for (std::size_t place = 8; place + 4 <= content.size();) {
       const std::uint64_t size = number(std::span(content).subspan(place, 4));
       if (size < 8) break;
-      if (size > content.size() - place)
-        return fail(MediaErrorCode::damaged, "a sample description is longer than its box");
+      if (size > content.size() - place) {
+        fail(MediaErrorCode::damaged, "a sample description is longer than its box");
+        return;
+      }
       place += size;
     }
     for (const std::string_view table : tables) {

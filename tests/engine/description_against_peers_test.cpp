@@ -428,6 +428,31 @@ TEST_F(DescriptionTest, SaysWhereTheColourTagsAre) {
   EXPECT_EQ(described("none.mov").video.at(0).colorSource, std::nullopt);
 }
 
+TEST_F(DescriptionTest, GivesAnExactStart) {
+  ASSERT_NO_FATAL_FAILURE(make({{"a.ts", mapVideo + "-c:v mpeg2video -bf 0"}}));
+  const MediaDescription description = described("a.ts");
+  EXPECT_EQ(description.startTime, description.video.at(0).startTime);
+  EXPECT_NE(1'000'000 % description.startTime->denominator, 0);
+}
+
+TEST_F(DescriptionTest, DoesNotTakeRedcodeForJpeg2000) {
+  // The header of a clip without its frames: a rate of audio, a size, a rate and a name.
+  std::string clip(4608, '\0');
+  clip.replace(2, 10, std::string_view("\2\0RED1\1\2\0\0", 10));
+  putBigEndian(clip, 12, 48'000);
+  putBigEndian(clip, 52, 4096);
+  putBigEndian(clip, 56, 2048);
+  clip.replace(60, 6, std::string_view("\0\0\0\x18\0\1", 6));
+  clip.replace(67, 13, "A001_C001.R3D");
+  directory().write("A001_C001.R3D", clip);
+  const MediaDescription description = described("A001_C001.R3D");
+  const VideoStreamDescription& video = description.video.at(0);
+  EXPECT_EQ(video.codec, SLVVideoCodecRedcodeRaw);
+  EXPECT_EQ(video.codecName, "");
+  EXPECT_FALSE(video.isDecodable);
+  EXPECT_EQ(description.corporation, MediaCorporation::red);
+}
+
 TEST_F(DescriptionTest, KnowsTheRecordingFormatByTheCardsDirectories) {
   ASSERT_NO_FATAL_FAILURE(make({{"a.mov", mapVideo + "-frames:v 1 -c:v mjpeg"}}));
   for (const auto& [place, format] : std::map<std::string, std::optional<std::string_view>>{
