@@ -22,7 +22,7 @@ __attribute__((format(printf, 3, 0))) void collect(void* context, int level, con
     av_log_default_callback(context, level, format, arguments);
     return;
   }
-  if (level > AV_LOG_ERROR) return;
+  if (level > AV_LOG_WARNING) return;
   std::array<char, 512> message{};
   const int size = std::vsnprintf(message.data(), message.size(), format, arguments);
   if (size > 0) {
@@ -41,10 +41,15 @@ LogCollector::LogCollector() : outer_(innermost) {
 LogCollector::~LogCollector() { innermost = outer_; }
 
 void LogCollector::take(int level, std::string_view message) const noexcept {
-  if (level > AV_LOG_ERROR || size_ > 0) return;
   message = message.substr(0, message.find('\n'));
   while (message.ends_with('.') || message.ends_with(' ')) message.remove_suffix(1);
-  size_ = message.copy(firstError_.data(), firstError_.size());
+  if (level <= AV_LOG_ERROR) {
+    if (firstError_.text().empty()) firstError_.assign(message);
+  } else if (!isMissing_) {
+    // FFmpeg names the feature in one message, and says in the next that it has not got it.
+    isMissing_ = message.starts_with(" is not implemented");
+    if (!isMissing_) lastWarning_.assign(message);
+  }
 }
 
 }  // namespace meridian::inline v0_2::libav

@@ -26,16 +26,32 @@ class LogCollector {
 
   /// Returns the first line of the level "error" or worse, without its newline, cut off where it is longer than 511
   /// bytes; empty if there is none. The view ends with the collector.
-  [[nodiscard]] std::string_view firstError() const noexcept { return {firstError_.data(), size_}; }
+  [[nodiscard]] std::string_view firstError() const noexcept { return firstError_.text(); }
+
+  /// Returns what FFmpeg said first that it has not got, such as "unknown version 0"; empty if it said nothing of the
+  /// kind. The view ends with the collector.
+  [[nodiscard]] std::string_view missingFeature() const noexcept { return isMissing_ ? lastWarning_.text() : ""; }
 
   /// Takes a message of the log. FFmpeg's C calls it, so it allocates nothing.
   void take(int level, std::string_view message) const noexcept;
 
  private:
+  /// The beginning of a line.
+  class Line {
+   public:
+    [[nodiscard]] std::string_view text() const noexcept { return {bytes_.data(), size_}; }
+    void assign(std::string_view text) noexcept { size_ = text.copy(bytes_.data(), bytes_.size()); }
+
+   private:
+    std::array<char, 511> bytes_{};
+    std::size_t size_ = 0;
+  };
+
   const LogCollector* outer_;
   // Written while FFmpeg runs, also in a collector that its owner only reads.
-  mutable std::array<char, 512> firstError_{};
-  mutable std::size_t size_ = 0;
+  mutable Line firstError_;
+  mutable Line lastWarning_;
+  mutable bool isMissing_ = false;
 };
 
 }  // namespace meridian::inline v0_2::libav

@@ -151,7 +151,7 @@ std::optional<MediaError> MediaInput::openFormat() {
   if (std::string_view(format->name) == "avi") context->max_streams = mostStreamsOfAvi;
   // Frees the context where it fails.
   const int opened = avformat_open_input(&context, "", format, nullptr);
-  if (opened < 0) return failure(opened, damaged, log.firstError());
+  if (opened < 0) return readerFailure(opened, log);
   input_.reset(context);
 
   for (unsigned place = 0; place < context->nb_streams; ++place) {
@@ -162,7 +162,7 @@ std::optional<MediaError> MediaInput::openFormat() {
   for (AVDictionary*& each : options) av_dict_set(&each, "max_pixels", mostPixels, 0);
   const int found = avformat_find_stream_info(context, options.data());
   for (AVDictionary*& each : options) av_dict_free(&each);
-  if (limitReached_ != nullptr || found < 0) return failure(found, damaged, log.firstError());
+  if (limitReached_ != nullptr || found < 0) return readerFailure(found, log);
   return std::nullopt;
 }
 
@@ -209,9 +209,16 @@ MediaError MediaInput::failure(int status, MediaErrorCode otherwise, std::string
   if (limitReached_ != nullptr) return {limitReached, path_, limitReached_};
   if (file_.error()) return {notRead, path_, {}, file_.error()};
   if (status == AVERROR(ENOMEM)) return {outOfMemory, path_};
+  return {otherwise, path_, std::string(detail)};
+}
+
+MediaError MediaInput::readerFailure(int status, const LogCollector& log) const {
+  using enum MediaErrorCode;
+  const std::string_view missing = log.missingFeature();
+  if (!missing.empty()) return failure(status, unknownFormat, "not supported by FFmpeg: " + std::string(missing));
   const bool isUnsupported =
       status == AVERROR_PATCHWELCOME || status == AVERROR(ENOSYS) || status == AVERROR_DECODER_NOT_FOUND;
-  return {isUnsupported ? unknownFormat : otherwise, path_, std::string(detail)};
+  return failure(status, isUnsupported ? unknownFormat : damaged, log.firstError());
 }
 
 bool MediaInput::readAt(std::uint64_t place, std::span<char> memory) noexcept {

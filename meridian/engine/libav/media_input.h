@@ -16,6 +16,7 @@
 #include "meridian/engine/color_spaces.h"
 #include "meridian/engine/describe_media.h"
 #include "meridian/engine/libav/handles.h"
+#include "meridian/engine/libav/log_collector.h"
 #include "meridian/engine/media_error.h"
 #include "meridian/engine/mxf_index.h"
 #include "meridian/platform/file_reader.h"
@@ -58,6 +59,8 @@ class MediaInput {
   [[nodiscard]] bool isBeyondLimits() noexcept;
   [[nodiscard]] bool isWithinBytes(std::size_t count) noexcept;
   [[nodiscard]] MediaError failure(int status, MediaErrorCode otherwise, std::string_view detail = {}) const;
+  /// Returns why FFmpeg failed: a file that it cannot read need not be damaged.
+  [[nodiscard]] MediaError readerFailure(int status, const LogCollector& log) const;
   [[nodiscard]] std::optional<MediaError> openFormat();
   [[nodiscard]] std::optional<MediaError> checkMovieIndex();
   [[nodiscard]] std::string_view unreadMaker() noexcept;
