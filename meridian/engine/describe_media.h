@@ -17,7 +17,10 @@
 
 namespace meridian::inline v0_2 {
 
-/// What describing an item may cost. An item that needs more is the error `limitReached`.
+/// What describing an item may cost. An item that needs more is the error `limitReached`. Images of up to 16384 by 8192
+/// pixels are decoded to learn their format; in formats that name their streams late, such as FLV and MPEG transport
+/// streams, up to FFmpeg's own limit, twice as many. No other memory is bounded than by these numbers: describe files
+/// that you do not trust in a process with a limit of memory.
 struct DescriptionLimits {
   /// Bytes read, counting those that are read twice. The index of a long recording is tens of megabytes.
   std::uint64_t bytes = std::uint64_t{256} << 20U;
@@ -25,10 +28,7 @@ struct DescriptionLimits {
   /// interrupted.
   std::chrono::milliseconds time{30'000};
   /// Entries that the index of a QuickTime, MP4 or MXF file may have in memory, at 24 to 40 bytes each: 92 hours of 60
-  /// frames a second. They are counted before FFmpeg makes room for them. Images of up to 16384 by 8192 pixels are
-  /// decoded to learn their format; in formats that name their streams late, such as FLV and MPEG transport streams,
-  /// up to FFmpeg's own limit, twice as many. No other memory is bounded: describe files that you do not trust in a
-  /// process with a limit of memory.
+  /// frames a second. They are counted before FFmpeg makes room for them.
   std::uint64_t indexEntries = 20'000'000;
   /// Entries of a directory of images: 23 hours of 24 frames a second.
   std::uint64_t directoryEntries = 2'000'000;

@@ -1,7 +1,8 @@
 /// \file
 /// Counts the entries that FFmpeg keeps for a QuickTime or MP4 movie. A few bytes may claim any number of them: samples
 /// of one size, long chunks of sound, edits that repeat an index. FFmpeg makes room for all of them before it asks
-/// whether to go on, so they are counted first. For example:
+/// whether to go on, so they are counted first, and what cannot be counted is an error. (`av_max_alloc` bounds each
+/// block, but not how many there are, and that for the whole process.) For example:
 ///
 ///     const auto entries = movieIndexEntries(size, [&](std::uint64_t place, std::span<char> memory) { ... });
 ///     if (entries && *entries > limit) return limitReached;

@@ -323,6 +323,14 @@ TEST(MxfIndexCounterTest, FindsASegmentHoweverTheReadsDivideIt) {
   }
 }
 
+TEST_F(HostileMediaTest, RefusesAnAviOfTooManyStreams) {
+  std::string maps = "-c:a pcm_s16le";
+  for (int stream = 0; stream < 32; ++stream) maps += " -map 1:a";
+  ASSERT_NO_FATAL_FAILURE(make({{"most.avi", maps}, {"many.avi", maps + " -map 1:a"}}));
+  EXPECT_EQ(errorOf("most.avi"), std::nullopt);
+  EXPECT_EQ(errorOf("many.avi"), MediaErrorCode::limitReached);
+}
+
 TEST_F(HostileMediaTest, DecodesNoHugeImage) {
   ASSERT_NO_FATAL_FAILURE(make({{"still.png", "-map 0:v -frames:v 1 -update 1"}}));
   std::string still = content("still.png");

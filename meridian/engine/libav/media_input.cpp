@@ -215,6 +215,8 @@ MediaError MediaInput::failure(int status, MediaErrorCode otherwise, std::string
 MediaError MediaInput::readerFailure(int status, const LogCollector& log) const {
   using enum MediaErrorCode;
   const std::string_view missing = log.missingFeature();
+  if (log.firstError().starts_with("Number of streams exceeds"))
+    return failure(0, limitReached, "it has too many streams");
   if (!missing.empty()) return failure(status, unknownFormat, "not supported by FFmpeg: " + std::string(missing));
   const bool isUnsupported =
       status == AVERROR_PATCHWELCOME || status == AVERROR(ENOSYS) || status == AVERROR_DECODER_NOT_FOUND;
