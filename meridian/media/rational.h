@@ -5,6 +5,7 @@
 ///     ntsc.rawValue()                                        // 29.97002997...
 ///     NumericRational{1920, 1080} * NumericRational{1, 2}    // 8/9
 ///     checkedProduct(NumericRational{INT64_MAX, 1}, {2, 1})  // std::nullopt: leaves 64 bits
+///     inLowestTerms({50, -4})                                // -25/2
 #pragma once
 
 #include <concepts>
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <string>
 
@@ -195,6 +197,15 @@ struct MediaRational {
 
   friend constexpr bool operator==(const MediaRational&, const MediaRational&) = default;
 };
+
+/// Returns the ratio in lowest terms with a positive denominator; absent if its denominator is 0 or a term cannot be
+/// negated.
+[[nodiscard]] constexpr std::optional<MediaRational> inLowestTerms(const MediaRational& ratio) noexcept {
+  constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
+  if (ratio.denominator == 0 || ratio.numerator == least || ratio.denominator == least) return std::nullopt;
+  const std::int64_t divisor = std::gcd(ratio.numerator, ratio.denominator) * (ratio.denominator < 0 ? -1 : 1);
+  return MediaRational{ratio.numerator / divisor, ratio.denominator / divisor};
+}
 
 static_assert(RatioRepresentable<NumericRational> && RatioRepresentable<CGFloatRational> &&
               RatioRepresentable<MediaRational>);

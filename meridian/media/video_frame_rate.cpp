@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
 #include "meridian/media/frame_rate.h"
@@ -33,30 +32,31 @@ std::optional<VideoFrameRate> standardRateDisplayedAlike(const VideoFrameRate& r
   return std::nullopt;
 }
 
+std::optional<MediaRational> recognizedRate(const MediaRational& rate) noexcept {
+  const auto reduced = inLowestTerms(rate);
+  if (!reduced || reduced->numerator <= 0) return std::nullopt;
+  const double given = reduced->rawValue();
+  constexpr double greatestRounded = 1000;
+  constexpr double tolerance = 0.005;
+  if (given > greatestRounded) return reduced;
+  const auto distanceTo = [given](const MediaRational& each) { return std::abs(each.rawValue() - given); };
+  const MediaRational whole{std::llround(given), 1};
+  const MediaRational ntsc{std::llround(given * 1.001) * 1000, 1001};
+  const MediaRational& nearest = distanceTo(whole) <= distanceTo(ntsc) ? whole : ntsc;
+  return nearest.numerator > 0 && distanceTo(nearest) <= tolerance ? inLowestTerms(nearest) : reduced;
+}
+
 std::optional<VideoFrameRate> frameRateMeantBy(double framesPerSecond) {
-  const auto rational = framesPerSecond > 0 ? MediaRational::fromRawValue(framesPerSecond) : std::nullopt;
-  const auto rate = rational ? VideoFrameRate::matching(*rational) : std::nullopt;
-  if (!rate || rate->kind() != VideoFrameRateKind::custom) return rate;
   if (framesPerSecond == tableRow(FrameRateKind::fps23_98).storedValue) return VideoFrameRate::ntsc24p;
-  const auto distanceTo = [framesPerSecond](const MediaRational& each) {
-    return std::abs(each.rawValue() - framesPerSecond);
-  };
-  // From 1001 on, N * 1000/1001 is as far from N as the next whole number.
-  if (framesPerSecond <= 1000) {
-    const MediaRational whole{std::llround(framesPerSecond), 1};
-    const MediaRational reduced{std::llround(framesPerSecond * 1001 / 1000) * 1000, 1001};
-    const MediaRational& nearest = distanceTo(whole) <= distanceTo(reduced) ? whole : reduced;
-    constexpr double tolerance = 0.005;
-    if (nearest.numerator > 0 && distanceTo(nearest) <= tolerance) return VideoFrameRate::matching(nearest);
-  }
-  const std::int64_t divisor = gcd(rational->numerator, rational->denominator);
-  return VideoFrameRate::custom({rational->numerator / divisor, rational->denominator / divisor});
+  const auto millionths = MediaRational::fromRawValue(framesPerSecond);
+  const auto rate = millionths ? recognizedRate(*millionths) : std::nullopt;
+  return rate ? VideoFrameRate::matching(*rate) : std::nullopt;
 }
 
 std::string describeFrameRate(double framesPerSecond) {
   if (!(framesPerSecond > 0)) return "not a frame rate: it has to be above 0";
   const auto meant = frameRateMeantBy(framesPerSecond);
-  if (!meant) return "too large for a frame rate";
+  if (!meant) return framesPerSecond < 1 ? "too small for a frame rate" : "too large for a frame rate";
   const std::string text = plainDecimalText(framesPerSecond) + " fps";
   const MediaRational rational = meant->rawValue();
   const bool isWhole = rational.denominator == 1;

@@ -168,15 +168,21 @@ inline constexpr auto standardVideoFrameRates = std::to_array<VideoFrameRate>(
 /// absent for a standard rate, and if no standard rate looks alike.
 [[nodiscard]] MERIDIAN_API std::optional<VideoFrameRate> standardRateDisplayedAlike(const VideoFrameRate& rate);
 
-/// Returns the exact rate that is meant by a number of frames per second as people and stored settings write it: a
-/// whole number N or N * 1000/1001 if that is at most 0.005 away, so that 23.976 and 23.98 are both 24000/1001; also
-/// 24000/1001 for 23.967, the stored form of 23.98. Any other number is a custom rate in millionths: 12.5 is 25/2.
-/// Absent for a number that is not above 0, not finite or too large.
+/// Returns the exact rate that a rounded one stands for, in lowest terms: the whole number N or N * 1000/1001, whichever
+/// is nearer, if it is at most 0.005 away, so that 2398/100 is 24000/1001; any other rate as it is. Rates above 1000 are
+/// never rounded, as N * 1000/1001 is then as far from N as from other whole numbers. Absent for a rate that is not
+/// above 0 or not finite.
+[[nodiscard]] MERIDIAN_API std::optional<MediaRational> recognizedRate(const MediaRational& rate) noexcept;
+
+/// Returns the exact rate that is meant by a number of frames per second as people and stored settings write it: that
+/// of `recognizedRate` for its millionths, so that 12.5 is 25/2; also 24000/1001 for 23.967, the stored form of 23.98.
+/// Absent for a number below a millionth, not finite or too large.
 [[nodiscard]] MERIDIAN_API std::optional<VideoFrameRate> frameRateMeantBy(double framesPerSecond);
 
 /// Describes a number of frames per second together with the exact rate that is meant by it: "23.976 fps =
 /// 24000/1001", "25 fps", "23.98 fps, meaning 24000/1001", "12.5 fps, not a standard rate". Says that 23.967 is the
-/// stored form of 24000/1001. Says so where it is not a frame rate: not above 0, not finite or too large.
+/// stored form of 24000/1001. Says so where it is not a frame rate: not above 0, below a
+/// millionth, not finite or too large.
 [[nodiscard]] MERIDIAN_API std::string describeFrameRate(double framesPerSecond);
 
 }  // namespace meridian::inline v0_2

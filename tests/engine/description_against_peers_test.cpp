@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 
-#include "meridian/engine/recognized_rate.h"
 #include "meridian/media/media_names.h"
 #include "tests/engine/made_media.h"
 #include "tests/support/process.h"

@@ -133,6 +133,7 @@ TEST(VideoFrameRate, FindsTheExactRateThatIsMeantByANumber) {
                      {12.5, custom(25, 2), "12.5 fps, not a standard rate"},
                      {1500.5, custom(3001, 2), "1500.5 fps, not a standard rate"},
                      {0, std::nullopt, "not a frame rate: it has to be above 0"},
+                     {1e-9, std::nullopt, "too small for a frame rate"},
                      {-25, std::nullopt, "not a frame rate: it has to be above 0"},
                      {inf, std::nullopt, "too large for a frame rate"},
                      {std::nan(""), std::nullopt, "not a frame rate: it has to be above 0"}};
@@ -146,6 +147,43 @@ TEST(VideoFrameRate, FindsTheExactRateThatIsMeantByANumber) {
       EXPECT_EQ(frameRateMeantBy(std::round(rate.rawValue().rawValue() * scale) / scale), rate);
     }
   }
+}
+
+TEST(VideoFrameRate, RecognizesTheExactRateNearARoundedOne) {
+  struct Row {
+    MediaRational given;
+    std::optional<MediaRational> expected;
+  };
+  constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
+  for (const auto& [given, expected] : {
+           Row{{2398, 100}, MediaRational{24000, 1001}},
+           {{23976, 1000}, MediaRational{24000, 1001}},
+           {{2997, 100}, MediaRational{30000, 1001}},
+           {{19001, 317}, MediaRational{60000, 1001}},  // 59.940063
+           {{11988, 100}, MediaRational{120000, 1001}},
+           {{25, 1}, MediaRational{25, 1}},
+           {{50, 2}, MediaRational{25, 1}},
+           {{-50, -2}, MediaRational{25, 1}},
+           {{24004, 1000}, MediaRational{24, 1}},
+           {{24006, 1000}, MediaRational{12003, 500}},
+           {{25, 2}, MediaRational{25, 2}},
+           {{15000, 1001}, MediaRational{15000, 1001}},
+           {{1, 1}, MediaRational{1, 1}},
+           {{5000, 1001}, MediaRational{5000, 1001}},  // although 5 is near
+           {{24005, 1000}, MediaRational{24, 1}},
+           {{3001, 2}, MediaRational{3001, 2}},  // although 1502000/1001 is near
+           {{largest, 1}, MediaRational{largest, 1}},
+           {{0, 1}, {}},
+           {{-25, 1}, {}},
+           {{25, 0}, {}},
+           {{least, 1}, {}},
+           {{1, least}, {}},
+       }) {
+    EXPECT_EQ(recognizedRate(given), expected) << given.numerator << '/' << given.denominator;
+  }
+  for (const VideoFrameRate& rate : standardVideoFrameRates)
+    EXPECT_EQ(recognizedRate(rate.rawValue()), rate.rawValue());
 }
 
 }  // namespace

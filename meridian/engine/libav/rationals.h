@@ -10,7 +10,7 @@ extern "C" {
 #include <cstdint>
 #include <optional>
 
-#include "meridian/engine/recognized_rate.h"
+#include "meridian/base/integer_arithmetic.h"
 #include "meridian/media/rational.h"
 
 namespace meridian::inline v0_2::libav {

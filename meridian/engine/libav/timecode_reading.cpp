@@ -8,7 +8,6 @@
 
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/printable.h"
-#include "meridian/engine/recognized_rate.h"
 #include "meridian/media/frame_number.h"
 
 namespace meridian::inline v0_2::libav {
