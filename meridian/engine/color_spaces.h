@@ -12,11 +12,20 @@
 
 namespace meridian::inline v0_2 {
 
-/// Code points of colour primaries, transfer characteristics and matrix coefficients. 2 is "unspecified".
+/// Code points of colour primaries, transfer characteristics and matrix coefficients.
 struct ColorSpaceCodes {
-  int primaries = 2;
-  int transfer = 2;
-  int matrix = 2;
+  static constexpr int unspecified = 2;
+  /// The matrix of R'G'B', which has none.
+  static constexpr int rgbMatrix = 0;
+
+  int primaries = unspecified;
+  int transfer = unspecified;
+  int matrix = unspecified;
+
+  /// Returns true if all three are stated.
+  [[nodiscard]] constexpr bool areStated() const noexcept {
+    return primaries != unspecified && transfer != unspecified && matrix != unspecified;
+  }
 
   friend constexpr bool operator==(const ColorSpaceCodes&, const ColorSpaceCodes&) = default;
 };

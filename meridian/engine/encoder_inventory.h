@@ -116,4 +116,8 @@ struct EncoderInventory {
 /// built without. Thread-safe as far as the device's driver is.
 [[nodiscard]] MERIDIAN_API bool deviceOpens(const std::string& kind);
 
+/// Returns whether the encoder with FFmpeg's name has an option of its own, or of every encoder, with this name. False
+/// for an encoder that this FFmpeg was built without.
+[[nodiscard]] MERIDIAN_API bool encoderHasOption(const std::string& encoder, const std::string& option);
+
 }  // namespace meridian::inline v0_2

@@ -160,6 +160,12 @@ struct StreamDescription {
   friend bool operator==(const StreamDescription&, const StreamDescription&) = default;
 };
 
+/// Returns the nearest quarter turn to an angle in degrees: 0, 90, 180 or 270.
+[[nodiscard]] constexpr int nearestQuarterTurn(int degrees) noexcept {
+  const int positive = (degrees % 360 + 360) % 360;
+  return (positive + 45) / 90 % 4 * 90;
+}
+
 /// A stream of images.
 struct VideoStreamDescription : StreamDescription {
   /// The codec in the vocabulary of media: `SLVVideoCodecProRes422`.

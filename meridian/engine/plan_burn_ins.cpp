@@ -1,6 +1,7 @@
 // What is burnt into the image: timecode, a text, and a watermark image.
 #include <cmath>
 
+#include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/engine/plan_video.h"
 
@@ -27,12 +28,10 @@ constexpr TextFlags textFlags{SAVWatermarkTextAddBurnFlag.rawValue(),      SAVWa
                               SAVWatermarkTextBurnFontSizeFlag.rawValue(), SAVWatermarkTextBurnFontRGBFlag.rawValue(),
                               SAVWatermarkTextBurnBoxRGBFlag.rawValue(),   SAVAnchorTopCenter};
 
-int marginOf(const ImageForm& image) { return static_cast<int>(std::lround(image.height * 0.025)); }
-
 TextStyle textStyle(PlanContext& context, const TextFlags& flags, const ImageForm& image) {
   TextStyle style;
   style.anchor = context.oneOf<Anchor>(flags.anchor).value_or(flags.usualAnchor);
-  style.margin = marginOf(image);
+  style.margin = static_cast<int>(std::lround(image.height * 0.025));
   style.fontSize = image.height * 0.04;
   if (const auto points = context.value<std::int64_t>(flags.size)) {
     if (*points < 4 || *points > 400) context.fail(fontSizeOutOfRange, flags.size);
@@ -53,8 +52,9 @@ void planWatermark(PlanContext& context, std::vector<PlannedStep>& steps, const 
   WatermarkStep step;
   step.path = context.text(pathFlag);
   step.anchor = context.oneOf<Anchor>(SAVWatermarkFileBurnAnchorFlag.rawValue()).value_or(SAVAnchorBottomRight);
-  step.margin = marginOf(image);
-  step.scale = context.value<float>(scaleFlag).value_or(1.0F);
+  // The number as written, of which the float is a rounding.
+  if (context.value<float>(scaleFlag)) step.scale = doubleFromText(context.text(scaleFlag)).value_or(1);
+  if (!context.inventory.hasFilter("overlay")) context.fail(filterMissing, pathFlag, "overlay");
   const bool isScale = step.scale > 0 && std::isfinite(step.scale);
   if (!isScale) context.fail(scaleOutOfRange, scaleFlag);
   if (const auto& looked = context.surroundings.watermark) {
@@ -67,7 +67,7 @@ void planWatermark(PlanContext& context, std::vector<PlannedStep>& steps, const 
       const double height = mark.size.height * step.scale;
       if (width > image.width || height > image.height) {
         context.fail(watermarkTooLarge, context.isSet(scaleFlag) ? scaleFlag : pathFlag,
-                     "the frame is " + std::to_string(image.width) + " x " + std::to_string(image.height));
+                     "the frame is " + sizeText(image));
       } else {
         step.size = {std::max(static_cast<int>(std::lround(width)), 1),
                      std::max(static_cast<int>(std::lround(height)), 1)};

@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <array>
 
+#include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
+#include "meridian/cli/transcode_properties.h"
 
 namespace meridian::inline v0_2 {
 namespace {
 
 /// Returns why no flag of the group has an effect; empty if some have.
-std::string_view reasonOfGroup(FlagGroup group, const TranscodePlan& plan) {
+std::string_view reasonOfGroup(FlagGroup group, const PlanContext& context) {
+  const TranscodePlan& plan = context.plan;
   switch (group) {
     case FlagGroup::video:
     case FlagGroup::watermarkFile:
@@ -19,9 +22,13 @@ std::string_view reasonOfGroup(FlagGroup group, const TranscodePlan& plan) {
       return plan.video->isCopied() ? "the video is copied" : "";
     case FlagGroup::audio:
       if (plan.audio.empty()) return "there is no audio in the output";
-      return std::ranges::all_of(plan.audio, &PlannedAudioTrack::isCopied) ? "the audio is copied" : "";
+      return context.isAudioCopied ? "the audio is copied" : "";
     case FlagGroup::timecode:
-      return plan.timecode ? "" : "there is no timecode in the output; add -tc_track or -tc_burn";
+      if (!plan.video) return "there is no video in the output";
+      if (plan.timecode) return "";
+      return context.container && tableRow(*context.container).timecode == TimecodeStorage::none
+                 ? "the container keeps no timecode"
+                 : "there is no timecode in the output; add -tc_track or -tc_burn";
     case FlagGroup::command:
     case FlagGroup::general:
       break;
@@ -56,6 +63,25 @@ constexpr auto dependentFlags = std::to_array<DependentFlag>({
 
 }  // namespace
 
+std::string frameRateText(const VideoFrameRate& rate) {
+  const MediaRational rational = rate.rawValue();
+  if (rational.denominator == 1) return std::to_string(rational.numerator) + " fps";
+  return fixedDecimalText(rational.rawValue(), 3) + " fps (" + std::to_string(rational.numerator) + "/" +
+         std::to_string(rational.denominator) + ")";
+}
+
+PlanContext::PlanContext(const TranscodeExplanation& explained, const EncoderInventory& installed,
+                         const TranscodeSurroundings& found)
+    : words(explained),
+      arguments(explained.arguments),
+      inventory(installed),
+      surroundings(found),
+      isUsed_(explained.settings.size(), false) {
+  byFlag_.reserve(explained.settings.size());
+  for (const ExplainedSetting& setting : explained.settings) byFlag_.push_back(&setting);
+  std::ranges::sort(byFlag_, {}, &ExplainedSetting::flag);
+}
+
 void PlanContext::fail(TranscodePlanErrorCode code, std::string_view flag, std::string_view detail,
                        std::string advice) {
   const ExplainedSetting* const setting = use(flag);
@@ -68,19 +94,26 @@ void PlanContext::fail(TranscodePlanErrorCode code, std::string_view flag, std::
   errors.push_back({{code, std::string(flag), std::move(text)}, std::move(advice)});
 }
 
+void PlanContext::failRate(std::string_view detail, std::string advice) {
+  const std::string_view flag = SAVVideoFrameRateFlag.rawValue();
+  fail(TranscodePlanErrorCode::rateOutOfRange, value<float>(flag) ? flag : image->part->flag, detail,
+       std::move(advice));
+}
+
 void PlanContext::warn(TranscodePlanWarningCode code, std::string_view flag, std::string_view detail,
                        std::string advice) {
   plan.warnings.push_back({{code, std::string(flag), std::string(detail)}, std::move(advice)});
 }
 
 const ExplainedSetting* PlanContext::find(std::string_view flag) const {
-  const auto found = std::ranges::find(words.settings, flag, &ExplainedSetting::flag);
-  return found == words.settings.end() ? nullptr : &*found;
+  const auto flagOf = [](const ExplainedSetting* setting) { return std::string_view(setting->flag); };
+  const auto found = std::ranges::lower_bound(byFlag_, flag, {}, flagOf);
+  return found == byFlag_.end() || (*found)->flag != flag ? nullptr : *found;
 }
 
 const ExplainedSetting* PlanContext::use(std::string_view flag) {
   const ExplainedSetting* const setting = find(flag);
-  if (setting != nullptr) isUsed_[static_cast<std::size_t>(setting - words.settings.data())] = true;
+  if (setting != nullptr) use(*setting);
   return setting;
 }
 
@@ -89,18 +122,24 @@ std::string_view PlanContext::text(std::string_view flag) const {
   return setting != nullptr ? std::string_view(setting->value) : std::string_view();
 }
 
+std::string_view PlanContext::containerFlag() const {
+  return isSet(SAVFileFormatFlag.rawValue()) ? SAVFileFormatFlag.rawValue() : SAVOutputFileFlag.rawValue();
+}
+
 void PlanContext::ignore(std::string_view flag, std::string_view reason) { ignored_.push_back({flag, reason}); }
 
 void PlanContext::warnOfUnused() {
   for (std::size_t place = 0; place < isUsed_.size(); ++place) {
     if (isUsed_[place]) continue;
     const ExplainedSetting& setting = words.settings[place];
+    // As the source is what a copy is.
+    if (isCopyOfSource(setting.flag, setting.value)) continue;
     const auto ignored = std::ranges::find(ignored_, setting.flag, &IgnoredFlag::flag);
     const FlagDescription* const known = findFlag(setting.flag);
     std::string_view reason = ignored != ignored_.end() ? ignored->reason : "";
     const auto dependent = std::ranges::find(dependentFlags, setting.flag, &DependentFlag::flag);
     if (reason.empty() && dependent != dependentFlags.end() && !isSet(dependent->needed)) reason = dependent->reason;
-    if (reason.empty() && known != nullptr) reason = reasonOfGroup(known->group, plan);
+    if (reason.empty() && known != nullptr) reason = reasonOfGroup(known->group, *this);
     warn(TranscodePlanWarningCode::withoutEffect, setting.flag, reason);
   }
 }

@@ -47,7 +47,7 @@ struct SourceGroup {
   }
 };
 
-/// The video that is taken.
+/// The video that is used.
 struct SourceImage {
   const SourceGroup* group = nullptr;
   const SourcePart* part = nullptr;
@@ -57,12 +57,7 @@ struct SourceImage {
 class PlanContext {
  public:
   PlanContext(const TranscodeExplanation& explained, const EncoderInventory& installed,
-              const TranscodeSurroundings& found)
-      : words(explained),
-        arguments(explained.arguments),
-        inventory(installed),
-        surroundings(found),
-        isUsed_(explained.settings.size(), false) {}
+              const TranscodeSurroundings& found);
 
   const TranscodeExplanation& words;
   const TranscodeCliArguments& arguments;
@@ -75,16 +70,23 @@ class PlanContext {
   std::optional<SourceImage> image;
   /// Absent if it cannot be told.
   std::optional<OutputContainer> container;
+  /// False if "-vn" or the container leaves the video out.
+  bool keepsVideo = true;
+  bool isAudioCopied = false;
   TranscodePlan plan;
   std::vector<TranscodePlanError> errors;
 
   /// Adds an error about a flag. Where the flag has a value, the detail begins with it, as written.
   void fail(TranscodePlanErrorCode code, std::string_view flag, std::string_view detail = {}, std::string advice = {});
+  /// Adds an error about the frame rate of the output, which is that of "-vr" or of the source.
+  void failRate(std::string_view detail, std::string advice = {});
   void warn(TranscodePlanWarningCode code, std::string_view flag, std::string_view detail = {},
             std::string advice = {});
 
   /// Returns the setting of a flag and marks it as used; null if it is not set.
   const ExplainedSetting* use(std::string_view flag);
+  /// Marks a setting of `words` as used.
+  void use(const ExplainedSetting& setting) { isUsed_[placeOf(setting)] = true; }
   /// Returns whether the flag is set, and marks it as used.
   bool has(std::string_view flag) { return use(flag) != nullptr; }
   /// Returns whether the flag is set, without marking it.
@@ -112,6 +114,9 @@ class PlanContext {
   /// Returns the text of a flag, valid or not, without marking it; empty if it is not set.
   [[nodiscard]] std::string_view text(std::string_view flag) const;
 
+  /// Returns the flag that chose the container.
+  [[nodiscard]] std::string_view containerFlag() const;
+
   /// Says why a flag, if it is set, has no effect.
   void ignore(std::string_view flag, std::string_view reason);
   /// Warns about every setting that no step has used.
@@ -119,6 +124,9 @@ class PlanContext {
 
  private:
   [[nodiscard]] const ExplainedSetting* find(std::string_view flag) const;
+  [[nodiscard]] std::size_t placeOf(const ExplainedSetting& setting) const {
+    return static_cast<std::size_t>(&setting - words.settings.data());
+  }
 
   struct IgnoredFlag {
     std::string_view flag;
@@ -126,17 +134,22 @@ class PlanContext {
   };
 
   std::vector<bool> isUsed_;
+  /// The settings sorted by their flags: a camera card has thousands of inputs.
+  std::vector<const ExplainedSetting*> byFlag_;
   std::vector<IgnoredFlag> ignored_;
 };
+
+/// Returns a rate as text: "25 fps", "29.970 fps (30000/1001)".
+[[nodiscard]] std::string frameRateText(const VideoFrameRate& rate);
 
 // The steps, in the order in which they run. Each adds its part to the plan, and its errors and warnings.
 
 /// Reports what the words themselves get wrong.
 void planWords(PlanContext& context);
-/// Finds the sources, and the video that is taken.
-void planSources(PlanContext& context, std::span<const Expected<MediaDescription, MediaError>> media);
 /// Chooses the container and its file.
 void planOutput(PlanContext& context);
+/// Finds the sources, and the video that is used.
+void planSources(PlanContext& context, std::span<const Expected<MediaDescription, MediaError>> media);
 void planVideo(PlanContext& context);
 void planAudio(PlanContext& context);
 void planTimecode(PlanContext& context);

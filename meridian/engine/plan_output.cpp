@@ -1,6 +1,7 @@
 // The output of a transcode: its container, its path, and what happens around it.
 #include <algorithm>
 
+#include "meridian/base/is_in.h"
 #include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
 #include "meridian/engine/plan_context.h"
@@ -16,8 +17,8 @@ std::string allowedExtensions(const std::optional<SAVTranscodeArgumentFileFormat
                               const std::optional<SAVTranscodeArgumentVideoCodecValue>& codec) {
   std::vector<std::string> texts;
   const auto fits = [&](FileExtension extension) {
-    return (!format || std::ranges::find(format->validExtensions(), extension) != format->validExtensions().end()) &&
-           (!codec || std::ranges::find(codec->permittedExtensions(), extension) != codec->permittedExtensions().end());
+    return (!format || isIn(format->validExtensions(), extension)) &&
+           (!codec || isIn(codec->permittedExtensions(), extension));
   };
   for (const OutputContainer container : allCases<OutputContainer>()) {
     if (fits(tableRow(container).extension)) texts.push_back(path(tableRow(container).extension));
@@ -46,7 +47,7 @@ void chooseContainer(PlanContext& context) {
   // Wave leaves video out, so that its codec does not matter.
   const auto relevantCodec = context.container == OutputContainer::wav ? std::nullopt : codec;
   const auto isAllowed = [&](std::span<const FileExtension> extensions) {
-    return extension && std::ranges::find(extensions, *extension) != extensions.end();
+    return extension && isIn(extensions, *extension);
   };
   const bool fitsFormat = format ? isAllowed(format->validExtensions()) : byExtension.has_value();
   const bool fitsCodec = !relevantCodec || isAllowed(relevantCodec->permittedExtensions());
@@ -64,6 +65,21 @@ void chooseContainer(PlanContext& context) {
   }
 }
 
+/// Returns the file that the transcode reads and that is also at the path: as found out, or by the same text.
+std::optional<std::string> writtenOver(const PlanContext& context, std::string_view path,
+                                       const std::optional<std::string>& found) {
+  if (found) return found;
+  const auto isRead = [](std::string_view flag) {
+    return flag == SAVColorLutFileFlag.rawValue() || flag == SAVWatermarkFileBurnFilePathFlag.rawValue() ||
+           TranscodeCliArguments::isInputFileFlag(flag);
+  };
+  const bool isWritten = std::ranges::any_of(
+      context.words.settings, [&](const ExplainedSetting& each) { return each.value == path && isRead(each.flag); });
+  const auto& watermark = context.surroundings.watermark;
+  const bool isWatermark = watermark && *watermark && (*watermark)->path == path;
+  return isWritten || isWatermark ? std::optional(std::string(path)) : std::nullopt;
+}
+
 void checkPath(PlanContext& context) {
   using enum TranscodePlanErrorCode;
   const OutputState& state = context.surroundings.output;
@@ -78,8 +94,9 @@ void checkPath(PlanContext& context) {
   } else if (!state.directoryIsWritable) {
     context.fail(directoryNotWritable, flag);
   }
-  if (state.sameSource) {
-    context.fail(outputIsSource, flag, inQuotes(*state.sameSource));
+  const auto written = writtenOver(context, context.plan.output.path, state.sameSource);
+  if (written) {
+    context.fail(outputIsSource, flag, "which is " + inQuotes(*written));
   } else if (state.exists && !mayReplace) {
     context.fail(outputExists, flag);
   }
@@ -97,15 +114,31 @@ void planOutput(PlanContext& context) {
     checkPath(context);
     if (!output.path.ends_with('/') && !context.surroundings.output.isDirectory) chooseContainer(context);
   }
-  if (context.container) output.container = *context.container;
+  if (context.container) {
+    const OutputContainerRow& row = tableRow(*context.container);
+    output.container = row.value;
+    if (!context.inventory.hasMuxer(row.rawValue)) {
+      context.fail(TranscodePlanErrorCode::muxerMissing, context.containerFlag(), std::string(row.rawValue));
+    }
+  }
+  context.keepsVideo =
+      !context.has(SAVNoVideoFlag.rawValue()) && (!context.container || tableRow(*context.container).holdsVideo);
 
   output.workDirectory = context.value<std::string>(SAVWorkDirectoryFlag.rawValue()).value_or("");
   if (!output.workDirectory.empty() && !context.surroundings.output.workDirectoryIsUsable) {
     context.fail(TranscodePlanErrorCode::workDirectoryNotUsable, SAVWorkDirectoryFlag.rawValue());
   }
   output.progressFile = context.value<std::string>(SAVProgressFileFlag.rawValue()).value_or("");
-  if (!output.progressFile.empty() && !context.surroundings.output.progressFileIsWritable) {
-    context.fail(TranscodePlanErrorCode::progressFileNotMade, SAVProgressFileFlag.rawValue());
+  if (!output.progressFile.empty()) {
+    const OutputState& state = context.surroundings.output;
+    auto written = writtenOver(context, output.progressFile, state.sameAsProgressFile);
+    if (!written && output.progressFile == output.path) written = output.path;
+    if (written) {
+      context.fail(TranscodePlanErrorCode::progressFileInUse, SAVProgressFileFlag.rawValue(),
+                   "which is " + inQuotes(*written));
+    } else if (!state.progressFileIsWritable) {
+      context.fail(TranscodePlanErrorCode::progressFileNotMade, SAVProgressFileFlag.rawValue());
+    }
   }
   output.progressPrefix = context.value<std::string>(SAVProgressOutputPrefixFlag.rawValue());
 }

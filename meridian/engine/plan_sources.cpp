@@ -6,8 +6,10 @@
 #include "meridian/base/numbers.h"
 #include "meridian/base/precondition.h"
 #include "meridian/base/printable.h"
+#include "meridian/base/text.h"
 #include "meridian/engine/plan_context.h"
 #include "meridian/media/file_extension.h"
+#include "meridian/media/media_corporation.h"
 #include "meridian/media/media_names.h"
 #include "meridian/platform/path_text.h"
 
@@ -27,7 +29,7 @@ std::vector<NumberedInput> numberedInputs(PlanContext& context) {
   std::vector<NumberedInput> inputs;
   for (const ExplainedSetting& setting : context.words.settings) {
     if (!TranscodeCliArguments::isInputFileFlag(setting.flag)) continue;
-    context.use(setting.flag);
+    context.use(setting);
     const std::string_view numbers = std::string_view(setting.flag).substr(SAVInputPrefixFlag.rawValue().size() + 1);
     const std::size_t separator = numbers.rfind('_');
     inputs.push_back({integerFromText(numbers.substr(0, separator)).value_or(0),
@@ -40,14 +42,17 @@ std::vector<NumberedInput> numberedInputs(PlanContext& context) {
   return inputs;
 }
 
-bool hasImageExtension(std::string_view path) {
-  const auto extension = fileExtensionIgnoringCase(pathExtension(path));
-  return extension && FileExtensionSet::imageFileExtensions().contains(*extension);
+/// Returns whether a part is one image: by its extension, or because FFmpeg reads it as one.
+bool isSingleImage(const SourcePart& part) {
+  const auto extension = fileExtensionIgnoringCase(pathExtension(part.path));
+  return (extension && FileExtensionSet::imageFileExtensions().contains(*extension)) ||
+         (part.media != nullptr && part.media->formatName.ends_with("_pipe"));
 }
 
 /// What a part must have in common with the part that it continues.
 struct PartTrait {
   std::string_view name;
+  bool isOfVideo;
   std::string (*of)(const MediaDescription& media);
 };
 
@@ -62,66 +67,127 @@ std::string audioTrait(const MediaDescription& media, auto text) {
   return texts.empty() ? "none" : texts;
 }
 
+std::string ratioText(const MediaRational& ratio) {
+  return std::to_string(ratio.numerator) + (ratio.denominator == 1 ? "" : "/" + std::to_string(ratio.denominator));
+}
+
+std::string exactRateText(const VideoStreamDescription& video) {
+  if (!video.frameRate) return "unknown";
+  return ratioText(video.exactFrameRate.value_or(video.frameRate->rawValue())) + " fps" +
+         (video.isVariable ? ", variable" : "");
+}
+
+constexpr std::string_view frameRateTrait = "frame rate";
+
+using Video = VideoStreamDescription;
+using Audio = AudioStreamDescription;
+
 constexpr auto partTraits = std::to_array<PartTrait>({
-    {"size",
+    {"size", true,
      [](const MediaDescription& media) {
-       return videoTrait(media, [](const VideoStreamDescription& video) {
+       return videoTrait(media, [](const Video& video) {
          return std::to_string(video.width) + " x " + std::to_string(video.height);
        });
      }},
-    {"frame rate",
+    {frameRateTrait, true, [](const MediaDescription& media) { return videoTrait(media, exactRateText); }},
+    {"video codec", true,
      [](const MediaDescription& media) {
-       return videoTrait(media, [](const VideoStreamDescription& video) {
-         return video.frameRate ? video.frameRate->formattedString() : std::string("unknown");
-       });
-     }},
-    {"video codec",
-     [](const MediaDescription& media) {
-       return videoTrait(media, [](const VideoStreamDescription& video) {
+       return videoTrait(media, [](const Video& video) {
          return video.codecName + (video.profile.empty() ? "" : " " + video.profile);
        });
      }},
-    {"pixel format",
+    {"pixel format", true,
      [](const MediaDescription& media) {
-       return videoTrait(media, [](const VideoStreamDescription& video) { return video.pixelFormat; });
+       return videoTrait(media, [](const Video& video) { return video.pixelFormat; });
      }},
-    {"audio tracks", [](const MediaDescription& media) { return std::to_string(media.audio.size()); }},
-    {"audio codec",
+    {"rotation", true,
      [](const MediaDescription& media) {
-       return audioTrait(media, [](const AudioStreamDescription& track) { return track.codecName; });
+       return videoTrait(media, [](const Video& video) {
+         return std::to_string(video.rotation) + " degrees" + (video.isMirrored ? ", mirrored" : "");
+       });
      }},
-    {"sample rate",
+    {"pixel aspect ratio", true,
      [](const MediaDescription& media) {
-       return audioTrait(media, [](const AudioStreamDescription& track) { return std::to_string(track.sampleRate); });
+       return videoTrait(media, [](const Video& video) { return ratioText(video.pixelAspectRatio); });
      }},
-    {"audio channels",
+    {"field order", true,
      [](const MediaDescription& media) {
-       return audioTrait(media, [](const AudioStreamDescription& track) { return std::to_string(track.channelCount); });
+       return videoTrait(media, [](const Video& video) {
+         return std::string(isInterlaced(video.fieldOrder) ? description(video.fieldOrder) : "progressive");
+       });
+     }},
+    {"colour", true,
+     [](const MediaDescription& media) {
+       return videoTrait(media, [](const Video& video) {
+         return std::to_string(video.primaries.number) + "-" + std::to_string(video.transfer.number) + "-" +
+                std::to_string(video.matrix.number) + ", " + std::string(rawValue(video.range)) + " range";
+       });
+     }},
+    {"audio tracks", false, [](const MediaDescription& media) { return std::to_string(media.audio.size()); }},
+    {"audio codec", false,
+     [](const MediaDescription& media) {
+       return audioTrait(media, [](const Audio& track) { return track.codecName; });
+     }},
+    {"sample rate", false,
+     [](const MediaDescription& media) {
+       return audioTrait(media, [](const Audio& track) { return std::to_string(track.sampleRate); });
+     }},
+    {"audio channels", false,
+     [](const MediaDescription& media) {
+       return audioTrait(media, [](const Audio& track) { return std::to_string(track.channelCount); });
+     }},
+    {"channel layout", false,
+     [](const MediaDescription& media) {
+       return audioTrait(media,
+                         [](const Audio& track) { return track.layoutName.empty() ? "unknown" : track.layoutName; });
      }},
 });
 
 /// Reports the first thing in which a part differs from the first of its group.
 void checkParts(PlanContext& context, const SourceGroup& group) {
   const SourcePart* const first = group.firstDescribed();
+  std::array<std::string, partTraits.size()> expected;
+  std::ranges::transform(partTraits, expected.begin(),
+                         [first](const PartTrait& trait) { return trait.of(*first->media); });
   for (const SourcePart& part : group.parts) {
     if (part.media == nullptr || &part == first) continue;
-    for (const PartTrait& trait : partTraits) {
+    for (std::size_t place = 0; place < partTraits.size(); ++place) {
+      const PartTrait& trait = partTraits[place];
+      if (trait.isOfVideo && !context.keepsVideo) continue;
       // The rate of single images is what "-vr" says.
-      if (group.isImageSequence && trait.name == "frame rate") continue;
-      const std::string expected = trait.of(*first->media);
+      if (group.isImageSequence && trait.name == frameRateTrait) continue;
       const std::string found = trait.of(*part.media);
-      if (found == expected) continue;
+      if (found == expected[place]) continue;
       context.fail(TranscodePlanErrorCode::partsDiffer, part.flag,
                    std::string(trait.name) + " " + printable(found) + " where " + std::string(first->flag) + " has " +
-                       printable(expected));
+                       printable(expected[place]));
       break;
     }
   }
 }
 
+/// The files of a camera that only its maker's own programs decode.
+struct CameraRawRow {
+  std::string_view extension;
+  MediaCorporation maker;
+};
+
+constexpr auto cameraRawRows = std::to_array<CameraRawRow>({
+    {"braw", MediaCorporation::blackmagic},
+    {"ari", MediaCorporation::arri},
+    {"arx", MediaCorporation::arri},
+    {"crm", MediaCorporation::canon},
+});
+
 void describePart(PlanContext& context, SourcePart& part, const Expected<MediaDescription, MediaError>& media) {
   if (!media) {
     const MediaError& error = media.error();
+    const auto raw = std::ranges::find(cameraRawRows, lowercased(pathExtension(part.path)), &CameraRawRow::extension);
+    if (error.code == MediaErrorCode::unknownFormat && raw != cameraRawRows.end()) {
+      context.fail(TranscodePlanErrorCode::notDecodable, part.flag,
+                   "which is camera raw of " + std::string(description(raw->maker)));
+      return;
+    }
     std::string detail = "which " + std::string(error.text());
     if (!error.detail.empty()) detail += ": " + printable(error.detail);
     if (error.systemError) detail += ": " + error.systemError.message();
@@ -136,20 +202,21 @@ void describePart(PlanContext& context, SourcePart& part, const Expected<MediaDe
   }
 }
 
-/// Finds the first group with an image; reports every further one.
+/// Finds the first group with an image; reports every further one if the video is kept.
 void findImage(PlanContext& context) {
   for (const SourceGroup& group : context.groups) {
     const SourcePart* const part = group.firstDescribed();
     const VideoStreamDescription* const stream = part != nullptr ? part->media->mainVideo() : nullptr;
     if (stream == nullptr) continue;
+    if (context.image && !context.keepsVideo) return;
     if (context.image) {
-      context.fail(TranscodePlanErrorCode::secondPicture, part->flag,
+      context.fail(TranscodePlanErrorCode::secondImage, part->flag,
                    "and " + std::string(context.image->part->flag) + " has one");
       continue;
     }
     context.image = {&group, part, stream};
     const auto streams = std::ranges::count(part->media->video, false, &VideoStreamDescription::isAttachedPicture);
-    if (streams > 1) {
+    if (streams > 1 && context.keepsVideo) {
       context.warn(TranscodePlanWarningCode::partOfSourceLeftOut, part->flag,
                    inQuotes(part->path) + " has " + std::to_string(streams));
     }
@@ -184,9 +251,8 @@ void planSources(PlanContext& context, std::span<const Expected<MediaDescription
   if (inputs.empty()) context.fail(TranscodePlanErrorCode::noInput, SAVInputPrefixFlag.rawValue());
   for (SourceGroup& group : context.groups) {
     const SourcePart* const first = group.firstDescribed();
-    group.isImageSequence =
-        std::ranges::all_of(group.parts, [](const SourcePart& part) { return hasImageExtension(part.path); }) ||
-        (first != nullptr && first->media->container == SLVMediaFileContainerImageSequence);
+    group.isImageSequence = std::ranges::all_of(group.parts, isSingleImage) ||
+                            (first != nullptr && first->media->container == SLVMediaFileContainerImageSequence);
     if (first != nullptr) checkParts(context, group);
   }
   findImage(context);

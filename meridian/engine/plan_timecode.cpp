@@ -1,7 +1,9 @@
 // The timecode of the output: where it comes from, the rate that it counts at, and whether the file stores it.
+#include <algorithm>
 #include <chrono>
 
 #include "meridian/base/ascii.h"
+#include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/engine/plan_context.h"
@@ -65,8 +67,13 @@ TimecodeComponents atRate(PlanContext& context, TimecodeComponents label, const 
                           const VideoFrameRate& to, bool asksForDrop, std::string_view flag) {
   const std::int64_t counted = timecodeFramesPerSecond(from).value_or(1);
   const std::int64_t counts = timecodeFramesPerSecond(to).value_or(1);
-  if (counted != counts) label.frames = label.frames * counts / counted;
+  const std::string text = label.timecodeString();
+  if (counted != counts) label.frames = checkedProduct(label.frames, counts).value_or(0) / counted;
+  const bool wasDropFrame = label.isDropFrame;
   label.isDropFrame = (label.isDropFrame || asksForDrop) && droppedLabelsPerMinute(to).has_value();
+  if (wasDropFrame && !label.isDropFrame) {
+    context.warn(TranscodePlanWarningCode::dropFrameLost, flag, text + " becomes " + label.timecodeString());
+  }
   return existing(context, label, to, flag);
 }
 
@@ -76,10 +83,9 @@ TimecodeComponents customStart(PlanContext& context, const VideoFrameRate& rate,
   const auto number = frameNumber(start, rate);
   // "-tc_drop" at such a rate is an error of its own.
   if (number || (asksForDrop && number.error() == TimecodeErrorCode::notADropFrameRate)) return start;
-  context.fail(
-      noSuchLabel, SAVTimecodeCustomFlag.rawValue(),
-      "which " + std::string(description(number.error())) + " of " + describeFrameRate(rate.rawValue().rawValue()),
-      std::string(remedy(number.error())));
+  context.fail(noSuchLabel, SAVTimecodeCustomFlag.rawValue(),
+               "which " + std::string(description(number.error())) + " of " + frameRateText(rate),
+               std::string(remedy(number.error())));
   return start;
 }
 
@@ -101,7 +107,7 @@ TimecodeComponents creationStart(PlanContext& context, const VideoFrameRate& rat
   const std::int64_t seconds = (clock->seconds % day + day) % day;
   const auto perSecond = static_cast<double>(timecodeFramesPerSecond(rate).value_or(1));
   const TimecodeComponents start{seconds / 3600, seconds / 60 % 60, seconds % 60,
-                                 static_cast<std::int64_t>(clock->fraction * perSecond),
+                                 static_cast<std::int64_t>(std::min(clock->fraction * perSecond, perSecond - 1)),
                                  asksForDrop && droppedLabelsPerMinute(rate).has_value()};
   return existing(context, start, rate, flag);
 }
@@ -112,10 +118,10 @@ bool continues(const MediaDescription& before, const MediaDescription& part) {
   if (!before.timecode || !part.timecode || video == nullptr || !video->frameCount) return true;
   const auto first = frameNumber(before.timecode->start, before.timecode->rate);
   const auto next = frameNumber(part.timecode->start, part.timecode->rate);
-  return !first || !next || *first + *video->frameCount == *next;
+  return !first || !next || checkedSum(*first, *video->frameCount) == *next;
 }
 
-/// Finds the labels of the parts, where one of them breaks the count.
+/// Finds the labels of the parts, where one of them breaks the count; the first is the start.
 void planPartStarts(PlanContext& context, PlannedTimecode& timecode, bool asksForDrop) {
   const auto& parts = context.image->group->parts;
   bool breaks = false;
@@ -131,6 +137,10 @@ void planPartStarts(PlanContext& context, PlannedTimecode& timecode, bool asksFo
     if (!part.media->timecode) {
       timecode.partStarts.clear();
       return;
+    }
+    if (timecode.partStarts.empty()) {
+      timecode.partStarts.push_back(timecode.start);
+      continue;
     }
     timecode.partStarts.push_back(atRate(context, part.media->timecode->start, part.media->timecode->rate,
                                          timecode.rate, asksForDrop, part.flag));
@@ -158,12 +168,12 @@ VideoFrameRate countingRate(PlanContext& context, const VideoFrameRate& outputRa
   if (!asked) return outputRate;
   const auto rate = frameRateMeantBy(doubleFromText(context.text(countingRateFlag)).value_or(0));
   if (!rate || !timecodeFramesPerSecond(*rate)) {
-    context.fail(rateOutOfRange, countingRateFlag);
+    context.fail(timecodeRateNotAvailable, countingRateFlag, {}, "use at least 0.5 frames per second");
     return outputRate;
   }
   if (isInTrack && *rate != outputRate) {
-    context.fail(timecodeRateNotAvailable, countingRateFlag,
-                 "and the output has " + describeFrameRate(outputRate.rawValue().rawValue()));
+    context.fail(timecodeRateNotAvailable, countingRateFlag, "in a track of " + frameRateText(outputRate),
+                 "remove -tc_rate, or burn the timecode in without a track");
   }
   return *rate;
 }
@@ -188,11 +198,20 @@ void planTimecode(PlanContext& context) {
 
   PlannedTimecode& timecode = context.plan.timecode.emplace();
   timecode.isInTrack = isInTrack;
-  timecode.rate = countingRate(context, context.plan.video->output().frameRate, isInTrack);
+  const VideoFrameRate outputRate = context.plan.video->output().frameRate;
+  timecode.rate = countingRate(context, outputRate, isInTrack);
+  if (!timecodeFramesPerSecond(timecode.rate)) {
+    const std::string_view flag = isInTrack && !context.isSet(trackFlag) ? context.containerFlag()
+                                  : isInTrack                            ? trackFlag
+                                                                         : burnFlag;
+    context.fail(timecodeRateNotAvailable, flag, frameRateText(timecode.rate));
+    for (const TimecodeSource source : allCases<TimecodeSource>()) context.use(timecodeFlag(source).rawValue());
+    context.use(dropFlag);
+    return;
+  }
   const bool asksForDrop = context.has(dropFlag);
   if (asksForDrop && !droppedLabelsPerMinute(timecode.rate)) {
-    context.fail(notADropFrameRate, dropFlag,
-                 "and the rate is " + describeFrameRate(timecode.rate.rawValue().rawValue()));
+    context.fail(notADropFrameRate, dropFlag, "at " + frameRateText(timecode.rate));
   }
   timecode.source = context.arguments.timecodeSource().value_or(TimecodeSource::match);
   for (const TimecodeSource source : allCases<TimecodeSource>()) {
@@ -212,6 +231,13 @@ void planTimecode(PlanContext& context) {
     case TimecodeSource::match:
       planMatchingStart(context, timecode, asksForDrop, isAsked);
       break;
+  }
+  // What the sources state may be a label that the rate does not have.
+  const auto number = frameNumber(timecode.start, timecode.rate);
+  if (!number && timecode.source != TimecodeSource::custom) {
+    context.fail(noSuchLabel, context.image->part->flag,
+                 timecode.start.timecodeString() + ", which " + std::string(description(number.error())),
+                 "set the timecode with -tc_custom");
   }
 }
 

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "meridian/base/integer_arithmetic.h"
+#include "meridian/base/joined.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
@@ -28,12 +29,19 @@ ColorSpaceCodes assumedColor(int height) {
   return *colorSpaceCodes(height == 576 ? SAVEbu3213ColorSpace : SAVSmptecColorSpace);
 }
 
-/// Returns the codes with those that are not stated taken from others; in R'G'B' there is no matrix.
-ColorSpaceCodes completed(ColorSpaceCodes codes, const ColorSpaceCodes& others, bool isRgb) {
-  constexpr int unspecified = 2;
-  if (codes.primaries == unspecified) codes.primaries = others.primaries;
-  if (codes.transfer == unspecified) codes.transfer = others.transfer;
-  if (codes.matrix == unspecified) codes.matrix = isRgb ? 0 : others.matrix;
+/// Returns the codes with those that are not stated taken from others.
+ColorSpaceCodes completed(ColorSpaceCodes codes, const ColorSpaceCodes& others) {
+  if (codes.primaries == ColorSpaceCodes::unspecified) codes.primaries = others.primaries;
+  if (codes.transfer == ColorSpaceCodes::unspecified) codes.transfer = others.transfer;
+  if (codes.matrix == ColorSpaceCodes::unspecified) codes.matrix = others.matrix;
+  return codes;
+}
+
+/// Returns the codes that the source states; that R'G'B' has no matrix needs no statement.
+ColorSpaceCodes statedColor(const VideoStreamDescription& stream) {
+  ColorSpaceCodes codes{stream.primaries.number, stream.transfer.number, stream.matrix.number};
+  const bool isRgb = stream.chroma == ChromaSubsampling::rgb;
+  if (isRgb && codes.matrix == ColorSpaceCodes::unspecified) codes.matrix = ColorSpaceCodes::rgbMatrix;
   return codes;
 }
 
@@ -47,12 +55,22 @@ ImageForm sourceForm(const VideoStreamDescription& stream) {
   form.chroma = stream.chroma.value_or(ChromaSubsampling::yuv420);
   form.hasAlpha = stream.hasAlpha;
   const bool isRgb = form.chroma == ChromaSubsampling::rgb;
-  form.range = stream.range == ColorRange::unknown && isRgb ? ColorRange::full : stream.range;
-  form.color = completed({stream.primaries.number, stream.transfer.number, stream.matrix.number},
-                         isRgb ? *colorSpaceCodes(SAVSrgbColorSpace) : assumedColor(stream.height), isRgb);
+  // Y'CbCr without a stated range is limited, but for JPEG's formats.
+  const bool isFull = isRgb || stream.pixelFormat.starts_with("yuvj");
+  form.range = stream.range != ColorRange::unknown ? stream.range : isFull ? ColorRange::full : ColorRange::limited;
+  form.color =
+      completed(statedColor(stream), isRgb ? *colorSpaceCodes(SAVSrgbColorSpace) : assumedColor(stream.height));
   form.isInterlaced = isInterlaced(stream.fieldOrder);
   form.frameRate = stream.frameRate.value_or(VideoFrameRate());
   return form;
+}
+
+constexpr double greatestRate = 600;
+
+std::optional<VideoFrameRate> halfOf(const VideoFrameRate& rate) {
+  const auto denominator = checkedProduct(rate.rawValue().denominator, 2);
+  const auto half = denominator ? inLowestTerms({rate.rawValue().numerator, *denominator}) : std::nullopt;
+  return half ? VideoFrameRate::matching(*half) : std::nullopt;
 }
 
 /// Returns the rate that "-vr" asks for; absent for the source's. A number of 0 or 0.5 is a choice of conversion
@@ -61,16 +79,14 @@ std::optional<VideoFrameRate> askedRate(PlanContext& context, const std::optiona
   if (!context.value<float>(frameRateFlag)) return std::nullopt;
   const double number = doubleFromText(context.text(frameRateFlag)).value_or(0);
   if (number == FrameRate::match.rawValue()) return std::nullopt;
-  if (number == FrameRate::halfstep.rawValue() && sourceRate) {
-    const MediaRational rate = sourceRate->rawValue();
-    return VideoFrameRate::matching({rate.numerator, rate.denominator * 2});
+  if (number == FrameRate::halfstep.rawValue()) {
+    const auto half = sourceRate ? halfOf(*sourceRate) : std::nullopt;
+    if (!half)
+      context.fail(rateNeeded, context.image->part->flag, "to halve with -vr 0.5", "set another rate with -vr");
+    return half;
   }
-  constexpr double greatest = 600;
-  const auto meant = number <= greatest ? frameRateMeantBy(number) : std::nullopt;
-  if (!meant || meant->rawValue().numerator < 1) {
-    context.fail(rateOutOfRange, frameRateFlag);
-    return std::nullopt;
-  }
+  const auto meant = number <= greatestRate ? frameRateMeantBy(number) : std::nullopt;
+  if (!meant) context.failRate({}, "use more than 0 and at most 600 frames per second");
   return meant;
 }
 
@@ -94,12 +110,31 @@ std::optional<std::int64_t> sourceFrames(const SourceGroup& group) {
   return frames;
 }
 
-std::optional<std::int64_t> framesAt(std::optional<std::int64_t> frames, const VideoFrameRate& from,
-                                     const VideoFrameRate& to) {
-  if (!frames || from == to) return frames;
-  const auto count = truncatedInteger(
-      std::round(static_cast<double>(*frames) / from.rawValue().rawValue() * to.rawValue().rawValue()));
-  return count;
+/// Returns the seconds of all parts; absent if a part does not state its own.
+std::optional<double> sourceSeconds(const SourceGroup& group) {
+  double seconds = 0;
+  for (const SourcePart& part : group.parts) {
+    const VideoStreamDescription* const video = part.media != nullptr ? part.media->mainVideo() : nullptr;
+    if (video == nullptr) return std::nullopt;
+    const auto duration = video->duration ? video->duration : part.media->duration;
+    if (!duration) return std::nullopt;
+    seconds += duration->rawValue();
+  }
+  return seconds;
+}
+
+/// Returns the frames of the output: as many as the source has, or as fit into the time that they take.
+std::optional<std::int64_t> outputFrames(const SourceImage& image, const VideoFrameRate& from,
+                                         const VideoFrameRate& to) {
+  const auto frames = sourceFrames(*image.group);
+  if (!image.stream->isVariable && from == to) return frames;
+  std::optional<double> seconds;
+  if (image.stream->isVariable) {
+    seconds = sourceSeconds(*image.group);
+  } else if (frames) {
+    seconds = static_cast<double>(*frames) / from.rawValue().rawValue();
+  }
+  return seconds ? truncatedInteger(std::round(*seconds * to.rawValue().rawValue())) : std::nullopt;
 }
 
 /// A flag that changes the image, and whether its value leaves it as it is after all.
@@ -109,22 +144,21 @@ void failUnlessUnchanged(PlanContext& context, std::string_view flag, bool isUnc
   // A value that cannot be read is an error already.
   const auto properties = propertiesOfFlag(flag);
   const bool isSwitch = !properties.empty() && properties.front()->kind == PropertyKind::onOff;
-  if (setting->typed || isSwitch || flag == colorSpaceFlag) context.fail(needsVideoCodec, flag);
+  if (setting->typed || isSwitch || (flag == colorSpaceFlag && askedColorSpace(context)))
+    context.fail(needsVideoCodec, flag);
 }
 
-void planCopiedVideo(PlanContext& context, PlannedVideo& video, const std::optional<VideoFrameRate>& sourceRate) {
+void planCopiedVideo(PlanContext& context, PlannedVideo& video, const std::optional<VideoFrameRate>& asked,
+                     const std::optional<VideoFrameRate>& sourceRate) {
   const VideoStreamDescription& stream = *context.image->stream;
   video.rotation = stream.rotation;
   if (context.container && !holdsCodec(*context.container, stream.codecName)) {
-    const std::string_view flag =
-        context.isSet(SAVFileFormatFlag.rawValue()) ? SAVFileFormatFlag.rawValue() : SAVOutputFileFlag.rawValue();
-    context.fail(notInContainer, flag,
-                 "because " + std::string(description(*context.container)) + " cannot hold the copied " +
-                     (stream.codecName.empty() ? "video" : printable(stream.codecName)),
+    context.fail(containerCannotHold, context.containerFlag(),
+                 (stream.codecName.empty() ? "video of an unknown codec" : printable(stream.codecName)) + " in " +
+                     std::string(description(*context.container)),
                  "choose a codec with -vcodec, or another container");
   }
-  const auto rate = askedRate(context, sourceRate);
-  failUnlessUnchanged(context, frameRateFlag, !rate || rate == sourceRate || !sourceRate);
+  failUnlessUnchanged(context, frameRateFlag, !asked || asked == sourceRate || !sourceRate);
   const auto size = context.value<Size>(videoDimensionsFlag);
   failUnlessUnchanged(context, videoDimensionsFlag,
                       size == Size{0, 0} || size == Size{1, 1} ||
@@ -189,7 +223,7 @@ void addLut(PlanContext& context, StepList& list, int outputDepth) {
   if (list.image().pixelFormat != rawValue(format)) {
     list.add(FormatStep(), [&](ImageForm& image) {
       setFormat(image, format);
-      image.color.matrix = 0;
+      image.color.matrix = ColorSpaceCodes::rgbMatrix;
     });
   }
   list.add(LutStep{.path = std::string(context.text(lutFlag))}, [](ImageForm&) {});
@@ -201,14 +235,14 @@ ColorSpaceCodes outputColor(PlanContext& context, const PlannedVideo& video,
   if ((asked || hasLut) && video.isColorAssumed) {
     const auto taken = colorSpaceOf(video.source.color);
     context.warn(TranscodePlanWarningCode::colorAssumed, context.image->part->flag,
-                 taken ? "it is taken for " + taken->string() : "");
+                 taken ? taken->string() + " is assumed" : "");
   }
   if (asked) return *colorSpaceCodes(*asked);
   if (hasLut && colorSpaceOf(video.source.color) != SAVRec709ColorSpace) {
     context.warn(TranscodePlanWarningCode::lutColorUnstated, lutFlag);
   }
   ColorSpaceCodes color = video.source.color;
-  if (color.matrix == 0) color.matrix = assumedColor(video.source.height).matrix;
+  if (color.matrix == ColorSpaceCodes::rgbMatrix) color.matrix = assumedColor(video.source.height).matrix;
   return color;
 }
 
@@ -225,7 +259,7 @@ void checkDecoder(PlanContext& context, PlannedVideo& video) {
   const std::string_view flag = SAVVideoGPUDecodingFlag.rawValue();
   if (!context.has(flag)) return;
   video.decodesOnGpu = !context.surroundings.openDevices.empty();
-  if (!video.decodesOnGpu) context.warn(TranscodePlanWarningCode::gpuNotUsed, flag);
+  if (!video.decodesOnGpu) context.warn(TranscodePlanWarningCode::gpuNotUsed, flag, "no GPU can be used here");
 }
 
 void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFrameRate& rate) {
@@ -233,26 +267,30 @@ void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFram
   const std::string_view partFlag = context.image->part->flag;
   checkDecoder(context, video);
   const EncoderChoice choice = chooseEncoder(context, video.source);
-  const ChromaSubsampling chroma = tableRow(choice.format).chroma;
-  const bool needsEven = chroma == ChromaSubsampling::yuv420 || chroma == ChromaSubsampling::yuv422;
-
-  const bool isTurned = stream.rotation % 180 != 0;
+  const int quarter = nearestQuarterTurn(stream.rotation);
+  const int error = std::abs((stream.rotation - quarter + 180) % 360 - 180);
+  if (error > 1) {
+    context.warn(TranscodePlanWarningCode::rotationRounded, partFlag,
+                 std::to_string(stream.rotation) + " degrees become " + std::to_string(quarter));
+  }
+  const bool isTurned = quarter % 180 != 0;
   const ImageSize upright = isTurned ? ImageSize{stream.height, stream.width} : ImageSize{stream.width, stream.height};
   MediaRational pixelAspectRatio = stream.pixelAspectRatio;
   if (isTurned) std::swap(pixelAspectRatio.numerator, pixelAspectRatio.denominator);
-  const FrameFit fit = planFrameFit(context, upright, pixelAspectRatio, needsEven);
+  const FrameFit fit = planFrameFit(context, upright, pixelAspectRatio, choice);
 
   StepList list(video.steps, video.source);
-  const bool isRotated = stream.rotation != 0 || stream.isMirrored;
-  const bool keeps = video.source.isInterlaced && !isRotated && fit.final.height == stream.height && !fit.pads &&
-                     !fit.crops && rate == video.source.frameRate && keepsFields(choice, fit.final);
+  const bool isRotated = quarter != 0 || stream.isMirrored;
+  const bool keepsLines = fit.scaled.height == stream.height && fit.final.height == stream.height && fit.y == 0;
+  const bool keeps = video.source.isInterlaced && !isRotated && keepsLines && rate == video.source.frameRate &&
+                     keepsFields(choice, fit.final);
   if (video.source.isInterlaced && !keeps) {
     context.warn(TranscodePlanWarningCode::deinterlaced, partFlag);
     if (!context.inventory.hasFilter("bwdif")) context.fail(filterMissing, partFlag, "bwdif");
     list.add(DeinterlaceStep(), [](ImageForm& image) { image.isInterlaced = false; });
   }
   if (stream.isVariable) {
-    context.warn(TranscodePlanWarningCode::variableRate, partFlag, describeFrameRate(rate.rawValue().rawValue()));
+    context.warn(TranscodePlanWarningCode::variableRate, partFlag, frameRateText(rate));
   }
   // Frames that are dropped take no further work, and those that are repeated take it once.
   const bool isSlower = rate.rawValue().rawValue() < video.source.frameRate.rawValue().rawValue();
@@ -260,7 +298,7 @@ void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFram
   const auto addRate = [&] { list.add(RateStep(), [&](ImageForm& image) { image.frameRate = rate; }); };
   if (changesRate && (isSlower || stream.isVariable)) addRate();
   if (isRotated) {
-    list.add(RotateStep{stream.rotation, stream.isMirrored}, [&](ImageForm& image) {
+    list.add(RotateStep{quarter, stream.isMirrored}, [&](ImageForm& image) {
       image.width = upright.width;
       image.height = upright.height;
       image.pixelAspectRatio = pixelAspectRatio;
@@ -280,12 +318,13 @@ void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFram
   addFit(list, fit);
   if (hasLut && shrinks) addLut(context, list, outputDepth);
   // The result of a LUT is what the LUT makes it; it is stated, not converted.
+  video.isColorStated = space && hasLut;
   if (space && !hasLut && colorSpaceOf(video.source.color) != space) {
     if (!context.inventory.hasFilter("zscale")) context.fail(filterMissing, colorSpaceFlag, "zscale");
     list.add(ColorStep(), [&](ImageForm& image) {
       const bool isRgb = image.chroma == ChromaSubsampling::rgb;
       image.color = color;
-      if (isRgb) image.color.matrix = 0;
+      if (isRgb) image.color.matrix = ColorSpaceCodes::rgbMatrix;
     });
   }
   // Bars come after the LUT, so that black stays black.
@@ -309,49 +348,59 @@ void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFram
 }  // namespace
 
 void planVideo(PlanContext& context) {
-  const bool isLeftOut = context.has(SAVNoVideoFlag.rawValue());
-  const bool hasContainerVideo = !context.container || tableRow(*context.container).holdsVideo;
-  if (context.image && !isLeftOut && !hasContainerVideo) {
+  const bool isLeftOut = context.isSet(SAVNoVideoFlag.rawValue());
+  if (context.image && !context.keepsVideo && !isLeftOut) {
     if (context.isSet(videoCodecFlag) && !isCopyOfSource(videoCodecFlag, context.text(videoCodecFlag))) {
       context.fail(notInContainer, videoCodecFlag, "in " + std::string(description(*context.container)),
                    "remove -vcodec, or choose another container");
     } else {
-      context.warn(TranscodePlanWarningCode::videoLeftOut, context.isSet(SAVFileFormatFlag.rawValue())
-                                                               ? SAVFileFormatFlag.rawValue()
-                                                               : SAVOutputFileFlag.rawValue());
+      context.warn(TranscodePlanWarningCode::videoLeftOut, context.containerFlag());
     }
   }
-  if (isLeftOut || !hasContainerVideo) context.image.reset();
-  if (!context.image) return;
+  if (!context.keepsVideo) context.image.reset();
+  if (!context.image) {
+    context.ignore(lutFlag, "there is no video in the output");
+    return;
+  }
 
-  const VideoStreamDescription& stream = *context.image->stream;
+  const SourceImage& image = *context.image;
+  const VideoStreamDescription& stream = *image.stream;
   PlannedVideo& video = context.plan.video.emplace();
   video.stream = stream.index;
   video.codecName = stream.codecName;
   video.source = sourceForm(stream);
-  constexpr int unspecified = 2;
-  video.isColorAssumed = stream.primaries.number == unspecified || stream.transfer.number == unspecified ||
-                         (stream.matrix.number == unspecified && video.source.chroma != ChromaSubsampling::rgb);
+  video.isColorAssumed = !statedColor(stream).areStated();
 
   // The frames of an image sequence have no rate but the one that is asked for.
-  const bool isSequence = context.image->group->isImageSequence;
-  const auto sourceRate = isSequence ? std::nullopt : stream.frameRate;
+  const auto sourceRate = image.group->isImageSequence ? std::nullopt : stream.frameRate;
+  const std::size_t errorCount = context.errors.size();
   const auto asked = askedRate(context, sourceRate);
   const auto rate = asked ? asked : sourceRate;
-  const bool isRateReported =
-      std::ranges::find(context.errors, rateOutOfRange, &TranscodePlanError::code) != context.errors.end();
-  if (!rate && !isRateReported) context.fail(rateNeeded, context.image->part->flag);
-  if (isSequence && rate) video.source.frameRate = *rate;
+  const bool isReported =
+      context.errors.size() > errorCount ||
+      std::ranges::find(context.errors, frameRateFlag, &TranscodePlanError::place) != context.errors.end();
+  if (!rate && !isReported) context.fail(rateNeeded, image.part->flag);
+  if (!sourceRate && rate) video.source.frameRate = *rate;
 
   const ExplainedSetting* const codec = context.use(videoCodecFlag);
   if (codec == nullptr || isCopyOfSource(videoCodecFlag, codec->value)) {
-    planCopiedVideo(context, video, isSequence ? rate : sourceRate);
-    video.frameCount = sourceFrames(*context.image->group);
-    return;
+    planCopiedVideo(context, video, asked, sourceRate);
+    video.frameCount = sourceFrames(*image.group);
+  } else {
+    if (rate && rate->rawValue().rawValue() > greatestRate && !isReported) {
+      context.fail(rateNeeded, image.part->flag, "as its frames have no rate in common");
+    }
+    planEncodedVideo(context, video, rate.value_or(video.source.frameRate));
+    video.frameCount = outputFrames(image, video.source.frameRate, rate.value_or(video.source.frameRate));
   }
-  planEncodedVideo(context, video, rate.value_or(video.source.frameRate));
-  video.frameCount =
-      framesAt(sourceFrames(*context.image->group), video.source.frameRate, rate.value_or(video.source.frameRate));
+  const auto exact = rate ? inLowestTerms(rate->rawValue()) : std::nullopt;
+  if (exact && context.container && !holdsFrameRate(*context.container, *exact)) {
+    std::vector<std::string> rates;
+    for (const int each : tableRow(*context.container).frameRates) rates.push_back(std::to_string(each));
+    const std::string name(description(*context.container));
+    context.failRate("which is " + frameRateText(*rate) + ", in " + name,
+                     name + " holds " + joined(rates, ", ") + ", and each times 1000/1001");
+  }
 }
 
 }  // namespace meridian::inline v0_2

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "meridian/engine/plan_context.h"
@@ -30,21 +31,29 @@ struct FrameFit {
   bool squaresPixels = false;
 };
 
-/// Fits an image of this size and pixel aspect ratio into the frame that "-dims", "-aspect_scaling" and "-crop_anchor"
-/// ask for. `needsEven` is that of the encoder's chroma.
-FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, bool needsEven);
+/// Returns a size as text: "1920 x 1080".
+[[nodiscard]] inline std::string sizeText(const auto& size) {
+  return std::to_string(size.width) + " x " + std::to_string(size.height);
+}
 
 /// What the encoder is chosen to be before the size is known.
 struct EncoderChoice {
   /// Null if "-vcodec" cannot be read; the size and the burn-ins are planned all the same.
   const VideoEncoderRow* row = nullptr;
+  /// Null if this FFmpeg has none.
+  const VideoEncoder* encoder = nullptr;
   const VideoProfileRow* profile = nullptr;
   std::string_view level;
   PixelFormat format = PixelFormat::yuv420p;
 };
 
-/// Chooses the encoder's profile and pixel format by "-vprofile" and "-vbd", or by the source.
+/// Chooses the encoder, and its profile and pixel format by "-vprofile" and "-vbd", or by the source.
 EncoderChoice chooseEncoder(PlanContext& context, const ImageForm& source);
+
+/// Fits an image of this size and pixel aspect ratio into the frame that "-dims", "-aspect_scaling" and "-crop_anchor"
+/// ask for. Sizes that are calculated are even where the chroma is halved; reports a size that the encoder refuses.
+FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio,
+                      const EncoderChoice& choice);
 
 /// Returns whether the encoder codes fields of this size as fields.
 bool keepsFields(const EncoderChoice& choice, ImageSize size);

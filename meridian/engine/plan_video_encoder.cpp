@@ -6,8 +6,10 @@
 #include <limits>
 #include <set>
 
+#include "meridian/base/is_in.h"
 #include "meridian/base/joined.h"
 #include "meridian/base/numbers.h"
+#include "meridian/cli/transcode_properties.h"
 #include "meridian/engine/dnxhd_rates.h"
 #include "meridian/engine/plan_video.h"
 
@@ -46,17 +48,17 @@ void chooseProfile(PlanContext& context, EncoderChoice& choice) {
   if (separator == std::string_view::npos) return;
   choice.level = written.substr(separator + 1);
   const auto levels = videoLevelsOf(codec);
-  if (std::ranges::find(levels, choice.level) != levels.end() || choice.profile == nullptr) return;
+  if (isIn(levels, choice.level) || choice.profile == nullptr) return;
   context.fail(profileNotAvailable, profileFlag, {},
                levels.empty() ? codec.string() + " has no levels; leave out \"@\" and what follows"
                               : "the levels of " + codec.string() + " are " + joined(levels, ", "));
 }
 
-/// Returns how the samples of colour lie in the output: as the profile has them, or as the codec's first format, or for
-/// Motion JPEG as much of the source's as it has.
+/// Returns how the samples of colour lie in the output: as the profile has them, or as the codec's first format, or as
+/// much of the source's as the codec has.
 ChromaSubsampling chosenChroma(const EncoderChoice& choice, const ImageForm& source) {
   if (choice.profile != nullptr) return tableRow(choice.profile->formats.front()).chroma;
-  if (choice.row->codec == SAVMotionJpegCodec && source.chroma != ChromaSubsampling::yuv420 &&
+  if (choice.row->followsChroma && source.chroma != ChromaSubsampling::yuv420 &&
       source.chroma != ChromaSubsampling::yuv400) {
     return ChromaSubsampling::yuv422;
   }
@@ -76,7 +78,14 @@ void chooseFormat(PlanContext& context, EncoderChoice& choice, const ImageForm& 
   }
   const auto asked = context.value<std::int64_t>(videoDepthFlag);
   std::int64_t depth = depths.contains(8) ? 8 : *depths.rbegin();
-  if (depths.contains(source.bitDepth)) depth = source.bitDepth;
+  if (depths.contains(source.bitDepth)) {
+    depth = source.bitDepth;
+  } else if (choice.profile != nullptr) {
+    // A profile of more than 8 bits is chosen for them.
+    for (const std::int64_t each : depths) {
+      if (each <= source.bitDepth) depth = each;
+    }
+  }
   if (asked && depths.contains(*asked)) {
     depth = *asked;
   } else if (asked) {
@@ -87,7 +96,7 @@ void chooseFormat(PlanContext& context, EncoderChoice& choice, const ImageForm& 
     context.fail(bitDepthNotAvailable, videoDepthFlag, {}, subject + " has " + joined(texts, ", "));
   } else if (depth < source.bitDepth && *depths.rbegin() > depth) {
     context.warn(TranscodePlanWarningCode::depthReduced, context.image->part->flag,
-                 std::to_string(source.bitDepth) + " become " + std::to_string(depth));
+                 std::to_string(source.bitDepth) + " become " + std::to_string(depth), "set -vbd to choose the depth");
   }
   for (const PixelFormat format : formats) {
     const PixelFormatRow& row = tableRow(format);
@@ -104,20 +113,26 @@ bool isDnxhr(const EncoderChoice& choice) {
   return choice.profile != nullptr && choice.profile->name.starts_with("dnxhr");
 }
 
-std::string sizeWithCross(const ImageForm& image) {
-  return std::to_string(image.width) + " x " + std::to_string(image.height);
-}
+constexpr double leastBitRate = 0.001;
+constexpr double greatestBitRate = 2000;
 
-/// Returns the bit rate in megabits a second; absent if it is not set or out of range.
+/// Returns the bit rate that "-vbr" asks for, in megabits a second; absent if it is not set or out of range, and for
+/// the source's if that is not stated.
 std::optional<double> askedBitRate(PlanContext& context) {
+  if (isCopyOfSource(bitRateFlag, context.text(bitRateFlag))) {
+    context.use(bitRateFlag);
+    const auto stated = context.image->stream->bitRate;
+    if (stated) return std::clamp(static_cast<double>(*stated) / 1e6, leastBitRate, greatestBitRate);
+    context.warn(TranscodePlanWarningCode::withoutEffect, bitRateFlag, "the source does not state its bit rate");
+    return std::nullopt;
+  }
   const auto asked = context.value<float>(bitRateFlag);
   if (!asked) return std::nullopt;
-  constexpr double greatest = 2000;
   // The number as written, of which the float is a rounding.
   const double rate = doubleFromText(context.text(bitRateFlag)).value_or(*asked);
-  if (rate > 0 && rate <= greatest) return rate;
-  std::string advice = "use more than 0 megabits a second";
-  if (rate > greatest && std::isfinite(rate)) {
+  if (rate >= leastBitRate && rate <= greatestBitRate) return rate;
+  std::string advice = "use at least " + plainDecimalText(leastBitRate) + " megabits a second";
+  if (rate > greatestBitRate && std::isfinite(rate)) {
     const double meant = rate < 1e5 ? rate / 1e3 : rate / 1e6;
     advice = "the unit is megabits a second: did you mean " + plainDecimalText(meant) + "?";
   }
@@ -127,37 +142,50 @@ std::optional<double> askedBitRate(PlanContext& context) {
 
 std::string bitsText(double megabits) { return std::to_string(std::llround(megabits * 1e6)); }
 
+/// Returns the rates next to one that the codec does not have: "90 or 115".
+std::string nearestRates(std::span<const int> rates, double asked) {
+  const auto above = std::ranges::find_if(rates, [asked](int rate) { return rate > asked; });
+  std::string text;
+  if (above != rates.begin()) text = std::to_string(*std::prev(above));
+  if (above != rates.end()) text += (text.empty() ? "" : " or ") + std::to_string(*above);
+  return text;
+}
+
 void planDnxhdRate(PlanContext& context, const EncoderChoice& choice, const ImageForm& image,
                    PlannedVideoEncoder& encoder) {
-  const std::string_view sizeFlag = context.isSet(videoDimensionsFlag) ? videoDimensionsFlag : videoCodecFlag;
+  const std::string_view sizeFlag =
+      context.isSet(videoDimensionsFlag) ? videoDimensionsFlag : context.image->part->flag;
   if (isDnxhr(choice)) {
     context.ignore(bitRateFlag, "the profile decides the bit rate");
     if (image.width < 256 || image.height < 120) {
-      context.fail(sizeNotAvailable, sizeFlag, sizeWithCross(image) + " is too small for DNxHR",
-                   "use at least 256 x 120");
+      context.fail(sizeNotAvailable, sizeFlag, sizeText(image) + " is too small for DNxHR", "use at least 256 x 120");
     }
     return;
   }
   const int depth = tableRow(choice.format).bitDepth;
   const DnxhdRateRow* const row = dnxhdRatesOf(image.width, image.height, depth, encoder.keepsFields);
   if (row == nullptr) {
-    context.fail(sizeNotAvailable, sizeFlag, "DNxHD has no " + sizeWithCross(image),
+    context.fail(sizeNotAvailable, sizeFlag, "DNxHD has no " + sizeText(image),
                  "use 1920 x 1080 or 1280 x 720, or a profile for any size, such as -vprofile dnxhr_sq");
     context.use(bitRateFlag);
     return;
   }
   encoder.bitRate = defaultDnxhdRate(*row, image.frameRate.rawValue().rawValue());
   const auto rates = row->rates();
-  const auto asked = context.value<float>(bitRateFlag);
-  if (asked && std::ranges::any_of(rates, [&](int rate) { return static_cast<float>(rate) == *asked; })) {
+  const bool isCopy = isCopyOfSource(bitRateFlag, context.text(bitRateFlag));
+  const auto asked = askedBitRate(context);
+  const auto distance = [&asked](int rate) { return std::abs(rate - *asked); };
+  if (asked && isCopy) {
+    encoder.bitRate = *std::ranges::min_element(rates, {}, distance);
+  } else if (asked && std::ranges::any_of(rates, [&](int rate) { return rate == *asked; })) {
     encoder.bitRate = *asked;
   } else if (asked) {
-    const auto above = std::ranges::find_if(rates, [&](int rate) { return static_cast<float>(rate) > *asked; });
-    std::string nearest;
-    if (above != rates.begin()) nearest = std::to_string(*std::prev(above));
-    if (above != rates.end()) nearest += (nearest.empty() ? "" : " or ") + std::to_string(*above);
-    context.fail(bitRateNotAvailable, bitRateFlag, "for " + std::to_string(depth) + " bits and " + sizeWithCross(image),
-                 "use " + nearest + " megabits a second");
+    constexpr int least = 8;
+    const DnxhdRateRow* const other = dnxhdRatesOf(image.width, image.height, least, encoder.keepsFields);
+    const bool hasOther = depth != least && other != nullptr &&
+                          std::ranges::any_of(other->rates(), [&](int rate) { return rate == *asked; });
+    context.fail(bitRateNotAvailable, bitRateFlag, "for " + std::to_string(depth) + " bits and " + sizeText(image),
+                 "use " + nearestRates(rates, *asked) + " megabits a second" + (hasOther ? ", or -vbd 8" : ""));
   }
   encoder.options.push_back({"b", bitsText(*encoder.bitRate)});
 }
@@ -170,16 +198,19 @@ void planRateControl(PlanContext& context, const EncoderChoice& choice, const Im
     return;
   }
   if (row.rateControl == VideoRateControl::none) {
-    context.ignore(bitRateFlag, "the codec decides the bit rate of ProRes");
+    context.ignore(bitRateFlag, "each ProRes codec has its own bit rate");
     return;
   }
   encoder.bitRate = askedBitRate(context);
   if (!encoder.bitRate) {
-    encoder.options.push_back({std::string(row.quality.name), std::string(row.quality.value)});
+    if (!row.quality.name.empty()) {
+      encoder.options.push_back({std::string(row.quality.name), std::string(row.quality.value)});
+    }
+    if (row.quantizer > 0) encoder.quantizer = row.quantizer;
     return;
   }
   encoder.options.push_back({"b", bitsText(*encoder.bitRate)});
-  if (row.codec != SAVAvcH264Codec && row.codec != SAVHevcCodec) return;
+  if (!row.limitsRate) return;
   encoder.options.push_back({"maxrate", bitsText(*encoder.bitRate * 1.5)});
   encoder.options.push_back({"bufsize", bitsText(*encoder.bitRate * 2)});
 }
@@ -201,49 +232,31 @@ void planOptions(PlanContext& context, const EncoderChoice& choice, PlannedVideo
   const auto add = [&encoder](std::string_view name, std::string_view value) {
     encoder.options.push_back({std::string(name), std::string(value)});
   };
-  if (!row.variant.name.empty()) {
-    add(row.variant.name, row.variant.value);
-    add("vendor", "apl0");
-  }
-  if (choice.profile != nullptr) {
-    add("profile", choice.profile->option);
-  } else if (row.codec == SAVDnxhdCodec) {
-    add("profile", "dnxhd");
-  }
+  const std::string_view profile = choice.profile != nullptr ? choice.profile->option : row.profile;
+  if (!profile.empty()) add("profile", profile);
+  if (!row.vendor.empty()) add("vendor", row.vendor);
   if (encoder.keepsFields) add("flags", "+ildct");
   const auto interval = keyFrameInterval(context, row);
   if (interval) add("g", std::to_string(*interval));
-  if (row.codec == SAVHevcCodec) {
+  if (!row.parameters.empty()) {
     std::string parameters = "log-level=error";
     if (interval) parameters += ":keyint=" + std::to_string(*interval);
     if (!choice.level.empty()) parameters += ":level-idc=" + std::string(choice.level);
-    add("x265-params", parameters);
+    add(row.parameters, parameters);
   } else if (!choice.level.empty()) {
     add("level", choice.level);
   }
 }
 
-/// A kind of GPU and its encoder of a codec, by FFmpeg's names.
-struct GpuEncoderRow {
-  SAVTranscodeArgumentVideoCodecValue codec;
-  std::string_view device;
-  std::string_view encoder;
-};
-
-constexpr auto gpuEncoderRows = std::to_array<GpuEncoderRow>({
-    {SAVAvcH264Codec, "vaapi", "h264_vaapi"},
-    {SAVAvcH264Codec, "cuda", "h264_nvenc"},
-    {SAVHevcCodec, "vaapi", "hevc_vaapi"},
-    {SAVHevcCodec, "cuda", "hevc_nvenc"},
-});
-
 /// Chooses an encoder of a GPU that can be opened here; returns whether there is one.
 bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, PlannedVideoEncoder& encoder) {
   const std::string_view flag = SAVVideoGPUEncodingFlag.rawValue();
   if (!context.has(flag)) return false;
+  const SAVTranscodeArgumentVideoCodecValue& codec = choice.row->codec;
+  const bool isFormat = choice.format == PixelFormat::yuv420p;
   for (const GpuEncoderRow& row : gpuEncoderRows) {
-    if (row.codec != choice.row->codec || choice.format != PixelFormat::yuv420p) continue;
-    if (std::ranges::find(context.surroundings.openDevices, row.device) == context.surroundings.openDevices.end() ||
+    if (row.codec != codec || !isFormat) continue;
+    if (!isIn(context.surroundings.openDevices, std::string(row.device)) ||
         context.inventory.encoder(row.encoder) == nullptr) {
       continue;
     }
@@ -253,7 +266,7 @@ bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, Planned
     if (encoder.bitRate) {
       encoder.options.push_back({"b", bitsText(*encoder.bitRate)});
     } else {
-      encoder.options.push_back({row.device == "vaapi" ? "qp" : "cq", std::string(choice.row->quality.value)});
+      encoder.options.push_back({std::string(row.quality), std::string(choice.row->quality.value)});
     }
     if (choice.profile != nullptr) encoder.options.push_back({"profile", std::string(choice.profile->option)});
     if (!choice.level.empty()) encoder.options.push_back({"level", std::string(choice.level)});
@@ -262,7 +275,13 @@ bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, Planned
     }
     return true;
   }
-  context.warn(TranscodePlanWarningCode::gpuNotUsed, flag);
+  if (std::ranges::find(gpuEncoderRows, codec, &GpuEncoderRow::codec) == gpuEncoderRows.end()) {
+    context.warn(TranscodePlanWarningCode::gpuNotUsed, flag, "no GPU encodes " + codec.string());
+  } else if (!isFormat) {
+    context.warn(TranscodePlanWarningCode::gpuNotUsed, flag, "GPUs encode 8 bits of 4:2:0 alone", "set -vbd 8");
+  } else {
+    context.warn(TranscodePlanWarningCode::gpuNotUsed, flag, "no GPU that encodes can be used here");
+  }
   return false;
 }
 
@@ -278,6 +297,13 @@ EncoderChoice chooseEncoder(PlanContext& context, const ImageForm& source) {
   }
   chooseProfile(context, choice);
   chooseFormat(context, choice, source);
+  const std::string format(rawValue(choice.format));
+  for (const VideoEncoder& each : choice.row->encoders) {
+    const EncoderDescription* const found = each.name.empty() ? nullptr : context.inventory.encoder(each.name);
+    if (found == nullptr || !(found->pixelFormats.empty() || isIn(found->pixelFormats, format))) continue;
+    choice.encoder = &each;
+    break;
+  }
   return choice;
 }
 
@@ -299,15 +325,22 @@ PlannedVideoEncoder planEncoder(PlanContext& context, const EncoderChoice& choic
   encoder.keepsFields = keepsFields;
   const bool isReported =
       std::ranges::find(context.errors, wrongExtension, &TranscodePlanError::code) != context.errors.end();
-  if (context.container && !isReported &&
-      std::ranges::find(row.containers, *context.container) == row.containers.end()) {
+  if (context.container && !isReported && !isIn(row.containers, *context.container)) {
     context.fail(notInContainer, videoCodecFlag, "in " + std::string(description(*context.container)));
   }
-  if (chooseGpuEncoder(context, choice, encoder)) return encoder;
-  for (const std::string_view name : row.encoders) {
-    if (!name.empty() && encoder.name.empty() && context.inventory.encoder(name) != nullptr) encoder.name = name;
+  const auto rate = inLowestTerms(image.frameRate.rawValue());
+  if (row.greatestTimeScale != 0 && rate && rate->numerator > row.greatestTimeScale) {
+    context.failRate(row.codec.string() + " cannot count " + frameRateText(image.frameRate));
   }
-  if (encoder.name.empty()) context.fail(encoderMissing, videoCodecFlag, std::string(row.encoders[0]));
+  if (chooseGpuEncoder(context, choice, encoder)) return encoder;
+  if (choice.encoder != nullptr) {
+    encoder.name = choice.encoder->name;
+  } else {
+    const std::string name(row.encoders.front().name);
+    const bool lacksFormat = context.inventory.encoder(name) != nullptr;
+    context.fail(encoderMissing, videoCodecFlag,
+                 name + (lacksFormat ? " with " + std::string(rawValue(choice.format)) : ""));
+  }
   planRateControl(context, choice, image, encoder);
   planOptions(context, choice, encoder);
   return encoder;

@@ -14,15 +14,35 @@ constexpr std::string_view cropAnchorFlag = SAVVideoAspectCropAnchorFlag.rawValu
 constexpr int leastSide = 16;
 constexpr int greatestSide = 16384;
 
+// The sides that an image can be scaled to before it is cropped.
+constexpr int greatestScaledSide = 32767;
+
+/// Which sides are rounded to even numbers.
+struct EvenSides {
+  bool width = false;
+  bool height = false;
+};
+
 /// Rounds to the nearest whole number, or even one, of at least 2.
 int rounded(double pixels, bool even) {
-  const long long whole = even ? 2 * std::llround(pixels / 2) : std::llround(pixels);
-  return static_cast<int>(std::max(whole, 2LL));
+  constexpr double beyond = 1 << 30;
+  if (!(pixels > 2)) return 2;  // also for NaN
+  const double whole = std::min(pixels, beyond);
+  return static_cast<int>(even ? 2 * std::llround(whole / 2) : std::llround(whole));
 }
 
 int roundedDown(int pixels, bool even) { return even ? pixels / 2 * 2 : pixels; }
 
-std::string sizeText(ImageSize size) { return std::to_string(size.width) + "x" + std::to_string(size.height); }
+ImageSize roundedDown(ImageSize size, EvenSides even) {
+  return {roundedDown(size.width, even.width), roundedDown(size.height, even.height)};
+}
+
+/// Returns a size as it is written after "-dims".
+std::string dimensionsText(ImageSize size) { return std::to_string(size.width) + "x" + std::to_string(size.height); }
+
+std::string limitsOfSides() {
+  return "use whole numbers from " + std::to_string(leastSide) + " to " + std::to_string(greatestSide);
+}
 
 /// What "-dims" asks for: a size in pixels, a factor of the source's size, or neither.
 struct AskedSize {
@@ -37,7 +57,7 @@ AskedSize askedSize(PlanContext& context) {
   if (size->width == size->height && size->width > 0 && size->width <= 1) return {{}, size->width};
   for (const double side : {size->width, size->height}) {
     if (side >= leastSide && side <= greatestSide && side == std::floor(side)) continue;
-    context.fail(TranscodePlanErrorCode::sizeOutOfRange, videoDimensionsFlag);
+    context.fail(TranscodePlanErrorCode::sizeOutOfRange, videoDimensionsFlag, {}, limitsOfSides());
     return {};
   }
   return {ImageSize{static_cast<int>(size->width), static_cast<int>(size->height)}, {}};
@@ -45,93 +65,123 @@ AskedSize askedSize(PlanContext& context) {
 
 /// Returns the offset of a part that is shorter by `space`: 0 for the first third of the anchors, all of it for the
 /// last.
-int offsetAt(int third, int space, bool even) { return roundedDown(space * third / 2, even); }
+int offsetAt(int third, int space, bool even) {
+  if (third == 0) return 0;
+  return roundedDown(third == 1 ? space / 2 : space, even);
+}
 
-FrameFit fittedFrame(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, bool needsEven) {
+static_assert(allCases<VideoCropAnchor>().size() == 9 && tableRow(VideoCropAnchor::topRight).rawValue == "tr" &&
+                  allCases<VideoCropAnchor>()[5] == VideoCropAnchor::centerRight &&
+                  allCases<VideoCropAnchor>()[7] == VideoCropAnchor::bottomCenter,
+              "the anchors are in lines from the top left");
+
+FrameFit fittedFrame(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, EvenSides even) {
   const double displayWidth = source.width * pixelAspectRatio.rawValue();
   const double displayHeight = source.height;
   const AskedSize asked = askedSize(context);
+  const auto scaledBy = [&](double factor) {
+    return ImageSize{rounded(displayWidth * factor, even.width), rounded(displayHeight * factor, even.height)};
+  };
   FrameFit fit{.scaled = source, .final = source};
-  if (asked.factor) {
-    context.ignore(aspectScalingFlag, "-dims is a factor of the source's size");
-    if (*asked.factor == 1) return fit;
-    fit.scaled = {rounded(displayWidth * *asked.factor, needsEven), rounded(displayHeight * *asked.factor, needsEven)};
-    fit.final = fit.scaled;
+  if (asked.factor || !asked.pixels) {
+    const bool isFactor = asked.factor && *asked.factor != 1;
+    const std::string_view reason =
+        isFactor ? "-dims is a factor of the source's size" : "-dims does not set a size to fit into";
+    const bool isSet = context.isSet(videoDimensionsFlag);
+    context.ignore(aspectScalingFlag, isSet ? reason : "there is no -dims to fit into");
+    context.ignore(cropAnchorFlag, isSet ? reason : "there is no -dims to crop to");
+    if (!isFactor) return fit;
+    fit.final = fit.scaled = scaledBy(*asked.factor);
     fit.squaresPixels = true;
-    return fit;
-  }
-  if (!asked.pixels) {
-    if (!context.isSet(videoDimensionsFlag)) context.ignore(aspectScalingFlag, "there is no -dims to fit into");
-    if (needsEven && (source.width % 2 != 0 || source.height % 2 != 0) && !context.isSet(videoDimensionsFlag)) {
-      context.fail(TranscodePlanErrorCode::oddSize, videoCodecFlag, "the source is " + sizeText(source),
-                   "set -dims " + sizeText({roundedDown(source.width, true), roundedDown(source.height, true)}) +
-                       " with -aspect_scaling stretch");
-    }
     return fit;
   }
 
   const ImageSize box = *asked.pixels;
   const auto scaling =
       context.oneOf<SAVTranscodeArgumentAspectRatioValue>(aspectScalingFlag).value_or(SAVMatchSourceRatio);
-  if (scaling != SAVMatchSourceRatio && needsEven && (box.width % 2 != 0 || box.height % 2 != 0)) {
-    context.fail(TranscodePlanErrorCode::oddSize, videoDimensionsFlag, {},
-                 "did you mean " + sizeText({roundedDown(box.width, true), roundedDown(box.height, true)}) + "?");
-  }
   fit.squaresPixels = true;
   fit.final = box;
   const double ratioOfWidths = box.width / displayWidth;
   const double ratioOfHeights = box.height / displayHeight;
-  const auto scaledBy = [&](double factor) {
-    return ImageSize{rounded(displayWidth * factor, needsEven), rounded(displayHeight * factor, needsEven)};
-  };
   if (scaling == SAVStretchAspect) {
     fit.scaled = box;
   } else if (scaling == SAVLetterboxAspect) {
     fit.scaled = scaledBy(std::min(ratioOfWidths, ratioOfHeights));
     fit.scaled = {std::min(fit.scaled.width, box.width), std::min(fit.scaled.height, box.height)};
-    fit.x = roundedDown((box.width - fit.scaled.width) / 2, needsEven);
-    fit.y = roundedDown((box.height - fit.scaled.height) / 2, needsEven);
+    fit.x = roundedDown((box.width - fit.scaled.width) / 2, even.width);
+    fit.y = roundedDown((box.height - fit.scaled.height) / 2, even.height);
     fit.pads = fit.scaled != box;
   } else if (scaling == SAVCropAspect) {
     fit.anchor = context.oneOf<VideoCropAnchor>(cropAnchorFlag).value_or(VideoCropAnchor::center);
     fit.scaled = scaledBy(std::max(ratioOfWidths, ratioOfHeights));
     fit.scaled = {std::max(fit.scaled.width, box.width), std::max(fit.scaled.height, box.height)};
     const auto place = static_cast<int>(fit.anchor);
-    fit.x = offsetAt(place % 3, fit.scaled.width - box.width, needsEven);
-    fit.y = offsetAt(place / 3, fit.scaled.height - box.height, needsEven);
+    fit.x = offsetAt(place % 3, fit.scaled.width - box.width, even.width);
+    fit.y = offsetAt(place / 3, fit.scaled.height - box.height, even.height);
     fit.crops = fit.scaled != box;
   } else {
     const double factor = std::min(ratioOfWidths, ratioOfHeights);
     if (factor > 1) {
-      context.warn(TranscodePlanWarningCode::notEnlarged, videoDimensionsFlag,
-                   sizeText({rounded(displayWidth, false), rounded(displayHeight, false)}) + " stays");
+      const ImageSize kept{rounded(displayWidth, false), rounded(displayHeight, false)};
+      context.warn(TranscodePlanWarningCode::notEnlarged, videoDimensionsFlag, sizeText(kept) + " stays");
     }
+    const ImageSize most = roundedDown(box, even);
     fit.scaled = scaledBy(std::min(factor, 1.0));
-    fit.scaled = {std::min(fit.scaled.width, roundedDown(box.width, needsEven)),
-                  std::min(fit.scaled.height, roundedDown(box.height, needsEven))};
+    fit.scaled = {std::min(fit.scaled.width, most.width), std::min(fit.scaled.height, most.height)};
     fit.final = fit.scaled;
   }
   if (scaling != SAVCropAspect) context.ignore(cropAnchorFlag, "nothing is cropped");
   return fit;
 }
 
+bool isOdd(ImageSize size, EvenSides needed) {
+  return (needed.width && size.width % 2 != 0) || (needed.height && size.height % 2 != 0);
+}
+
+/// Reports a size that cannot be encoded, whichever way it came about, unless "-dims" is reported already.
+void checkSize(PlanContext& context, const FrameFit& fit, ImageSize source, const MediaRational& pixelAspectRatio,
+               EvenSides needed) {
+  using enum TranscodePlanErrorCode;
+  const bool isReported = std::ranges::any_of(
+      context.errors, [](const TranscodePlanError& each) { return each.place == videoDimensionsFlag; });
+  if (isReported) return;
+  const bool isSourceSize = fit.final == source && !fit.squaresPixels;
+  const std::string_view flag = isSourceSize ? context.image->part->flag : videoDimensionsFlag;
+  const auto [least, greatest] = std::minmax(fit.final.width, fit.final.height);
+  if (least < leastSide || greatest > greatestSide) {
+    context.fail(sizeOutOfRange, flag, "the image is " + sizeText(fit.final),
+                 isSourceSize ? "set another size with -dims" : limitsOfSides());
+  } else if (std::max(fit.scaled.width, fit.scaled.height) > greatestScaledSide) {
+    context.fail(sizeOutOfRange, flag, "the image would be scaled to " + sizeText(fit.scaled) + " first",
+                 "use -aspect_scaling letterbox or stretch");
+  } else if (isOdd(fit.final, needed)) {
+    constexpr EvenSides both{true, true};
+    if (isSourceSize) {
+      const ImageSize even{rounded(source.width * pixelAspectRatio.rawValue(), true), roundedDown(source.height, true)};
+      context.fail(oddSize, flag, sizeText(source),
+                   "set -dims " + dimensionsText(even) + " with -aspect_scaling stretch");
+    } else {
+      context.fail(oddSize, flag, {}, "did you mean " + dimensionsText(roundedDown(fit.final, both)) + "?");
+    }
+  }
+}
+
 }  // namespace
 
-FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, bool needsEven) {
-  const FrameFit fit = fittedFrame(context, source, pixelAspectRatio, needsEven);
-  const auto isReported = [&context](std::string_view flag) {
-    return std::ranges::any_of(context.errors, [flag](const TranscodePlanError& each) {
-      return each.place == flag && each.code == TranscodePlanErrorCode::sizeOutOfRange;
-    });
-  };
-  const auto [least, greatest] = std::minmax(fit.final.width, fit.final.height);
-  if (least >= leastSide && greatest <= greatestSide) return fit;
-  const bool isAsked = context.isSet(videoDimensionsFlag);
-  const std::string_view flag = isAsked ? videoDimensionsFlag : videoCodecFlag;
-  if (!isReported(flag)) {
-    context.fail(TranscodePlanErrorCode::sizeOutOfRange, flag, "the image is " + sizeText(fit.final),
-                 isAsked ? "" : "set another size with -dims");
+FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio,
+                      const EncoderChoice& choice) {
+  const ChromaSubsampling chroma = tableRow(choice.format).chroma;
+  const EvenSides halved{chroma == ChromaSubsampling::yuv420 || chroma == ChromaSubsampling::yuv422,
+                         chroma == ChromaSubsampling::yuv420};
+  EvenSides needed;
+  if (choice.encoder != nullptr) {
+    const bool chromaIsEven = choice.encoder->needsEvenChroma;
+    needed = {choice.encoder->needsEvenWidth || (chromaIsEven && halved.width), chromaIsEven && halved.height};
   }
+  // Rounding never makes a size that the encoder refuses.
+  const EvenSides even{halved.width || needed.width, halved.width || needed.height};
+  const FrameFit fit = fittedFrame(context, source, pixelAspectRatio, even);
+  checkSize(context, fit, source, pixelAspectRatio, needed);
   return fit;
 }
 

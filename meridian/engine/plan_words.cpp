@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "meridian/base/is_in.h"
 #include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
@@ -33,7 +34,7 @@ void checkLook(PlanContext& context, const LookValues& look) {
   if (setting == nullptr || setting->value.empty()) return;
   const auto values =
       std::span(look.values).first(static_cast<std::size_t>(std::ranges::find(look.values, "") - look.values.begin()));
-  if (std::ranges::find(values, setting->value) == values.end()) {
+  if (!isIn(values, setting->value)) {
     context.fail(TranscodePlanErrorCode::unreadableValue, look.flag, {}, "expected one of " + joined(values, ", "));
   } else {
     context.fail(TranscodePlanErrorCode::lookNotSupported, look.flag);
@@ -63,14 +64,14 @@ void checkSetting(PlanContext& context, const ExplainedSetting& setting, const T
                    std::string(warning.remedy()));
       break;
     case lacksValue:
-      context.fail(TranscodePlanErrorCode::unreadableValue, setting.flag, "it has none", std::string(warning.remedy()));
+      context.fail(TranscodePlanErrorCode::lacksValue, setting.flag, {}, std::string(warning.remedy()));
       break;
     case inputWithoutNumbers:
     case omissionWithoutNumber:
       context.fail(TranscodePlanErrorCode::unnumberedFlag, setting.flag, {}, std::string(warning.remedy()));
       break;
     case acceptedByContainment:
-      context.use(setting.flag);
+      context.use(setting);
       context.warn(TranscodePlanWarningCode::acceptedByContainment, setting.flag, warning.detail, warning.advice);
       break;
     case holdsValueButTakesNone:
@@ -106,7 +107,7 @@ void planWords(PlanContext& context) {
   for (const ExplainedSetting& setting : context.words.settings) {
     for (const TranscodeWarning& warning : setting.warnings) checkSetting(context, setting, warning);
     const FlagDescription* const known = findFlag(setting.flag);
-    if (known != nullptr && known->group == FlagGroup::command) context.use(setting.flag);
+    if (known != nullptr && known->group == FlagGroup::command) context.use(setting);
   }
   for (const LookValues& look : lookValues) checkLook(context, look);
   for (const DroppedWord& dropped : context.words.droppedWords) {

@@ -102,7 +102,9 @@ std::string codecs(const ListingSources& sources) {
     for (const VideoProfileRow& profile : videoProfileRows) {
       if (profile.codec == row.codec) profiles.push_back(profile.name);
     }
-    video.push_back({row.codec.string(), encoderText(sources.inventory, row.encoders),
+    std::vector<std::string_view> encoders;
+    for (const VideoEncoder& encoder : row.encoders) encoders.push_back(encoder.name);
+    video.push_back({row.codec.string(), encoderText(sources.inventory, encoders),
                      extensionTexts(row.codec.permittedExtensions()), joined(profiles, " ")});
   }
   std::vector<std::vector<std::string>> audio{{"VALUE", "ENCODER"}};
@@ -117,7 +119,12 @@ std::string codecs(const ListingSources& sources) {
     }
     audio.push_back({format.string(), joined(encoders, " ")});
   }
-  return "Video (-vcodec):\n" + inColumns(video) + "\nAudio (-acodec):\n" + inColumns(audio);
+  std::vector<std::vector<std::string>> gpus{{"VALUE", "DEVICE", "ENCODER"}};
+  for (const GpuEncoderRow& row : gpuEncoderRows) {
+    gpus.push_back({row.codec.string(), std::string(row.device), encoderText(sources.inventory, {&row.encoder, 1})});
+  }
+  return "Video (-vcodec):\n" + inColumns(video) + "\nVideo on a GPU (-gpu_encoding):\n" + inColumns(gpus) +
+         "\nAudio (-acodec):\n" + inColumns(audio);
 }
 
 std::string formats(const ListingSources& /*sources*/) {
@@ -149,8 +156,9 @@ std::string licences(const ListingSources& sources) {
          ": Apache License, version 2.0\n"
          "FFmpeg " +
          sources.inventory.version + ": " + sources.inventory.license +
-         "\nThis program is used under the licence of FFmpeg, including x264 and x265 where FFmpeg was built with\n"
-         "them. It comes with no warranty.\n"
+         "\nTogether with these libraries, and with x264 and x265 where FFmpeg was built with them, the program is "
+         "under\n"
+         "their licence. It comes with no warranty.\n"
          "FFmpeg was built with: " +
          sources.inventory.configuration + '\n';
 }

@@ -18,7 +18,28 @@ void checkAnythingLeft(PlanContext& context) {
   const std::string_view flag = context.isSet(noAudio)   ? noAudio
                                 : context.isSet(noVideo) ? noVideo
                                                          : SAVOutputFileFlag.rawValue();
-  context.fail(TranscodePlanErrorCode::nothingLeft, flag, "of what the source has");
+  context.fail(TranscodePlanErrorCode::nothingLeft, flag, "the source has neither of what is kept");
+}
+
+using InputFiles = std::vector<std::string>;
+
+/// Returns why the rendered vector has other input files than the store.
+std::vector<TranscodePlanError> unreadInputs(const TranscodeCliArguments& arguments) {
+  std::vector<TranscodePlanError> errors;
+  const auto add = [&errors](std::string_view flag, std::string detail, std::string advice) {
+    errors.push_back(
+        {{TranscodePlanErrorCode::unreadableValue, std::string(flag), std::move(detail)}, std::move(advice)});
+  };
+  for (const TranscodeWarning& warning : readingBackWarnings(arguments)) {
+    if (!TranscodeCliArguments::isInputFileFlag(warning.place)) continue;
+    add(warning.place, "the vector gives " + warning.detail,
+        "give a path that does not begin with \"-\", such as ./-a.mov");
+  }
+  if (errors.empty()) {
+    add(SAVInputPrefixFlag.rawValue(), "the vector has other input files than the store",
+        "store input files with lower-case flags, such as -in_0_0");
+  }
+  return errors;
 }
 
 }  // namespace
@@ -28,8 +49,8 @@ Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(
     const EncoderInventory& inventory, const TranscodeSurroundings& surroundings) {
   PlanContext context(words, inventory, surroundings);
   planWords(context);
-  planSources(context, media);
   planOutput(context);
+  planSources(context, media);
   planVideo(context);
   planAudio(context);
   planTimecode(context);
@@ -49,7 +70,11 @@ Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(
     words.emplace_back(flag);
     words.emplace_back(value);
   });
-  return planTranscode(explain(words), media, inventory, surroundings);
+  const TranscodeExplanation explanation = explain(words);
+  if (explanation.arguments.inputFiles().value_or(InputFiles()) != arguments.inputFiles().value_or(InputFiles())) {
+    return Unexpected(unreadInputs(arguments));
+  }
+  return planTranscode(explanation, media, inventory, surroundings);
 }
 
 }  // namespace meridian::inline v0_2

@@ -23,7 +23,7 @@
 #include "meridian/cli/transcode_detail_values.h"
 #include "meridian/cli/transcode_explanation.h"
 #include "meridian/cli/transcode_values.h"
-#include "meridian/engine/channel_layout_tags.h"
+#include "meridian/engine/channel_layouts.h"
 #include "meridian/engine/color_spaces.h"
 #include "meridian/engine/encoder_inventory.h"
 #include "meridian/engine/media_description.h"
@@ -46,7 +46,7 @@ struct OutputState {
   /// Something is at the path of the output.
   bool exists = false;
   bool isDirectory = false;
-  /// The source that is the same file as the output, under whatever name.
+  /// The source, LUT or watermark image that is the same file as the output, under whatever name.
   std::optional<std::string> sameSource;
   /// The directory that the output is in.
   bool directoryExists = true;
@@ -55,6 +55,8 @@ struct OutputState {
   bool workDirectoryIsUsable = true;
   /// The path of "-progress_file" can be written to.
   bool progressFileIsWritable = true;
+  /// The source, LUT, watermark image or output that is the same file as that of "-progress_file", under whatever name.
+  std::optional<std::string> sameAsProgressFile;
 
   friend bool operator==(const OutputState&, const OutputState&) = default;
 };
@@ -124,7 +126,7 @@ struct RateStep {
   friend bool operator==(const RateStep&, const RateStep&) = default;
 };
 
-/// Mirrors the image from left to right if so stated, then turns it clockwise.
+/// Mirrors the image from left to right if so stated, then turns it clockwise by quarter turns.
 struct RotateStep {
   /// 90, 180, 270, or 0 for an image that is only mirrored.
   int degrees = 0;
@@ -213,7 +215,6 @@ struct WatermarkStep {
   /// the scale.
   ImageSize size;
   double scale = 1;
-  int margin = 0;
 
   friend bool operator==(const WatermarkStep&, const WatermarkStep&) = default;
 };
@@ -251,7 +252,7 @@ struct PlannedPart {
 struct PlannedSource {
   std::int64_t group = 0;
   std::vector<PlannedPart> parts;
-  /// True for the group whose video is taken.
+  /// True for the group whose video is used.
   bool givesImage = false;
   /// True if each part is one frame, or a folder of frames.
   bool isImageSequence = false;
@@ -270,6 +271,9 @@ struct PlannedVideoEncoder {
   std::vector<PlannedOption> options;
   /// Megabits a second; absent for constant quality and where the profile decides.
   std::optional<double> bitRate;
+  /// The quantizer of constant quality, from 1, the best, to 31, for encoders that have no option for it; absent for
+  /// every other.
+  std::optional<int> quantizer;
   /// As written in "-vprofile"; empty if it is not set.
   std::string profile;
   /// True if fields stay fields.
@@ -289,6 +293,8 @@ struct PlannedVideo {
   ImageForm source;
   /// True if the source's colour space is assumed, because it states none.
   bool isColorAssumed = false;
+  /// True if "-c_space" states what a LUT gives, so that nothing is converted to it.
+  bool isColorStated = false;
   /// Empty if the video is copied.
   std::vector<PlannedStep> steps;
   /// Absent if the packets are copied as they are.
@@ -330,9 +336,12 @@ struct PlannedAudioTrack {
   /// Bits of a sample; absent for a codec that does not keep samples.
   std::optional<std::int64_t> bits;
   std::int64_t channelCount = 0;
-  /// The places of the channels in order; empty for discrete channels, or as the source's if the track is copied.
+  /// The places of the origin's channels in their order, as stated or assumed; empty for discrete channels.
+  std::vector<ChannelLabel> sourceChannels;
+  /// The places of the channels in the order of their bits, as the encoder gets them; empty for discrete channels. As
+  /// the source's if the track is copied.
   std::vector<ChannelLabel> channels;
-  /// Core Audio's tag that the output states; absent if the places have none.
+  /// Core Audio's tag of these channels; absent if they have none.
   std::optional<std::uint32_t> layoutTag;
   /// Bits a second; absent for a codec whose samples decide it.
   std::optional<std::int64_t> bitRate;
@@ -395,12 +404,14 @@ struct TranscodePlan {
 
 /// Plans a transcode, or returns every reason why it cannot be carried out, none of which hides another. Touches no
 /// file. `media` describes the input files, or says why one cannot be described, in the order of
-/// `words.arguments.inputFiles()`; another number of them terminates the process. Listing commands are left aside.
+/// `words.arguments.inputFiles()`; another number of them terminates the process. Listing commands are ignored.
 [[nodiscard]] MERIDIAN_API Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(
     const TranscodeExplanation& words, std::span<const Expected<MediaDescription, MediaError>> media,
     const EncoderInventory& inventory, const TranscodeSurroundings& surroundings);
 
-/// Does the same for a store that an application has filled, as the transcoder reads its rendered vector.
+/// Does the same for a store that an application has filled, as the transcoder reads its rendered vector. `media` is in
+/// the order of `arguments.inputFiles()`; an error if the rendered vector has other input files, as where a path begins
+/// with "-".
 [[nodiscard]] MERIDIAN_API Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(
     const TranscodeCliArguments& arguments, std::span<const Expected<MediaDescription, MediaError>> media,
     const EncoderInventory& inventory, const TranscodeSurroundings& surroundings);

@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <ranges>
 #include <vector>
 
+#include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/joined.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/cli/transcode_detail_values.h"
+#include "meridian/engine/plan_context.h"
 
 namespace meridian::inline v0_2 {
 namespace {
@@ -52,15 +55,16 @@ std::string countText(std::int64_t count, std::string_view noun) {
   return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
 }
 
-std::string sizeOf(const ImageForm& image) {
-  return std::to_string(image.width) + " x " + std::to_string(image.height);
+std::string sizeOf(const auto& size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
+
+/// Returns an anchor in words: "the bottom centre".
+std::string placeText(const SAVTranscodeArgumentOverlayAnchorValue& anchor) {
+  const auto known = fromRawValue<VideoCropAnchor>(anchor.rawValue());
+  return "the " + (known ? lowercased(description(*known)) : printable(anchor.rawValue()));
 }
 
-std::string rateOf(const VideoFrameRate& rate) {
-  const MediaRational rational = rate.rawValue();
-  if (rational.denominator == 1) return std::to_string(rational.numerator) + " fps";
-  return fixedDecimalText(rational.rawValue(), 3) + " fps (" + std::to_string(rational.numerator) + "/" +
-         std::to_string(rational.denominator) + ")";
+std::string secondsText(const MediaRational& seconds) {
+  return plainDecimalText(doubleFromText(fixedDecimalText(seconds.rawValue(), 3)).value_or(0)) + " s";
 }
 
 std::string rangeOf(const ImageForm& image) {
@@ -84,18 +88,18 @@ std::string formText(const ImageForm& image, const ImageForm* before, bool isCol
   add(before != nullptr && image.color != before->color, nameOf(image.color) + (isColorAssumed ? " (assumed)" : ""));
   add(before != nullptr && image.range != before->range, rangeOf(image));
   if (before == nullptr && image.isInterlaced) texts.emplace_back("interlaced");
-  add(before != nullptr && image.frameRate != before->frameRate, rateOf(image.frameRate));
+  add(before != nullptr && image.frameRate != before->frameRate, frameRateText(image.frameRate));
   return joined(texts, ", ");
 }
 
 std::string styleText(const TextStyle& style) {
-  return "at " + style.anchor.string() + ", " + fixedDecimalText(style.fontSize, 0) + " pixels high, " +
+  return "at " + placeText(style.anchor) + ", " + fixedDecimalText(style.fontSize, 0) + " pixels high, " +
          style.fontColor.text() + " on " + style.boxColor.text();
 }
 
 /// Says what is particular to a step, beside the image that it gives.
 struct StepDetail {
-  std::string operator()(const DeinterlaceStep&) const { return "bwdif, a frame for each two fields"; }
+  std::string operator()(const DeinterlaceStep&) const { return "bwdif, one frame for every two fields"; }
   std::string operator()(const RateStep&) const { return "drop or repeat frames"; }
   std::string operator()(const RotateStep& step) const {
     std::string text = step.isMirrored ? "mirrored" : "";
@@ -122,9 +126,9 @@ struct StepDetail {
   std::string operator()(const TimecodeBurnStep& step) const { return styleText(step.style); }
   std::string operator()(const TextBurnStep& step) const { return inQuotes(step.text) + " " + styleText(step.style); }
   std::string operator()(const WatermarkStep& step) const {
-    std::string text = inQuotes(step.path) + " at " + step.anchor.string();
+    std::string text = inQuotes(step.path) + " at " + placeText(step.anchor);
     if (step.size.width > 0) {
-      text += ", " + std::to_string(step.size.width) + " x " + std::to_string(step.size.height);
+      text += ", " + sizeOf(step.size);
     } else if (step.scale != 1) {
       text += ", " + plainDecimalText(step.scale) + " times its size";
     }
@@ -138,17 +142,34 @@ std::string optionTexts(const std::vector<PlannedOption>& options) {
   return joined(texts, ", ");
 }
 
+/// Returns the frames of all parts; absent if a part does not state its own.
+std::optional<std::int64_t> framesOf(const PlannedSource& source) {
+  std::optional<std::int64_t> frames = 0;
+  for (const PlannedPart& part : source.parts) {
+    frames = frames && part.frameCount ? checkedSum(*frames, *part.frameCount) : std::nullopt;
+  }
+  return frames;
+}
+
 void addSources(Sections& sections, const TranscodePlan& plan) {
   sections.begin("Sources");
   for (const PlannedSource& source : plan.sources) {
-    for (const PlannedPart& part : source.parts) {
+    // Of many parts the first and the last are enough for a person.
+    constexpr std::size_t most = 8;
+    const bool isLong = source.parts.size() > most;
+    for (std::size_t place = 0; place < source.parts.size(); ++place) {
+      const PlannedPart& part = source.parts[place];
       std::string text = inQuotes(part.path);
       if (source.givesImage) text += source.isImageSequence ? ", the image, as a sequence" : ", the image";
       if (part.frameCount) text += ", " + countText(*part.frameCount, "frame");
-      if (part.duration)
-        text += ", " + plainDecimalText(std::stod(fixedDecimalText(part.duration->rawValue(), 3))) + " s";
+      if (part.duration) text += ", " + secondsText(*part.duration);
       sections.add(part.flag, std::move(text));
+      if (!isLong || place != 0) continue;
+      place = source.parts.size() - 2;
+      sections.add("...", std::to_string(place) + " more");
     }
+    const auto frames = isLong ? framesOf(source) : std::nullopt;
+    if (frames) sections.add("in all", countText(*frames, "frame"));
   }
 }
 
@@ -178,12 +199,14 @@ void addVideo(Sections& sections, const TranscodePlan& plan) {
   const PlannedVideoEncoder& encoder = *video.encoder;
   std::string text = encoder.codec.string() + " with " + printable(encoder.name) + ", " +
                      std::string(rawValue(encoder.pixelFormat)) + ", " + sizeOf(video.output()) + ", " +
-                     rateOf(video.output().frameRate) + ", " + nameOf(video.output().color);
+                     frameRateText(video.output().frameRate) + ", " + nameOf(video.output().color) +
+                     (video.isColorStated ? " (stated, not converted)" : "");
   if (video.frameCount) text += ", " + countText(*video.frameCount, "frame");
   if (encoder.bitRate) text += ", " + plainDecimalText(*encoder.bitRate) + " Mb/s";
+  if (encoder.quantizer) text += ", quantizer " + std::to_string(*encoder.quantizer);
   if (encoder.keepsFields) text += ", fields kept";
   sections.add(encoder.usesGpu ? "encode on GPU" : "encode", std::move(text));
-  sections.add("options", optionTexts(encoder.options));
+  if (!encoder.options.empty()) sections.add("options", optionTexts(encoder.options));
 }
 
 void addAudio(Sections& sections, const TranscodePlan& plan) {
@@ -218,11 +241,15 @@ void addTimecode(Sections& sections, const TranscodePlan& plan) {
                        });
   sections.begin("Timecode");
   sections.add("start", timecode.start.timecodeString() + ", " + lowercased(description(timecode.source)));
-  sections.add("counts", rateOf(timecode.rate) + (timecode.start.isDropFrame ? ", drop frame" : ""));
+  sections.add("counts", frameRateText(timecode.rate) + (timecode.start.isDropFrame ? ", drop frame" : ""));
   sections.add("stored", timecode.isInTrack ? (isBurnt ? "in the file, and burnt in" : "in the file") : "burnt in");
   if (timecode.partStarts.empty()) return;
+  constexpr std::size_t most = 8;
   std::vector<std::string> starts;
-  for (const TimecodeComponents& start : timecode.partStarts) starts.push_back(start.timecodeString());
+  for (const TimecodeComponents& start : timecode.partStarts | std::views::take(most)) {
+    starts.push_back(start.timecodeString());
+  }
+  if (timecode.partStarts.size() > most) starts.push_back(std::to_string(timecode.partStarts.size() - most) + " more");
   sections.add("parts", joined(starts, ", "));
 }
 

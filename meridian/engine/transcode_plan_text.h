@@ -7,7 +7,7 @@
 ///     //   -in_0_0  "/card/A001.mov", the image, 240 frames, 10 s
 ///     // Video
 ///     //   decode   prores, 1920 x 1080, yuv422p10le, rec_709, limited range, 24 fps
-///     //   scale    960 x 540, yuv422p10le
+///     //   scale    bicubic to 960 x 540
 ///     //   ...
 #pragma once
 
@@ -42,12 +42,12 @@ static_assert(stepNames.size() == std::variant_size_v<VideoStep>);
 
 /// Returns the name of a colour space: "rec_709", "rec_709 as R'G'B'", or the three code points "9-16-9".
 [[nodiscard]] inline std::string nameOf(const ColorSpaceCodes& color) {
-  constexpr int rgbMatrix = 0;
   for (const ColorSpaceRow& row : colorSpaceRows) {
     if (row.codes == color) return row.value.string();
   }
   for (const ColorSpaceRow& row : colorSpaceRows) {
-    if (color.matrix == rgbMatrix && row.codes.primaries == color.primaries && row.codes.transfer == color.transfer) {
+    if (color.matrix == ColorSpaceCodes::rgbMatrix && row.codes.primaries == color.primaries &&
+        row.codes.transfer == color.transfer) {
       return row.value.string() + " as R'G'B'";
     }
   }

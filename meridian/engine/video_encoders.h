@@ -2,7 +2,7 @@
 /// The encoder of each value of "-vcodec": its pixel formats, containers and rate control. For example:
 ///
 ///     const VideoEncoderRow* row = videoEncoderOf(SAVProRes422HQ);
-///     row->encoders[0];  // "prores_ks"
+///     row->encoders[0].name;  // "prores_ks"
 ///     row->formats[0];   // PixelFormat::yuv422p10
 #pragma once
 
@@ -56,11 +56,20 @@ inline constexpr auto mxfOnly = std::to_array({OutputContainer::mxf});
 
 }  // namespace detail
 
+/// An encoder by FFmpeg's name, and which sizes it refuses.
+struct VideoEncoder {
+  std::string_view name;
+  /// True if the width must be even whatever the chroma is.
+  bool needsEvenWidth = false;
+  /// True if a size must be even in the direction in which the chroma is halved.
+  bool needsEvenChroma = false;
+};
+
 /// How a value of "-vcodec" is encoded.
 struct VideoEncoderRow {
   SAVTranscodeArgumentVideoCodecValue codec;
-  /// FFmpeg's names of the encoder and of the one that replaces it if it is missing; the second may be empty.
-  std::array<std::string_view, 2> encoders;
+  /// The encoder, and the one that replaces it if it is missing; the name of the second may be empty.
+  std::array<VideoEncoder, 2> encoders;
   /// What the encoder accepts; of several formats with the same chroma, the least depth comes first.
   std::span<const PixelFormat> formats;
   std::span<const OutputContainer> containers;
@@ -68,122 +77,102 @@ struct VideoEncoderRow {
   std::string_view tag;
   VideoRateControl rateControl;
   /// The option of constant quality; without a name where there is none.
-  EncoderOption quality;
-  /// The option that chooses the variant of the codec; without a name where "-vprofile" chooses it or there is none.
-  EncoderOption variant;
+  EncoderOption quality = {};
+  /// The quantizer of constant quality, from 1, the best, to 31; 0 where the quality is an option or there is none.
+  int quantizer = 0;
+  /// The value of the option "profile"; empty where "-vprofile" chooses it or there is none.
+  std::string_view profile = {};
+  /// The vendor that the file names; empty for FFmpeg's own.
+  std::string_view vendor = {};
+  /// The option that has parameters of the encoder itself; empty if there is none.
+  std::string_view parameters = {};
+  /// True if a bit rate needs a limit and a buffer beside it: "maxrate" and "bufsize".
+  bool limitsRate = false;
+  /// True if the chroma is as much of the source's as the formats have, instead of that of the first format.
+  bool followsChroma = false;
   /// True if every frame is a key frame.
   bool isIntraOnly = false;
   /// True if it codes interlaced frames as such.
   bool keepsFields = false;
+  /// The greatest numerator of a frame rate in lowest terms; 0 for any.
+  int greatestTimeScale = 0;
 };
+
+namespace detail {
+
+inline constexpr VideoEncoder proResKs{.name = "prores_ks"};
+inline constexpr VideoEncoder proResAw{.name = "prores_aw", .needsEvenWidth = true};
+
+constexpr VideoEncoderRow proResRow(const SAVTranscodeArgumentVideoCodecValue& codec,
+                                    const std::array<VideoEncoder, 2>& encoders, std::span<const PixelFormat> formats,
+                                    std::string_view tag, std::string_view profile) noexcept {
+  return {.codec = codec,
+          .encoders = encoders,
+          .formats = formats,
+          .containers = movOnly,
+          .tag = tag,
+          .rateControl = VideoRateControl::none,
+          .profile = profile,
+          .vendor = "apl0",
+          .isIntraOnly = true,
+          .keepsFields = true};
+}
+
+}  // namespace detail
 
 /// Lists the encoders. The quality of x264, x265 and Motion JPEG is the one at which a proxy shows no artefacts at
 /// normal distance. Of FFmpeg's two ProRes encoders prores_aw is five times faster and better at the proxy's rate, but
 /// exceeds the rates of the larger ones on noisy material.
 inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
-    {SAVDnxhdCodec,
-     {"dnxhd"},
-     detail::dnxFormats,
-     detail::mxfOnly,
-     "",
-     VideoRateControl::listedRate,
-     {},
-     {},
-     true,
-     true},
-    {SAVAvcH264Codec,
-     {"libx264"},
-     detail::h264Formats,
-     detail::movAndMp4,
-     "avc1",
-     VideoRateControl::anyRate,
-     {"crf", "20"},
-     {}},
-    {SAVHevcCodec,
-     {"libx265"},
-     detail::h265Formats,
-     detail::movAndMp4,
-     "hvc1",
-     VideoRateControl::anyRate,
-     {"crf", "22"},
-     {}},
-    {SAVMotionJpegCodec,
-     {"mjpeg"},
-     detail::jpegFormats,
-     detail::jpegContainers,
-     "",
-     VideoRateControl::anyRate,
-     {"qscale", "3"},
-     {},
-     true},
-    {SAVMpeg4Codec,
-     {"mpeg4"},
-     detail::mpeg4Formats,
-     detail::movAndMp4,
-     "mp4v",
-     VideoRateControl::anyRate,
-     {"qscale", "3"},
-     {}},
-    {SAVProRes4444,
-     {"prores_ks", "prores_aw"},
-     detail::proRes4444Formats,
-     detail::movOnly,
-     "ap4h",
-     VideoRateControl::none,
-     {},
-     {"profile", "4"},
-     true,
-     true},
-    {SAVProRes4444XQ,
-     {"prores_ks", "prores_aw"},
-     detail::proRes4444Formats,
-     detail::movOnly,
-     "ap4x",
-     VideoRateControl::none,
-     {},
-     {"profile", "5"},
-     true,
-     true},
-    {SAVProRes422,
-     {"prores_ks", "prores_aw"},
-     detail::proRes422Formats,
-     detail::movOnly,
-     "apcn",
-     VideoRateControl::none,
-     {},
-     {"profile", "2"},
-     true,
-     true},
-    {SAVProRes422HQ,
-     {"prores_ks", "prores_aw"},
-     detail::proRes422Formats,
-     detail::movOnly,
-     "apch",
-     VideoRateControl::none,
-     {},
-     {"profile", "3"},
-     true,
-     true},
-    {SAVProRes422LT,
-     {"prores_ks", "prores_aw"},
-     detail::proRes422Formats,
-     detail::movOnly,
-     "apcs",
-     VideoRateControl::none,
-     {},
-     {"profile", "1"},
-     true,
-     true},
-    {SAVProRes422Proxy,
-     {"prores_aw", "prores_ks"},
-     detail::proRes422Formats,
-     detail::movOnly,
-     "apco",
-     VideoRateControl::none,
-     {},
-     {"profile", "0"},
-     true,
-     true},
+    {.codec = SAVDnxhdCodec,
+     .encoders = {{{.name = "dnxhd"}}},
+     .formats = detail::dnxFormats,
+     .containers = detail::mxfOnly,
+     .tag = "",
+     .rateControl = VideoRateControl::listedRate,
+     .profile = "dnxhd",
+     .isIntraOnly = true,
+     .keepsFields = true},
+    {.codec = SAVAvcH264Codec,
+     .encoders = {{{.name = "libx264", .needsEvenChroma = true}}},
+     .formats = detail::h264Formats,
+     .containers = detail::movAndMp4,
+     .tag = "avc1",
+     .rateControl = VideoRateControl::anyRate,
+     .quality = {"crf", "20"},
+     .limitsRate = true},
+    {.codec = SAVHevcCodec,
+     .encoders = {{{.name = "libx265", .needsEvenChroma = true}}},
+     .formats = detail::h265Formats,
+     .containers = detail::movAndMp4,
+     .tag = "hvc1",
+     .rateControl = VideoRateControl::anyRate,
+     .quality = {"crf", "22"},
+     .parameters = "x265-params",
+     .limitsRate = true},
+    {.codec = SAVMotionJpegCodec,
+     .encoders = {{{.name = "mjpeg"}}},
+     .formats = detail::jpegFormats,
+     .containers = detail::jpegContainers,
+     .tag = "",
+     .rateControl = VideoRateControl::anyRate,
+     .quantizer = 3,
+     .followsChroma = true,
+     .isIntraOnly = true},
+    {.codec = SAVMpeg4Codec,
+     .encoders = {{{.name = "mpeg4"}}},
+     .formats = detail::mpeg4Formats,
+     .containers = detail::movAndMp4,
+     .tag = "mp4v",
+     .rateControl = VideoRateControl::anyRate,
+     .quantizer = 3,
+     .greatestTimeScale = 65535},
+    detail::proResRow(SAVProRes4444, {detail::proResKs, detail::proResAw}, detail::proRes4444Formats, "ap4h", "4"),
+    detail::proResRow(SAVProRes4444XQ, {detail::proResKs, detail::proResAw}, detail::proRes4444Formats, "ap4x", "5"),
+    detail::proResRow(SAVProRes422, {detail::proResKs, detail::proResAw}, detail::proRes422Formats, "apcn", "2"),
+    detail::proResRow(SAVProRes422HQ, {detail::proResKs, detail::proResAw}, detail::proRes422Formats, "apch", "3"),
+    detail::proResRow(SAVProRes422LT, {detail::proResKs, detail::proResAw}, detail::proRes422Formats, "apcs", "1"),
+    detail::proResRow(SAVProRes422Proxy, {detail::proResAw, detail::proResKs}, detail::proRes422Formats, "apco", "0"),
 });
 
 static_assert(std::ranges::equal(videoEncoderRows, SAVTranscodeArgumentVideoCodecValue::allCases(), {},
@@ -198,5 +187,22 @@ static_assert(std::ranges::equal(videoEncoderRows, SAVTranscodeArgumentVideoCode
   }
   return nullptr;
 }
+
+/// An encoder of a kind of GPU, by FFmpeg's names, which codes 8 bits of 4:2:0.
+struct GpuEncoderRow {
+  SAVTranscodeArgumentVideoCodecValue codec;
+  std::string_view device;
+  std::string_view encoder;
+  /// The option of constant quality, whose value is that of the codec's own encoder.
+  std::string_view quality;
+};
+
+/// Lists the encoders of GPUs, in the order in which they are tried.
+inline constexpr auto gpuEncoderRows = std::to_array<GpuEncoderRow>({
+    {SAVAvcH264Codec, "vaapi", "h264_vaapi", "qp"},
+    {SAVAvcH264Codec, "cuda", "h264_nvenc", "cq"},
+    {SAVHevcCodec, "vaapi", "hevc_vaapi", "qp"},
+    {SAVHevcCodec, "cuda", "hevc_nvenc", "cq"},
+});
 
 }  // namespace meridian::inline v0_2

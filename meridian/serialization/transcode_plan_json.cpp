@@ -82,9 +82,11 @@ struct StepMembers {
     return {{"text", step.text}, {"style", encodedStyle(step.style)}};
   }
   PlanJson operator()(const WatermarkStep& step) const {
-    return {{"path", step.path},        {"anchor", step.anchor.rawValue()},
-            {"width", step.size.width}, {"height", step.size.height},
-            {"scale", step.scale},      {"margin", step.margin}};
+    return {{"path", step.path},
+            {"anchor", step.anchor.rawValue()},
+            {"width", step.size.width},
+            {"height", step.size.height},
+            {"scale", step.scale}};
   }
 };
 
@@ -102,6 +104,7 @@ PlanJson encodedEncoder(const PlannedVideoEncoder& encoder) {
           {"tag", planTextOrNull(encoder.tag)},
           {"profile", planTextOrNull(encoder.profile)},
           {"bitRate", planValueOrNull(encoder.bitRate)},
+          {"quantizer", planValueOrNull(encoder.quantizer)},
           {"keepsFields", encoder.keepsFields},
           {"usesGpu", encoder.usesGpu},
           {"options", encodedOptions(encoder.options)}};
@@ -114,6 +117,7 @@ PlanJson encodedVideo(const PlannedVideo& video) {
           {"decodesOnGpu", video.decodesOnGpu},
           {"source", encodedImage(video.source)},
           {"isColorAssumed", video.isColorAssumed},
+          {"isColorStated", video.isColorStated},
           {"rotation", video.rotation},
           {"steps", encodedList(video.steps, encodedStep)},
           {"encoder", video.encoder ? encodedEncoder(*video.encoder) : PlanJson()},
@@ -133,6 +137,8 @@ PlanJson encodedTrack(const PlannedAudioTrack& track) {
       {"sampleRate", track.sampleRate},
       {"bits", planValueOrNull(track.bits)},
       {"channelCount", track.channelCount},
+      {"sourceChannels",
+       encodedList(track.sourceChannels, [](ChannelLabel label) -> PlanJson { return description(label); })},
       {"channels", encodedList(track.channels, [](ChannelLabel label) -> PlanJson { return description(label); })},
       {"channelLabels", encodedList(track.channels, [](ChannelLabel label) -> PlanJson { return rawValue(label); })},
       {"layoutTag", planValueOrNull(track.layoutTag)},
@@ -174,8 +180,12 @@ PlanJson encodedOutput(const PlannedOutput& output) {
 }
 
 PlanJson encodedMessage(const auto& errorOrWarning) {
-  return {
-      {"code", rawValue(errorOrWarning.code)}, {"place", errorOrWarning.place}, {"message", errorOrWarning.message()}};
+  return {{"code", rawValue(errorOrWarning.code)},
+          {"place", errorOrWarning.place},
+          {"text", errorOrWarning.text()},
+          {"detail", planTextOrNull(errorOrWarning.detail)},
+          {"remedy", planTextOrNull(std::string(errorOrWarning.remedy()))},
+          {"message", errorOrWarning.message()}};
 }
 
 }  // namespace

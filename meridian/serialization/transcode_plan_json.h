@@ -19,7 +19,8 @@ namespace meridian::inline v0_2 {
 
 MERIDIAN_API void to_json(nlohmann::ordered_json& json, const TranscodePlan& plan);
 
-/// Encodes an error or a warning: {"code": "outputExists", "place": "-out", "message": ...}.
+/// Encodes an error or a warning: {"code": "outputExists", "place": "-out", "text": "is there already", "detail": ...,
+/// "remedy": ..., "message": ...}, of which the message is all but the code.
 MERIDIAN_API void to_json(nlohmann::ordered_json& json, const TranscodePlanError& error);
 MERIDIAN_API void to_json(nlohmann::ordered_json& json, const TranscodePlanWarning& warning);
 

@@ -68,35 +68,41 @@ TEST(PlanAudio, ChoosesEncoderDepthAndLayout) {
        changedTrack([](auto& track) { track.bitsPerChannel = 20; })},
       {"-acodec apple_lossless", "alac 24 48000 L R tag 101/2"},
       {"-acodec apple_lossless -abpc 16", "alac 16 48000 L R tag 101/2"},
-      {"-acodec apple_lossless", "alac 24 48000 L R C LFE Lsd Rsd", surround},
+      {"-acodec apple_lossless", "alac 24 48000 L R C LFE Ls Rs tag 121/6", surround},
       {"-acodec aac", "aac 128k 48000 L R tag 101/2"},
       {"-acodec aac -abr 96000", "aac 96k 48000 L R tag 101/2"},
       {"-acodec aac -aqual min", "aac 64k 48000 L R tag 101/2"},
       {"-acodec aac -aqual low", "aac 96k 48000 L R tag 101/2"},
       {"-acodec aac -aqual high", "aac 192k 48000 L R tag 101/2"},
       {"-acodec aac -aqual max", "aac 320k 48000 L R tag 101/2"},
+      {"-acodec aac -abr copy", "aac 192k 48000 L R tag 101/2",
+       changedTrack([](auto& track) { track.bitRate = 192000; })},
+      {"-acodec aac -abr copy", "aac 576k 48000 L R tag 101/2",
+       changedTrack([](auto& track) { track.bitRate = 2304000; })},
       {"-acodec aac -aqual max -asr 8000", "aac 96k 8000 L R tag 101/2"},
       // Layouts.
       {"-acodec lpcm -acl mono", "pcm_s24le 24 48000 C tag 100/1"},
       {"-acodec lpcm -acl stereo", "pcm_s24le 24 48000 L R tag 101/2"},
       {"-acodec lpcm -acl quad", "pcm_s24le 24 48000 L R Ls Rs tag 108/4"},
-      {"-acodec lpcm -acl pent", "pcm_s24le 24 48000 L R Ls Rs C tag 109/5"},
-      {"-acodec lpcm -acl hex", "pcm_s24le 24 48000 L R Ls Rs C Cs tag 110/6"},
-      {"-acodec lpcm -acl oct", "pcm_s24le 24 48000 L R Ls Rs C Cs Lsd Rsd tag 111/8"},
+      {"-acodec lpcm -acl pent", "pcm_s24le 24 48000 L R C Ls Rs tag 117/5"},
+      {"-acodec lpcm -acl hex", "pcm_s24le 24 48000 L R C Ls Rs Cs"},
+      {"-acodec lpcm -acl oct", "pcm_s24le 24 48000 L R C Ls Rs Cs Lsd Rsd"},
       {"-acodec lpcm -acl 6", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
-      {"-acodec lpcm -acl 10", "pcm_s24le 24 48000 tag 147/10"},
+      {"-acodec lpcm -acl 6", "pcm_s24le 24 48000 L R C LFE Lsd Rsd tag 121/6", surround},
+      {"-acodec lpcm -acl stereo", "pcm_s24le 24 48000 L R tag 101/2", wide(6)},
       {"-acodec lpcm -acl_tag 7929862", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
-      {"-acodec lpcm -acl_tag 7995398 -acl 6", "pcm_s24le 24 48000 L R Ls Rs C LFE tag 122/6"},
-      {"-acodec lpcm -acl_tag 9633794", "pcm_s24le 24 48000 tag 147/2"},
-      {"-acodec lpcm -acl_descs [2~1", "pcm_s24le 24 48000 R L"},
+      {"-acodec lpcm -acl_tag 7995398 -acl 6", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
+      {"-acodec lpcm -acl_tag 9633794", "pcm_s24le 24 48000"},
+      {"-acodec lpcm -acl_descs [2~1", "pcm_s24le 24 48000 L R tag 101/2"},
       {"-acodec lpcm -acl_descs [1~2~3~4~5~6 -acl 6", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
       {"-acodec lpcm -acl_bitmap 63", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
       {"-acodec lpcm -acl_tag 65536 -acl_bitmap 4", "pcm_s24le 24 48000 C tag 100/1"},
       {"-acodec aac", "aac 384k 48000 L R C LFE Ls Rs tag 121/6", wide(6)},
-      {"-acodec aac", "aac 1024k 48000 tag 147/16", wide(16)},
-      {"-acodec lpcm", "pcm_s24le 24 48000 tag 147/6", wide(6)},
-      {"-acodec lpcm -adiscrete", "pcm_s24le 24 48000 tag 147/2"},
-      {"-acodec lpcm -adiscrete -acl 4", "pcm_s24le 24 48000 tag 147/4"},
+      {"-acodec aac", "aac 1024k 48000 L R C Ls Rs Cs Lsd Rsd Vhl Vhc Vhr Tbl Tbc Tbr Lw Rw", wide(16)},
+      {"-acodec lpcm", "pcm_s24le 24 48000", wide(6)},
+      {"-acodec lpcm", "pcm_s24le 24 48000", changedTrack([](auto& track) { track.channels.resize(1); })},
+      {"-acodec lpcm -adiscrete", "pcm_s24le 24 48000"},
+      {"-acodec lpcm -adiscrete -acl 4", "pcm_s24le 24 48000"},
   };
   for (const auto& [words, track, clip] : cases) {
     SCOPED_TRACE(words);
@@ -124,7 +130,21 @@ TEST(PlanAudio, CountsTracksOverAllGroups) {
   EXPECT_THAT(tracksOf("-in_1_0 b.wav -ac_omit_0 -ac_omit_1"), ElementsAre("1:2 of 2"));
   EXPECT_THAT(tracksOf("-in_1_0 b.wav -ac_omit_1 -adiscrete -acodec lpcm"), ElementsAre("0:0+1:2 of 4"));
   EXPECT_THAT(tracksOf("-in_1_0 b.wav -an"), ElementsAre());
+  // A track that several become keeps what each of them has.
+  MediaDescription deep = soundClip();
+  deep.audio.front().bitsPerChannel = 16;
+  EXPECT_EQ(successful(planned("-in_1_0 b.wav -acodec lpcm -adiscrete", {deep, clip})).audio.front().bits, 24);
+  // Images that are left out need not fit together.
+  EXPECT_EQ(successful(planned("-vn -in_1_0 b.mov", {clip, clip})).audio.size(), 4U);
+  EXPECT_EQ(successful(planned("-vn -in_0_1 b.mov", {clip, withSize(clip, 640, 480)})).audio.size(), 2U);
+  // Many tracks of a codec are one error.
+  clip.audio.resize(1000, clip.audio.front());
+  const Plan many = planned("-out /o/a.mp4 -vn", {clip});
+  ASSERT_EQ(many.error().size(), 2U);
+  EXPECT_THAT(many.error().front().message(),
+              ::testing::HasSubstr("pcm_s24le of tracks 0, 1, 2, 3, 4, 5, 6, 7 and 992 more"));
   // The image may come from a later group.
+  clip.audio.resize(2);
   const TranscodePlan plan = successful(planned("-in_1_0 b.mov", {soundClip(), clip}));
   EXPECT_FALSE(plan.sources[0].givesImage);
   EXPECT_TRUE(plan.sources[1].givesImage);

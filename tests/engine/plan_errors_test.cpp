@@ -18,6 +18,14 @@ TranscodeSurroundings surroundings(auto change) {
   return found;
 }
 
+/// The clip with this many channels in its track, of which no place is stated.
+MediaDescription unplaced(int channels) {
+  return changedClip([channels](MediaDescription&, VideoStreamDescription&, AudioStreamDescription& track) {
+    track.channelCount = channels;
+    track.channels.clear();
+  });
+}
+
 /// Words that cannot be planned, and the one error that says why: its flag, code, and a part of its message.
 struct ErrorCase {
   std::string words;
@@ -41,7 +49,7 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec h265x", "-vcodec unreadableValue", "did you mean h265?"},
       {"-vr fast", "-vr unreadableValue", "23.976"},
       {"-file_format mov", "-file_format unreadableValue", "expected a file format: qt, mp4, wav"},
-      {"-vcodec h264 -vbr", "-vbr unreadableValue", "it has none"},
+      {"-vcodec h264 -vbr", "-vbr lacksValue", "no value can begin"},
       {"-vcodec h264 -aspect_scaling zoom", "-aspect_scaling unreadableValue", "match, stretch"},
       {"-vcodec h264 -crop_anchor middle", "-crop_anchor unreadableValue", ""},
       {"-vcodec h264 -c_space rec709", "-c_space unreadableValue", "did you mean rec_709?"},
@@ -70,7 +78,10 @@ const std::vector<ErrorCase>& errorCases() {
        "-in_0_1 partsDiffer",
        "size 1280 x 720 where -in_0_0 has 1920 x 1080",
        {hdClip(), withSize(hdClip(), 1280, 720)}},
-      {"-in_0_1 b.mov", "-in_0_1 partsDiffer", "frame rate 24 FPS", {hdClip(), atRate(hdClip(), VideoFrameRate::p24)}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "frame rate 24 fps where -in_0_0 has 25 fps",
+       {hdClip(), atRate(hdClip(), VideoFrameRate::p24)}},
       {"-in_0_1 b.mov",
        "-in_0_1 partsDiffer",
        "audio tracks 0 where -in_0_0 has 1",
@@ -84,7 +95,31 @@ const std::vector<ErrorCase>& errorCases() {
        "video codec h264",
        {hdClip(), changedClip([](Clip&, Video& video, Audio&) { video.codecName = "h264"; })}},
       {"-in_0_1 b.wav", "-in_0_1 partsDiffer", "size none", {hdClip(), soundClip()}},
-      {"-in_1_0 b.mov", "-in_1_0 secondPicture", "and -in_0_0 has one", {hdClip(), hdClip()}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "rotation 90 degrees where -in_0_0 has 0 degrees",
+       {hdClip(), changedClip([](Clip&, Video& video, Audio&) { video.rotation = 90; })}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "pixel aspect ratio 64/45",
+       {hdClip(), changedClip([](Clip&, Video& video, Audio&) { video.pixelAspectRatio = {64, 45}; })}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "field order top field first",
+       {hdClip(), changedClip([](Clip&, Video& video, Audio&) { video.fieldOrder = FieldOrder::topFirst; })}},
+      {"-in_0_1 b.mov", "-in_0_1 partsDiffer", "colour 1-1-9", {hdClip(), changedClip([](Clip&, Video& video, Audio&) {
+                                                                  video.matrix = {9, "bt2020nc"};
+                                                                })}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "frame rate 30000/1001 fps where -in_0_0 has 2997/100 fps",
+       {changedClip([](Clip&, Video& video, Audio&) { video.exactFrameRate = MediaRational{2997, 100}; }),
+        changedClip([](Clip&, Video& video, Audio&) { video.exactFrameRate = MediaRational{30000, 1001}; })}},
+      {"-in_0_1 b.mov",
+       "-in_0_1 partsDiffer",
+       "channel layout downmix",
+       {hdClip(), changedClip([](Clip&, Video&, Audio& track) { track.layoutName = "downmix"; })}},
+      {"-in_1_0 b.mov", "-in_1_0 secondImage", "and -in_0_0 has one", {hdClip(), hdClip()}},
       {"-in_0_0 /card/a.0001.dpx -vcodec h264", "-in_0_0 rateNeeded", "-vr"},
       {"-vcodec h264", "-in_0_0 rateNeeded", "", {changedClip([](Clip&, Video& video, Audio&) {
          video.frameRate.reset();
@@ -115,6 +150,15 @@ const std::vector<ErrorCase>& errorCases() {
       {"-progress_file /no/p", "-progress_file progressFileNotMade", "", {hdClip()}, surroundings([](auto& found) {
          found.output.progressFileIsWritable = false;
        })},
+      {"-progress_file /card/a.mov", "-progress_file progressFileInUse", "which is \"/card/a.mov\""},
+      {"-progress_file /out/a.mov", "-progress_file progressFileInUse", ""},
+      {"-vcodec h264 -clut a.cube -progress_file a.cube", "-progress_file progressFileInUse", ""},
+      {"-progress_file /p",
+       "-progress_file progressFileInUse",
+       "\"/card/a.mov\"",
+       {hdClip()},
+       surroundings([](auto& found) { found.output.sameAsProgressFile = "/card/a.mov"; })},
+      {"-overwrite -vcodec h264 -clut /out/a.mov", "-out outputIsSource", ""},
       {"-out /out/a", "-out unknownContainer", "-file_format"},
       {"-out /out/a.avi", "-out wrongExtension", "use .mov, .mp4, .wav, .mxf, .mjpeg"},
       {"-out /out/a.mxf -file_format qt", "-out wrongExtension", "with -file_format qt use .mov, .mp4"},
@@ -123,13 +167,13 @@ const std::vector<ErrorCase>& errorCases() {
        "no extension fits -file_format mp4 and -vcodec dnxhd"},
       {"-file_format mp4 -vcodec prores422 -an", "-vcodec notInContainer", "in MP4"},
       {"-out /out/a.wav -vcodec h264", "-vcodec notInContainer", "in Wave"},
-      {"-out /out/a.mp4 -an", "-out notInContainer", "MP4 cannot hold the copied prores"},
-      {"-out /out/a.mp4 -vcodec h264", "-out notInContainer", "MP4 cannot hold the copied pcm_s24le of track 0"},
+      {"-out /out/a.mp4 -an", "-out containerCannotHold", "prores in MP4"},
+      {"-out /out/a.mp4 -vcodec h264", "-out containerCannotHold", "pcm_s24le of track 0 in MP4"},
       {"-out /out/a.mp4 -vcodec h264 -acodec lpcm", "-acodec notInContainer", "in MP4"},
       {"-out /out/a.wav -acodec apple_lossless", "-acodec notInContainer", "in Wave"},
       {"-out /out/a.mxf -vcodec dnxhd -acodec aac", "-acodec notInContainer", "in MXF"},
-      {"-out /out/a.mjpeg -vcodec mjpeg", "-out notInContainer", "add -an"},
-      {"-out /out/a.wav", "-out tooManyTracks", "2 tracks in Wave", {soundClip()}},
+      {"-out /out/a.mjpeg -vcodec mjpeg", "-out containerCannotHold", "add -an"},
+      {"-out /out/a.wav", "-out tooManyTracks", "join them with -acodec lpcm -adiscrete", {soundClip()}},
       // What this FFmpeg can do, see below.
       // The image.
       {"-dims 960x540", "-dims needsVideoCodec", "-vcodec"},
@@ -143,19 +187,46 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec h264 -dims 8x8", "-dims sizeOutOfRange", "16 to 16384"},
       {"-vcodec h264 -dims 20000x100", "-dims sizeOutOfRange", ""},
       {"-vcodec h264 -dims 960.5x540", "-dims sizeOutOfRange", ""},
-      {"-vcodec h264", "-vcodec sizeOutOfRange", "the image is 8x8", {withSize(hdClip(), 8, 8)}},
-      {"-vcodec h264 -dims 24x24", "-dims sizeOutOfRange", "the image is 24x14"},
+      {"-vcodec h264", "-in_0_0 sizeOutOfRange", "the image is 8 x 8", {withSize(hdClip(), 8, 8)}},
+      {"-vcodec h264 -dims 24x24", "-dims sizeOutOfRange", "the image is 24 x 14"},
       {"-vcodec h264 -dims infxnan", "-dims sizeOutOfRange", ""},
       {"-vcodec h264 -dims 961x540 -aspect_scaling stretch", "-dims oddSize", "did you mean 960x540?"},
-      {"-vcodec h264", "-vcodec oddSize", "set -dims 852x480", {withSize(hdClip(), 853, 480)}},
+      {"-vcodec h264", "-in_0_0 oddSize", "853 x 480; set -dims 854x480", {withSize(hdClip(), 853, 480)}},
+      {"-vcodec h264 -dims copy", "-in_0_0 oddSize", "", {withSize(hdClip(), 853, 480)}},
+      {"-vcodec h264 -dims 0x0", "-in_0_0 oddSize", "", {withSize(hdClip(), 853, 480)}},
+      {"-vcodec h264 -dims 1x1", "-in_0_0 oddSize", "", {withSize(hdClip(), 852, 479)}},
+      {"-vcodec prores422proxy -dims 961x541 -aspect_scaling stretch", "-dims oddSize", "did you mean 960x540?"},
+      {"-vcodec h264 -dims 1080x1920 -aspect_scaling crop",
+       "-dims sizeOutOfRange",
+       "would be scaled to 1966080 x 1920 first",
+       {withSize(hdClip(), 16384, 16)}},
+      {"-vcodec h264 -dims 64x1080 -aspect_scaling crop -crop_anchor tr",
+       "-dims sizeOutOfRange",
+       "",
+       {changedClip([](Clip&, Video& video, Audio&) { video.pixelAspectRatio = {1000000, 1}; })}},
       {"-out /out/a.mxf -vcodec dnxhd -dims 960x540", "-dims sizeNotAvailable", "1920 x 1080 or 1280 x 720"},
       {"-out /out/a.mxf -vcodec dnxhd",
-       "-vcodec sizeNotAvailable",
+       "-in_0_0 sizeNotAvailable",
        "DNxHD has no 2048 x 1080",
        {withSize(hdClip(), 2048, 1080)}},
       {"-out /out/a.mxf -vcodec dnxhd -vprofile dnxhr_lb -dims 254x120 -aspect_scaling stretch",
        "-dims sizeNotAvailable", "256 x 120"},
       {"-vcodec h264 -vr 601", "-vr rateOutOfRange", "600"},
+      {"-vr 601", "-vr rateOutOfRange", ""},
+      {"-c_space rec709", "-c_space unreadableValue", ""},
+      {"-out /out/a.mxf -vcodec dnxhd -vprofile dnxhr_sq -vr 12.5 -an", "-vr rateOutOfRange", "MXF holds 24, 25, 30"},
+      {"-out /out/a.mxf -tc_track",
+       "-in_0_0 rateOutOfRange",
+       "in MXF",
+       {atRate(hdClip(), VideoFrameRate::custom({25, 2}))}},
+      {"-vcodec mp4 -vr 119.88", "-vr rateOutOfRange", "mp4 cannot count 119.880 fps (120000/1001)"},
+      {"-vcodec h264 -vr 0.5", "-in_0_0 rateNeeded", "to halve", {changedClip([](Clip&, Video& video, Audio&) {
+         video.frameRate.reset();
+       })}},
+      {"-vcodec h264",
+       "-in_0_0 rateNeeded",
+       "no rate in common",
+       {atRate(hdClip(), VideoFrameRate::custom({90000, 1}))}},
       {"-vcodec h264 -vr inf", "-vr rateOutOfRange", ""},
       {"-vcodec h264 -vr 1e-9", "-vr rateOutOfRange", ""},
       {"-vcodec h264 -vbr 0", "-vbr bitRateOutOfRange", ""},
@@ -164,6 +235,8 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec h264 -vbr nan", "-vbr bitRateOutOfRange", ""},
       {"-out /out/a.mxf -vcodec dnxhd -vbd 8 -vbr 100", "-vbr bitRateNotAvailable", "use 90 or 115 megabits a second"},
       {"-out /out/a.mxf -vcodec dnxhd -vbr 100", "-vbr bitRateNotAvailable", "use 175 megabits a second"},
+      {"-out /out/a.mxf -vcodec dnxhd -vbr 36", "-vbr bitRateNotAvailable", "use 175 megabits a second, or -vbd 8"},
+      {"-vcodec h264 -vbr 1e-9", "-vbr bitRateOutOfRange", "at least 0.001"},
       {"-vcodec prores4444 -vbd 12", "-vbd bitDepthNotAvailable", "prores4444 has 10"},
       {"-vcodec prores422 -vbd 8", "-vbd bitDepthNotAvailable", ""},
       {"-vcodec h264 -vbd 12", "-vbd bitDepthNotAvailable", "h264 has 8, 10"},
@@ -207,8 +280,8 @@ const std::vector<ErrorCase>& errorCases() {
       {"-acodec lpcm -asr 3999", "-asr sampleRateNotAvailable", "4000 to 768000"},
       {"-acodec aac -asr 12345", "-asr sampleRateNotAvailable", "96000, 88200"},
       {"-acodec aac",
-       "-acodec sampleRateNotAvailable",
-       "the source has 192000",
+       "-in_0_0 sampleRateNotAvailable",
+       "with 192000 samples a second",
        {changedClip([](Clip&, Video&, Audio& track) { track.sampleRate = 192000; })}},
       {"-out /out/a.mxf -vcodec dnxhd -acodec lpcm -asr 44100", "-asr sampleRateNotAvailable", "48000"},
       {"-acodec lpcm -abpc 20", "-abpc sampleDepthNotAvailable", "use 8, 16, 24, 32 bits"},
@@ -222,6 +295,21 @@ const std::vector<ErrorCase>& errorCases() {
       {"-acodec apple_lossless -acl quad", "-acl layoutNotAvailable", "L R Ls Rs"},
       {"-acodec apple_lossless -acl hex", "-acl layoutNotAvailable", ""},
       {"-acodec apple_lossless -acl oct", "-acl layoutNotAvailable", ""},
+      {"-acodec lpcm -acl 10", "-acl layoutNotAvailable", "the places of 10 channels are not known"},
+      {"-acodec lpcm -acl stereo", "-acl layoutNotAvailable", "places of 12 channels", {unplaced(12)}},
+      {"-acodec lpcm -acl_descs [1~3", "-acl_descs layoutNotAvailable", "L R cannot be mixed to L C"},
+      {"-acodec lpcm -acl_descs [1~1", "-acl_descs layoutNotAvailable", "two channels at one place"},
+      {"-acodec aac", "-in_0_0 layoutNotAvailable", "aac has no layout of 10 channels", {unplaced(10)}},
+      {"-acodec aac -acl_descs [1~2~3~12", "-acl_descs layoutNotAvailable", "aac has no L R C Ts"},
+      {"-acodec aac -adiscrete -acl 4", "-acl layoutNotAvailable", "no discrete channels"},
+      {"-acodec aac",
+       "-in_0_0 notDecodable",
+       "track 0, which is dolby_e",
+       {changedClip([](Clip&, Video&, Audio& track) {
+         track.codecName = "dolby_e";
+         track.isDecodable = false;
+       })}},
+      {"-vn -acodec lpcm -out /out/a.mxf", "-out containerCannotHold", "audio without video in MXF"},
       {"-acodec lpcm -acl_tag 7", "-acl_tag unknownLayout", ""},
       {"-acodec lpcm -acl_bitmap 262144", "-acl_bitmap unknownLayout", "bit 17"},
       {"-acodec lpcm -acl_descs [1~2~999", "-acl_descs unknownLayout", "\"999\" is not a channel label"},
@@ -237,7 +325,8 @@ const std::vector<ErrorCase>& errorCases() {
        {atRate(hdClip(), VideoFrameRate::ntsc30p)}},
       {"-tc_track -tc_drop", "-tc_drop notADropFrameRate", "25 fps"},
       {"-tc_track -tc_rate 24", "-tc_rate timecodeRateNotAvailable", "25 fps"},
-      {"-tc_track -tc_rate 0", "-tc_rate rateOutOfRange", ""},
+      {"-tc_track -tc_rate 0", "-tc_rate timecodeRateNotAvailable", "at least 0.5"},
+      {"-vcodec h264 -vr 0.4 -tc_track", "-tc_track timecodeRateNotAvailable", "0.400 fps (2/5)"},
   };
   return rows;
 }
@@ -258,16 +347,38 @@ TEST(PlanErrors, NameWhatIsMissing) {
   EXPECT_THAT(errorsOf(plannedAlone("-out a.mov", {})), ElementsAre("-in noInput"));
   EXPECT_THAT(errorsOf(plannedAlone("-in_0_0 a.mov")), ElementsAre("-out noOutput"));
   EncoderInventory bare;
-  EXPECT_THAT(errorsOf(planned("-vcodec h264 -acodec aac -c_space rec_2020 -tc_burn", {hdClip()}, {}, bare)),
-              ElementsAre("-c_space filterMissing", "-tc_burn filterMissing", "-vcodec encoderMissing",
-                          "-acodec encoderMissing"));
+  EXPECT_THAT(
+      errorsOf(planned("-vcodec h264 -acodec aac -c_space rec_2020 -tc_burn -wmf_path l.png", {hdClip()}, {}, bare)),
+      ElementsAre("-out muxerMissing", "-c_space filterMissing", "-tc_burn filterMissing", "-wmf_path filterMissing",
+                  "-vcodec encoderMissing", "-acodec encoderMissing"));
+  EXPECT_THAT(errorsOf(planned("-acodec lpcm", {soundClip()}, {}, bare)),
+              ElementsAre("-out muxerMissing", "-acodec encoderMissing"));
+  EncoderInventory eightBits = fullInventory();
+  for (EncoderDescription& each : eightBits.encoders) each.pixelFormats = {"yuv420p"};
+  const Plan deep = planned("-vcodec h264", {hdClip()}, {}, eightBits);
+  ASSERT_THAT(errorsOf(deep), ElementsAre("-vcodec encoderMissing"));
+  EXPECT_THAT(deep.error().front().message(), HasSubstr("libx264 with yuv420p10le"));
   const std::vector<Expected<MediaDescription, MediaError>> unread{
       Unexpected(MediaError{MediaErrorCode::damaged, "/card/a.mov", "moov atom not found"})};
-  const Plan plan = planTranscode(explain({"-in_0_0", "/card/a.mov", "-out", "b.mov"}), unread, bare, {});
+  const Plan plan = planTranscode(explain({"-in_0_0", "/card/a.mov", "-out", "b.mov"}), unread, fullInventory(), {});
   ASSERT_THAT(errorsOf(plan), ElementsAre("-in_0_0 inputNotRead"));
   EXPECT_EQ(plan.error().front().message(),
             R"("-in_0_0": cannot be read: "/card/a.mov", which is damaged or incomplete: moov atom not found; )"
             "copy it again from the card");
+  const std::vector<Expected<MediaDescription, MediaError>> raw{
+      Unexpected(MediaError{MediaErrorCode::unknownFormat, "/card/a.BRAW"})};
+  const Plan rawPlan = planTranscode(explain({"-in_0_0", "/card/a.BRAW", "-out", "b.mov"}), raw, fullInventory(), {});
+  ASSERT_THAT(errorsOf(rawPlan), ElementsAre("-in_0_0 notDecodable"));
+  EXPECT_THAT(rawPlan.error().front().message(), HasSubstr("camera raw of Blackmagic"));
+}
+
+TEST(PlanErrors, ReportAStoreWhoseRenderedInputsAreOthers) {
+  TranscodeCliArguments arguments;
+  arguments.setInputFiles(std::vector<std::string>{"-in_9_9", "/card/a.mov"});
+  const std::vector<Expected<MediaDescription, MediaError>> media{hdClip(), hdClip()};
+  const Plan plan = planTranscode(arguments, media, fullInventory(), {});
+  ASSERT_THAT(errorsOf(plan), ElementsAre("-in_0_0 unreadableValue"));
+  EXPECT_THAT(plan.error().front().message(), HasSubstr("\"-in_9_9\" as a flag"));
 }
 
 TEST(PlanErrors, AreFoundAtOnce) {
@@ -284,7 +395,7 @@ TEST(PlanErrors, AreFoundAtOnce) {
 }
 
 TEST(PlanErrors, HaveAVectorForEachCode) {
-  std::set<std::string> found{"noInput", "inputNotRead", "noOutput", "encoderMissing", "filterMissing"};
+  std::set<std::string> found{"noInput", "inputNotRead", "noOutput", "encoderMissing", "filterMissing", "muxerMissing"};
   for (const ErrorCase& each : errorCases()) found.insert(each.error.substr(each.error.find(' ') + 1));
   for (const TranscodePlanErrorCode code : allCases<TranscodePlanErrorCode>()) {
     EXPECT_TRUE(found.contains(std::string(rawValue(code)))) << rawValue(code);

@@ -1,10 +1,11 @@
 // The tables of the planner, held against each other and against the FFmpeg that is installed.
 #include <gmock/gmock.h>
 
+#include <bit>
 #include <set>
 
+#include "meridian/base/is_in.h"
 #include "meridian/engine/audio_encoders.h"
-#include "meridian/engine/channel_layout_tags.h"
 #include "meridian/engine/channel_layouts.h"
 #include "meridian/engine/dnxhd_rates.h"
 #include "meridian/engine/encoder_inventory.h"
@@ -15,16 +16,17 @@ namespace meridian {
 namespace {
 
 using ::testing::Contains;
-using ::testing::IsSupersetOf;
 using ::testing::SizeIs;
-using Labels = std::multiset<ChannelLabel>;
 
 TEST(PlanTables, NameFormatsAndMuxersOfTheInstalledFFmpeg) {
   const EncoderInventory& inventory = encoderInventory();
   for (const VideoEncoderRow& row : videoEncoderRows) {
-    for (const std::string_view name : row.encoders) {
+    for (const auto& [name, needsEvenWidth, needsEvenChroma] : row.encoders) {
       const EncoderDescription* const encoder = inventory.encoder(name);
       if (encoder == nullptr) continue;
+      for (const std::string_view option : {row.quality.name, row.parameters}) {
+        EXPECT_TRUE(option.empty() || encoderHasOption(encoder->name, std::string(option))) << name << ' ' << option;
+      }
       for (const PixelFormat format : row.formats) {
         EXPECT_THAT(encoder->pixelFormats, Contains(rawValue(format))) << name;
       }
@@ -39,16 +41,21 @@ TEST(PlanTables, NameFormatsAndMuxersOfTheInstalledFFmpeg) {
   ASSERT_NE(aac, nullptr);
   const auto& rates = audioEncoderOf(SAVAacAudioFormatValue)->sampleRates;
   EXPECT_EQ(std::set<int>(aac->sampleRates.begin(), aac->sampleRates.end()), std::set<int>(rates.begin(), rates.end()));
-  EXPECT_THAT(inventory.encoder("alac")->sampleFormats, IsSupersetOf({"s16p", "s32p"}));
+  EXPECT_FALSE(encoderHasOption("mjpeg", "qscale") || encoderHasOption("none", "b"));
+  for (const AudioEncoderRow& row : audioEncoderRows) {
+    for (const SampleDepth& depth : row.depths) {
+      EXPECT_THAT(inventory.encoder(row.encoder)->sampleFormats, Contains(depth.sampleFormat));
+    }
+  }
+  EXPECT_EQ(inventory.encoder("alac")->channelLayouts.size(),
+            audioEncoderOf(SAVAppleLosslessAudioFormatValue)->layouts.size());
   for (const OutputContainer container : allCases<OutputContainer>()) {
     EXPECT_TRUE(inventory.hasMuxer(rawValue(container))) << rawValue(container);
   }
   std::set<std::string_view> codecs;
   for (const DecoderDescription& decoder : inventory.decoders) codecs.insert(decoder.codecName);
-  for (const ContainerCodecs& row : containerCodecs) {
-    for (const std::string_view codec : row.codecs) {
-      EXPECT_TRUE(codec.empty() || codecs.contains(codec)) << codec;
-    }
+  for (const OutputContainer container : allCases<OutputContainer>()) {
+    for (const std::string_view codec : tableRow(container).codecs) EXPECT_TRUE(codecs.contains(codec)) << codec;
   }
   for (const RepackedPcmRow& row : repackedPcmRows) {
     EXPECT_TRUE(codecs.contains(row.codec)) << row.codec;
@@ -87,41 +94,56 @@ TEST(PlanTables, AgreeOnContainersProfilesAndDepths) {
 TEST(PlanTables, PlaceChannelsAsBitmapsDo) {
   std::set<std::uint32_t> tags;
   std::set<std::string_view> values;
-  for (const ChannelLayoutTagRow& row : channelLayoutTagRows) {
-    EXPECT_TRUE(tags.insert(row.tag()).second) << row.number;
-    EXPECT_EQ(std::set<ChannelLabel>(row.channels.begin(), row.channels.end()).size(), row.channels.count);
-    if (row.value) {
-      EXPECT_TRUE(values.insert(row.value->rawValue()).second) << row.number;
+  for (const ChannelLayoutRow& row : channelLayoutRows) {
+    SCOPED_TRACE(row.number.value_or(0));
+    const auto bitmap = bitmapOfChannels(row.channels);
+    ASSERT_TRUE(bitmap);
+    EXPECT_EQ(static_cast<std::size_t>(std::popcount(*bitmap)), row.channels.count);
+    EXPECT_EQ(bitmapOfChannels(*inBitmapOrder(row.channels)), bitmap);
+    if (row.tag) {
+      EXPECT_TRUE(tags.insert(*row.tag).second);
+      EXPECT_TRUE(std::ranges::equal(*channelsOfLayoutTag(*row.tag), row.channels));
     }
+    // What "-acl" writes is read back as the same value, in the same order.
+    if (!row.value) continue;
+    EXPECT_TRUE(values.insert(row.value->rawValue()).second);
+    EXPECT_TRUE(std::ranges::equal(*inBitmapOrder(row.channels), row.channels));
+    EXPECT_EQ(channelLayoutWithBitmap(*bitmap)->value, row.value);
   }
   EXPECT_THAT(values, SizeIs(SAVTranscodeArgumentAudioChannelLayoutValue::allCases().size()));
-  for (const ChannelLayoutRow& row : channelLayoutRows) {
-    if (!row.tag) continue;
-    const ChannelList ofBits = *channelsOfBitmap(row.bitmap);
-    const ChannelList ofTag = *channelsOfLayoutTag(*row.tag);
-    Labels bits(ofBits.begin(), ofBits.end());
-    Labels labels(ofTag.begin(), ofTag.end());
-    // Where there are surround channels at the sides alone, or at the rear too, Core Audio's Ls is the side.
-    using enum ChannelLabel;
-    const auto replace = [](Labels& set, ChannelLabel from, ChannelLabel to) {
-      if (set.erase(from) > 0) set.insert(to);
-    };
-    if (labels.contains(rearSurroundLeft) || (bits.contains(leftSurroundDirect) && !bits.contains(leftSurround))) {
-      replace(labels, leftSurround, leftSurroundDirect);
-      replace(labels, rightSurround, rightSurroundDirect);
-      replace(labels, rearSurroundLeft, leftSurround);
-      replace(labels, rearSurroundRight, rightSurround);
-    }
-    EXPECT_EQ(bits, labels) << std::hex << row.bitmap;
-    if (row.value) {
-      EXPECT_EQ(channelsOfLayout(*row.value)->count, ofTag.count);
-    }
+  struct Row {
+    std::uint64_t bitmap;
+    std::optional<std::uint32_t> number;
+  };
+  for (const auto& [bitmap, number] : {Row{0x33, 108},
+                                       {0x603, 108},
+                                       {0x37, 117},
+                                       {0x607, 117},
+                                       {0x137, {}},
+                                       {0x3f, 121},
+                                       {0x60f, 121},
+                                       {0x13f, 125},
+                                       {0x737, {}},
+                                       {0xff, 126},
+                                       {0x107, 115},
+                                       {0xb, 133}}) {
+    const auto row = channelLayoutWithBitmap(bitmap);
+    ASSERT_TRUE(row) << std::hex << bitmap;
+    EXPECT_EQ(row->number, number) << std::hex << bitmap;
   }
+  // Core Audio's 7.1 has the sides before the rear.
+  EXPECT_FALSE(channelLayoutWithBitmap(0x63f) || channelLayoutWithBitmap(0) || channelLayoutWithBitmap(1ULL << 63U));
+  EXPECT_EQ(bitmapOfChannels(*channelsOfLayoutTag(128U << 16U | 8U)), 0x63f);
   for (std::int64_t count = 1; count <= 8; ++count) {
     EXPECT_EQ(usualChannels(count)->count, static_cast<std::size_t>(count));
   }
   EXPECT_FALSE(usualChannels(0) || usualChannels(9) || channelsOfBitmap(0) || channelsOfBitmap(1U << 18U));
   EXPECT_EQ(channelsOfBitmap((1U << 18U) - 1)->count, 18U);
+  EXPECT_FALSE(channelsOfBitmap((1ULL << 33U) - 1));
+  EXPECT_FALSE(bitmapOfChannels(std::array{ChannelLabel::center, ChannelLabel::mono}));
+  for (const auto& [bit, label] : {std::pair<int, std::optional<int>>{3, 4}, {17, 18}, {31, 35}, {18, {}}, {-1, {}}}) {
+    EXPECT_EQ(channelLabelOfBit(bit), label) << bit;
+  }
 }
 
 }  // namespace

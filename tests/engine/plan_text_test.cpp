@@ -36,7 +36,7 @@ Video
   pad       black bars, image at 0, 210 to 960 x 960
   rate      drop or repeat frames to 29.970 fps (30000/1001)
   format    to yuv420p, rec_709, limited range
-  timecode  at bc, 38 pixels high, 255,255,255 on 0,0,0
+  timecode  at the bottom centre, 38 pixels high, 255,255,255 on 0,0,0
   encode    h264 with libx264, yuv420p, 960 x 960, 29.970 fps (30000/1001), rec_709, 300 frames, 3 Mb/s
   options   b=3000000, maxrate=4500000, bufsize=6000000
 Audio
@@ -53,9 +53,17 @@ Output
   unfinished  in "/w"
   progress    to standard output, each line after "p:"
 Warnings
-  "-in_0_0": does not state its colour space: it is taken for rec_709
+  "-in_0_0": does not state its colour space: rec_709 is assumed
   "-crop_anchor": has no effect: nothing is cropped
 )");
+}
+
+TEST(PlanText, ShortensALongListOfParts) {
+  std::string words = "-vcodec h264 -vr 25";
+  for (int place = 1; place < 100; ++place) words += " -in_0_" + std::to_string(place) + " b.dpx";
+  const std::string text = describe(successful(planned(words, std::vector<MediaDescription>(100, hdClip()))));
+  EXPECT_THAT(text, AllOf(HasSubstr("...       98 more"), HasSubstr("in all    25000 frames"), HasSubstr("-in_0_99")));
+  EXPECT_THAT(text, Not(HasSubstr("-in_0_50")));
 }
 
 TEST(PlanText, IsSafeForATerminal) {
@@ -90,7 +98,7 @@ TEST(PlanJson, HoldsTheWholePlan) {
   EXPECT_EQ(json["video"]["encoder"]["options"]["profile"], "2");
   EXPECT_EQ(json["video"]["encoder"]["bitRate"], nullptr);
   EXPECT_EQ(json["video"]["frameCount"], 250);
-  EXPECT_EQ(json["audio"][0]["layoutTag"], 147U << 16U | 2U);
+  EXPECT_EQ(json["audio"][0]["layoutTag"], nullptr);
   EXPECT_EQ(json["audio"][0]["origins"][0]["track"], 0);
   EXPECT_EQ(json["timecode"]["text"], "00:00:01:02");
   EXPECT_EQ(json["timecode"]["source"], "custom");
@@ -99,6 +107,7 @@ TEST(PlanJson, HoldsTheWholePlan) {
   EXPECT_EQ(json["warnings"][0]["place"], "-key_frames");
   const nlohmann::ordered_json error = planned("-foo").error().front();
   EXPECT_EQ(error["code"], "unknownFlag");
+  EXPECT_EQ(error["remedy"], "check the spelling");
   EXPECT_EQ(error["message"], R"("-foo": is not a flag of the transcoder; check the spelling)");
   const nlohmann::ordered_json sound = successful(planned("-vn"));
   EXPECT_EQ(sound["video"], nullptr);
@@ -135,7 +144,7 @@ TEST(Listing, IsPrintedForEachCommand) {
 
 TEST(Listing, SaysWhichEncodersAreMissing) {
   EXPECT_THAT(*listed("-codecs"), AllOf(HasSubstr("h264            libx264"), HasSubstr("prores422proxy  prores_aw"),
-                                        HasSubstr("pcm_s24le"), Not(HasSubstr("not in this FFmpeg"))));
+                                        HasSubstr("pcm_s24le"), Not(HasSubstr("libx264: not in this FFmpeg"))));
   EncoderInventory bare;
   bare.encoders.emplace_back().name = "prores_ks";
   EXPECT_THAT(*listed("-codecs", bare),

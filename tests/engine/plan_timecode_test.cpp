@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <limits>
+
 #include "tests/engine/planned_words.h"
 
 namespace meridian {
@@ -47,6 +50,7 @@ TEST(PlanTimecode, StartsAtTheLabelOfItsSource) {
       // The time of creation, as written or in the zone of the machine, an hour ahead here.
       {"-tc_track -tc_creation", "10:20:30:00", created("2026-11-22T10:20:30+0900")},
       {"-tc_track -tc_creation", "10:20:30:12", created("2026-11-22 10:20:30.5")},
+      {"-tc_track -tc_creation", "10:20:30:24", created("2026-11-22 10:20:30.99999999999999999999")},
       {"-tc_track -tc_creation", "00:20:30:00", created("2026-11-22T23:20:30Z")},
       {"-tc_track -tc_creation", "02:01:01:00", created("")},
       {"-tc_track -tc_creation", "02:01:01:00", created("2026-11-22T25:00:00")},
@@ -93,6 +97,13 @@ TEST(PlanTimecode, GoesOnOverPartsUnlessTheirLabelsBreak) {
   EXPECT_THAT(partStarts({labelled("01:00:00:00", rate), labelled("01:00:10:00", rate)}), IsEmpty());
   EXPECT_THAT(partStarts({labelled("01:00:00:00", rate), labelled("01:00:10:01", rate)}),
               ElementsAre("01:00:00:00", "01:00:10:01"));
+  EXPECT_THAT(partStarts({labelled("01:00:00:00", rate, std::numeric_limits<std::int64_t>::max()), hdClip()}),
+              ElementsAre("01:00:00:00", "01:00:00:00"));
+  // What is moved is moved, and said, once.
+  const VideoFrameRate film = VideoFrameRate::p24;
+  const TranscodePlan plan = successful(planned("-vcodec h264 -vr 29.97 -tc_track -tc_drop -in_0_1 b.mov",
+                                                {labelled("01:01:00:00", film), labelled("02:00:00:00", film)}));
+  EXPECT_EQ(std::ranges::count(plan.warnings, TranscodePlanWarningCode::timecodeMoved, &TranscodePlanWarning::code), 1);
 }
 
 }  // namespace

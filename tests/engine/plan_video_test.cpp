@@ -68,6 +68,10 @@ TEST(PlanVideo, TakesTheImageThroughStepsInOrder) {
       {"-vcodec h264", "format yuv420p10le"},
       {"-vcodec h264 -vbd 8", "format yuv420p"},
       {"-vcodec mjpeg", "format yuvj422p"},
+      {"-vcodec h265 -vprofile main10", "format yuv420p10le", changedVideo([](auto& video) { video.bitDepth = 12; })},
+      {"-vcodec prores422", "", changedVideo([](auto& video) { video.range = ColorRange::unknown; })},
+      {"-vcodec prores422 -dims 961x541 -aspect_scaling stretch", "scale 961x541"},
+      {"-vcodec mjpeg -vbd 8", "format yuvj422p", withSize(hdClip(), 65, 65)},
       // Sizes.
       {"-vcodec prores422 -dims 0x0", ""},
       {"-vcodec prores422 -dims 1x1", ""},
@@ -90,6 +94,8 @@ TEST(PlanVideo, TakesTheImageThroughStepsInOrder) {
       {"-vcodec prores422", "rotate 1080x1920", rotated(90)},
       {"-vcodec prores422 -dims 540x960", "rotate 1080x1920, scale 540x960", rotated(270)},
       {"-vcodec prores422", "rotate 1920x1080", rotated(180)},
+      {"-vcodec prores422", "", rotated(1)},
+      {"-vcodec prores422", "rotate 1080x1920", rotated(89)},
       {"-vcodec prores422", "", interlaced},
       {"-vcodec prores422 -dims 960x540", "deinterlace, scale 960x540", interlaced},
       {"-vcodec h264 -vbd 8", "deinterlace, format yuv420p", interlaced},
@@ -97,6 +103,10 @@ TEST(PlanVideo, TakesTheImageThroughStepsInOrder) {
       {"-vcodec prores422 -vr 12.5 -dims 960x540", "rate 12.50 FPS, scale 960x540"},
       {"-vcodec prores422 -vr 0.5", "rate 12.50 FPS"},
       {"-vcodec prores422 -vr 0", ""},
+      // Bars or a crop at the sides alone leave the fields where they are.
+      {"-vcodec prores422 -dims 2000x1080 -aspect_scaling letterbox", "pad 2000x1080+40+0", interlaced},
+      {"-vcodec prores422 -dims 1920x1090 -aspect_scaling letterbox", "deinterlace, pad 1920x1090+0+4", interlaced},
+      {"-vcodec prores422 -vr 25", "", changedVideo([](auto& video) { video.frameRate.reset(); })},
       {"-vcodec prores422 -vr 25", ""},
       {"-vcodec prores422 -vr 23.967", "rate 23.98 FPS"},
       // Looks and colours: a LUT after scaling down and before scaling up, bars after it, marks last.
@@ -137,6 +147,8 @@ TEST(PlanVideo, KeepsOrStatesColours) {
   });
   EXPECT_EQ(colorOf("-vcodec h264 -clut a.cube", hdClip()), "rec_709");
   EXPECT_EQ(colorOf("-vcodec h264 -c_space rec_2020 -clut a.cube", hdClip()), "rec_2020");
+  EXPECT_THAT(describe(successful(planned("-vcodec h264 -c_space rec_2020 -clut a.cube"))),
+              HasSubstr("rec_2020 (stated, not converted)"));
   EXPECT_EQ(colorOf("-vcodec h264", untagged(720)), "rec_709");
   EXPECT_EQ(colorOf("-vcodec h264 -dims 320x180", untagged(1080)), "rec_709");
   EXPECT_EQ(colorOf("-vcodec h264", untagged(576)), "ebu_3213");
@@ -164,7 +176,9 @@ TEST(PlanVideo, ChoosesEncoderAndOptions) {
       {"-vcodec h265 -vprofile main10@5.1 -key_frames 25", "libx265",
        "crf=22 profile=main10 g=25 x265-params=log-level=error:keyint=25:level-idc=5.1", "yuv420p10le"},
       {"-vcodec h265 -vprofile main422-10", "libx265", "crf=22 profile=main422-10 x265-params=log-level=error"},
-      {"-vcodec mjpeg", "mjpeg", "qscale=3", "yuvj422p"},
+      {"-vcodec mjpeg", "mjpeg", "", "yuvj422p"},
+      {"-vcodec h264 -vbd 8 -vbr copy", "libx264", "b=8000000 maxrate=12000000 bufsize=16000000", "yuv420p"},
+      {"-out /o.mxf -vcodec dnxhd -vbd 8 -vbr copy", "dnxhd", "b=36000000 profile=dnxhd", "yuv422p"},
       {"-vcodec mp4 -vbr 2 -vprofile asp", "mpeg4", "b=2000000 profile=15", "yuv420p"},
       {"-out /o.mxf -vcodec dnxhd", "dnxhd", "b=185000000 profile=dnxhd"},
       {"-out /o.mxf -vcodec dnxhd -vr 24", "dnxhd", "b=175000000 profile=dnxhd"},
@@ -182,12 +196,13 @@ TEST(PlanVideo, ChoosesEncoderAndOptions) {
   };
   for (const auto& [words, name, options, format] : cases) {
     SCOPED_TRACE(words);
-    const TranscodePlan plan = successful(planned(words));
+    const TranscodePlan plan = successful(planned(words, {changedVideo([](auto& video) { video.bitRate = 8000000; })}));
     ASSERT_TRUE(plan.video && plan.video->encoder);
     const PlannedVideoEncoder& encoder = *plan.video->encoder;
     std::vector<std::string> texts;
     for (const PlannedOption& option : encoder.options) texts.push_back(option.name + "=" + option.value);
     EXPECT_EQ(encoder.name, name);
+    EXPECT_EQ(encoder.quantizer.has_value(), (name == "mjpeg" || name == "mpeg4") && !encoder.bitRate);
     EXPECT_EQ(joined(texts, " "), options);
     EXPECT_EQ(rawValue(encoder.pixelFormat), format);
     EXPECT_EQ(plan.video->output().pixelFormat, format);
@@ -223,12 +238,26 @@ TEST(PlanVideo, CountsFramesAndJoinsParts) {
   EXPECT_EQ(framesOf("-vcodec h264 -vr 24", {hdClip()}), 240);
   EXPECT_EQ(framesOf("-vcodec h264 -in_0_1 b.mov -in_0_2 c.mov", {hdClip(), hdClip(), hdClip()}), 750);
   EXPECT_EQ(framesOf("-vcodec h264", {changedVideo([](auto& video) { video.frameCount.reset(); })}), std::nullopt);
+  // A variable rate becomes constant, so that the time counts; also without a rate the frames stay what they are.
+  const auto variable = changedVideo([](auto& video) {
+    video.isVariable = true;
+    video.frameRate = VideoFrameRate::p60;
+    video.frameCount = 90;
+    video.duration = MediaRational{119, 60};
+  });
+  EXPECT_EQ(framesOf("-vcodec h264", {variable}), 119);
+  EXPECT_EQ(framesOf("-vcodec h264 -vr 25", {changedVideo([](auto& video) { video.frameRate.reset(); })}), 250);
+  EXPECT_EQ(successful(planned("-vcodec h264 -vr 0.5", {atRate(hdClip(), VideoFrameRate::p24)})).video->output(),
+            successful(planned("-vcodec h264 -vr 12", {atRate(hdClip(), VideoFrameRate::p24)})).video->output());
   // The frames of an image sequence get their rate from "-vr" alone.
   const TranscodePlan sequence = successful(
       plannedAlone("-in_0_0 a.1.dpx -in_0_1 a.2.DPX -out a.mov -vr 24 -an -vcodec h264", {hdClip(), hdClip()}));
   EXPECT_TRUE(sequence.sources.front().isImageSequence);
   EXPECT_EQ(sequence.video->output().frameRate, VideoFrameRate::p24);
   EXPECT_EQ(sequence.video->frameCount, 500);
+  MediaDescription exr = hdClip();
+  exr.formatName = "exr_pipe";
+  EXPECT_TRUE(successful(planned("-vcodec h264 -vr 24 -an", {exr})).sources.front().isImageSequence);
 }
 
 TEST(PlanVideo, CopiesWithoutACodecAndUsesAGpuThatOpens) {
@@ -256,6 +285,7 @@ TEST(PlanVideo, MeasuresBurnInsByTheHeight) {
   EXPECT_EQ(text, (TextBurnStep{"a b", {SAVAnchorTopLeft, 18, 14, {1, 2, 3}, {0, 0, 0}}}));
   TranscodeSurroundings found;
   found.watermark = FoundWatermark{"/Looks/A.png", {100, 50}};
+  EXPECT_EQ(std::get<WatermarkStep>(lastStep("-vcodec prores422 -wmf_path a.png -wmf_scale 0.1", found)).scale, 0.1);
   const auto mark = std::get<WatermarkStep>(lastStep("-vcodec prores422 -wmf_path a.png -wmf_scale 0.5", found));
   EXPECT_EQ(mark.size, (ImageSize{50, 25}));
   EXPECT_EQ(mark.path, "/Looks/A.png");

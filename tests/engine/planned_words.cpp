@@ -74,12 +74,19 @@ const EncoderInventory& fullInventory() {
     const auto add = [&full](std::string_view name) {
       if (!name.empty()) full.encoders.emplace_back().name = name;
     };
-    for (const VideoEncoderRow& row : videoEncoderRows) std::ranges::for_each(row.encoders, add);
+    for (const VideoEncoderRow& row : videoEncoderRows)
+      for (const VideoEncoder& encoder : row.encoders) add(encoder.name);
     for (const LpcmEncoderRow& row : lpcmEncoderRows) add(row.encoder);
     for (const AudioEncoderRow& row : audioEncoderRows) add(row.encoder);
+    for (const RepackedPcmRow& row : repackedPcmRows) {
+      if (full.encoders.end() == std::ranges::find(full.encoders, row.encoder, &EncoderDescription::name))
+        add(row.encoder);
+    }
     add("h264_vaapi");
     std::ranges::sort(full.encoders, {}, &EncoderDescription::name);
-    full.filters = {"bwdif", "drawtext", "zscale"};
+    full.filters = {"bwdif", "drawtext", "overlay", "zscale"};
+    for (const OutputContainer container : allCases<OutputContainer>()) full.muxers.emplace_back(rawValue(container));
+    std::ranges::sort(full.muxers);
     full.version = "5.1";
     full.license = "GPL version 2 or later";
     return full;

@@ -6,6 +6,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/hwcontext.h>
+#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 #include <libavutil/samplefmt.h>
 #include <libswresample/swresample.h>
@@ -147,6 +148,19 @@ bool deviceOpens(const std::string& kind) {
   const int status = av_hwdevice_ctx_create(&device, type, nullptr, nullptr, 0);
   const libav::BufferPointer owned(device);
   return status >= 0;
+}
+
+bool encoderHasOption(const std::string& encoder, const std::string& option) {
+  const AVCodec* const codec = avcodec_find_encoder_by_name(encoder.c_str());
+  if (codec == nullptr) return false;
+  for (const AVClass* const options : {avcodec_get_class(), codec->priv_class}) {
+    if (options == nullptr) continue;
+    // FFmpeg looks only at the class here, to which the object would begin with a pointer.
+    const AVClass* object = options;
+    if (av_opt_find(static_cast<void*>(&object), option.c_str(), nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ) != nullptr)
+      return true;
+  }
+  return false;
 }
 
 }  // namespace meridian::inline v0_2

@@ -157,7 +157,7 @@ void describeSize(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   if (video.width == 0 || video.height == 0) return;
   video.displayWidth = stretched(video.width, video.pixelAspectRatio);
   video.displayHeight = video.height;
-  if (video.rotation % 180 == 90) std::swap(video.displayWidth, video.displayHeight);
+  if (nearestQuarterTurn(video.rotation) % 180 == 90) std::swap(video.displayWidth, video.displayHeight);
 }
 
 /// What the times of frames tell of their rate.
@@ -248,7 +248,8 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   } else {
     video.isVariable = std::abs(ratio - 1) > 0.01;
   }
-  if (!rate) rate = video.averageFrameRate;
+  // In QuickTime and MP4, too, the time base may be all that frames have in common.
+  if (!rate || rate->rawValue() > fastestRate) rate = video.averageFrameRate;
   if (rate) video.exactFrameRate = recognizedRate(*rate);
   if (video.exactFrameRate) video.frameRate = VideoFrameRate::matching(*video.exactFrameRate);
 }
