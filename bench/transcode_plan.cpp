@@ -27,6 +27,7 @@ MediaDescription clip() {
   video.primaries = video.transfer = video.matrix = {1, "bt709"};
   AudioStreamDescription& track = media.audio.emplace_back();
   track.codecName = "pcm_s24le";
+  track.isDecodable = true;
   track.sampleRate = 48000;
   track.bitsPerChannel = 24;
   track.channelCount = 2;

@@ -116,8 +116,10 @@ struct EncoderInventory {
 /// built without. Thread-safe as far as the device's driver is.
 [[nodiscard]] MERIDIAN_API bool deviceOpens(const std::string& kind);
 
-/// Returns whether the encoder with FFmpeg's name has an option of its own, or of every encoder, with this name. False
-/// for an encoder that this FFmpeg was built without.
-[[nodiscard]] MERIDIAN_API bool encoderHasOption(const std::string& encoder, const std::string& option);
+/// Returns whether the encoder with FFmpeg's name has an option of its own, or of every encoder, with this name, and if
+/// a value is given, whether that is one of the option's named values. False for an encoder that this FFmpeg was built
+/// without.
+[[nodiscard]] MERIDIAN_API bool encoderHasOption(const std::string& encoder, const std::string& option,
+                                                 const std::string& value = {});
 
 }  // namespace meridian::inline v0_2

@@ -332,14 +332,15 @@ JoinedSource joinedSource(PlanContext& context, std::span<const SourceTrack> tra
   return source;
 }
 
-/// Returns whether FFmpeg can mix from or to channels at these places: there is one in front, and none of a pair is
-/// alone.
+/// Returns whether FFmpeg can mix from or to channels at these places: there is one alone, or one in front and each of
+/// a pair with the other.
 bool isMixable(std::span<const ChannelLabel> channels) {
-  constexpr std::uint64_t fronts = 0x7;
+  constexpr std::uint64_t fronts = 0x60000007;  // also Lt and Rt
   constexpr auto pairs = std::to_array<std::uint64_t>({0x3, 0x30, 0xc0, 0x600});
   const std::uint64_t bitmap = bitmapOfChannels(channels).value_or(0);
-  return (bitmap & fronts) != 0 &&
-         std::ranges::none_of(pairs, [bitmap](std::uint64_t pair) { return std::popcount(bitmap & pair) == 1; });
+  return channels.size() == 1 || ((bitmap & fronts) != 0 && std::ranges::none_of(pairs, [bitmap](std::uint64_t pair) {
+                                    return std::popcount(bitmap & pair) == 1;
+                                  }));
 }
 
 /// Returns the bitmap with channels at the back moved to the sides, or the other way round.

@@ -139,6 +139,11 @@ class PlanContext {
   std::vector<IgnoredFlag> ignored_;
 };
 
+/// Returns a size as text: "1920 x 1080".
+[[nodiscard]] inline std::string sizeText(const auto& size) {
+  return std::to_string(size.width) + " x " + std::to_string(size.height);
+}
+
 /// Returns a rate as text: "25 fps", "29.970 fps (30000/1001)".
 [[nodiscard]] std::string frameRateText(const VideoFrameRate& rate);
 

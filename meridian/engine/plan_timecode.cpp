@@ -167,8 +167,9 @@ VideoFrameRate countingRate(PlanContext& context, const VideoFrameRate& outputRa
   const auto asked = context.value<float>(countingRateFlag);
   if (!asked) return outputRate;
   const auto rate = frameRateMeantBy(doubleFromText(context.text(countingRateFlag)).value_or(0));
-  if (!rate || !timecodeFramesPerSecond(*rate)) {
-    context.fail(timecodeRateNotAvailable, countingRateFlag, {}, "use at least 0.5 frames per second");
+  constexpr double greatest = 600;
+  if (!rate || !timecodeFramesPerSecond(*rate) || rate->rawValue().rawValue() > greatest) {
+    context.fail(timecodeRateNotAvailable, countingRateFlag, {}, "use 0.5 to 600 frames per second");
     return outputRate;
   }
   if (isInTrack && *rate != outputRate) {

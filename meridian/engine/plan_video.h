@@ -3,7 +3,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "meridian/engine/plan_context.h"
@@ -30,11 +29,6 @@ struct FrameFit {
   /// True if the pixels become square: the size is set.
   bool squaresPixels = false;
 };
-
-/// Returns a size as text: "1920 x 1080".
-[[nodiscard]] inline std::string sizeText(const auto& size) {
-  return std::to_string(size.width) + " x " + std::to_string(size.height);
-}
 
 /// What the encoder is chosen to be before the size is known.
 struct EncoderChoice {

@@ -254,8 +254,11 @@ bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, Planned
   if (!context.has(flag)) return false;
   const SAVTranscodeArgumentVideoCodecValue& codec = choice.row->codec;
   const bool isFormat = choice.format == PixelFormat::yuv420p;
+  const auto hasProfile = [&choice](const GpuEncoderRow& row) {
+    return choice.profile == nullptr || isIn(row.profiles, choice.profile->option);
+  };
   for (const GpuEncoderRow& row : gpuEncoderRows) {
-    if (row.codec != codec || !isFormat) continue;
+    if (row.codec != codec || !isFormat || !hasProfile(row)) continue;
     if (!isIn(context.surroundings.openDevices, std::string(row.device)) ||
         context.inventory.encoder(row.encoder) == nullptr) {
       continue;
@@ -277,6 +280,10 @@ bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, Planned
   }
   if (std::ranges::find(gpuEncoderRows, codec, &GpuEncoderRow::codec) == gpuEncoderRows.end()) {
     context.warn(TranscodePlanWarningCode::gpuNotUsed, flag, "no GPU encodes " + codec.string());
+  } else if (std::ranges::none_of(gpuEncoderRows,
+                                  [&](const GpuEncoderRow& row) { return row.codec == codec && hasProfile(row); })) {
+    context.warn(TranscodePlanWarningCode::gpuNotUsed, flag,
+                 "no GPU encodes the profile " + std::string(choice.profile->name));
   } else if (!isFormat) {
     context.warn(TranscodePlanWarningCode::gpuNotUsed, flag, "GPUs encode 8 bits of 4:2:0 alone", "set -vbd 8");
   } else {

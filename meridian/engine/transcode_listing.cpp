@@ -156,9 +156,8 @@ std::string licences(const ListingSources& sources) {
          ": Apache License, version 2.0\n"
          "FFmpeg " +
          sources.inventory.version + ": " + sources.inventory.license +
-         "\nTogether with these libraries, and with x264 and x265 where FFmpeg was built with them, the program is "
-         "under\n"
-         "their licence. It comes with no warranty.\n"
+         "\nThis program is used under the licence of FFmpeg, including x264 and x265 where FFmpeg was built with\n"
+         "them. It comes with no warranty.\n"
          "FFmpeg was built with: " +
          sources.inventory.configuration + '\n';
 }

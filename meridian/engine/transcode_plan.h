@@ -46,7 +46,8 @@ struct OutputState {
   /// Something is at the path of the output.
   bool exists = false;
   bool isDirectory = false;
-  /// The source, LUT or watermark image that is the same file as the output, under whatever name.
+  /// The source that is the same file as the output, under whatever name.
+  /// A LUT or watermark image counts as one.
   std::optional<std::string> sameSource;
   /// The directory that the output is in.
   bool directoryExists = true;

@@ -55,8 +55,6 @@ std::string countText(std::int64_t count, std::string_view noun) {
   return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
 }
 
-std::string sizeOf(const auto& size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
-
 /// Returns an anchor in words: "the bottom centre".
 std::string placeText(const SAVTranscodeArgumentOverlayAnchorValue& anchor) {
   const auto known = fromRawValue<VideoCropAnchor>(anchor.rawValue());
@@ -77,7 +75,7 @@ std::string formText(const ImageForm& image, const ImageForm* before, bool isCol
   const auto add = [&](bool isOther, std::string text) {
     if ((before == nullptr || isOther) && !text.empty()) texts.push_back(std::move(text));
   };
-  add(before != nullptr && (image.width != before->width || image.height != before->height), sizeOf(image));
+  add(before != nullptr && (image.width != before->width || image.height != before->height), sizeText(image));
   const bool isSquare = image.pixelAspectRatio == MediaRational{1, 1};
   if (before == nullptr ? !isSquare : image.pixelAspectRatio != before->pixelAspectRatio) {
     texts.push_back(isSquare ? "square pixels"
@@ -128,7 +126,7 @@ struct StepDetail {
   std::string operator()(const WatermarkStep& step) const {
     std::string text = inQuotes(step.path) + " at " + placeText(step.anchor);
     if (step.size.width > 0) {
-      text += ", " + sizeOf(step.size);
+      text += ", " + sizeText(step.size);
     } else if (step.scale != 1) {
       text += ", " + plainDecimalText(step.scale) + " times its size";
     }
@@ -198,7 +196,7 @@ void addVideo(Sections& sections, const TranscodePlan& plan) {
   }
   const PlannedVideoEncoder& encoder = *video.encoder;
   std::string text = encoder.codec.string() + " with " + printable(encoder.name) + ", " +
-                     std::string(rawValue(encoder.pixelFormat)) + ", " + sizeOf(video.output()) + ", " +
+                     std::string(rawValue(encoder.pixelFormat)) + ", " + sizeText(video.output()) + ", " +
                      frameRateText(video.output().frameRate) + ", " + nameOf(video.output().color) +
                      (video.isColorStated ? " (stated, not converted)" : "");
   if (video.frameCount) text += ", " + countText(*video.frameCount, "frame");

@@ -195,14 +195,24 @@ struct GpuEncoderRow {
   std::string_view encoder;
   /// The option of constant quality, whose value is that of the codec's own encoder.
   std::string_view quality;
+  /// The values of its option "profile", which are those of "-vprofile".
+  std::span<const std::string_view> profiles;
 };
+
+namespace detail {
+
+inline constexpr auto gpuProfiles = std::to_array<std::string_view>({"main", "high", "baseline"});
+inline constexpr std::span vaapiH264Profiles = std::span(gpuProfiles).first(2);
+inline constexpr std::span mainProfile = std::span(gpuProfiles).first(1);
+
+}  // namespace detail
 
 /// Lists the encoders of GPUs, in the order in which they are tried.
 inline constexpr auto gpuEncoderRows = std::to_array<GpuEncoderRow>({
-    {SAVAvcH264Codec, "vaapi", "h264_vaapi", "qp"},
-    {SAVAvcH264Codec, "cuda", "h264_nvenc", "cq"},
-    {SAVHevcCodec, "vaapi", "hevc_vaapi", "qp"},
-    {SAVHevcCodec, "cuda", "hevc_nvenc", "cq"},
+    {SAVAvcH264Codec, "vaapi", "h264_vaapi", "qp", detail::vaapiH264Profiles},
+    {SAVAvcH264Codec, "cuda", "h264_nvenc", "cq", detail::gpuProfiles},
+    {SAVHevcCodec, "vaapi", "hevc_vaapi", "qp", detail::mainProfile},
+    {SAVHevcCodec, "cuda", "hevc_nvenc", "cq", detail::mainProfile},
 });
 
 }  // namespace meridian::inline v0_2

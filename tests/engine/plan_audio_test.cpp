@@ -94,6 +94,7 @@ TEST(PlanAudio, ChoosesEncoderDepthAndLayout) {
       {"-acodec lpcm -acl_tag 7995398 -acl 6", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
       {"-acodec lpcm -acl_tag 9633794", "pcm_s24le 24 48000"},
       {"-acodec lpcm -acl_descs [2~1", "pcm_s24le 24 48000 L R tag 101/2"},
+      {"-acodec lpcm -acl_descs [38~39", "pcm_s24le 24 48000 Lt Rt tag 103/2"},
       {"-acodec lpcm -acl_descs [1~2~3~4~5~6 -acl 6", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
       {"-acodec lpcm -acl_bitmap 63", "pcm_s24le 24 48000 L R C LFE Ls Rs tag 121/6"},
       {"-acodec lpcm -acl_tag 65536 -acl_bitmap 4", "pcm_s24le 24 48000 C tag 100/1"},

@@ -325,7 +325,8 @@ const std::vector<ErrorCase>& errorCases() {
        {atRate(hdClip(), VideoFrameRate::ntsc30p)}},
       {"-tc_track -tc_drop", "-tc_drop notADropFrameRate", "25 fps"},
       {"-tc_track -tc_rate 24", "-tc_rate timecodeRateNotAvailable", "25 fps"},
-      {"-tc_track -tc_rate 0", "-tc_rate timecodeRateNotAvailable", "at least 0.5"},
+      {"-tc_track -tc_rate 0", "-tc_rate timecodeRateNotAvailable", "0.5 to 600"},
+      {"-vcodec h264 -tc_burn -tc_rate 100000", "-tc_rate timecodeRateNotAvailable", "0.5 to 600"},
       {"-vcodec h264 -vr 0.4 -tc_track", "-tc_track timecodeRateNotAvailable", "0.400 fps (2/5)"},
   };
   return rows;

@@ -18,19 +18,42 @@ namespace {
 using ::testing::Contains;
 using ::testing::SizeIs;
 
+std::vector<std::string_view> profileNames(const SAVTranscodeArgumentVideoCodecValue& codec) {
+  std::vector<std::string_view> names;
+  for (const VideoProfileRow& row : videoProfileRows) {
+    if (row.codec == codec) names.push_back(row.name);
+  }
+  return names;
+}
+
 TEST(PlanTables, NameFormatsAndMuxersOfTheInstalledFFmpeg) {
   const EncoderInventory& inventory = encoderInventory();
   for (const VideoEncoderRow& row : videoEncoderRows) {
     for (const auto& [name, needsEvenWidth, needsEvenChroma] : row.encoders) {
       const EncoderDescription* const encoder = inventory.encoder(name);
       if (encoder == nullptr) continue;
-      for (const std::string_view option : {row.quality.name, row.parameters}) {
-        EXPECT_TRUE(option.empty() || encoderHasOption(encoder->name, std::string(option))) << name << ' ' << option;
-      }
+      const auto hasOption = [&](std::string_view option, bool isUsed) {
+        EXPECT_TRUE(!isUsed || encoderHasOption(encoder->name, std::string(option))) << name << ' ' << option;
+      };
+      hasOption(row.quality.name, !row.quality.name.empty());
+      hasOption(row.parameters, !row.parameters.empty());
+      hasOption("profile", !row.profile.empty() || !profileNames(row.codec).empty());
+      hasOption("vendor", !row.vendor.empty());
+      hasOption("b", row.rateControl != VideoRateControl::none);
+      hasOption("maxrate", row.limitsRate);
       for (const PixelFormat format : row.formats) {
         EXPECT_THAT(encoder->pixelFormats, Contains(rawValue(format))) << name;
       }
     }
+  }
+  for (const GpuEncoderRow& row : gpuEncoderRows) {
+    const std::string name(row.encoder);
+    if (inventory.encoder(name) == nullptr) continue;
+    EXPECT_TRUE(encoderHasOption(name, std::string(row.quality)) && encoderHasOption(name, "level")) << name;
+    for (const std::string_view profile : row.profiles) {
+      EXPECT_TRUE(encoderHasOption(name, "profile", std::string(profile))) << name << ' ' << profile;
+    }
+    EXPECT_FALSE(encoderHasOption(name, "profile", "high10")) << name;
   }
   for (const LpcmEncoderRow& row : lpcmEncoderRows) {
     const EncoderDescription* const encoder = inventory.encoder(row.encoder);

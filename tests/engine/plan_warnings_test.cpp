@@ -97,6 +97,8 @@ const std::vector<WarningCase>& warningCases() {
       {"-vcodec h264 -gpu_decoding", "-gpu_decoding gpuNotUsed", "CPU"},
       {"-vcodec h264 -vbd 8 -gpu_encoding", "-gpu_encoding gpuNotUsed", "no GPU that encodes can be used here"},
       {"-vcodec h264 -gpu_encoding", "-gpu_encoding gpuNotUsed", "set -vbd 8"},
+      {"-vcodec h264 -vbd 8 -vprofile high10 -gpu_encoding", "-gpu_encoding gpuNotUsed",
+       "no GPU encodes the profile high10"},
       {"-vcodec prores422 -gpu_encoding", "-gpu_encoding gpuNotUsed", "no GPU encodes prores422"},
       {"-vcodec prores422",
        "-in_0_0 rotationRounded",

@@ -150,15 +150,17 @@ bool deviceOpens(const std::string& kind) {
   return status >= 0;
 }
 
-bool encoderHasOption(const std::string& encoder, const std::string& option) {
+bool encoderHasOption(const std::string& encoder, const std::string& option, const std::string& value) {
   const AVCodec* const codec = avcodec_find_encoder_by_name(encoder.c_str());
   if (codec == nullptr) return false;
-  for (const AVClass* const options : {avcodec_get_class(), codec->priv_class}) {
-    if (options == nullptr) continue;
-    // FFmpeg looks only at the class here, to which the object would begin with a pointer.
-    const AVClass* object = options;
-    if (av_opt_find(static_cast<void*>(&object), option.c_str(), nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ) != nullptr)
-      return true;
+  const auto find = [](const AVClass* options, const std::string& name, const char* unit) {
+    // FFmpeg looks at the class alone, to which an object begins with a pointer.
+    return av_opt_find(static_cast<void*>(&options), name.c_str(), unit, 0, AV_OPT_SEARCH_FAKE_OBJ);
+  };
+  for (const AVClass* const options : {codec->priv_class, avcodec_get_class()}) {
+    const AVOption* const found = options != nullptr ? find(options, option, nullptr) : nullptr;
+    if (found == nullptr) continue;
+    return value.empty() || (found->unit != nullptr && find(options, value, found->unit) != nullptr);
   }
   return false;
 }
