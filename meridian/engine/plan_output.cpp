@@ -80,6 +80,11 @@ std::optional<std::string> writtenOver(const PlanContext& context, std::string_v
   return isWritten || isWatermark ? std::optional(std::string(path)) : std::nullopt;
 }
 
+/// Says which file it is, if it has another name.
+std::string otherName(std::string_view file, std::string_view path) {
+  return file == path ? "" : "which is " + inQuotes(file);
+}
+
 void checkPath(PlanContext& context) {
   using enum TranscodePlanErrorCode;
   const OutputState& state = context.surroundings.output;
@@ -96,7 +101,7 @@ void checkPath(PlanContext& context) {
   }
   const auto written = writtenOver(context, context.plan.output.path, state.sameSource);
   if (written) {
-    context.fail(outputIsSource, flag, "which is " + inQuotes(*written));
+    context.fail(outputIsSource, flag, otherName(*written, context.plan.output.path));
   } else if (state.exists && !mayReplace) {
     context.fail(outputExists, flag);
   }
@@ -135,7 +140,7 @@ void planOutput(PlanContext& context) {
     if (!written && output.progressFile == output.path) written = output.path;
     if (written) {
       context.fail(TranscodePlanErrorCode::progressFileInUse, SAVProgressFileFlag.rawValue(),
-                   "which is " + inQuotes(*written));
+                   otherName(*written, output.progressFile));
     } else if (!state.progressFileIsWritable) {
       context.fail(TranscodePlanErrorCode::progressFileNotMade, SAVProgressFileFlag.rawValue());
     }

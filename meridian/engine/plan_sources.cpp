@@ -110,7 +110,7 @@ constexpr auto partTraits = std::to_array<PartTrait>({
      [](const MediaDescription& media) {
        return videoTrait(media, [](const Video& video) { return ratioText(video.pixelAspectRatio); });
      }},
-    {"field order", true,
+    {"scan", true,
      [](const MediaDescription& media) {
        return videoTrait(media, [](const Video& video) {
          return std::string(isInterlaced(video.fieldOrder) ? description(video.fieldOrder) : "progressive");

@@ -84,7 +84,7 @@ TimecodeComponents customStart(PlanContext& context, const VideoFrameRate& rate,
   // "-tc_drop" at such a rate is an error of its own.
   if (number || (asksForDrop && number.error() == TimecodeErrorCode::notADropFrameRate)) return start;
   context.fail(noSuchLabel, SAVTimecodeCustomFlag.rawValue(),
-               "which " + std::string(description(number.error())) + " of " + frameRateText(rate),
+               "which at " + frameRateText(rate) + " " + std::string(description(number.error())),
                std::string(remedy(number.error())));
   return start;
 }

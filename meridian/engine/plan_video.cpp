@@ -398,7 +398,7 @@ void planVideo(PlanContext& context) {
     std::vector<std::string> rates;
     for (const int each : tableRow(*context.container).frameRates) rates.push_back(std::to_string(each));
     const std::string name(description(*context.container));
-    context.failRate("which is " + frameRateText(*rate) + ", in " + name,
+    context.failRate(frameRateText(*rate) + " in " + name,
                      name + " holds " + joined(rates, ", ") + ", and each times 1000/1001");
   }
 }

@@ -130,7 +130,7 @@ struct EnumerationTable<TranscodePlanErrorCode> {
       {sizeOutOfRange, "sizeOutOfRange", "has a size that cannot be encoded", "choose another size"},
       {oddSize, "oddSize", "has an odd width or height, which the codec cannot encode", "use even numbers"},
       {sizeNotAvailable, "sizeNotAvailable", "has a size that the codec does not have", "choose another size"},
-      {rateOutOfRange, "rateOutOfRange", "has a frame rate that cannot be encoded", "choose another rate with -vr"},
+      {rateOutOfRange, "rateOutOfRange", "has a frame rate that cannot be used", "choose another rate with -vr"},
       {bitRateOutOfRange, "bitRateOutOfRange", "is not a bit rate that can be encoded", "correct the bit rate"},
       {bitRateNotAvailable, "bitRateNotAvailable", "is not a bit rate of the codec at this size",
        "choose one of its bit rates"},

@@ -18,7 +18,10 @@ void checkAnythingLeft(PlanContext& context) {
   const std::string_view flag = context.isSet(noAudio)   ? noAudio
                                 : context.isSet(noVideo) ? noVideo
                                                          : SAVOutputFileFlag.rawValue();
-  context.fail(TranscodePlanErrorCode::nothingLeft, flag, "the source has neither of what is kept");
+  context.fail(TranscodePlanErrorCode::nothingLeft, flag,
+               flag == noAudio   ? "the source has no video"
+               : flag == noVideo ? "the source has no audio"
+                                 : "of the source, the output can hold neither");
 }
 
 using InputFiles = std::vector<std::string>;

@@ -65,7 +65,7 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec h264 -arri_curve gamma", "-arri_curve unreadableValue", "bt1886, dci, pq, hlg, logc3, logc4, linear"},
       // Sources.
       {"-vn -an", "-vn nothingLeft", "together with -an"},
-      {"-an", "-an nothingLeft", "", {soundClip()}},
+      {"-an", "-an nothingLeft", "the source has no video", {soundClip()}},
       {"-vcodec h264",
        "-in_0_0 notDecodable",
        "which is redcode of RED",
@@ -105,7 +105,7 @@ const std::vector<ErrorCase>& errorCases() {
        {hdClip(), changedClip([](Clip&, Video& video, Audio&) { video.pixelAspectRatio = {64, 45}; })}},
       {"-in_0_1 b.mov",
        "-in_0_1 partsDiffer",
-       "field order top field first",
+       "scan top field first",
        {hdClip(), changedClip([](Clip&, Video& video, Audio&) { video.fieldOrder = FieldOrder::topFirst; })}},
       {"-in_0_1 b.mov", "-in_0_1 partsDiffer", "colour 1-1-9", {hdClip(), changedClip([](Clip&, Video& video, Audio&) {
                                                                   video.matrix = {9, "bt2020nc"};
@@ -150,12 +150,12 @@ const std::vector<ErrorCase>& errorCases() {
       {"-progress_file /no/p", "-progress_file progressFileNotMade", "", {hdClip()}, surroundings([](auto& found) {
          found.output.progressFileIsWritable = false;
        })},
-      {"-progress_file /card/a.mov", "-progress_file progressFileInUse", "which is \"/card/a.mov\""},
+      {"-progress_file /card/a.mov", "-progress_file progressFileInUse", "writes: \"/card/a.mov\"; choose"},
       {"-progress_file /out/a.mov", "-progress_file progressFileInUse", ""},
       {"-vcodec h264 -clut a.cube -progress_file a.cube", "-progress_file progressFileInUse", ""},
       {"-progress_file /p",
        "-progress_file progressFileInUse",
-       "\"/card/a.mov\"",
+       "which is \"/card/a.mov\"",
        {hdClip()},
        surroundings([](auto& found) { found.output.sameAsProgressFile = "/card/a.mov"; })},
       {"-overwrite -vcodec h264 -clut /out/a.mov", "-out outputIsSource", ""},
@@ -318,7 +318,7 @@ const std::vector<ErrorCase>& errorCases() {
       {"-acodec lpcm -adiscrete -acl stereo", "-acl contradictoryLayout", "-adiscrete"},
       // Timecode.
       {"-tc_track -tc_custom 00:00:00:30", "-tc_custom noSuchLabel", "has more frames than a second"},
-      {"-tc_track -tc_custom 10:00:00;00", "-tc_custom noSuchLabel", "is drop frame"},
+      {"-tc_track -tc_custom 10:00:00;00", "-tc_custom noSuchLabel", "which at 25 fps is drop frame"},
       {"-tc_track -tc_custom 00:01:00;00",
        "-tc_custom noSuchLabel",
        "skips",
