@@ -245,7 +245,7 @@ static_assert(usualChannels(16)->count == 16);
     if (label == rearSurroundLeft) label = leftSurround;
     if (label == rearSurroundRight) label = rightSurround;
     if (label == mono) label = center;
-    const std::uint64_t bit = std::uint64_t{1} << tableRow(label).bit.value();
+    const std::uint64_t bit = std::uint64_t{1} << tableRow(label).bit.value_or(0);
     if ((bitmap & bit) != 0) return std::nullopt;
     bitmap |= bit;
   }

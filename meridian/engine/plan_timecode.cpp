@@ -202,9 +202,8 @@ void planTimecode(PlanContext& context) {
   const VideoFrameRate outputRate = context.plan.video->output().frameRate;
   timecode.rate = countingRate(context, outputRate, isInTrack);
   if (!timecodeFramesPerSecond(timecode.rate)) {
-    const std::string_view flag = isInTrack && !context.isSet(trackFlag) ? context.containerFlag()
-                                  : isInTrack                            ? trackFlag
-                                                                         : burnFlag;
+    std::string_view flag = isInTrack ? trackFlag : burnFlag;
+    if (!context.isSet(flag)) flag = context.containerFlag();
     context.fail(timecodeRateNotAvailable, flag, frameRateText(timecode.rate));
     for (const TimecodeSource source : allCases<TimecodeSource>()) context.use(timecodeFlag(source).rawValue());
     context.use(dropFlag);

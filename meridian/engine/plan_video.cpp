@@ -57,7 +57,8 @@ ImageForm sourceForm(const VideoStreamDescription& stream) {
   const bool isRgb = form.chroma == ChromaSubsampling::rgb;
   // Y'CbCr without a stated range is limited, but for JPEG's formats.
   const bool isFull = isRgb || stream.pixelFormat.starts_with("yuvj");
-  form.range = stream.range != ColorRange::unknown ? stream.range : isFull ? ColorRange::full : ColorRange::limited;
+  form.range = stream.range;
+  if (stream.range == ColorRange::unknown) form.range = isFull ? ColorRange::full : ColorRange::limited;
   form.color =
       completed(statedColor(stream), isRgb ? *colorSpaceCodes(SAVSrgbColorSpace) : assumedColor(stream.height));
   form.isInterlaced = isInterlaced(stream.fieldOrder);

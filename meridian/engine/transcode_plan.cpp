@@ -15,13 +15,16 @@ void checkAnythingLeft(PlanContext& context) {
     return;
   }
   if (context.plan.video || !context.plan.audio.empty() || !context.errors.empty()) return;
-  const std::string_view flag = context.isSet(noAudio)   ? noAudio
-                                : context.isSet(noVideo) ? noVideo
-                                                         : SAVOutputFileFlag.rawValue();
-  context.fail(TranscodePlanErrorCode::nothingLeft, flag,
-               flag == noAudio   ? "the source has no video"
-               : flag == noVideo ? "the source has no audio"
-                                 : "of the source, the output can hold neither");
+  const auto fail = [&context](std::string_view flag, std::string_view detail) {
+    context.fail(TranscodePlanErrorCode::nothingLeft, flag, detail);
+  };
+  if (context.isSet(noAudio)) {
+    fail(noAudio, "the source has no video");
+  } else if (context.isSet(noVideo)) {
+    fail(noVideo, "the source has no audio");
+  } else {
+    fail(SAVOutputFileFlag.rawValue(), "the source has neither that the output can hold");
+  }
 }
 
 using InputFiles = std::vector<std::string>;
