@@ -13,11 +13,4 @@ std::optional<std::string> Arguments::value(std::string_view name) const {
   return found->second.back();
 }
 
-std::vector<Subcommand> allSubcommands() {
-  return {parseCommand(),     renderCommand(),     explainCommand(),   setCommand(),          flagsCommand(),
-          presetsCommand(),   extensionsCommand(), rateCommand(),      timecodeCommand(),     dimensionCommand(),
-          filterCommand(),    freeNameCommand(),   cleanNameCommand(), analysisArgsCommand(), lutInfoCommand(),
-          lutSampleCommand(), lutApplyCommand(),   lutPlotCommand(),   completionCommand(),   manualCommand()};
-}
-
 }  // namespace meridian::command

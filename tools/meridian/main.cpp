@@ -1,11 +1,9 @@
 // The meridian command: the rules of the library for people and scripts.
-#include <algorithm>
-#include <exception>
 #include <iostream>
 
-#include "meridian/base/printable.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/parser.h"
+#include "tools/meridian/program.h"
 
 namespace meridian::command {
 namespace {
@@ -22,27 +20,9 @@ Status runCommand(std::span<const std::string_view> words) {
   return done;
 }
 
-Status report(std::string_view message, Status status) {
-  std::cerr << "meridian: " << message << '\n';
-  return status;
-}
-
 }  // namespace
 }  // namespace meridian::command
 
 int main(int argc, char** argv) {
-  using namespace meridian::command;
-  try {
-    std::ios::sync_with_stdio(false);
-    const std::vector<std::string_view> words(argv + std::min(argc, 1), argv + argc);
-    const Status status = runCommand(words);
-    if (!std::cout.flush()) throw CommandError("standard output cannot be written");
-    return status;
-  } catch (const UsageError& error) {
-    return report(error.what(), wrongUsage);
-  } catch (const CommandError& error) {
-    return report(error.what(), failed);
-  } catch (const std::exception& error) {
-    return report(meridian::printable(error.what()), failed);
-  }
+  return meridian::command::runProgram("meridian", argc, argv, meridian::command::runCommand);
 }

@@ -1,0 +1,12 @@
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+
+std::vector<Subcommand> allSubcommands() {
+  return {parseCommand(),     renderCommand(),     explainCommand(),   setCommand(),          flagsCommand(),
+          presetsCommand(),   extensionsCommand(), rateCommand(),      timecodeCommand(),     dimensionCommand(),
+          filterCommand(),    freeNameCommand(),   cleanNameCommand(), analysisArgsCommand(), lutInfoCommand(),
+          lutSampleCommand(), lutApplyCommand(),   lutPlotCommand(),   completionCommand(),   manualCommand()};
+}
+
+}  // namespace meridian::command

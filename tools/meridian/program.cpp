@@ -1,0 +1,33 @@
+#include "tools/meridian/program.h"
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <vector>
+
+#include "meridian/base/printable.h"
+
+namespace meridian::command {
+
+int runProgram(std::string_view name, int argc, char** argv,
+               const std::function<Status(std::span<const std::string_view>)>& run) {
+  const auto report = [name](std::string_view message, Status status) {
+    std::cerr << name << ": " << message << '\n';
+    return status;
+  };
+  try {
+    std::ios::sync_with_stdio(false);
+    const std::vector<std::string_view> words(argv + std::min(argc, 1), argv + argc);
+    const Status status = run(words);
+    if (!std::cout.flush()) throw CommandError("standard output cannot be written");
+    return status;
+  } catch (const UsageError& error) {
+    return report(error.what(), wrongUsage);
+  } catch (const CommandError& error) {
+    return report(error.what(), failed);
+  } catch (const std::exception& error) {
+    return report(printable(error.what()), failed);
+  }
+}
+
+}  // namespace meridian::command
