@@ -94,6 +94,10 @@ void checkPath(PlanContext& context) {
     context.fail(outputIsDirectory, flag);
     return;
   }
+  if (state.isSpecial) {
+    context.fail(outputIsSpecial, flag);
+    return;
+  }
   if (!state.directoryExists) {
     context.fail(directoryMissing, flag);
   } else if (!state.directoryIsWritable) {

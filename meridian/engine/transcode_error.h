@@ -34,6 +34,7 @@ enum class TranscodePlanErrorCode : std::uint8_t {
   // The output.
   noOutput,
   outputIsDirectory,
+  outputIsSpecial,
   outputExists,
   outputIsSource,
   directoryMissing,
@@ -103,6 +104,7 @@ struct EnumerationTable<TranscodePlanErrorCode> {
       {nothingLeft, "nothingLeft", "leaves neither video nor audio", "leave something in"},
       {noOutput, "noOutput", "is missing", "name the output with -out"},
       {outputIsDirectory, "outputIsDirectory", "is a directory", "add the name of a file"},
+      {outputIsSpecial, "outputIsSpecial", "is a device, a FIFO or a socket", "choose another name"},
       {outputExists, "outputExists", "is there already", "choose another name, or add -overwrite"},
       {outputIsSource, "outputIsSource", "is a file that the transcode reads", "choose another name"},
       {directoryMissing, "directoryMissing", "is in a directory that does not exist", "create the directory first"},

@@ -46,6 +46,8 @@ struct OutputState {
   /// Something is at the path of the output.
   bool exists = false;
   bool isDirectory = false;
+  /// A device, a FIFO or a socket is at the path, which no file may replace.
+  bool isSpecial = false;
   /// The source that is the same file as the output, under whatever name.
   /// A LUT or watermark image counts as one.
   std::optional<std::string> sameSource;

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "meridian/export.h"
+
 namespace meridian::inline v0_2 {
 
 /// Identifies an item: equal for all of its names.
@@ -26,6 +28,6 @@ struct FileIdentity {
 [[nodiscard]] std::optional<FileIdentity> fileIdentity(const std::string& path);
 
 /// Returns the identity of the item that the path leads to through all links; absent likewise.
-[[nodiscard]] std::optional<FileIdentity> targetIdentity(const std::string& path);
+[[nodiscard]] MERIDIAN_API std::optional<FileIdentity> targetIdentity(const std::string& path);
 
 }  // namespace meridian::inline v0_2

@@ -48,6 +48,11 @@ constexpr auto fileSystems = std::to_array<FileSystemRow>({
     {0xfe534d42, {false, false}},  // SMB 2
 });
 
+/// Returns why the process may not access the item so; no error if it may.
+std::error_code accessError(const char* path, int mode) noexcept {
+  return ::faccessat(AT_FDCWD, path, mode, AT_EACCESS) == 0 ? std::error_code() : detail::lastError();
+}
+
 }  // namespace
 
 std::error_code itemError(const std::string& path) noexcept {
@@ -71,8 +76,18 @@ std::error_code newFileError(const std::string& path) {
   if (path.ends_with('/')) return std::make_error_code(std::errc::is_a_directory);
   const std::size_t slash = path.rfind('/');
   const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-  const bool mayWrite = ::faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
-  return mayWrite ? std::error_code() : detail::lastError();
+  return accessError(directory.c_str(), W_OK | X_OK);
+}
+
+std::error_code writableDirectoryError(const std::string& path) noexcept {
+  if (const std::error_code error = directoryError(path)) return error;
+  return accessError(path.c_str(), W_OK | X_OK);
+}
+
+std::error_code writableFileError(const std::string& path) noexcept {
+  if (const std::error_code error = itemError(path)) return error;
+  if (pathIsDirectory(path)) return std::make_error_code(std::errc::is_a_directory);
+  return accessError(path.c_str(), W_OK);
 }
 
 std::error_code lookupError(const std::string& path) noexcept {

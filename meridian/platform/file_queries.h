@@ -27,6 +27,14 @@ namespace meridian::inline v0_2 {
 /// come and go; errors that only creating a file shows, such as a full volume, are not found.
 [[nodiscard]] MERIDIAN_API std::error_code newFileError(const std::string& path);
 
+/// Returns why no item can be created in the directory; no error if one can. Follows links. Only checks permissions, as
+/// `newFileError` does.
+[[nodiscard]] MERIDIAN_API std::error_code writableDirectoryError(const std::string& path) noexcept;
+
+/// Returns why the existing file, FIFO or device cannot be written to; no error if it can. Follows links. Only checks
+/// permissions.
+[[nodiscard]] MERIDIAN_API std::error_code writableFileError(const std::string& path) noexcept;
+
 /// Returns why the system cannot say whether the path exists: it is too long, or a component of it is not a directory
 /// or may not be searched. No error if the system can say, also for a missing directory on the way and for a dangling
 /// or circular link. The target of a link must be searchable as well.

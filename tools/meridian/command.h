@@ -172,6 +172,7 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 [[nodiscard]] Subcommand filterCommand();
 [[nodiscard]] Subcommand freeNameCommand();
 [[nodiscard]] Subcommand cleanNameCommand();
+[[nodiscard]] Subcommand transcodeCommand();
 [[nodiscard]] Subcommand analysisArgsCommand();
 [[nodiscard]] Subcommand lutInfoCommand();
 [[nodiscard]] Subcommand lutSampleCommand();

@@ -1,10 +1,13 @@
 // The functions of the engine: a module of the command, and a part of the programs that always need it.
 #include <algorithm>
-#include <iterator>
-#include <vector>
+#include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "meridian/engine/encoder_inventory.h"
+#include "meridian/engine/survey_transcode.h"
 #include "meridian/engine/transcode_listing.h"
+#include "meridian/engine/transcode_plan_text.h"
+#include "meridian/serialization/transcode_plan_json.h"
 #include "tools/meridian/engine_module.h"
 
 namespace meridian::command {
@@ -12,21 +15,29 @@ namespace {
 
 std::optional<std::string> listing(const TranscodeExplanation& words) {
   const EncoderInventory& inventory = encoderInventory();
-  std::vector<std::string> devices;
-  const auto isAsked = [](const ExplainedSetting& setting) {
-    return setting.flag == SAVCliGpuPlatformsFlag.rawValue();
-  };
-  if (std::ranges::any_of(words.settings, isAsked)) {
-    std::ranges::copy_if(inventory.devices, std::back_inserter(devices), deviceOpens);
+  constexpr std::string_view gpuPlatforms = SAVCliGpuPlatformsFlag.rawValue();
+  const bool isAskedForGpus =
+      std::ranges::find(words.settings, gpuPlatforms, &ExplainedSetting::flag) != words.settings.end();
+  return listingOf(words, inventory, isAskedForGpus ? openGpuDevices(inventory) : std::vector<std::string>());
+}
+
+nlohmann::ordered_json encode(const PlannedTranscode& planned) {
+  nlohmann::ordered_json document{{"plan", nullptr}, {"errors", nlohmann::ordered_json::array()}};
+  if (planned) {
+    document["plan"] = *planned;
+  } else {
+    document["errors"] = planned.error();
   }
-  return listingOf(words, inventory, devices);
+  return document;
 }
 
 }  // namespace
 }  // namespace meridian::command
 
 extern "C" const meridian::command::EngineModule* meridianEngineModule() {
+  using namespace meridian;
   using namespace meridian::command;
-  static constexpr EngineModule module{&listing};
+  static constexpr EngineModule module{&listing, [](const TranscodeExplanation& words) { return planTranscode(words); },
+                                       &describe, &encode};
   return &module;
 }

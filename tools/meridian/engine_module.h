@@ -2,21 +2,37 @@
 /// The engine, which describes and transcodes media, as the programs reach it. For example:
 ///
 ///     const EngineModule& engine = engineModule();
-///     if (const auto listing = engine.listing(explanation)) std::cout << *listing;
+///     if (const auto planned = engine.plan(explain(words))) std::cout << engine.describe(*planned);
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "meridian/base/expected.h"
 #include "meridian/cli/transcode_explanation.h"
+#include "meridian/engine/transcode_plan.h"
 
 namespace meridian::command {
 
-/// The functions of the engine. It is a module of its own because FFmpeg brings 160 libraries, which take longer to
-/// load than any other subcommand takes to run. A function may be called from several threads at once.
+/// A plan, or every reason why there is none.
+using PlannedTranscode = Expected<TranscodePlan, std::vector<TranscodePlanError>>;
+
+/// The functions of the engine. It is a module of its own because FFmpeg brings some 160 libraries, which take longer
+/// to load than most subcommands take to run. A function may be called from several threads at once.
 struct EngineModule {
   /// Returns what the listing commands of the words print; absent without any.
   std::optional<std::string> (*listing)(const TranscodeExplanation& words);
+
+  /// Looks at the files that the words name, and plans the transcode. Writes nothing.
+  PlannedTranscode (*plan)(const TranscodeExplanation& words);
+
+  /// Returns a plan as sections of indented lines.
+  std::string (*describe)(const TranscodePlan& plan);
+
+  /// Returns {"plan": ..., "errors": [...]}; one of them is null or empty. The plan has the warnings.
+  nlohmann::ordered_json (*encode)(const PlannedTranscode& planned);
 };
 
 /// The name of the function that returns the module's EngineModule.

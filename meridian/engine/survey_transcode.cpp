@@ -1,0 +1,168 @@
+#include "meridian/engine/survey_transcode.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <initializer_list>
+#include <iterator>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+#include "meridian/base/numbers.h"
+#include "meridian/cli/transcode_flags.h"
+#include "meridian/engine/error_clause.h"
+#include "meridian/engine/libav/text_drawing.h"
+#include "meridian/engine/watermark_file.h"
+#include "meridian/lut/parsed_lut_factory.h"
+#include "meridian/lut/published_lut.h"
+#include "meridian/platform/file_identity.h"
+#include "meridian/platform/file_queries.h"
+#include "meridian/platform/path_text.h"
+
+namespace meridian::inline v0_2 {
+namespace {
+
+const ExplainedSetting* settingOf(const TranscodeExplanation& words, std::string_view flag) {
+  const auto found = std::ranges::find(words.settings, flag, &ExplainedSetting::flag);
+  return found == words.settings.end() ? nullptr : &*found;
+}
+
+/// Returns the value of a flag; empty if it is not set.
+std::string valueIn(const TranscodeExplanation& words, std::string_view flag) {
+  const ExplainedSetting* const setting = settingOf(words, flag);
+  return setting != nullptr ? setting->value : std::string();
+}
+
+bool hasAny(const TranscodeExplanation& words, std::initializer_list<std::string_view> flags) {
+  return std::ranges::any_of(flags, [&words](std::string_view flag) { return settingOf(words, flag) != nullptr; });
+}
+
+/// Returns the first of the files that is the item at the path, under whatever name.
+std::optional<std::string> sameFileAs(const std::string& path, const std::vector<std::string>& files) {
+  const auto identity = targetIdentity(path);
+  if (!identity) return std::nullopt;
+  const auto same = std::ranges::find(files, identity, targetIdentity);
+  return same == files.end() ? std::nullopt : std::optional(*same);
+}
+
+/// Returns whether progress can be written to the path without harm to the other files.
+bool isWritableBeside(const std::string& progressFile, const std::vector<std::string>& others) {
+  // An output that is not there yet has no identity.
+  const auto isSamePath = [path = standardizedPath(progressFile)](const std::string& each) {
+    return standardizedPath(each) == path;
+  };
+  if (sameFileAs(progressFile, others) || std::ranges::any_of(others, isSamePath)) return false;
+  return !(pathExists(progressFile) ? writableFileError(progressFile) : newFileError(progressFile));
+}
+
+OutputState outputState(const TranscodeExplanation& words, const std::vector<std::string>& sources) {
+  OutputState state;
+  const std::string output = valueIn(words, SAVOutputFileFlag.rawValue());
+  if (!output.empty()) {
+    const std::string directory(deletingLastPathComponent(output));
+    std::error_code unknown;
+    state.exists = nameIsTaken(output);
+    state.isDirectory = pathIsDirectory(output);
+    state.isSpecial = std::filesystem::is_other(output, unknown);
+    state.sameSource = sameFileAs(output, sources);
+    state.directoryExists = pathIsDirectory(directory);
+    // Not only of the directory: the name itself may be too long.
+    state.directoryIsWritable = !(state.exists ? writableDirectoryError(directory) : newFileError(output));
+  }
+  const std::string workDirectory = valueIn(words, SAVWorkDirectoryFlag.rawValue());
+  if (!workDirectory.empty()) state.workDirectoryIsUsable = !writableDirectoryError(workDirectory);
+  const std::string progressFile = valueIn(words, SAVProgressFileFlag.rawValue());
+  if (!progressFile.empty()) {
+    std::vector<std::string> others = sources;
+    others.push_back(output);
+    others.push_back(valueIn(words, SAVColorLutFileFlag.rawValue()));
+    state.progressFileIsWritable = isWritableBeside(progressFile, others);
+  }
+  return state;
+}
+
+/// Returns why the LUT cannot be used; absent if it can.
+std::optional<std::string> lutErrorOf(const std::string& path) {
+  const Url url = Url::fromFilePath(path);
+  const auto published = readPublishedLut(url);
+  if (published) return std::nullopt;
+  if (published.error().code != LutErrorCode::noPublishedFormat) return clauseOf(published.error());
+  const auto rows = ParsedLutFactory::parsing(url);
+  return rows ? std::nullopt : std::optional(clauseOf(rows.error()));
+}
+
+/// Reads "2026-11-22T10:20:30...", without its zone; absent for a text of another form.
+std::optional<std::chrono::sys_seconds> clockTimeOf(std::string_view date) {
+  constexpr std::string_view form = "0000-00-00T00:00:00";
+  if (date.size() < form.size()) return std::nullopt;
+  const auto number = [date](std::size_t place, std::size_t length) {
+    return static_cast<int>(integerFromText(date.substr(place, length)).value_or(-1));
+  };
+  using namespace std::chrono;
+  const year_month_day day{year(number(0, 4)), month(static_cast<unsigned>(number(5, 2))),
+                           std::chrono::day(static_cast<unsigned>(number(8, 2)))};
+  if (!day.ok()) return std::nullopt;
+  return sys_days(day) + hours(number(11, 2)) + minutes(number(14, 2)) + seconds(number(17, 2));
+}
+
+/// Returns the machine's offset from UTC at the time of creation of the first source with an image, or else its last
+/// change.
+std::chrono::seconds utcOffset(const std::vector<Expected<MediaDescription, MediaError>>& media) {
+  for (const auto& each : media) {
+    if (!each || each->mainVideo() == nullptr) continue;
+    const std::chrono::sys_seconds time = clockTimeOf(each->creationDate).value_or(each->modificationTime);
+    const std::time_t seconds = time.time_since_epoch().count();
+    std::tm local{};
+    if (localtime_r(&seconds, &local) != nullptr) return std::chrono::seconds(local.tm_gmtoff);
+  }
+  return {};
+}
+
+}  // namespace
+
+TranscodeSurvey surveyTranscode(const TranscodeExplanation& words, const EncoderInventory& inventory,
+                                const DescriptionLimits& limits) {
+  TranscodeSurvey survey;
+  const std::vector<std::string> sources = words.arguments.inputFiles().value_or(std::vector<std::string>());
+  survey.media.reserve(sources.size());
+  for (const std::string& source : sources) survey.media.push_back(describeMedia(Url::fromFilePath(source), limits));
+
+  TranscodeSurroundings& found = survey.surroundings;
+  found.output = outputState(words, sources);
+  const std::string lut = valueIn(words, SAVColorLutFileFlag.rawValue());
+  if (!lut.empty()) found.lutError = lutErrorOf(lut);
+  const ExplainedSetting* const watermark = settingOf(words, SAVWatermarkFileBurnFilePathFlag.rawValue());
+  if (watermark != nullptr && !watermark->value.empty()) {
+    found.watermark = findWatermark(watermark->writtenValue, watermark->value, limits);
+  }
+  if (hasAny(words, {SAVTimecodeAddBurnFlag.rawValue(), SAVWatermarkTextAddBurnFlag.rawValue()})) {
+    found.hasFont = libav::textCanBeDrawn();
+  }
+  if (hasAny(words, {SAVVideoGPUDecodingFlag.rawValue(), SAVVideoGPUEncodingFlag.rawValue()})) {
+    found.openDevices = openGpuDevices(inventory);
+  }
+  if (hasAny(words, {SAVTimecodeFromCreationDateFlag.rawValue()})) found.utcOffset = utcOffset(survey.media);
+  return survey;
+}
+
+Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(const TranscodeExplanation& words,
+                                                                       const DescriptionLimits& limits) {
+  const EncoderInventory& inventory = encoderInventory();
+  const TranscodeSurvey survey = surveyTranscode(words, inventory, limits);
+  return planTranscode(words, survey.media, inventory, survey.surroundings);
+}
+
+std::vector<std::string> openGpuDevices(const EncoderInventory& inventory) {
+  // Other kinds of devices, such as OpenCL, neither decode nor encode.
+  constexpr auto gpuKinds = std::to_array<std::string_view>({"cuda", "qsv", "vaapi"});
+  std::vector<std::string> open;
+  std::ranges::copy_if(inventory.devices, std::back_inserter(open), [&](const std::string& kind) {
+    return std::ranges::find(gpuKinds, kind) != gpuKinds.end() && deviceOpens(kind);
+  });
+  return open;
+}
+
+}  // namespace meridian::inline v0_2

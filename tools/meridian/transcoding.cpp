@@ -1,0 +1,62 @@
+#include "tools/meridian/transcoding.h"
+
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+
+#include "tools/meridian/engine_module.h"
+#include "tools/meridian/output.h"
+
+namespace meridian::command {
+namespace {
+
+/// Prints what `describe` returns, with its headings styled.
+void printDescription(std::string_view text) {
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    std::cout << styled(line.starts_with(' ') ? Style::plain : Style::heading, line) << '\n';
+    text.remove_prefix(line.size() + 1);
+  }
+}
+
+}  // namespace
+
+Status transcode(std::span<const std::string_view> words, const TranscodeRequest& request) {
+  const EngineModule& engine = engineModule();
+  const TranscodeExplanation explanation = explain(words);
+  if (const auto listing = engine.listing(explanation)) {
+    std::cout << *listing;
+    return done;
+  }
+  PlannedTranscode planned = engine.plan(explanation);
+  if (request.isPlanOnly && request.isJson) {
+    warnOfInvalidText(words, "The plan itself has the bytes unchanged");
+    Json document = request.line > 0 ? Json{{"line", request.line}} : Json::object();
+    document.update(engine.encode(planned));
+    printJson(document, request.line > 0 ? JsonForm::oneLine : JsonForm::indented);
+    return planned ? done : failed;
+  }
+  const auto report = [&request](std::string_view kind, const auto& errorOrWarning) {
+    std::cerr << request.program << ": " << (request.line > 0 ? "line " + std::to_string(request.line) + ": " : "")
+              << kind << errorOrWarning.message() << '\n';
+  };
+  if (!planned) {
+    for (const TranscodePlanError& error : planned.error()) report("", error);
+    return failed;
+  }
+  const std::vector<TranscodePlanWarning> warnings = std::exchange(planned->warnings, {});
+  if (request.isPlanOnly) {
+    printDescription(engine.describe(*planned));
+    std::cout.flush();
+  }
+  for (const TranscodePlanWarning& warning : warnings) report("warning: ", warning);
+  if (!request.isPlanOnly) {
+    throw CommandError(
+        "this version plans transcodes but does not carry them out yet; \"meridian transcode --plan\" "
+        "shows what would be done");
+  }
+  return done;
+}
+
+}  // namespace meridian::command
