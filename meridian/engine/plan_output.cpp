@@ -121,7 +121,8 @@ void planOutput(PlanContext& context) {
     context.fail(TranscodePlanErrorCode::noOutput, SAVOutputFileFlag.rawValue());
   } else if (!output.path.empty()) {
     checkPath(context);
-    if (!output.path.ends_with('/') && !context.surroundings.output.isDirectory) chooseContainer(context);
+    const OutputState& state = context.surroundings.output;
+    if (!output.path.ends_with('/') && !state.isDirectory && !state.isSpecial) chooseContainer(context);
   }
   if (context.container) {
     const OutputContainerRow& row = tableRow(*context.container);

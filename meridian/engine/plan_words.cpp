@@ -53,6 +53,14 @@ bool isCaseKept(std::string_view flag) {
          flag == SAVProgressOutputPrefixFlag.rawValue();
 }
 
+/// Returns the value of a setting, or for a watermark the path of the image that was found.
+const std::string& usedValue(const PlanContext& context, const ExplainedSetting& setting) {
+  const auto& watermark = context.surroundings.watermark;
+  const bool isFound =
+      setting.flag == SAVWatermarkFileBurnFilePathFlag.rawValue() && watermark && watermark->has_value();
+  return isFound ? watermark->value().path : setting.value;
+}
+
 void checkSetting(PlanContext& context, const ExplainedSetting& setting, const TranscodeWarning& warning) {
   using enum TranscodeWarningCode;
   switch (warning.code) {
@@ -78,9 +86,10 @@ void checkSetting(PlanContext& context, const ExplainedSetting& setting, const T
       context.warn(TranscodePlanWarningCode::valueAfterSwitch, setting.flag, inQuotes(setting.writtenValue));
       break;
     case lowerCased:
-      if (isCaseKept(setting.flag)) {
+      if (const std::string& used = usedValue(context, setting);
+          isCaseKept(setting.flag) && used != setting.writtenValue) {
         context.warn(TranscodePlanWarningCode::lowerCased, setting.flag,
-                     inQuotes(setting.writtenValue) + " is used as " + inQuotes(setting.value));
+                     inQuotes(setting.writtenValue) + " is used as " + inQuotes(used));
       }
       break;
     case repeated:

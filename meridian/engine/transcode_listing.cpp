@@ -78,7 +78,9 @@ std::string usage(const ListingSources& /*sources*/) {
     }
     text += "\n" + std::string(description(group)) + ":\n" + inColumns(rows);
   }
-  return text;
+  return text +
+         "\nExample:\n"
+         "  meridian-transcoder -in_0_0 /card/a.mov -out /out/a.mov -vcodec h264 -dims 1280x720 -vbr 5 -acodec aac\n";
 }
 
 std::string extensionTexts(std::span<const FileExtension> extensions) {
@@ -151,15 +153,52 @@ std::string versions(const ListingSources& sources) {
   return text;
 }
 
+/// What the licence of an FFmpeg means for a program that uses it and Meridian.
+struct LicenceRow {
+  /// What FFmpeg's name of the licence begins with.
+  std::string_view licence;
+  std::string_view together;
+};
+
+constexpr auto licenceRows = std::to_array<LicenceRow>({
+    // The Free Software Foundation holds the Apache License to be compatible with version 3 of the GPL alone.
+    {"GPL version 2", "GPL version 3 or later; the Apache License is not compatible with version 2"},
+    {"GPL version 3", "GPL version 3 or later"},
+    {"LGPL", "each under its own licence"},
+    {"nonfree", "may not be distributed"},
+});
+
+/// Returns the words in indented lines of at most 100 columns.
+std::string wrapped(std::string_view words) {
+  constexpr std::size_t widest = 100;
+  std::string text;
+  std::size_t column = widest;
+  for (std::size_t begin = 0; begin < words.size();) {
+    const std::size_t end = std::min(words.find(' ', begin), words.size());
+    const bool startsLine = column + 1 + (end - begin) > widest;
+    if (startsLine) column = 1;
+    text += startsLine ? (text.empty() ? "  " : "\n  ") : " ";
+    text += words.substr(begin, end - begin);
+    column += 1 + (end - begin);
+    begin = end + 1;
+  }
+  return text + '\n';
+}
+
 std::string licences(const ListingSources& sources) {
-  return "Meridian " + std::string(versionText()) +
-         ": Apache License, version 2.0\n"
-         "FFmpeg " +
-         sources.inventory.version + ": " + sources.inventory.license +
-         "\nThis program is used under the licence of FFmpeg, including x264 and x265 where FFmpeg was built with\n"
-         "them. It comes with no warranty.\n"
-         "FFmpeg was built with: " +
-         sources.inventory.configuration + '\n';
+  const EncoderInventory& inventory = sources.inventory;
+  std::vector<std::string_view> parts;
+  for (const std::string_view encoder : {"libx264", "libx265"}) {
+    if (inventory.encoder(encoder) != nullptr) parts.push_back(encoder.substr(3));
+  }
+  const std::string ffmpeg = inventory.license + (parts.empty() ? "" : ", with " + joined(parts, " and "));
+  const auto row = std::ranges::find_if(
+      licenceRows, [&](const LicenceRow& each) { return inventory.license.starts_with(each.licence); });
+  std::vector<std::vector<std::string>> rows{{"Meridian " + std::string(versionText()), "Apache License, version 2.0"},
+                                             {"FFmpeg " + inventory.version, ffmpeg}};
+  if (row != licenceRows.end()) rows.push_back({"together", std::string(row->together)});
+  return "Licences:\n" + inColumns(rows) + "\nNeither comes with a warranty.\n\nFFmpeg was built with:\n" +
+         wrapped(inventory.configuration);
 }
 
 std::string presetListing(const ListingSources& /*sources*/) {

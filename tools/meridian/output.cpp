@@ -34,6 +34,32 @@ std::string_view sequenceOf(Style style) {
   return "";
 }
 
+/// Returns the line broken at blanks into lines of at most `width` columns, where words allow it.
+std::string brokenLine(std::string_view line, std::size_t width) {
+  const std::size_t first = std::min(line.find_first_not_of(' '), line.size());
+  const std::size_t second = line.find_first_not_of(' ', std::min(line.find("  ", first), line.size()));
+  const bool hasColumns = second != std::string_view::npos && second <= width / 2;
+  const std::size_t begin = hasColumns ? second : first;
+  const std::string indentation(hasColumns ? second : first + 2, ' ');
+  std::string text(line.substr(0, begin));
+  std::size_t column = begin;
+  for (std::size_t place = begin; place < line.size();) {
+    const std::size_t end = std::min(line.find(' ', place), line.size());
+    const std::string_view word = line.substr(place, end - place);
+    if (place > begin && column + 1 + displayWidth(word) > width) {
+      text += '\n' + indentation;
+      column = indentation.size();
+    } else if (place > begin) {
+      text += ' ';
+      ++column;
+    }
+    text += word;
+    column += displayWidth(word);
+    place = end + 1;
+  }
+  return text;
+}
+
 }  // namespace
 
 bool showsColour() {
@@ -96,6 +122,16 @@ void printVector(const std::vector<std::string>& vector, const Arguments& argume
 std::string styled(Style style, std::string_view text) {
   if (style == Style::plain || text.empty() || !showsColour()) return std::string(text);
   return std::string(sequenceOf(style)) + std::string(text) + "\x1b[0m";
+}
+
+void printSections(std::string_view text) {
+  const std::size_t width = standardOutputWidth().value_or(text.size());
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    const std::string shown = displayWidth(line) <= width ? std::string(line) : brokenLine(line, width);
+    std::cout << styled(line.starts_with(' ') ? Style::plain : Style::heading, shown) << '\n';
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+  }
 }
 
 void printTable(const std::vector<std::vector<Cell>>& rows) {

@@ -60,6 +60,11 @@ struct Cell {
   Style style = Style::plain;
 };
 
+/// Writes sections of indented lines below headings, each of which ends with a newline; the text must be safe for a
+/// terminal. On a terminal headings are styled, and a line that is too wide continues below its second column, which
+/// begins after two blanks.
+void printSections(std::string_view text);
+
 /// Writes the rows with their columns aligned, indented by two spaces. A text of more than 60 columns does not widen
 /// its column; it moves the rest of its own row to the right.
 void printTable(const std::vector<std::vector<Cell>>& rows);

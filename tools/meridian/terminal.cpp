@@ -1,5 +1,6 @@
 #include "tools/meridian/terminal.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -17,6 +18,12 @@ bool acceptsEscapeSequences(int stream) noexcept {
 }  // namespace
 
 bool standardOutputShowsColour() noexcept { return acceptsEscapeSequences(STDOUT_FILENO); }
+
+std::optional<std::size_t> standardOutputWidth() noexcept {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
+  return size.ws_col;
+}
 
 bool standardErrorIsRewritable() noexcept { return acceptsEscapeSequences(STDERR_FILENO); }
 

@@ -9,18 +9,6 @@
 #include "tools/meridian/output.h"
 
 namespace meridian::command {
-namespace {
-
-/// Prints what `describe` returns, with its headings styled.
-void printDescription(std::string_view text) {
-  while (!text.empty()) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    std::cout << styled(line.starts_with(' ') ? Style::plain : Style::heading, line) << '\n';
-    text.remove_prefix(line.size() + 1);
-  }
-}
-
-}  // namespace
 
 Status transcode(std::span<const std::string_view> words, const TranscodeRequest& request) {
   const EngineModule& engine = engineModule();
@@ -31,7 +19,7 @@ Status transcode(std::span<const std::string_view> words, const TranscodeRequest
   }
   PlannedTranscode planned = engine.plan(explanation);
   if (request.isPlanOnly && request.isJson) {
-    warnOfInvalidText(words, "The plan itself has the bytes unchanged");
+    warnOfInvalidText(words, "The transcode uses the bytes unchanged");
     Json document = request.line > 0 ? Json{{"line", request.line}} : Json::object();
     document.update(engine.encode(planned));
     printJson(document, request.line > 0 ? JsonForm::oneLine : JsonForm::indented);
@@ -47,7 +35,7 @@ Status transcode(std::span<const std::string_view> words, const TranscodeRequest
   }
   const std::vector<TranscodePlanWarning> warnings = std::exchange(planned->warnings, {});
   if (request.isPlanOnly) {
-    printDescription(engine.describe(*planned));
+    printSections(engine.describe(*planned));
     std::cout.flush();
   }
   for (const TranscodePlanWarning& warning : warnings) report("warning: ", warning);

@@ -8,6 +8,7 @@
 #include "meridian/cli/transcode_explanation.h"
 #include "meridian/serialization/media_json.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/engine_module.h"
 #include "tools/meridian/output.h"
 #include "tools/meridian/vector_findings.h"
 #include "tools/meridian/vector_input.h"
@@ -86,6 +87,41 @@ void printDropped(const TranscodeExplanation& explanation) {
   printTable(rows);
 }
 
+/// What the engine says about a vector.
+struct PlanFindings {
+  std::vector<TranscodePlanError> errors;
+  std::vector<TranscodePlanWarning> warnings;
+};
+
+/// Plans the vector if that is asked for; absent too for one that asks for a listing, which transcodes nothing.
+std::optional<PlanFindings> planFindings(const TranscodeExplanation& explanation, const Arguments& arguments) {
+  if (!arguments.has("plan")) return std::nullopt;
+  const EngineModule& engine = engineModule();
+  if (engine.listing(explanation)) return std::nullopt;
+  PlannedTranscode planned = engine.plan(explanation);
+  if (!planned) return PlanFindings{std::move(planned.error()), {}};
+  return PlanFindings{{}, std::move(planned->warnings)};
+}
+
+/// Whether the explanation says the same.
+bool isFoundInWords(TranscodePlanErrorCode code) {
+  using enum TranscodePlanErrorCode;
+  return code == unknownFlag || code == unreadableValue || code == unnumberedFlag;
+}
+
+void printPlanFindings(const PlanFindings& findings) {
+  printHeading("Plan");
+  std::vector<std::vector<Cell>> rows;
+  for (const TranscodePlanError& error : findings.errors) {
+    rows.push_back({{error.place, Style::bad}, {error.sentence(), Style::warning}});
+  }
+  for (const TranscodePlanWarning& warning : findings.warnings) {
+    rows.push_back({{warning.place, Style::name}, {warning.sentence(), Style::faint}});
+  }
+  if (rows.empty()) rows.push_back({{"can be carried out", Style::good}});
+  printTable(rows);
+}
+
 Json orNull(const auto& optionalText) { return optionalText ? Json(*optionalText) : Json(); }
 
 Json typedAsJson(const std::optional<PropertyValue>& typed) {
@@ -153,21 +189,42 @@ Json asJson(const TranscodeExplanation& explanation) {
           {"notes", explanation.notes}};
 }
 
+Json asJson(const std::optional<PlanFindings>& findings) {
+  if (!findings) return nullptr;
+  Json errors = Json::array();
+  Json warnings = Json::array();
+  for (const TranscodePlanError& error : findings->errors) errors.push_back(asJson(error));
+  for (const TranscodePlanWarning& warning : findings->warnings) warnings.push_back(asJson(warning));
+  return {{"errors", errors}, {"warnings", warnings}};
+}
+
 /// Prints an explanation, with the number of its line if there are several.
 Status explainVector(const GivenVector& given, const Arguments& arguments) {
   const std::vector<std::string_view> words = given.wordViews();
   const TranscodeExplanation explanation = explain(words);
+  const std::optional<PlanFindings> plan = planFindings(explanation, arguments);
   if (arguments.has("json")) {
     warnOfInvalidText(words);
     Json document = given.isFromFile() ? Json{{"line", given.line}} : Json::object();
     document.update(asJson(explanation));
+    if (arguments.has("plan")) document["plan"] = asJson(plan);
     printJson(document, given.isFromFile() ? JsonForm::oneLine : JsonForm::indented);
   } else {
     if (given.inBatch) std::cout << styled(Style::heading, "Line " + std::to_string(given.line)) << '\n';
     printExplanation(explanation, words.size());
+    if (plan) printPlanFindings(*plan);
     if (given.inBatch) std::cout << '\n';
   }
-  return arguments.has("strict") && reportFindings(explanation, given.place(), Findings::all) ? failed : done;
+  if (!arguments.has("strict")) return done;
+  bool isAny = reportFindings(explanation, given.place(), Findings::all);
+  if (plan) {
+    for (const TranscodePlanError& error : plan->errors) {
+      if (isFoundInWords(error.code)) continue;
+      std::cerr << "meridian: " << given.place() << error.message() << '\n';
+      isAny = true;
+    }
+  }
+  return isAny ? failed : done;
 }
 
 }  // namespace
@@ -200,6 +257,9 @@ Subcommand explainCommand() {
       .description = "Explain an argument vector: every setting, where it came from, and what was rejected or dropped",
       .details =
           "With --strict, what was found is also reported on standard error, a line each.\n"
+          "With --plan, the files are looked at as by \"meridian transcode --plan\", and what the transcode fails for "
+          "or\n"
+          "warns of is printed as well; JSON has it as errors and warnings of \"plan\".\n"
           "With --from, --json prints one document on each line, which begins with the number of the line.",
       .example =
           "meridian explain -- -preset solvane_cloud -dims 1920x1080 -vcoedc h264 -overwrite a.mov\n"
@@ -207,6 +267,7 @@ Subcommand explainCommand() {
       .takesWords = true,
       .fileOption = "from",
       .options = {{Option::Kind::flag, "json", "Print JSON: settings, presets, rejected, dropped, notes"},
+                  {Option::Kind::flag, "plan", "Also plan the transcode, and print its errors or warnings"},
                   strictOption(),
                   fromOption()},
       .action =
