@@ -129,6 +129,9 @@ const std::vector<ErrorCase>& errorCases() {
       {"", "-out outputIsDirectory", "", {hdClip()}, surroundings([](auto& found) {
          found.output.isDirectory = true;
        })},
+      {"-overwrite", "-out outputIsSpecial", "", {hdClip()}, surroundings([](auto& found) {
+         found.output.exists = found.output.isSpecial = true;
+       })},
       {"", "-out outputExists", "-overwrite", {hdClip()}, surroundings([](auto& found) {
          found.output.exists = true;
        })},

@@ -152,7 +152,8 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"timecode", "01:00:00:00", "--frames", "5"}, "--frames needs --rate"},
       {{"completion", "tcsh"}, "known shells:\n  bash\n  zsh\n  fish"},
       {{"timecode", "--rate"}, "--rate needs a value: VALUE|NUM/DEN"},
-      {{"transcode"}, "unknown subcommand \"transcode\"; known subcommands:\n  parse\n"},
+      {{"encode"}, "unknown subcommand \"encode\"; known subcommands:\n  parse\n"},
+      {{"transcode", "--json", "--", "-codecs"}, "--json is for --plan"},
       {{"lut", "parse"}, "unknown subcommand \"parse\"; known subcommands:\n  info\n  sample\n"},
       {{"--nonsense"}, "unknown option --nonsense; known options: --help --version\n\"meridian --help\""},
       {{"rate", "--nonsense"}, "unknown option --nonsense; known options: --help --json\n\"meridian rate --help\""},
@@ -225,7 +226,7 @@ TEST(Command, EverySubcommandHasHelpWithAnExample) {
   for (const Words& options :
        {Words{"parse"}, Words{"render"}, Words{"explain"}, Words{"flags"}, Words{"presets"}, Words{"extensions"},
         Words{"set"}, Words{"rate"}, Words{"timecode"}, Words{"dimension"}, Words{"filter"}, Words{"free-name"},
-        Words{"clean-name"}, Words{"completion"}, Words{"manual"}, Words{}}) {
+        Words{"clean-name"}, Words{"transcode"}, Words{"completion"}, Words{"manual"}, Words{}}) {
     Words help = options;
     help.emplace_back("--help");
     const Outcome outcome = meridianWith(help);
@@ -308,10 +309,10 @@ TEST(Command, ExplainShowsPropertiesAndMeanings) {
   EXPECT_EQ(document["notes"].size(), 2U);
 }
 
-TEST(Command, StartsWithoutTheLibrariesThatDrawAndReadImages) {
+TEST(Command, StartsWithoutTheLibrariesThatDrawAndReadImagesAndMedia) {
   const Outcome loaded = test::run({"ldd", MERIDIAN_COMMAND});
   EXPECT_THAT(loaded.output, HasSubstr("libc.so"));
-  for (const char* const library : {"cairo", "X11", "OpenImageIO"}) {
+  for (const char* const library : {"cairo", "X11", "OpenImageIO", "libav"}) {
     EXPECT_THAT(loaded.output, testing::Not(HasSubstr(library)));
   }
 }

@@ -6,17 +6,11 @@
 
 #include "meridian/base/printable.h"
 #include "meridian/lut/published_lut.h"
-#include "meridian/suite/logger.h"
 #include "tools/meridian/loaded_module.h"
 #include "tools/meridian/lut_arguments.h"
 
 namespace meridian::command {
 namespace {
-
-class SilentLogger final : public Logger {
- public:
-  void log(LogLevel /*level*/, std::string_view /*message*/) override {}
-};
 
 /// Returns the options that do what the remedy of a warning says; empty if none do.
 std::string_view optionsFor(LutWarningCode code) noexcept {
@@ -81,10 +75,7 @@ ChosenLut suiteLut(const std::string& path, const ImageLutOptions& options) {
 bool isReadBySuite(LutFormat format) noexcept { return format == LutFormat::cube || format == LutFormat::threeDl; }
 
 Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLut(const std::string& path) {
-  setLogger(std::make_shared<SilentLogger>());
-  auto file = ParsedLutFactory::parsing(Url::fromFilePath(path));
-  setLogger(nullptr);
-  return file;
+  return ParsedLutFactory::parsing(Url::fromFilePath(path));
 }
 
 Expected<PublishedLut, LutError> readPublished(const std::string& path) {

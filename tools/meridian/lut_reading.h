@@ -41,8 +41,7 @@ struct EnumerationTable<command::LutReading> {
 
 namespace meridian::command {
 
-/// Reads a LUT as the suite does. The library's own messages are suppressed, since the commands report errors
-/// themselves.
+/// Reads a LUT as the suite does.
 [[nodiscard]] Expected<std::unique_ptr<const ParsedLutFile>, LutError> parseLut(const std::string& path);
 
 /// Reads a LUT as its format publishes it, by the library or by the module of LUT formats. Returns otherPublishedFormat
