@@ -168,9 +168,9 @@ constexpr auto licenceRows = std::to_array<LicenceRow>({
     {"nonfree", "may not be distributed"},
 });
 
-/// Returns the words in indented lines of at most 100 columns.
+/// Returns the words in indented lines of at most 78 columns.
 std::string wrapped(std::string_view words) {
-  constexpr std::size_t widest = 100;
+  constexpr std::size_t widest = 78;
   std::string text;
   std::size_t column = widest;
   for (std::size_t begin = 0; begin < words.size();) {

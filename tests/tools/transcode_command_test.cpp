@@ -116,7 +116,7 @@ TEST_F(PlannedClip, IsDescribedToPeopleAndMachines) {
   const Outcome narrow = runOnTerminal(joinedWords(
       {"sh", "-c", "stty cols 60; exec \"$0\" \"$@\"", MERIDIAN_COMMAND, "transcode", "--plan", "--"}, words));
   EXPECT_THAT(narrow.output, HasSubstr("\x1b[1mVideo\x1b[0m"));
-  EXPECT_THAT(narrow.output, HasSubstr("\n           "));  // continues below the second column
+  EXPECT_THAT(narrow.output, HasSubstr("\n           "));  // continues below its column
   for (const std::string& line : linesOf(narrow.output)) {
     const bool canBeBroken = line.find(' ', 13) != std::string::npos && !line.starts_with("meridian: ");
     if (canBeBroken) {

@@ -34,13 +34,14 @@ std::string_view sequenceOf(Style style) {
   return "";
 }
 
-/// Returns the line broken at blanks into lines of at most `width` columns, where words allow it.
+/// Returns the line broken at blanks into lines of at most `width` columns, where words allow it. They continue below
+/// the last column, if two thirds of the width are enough for the others.
 std::string brokenLine(std::string_view line, std::size_t width) {
   const std::size_t first = std::min(line.find_first_not_of(' '), line.size());
-  const std::size_t second = line.find_first_not_of(' ', std::min(line.find("  ", first), line.size()));
-  const bool hasColumns = second != std::string_view::npos && second <= width / 2;
-  const std::size_t begin = hasColumns ? second : first;
-  const std::string indentation(hasColumns ? second : first + 2, ' ');
+  const std::size_t gap = line.rfind("  ", width * 2 / 3);
+  const bool hasColumns = gap != std::string_view::npos && gap >= first;
+  const std::size_t begin = hasColumns ? gap + 2 : first;
+  const std::string indentation(hasColumns ? begin : first + 2, ' ');
   std::string text(line.substr(0, begin));
   std::size_t column = begin;
   for (std::size_t place = begin; place < line.size();) {
@@ -128,9 +129,10 @@ void printSections(std::string_view text) {
   const std::size_t width = standardOutputWidth().value_or(text.size());
   while (!text.empty()) {
     const std::string_view line = text.substr(0, text.find('\n'));
-    const std::string shown = displayWidth(line) <= width ? std::string(line) : brokenLine(line, width);
-    std::cout << styled(line.starts_with(' ') ? Style::plain : Style::heading, shown) << '\n';
     text.remove_prefix(std::min(line.size() + 1, text.size()));
+    const bool isHeading = !line.starts_with(' ') && text.starts_with(' ');
+    const std::string shown = displayWidth(line) <= width ? std::string(line) : brokenLine(line, width);
+    std::cout << styled(isHeading ? Style::heading : Style::plain, shown) << '\n';
   }
 }
 

@@ -60,9 +60,9 @@ struct Cell {
   Style style = Style::plain;
 };
 
-/// Writes sections of indented lines below headings, each of which ends with a newline; the text must be safe for a
-/// terminal. On a terminal headings are styled, and a line that is too wide continues below its second column, which
-/// begins after two blanks.
+/// Writes sections of indented lines, each of which ends with a newline; the text must be safe for a terminal. On a
+/// terminal a line above an indented one is styled as a heading, and a line that is too wide continues below its last
+/// column, which two blanks precede.
 void printSections(std::string_view text);
 
 /// Writes the rows with their columns aligned, indented by two spaces. A text of more than 60 columns does not widen

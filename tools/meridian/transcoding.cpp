@@ -14,7 +14,7 @@ Status transcode(std::span<const std::string_view> words, const TranscodeRequest
   const EngineModule& engine = engineModule();
   const TranscodeExplanation explanation = explain(words);
   if (const auto listing = engine.listing(explanation)) {
-    std::cout << *listing;
+    printSections(*listing);
     return done;
   }
   PlannedTranscode planned = engine.plan(explanation);
