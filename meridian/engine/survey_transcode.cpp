@@ -1,7 +1,6 @@
 #include "meridian/engine/survey_transcode.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <ctime>
 #include <filesystem>
@@ -10,11 +9,13 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "meridian/base/numbers.h"
 #include "meridian/cli/transcode_flags.h"
 #include "meridian/engine/error_clause.h"
 #include "meridian/engine/libav/text_drawing.h"
+#include "meridian/engine/video_encoders.h"
 #include "meridian/engine/watermark_file.h"
 #include "meridian/lut/parsed_lut_factory.h"
 #include "meridian/lut/published_lut.h"
@@ -48,17 +49,8 @@ std::optional<std::string> sameFileAs(const std::string& path, const std::vector
   return same == files.end() ? std::nullopt : std::optional(*same);
 }
 
-/// Returns whether progress can be written to the path without harm to the other files.
-bool isWritableBeside(const std::string& progressFile, const std::vector<std::string>& others) {
-  // An output that is not there yet has no identity.
-  const auto isSamePath = [path = standardizedPath(progressFile)](const std::string& each) {
-    return standardizedPath(each) == path;
-  };
-  if (sameFileAs(progressFile, others) || std::ranges::any_of(others, isSamePath)) return false;
-  return !(pathExists(progressFile) ? writableFileError(progressFile) : newFileError(progressFile));
-}
-
-OutputState outputState(const TranscodeExplanation& words, const std::vector<std::string>& sources) {
+/// Looks at the paths that are written to, beside the files that are read.
+OutputState outputState(const TranscodeExplanation& words, std::vector<std::string> files) {
   OutputState state;
   const std::string output = valueIn(words, SAVOutputFileFlag.rawValue());
   if (!output.empty()) {
@@ -67,7 +59,7 @@ OutputState outputState(const TranscodeExplanation& words, const std::vector<std
     state.exists = nameIsTaken(output);
     state.isDirectory = pathIsDirectory(output);
     state.isSpecial = std::filesystem::is_other(output, unknown);
-    state.sameSource = sameFileAs(output, sources);
+    state.sameSource = sameFileAs(output, files);
     state.directoryExists = pathIsDirectory(directory);
     // Not only of the directory: the name itself may be too long.
     state.directoryIsWritable = !(state.exists ? writableDirectoryError(directory) : newFileError(output));
@@ -76,10 +68,12 @@ OutputState outputState(const TranscodeExplanation& words, const std::vector<std
   if (!workDirectory.empty()) state.workDirectoryIsUsable = !writableDirectoryError(workDirectory);
   const std::string progressFile = valueIn(words, SAVProgressFileFlag.rawValue());
   if (!progressFile.empty()) {
-    std::vector<std::string> others = sources;
-    others.push_back(output);
-    others.push_back(valueIn(words, SAVColorLutFileFlag.rawValue()));
-    state.progressFileIsWritable = isWritableBeside(progressFile, others);
+    const auto error = pathExists(progressFile) ? writableFileError(progressFile) : newFileError(progressFile);
+    state.progressFileIsWritable = !error;
+    files.push_back(output);
+    state.sameAsProgressFile = sameFileAs(progressFile, files);
+    // An output that is not there yet is no file that could be the same.
+    if (standardizedPath(progressFile) == standardizedPath(output)) state.sameAsProgressFile = output;
   }
   return state;
 }
@@ -102,10 +96,10 @@ std::optional<std::chrono::sys_seconds> clockTimeOf(std::string_view date) {
     return static_cast<int>(integerFromText(date.substr(place, length)).value_or(-1));
   };
   using namespace std::chrono;
-  const year_month_day day{year(number(0, 4)), month(static_cast<unsigned>(number(5, 2))),
-                           std::chrono::day(static_cast<unsigned>(number(8, 2)))};
-  if (!day.ok()) return std::nullopt;
-  return sys_days(day) + hours(number(11, 2)) + minutes(number(14, 2)) + seconds(number(17, 2));
+  const year_month_day calendarDay{year(number(0, 4)), month(static_cast<unsigned>(number(5, 2))),
+                                   day(static_cast<unsigned>(number(8, 2)))};
+  if (!calendarDay.ok()) return std::nullopt;
+  return sys_days(calendarDay) + hours(number(11, 2)) + minutes(number(14, 2)) + seconds(number(17, 2));
 }
 
 /// Returns the machine's offset from UTC at the time of creation of the first source with an image, or else its last
@@ -131,14 +125,20 @@ TranscodeSurvey surveyTranscode(const TranscodeExplanation& words, const Encoder
   for (const std::string& source : sources) survey.media.push_back(describeMedia(Url::fromFilePath(source), limits));
 
   TranscodeSurroundings& found = survey.surroundings;
-  found.output = outputState(words, sources);
+  std::vector<std::string> files = sources;
   const std::string lut = valueIn(words, SAVColorLutFileFlag.rawValue());
-  if (!lut.empty()) found.lutError = lutErrorOf(lut);
+  if (!lut.empty()) {
+    found.lutError = lutErrorOf(lut);
+    files.push_back(lut);
+  }
   const ExplainedSetting* const watermark = settingOf(words, SAVWatermarkFileBurnFilePathFlag.rawValue());
   if (watermark != nullptr && !watermark->value.empty()) {
     found.watermark = findWatermark(watermark->writtenValue, watermark->value, limits);
+    if (*found.watermark) files.push_back((*found.watermark)->path);
   }
-  if (hasAny(words, {SAVTimecodeAddBurnFlag.rawValue(), SAVWatermarkTextAddBurnFlag.rawValue()})) {
+  found.output = outputState(words, std::move(files));
+  if (inventory.hasFilter("drawtext") &&
+      hasAny(words, {SAVTimecodeAddBurnFlag.rawValue(), SAVWatermarkTextAddBurnFlag.rawValue()})) {
     found.hasFont = libav::textCanBeDrawn();
   }
   if (hasAny(words, {SAVVideoGPUDecodingFlag.rawValue(), SAVVideoGPUEncodingFlag.rawValue()})) {
@@ -156,12 +156,13 @@ Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(const Tra
 }
 
 std::vector<std::string> openGpuDevices(const EncoderInventory& inventory) {
-  // Other kinds of devices, such as OpenCL, neither decode nor encode.
-  constexpr auto gpuKinds = std::to_array<std::string_view>({"cuda", "qsv", "vaapi"});
+  // Other kinds of devices, such as OpenCL, do not encode.
+  const auto encodes = [](const std::string& kind) {
+    return std::ranges::find(gpuEncoderRows, kind, &GpuEncoderRow::device) != std::ranges::end(gpuEncoderRows);
+  };
   std::vector<std::string> open;
-  std::ranges::copy_if(inventory.devices, std::back_inserter(open), [&](const std::string& kind) {
-    return std::ranges::find(gpuKinds, kind) != gpuKinds.end() && deviceOpens(kind);
-  });
+  std::ranges::copy_if(inventory.devices, std::back_inserter(open),
+                       [&](const std::string& kind) { return encodes(kind) && deviceOpens(kind); });
   return open;
 }
 

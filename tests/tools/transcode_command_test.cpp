@@ -79,6 +79,17 @@ TEST(Transcoder, LoadsTheEngineOnlyWhereItIsNeeded) {
   EXPECT_THAT(run({MERIDIAN_COMMAND, "transcode", "--", "-codecs"}, traced).errors, HasSubstr("libavcodec"));
 }
 
+TEST(Transcoder, SaysWhatIsMissingWithoutTheEngine) {
+  const TemporaryDirectory elsewhere;
+  const std::string command = (elsewhere.path() / "meridian").string();
+  std::filesystem::copy_file(MERIDIAN_COMMAND, command);
+  for (const Words& words : {Words{"transcode", "--"}, Words{"explain", "--plan", "--"}}) {
+    const Outcome outcome = run(joinedWords(joinedWords({command}, words), {"-codecs"}));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.errors, AllOf(HasSubstr("built without FFmpeg"), HasSubstr("media-engine")));
+  }
+}
+
 class PlannedClip : public MadeMedia {
  protected:
   void SetUp() override {
