@@ -106,7 +106,7 @@ std::optional<PlanFindings> planFindings(const TranscodeExplanation& explanation
 /// Whether the explanation says the same.
 bool isFoundInWords(TranscodePlanErrorCode code) {
   using enum TranscodePlanErrorCode;
-  return code == unknownFlag || code == unreadableValue || code == unnumberedFlag;
+  return code == unknownFlag || code == unreadableValue || code == lacksValue || code == unnumberedFlag;
 }
 
 void printPlanFindings(const PlanFindings& findings) {
