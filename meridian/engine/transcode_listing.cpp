@@ -172,17 +172,18 @@ constexpr auto licenceRows = std::to_array<LicenceRow>({
 std::string wrapped(std::string_view words) {
   constexpr std::size_t widest = 78;
   std::string text;
-  std::size_t column = widest;
+  std::string line = " ";
   for (std::size_t begin = 0; begin < words.size();) {
     const std::size_t end = std::min(words.find(' ', begin), words.size());
-    const bool startsLine = column + 1 + (end - begin) > widest;
-    if (startsLine) column = 1;
-    text += startsLine ? (text.empty() ? "  " : "\n  ") : " ";
-    text += words.substr(begin, end - begin);
-    column += 1 + (end - begin);
+    if (line.size() > 1 && line.size() + 1 + (end - begin) > widest) {
+      text += line + '\n';
+      line = " ";
+    }
+    line += ' ';
+    line += words.substr(begin, end - begin);
     begin = end + 1;
   }
-  return text + '\n';
+  return text + line + '\n';
 }
 
 std::string licences(const ListingSources& sources) {
