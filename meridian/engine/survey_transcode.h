@@ -34,8 +34,7 @@ struct TranscodeSurvey {
 /// result. Only what the words ask for costs time: the LUT is read, the watermark described, a font looked for and a
 /// device opened where a flag needs them.
 ///
-/// - The output and the progress file count as written to only where a new or existing regular file can be; a FIFO or a
-///   device will do for progress. A progress file that is a source or the output cannot be written.
+/// - Whether a path can be written to is told by permissions alone. A FIFO or a device will do for progress.
 /// - The watermark is the image at the path as written; else at the path in lower case; else the one image whose path
 ///   differs from it in case alone.
 /// - The LUT has to be one that the library reads, by its published format or else as rows of three numbers.
