@@ -5,13 +5,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <filesystem>
-#include <random>
 #include <system_error>
 #include <utility>
 
 #include "meridian/base/printable.h"
+#include "meridian/platform/whole_file.h"
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
@@ -50,38 +49,20 @@ fs::path targetOf(const std::string& path) {
   return fs::canonical(path, error);
 }
 
-std::string hiddenName(const fs::path& target) {
-  std::random_device random;
-  const std::uint64_t number = (std::uint64_t{random()} << 32U) | random();
-  return (target.parent_path() / (".meridian-" + std::to_string(number))).string();
-}
-
 /// The permissions of a new file, of which the user's mask takes some away.
 constexpr mode_t newFile = 0666;
-
-/// Returns the descriptor of a file without a name, and -1 where the system does not have such files.
-int openedWithoutName(const fs::path& target) {
-  const fs::path directory = target.parent_path();
-  const int file = open(directory.empty() ? "." : directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, newFile);
-  // Without /proc it could not be given a name.
-  if (file >= 0 && access(("/proc/self/fd/" + std::to_string(file)).c_str(), F_OK) != 0) {
-    close(file);
-    return -1;
-  }
-  return file;
-}
 
 }  // namespace
 
 ReplacementFile::ReplacementFile(const std::string& path, Unfinished preferred) {
   const fs::path target = targetOf(path);
   target_ = target.string();
-  if (preferred == Unfinished::withoutName) descriptor_ = openedWithoutName(target);
+  if (preferred == Unfinished::withoutName) descriptor_ = openNamelessFile(target.parent_path().string());
   if (descriptor_ >= 0) {
-    opened_ = "/proc/self/fd/" + std::to_string(descriptor_);
+    opened_ = descriptorPath(descriptor_);
     return;
   }
-  hidden_ = hiddenName(target);
+  hidden_ = hiddenPathBeside(target_);
   removal_ = std::make_unique<RemovedOnInterruption>(hidden_);
   descriptor_ = open(hidden_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, newFile);
   if (descriptor_ < 0) throwWriteError(path, systemText(errno));
@@ -100,7 +81,7 @@ void ReplacementFile::replace() {
   if (stat(target_.c_str(), &old) == 0) static_cast<void>(fchmod(descriptor_, old.st_mode & 07777U));
   if (hidden_.empty()) {
     // Until the link exists, the name may be that of another file, which has to stay.
-    std::string name = hiddenName(target_);
+    std::string name = hiddenPathBeside(target_);
     auto removal = std::make_unique<RemovedOnInterruption>(name);
     if (linkat(AT_FDCWD, opened_.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
       throwWriteError(target_, systemText(errno));
