@@ -191,10 +191,6 @@ void describeItem(MediaAnalysisItem& item, const DescriptionLimits& limits) {
 
 }  // namespace
 
-bool MediaAnalysis::isFlawless() const noexcept {
-  return std::ranges::none_of(items, [](const MediaAnalysisItem& item) { return item.error.has_value(); });
-}
-
 Expected<MediaAnalysis, std::vector<MediaAnalysisError>> analyzeMedia(const BasicMediaAnalysisCLIOptions& basic,
                                                                       const DistributedMediaAnalysisImageOptions* image,
                                                                       MediaAnalysisProgressBlock progress,

@@ -10,6 +10,7 @@
 /// `writeMediaAnalysis` (media_analysis_json.h) writes the results file.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -141,7 +142,9 @@ struct MediaAnalysis {
   std::string imageDirectory;
 
   /// Returns true if no item has an error.
-  [[nodiscard]] MERIDIAN_API bool isFlawless() const noexcept;
+  [[nodiscard]] bool isFlawless() const noexcept {
+    return std::ranges::none_of(items, [](const MediaAnalysisItem& item) { return item.error.has_value(); });
+  }
 
   friend bool operator==(const MediaAnalysis&, const MediaAnalysis&) = default;
 };

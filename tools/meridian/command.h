@@ -125,6 +125,8 @@ struct Subcommand {
   bool takesWords = false;
   /// The option with which it reads words; empty if it always does.
   std::string wordsOption = {};
+  /// The positional that may be given in place of the words; empty if there is none.
+  std::string wordsAlternative = {};
   /// The option with which a file gives the words; empty if there is none.
   std::string fileOption = {};
   /// The flags that the words may contain, if these are not the transcoder's.
@@ -141,10 +143,11 @@ struct Subcommand {
   /// Returns true if words after "--" are required with these options.
   [[nodiscard]] bool takesWordsWith(const Arguments& arguments) const {
     if (!fileOption.empty() && arguments.has(fileOption)) return false;
+    if (!wordsAlternative.empty() && arguments.has(wordsAlternative)) return false;
     return takesWords && (wordsOption.empty() || arguments.has(wordsOption));
   }
-  /// Returns true if it reads words with one of its options only.
-  [[nodiscard]] bool wordsAreOptional() const { return !wordsOption.empty(); }
+  /// Returns true if it reads words with one of its options only, or without its positional.
+  [[nodiscard]] bool wordsAreOptional() const { return !wordsOption.empty() || !wordsAlternative.empty(); }
 };
 
 /// Subcommands with a common first name: "lut info", "lut apply".
@@ -173,6 +176,7 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 [[nodiscard]] Subcommand freeNameCommand();
 [[nodiscard]] Subcommand cleanNameCommand();
 [[nodiscard]] Subcommand transcodeCommand();
+[[nodiscard]] Subcommand analyzeCommand();
 [[nodiscard]] Subcommand analysisArgsCommand();
 [[nodiscard]] Subcommand lutInfoCommand();
 [[nodiscard]] Subcommand lutSampleCommand();

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "meridian/engine/encoder_inventory.h"
+#include "meridian/engine/media_analysis.h"
 #include "meridian/engine/survey_transcode.h"
 #include "meridian/engine/transcode_listing.h"
 #include "meridian/engine/transcode_plan_text.h"
@@ -37,7 +38,13 @@ nlohmann::ordered_json encode(const PlannedTranscode& planned) {
 extern "C" const meridian::command::EngineModule* meridianEngineModule() {
   using namespace meridian;
   using namespace meridian::command;
-  static constexpr EngineModule module{&listing, [](const TranscodeExplanation& words) { return planTranscode(words); },
-                                       &describe, &encode};
+  static constexpr EngineModule module{&listing,
+                                       [](const TranscodeExplanation& words) { return planTranscode(words); },
+                                       &describe,
+                                       &encode,
+                                       [](const auto& basic, const auto* image, auto progress, const auto& stop) {
+                                         return analyzeMedia(basic, image, progress, stop);
+                                       },
+                                       &meridian::removeImages};
   return &module;
 }

@@ -7,17 +7,22 @@
 
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
 #include "meridian/base/expected.h"
 #include "meridian/cli/transcode_explanation.h"
+#include "meridian/engine/media_analysis.h"
 #include "meridian/engine/transcode_plan.h"
 
 namespace meridian::command {
 
 /// A plan, or every reason why there is none.
 using PlannedTranscode = Expected<TranscodePlan, std::vector<TranscodePlanError>>;
+
+/// An analysis, or every reason why it did not begin.
+using AnalyzedMedia = Expected<MediaAnalysis, std::vector<MediaAnalysisError>>;
 
 /// The functions of the engine. It is a module of its own because FFmpeg brings some 160 libraries, which take longer
 /// to load than most subcommands take to run. A function may be called from several threads at once.
@@ -33,6 +38,13 @@ struct EngineModule {
 
   /// Returns {"plan": ..., "errors": [...]}; one of them is null or empty. The plan has the warnings.
   nlohmann::ordered_json (*encode)(const PlannedTranscode& planned);
+
+  /// Describes media and takes still images of them, as `analyzeMedia`.
+  AnalyzedMedia (*analyze)(const BasicMediaAnalysisCLIOptions& basic, const DistributedMediaAnalysisImageOptions* image,
+                           MediaAnalysisProgressBlock progress, const std::stop_token& stop);
+
+  /// Removes the images of an analysis whose results cannot be used.
+  void (*removeImages)(const MediaAnalysis& analysis) noexcept;
 };
 
 /// The name of the function that returns the module's EngineModule.

@@ -1,13 +1,19 @@
 #include "tools/meridian/interruption.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <mutex>
+#include <system_error>
+#include <utility>
 
 namespace meridian::command {
 namespace {
@@ -114,6 +120,46 @@ InterruptionsHeld::~InterruptionsHeld() {
   for (std::size_t i = 0; i < endings.size(); ++i) {
     if ((held_ & 1U << i) != 0) sigaddset(&signals, endings[i]);
   }
+  pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+StopOnInterruption::StopOnInterruption(std::stop_source stop) {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : endings) sigaddset(&signals, signal);
+  signals_ = signalfd(-1, &signals, SFD_CLOEXEC);
+  ending_ = eventfd(0, EFD_CLOEXEC);
+  if (signals_ < 0 || ending_ < 0) throw std::system_error(errno, std::generic_category());
+  thread_ = std::jthread([this, stopping = std::move(stop)]() mutable {
+    std::array<pollfd, 2> awaited{
+        {{.fd = ending_, .events = POLLIN, .revents = 0}, {.fd = signals_, .events = POLLIN, .revents = 0}}};
+    while (poll(awaited.data(), awaited.size(), -1) > 0 || errno == EINTR) {
+      if (awaited[0].revents != 0) return;
+      signalfd_siginfo signal{};
+      if (read(signals_, &signal, sizeof signal) != sizeof signal) continue;
+      constexpr int killed = 128;
+      if (signal_.exchange(static_cast<int>(signal.ssi_signo)) != 0) _exit(killed + static_cast<int>(signal.ssi_signo));
+      stopping.request_stop();
+    }
+  });
+}
+
+StopOnInterruption::~StopOnInterruption() {
+  static_cast<void>(eventfd_write(ending_, 1));
+  thread_.join();
+  close(ending_);
+  close(signals_);
+}
+
+void StopOnInterruption::endIfInterrupted() const {
+  if (signal_ == 0) return;
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, signal_);
+  struct sigaction action{};
+  action.sa_handler = SIG_DFL;
+  sigaction(signal_, &action, nullptr);
+  static_cast<void>(raise(signal_));
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 

@@ -7,7 +7,10 @@
 ///     rename(temporary, final);
 #pragma once
 
+#include <atomic>
+#include <stop_token>
 #include <string>
+#include <thread>
 
 namespace meridian::command {
 
@@ -44,6 +47,29 @@ class InterruptionsHeld {
  private:
   /// The signals that were not held before, one bit each.
   unsigned held_ = 0;
+};
+
+/// Asks for a stop when a signal by which a user or the system ends a process comes, instead of ending the process. The
+/// second signal ends it at once. Create it before other threads, which inherit that they do not take the signals.
+class StopOnInterruption {
+ public:
+  /// Throws std::system_error if the system has no room for another thread or descriptor.
+  explicit StopOnInterruption(std::stop_source stop);
+  StopOnInterruption(const StopOnInterruption&) = delete;
+  StopOnInterruption& operator=(const StopOnInterruption&) = delete;
+  StopOnInterruption(StopOnInterruption&&) = delete;
+  StopOnInterruption& operator=(StopOnInterruption&&) = delete;
+  ~StopOnInterruption();
+
+  /// Ends the process as the signal would have, if there was one.
+  void endIfInterrupted() const;
+
+ private:
+  InterruptionsHeld held_;
+  std::atomic<int> signal_ = 0;
+  int signals_ = -1;
+  int ending_ = -1;
+  std::jthread thread_;
 };
 
 }  // namespace meridian::command

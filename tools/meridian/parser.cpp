@@ -117,11 +117,20 @@ void checkPositionals(const Subcommand& subcommand, const Arguments& arguments) 
   }
 }
 
+/// Returns what the help calls a positional: "FILES".
+const std::string& positionalName(const Subcommand& subcommand, std::string_view name) {
+  return std::ranges::find(subcommand.options, name, &Option::name)->valueName;
+}
+
 /// In a subcommand that reads no words, "--" ends the options: the words after it are positionals, even if they begin
 /// with "-", and each goes to the first positional that accepts another value.
 void takeWordsAsPositionals(const Subcommand& subcommand, Arguments& arguments) {
   if (!subcommand.fileOption.empty() && arguments.has(subcommand.fileOption)) {
     throw UsageError("--" + subcommand.fileOption + " and words after \"--\" cannot be used together");
+  }
+  if (!subcommand.wordsAlternative.empty()) {
+    throw UsageError(positionalName(subcommand, subcommand.wordsAlternative) +
+                     " and words after \"--\" cannot be used together");
   }
   if (arguments.words.empty()) return;
   if (std::ranges::find(subcommand.options, Option::Kind::positional, &Option::kind) == subcommand.options.end()) {
@@ -230,7 +239,10 @@ std::string wordsHint(const Subcommand& subcommand) {
   const std::string& example = subcommand.example;
   const std::size_t begin = example.rfind('\n', example.find(" -- ")) + 1;  // npos + 1 is 0: the first line
   const std::string fromFile = subcommand.fileOption.empty() ? "" : ", or into a file for --" + subcommand.fileOption;
-  return "put the argument vector after \"--\"" + fromFile +
+  const std::string instead = subcommand.wordsAlternative.empty()
+                                  ? ""
+                                  : "give " + positionalName(subcommand, subcommand.wordsAlternative) + ", or ";
+  return instead + "put the argument vector after \"--\"" + fromFile +
          ", for example: " + example.substr(begin, example.find('\n', begin) - begin);
 }
 

@@ -15,6 +15,7 @@
 #include "meridian/cli/media_analysis_errors.h"
 #include "meridian/cli/media_analysis_flags.h"
 #include "meridian/cli/media_analysis_reading.h"
+#include "tools/meridian/analysis_flags.h"
 #include "tools/meridian/command.h"
 #include "tools/meridian/output.h"
 
@@ -245,14 +246,6 @@ Status checkAnalysisVector(const Arguments& arguments) {
     printForPeople(checked);
   }
   return checked.isFlawless() ? done : failed;
-}
-
-std::vector<std::string> analysisFlags() {
-  std::vector<std::string> flags;
-  for (const auto flag : allCases<MediaAnalysisCLIFlag>()) flags.push_back(cliFlag(flag));
-  for (const auto flag : allCases<MediaAnalysisImageCLIFlags>()) flags.push_back(cliFlag(flag));
-  for (const auto flag : allCases<CLICustodialFlag>()) flags.push_back(cliFlag(flag));
-  return flags;
 }
 
 }  // namespace
