@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <sstream>
@@ -116,6 +118,187 @@ TEST_F(MediaSnapshotTest, ShowsTheRightFrame) {
     ASSERT_NO_FATAL_FAILURE(makeNumbered(clip.name, clip.options, clip.filter));
     EXPECT_EQ(numbersIn(clip.name), clip.numbers) << clip.name;
   }
+}
+
+TEST_F(MediaSnapshotTest, ShowsTheRightImageOfAFolderAndOfAStill) {
+  std::filesystem::create_directory(path("folder"));
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("folder/n%03d.png", "-frames:v 10"));
+  EXPECT_EQ(numbersIn("folder"), "0 1 3 5 7 9 9 2 0 ");
+  EXPECT_EQ(numbersIn("folder/n008.png"), "7 7 7 7 7 7 7 7 7 ");
+}
+
+TEST_F(MediaSnapshotTest, SaysWhichFrameItShows) {
+  ASSERT_NO_FATAL_FAILURE(
+      makeNumbered("clip.mov", "-c:v libx264 -r 30000/1001 -timecode 00:00:58;28", ",settb=1/25,setpts=N"));
+  auto snapshots = MediaSnapshots::open(described("clip.mov"));
+  ASSERT_TRUE(snapshots);
+  const MediaSnapshot last = snapshots->at(1).value();
+  ASSERT_EQ(described("clip.mov").video.at(0).frameCount, last.frame.value() + 1);
+  EXPECT_NEAR(last.seconds.value(), static_cast<double>(*last.frame) * 1.001 / 30, 1e-6);
+  EXPECT_EQ(last.timecode, described("clip.mov").timecode->end);
+  EXPECT_EQ(snapshots->at(0)->timecode->timecodeString(), "00:00:58;28");
+}
+
+TEST_F(MediaSnapshotTest, HasTheShapeOfTheVideoAsItIsShown) {
+  // The quarter at the upper left is bright.
+  const std::string corner = ",scale=64:32,setsar=1,geq=lum='if(lt(X,32)*lt(Y,16),235,16)':cb=128:cr=128";
+  const std::string options = "-c:v mpeg4 -q:v 2 -frames:v 5 ";
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("plain.mov", options, corner));
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("wide.mov", options, corner + ",setsar=3/2"));
+  // The matrix by which players turn: a b, c d, in 16.16 fixed point.
+  const auto turn = [this](const std::string& from, const std::string& to, std::array<int, 4> matrix) {
+    std::string clip = content(from);
+    const std::size_t place = clip.find("tkhd") + 44;
+    for (const std::size_t each : {0U, 1U, 2U, 3U}) {
+      putBigEndian(clip, place + 4 * each + 4 * (each / 2), static_cast<std::uint32_t>(matrix.at(each)) << 16U);
+    }
+    directory().write(to, clip);
+  };
+  turn("wide.mov", "r90.mov", {0, 1, -1, 0});
+  turn("wide.mov", "r180.mov", {-1, 0, 0, -1});
+  turn("wide.mov", "r270.mov", {0, -1, 1, 0});
+  turn("plain.mov", "mirrored.mov", {-1, 0, 0, 1});
+  struct Shape {
+    std::string name;
+    SnapshotOptions options;
+    int width, height;
+    std::string_view brightQuarters;
+  };
+  for (const Shape& shape : std::initializer_list<Shape>{
+           {"plain.mov", {}, 64, 32, "1000"},
+           {"plain.mov", {.maxWidth = 1000, .height = 500}, 64, 32, "1000"},
+           {"plain.mov", {.maxWidth = 31.6}, 32, 16, "1000"},
+           {"plain.mov", {.maxWidth = 60, .height = 8}, 16, 8, "1000"},
+           {"plain.mov", {.maxWidth = 20, .height = 16}, 20, 10, "1000"},
+           {"plain.mov", {.maxWidth = 0.01}, 1, 1, {}},
+           {"wide.mov", {.maxWidth = 48}, 48, 16, "1000"},
+           {"r90.mov", {.maxWidth = 16}, 16, 48, "0100"},
+           {"r180.mov", {.maxWidth = 48}, 48, 16, "0001"},
+           {"r270.mov", {.height = 48}, 16, 48, "0010"},
+           {"mirrored.mov", {}, 64, 32, "0100"},
+       }) {
+    SCOPED_TRACE(shape.name + " " + std::to_string(shape.width));
+    auto snapshots = MediaSnapshots::open(described(shape.name), shape.options);
+    ASSERT_TRUE(snapshots);
+    const auto image = snapshots->at(0);
+    ASSERT_TRUE(image) << image.error().message();
+    EXPECT_EQ(image->width, shape.width);
+    EXPECT_EQ(image->height, shape.height);
+    directory().write("shape.jpg", image->jpeg);
+    EXPECT_EQ(described("shape.jpg").video.at(0).width, shape.width);
+    EXPECT_EQ(described("shape.jpg").video.at(0).height, shape.height);
+    EXPECT_EQ(described("shape.jpg").video.at(0).pixelAspectRatio, (MediaRational{1, 1}));
+    if (shape.brightQuarters.empty()) continue;
+    std::string bright;
+    const std::string quarters = pixels(image->jpeg, "2:2");
+    for (std::size_t quarter = 0; quarter < 4; ++quarter) {
+      bright += static_cast<std::uint8_t>(quarters.at(3 * quarter)) > 127 ? '1' : '0';
+    }
+    EXPECT_EQ(bright, shape.brightQuarters);
+  }
+}
+
+TEST_F(MediaSnapshotTest, ConvertsColorsByMatrixAndRangeAndThenByTheLut) {
+  // Red runs fastest. The channels are changed unlike each other: 0.75 r + 0.25, 0.5 g + 0.25, 0.5 b.
+  directory().write(
+      "look.cube",
+      "LUT_3D_SIZE 2\n.25 .25 0\n1 .25 0\n.25 .75 0\n1 .75 0\n.25 .25 .5\n1 .25 .5\n.25 .75 .5\n1 .75 .5\n");
+  const auto lut = SnapshotLut::read(Url::fromFilePath(path("look.cube")));
+  ASSERT_TRUE(lut);
+  struct Coding {
+    std::string size, format, tags;
+    double kr, kb;
+    bool isFullRange = false;
+  };
+  constexpr double kr601 = 0.299, kb601 = 0.114, kr709 = 0.2126, kb709 = 0.0722, kr2020 = 0.2627, kb2020 = 0.0593;
+  for (const Coding& coding : std::initializer_list<Coding>{
+           {"64:36", "yuv420p", "", kr601, kb601},
+           {"16:720", "yuv422p10le", "", kr709, kb709},
+           {"64:36", "yuv444p12le", "-colorspace bt709", kr709, kb709},
+           {"16:720", "yuv420p", "-colorspace smpte170m", kr601, kb601},
+           {"64:36", "yuv444p16le", "-colorspace bt2020nc -color_range pc", kr2020, kb2020, true},
+           {"64:36", "yuv420p", "-color_range pc", kr601, kb601, true},
+       }) {
+    SCOPED_TRACE(coding.size + " " + coding.format + " " + coding.tags);
+    const bool isFull = coding.isFullRange;
+    const std::string name = "flat" + coding.size.substr(0, 2) + coding.format + coding.tags.substr(0, 13) + ".mkv";
+    const int bits = coding.format.ends_with("le") ? std::stoi(coding.format.substr(7, 2)) : 8;
+    const std::string step = std::to_string(1 << (bits - 8));
+    ASSERT_NO_FATAL_FAILURE(makeNumbered(name, "-c:v ffv1 -frames:v 1 " + coding.tags,
+                                         ",scale=" + coding.size + ",format=" + coding.format + ",lutyuv=y=120*" +
+                                             step + ":u=100*" + step + ":v=160*" + step));
+    const double y = isFull ? 120 / 255.0 : (120 - 16) / 219.0;
+    const double cb = (100 - 128) / (isFull ? 255.0 : 224.0);
+    const double cr = (160 - 128) / (isFull ? 255.0 : 224.0);
+    const double red = y + 2 * (1 - coding.kr) * cr;
+    const double blue = y + 2 * (1 - coding.kb) * cb;
+    const double green = (y - coding.kr * red - coding.kb * blue) / (1 - coding.kr - coding.kb);
+    const auto expectColor = [&](const SnapshotLut* with, double r, double g, double b) {
+      auto snapshots = MediaSnapshots::open(described(name), {.compressionFactor = 1, .lut = with});
+      ASSERT_TRUE(snapshots);
+      const auto image = snapshots->at(0);
+      ASSERT_TRUE(image) << image.error().message();
+      directory().write("flat.jpg", image->jpeg);
+      const std::string planes =
+          run({"ffmpeg", "-v", "error", "-nostdin", "-i", path("flat.jpg"), "-f", "rawvideo", "-"}).output;
+      const auto pixelCount = static_cast<std::size_t>(image->width * image->height);
+      ASSERT_EQ(planes.size(), pixelCount * 3 / 2);
+      const auto sample = [&](std::size_t place) {
+        return static_cast<double>(static_cast<std::uint8_t>(planes.at(place)));
+      };
+      const double shownCb = sample(pixelCount) - 128;
+      const double shownCr = sample(pixelCount * 5 / 4) - 128;
+      EXPECT_NEAR(sample(0) + 1.402 * shownCr, 255 * r, 2.5);
+      EXPECT_NEAR(sample(0) - 0.344136 * shownCb - 0.714136 * shownCr, 255 * g, 2.5);
+      EXPECT_NEAR(sample(0) + 1.772 * shownCb, 255 * b, 2.5);
+    };
+    expectColor(nullptr, red, green, blue);
+    expectColor(&*lut, 0.75 * red + 0.25, 0.5 * green + 0.25, 0.5 * blue);
+  }
+}
+
+TEST_F(MediaSnapshotTest, SaysWhyThereIsNoImage) {
+  using enum MediaSnapshotErrorCode;
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("clip.mov", "-c:v libx264 -g 25 -movflags faststart"));
+  ASSERT_NO_FATAL_FAILURE(make({{"sound.wav", "-map 1:a"}}));
+  const std::string clip = content("clip.mov");
+  const std::size_t data = clip.find("mdat");
+  directory().write("half.mov", clip.substr(0, data + (clip.size() - data) / 2));
+
+  EXPECT_EQ(MediaSnapshots::open(described("sound.wav")).error().code, noVideo);
+  auto half = MediaSnapshots::open(described("half.mov"));
+  ASSERT_TRUE(half);
+  EXPECT_TRUE(half->at(0.1));
+  // The last frame that is there is not the last frame.
+  EXPECT_EQ(half->at(1).error().code, noFrame);
+  EXPECT_EQ(half->at(0.9).error().code, noFrame);
+  EXPECT_TRUE(half->at(0));
+
+  auto snapshots = MediaSnapshots::open(described("clip.mov"));
+  ASSERT_TRUE(snapshots);
+  for (const double location : {-0.1, 1.01, std::nan("")}) {
+    EXPECT_EQ(snapshots->at(location).error().code, locationOutOfRange) << location;
+  }
+  std::stop_source stop;
+  stop.request_stop();
+  EXPECT_EQ(snapshots->at(0.5, stop.get_token()).error().code, stopped);
+  EXPECT_TRUE(snapshots->at(0.5));
+  auto slow = MediaSnapshots::open(described("clip.mov"), {.limits = {.bytes = 1000}});
+  EXPECT_EQ(slow.error().code, limitReached);
+  const MediaDescription gone = described("clip.mov");
+  std::filesystem::remove(path("clip.mov"));
+  EXPECT_EQ(MediaSnapshots::open(gone).error().code, notRead);
+}
+
+TEST_F(MediaSnapshotTest, CompressesByTheFactor) {
+  ASSERT_NO_FATAL_FAILURE(make({{"clip.mov", "-map 0:v -c:v mpeg4 -q:v 2"}}));
+  std::vector<std::size_t> sizes;
+  for (const double factor : {0.0, 0.4, 0.8, 1.0}) {
+    sizes.push_back(MediaSnapshots::open(described("clip.mov"), {.compressionFactor = factor})->at(0)->jpeg.size());
+  }
+  EXPECT_THAT(sizes, testing::WhenSorted(testing::ElementsAreArray(sizes)));
+  EXPECT_LT(2 * sizes.front(), sizes.back());
+  EXPECT_THAT(MediaSnapshots::open(described("clip.mov"))->at(0)->jpeg, Not(HasSubstr("Lavc")));
 }
 
 }  // namespace

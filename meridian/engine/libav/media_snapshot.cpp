@@ -73,7 +73,7 @@ class MediaSnapshots::Source {
   [[nodiscard]] Expected<MediaSnapshot, MediaSnapshotError> at(double location, const std::stop_token& stop) {
     auto found = sequence_.empty() ? finder_->find(location, stop) : findImage(location, stop);
     const auto named = [&](std::string said) {
-      return "at " + shortestDecimalText(location) + (said.empty() ? "" : ", ") + said;
+      return "at " + shortestDecimalText(static_cast<float>(location)) + (said.empty() ? "" : ", ") + said;
     };
     if (!found) {
       found.error().detail = named(std::move(found.error().detail));
@@ -152,7 +152,7 @@ Expected<MediaSnapshots, MediaSnapshotError> MediaSnapshots::open(const MediaDes
 
 Expected<MediaSnapshot, MediaSnapshotError> MediaSnapshots::at(double location, const std::stop_token& stop) {
   if (!(location >= 0 && location <= 1)) {
-    return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::locationOutOfRange, shortestDecimalText(location)});
+    return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::locationOutOfRange, shortestDecimalText(static_cast<float>(location))});
   }
   return source_->at(location, stop);
 }

@@ -1,0 +1,63 @@
+#include "meridian/platform/process_watch.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <limits>
+#include <thread>
+
+namespace meridian {
+namespace {
+
+/// Starts a process that waits until it is killed.
+pid_t waitingProcess() {
+  const pid_t process = fork();
+  if (process == 0) {
+    pause();
+    _exit(0);
+  }
+  return process;
+}
+
+TEST(ProcessWatch, CallsOnceWhenTheProcessEnds) {
+  const pid_t process = waitingProcess();
+  std::atomic<int> calls = 0;
+  {
+    const ProcessWatch watch(process, [&] { ++calls; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(calls, 0);
+    kill(process, SIGKILL);
+    for (int waited = 0; calls == 0 && waited < 10'000; ++waited)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_EQ(calls, 1);
+  // It has ended and is not yet collected, and then it is not there any more.
+  bool isCalled = false;
+  {
+    const ProcessWatch watch(process, [&] { isCalled = true; });
+    EXPECT_TRUE(isCalled);
+  }
+  waitpid(process, nullptr, 0);
+  for (const std::int32_t gone :
+       {static_cast<std::int32_t>(process), 0, -1, std::numeric_limits<std::int32_t>::max()}) {
+    isCalled = false;
+    const ProcessWatch watch(gone, [&] { isCalled = true; });
+    EXPECT_TRUE(isCalled) << gone;
+  }
+}
+
+TEST(ProcessWatch, IsSilentAfterItsEnd) {
+  const pid_t process = waitingProcess();
+  std::atomic<int> calls = 0;
+  for (int each = 0; each < 100; ++each) const ProcessWatch watch(process, [&] { ++calls; });
+  kill(process, SIGKILL);
+  waitpid(process, nullptr, 0);
+  EXPECT_EQ(calls, 0);
+}
+
+}  // namespace
+}  // namespace meridian
