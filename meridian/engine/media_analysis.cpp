@@ -31,6 +31,10 @@ bool isUsableIdentifier(std::string_view identifier) noexcept {
          identifier.find('/') == std::string_view::npos && identifier.find('\0') == std::string_view::npos;
 }
 
+/// False also for NaN.
+bool isPart(float number) noexcept { return number >= 0 && number <= 1; }
+bool isLength(float number) noexcept { return number > 0 && std::isfinite(number); }
+
 Errors errorsBefore(const BasicMediaAnalysisCLIOptions& basic, const DistributedMediaAnalysisImageOptions* image) {
   using enum MediaAnalysisCLIError;
   Errors errors;
@@ -43,13 +47,13 @@ Errors errorsBefore(const BasicMediaAnalysisCLIOptions& basic, const Distributed
   if (image == nullptr) return errors;
   std::ranges::copy(errorsOf(*image), std::back_inserter(errors));
   for (const float location : image->snapshotLocations()) {
-    if (location >= 0 && location <= 1) continue;
+    if (isPart(location)) continue;
     errors.emplace_back(MediaSnapshotError{MediaSnapshotErrorCode::locationOutOfRange, shortestDecimalText(location)});
   }
-  if (const auto factor = image->compressionFactor(); factor && !(*factor >= 0 && *factor <= 1)) {
+  if (const auto factor = image->compressionFactor(); factor && !isPart(*factor)) {
     errors.emplace_back(MediaAnalysisRunError{unusableCompressionFactor, shortestDecimalText(*factor)});
   }
-  if (const auto height = image->imageHeight(); height && !(*height > 0 && std::isfinite(*height))) {
+  if (const auto height = image->imageHeight(); height && !isLength(*height)) {
     errors.emplace_back(MediaAnalysisRunError{unusableImageHeight, shortestDecimalText(*height)});
   }
   if (const auto identifier = basic.analysisId(); identifier && !isUsableIdentifier(*identifier)) {

@@ -75,7 +75,7 @@ using MediaAnalysisError = std::variant<MediaAnalysisRunError, MediaAnalysisBasi
                                         MediaAnalysisImageOptionsError, MediaError, MediaSnapshotError, LutError>;
 
 /// Returns the raw value of the error's code: "pathToAnalyzeDoesNotExist", "damaged".
-[[nodiscard]] inline std::string_view codeOf(const MediaAnalysisError& error) noexcept {
+[[nodiscard]] inline std::string_view codeOf(const MediaAnalysisError& error) {
   return std::visit([](const auto& each) { return rawValue(each.code); }, error);
 }
 

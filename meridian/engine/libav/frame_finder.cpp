@@ -77,7 +77,7 @@ std::optional<MediaSnapshotError> FrameFinder::openInput() {
     return own;
   }
   input_ = *std::move(opened);
-  AVFormatContext& context = input_->context();
+  const AVFormatContext& context = input_->context();
   const bool isThere = stream_ >= 0 && static_cast<unsigned>(stream_) < context.nb_streams &&
                        stream().codecpar->codec_type == AVMEDIA_TYPE_VIDEO;
   if (!isThere) return failure(notRead, "it was changed");
@@ -244,15 +244,14 @@ FrameFinder::Attempt FrameFinder::decodePlanned(std::int64_t target, const std::
     if (readError_ == AVERROR_EXIT) return {nullptr, limitReached};
     if (!hasTimestamps_ || (isRead_ && endsEarly_ && lastDecodingTime_ <= target)) return {};
     FramePointer frame(av_frame_alloc());
-    while (frame && avcodec_receive_frame(decoder_.get(), frame.get()) >= 0) {
+    const bool isReceived = frame && avcodec_receive_frame(decoder_.get(), frame.get()) >= 0;
+    if (isReceived) {
       if (frame->pts == AV_NOPTS_VALUE) return {};
       isDecided_ = isDecided_ || frame->pts > target;
       const auto time = wanted(target);
-      if (isDecided_ && time && frame->pts > *time && !(kept && kept->pts == *time)) return {};
-      if (frame->pts <= target || (time && frame->pts == *time)) {
-        kept = std::exchange(frame, FramePointer(av_frame_alloc()));
-      }
-      if (isDecided_) break;
+      const bool isKept = kept && time && kept->pts == *time;
+      if (isDecided_ && !isKept && time && frame->pts > *time) return {};
+      if (frame->pts <= target || (time && frame->pts == *time)) kept = std::move(frame);
     }
     const auto time = wanted(target);
     if (isDecided_ && kept && time && kept->pts == *time) {
@@ -261,6 +260,7 @@ FrameFinder::Attempt FrameFinder::decodePlanned(std::int64_t target, const std::
       last_.reset(av_frame_clone(kept.get()));
       return {std::move(kept), {}};
     }
+    if (isReceived) continue;
     if (isDrained_) return {};
     // The frame that stands alone is sent; what follows it is for others.
     const bool isSent = isDecided_ && framesStandAlone_ &&
@@ -341,7 +341,8 @@ FrameFinder::Attempt FrameFinder::findFrom(std::int64_t target, const std::stop_
 
 Expected<FoundFrame, MediaSnapshotError> FrameFinder::findByCounting(double location, const std::stop_token& stop) {
   const auto end = [&] {
-    return stop.stop_requested() ? stopped : readError_ == AVERROR_EXIT ? limitReached : noFrame;
+    if (stop.stop_requested()) return stopped;
+    return readError_ == AVERROR_EXIT ? limitReached : noFrame;
   };
   if (!goToStart()) return Unexpected(failure(notRead));
   std::int64_t count = 0;

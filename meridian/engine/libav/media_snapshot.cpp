@@ -72,16 +72,16 @@ class MediaSnapshots::Source {
 
   [[nodiscard]] Expected<MediaSnapshot, MediaSnapshotError> at(double location, const std::stop_token& stop) {
     auto found = sequence_.empty() ? finder_->find(location, stop) : findImage(location, stop);
-    const auto named = [&](std::string said) {
+    const auto named = [&](const std::string& said) {
       return "at " + shortestDecimalText(static_cast<float>(location)) + (said.empty() ? "" : ", ") + said;
     };
     if (!found) {
-      found.error().detail = named(std::move(found.error().detail));
+      found.error().detail = named(found.error().detail);
       return Unexpected(std::move(found).error());
     }
     auto image = images_.image(*found->frame);
     if (!image) {
-      return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::notEncoded, path_, named(std::move(image).error())});
+      return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::notEncoded, path_, named(image.error())});
     }
     image->frame = numberOf(*found);
     image->seconds = found->seconds;
@@ -151,8 +151,10 @@ Expected<MediaSnapshots, MediaSnapshotError> MediaSnapshots::open(const MediaDes
 }
 
 Expected<MediaSnapshot, MediaSnapshotError> MediaSnapshots::at(double location, const std::stop_token& stop) {
-  if (!(location >= 0 && location <= 1)) {
-    return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::locationOutOfRange, shortestDecimalText(static_cast<float>(location))});
+  const bool isInClip = location >= 0 && location <= 1;
+  if (!isInClip) {
+    return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::locationOutOfRange,
+                                         shortestDecimalText(static_cast<float>(location))});
   }
   return source_->at(location, stop);
 }
