@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace meridian::inline v0_2::libav {
@@ -25,8 +26,8 @@ class LogCollector {
   ~LogCollector();
 
   /// Returns the first line of the level "error" or worse, without its newline, cut off where it is longer than 511
-  /// bytes; empty if there is none. The view ends with the collector.
-  [[nodiscard]] std::string_view firstError() const noexcept { return firstError_.text(); }
+  /// bytes; empty if there is none.
+  [[nodiscard]] std::string firstError() const { return std::string(firstError_.text()); }
 
   /// Returns what FFmpeg said first that it has not got, such as "unknown version 0"; empty if it said nothing of the
   /// kind. The view ends with the collector.
