@@ -217,7 +217,8 @@ std::optional<std::int64_t> FrameFinder::wanted(std::int64_t target) const {
 bool FrameFinder::isUnneeded(const AVPacket& packet, std::int64_t target) const {
   if (!isShown(packet)) return true;
   const auto frame = wanted(target);
-  return frame && packet.pts != *frame && (packet.pts < *frame || framesStandAlone_);
+  // What is sent after the frame only pushes it out. If one of those is looked for next, it is sought anew.
+  return frame && packet.pts != *frame && (packet.pts < *frame || framesStandAlone_ || isDecided_);
 }
 
 void FrameFinder::sendNext(std::int64_t target) {
