@@ -168,10 +168,10 @@ inline constexpr auto standardVideoFrameRates = std::to_array<VideoFrameRate>(
 /// absent for a standard rate, and if no standard rate looks alike.
 [[nodiscard]] MERIDIAN_API std::optional<VideoFrameRate> standardRateDisplayedAlike(const VideoFrameRate& rate);
 
-/// Returns the exact rate that a rounded one stands for, in lowest terms: the whole number N or N * 1000/1001, whichever
-/// is nearer, if it is at most 0.005 away, so that 2398/100 is 24000/1001; any other rate as it is. Rates above 1000 are
-/// never rounded, as N * 1000/1001 is then as far from N as from other whole numbers. Absent for a rate that is not
-/// above 0 or not finite.
+/// Returns the exact rate that a rounded one stands for, in lowest terms: the whole number N or N * 1000/1001,
+/// whichever is nearer, if it is at most 0.005 away, so that 2398/100 is 24000/1001; any other rate as it is. Rates
+/// above 1000 are never rounded, as N * 1000/1001 is then as far from N as from other whole numbers. Absent for a rate
+/// that is not above 0 or not finite.
 [[nodiscard]] MERIDIAN_API std::optional<MediaRational> recognizedRate(const MediaRational& rate) noexcept;
 
 /// Returns the exact rate that is meant by a number of frames per second as people and stored settings write it: that

@@ -102,9 +102,8 @@ TEST_F(AnalyzeCommandTest, ShowsPeopleWhatIsInMedia) {
                     HasSubstr("no room at all.mov"), Not(HasSubstr("none"))));
   EXPECT_THAT(several.errors, StartsWith("meridian: \"" + path("none") + "\": "));
   // The terminal of the tests has 80 columns.
-  const Outcome narrow =
-      runOnTerminal({"sh", "-c", "stty cols 80; exec \"$@\"", "-", MERIDIAN_COMMAND, "analyze", clip, far},
-                    {{"NO_COLOR=1"}, {}});
+  const Outcome narrow = runOnTerminal(
+      {"sh", "-c", "stty cols 80; exec \"$@\"", "-", MERIDIAN_COMMAND, "analyze", clip, far}, {{"NO_COLOR=1"}, {}});
   std::size_t begin = 0;
   for (std::size_t end = 0; (end = narrow.output.find('\n', begin)) != std::string::npos; begin = end + 1) {
     EXPECT_LE(end - begin, 81U) << narrow.output;

@@ -33,14 +33,15 @@ struct FoundFrame {
 ///
 /// Which frame it is, the timestamps of the packets tell before they are decoded. So packets that neither are the frame
 /// nor are needed for it need not be decoded: all others of a codec whose frames stand alone, and in H.264 and MPEG-2
-/// the frames that no other one refers to. Where that does not lead to the frame (packets without timestamps, key frames
-/// that are none), all frames from further back on are decoded and their own timestamps decide. A stream without
+/// the frames that no other one refers to. Where that does not lead to the frame (packets without timestamps, key
+/// frames that are none), all frames from further back on are decoded and their own timestamps decide. A stream without
 /// duration or timestamps is counted through.
 class FrameFinder {
  public:
   /// Opens a stream of the file for finding frames. `endsEarly` says that data is known to be missing at the end.
-  [[nodiscard]] static Expected<std::unique_ptr<FrameFinder>, MediaSnapshotError> open(
-      const std::string& path, int stream, bool endsEarly, const DescriptionLimits& limits);
+  [[nodiscard]] static Expected<std::unique_ptr<FrameFinder>, MediaSnapshotError> open(const std::string& path,
+                                                                                       int stream, bool endsEarly,
+                                                                                       const DescriptionLimits& limits);
 
   /// Returns the frame at a part of the duration, from 0 to 1.
   [[nodiscard]] Expected<FoundFrame, MediaSnapshotError> find(double location, const std::stop_token& stop);
