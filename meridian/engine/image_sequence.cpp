@@ -23,20 +23,11 @@ struct NumberedName {
   std::int64_t number = 0;
 };
 
-/// Takes a lower-case extension.
-bool isImageExtension(const std::string& extension) {
-  // The suite has no case for OpenEXR, which is an image all the same.
-  if (extension == "exr") return true;
-  const auto known = fromRawValue<FileExtension>(extension);
-  return known && FileExtensionSet::imageFileExtensions().contains(*known);
-}
-
 std::optional<NumberedName> numberedName(std::string_view name) {
   const std::size_t dot = name.rfind('.');
-  if (dot == std::string_view::npos) return std::nullopt;
+  if (dot == std::string_view::npos || !isImageName(name)) return std::nullopt;
   std::string extension(name.substr(dot + 1));
   std::ranges::transform(extension, extension.begin(), detail::lowercasedAscii);
-  if (!isImageExtension(extension)) return std::nullopt;
   std::size_t begin = dot;
   while (begin > 0 && detail::isDigit(name[begin - 1])) --begin;
   constexpr std::size_t mostDigits = 18;  // so many always fit
@@ -47,6 +38,15 @@ std::optional<NumberedName> numberedName(std::string_view name) {
 }
 
 }  // namespace
+
+bool isImageName(std::string_view name) {
+  std::string extension(name.substr(name.rfind('.') + 1));
+  std::ranges::transform(extension, extension.begin(), detail::lowercasedAscii);
+  // The suite has no case for OpenEXR, which is an image all the same.
+  if (extension == "exr") return true;
+  const auto known = fromRawValue<FileExtension>(extension);
+  return known && FileExtensionSet::imageFileExtensions().contains(*known);
+}
 
 Expected<ImageSequence, MediaError> imageSequence(const std::string& directory, const DescriptionLimits& limits) {
   using enum MediaErrorCode;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "meridian/base/expected.h"
@@ -30,6 +31,9 @@ struct ImageSequence {
 
   friend bool operator==(const ImageSequence&, const ImageSequence&) = default;
 };
+
+/// Returns whether a file of this name is an image, by its extension.
+[[nodiscard]] bool isImageName(std::string_view name);
 
 /// Returns the images of the directory whose names end in a number before the extension, such as "A001.0001.dpx".
 /// Hidden files, files of other kinds, images without a number and directories within are passed over. An error if no

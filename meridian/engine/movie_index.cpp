@@ -39,8 +39,8 @@ constexpr auto containers =
 
 /// The boxes that make entries. None belongs into the description of a sample.
 constexpr auto tables =
-    std::to_array<std::string_view>({"cmov", "co64", "elst", "hdlr", "moof", "moov", "saiz", "senc", "stbl", "stco",
-                                     "stsc", "stsd", "stsz", "stts", "stz2", "trak", "trun"});
+    std::to_array<std::string_view>({"cmov", "co64", "ctts", "elst", "hdlr", "keys", "moof", "moov", "saiz", "sbgp",
+                                     "senc", "stbl", "stco", "stsc", "stsd", "stsz", "stts", "stz2", "trak", "trun"});
 
 /// FFmpeg's own limit.
 constexpr int deepestBox = 10;
@@ -63,11 +63,12 @@ class MovieScan {
  public:
   MovieScan(std::uint64_t size, const ReadsAt& readAt) noexcept : size_(size), readAt_(readAt) {}
 
-  [[nodiscard]] Expected<std::uint64_t, MediaError> total() {
+  [[nodiscard]] Expected<MovieIndexEntries, MediaError> total() {
     scan({.begin = 0, .end = size_}, 0, nullptr);
     if (error_) return Unexpected(*std::move(error_));
     // A place for each stream in each fragment.
-    return saturatedSum(entries_, saturatedProduct(fragments_, tracks_));
+    add(saturatedProduct(fragments_, tracks_));
+    return MovieIndexEntries{entries_, saturatedSum(entries_, repeats_)};
   }
 
  private:
@@ -181,6 +182,16 @@ class MovieScan {
     const std::string_view name = box.name();
     if (name == "trun") {
       add(numberIn(box, 4));
+    } else if (name == "ctts") {
+      // FFmpeg unrolls the runs of this table and of the next for some codecs.
+      add(sumOfRuns(box, 8));
+    } else if (name == "sbgp") {
+      constexpr std::uint64_t typePlace = 4;
+      const bool isSync = box.begin + typePlace + 4 <= size_ && nameAt(box.begin + typePlace) == "sync";
+      // One more number in version 1.
+      if (isSync) add(sumOfRuns(box, numberIn(box, 0) >> 24U == 1 ? 16 : 12));
+    } else if (name == "keys") {
+      addKeys(box);
     } else if (name == "senc") {
       addEncryption(numberIn(box, 4));
     } else if (name == "saiz") {
@@ -214,12 +225,55 @@ class MovieScan {
       keep(track.chunkPlaces, box);
       track.chunks = numberIn(box, 4);
     } else if (name == "elst") {
-      // FFmpeg goes by the size of the box; the shorter entries have 12 bytes.
-      constexpr std::uint64_t entrySize = 12;
+      // FFmpeg goes by the size of the box. Entries are longer in version 1.
+      const std::uint64_t entrySize = numberIn(box, 0) >> 24U == 1 ? 20 : 12;
       track.edits = saturatedSum(track.edits, box.size() / entrySize);
     } else if (name == "stsd") {
       checkSampleDescription(box);
     }
+  }
+
+  /// Calls the action with each row of a table whose number of rows is the last of its header, as long as the file
+  /// has any.
+  template <std::size_t rowSize>
+  void forEachRow(const Box& box, std::uint64_t headerSize, auto action) {
+    constexpr std::uint64_t rowsAtOnce = 4096;
+    const std::uint64_t begin = box.begin + headerSize;
+    const std::uint64_t rows = std::min(numberIn(box, headerSize - 4), (size_ - std::min(size_, begin)) / rowSize);
+    std::vector<char> bytes;
+    for (std::uint64_t row = 0; row < rows; ++row) {
+      const std::size_t place = row % rowsAtOnce * rowSize;
+      if (place == 0) {
+        bytes.resize(std::min(rowsAtOnce, rows - row) * rowSize);
+        if (!isRead(begin + row * rowSize, bytes)) return;
+      }
+      action(std::span<const char>(bytes).subspan(place, rowSize));
+    }
+  }
+
+  /// Returns the sum of the lengths of all runs. A run is its length and one more number.
+  [[nodiscard]] std::uint64_t sumOfRuns(const Box& box, std::uint64_t headerSize) {
+    std::uint64_t sum = 0;
+    forEachRow<8>(box, headerSize,
+                  [&sum](std::span<const char> row) { sum = saturatedSum(sum, number(row.first(4))); });
+    return sum;
+  }
+
+  /// FFmpeg makes room for as many keys, and for as long ones, as the box claims.
+  void addKeys(const Box& box) {
+    constexpr std::uint64_t headerSize = 8;
+    if (box.size() < headerSize) return;
+    const std::uint64_t keys = numberIn(box, 4);
+    std::uint64_t place = headerSize;
+    for (std::uint64_t key = 0; key < keys && !error_; ++key) {
+      const std::uint64_t size = box.size() - place >= headerSize ? numberIn(box, place) : 0;
+      if (size < headerSize || size > box.size() - place) {
+        fail(MediaErrorCode::damaged, "its keys are longer than their box");
+        return;
+      }
+      place += size;
+    }
+    add(keys);
   }
 
   void keep(std::optional<Box>& table, const Box& box) {
@@ -256,33 +310,24 @@ class MovieScan {
     // Sound whose samples all last one tick has entries for parts of chunks, all other tracks for each sample.
     const bool hasParts = track.isSound && !track.isOther && track.hasTicksOfOne;
     const std::uint64_t entries = hasParts ? partsOfChunks(track) : track.samples;
-    add(saturatedProduct(entries, std::max<std::uint64_t>(track.edits, 1)));
+    add(entries);
+    if (track.edits > 1) repeats_ = saturatedSum(repeats_, saturatedProduct(entries, track.edits - 1));
   }
 
   /// Returns the parts of at most 1024 samples that FFmpeg divides the chunks into.
   [[nodiscard]] std::uint64_t partsOfChunks(const Track& track) {
     if (!track.runs) return 0;
     constexpr std::uint64_t samplesOfPart = 1024;
-    constexpr std::size_t rowSize = 12;
-    constexpr std::uint64_t rowsAtOnce = 4096;
-    const std::uint64_t rows =
-        std::min(numberIn(*track.runs, 4), (size_ - std::min(size_, track.runs->begin + 8)) / rowSize);
     std::uint64_t parts = 0;
     std::uint64_t partsOfLast = 0;
     std::uint64_t first = 1;
-    std::vector<char> bytes;
-    for (std::uint64_t row = 0; row < rows; ++row) {
-      const std::size_t place = row % rowsAtOnce * rowSize;
-      if (place == 0) {
-        bytes.resize(std::min(rowsAtOnce, rows - row) * rowSize);
-        if (!isRead(track.runs->begin + 8 + row * rowSize, bytes)) break;
-      }
-      const std::uint64_t next = number(std::span(bytes).subspan(place, 4));
+    forEachRow<12>(*track.runs, 8, [&](std::span<const char> row) {
+      const std::uint64_t next = number(row.first(4));
       const std::uint64_t chunks = next < first ? track.chunks : next - first;
       parts = saturatedSum(parts, saturatedProduct(chunks, partsOfLast));
       first = next;
-      partsOfLast = (number(std::span(bytes).subspan(place + 4, 4)) + samplesOfPart - 1) / samplesOfPart;
-    }
+      partsOfLast = (number(row.subspan(4, 4)) + samplesOfPart - 1) / samplesOfPart;
+    });
     const std::uint64_t chunksLeft = track.chunks + 1 - std::min(track.chunks + 1, first);
     return saturatedSum(parts, saturatedProduct(chunksLeft, partsOfLast));
   }
@@ -295,6 +340,7 @@ class MovieScan {
   std::uint64_t size_;
   const ReadsAt& readAt_;
   std::uint64_t entries_ = 0;
+  std::uint64_t repeats_ = 0;
   std::uint64_t tracks_ = 0;
   std::uint64_t fragments_ = 0;
   std::optional<MediaError> error_;
@@ -302,7 +348,7 @@ class MovieScan {
 
 }  // namespace
 
-Expected<std::uint64_t, MediaError> movieIndexEntries(std::uint64_t size, const ReadsAt& readAt) {
+Expected<MovieIndexEntries, MediaError> movieIndexEntries(std::uint64_t size, const ReadsAt& readAt) {
   return MovieScan(size, readAt).total();
 }
 

@@ -5,7 +5,7 @@
 /// block, but not how many there are, and that for the whole process.) For example:
 ///
 ///     const auto entries = movieIndexEntries(size, [&](std::uint64_t place, std::span<char> memory) { ... });
-///     if (entries && *entries > limit) return limitReached;
+///     if (entries && entries->inMemory > limit) return limitReached;
 #pragma once
 
 #include <cstdint>
@@ -20,9 +20,17 @@ namespace meridian::inline v0_2 {
 /// Reads the bytes at a place of a file. Returns false if they are not all there, or if no more may be read.
 using ReadsAt = std::function<bool(std::uint64_t place, std::span<char> memory)>;
 
-/// Returns at most how many entries FFmpeg keeps for a movie of so many bytes. An error, without a place, for a movie
-/// that was not wholly counted: `notRead` if reading failed, `damaged` for boxes out of order, which may hide tables,
-/// `unknownFormat` for a compressed header.
-[[nodiscard]] Expected<std::uint64_t, MediaError> movieIndexEntries(std::uint64_t size, const ReadsAt& readAt);
+/// How many entries an index has, at most.
+struct MovieIndexEntries {
+  /// As the tables state them. In an honest movie each has a byte of its own at least.
+  std::uint64_t stated = 0;
+  /// As FFmpeg keeps them: for every edit once more.
+  std::uint64_t inMemory = 0;
+};
+
+/// Counts the entries of a movie of so many bytes. An error, without a place, for a movie that was not wholly counted:
+/// `notRead` if reading failed, `damaged` for boxes out of order, which may hide tables, and for boxes that claim more
+/// than they hold, `unknownFormat` for a compressed header.
+[[nodiscard]] Expected<MovieIndexEntries, MediaError> movieIndexEntries(std::uint64_t size, const ReadsAt& readAt);
 
 }  // namespace meridian::inline v0_2

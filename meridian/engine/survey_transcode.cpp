@@ -14,6 +14,7 @@
 #include "meridian/base/numbers.h"
 #include "meridian/cli/transcode_flags.h"
 #include "meridian/engine/error_clause.h"
+#include "meridian/engine/image_sequence.h"
 #include "meridian/engine/libav/text_drawing.h"
 #include "meridian/engine/video_encoders.h"
 #include "meridian/engine/watermark_file.h"
@@ -41,12 +42,38 @@ bool hasAny(const TranscodeExplanation& words, std::initializer_list<std::string
   return std::ranges::any_of(flags, [&words](std::string_view flag) { return settingOf(words, flag) != nullptr; });
 }
 
-/// Returns the first of the files that is the item at the path, under whatever name.
+/// Where an item is, or would be made, once all links are followed.
+struct Location {
+  FileIdentity directory;
+  std::string name;
+
+  friend bool operator==(const Location&, const Location&) = default;
+};
+
+std::optional<Location> locationOf(std::string path) {
+  constexpr int mostLinks = 40;  // as Linux
+  for (int count = 0; count < mostLinks; ++count) {
+    std::error_code error;
+    const std::filesystem::path target = std::filesystem::read_symlink(path, error);
+    if (error) break;
+    path = (std::filesystem::path(path).parent_path() / target).string();
+  }
+  const auto directory = targetIdentity(std::string(deletingLastPathComponent(path)));
+  return directory ? std::optional(Location{*directory, std::string(lastPathComponent(path))}) : std::nullopt;
+}
+
+/// Returns the first of the files that is the item at the path, under whatever name; the path itself for an image of a
+/// directory of them. Neither item has to be there.
 std::optional<std::string> sameFileAs(const std::string& path, const std::vector<std::string>& files) {
   const auto identity = targetIdentity(path);
-  if (!identity) return std::nullopt;
-  const auto same = std::ranges::find(files, identity, targetIdentity);
-  return same == files.end() ? std::nullopt : std::optional(*same);
+  const auto location = locationOf(path);
+  const bool isImage = identity && location && isImageName(location->name);
+  for (const std::string& file : files) {
+    const auto other = targetIdentity(file);
+    if (identity ? other == identity : !other && location && locationOf(file) == location) return file;
+    if (isImage && other == location->directory) return path;
+  }
+  return std::nullopt;
 }
 
 /// Looks at the paths that are written to, beside the files that are read.
@@ -70,10 +97,8 @@ OutputState outputState(const TranscodeExplanation& words, std::vector<std::stri
   if (!progressFile.empty()) {
     const auto error = pathExists(progressFile) ? writableFileError(progressFile) : newFileError(progressFile);
     state.progressFileIsWritable = !error;
-    files.push_back(output);
+    if (!output.empty()) files.push_back(output);
     state.sameAsProgressFile = sameFileAs(progressFile, files);
-    // An output that is not there yet is no file that could be the same.
-    if (standardizedPath(progressFile) == standardizedPath(output)) state.sameAsProgressFile = output;
   }
   return state;
 }

@@ -250,8 +250,14 @@ TEST_F(HostileMediaTest, RefusesAnIndexThatFewBytesClaim) {
   const std::string pieces = content("pieces.mp4");
   std::string freeBoxes;
   for (int count = 0; count < 1001; ++count) freeBoxes += box("free", "");
-  std::string twoHundredEdits = numbers({0, 200});
-  for (int count = 0; count < 200; ++count) twoHundredEdits += numbers({1, 0, 0x10000});
+  const auto edits = [](int number) {
+    std::string list = numbers({0, static_cast<std::uint32_t>(number)});
+    for (int count = 0; count < number; ++count) list += numbers({1, 0, 0x10000});
+    return box("edts", box("elst", list));
+  };
+  const auto keys = [](std::uint32_t number, std::uint32_t size) {
+    return box("keys", numbers({0, number, size}) + "mdtakey");
+  };
   struct Row {
     const char* name;
     std::string bytes;
@@ -265,7 +271,13 @@ TEST_F(HostileMediaTest, RefusesAnIndexThatFewBytesClaim) {
       {"a compressed header", type + box("moov", box("cmov", "")) + rest, unknownFormat},
       // The sound's table claims as many samples as it likes; FFmpeg divides its chunks into parts.
       {"long chunks of sound", patched(clip, clip.rfind("stsc") + 8, {1, 1, 0x7fffffff})},
-      {"edits that repeat the index", withBoxInTrack(clip, box("edts", box("elst", twoHundredEdits))), limitReached},
+      {"edits that repeat the index", withBoxInTrack(clip, edits(200)), limitReached},
+      {"runs of offsets", withBoxInTrack(clip, box("ctts", numbers({0, 1, 75'000'000, 0})))},
+      {"groups of samples", withBoxInTrack(clip, box("sbgp", numbers({0, 0x73796e63, 1, 250'000'000, 1})))},
+      {"groups of version 1",
+       withBoxInTrack(clip, box("sbgp", numbers({1U << 24U, 0x73796e63, 0, 1, 250'000'000, 1})))},
+      {"many keys", withBoxInTrack(clip, keys(125'000'000, 11))},
+      {"a long key", withBoxInTrack(clip, keys(1, 0x40000000))},
       {"encrypted samples", withBoxInTrack(clip, box("senc", numbers({0, 10'000'000})))},
       {"a fragment", patched(pieces, pieces.find("trun") + 4, {0, 89'000'000})},
       {"fragments", withBoxInTrack(clip, box("sidx", numbers({0, 0, 1, 0, 0, 0xffff}))), damaged},
@@ -283,6 +295,13 @@ TEST_F(HostileMediaTest, RefusesAnIndexThatFewBytesClaim) {
     const auto description = describeMedia(url, limits);
     ASSERT_FALSE(description) << row.name;
     EXPECT_EQ(description.error().code, row.code) << row.name << ": " << description.error().message();
+  }
+  // Honest movies: short pieces of sound in many edits, and keys.
+  ASSERT_NO_FATAL_FAILURE(make({{"sound.mov", "-map 1:a -af aloop=loop=80:size=12000 -c:a aac -b:a 16k"}}));
+  const std::string sound = content("sound.mov");
+  for (const std::string& inserted : {edits(80), keys(1, 11)}) {
+    directory().write("hostile.mov", withBoxInTrack(sound, inserted));
+    EXPECT_EQ(errorOf("hostile.mov"), std::nullopt);
   }
   // A hole is cheap.
   directory().write("hostile.mov", claiming);

@@ -33,6 +33,11 @@ TEST_F(SurveyTranscode, SaysWhatIsAtThePathsThatAreWrittenTo) {
   filesystem::create_hard_link("clip.mov", "hard.mov");
   filesystem::create_symlink("clip.mov", "soft.mov");
   filesystem::create_symlink("nowhere", "dangling.mov");
+  filesystem::create_symlink("frames/f.1.png", "frame.png");
+  filesystem::create_symlink(".", "here");
+  filesystem::create_directory("frames");
+  filesystem::copy_file("logo.png", "frames/f.1.png");
+  directory().write("frames/notes.mov", "");
   ASSERT_EQ(mkfifo("fifo", 0600), 0);
   const auto changed = [](auto change) {
     OutputState state;
@@ -80,6 +85,13 @@ TEST_F(SurveyTranscode, SaysWhatIsAtThePathsThatAreWrittenTo) {
       {{"-progress_file", "missing/new.json"}, noProgress},
       {{"-progress_file", "soft.mov"}, usedBy("clip.mov")},
       {{"-out", "new.mov", "-progress_file", "folder/../new.mov"}, usedBy("new.mov")},
+      {{"-out", "new.mov", "-progress_file", path("new.mov")}, usedBy("new.mov")},
+      {{"-out", "here/new.mov", "-progress_file", "new.mov"}, usedBy("here/new.mov")},
+      {{"-out", "new.mov", "-progress_file", "folder/new.mov"}, free},
+      {{"-in_1_0", "frames", "-progress_file", "frames/f.1.png"}, usedBy("frames/f.1.png")},
+      {{"-in_1_0", "frames", "-progress_file", "frame.png"}, usedBy("frame.png")},
+      {{"-in_1_0", "frames", "-progress_file", "frames/f.2.png"}, free},
+      {{"-in_1_0", "frames", "-out", "frames/notes.mov"}, taken},
       {{"-clut", "logo.png", "-progress_file", path("logo.png")}, usedBy("logo.png")},
       {{"-wmf_path", "LOGO.png", "-progress_file", path("logo.png")}, usedBy("logo.png")},
   };
@@ -107,6 +119,18 @@ TEST_F(SurveyTranscode, FindsTheWatermarkAsWrittenOrInAnotherCase) {
   filesystem::copy_file("logo.png", "Twice/A.png");
   filesystem::copy_file("logo.png", "Twice/a.PNG");
   directory().write("Broken.png", "no image");
+  // Each of many directories has two names on the way, and one has too many.
+  std::string detour = "twice/";
+  for (const char* const name : {"Detour", "detour"}) filesystem::create_directory(filesystem::path("Twice") / name);
+  for (int count = 0; count < 300; ++count) detour += "DETOUR/../";
+  filesystem::create_directory("Many");
+  for (int name = 0; name < 128; ++name) {
+    std::string letters = "abcdefg.png";
+    for (std::size_t bit = 0; bit < 7; ++bit) {
+      if ((name >> bit & 1) != 0) letters[bit] = static_cast<char>(letters[bit] - 'a' + 'A');
+    }
+    directory().write("Many/" + letters, "");
+  }
   const struct {
     std::string written;
     /// The path that is found, or a part of the error.
@@ -120,6 +144,8 @@ TEST_F(SurveyTranscode, FindsTheWatermarkAsWrittenOrInAnotherCase) {
       {"Twice/a.PNG", "Twice/a.PNG"},
       {"twice/a.png", "may be \"Twice/A.png\" or \"Twice/a.PNG\""},
       {"Missing/x.png", "cannot be opened"},
+      {detour + "a.png", "may be \"Twice/"},
+      {"many/ABCDEFG.png", "has too many names that differ in case alone"},
       {"folder", "is a directory"},
       {"clip.mov", "is not an image"},
       {"broken.png", "is not in a media format"},

@@ -171,9 +171,9 @@ std::optional<MediaError> MediaInput::checkMovieIndex() {
   const auto entries = movieIndexEntries(
       file_.size(), [this](std::uint64_t place, std::span<char> memory) { return readAt(place, memory); });
   if (!entries) return failure(0, entries.error().code, entries.error().detail);
-  const std::string claimed = "an index of " + std::to_string(*entries) + " entries";
-  if (*entries > file_.size()) return MediaError{damaged, path_, claimed + " in too few bytes"};
-  if (*entries > mostEntries_) return MediaError{limitReached, path_, claimed};
+  const auto claimed = [](std::uint64_t count) { return "an index of " + std::to_string(count) + " entries"; };
+  if (entries->stated > file_.size()) return MediaError{damaged, path_, claimed(entries->stated) + " in too few bytes"};
+  if (entries->inMemory > mostEntries_) return MediaError{limitReached, path_, claimed(entries->inMemory)};
   return std::nullopt;
 }
 
