@@ -131,7 +131,7 @@ inline constexpr auto audioEncoderRows = std::to_array<AudioEncoderRow>({
 }
 
 /// Returns the most bits a second that AAC can code: 6144 bits for each channel and frame of 1024 samples (ISO/IEC
-/// 14496-3).
+/// 14496-3). The sample rate is at most `greatestSampleRate`.
 [[nodiscard]] constexpr std::int64_t greatestAacBitRate(std::int64_t sampleRate, std::int64_t channels) noexcept {
   return sampleRate * channels * 6;
 }

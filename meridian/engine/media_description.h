@@ -325,6 +325,10 @@ struct TimecodeDescription {
   friend bool operator==(const TimecodeDescription&, const TimecodeDescription&) = default;
 };
 
+/// The greatest frame rate of a transcode, in frames per second. What FFmpeg takes for a faster one is mostly the time
+/// base of a container.
+inline constexpr double greatestFrameRate = 600;
+
 /// Which file it is: equal for all names of a file on this machine.
 struct MediaFileIdentity {
   std::uint64_t device = 0;

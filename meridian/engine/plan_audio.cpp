@@ -35,12 +35,6 @@ struct SourceTrack {
 
 std::string limitsOfChannels() { return "use 1 to " + std::to_string(greatestChannels) + " channels"; }
 
-std::string namesOf(std::span<const ChannelLabel> labels) {
-  std::vector<std::string_view> names;
-  for (const ChannelLabel label : labels) names.push_back(description(label));
-  return joined(names, " ");
-}
-
 /// Removes errors or warnings that repeat one before them: what is wrong with one track is mostly wrong with every one.
 void makeDistinct(auto& messages, std::size_t from) {
   auto end = messages.begin() + static_cast<std::ptrdiff_t>(from);
@@ -123,7 +117,7 @@ void planCopiedTrack(PlanContext& context, const SourceTrack& track, std::vector
   const AudioStreamDescription& stream = *track.stream;
   PlannedAudioTrack& planned = context.plan.audio.emplace_back();
   planned.origins.push_back(track.origin);
-  planned.sampleRate = stream.sampleRate;
+  planned.sampleRate = planned.sourceSampleRate = stream.sampleRate;
   planned.bits = stream.bitsPerChannel;
   planned.channelCount = stream.channelCount;
   planned.channels = planned.sourceChannels = labelsOf(stream);
@@ -460,12 +454,15 @@ void setSampleRate(PlanContext& context, PlannedAudioTrack& planned, const Joine
                    const AudioEncoderRow* encoder) {
   const auto asked = context.value<std::int64_t>(sampleRateFlag);
   planned.sampleRate = asked.value_or(source.sampleRate);
+  planned.sourceSampleRate = source.sampleRate;
   const std::string_view flag = asked ? sampleRateFlag : source.flag;
   const std::string detail = asked ? "" : "with " + std::to_string(source.sampleRate) + " samples a second";
   const int onlyRate = context.container ? tableRow(*context.container).sampleRate : 0;
   if (planned.sampleRate < leastSampleRate || planned.sampleRate > greatestSampleRate) {
     context.fail(sampleRateNotAvailable, flag, detail,
                  "set -asr to " + std::to_string(leastSampleRate) + " to " + std::to_string(greatestSampleRate));
+    // The bit rate, which depends on it, is planned all the same.
+    planned.sampleRate = std::clamp<std::int64_t>(planned.sampleRate, leastSampleRate, greatestSampleRate);
   } else if (onlyRate != 0 && planned.sampleRate != onlyRate) {
     context.fail(sampleRateNotAvailable, flag, detail,
                  std::string(description(*context.container)) + " holds " + std::to_string(onlyRate) +

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "meridian/base/joined.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/cli/transcode_properties.h"
@@ -62,6 +63,12 @@ constexpr auto dependentFlags = std::to_array<DependentFlag>({
 });
 
 }  // namespace
+
+std::string namesOf(std::span<const ChannelLabel> labels) {
+  std::vector<std::string_view> names;
+  for (const ChannelLabel label : labels) names.push_back(description(label));
+  return joined(names, " ");
+}
 
 std::string frameRateText(const VideoFrameRate& rate) {
   const MediaRational rational = rate.rawValue();

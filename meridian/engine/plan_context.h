@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "meridian/cli/transcode_explanation.h"
+#include "meridian/engine/channel_layouts.h"
 #include "meridian/engine/encoder_inventory.h"
 #include "meridian/engine/media_description.h"
 #include "meridian/engine/output_container.h"
@@ -143,6 +144,9 @@ class PlanContext {
 [[nodiscard]] inline std::string sizeText(const auto& size) {
   return std::to_string(size.width) + " x " + std::to_string(size.height);
 }
+
+/// Returns the names of channels: "L R C LFE Ls Rs".
+[[nodiscard]] std::string namesOf(std::span<const ChannelLabel> labels);
 
 /// Returns a rate as text: "25 fps", "29.970 fps (30000/1001)".
 [[nodiscard]] std::string frameRateText(const VideoFrameRate& rate);

@@ -5,7 +5,6 @@
 #include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
 #include "meridian/engine/plan_context.h"
-#include "meridian/engine/video_encoders.h"
 #include "meridian/media/file_extension.h"
 #include "meridian/platform/path_text.h"
 
@@ -36,8 +35,8 @@ void chooseContainer(PlanContext& context) {
   const auto extension = fileExtensionIgnoringCase(extensionText);
   if (format) context.container = containerOfFormat(*format);
   if (extensionText.empty()) {
-    if (!context.container && codec && videoEncoderOf(*codec)->containers.size() == 1) {
-      context.container = videoEncoderOf(*codec)->containers.front();
+    if (!context.container && codec && codec->permittedExtensions().size() == 1) {
+      context.container = containerOfExtension(codec->permittedExtensions().front());
     }
     if (!context.container) context.fail(TranscodePlanErrorCode::unknownContainer, outFlag);
     return;

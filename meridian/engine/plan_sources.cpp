@@ -7,8 +7,8 @@
 #include "meridian/base/precondition.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
+#include "meridian/engine/image_sequence.h"
 #include "meridian/engine/plan_context.h"
-#include "meridian/media/file_extension.h"
 #include "meridian/media/media_corporation.h"
 #include "meridian/media/media_names.h"
 #include "meridian/platform/path_text.h"
@@ -42,11 +42,11 @@ std::vector<NumberedInput> numberedInputs(PlanContext& context) {
   return inputs;
 }
 
-/// Returns whether a part is one image: by its extension, or because FFmpeg reads it as one.
+/// Returns whether a part is one image: because FFmpeg reads it as one, or by its extension if it is not described. The
+/// format of images may also be that of moving ones, such as GIF.
 bool isSingleImage(const SourcePart& part) {
-  const auto extension = fileExtensionIgnoringCase(pathExtension(part.path));
-  return (extension && FileExtensionSet::imageFileExtensions().contains(*extension)) ||
-         (part.media != nullptr && part.media->formatName.ends_with("_pipe"));
+  const bool isDescribed = part.media != nullptr && !part.media->formatName.empty();
+  return isDescribed ? part.media->formatName.ends_with("_pipe") : isImageName(lastPathComponent(part.path));
 }
 
 /// What a part must have in common with the part that it continues.
@@ -257,7 +257,8 @@ void planSources(PlanContext& context, std::span<const Expected<MediaDescription
   }
   findImage(context);
   for (const SourceGroup& group : context.groups) {
-    context.plan.sources.push_back(plannedSource(group, context.image && context.image->group == &group));
+    const bool givesImage = context.keepsVideo && context.image && context.image->group == &group;
+    context.plan.sources.push_back(plannedSource(group, givesImage));
   }
 }
 

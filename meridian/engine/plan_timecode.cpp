@@ -1,6 +1,8 @@
 // The timecode of the output: where it comes from, the rate that it counts at, and whether the file stores it.
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <limits>
 
 #include "meridian/base/ascii.h"
 #include "meridian/base/integer_arithmetic.h"
@@ -112,13 +114,25 @@ TimecodeComponents creationStart(PlanContext& context, const VideoFrameRate& rat
   return existing(context, start, rate, flag);
 }
 
-/// Returns whether the part continues the labels of the one before it, or does not say that it does not.
+/// Returns whether the part continues the labels of the one before it, or does not say that it does not. Labels begin
+/// anew at midnight, and may count at another rate than the images, such as 30 at 60.
 bool continues(const MediaDescription& before, const MediaDescription& part) {
   const VideoStreamDescription* const video = before.mainVideo();
-  if (!before.timecode || !part.timecode || video == nullptr || !video->frameCount) return true;
-  const auto first = frameNumber(before.timecode->start, before.timecode->rate);
+  if (!before.timecode || !part.timecode || video == nullptr || !video->frameRate || !video->frameCount) return true;
+  const VideoFrameRate& rate = before.timecode->rate;
+  const auto first = frameNumber(before.timecode->start, rate);
   const auto next = frameNumber(part.timecode->start, part.timecode->rate);
-  return !first || !next || checkedSum(*first, *video->frameCount) == *next;
+  const auto day = frameNumber({24, 0, 0, 0, before.timecode->start.isDropFrame}, rate);
+  const auto labels = timecodeFramesPerSecond(rate);
+  const auto images = timecodeFramesPerSecond(*video->frameRate);
+  if (!first || !next || !day || !labels || !images) return true;
+  // In parts of which a label and an image have a whole number each.
+  const auto dayLength = checkedProduct(*day, *images);
+  const auto length = checkedProduct(*video->frameCount, *labels);
+  if (!dayLength || !length) return false;
+  const std::int64_t labelled = ((*next - *first) % *day + *day) % *day * *images;
+  const std::int64_t off = std::abs(labelled - *length % *dayLength);
+  return std::min(off, *dayLength - off) < *images;
 }
 
 /// Finds the labels of the parts, where one of them breaks the count; the first is the start.
@@ -147,15 +161,16 @@ void planPartStarts(PlanContext& context, PlannedTimecode& timecode, bool asksFo
   }
 }
 
-void planMatchingStart(PlanContext& context, PlannedTimecode& timecode, bool asksForDrop, bool isAsked) {
+void planMatchingStart(PlanContext& context, PlannedTimecode& timecode, bool asksForDrop) {
   const SourcePart& part = *context.image->part;
   if (!part.media->timecode) {
+    timecode.isAssumed = true;
     timecode.start.isDropFrame = asksForDrop && droppedLabelsPerMinute(timecode.rate).has_value();
-    if (isAsked) {
-      const std::string_view match = SAVTimecodeMatchSourceFlag.rawValue();
-      const std::string_view flag = context.isSet(match) ? match : context.isSet(trackFlag) ? trackFlag : burnFlag;
-      context.warn(TranscodePlanWarningCode::timecodeAssumed, flag, "it begins at " + timecode.start.timecodeString());
+    std::string_view flag = context.containerFlag();  // of one that always has timecode
+    for (const std::string_view each : {burnFlag, trackFlag, SAVTimecodeMatchSourceFlag.rawValue()}) {
+      if (context.isSet(each)) flag = each;
     }
+    context.warn(TranscodePlanWarningCode::timecodeAssumed, flag, "it begins at " + timecode.start.timecodeString());
     return;
   }
   timecode.start =
@@ -167,8 +182,7 @@ VideoFrameRate countingRate(PlanContext& context, const VideoFrameRate& outputRa
   const auto asked = context.value<float>(countingRateFlag);
   if (!asked) return outputRate;
   const auto rate = frameRateMeantBy(doubleFromText(context.text(countingRateFlag)).value_or(0));
-  constexpr double greatest = 600;
-  if (!rate || !timecodeFramesPerSecond(*rate) || rate->rawValue().rawValue() > greatest) {
+  if (!rate || !timecodeFramesPerSecond(*rate) || rate->rawValue().rawValue() > greatestFrameRate) {
     context.fail(timecodeRateNotAvailable, countingRateFlag, {}, "use 0.5 to 600 frames per second");
     return outputRate;
   }
@@ -188,7 +202,6 @@ void planTimecode(PlanContext& context) {
     return;
   }
   const TimecodeStorage storage = context.container ? tableRow(*context.container).timecode : TimecodeStorage::track;
-  const bool isAsked = context.isSet(trackFlag) || context.isSet(burnFlag);
   bool isInTrack = storage == TimecodeStorage::always;
   if (storage == TimecodeStorage::none) {
     context.ignore(trackFlag, "the container keeps no timecode");
@@ -229,7 +242,7 @@ void planTimecode(PlanContext& context) {
       timecode.start = creationStart(context, timecode.rate, asksForDrop);
       break;
     case TimecodeSource::match:
-      planMatchingStart(context, timecode, asksForDrop, isAsked);
+      planMatchingStart(context, timecode, asksForDrop);
       break;
   }
   // What the sources state may be a label that the rate does not have.
@@ -238,6 +251,13 @@ void planTimecode(PlanContext& context) {
     context.fail(noSuchLabel, context.image->part->flag,
                  timecode.start.timecodeString() + ", which " + std::string(description(number.error())),
                  "set the timecode with -tc_custom");
+  }
+  constexpr std::int64_t greatestInTrack = std::numeric_limits<std::int32_t>::max();
+  if (number && *number > greatestInTrack && timecode.isInTrack) {
+    const bool isCustom = timecode.source == TimecodeSource::custom;
+    context.fail(noSuchLabel, isCustom ? SAVTimecodeCustomFlag.rawValue() : context.image->part->flag,
+                 timecode.start.timecodeString() + ", which is beyond the last frame that a file can label",
+                 "use fewer hours");
   }
 }
 

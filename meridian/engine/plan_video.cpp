@@ -12,6 +12,7 @@
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/cli/transcode_properties.h"
+#include "meridian/engine/transcode_plan_text.h"
 #include "meridian/media/frame_rate.h"
 
 namespace meridian::inline v0_2 {
@@ -66,8 +67,6 @@ ImageForm sourceForm(const VideoStreamDescription& stream) {
   return form;
 }
 
-constexpr double greatestRate = 600;
-
 std::optional<VideoFrameRate> halfOf(const VideoFrameRate& rate) {
   const auto denominator = checkedProduct(rate.rawValue().denominator, 2);
   const auto half = denominator ? inLowestTerms({rate.rawValue().numerator, *denominator}) : std::nullopt;
@@ -86,7 +85,7 @@ std::optional<VideoFrameRate> askedRate(PlanContext& context, const std::optiona
       context.fail(rateNeeded, context.image->part->flag, "to halve with -vr 0.5", "set another rate with -vr");
     return half;
   }
-  const auto meant = number <= greatestRate ? frameRateMeantBy(number) : std::nullopt;
+  const auto meant = number <= greatestFrameRate ? frameRateMeantBy(number) : std::nullopt;
   if (!meant) context.failRate({}, "use more than 0 and at most 600 frames per second");
   return meant;
 }
@@ -234,9 +233,8 @@ void addLut(PlanContext& context, StepList& list, int outputDepth) {
 ColorSpaceCodes outputColor(PlanContext& context, const PlannedVideo& video,
                             const std::optional<SAVTranscodeArgumentColorSpaceValue>& asked, bool hasLut) {
   if ((asked || hasLut) && video.isColorAssumed) {
-    const auto taken = colorSpaceOf(video.source.color);
     context.warn(TranscodePlanWarningCode::colorAssumed, context.image->part->flag,
-                 taken ? taken->string() + " is assumed" : "");
+                 nameOf(video.source.color) + " is assumed");
   }
   if (asked) return *colorSpaceCodes(*asked);
   if (hasLut && colorSpaceOf(video.source.color) != SAVRec709ColorSpace) {
@@ -388,8 +386,12 @@ void planVideo(PlanContext& context) {
     planCopiedVideo(context, video, asked, sourceRate);
     video.frameCount = sourceFrames(*image.group);
   } else {
-    if (rate && rate->rawValue().rawValue() > greatestRate && !isReported) {
-      context.fail(rateNeeded, image.part->flag, "as its frames have no rate in common");
+    if (rate && rate->rawValue().rawValue() > greatestFrameRate && !isReported) {
+      if (stream.isVariable) {
+        context.fail(rateNeeded, image.part->flag, "as its frames have no rate in common");
+      } else {
+        context.failRate(frameRateText(*rate) + " is above " + plainDecimalText(greatestFrameRate));
+      }
     }
     planEncodedVideo(context, video, rate.value_or(video.source.frameRate));
     video.frameCount = outputFrames(image, video.source.frameRate, rate.value_or(video.source.frameRate));

@@ -332,7 +332,7 @@ PlannedVideoEncoder planEncoder(PlanContext& context, const EncoderChoice& choic
   encoder.keepsFields = keepsFields;
   const bool isReported =
       std::ranges::find(context.errors, wrongExtension, &TranscodePlanError::code) != context.errors.end();
-  if (context.container && !isReported && !isIn(row.containers, *context.container)) {
+  if (context.container && !isReported && !holdsEncoded(*context.container, row.codec)) {
     context.fail(notInContainer, videoCodecFlag, "in " + std::string(description(*context.container)));
   }
   const auto rate = inLowestTerms(image.frameRate.rawValue());

@@ -121,14 +121,15 @@ FrameFit fittedFrame(PlanContext& context, ImageSize source, const MediaRational
     fit.crops = fit.scaled != box;
   } else {
     const double factor = std::min(ratioOfWidths, ratioOfHeights);
-    if (factor > 1) {
-      const ImageSize kept{rounded(displayWidth, false), rounded(displayHeight, false)};
-      context.warn(TranscodePlanWarningCode::notEnlarged, videoDimensionsFlag, sizeText(kept) + " stays");
-    }
     const ImageSize most = roundedDown(box, even);
-    fit.scaled = scaledBy(std::min(factor, 1.0));
+    // Rounding does not enlarge either.
+    fit.scaled = factor < 1 ? scaledBy(factor)
+                            : roundedDown({rounded(displayWidth, false), rounded(displayHeight, false)}, even);
     fit.scaled = {std::min(fit.scaled.width, most.width), std::min(fit.scaled.height, most.height)};
     fit.final = fit.scaled;
+    if (factor > 1) {
+      context.warn(TranscodePlanWarningCode::notEnlarged, videoDimensionsFlag, sizeText(fit.scaled) + " stays");
+    }
   }
   if (scaling != SAVCropAspect) context.ignore(cropAnchorFlag, "nothing is cropped");
   return fit;

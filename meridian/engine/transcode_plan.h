@@ -48,8 +48,8 @@ struct OutputState {
   bool isDirectory = false;
   /// A device, a FIFO or a socket is at the path, which no file may replace.
   bool isSpecial = false;
-  /// The source that is the same file as the output, under whatever name.
-  /// A LUT or watermark image counts as one.
+  /// The source that is the same file as the output, under whatever name; the output itself if it is an image of a
+  /// directory that is a source. A LUT or watermark image counts as a source.
   std::optional<std::string> sameSource;
   /// The directory that the output is in.
   bool directoryExists = true;
@@ -58,7 +58,8 @@ struct OutputState {
   bool workDirectoryIsUsable = true;
   /// The path of "-progress_file" can be written to.
   bool progressFileIsWritable = true;
-  /// The source, LUT, watermark image or output that is the same file as that of "-progress_file", under whatever name.
+  /// The source, LUT, watermark image or output that is the same file as that of "-progress_file", likewise, also
+  /// before either is there.
   std::optional<std::string> sameAsProgressFile;
 
   friend bool operator==(const OutputState&, const OutputState&) = default;
@@ -336,6 +337,8 @@ struct PlannedAudioTrack {
   std::string sampleFormat;
   /// Samples per second.
   std::int64_t sampleRate = 0;
+  /// Those of the origin; the greatest of several.
+  std::int64_t sourceSampleRate = 0;
   /// Bits of a sample; absent for a codec that does not keep samples.
   std::optional<std::int64_t> bits;
   std::int64_t channelCount = 0;
@@ -363,6 +366,8 @@ struct PlannedTimecode {
   TimecodeComponents start;
   /// The rate of counting.
   VideoFrameRate rate;
+  /// True if the source was to give it and has none, so that it begins at 0.
+  bool isAssumed = false;
   /// True if the file stores it; it may also be burnt in.
   bool isInTrack = false;
   /// The labels of the first frames of the parts, where a part does not continue the one before it; otherwise empty.

@@ -217,13 +217,15 @@ void addAudio(Sections& sections, const TranscodePlan& plan) {
     std::string text = (numbers.size() == 1 ? "from track " : "from tracks ") + joined(numbers, ", ") + ": ";
     text += track.isCopied() ? "copy " + printable(track.copiedCodec) : "encode with " + track.encoder;
     if (track.bits) text += ", " + std::to_string(*track.bits) + " bits";
-    text += ", " + std::to_string(track.sampleRate) + " samples a second, ";
+    text += ", " + std::to_string(track.sampleRate) + " samples a second";
+    if (track.sampleRate != track.sourceSampleRate) text += " from " + std::to_string(track.sourceSampleRate);
+    text += ", ";
     if (track.channels.empty()) {
       text += countText(track.channelCount, track.isCopied() ? "channel" : "discrete channel");
     } else {
-      std::vector<std::string_view> names;
-      for (const ChannelLabel label : track.channels) names.push_back(description(label));
-      text += joined(names, " ");
+      text += namesOf(track.channels);
+      const bool isMixed = bitmapOfChannels(track.sourceChannels) != bitmapOfChannels(track.channels);
+      if (isMixed && !track.sourceChannels.empty()) text += " mixed from " + namesOf(track.sourceChannels);
     }
     if (track.bitRate && !track.isCopied()) text += ", " + std::to_string(*track.bitRate) + " bits a second";
     if (!track.language.empty()) text += ", " + printable(track.language);
@@ -238,7 +240,8 @@ void addTimecode(Sections& sections, const TranscodePlan& plan) {
                          return std::holds_alternative<TimecodeBurnStep>(step.step);
                        });
   sections.begin("Timecode");
-  sections.add("start", timecode.start.timecodeString() + ", " + lowercased(description(timecode.source)));
+  sections.add("start", timecode.start.timecodeString() + ", " +
+                            (timecode.isAssumed ? "the source has none" : lowercased(description(timecode.source))));
   sections.add("counts", frameRateText(timecode.rate) + (timecode.start.isDropFrame ? ", drop frame" : ""));
   sections.add("stored", timecode.isInTrack ? (isBurnt ? "in the file, and burnt in" : "in the file") : "burnt in");
   if (timecode.partStarts.empty()) return;

@@ -1,5 +1,5 @@
 /// \file
-/// The encoder of each value of "-vcodec": its pixel formats, containers and rate control. For example:
+/// The encoder of each value of "-vcodec": its pixel formats and rate control. For example:
 ///
 ///     const VideoEncoderRow* row = videoEncoderOf(SAVProRes422HQ);
 ///     row->encoders[0].name;  // "prores_ks"
@@ -48,12 +48,6 @@ inline constexpr auto dnxFormats =
 inline constexpr auto proRes422Formats = std::to_array({PixelFormat::yuv422p10});
 inline constexpr auto proRes4444Formats = std::to_array({PixelFormat::yuv444p10, PixelFormat::yuva444p10});
 
-inline constexpr auto movAndMp4 = std::to_array({OutputContainer::mov, OutputContainer::mp4});
-inline constexpr auto movOnly = std::to_array({OutputContainer::mov});
-inline constexpr auto jpegContainers =
-    std::to_array({OutputContainer::mov, OutputContainer::mp4, OutputContainer::mjpeg});
-inline constexpr auto mxfOnly = std::to_array({OutputContainer::mxf});
-
 }  // namespace detail
 
 /// An encoder by FFmpeg's name, and which sizes it refuses.
@@ -72,7 +66,6 @@ struct VideoEncoderRow {
   std::array<VideoEncoder, 2> encoders;
   /// What the encoder accepts; of several formats with the same chroma, the least depth comes first.
   std::span<const PixelFormat> formats;
-  std::span<const OutputContainer> containers;
   /// The four characters that name the codec in a QuickTime file; empty where FFmpeg's own are right.
   std::string_view tag;
   VideoRateControl rateControl;
@@ -109,7 +102,6 @@ constexpr VideoEncoderRow proResRow(const SAVTranscodeArgumentVideoCodecValue& c
   return {.codec = codec,
           .encoders = encoders,
           .formats = formats,
-          .containers = movOnly,
           .tag = tag,
           .rateControl = VideoRateControl::none,
           .profile = profile,
@@ -127,7 +119,6 @@ inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
     {.codec = SAVDnxhdCodec,
      .encoders = {{{.name = "dnxhd"}}},
      .formats = detail::dnxFormats,
-     .containers = detail::mxfOnly,
      .tag = "",
      .rateControl = VideoRateControl::listedRate,
      .profile = "dnxhd",
@@ -136,7 +127,6 @@ inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
     {.codec = SAVAvcH264Codec,
      .encoders = {{{.name = "libx264", .needsEvenChroma = true}}},
      .formats = detail::h264Formats,
-     .containers = detail::movAndMp4,
      .tag = "avc1",
      .rateControl = VideoRateControl::anyRate,
      .quality = {"crf", "20"},
@@ -144,7 +134,6 @@ inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
     {.codec = SAVHevcCodec,
      .encoders = {{{.name = "libx265", .needsEvenChroma = true}}},
      .formats = detail::h265Formats,
-     .containers = detail::movAndMp4,
      .tag = "hvc1",
      .rateControl = VideoRateControl::anyRate,
      .quality = {"crf", "22"},
@@ -153,7 +142,6 @@ inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
     {.codec = SAVMotionJpegCodec,
      .encoders = {{{.name = "mjpeg"}}},
      .formats = detail::jpegFormats,
-     .containers = detail::jpegContainers,
      .tag = "",
      .rateControl = VideoRateControl::anyRate,
      .quantizer = 3,
@@ -162,7 +150,6 @@ inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
     {.codec = SAVMpeg4Codec,
      .encoders = {{{.name = "mpeg4"}}},
      .formats = detail::mpeg4Formats,
-     .containers = detail::movAndMp4,
      .tag = "mp4v",
      .rateControl = VideoRateControl::anyRate,
      .quantizer = 3,
@@ -186,6 +173,13 @@ static_assert(std::ranges::equal(videoEncoderRows, SAVTranscodeArgumentVideoCode
     if (row.codec == codec) return &row;
   }
   return nullptr;
+}
+
+/// Returns whether a container may hold the codec, as its extensions say.
+[[nodiscard]] constexpr bool holdsEncoded(OutputContainer container,
+                                          const SAVTranscodeArgumentVideoCodecValue& codec) noexcept {
+  return std::ranges::find(codec.permittedExtensions(), tableRow(container).extension) !=
+         codec.permittedExtensions().end();
 }
 
 /// An encoder of a kind of GPU, by FFmpeg's names, which codes 8 bits of 4:2:0.

@@ -135,6 +135,7 @@ PlanJson encodedTrack(const PlannedAudioTrack& track) {
       {"encoder", planTextOrNull(track.encoder)},
       {"sampleFormat", planTextOrNull(track.sampleFormat)},
       {"sampleRate", track.sampleRate},
+      {"sourceSampleRate", track.sourceSampleRate},
       {"bits", planValueOrNull(track.bits)},
       {"channelCount", track.channelCount},
       {"sourceChannels",
@@ -163,6 +164,7 @@ PlanJson encodedTimecode(const PlannedTimecode& timecode) {
           {"start", timecode.start},
           {"text", timecode.start.timecodeString()},
           {"rate", timecode.rate},
+          {"isAssumed", timecode.isAssumed},
           {"isInTrack", timecode.isInTrack},
           {"partStarts",
            encodedList(timecode.partStarts, [](const TimecodeComponents& each) -> PlanJson { return each; })}};

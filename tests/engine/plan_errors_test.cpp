@@ -226,10 +226,14 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec h264 -vr 0.5", "-in_0_0 rateNeeded", "to halve", {changedClip([](Clip&, Video& video, Audio&) {
          video.frameRate.reset();
        })}},
+      {"-vcodec h264", "-in_0_0 rateNeeded", "no rate in common", {changedClip([](Clip&, Video& video, Audio&) {
+         video.frameRate = VideoFrameRate::custom({90000, 1});
+         video.isVariable = true;
+       })}},
       {"-vcodec h264",
-       "-in_0_0 rateNeeded",
-       "no rate in common",
-       {atRate(hdClip(), VideoFrameRate::custom({90000, 1}))}},
+       "-in_0_0 rateOutOfRange",
+       "1000 fps is above 600",
+       {atRate(hdClip(), VideoFrameRate::custom({1000, 1}))}},
       {"-vcodec h264 -vr inf", "-vr rateOutOfRange", ""},
       {"-vcodec h264 -vr 1e-9", "-vr rateOutOfRange", ""},
       {"-vcodec h264 -vbr 0", "-vbr bitRateOutOfRange", ""},
@@ -268,6 +272,9 @@ const std::vector<ErrorCase>& errorCases() {
        {hdClip()},
        surroundings([](auto& found) { found.watermark = Unexpected(std::string("is not an image")); })},
       {"-vcodec h264 -wmf_path logo.png -wmf_scale 0", "-wmf_scale scaleOutOfRange", ""},
+      {"-file_format mp4 -out /out/a -an -vcodec h265", "-vcodec notInContainer", "in MP4"},
+      {"-tc_track -tc_custom 99999:00:00:00", "-tc_custom noSuchLabel", "a file can label"},
+      {"-acodec aac -asr 9223372036854775807", "-asr sampleRateNotAvailable", "768000"},
       {"-vcodec h264 -wmf_path logo.png -wmf_scale nan", "-wmf_scale scaleOutOfRange", ""},
       {"-vcodec h264 -wmf_path logo.png -wmf_scale 20",
        "-wmf_scale watermarkTooLarge",

@@ -11,6 +11,7 @@
 #include "meridian/engine/encoder_inventory.h"
 #include "meridian/engine/video_encoders.h"
 #include "meridian/engine/video_profiles.h"
+#include "tests/engine/planned_words.h"
 
 namespace meridian {
 namespace {
@@ -87,9 +88,16 @@ TEST(PlanTables, NameFormatsAndMuxersOfTheInstalledFFmpeg) {
 }
 
 TEST(PlanTables, AgreeOnContainersProfilesAndDepths) {
+  // A container is the same by its extension and by "-file_format".
   for (const VideoEncoderRow& row : videoEncoderRows) {
     for (const FileExtension extension : row.codec.permittedExtensions()) {
-      EXPECT_TRUE(isIn(row.containers, *containerOfExtension(extension))) << row.codec.rawValue();
+      EXPECT_TRUE(containerOfExtension(extension)) << row.codec.rawValue();
+    }
+    for (const auto& format : SAVTranscodeArgumentFileFormatValue::allCases()) {
+      const std::string words = "-an -vcodec " + row.codec.string() + " -out /out/a";
+      const std::string extension(path(*format.preferredFileExtension()));
+      EXPECT_EQ(planned(words + " -file_format " + format.string()).has_value(), planned(words + extension).has_value())
+          << words << extension;
     }
   }
   for (const SAVTranscodeArgumentFileFormatValue& format : SAVTranscodeArgumentFileFormatValue::allCases()) {

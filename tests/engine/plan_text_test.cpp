@@ -40,7 +40,7 @@ Video
   encode    h264 with libx264, yuv420p, 960 x 960, 29.970 fps (30000/1001), rec_709, 300 frames, 3 Mb/s
   options   b=3000000, maxrate=4500000, bufsize=6000000
 Audio
-  track 0  from track 0: encode with aac, 44100 samples a second, L R, 128000 bits a second
+  track 0  from track 0: encode with aac, 44100 samples a second from 48000, L R, 128000 bits a second
 Timecode
   start   01:00:00:00, as the source
   counts  29.970 fps (30000/1001)
@@ -56,6 +56,17 @@ Warnings
   "-in_0_0": does not state its colour space: rec_709 is assumed
   "-crop_anchor": has no effect: nothing is cropped
 )");
+}
+
+TEST(PlanText, TellsWhatIsMixedAndWhatTheSourceLacks) {
+  MediaDescription clip = hdClip();
+  clip.timecode.reset();
+  const TranscodePlan plan = successful(planned("-acodec lpcm -acl mono -tc_track", {clip}));
+  EXPECT_THAT(describe(plan), AllOf(HasSubstr("48000 samples a second, C mixed from L R\n"),
+                                    HasSubstr("start   00:00:00:00, the source has none\n")));
+  EXPECT_EQ(nlohmann::ordered_json(plan)["timecode"]["isAssumed"], true);
+  const TranscodePlan sound = successful(planned("-vn"));
+  EXPECT_THAT(describe(sound), Not(HasSubstr("the image")));
 }
 
 TEST(PlanText, ShortensALongListOfParts) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <tuple>
 
 #include "tests/engine/planned_words.h"
 
@@ -99,6 +100,25 @@ TEST(PlanTimecode, GoesOnOverPartsUnlessTheirLabelsBreak) {
               ElementsAre("01:00:00:00", "01:00:10:01"));
   EXPECT_THAT(partStarts({labelled("01:00:00:00", rate, std::numeric_limits<std::int64_t>::max()), hdClip()}),
               ElementsAre("01:00:00:00", "01:00:00:00"));
+  // At midnight labels begin anew.
+  EXPECT_THAT(partStarts({labelled("23:59:59:24", rate, 1), labelled("00:00:00:00", rate)}), IsEmpty());
+  EXPECT_THAT(partStarts({labelled("23:59:59;28", VideoFrameRate::ntsc30p, 2),
+                          labelled("00:00:00;00", VideoFrameRate::ntsc30p)}),
+              IsEmpty());
+  // Of every two images at 59.94 one has a label of its own, where these count 30 a second.
+  const auto halfLabelled = [](std::string_view start, std::int64_t frames) {
+    MediaDescription clip = labelled(start, VideoFrameRate::ntsc60p, frames);
+    clip.timecode->rate = VideoFrameRate::ntsc30p;
+    return clip;
+  };
+  const std::vector<std::tuple<int, const char*, bool>> halves{{600, "01:00:10:00", true},
+                                                               {600, "01:00:10:01", false},
+                                                               {601, "01:00:10:00", true},
+                                                               {601, "01:00:10:01", true},
+                                                               {601, "01:00:10:02", false}};
+  for (const auto& [frames, next, isContinued] : halves) {
+    EXPECT_EQ(partStarts({halfLabelled("01:00:00:00", frames), halfLabelled(next, 1)}).empty(), isContinued) << next;
+  }
   // What is moved is moved, and said, once.
   const VideoFrameRate film = VideoFrameRate::p24;
   const TranscodePlan plan = successful(planned("-vcodec h264 -vr 29.97 -tc_track -tc_drop -in_0_1 b.mov",

@@ -258,6 +258,10 @@ TEST(PlanVideo, CountsFramesAndJoinsParts) {
   MediaDescription exr = hdClip();
   exr.formatName = "exr_pipe";
   EXPECT_TRUE(successful(planned("-vcodec h264 -vr 24 -an", {exr})).sources.front().isImageSequence);
+  MediaDescription animation = hdClip();
+  animation.formatName = "gif";
+  const std::string words = "-in_0_0 a.gif -out a.mov -an -vcodec h264";
+  EXPECT_FALSE(successful(plannedAlone(words, {animation})).sources.front().isImageSequence);
 }
 
 TEST(PlanVideo, CopiesWithoutACodecAndUsesAGpuThatOpens) {

@@ -86,6 +86,13 @@ const std::vector<WarningCase>& warningCases() {
        "-in_0_0 colorAssumed",
        "rec_709 is assumed",
        {changedClip([](Clip&, Video& video, Audio&) { video.primaries = video.transfer = video.matrix = {}; })}},
+      {"-vcodec h264 -c_space rec_2020",
+       "-in_0_0 colorAssumed",
+       "1-16-1 is assumed",
+       {changedClip([](Clip&, Video& video, Audio&) {
+         video.matrix = {};
+         video.transfer = {16, "smpte2084"};
+       })}},
       {"-vcodec h264 -clut a.cube", "-clut lutColorUnstated", "-c_space", {changedClip([](Clip&, Video& video, Audio&) {
          video.primaries = video.matrix = {9, "bt2020"};
          video.transfer = {14, "bt2020-10"};
@@ -94,6 +101,7 @@ const std::vector<WarningCase>& warningCases() {
       // The rest.
       {"-file_format wav -out /out/a.wav", "-file_format videoLeftOut", "-vn"},
       {"-vcodec h264 -dims 3840x2160", "-dims notEnlarged", "1920 x 1080 stays"},
+      {"-vcodec h264 -dims 3840x2160", "-dims notEnlarged", "856 x 480 stays", {withSize(hdClip(), 856, 481)}},
       {"-vcodec h264 -gpu_decoding", "-gpu_decoding gpuNotUsed", "CPU"},
       {"-vcodec h264 -vbd 8 -gpu_encoding", "-gpu_encoding gpuNotUsed", "no GPU that encodes can be used here"},
       {"-vcodec h264 -gpu_encoding", "-gpu_encoding gpuNotUsed", "set -vbd 8"},
@@ -137,6 +145,10 @@ const std::vector<WarningCase>& warningCases() {
       {"-tc_track -tc_match", "-tc_match timecodeAssumed", "00:00:00:00", {changedClip([](Clip& clip, Video&, Audio&) {
          clip.timecode.reset();
        })}},
+      {"-out /out/a.mxf -acodec lpcm -vcodec dnxhd",
+       "-out timecodeAssumed",
+       "00:00:00:00",
+       {changedClip([](Clip& clip, Video&, Audio&) { clip.timecode.reset(); })}},
       {"-tc_track -tc_creation",
        "-tc_creation timecodeFromCreation",
        "2026-11-22T10:20:30+0100, as written",

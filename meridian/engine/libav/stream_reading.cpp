@@ -234,11 +234,16 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   const bool isAvi = std::string_view(input.iformat->name) == "avi";
   const bool isCine = std::string_view(input.iformat->name) == "cine";
   const bool countsFields = isInterlaced(video.fieldOrder) && std::abs(ratio - 2) < 0.02;
-  constexpr double fastestRate = 600;
+  const double commonRate = av_q2d(stream.r_frame_rate);
+  // The average of a made-up rate is not that rate.
+  const bool isCommonAverage =
+      video.averageFrameRate && std::abs(commonRate / video.averageFrameRate->rawValue() - 1) < 0.01;
   if (const auto listed = listedRate(input, stream)) {
     video.isVariable = listed->isVariable;
     if (listed->rate) rate = listed->isRounded && video.averageFrameRate ? video.averageFrameRate : listed->rate;
-  } else if (av_q2d(stream.r_frame_rate) > fastestRate && !isCine) {
+  } else if (commonRate > greatestFrameRate && isCommonAverage) {
+    rate = video.averageFrameRate;
+  } else if (commonRate > greatestFrameRate && !isCine) {
     // FFmpeg takes the time base where it finds no rate that the frames have in common, or one as fast as this.
     const ListedRate next = rateOfNextFrames(input, stream);
     video.isVariable = next.isVariable;
@@ -249,7 +254,8 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
     video.isVariable = std::abs(ratio - 1) > 0.01;
   }
   // In QuickTime and MP4, too, the time base may be all that frames have in common.
-  if (!rate || rate->rawValue() > fastestRate) rate = video.averageFrameRate;
+  const bool isTooFast = rate && rate->rawValue() > greatestFrameRate;
+  if (!rate || (isTooFast && video.averageFrameRate)) rate = video.averageFrameRate;
   if (rate) video.exactFrameRate = recognizedRate(*rate);
   if (video.exactFrameRate) video.frameRate = VideoFrameRate::matching(*video.exactFrameRate);
 }
