@@ -181,6 +181,8 @@ constexpr auto cameraRawRows = std::to_array<CameraRawRow>({
 
 void describePart(PlanContext& context, SourcePart& part, const Expected<MediaDescription, MediaError>& media) {
   if (!media) {
+    // That there is no path is an error of the words.
+    if (part.path.empty()) return;
     const MediaError& error = media.error();
     const auto raw = std::ranges::find(cameraRawRows, lowercased(pathExtension(part.path)), &CameraRawRow::extension);
     if (error.code == MediaErrorCode::unknownFormat && raw != cameraRawRows.end()) {

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
@@ -34,18 +35,50 @@ std::string_view sequenceOf(Style style) {
   return "";
 }
 
+/// Returns where the word ends that begins at a place. Blanks within quotation marks do not end it.
+std::size_t endOfWord(std::string_view line, std::size_t place) {
+  bool isQuoted = false;
+  for (; place < line.size() && (isQuoted || line[place] != ' '); ++place) isQuoted = isQuoted != (line[place] == '"');
+  return place;
+}
+
+/// Returns where the words end that stay together from a place on: numbers with what they count, as "25 fps" and
+/// "1920 x 1080".
+std::size_t endOfPiece(std::string_view line, std::size_t place) {
+  for (;;) {
+    const std::size_t end = endOfWord(line, place);
+    const std::string_view word = line.substr(place, end - place);
+    const bool isNumber = !word.empty() && word.find_first_not_of(".0123456789") == std::string_view::npos;
+    if (end == line.size() || !(isNumber || word == "x")) return end;
+    place = end + 1;
+  }
+}
+
+/// Returns where the last column begins that does so within `width`; absent if the line has no columns.
+std::optional<std::size_t> lastColumn(std::string_view line, std::size_t width) {
+  std::optional<std::size_t> column;
+  const std::size_t first = std::min(line.find_first_not_of(' '), line.size());
+  for (std::size_t place = endOfWord(line, first); place < line.size();) {
+    const std::size_t next = std::min(line.find_first_not_of(' ', place), line.size());
+    if (next > width) break;
+    if (next - place > 1) column = next;
+    place = endOfWord(line, next);
+  }
+  return column;
+}
+
 /// Returns the line broken at blanks into lines of at most `width` columns, where words allow it. They continue below
 /// the last column, if two thirds of the width are enough for the others.
 std::string brokenLine(std::string_view line, std::size_t width) {
   const std::size_t first = std::min(line.find_first_not_of(' '), line.size());
-  const std::size_t gap = line.rfind("  ", width * 2 / 3);
-  const bool hasColumns = gap != std::string_view::npos && gap >= first;
-  const std::size_t begin = hasColumns ? gap + 2 : first;
+  const auto lastBegin = lastColumn(line, width * 2 / 3 + 2);
+  const bool hasColumns = lastBegin.has_value();
+  const std::size_t begin = lastBegin.value_or(first);
   const std::string indentation(hasColumns ? begin : first + 2, ' ');
   std::string text(line.substr(0, begin));
   std::size_t column = begin;
   for (std::size_t place = begin; place < line.size();) {
-    const std::size_t end = std::min(line.find(' ', place), line.size());
+    const std::size_t end = endOfPiece(line, place);
     const std::string_view word = line.substr(place, end - place);
     if (place > begin && column + 1 + displayWidth(word) > width) {
       text += '\n' + indentation;

@@ -62,7 +62,7 @@ struct Cell {
 
 /// Writes sections of indented lines, each of which ends with a newline; the text must be safe for a terminal. On a
 /// terminal a line above an indented one is styled as a heading, and a line that is too wide continues below its last
-/// column, which two blanks precede.
+/// column, which two blanks precede. Texts in quotation marks and numbers with their units stay in one piece.
 void printSections(std::string_view text);
 
 /// Writes the rows with their columns aligned, indented by two spaces. A text of more than 60 columns does not widen

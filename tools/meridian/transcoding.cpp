@@ -13,16 +13,24 @@ namespace meridian::command {
 Status transcode(std::span<const std::string_view> words, const TranscodeRequest& request) {
   const EngineModule& engine = engineModule();
   const TranscodeExplanation explanation = explain(words);
+  const bool isJson = request.isPlanOnly && request.isJson;
+  const auto print = [&request](const Json& content) {
+    Json document = request.line > 0 ? Json{{"line", request.line}} : Json::object();
+    document.update(content);
+    printJson(document, request.line > 0 ? JsonForm::oneLine : JsonForm::indented);
+  };
   if (const auto listing = engine.listing(explanation)) {
-    printSections(*listing);
+    if (isJson) {
+      print({{"listing", *listing}});
+    } else {
+      printSections(*listing);
+    }
     return done;
   }
   PlannedTranscode planned = engine.plan(explanation);
-  if (request.isPlanOnly && request.isJson) {
+  if (isJson) {
     warnOfInvalidText(words, "The transcode uses the bytes unchanged");
-    Json document = request.line > 0 ? Json{{"line", request.line}} : Json::object();
-    document.update(engine.encode(planned));
-    printJson(document, request.line > 0 ? JsonForm::oneLine : JsonForm::indented);
+    print(engine.encode(planned));
     return planned ? done : failed;
   }
   const auto report = [&request](std::string_view kind, const auto& errorOrWarning) {

@@ -31,7 +31,7 @@ Subcommand renderCommand() {
       .description = "Read an argument vector and print it as the transcoder gets it, one element per line",
       .details = "Several vectors are printed one on each line: quoted for a shell, or with --json as JSON lists.",
       .example =
-          "meridian render --null -- -preset solvane_4444xq -out /out/a.mov | xargs -0 transcoder\n"
+          "meridian render --null -- -preset solvane_4444xq -out /out/a.mov | xargs -0 meridian-transcoder\n"
           "meridian render --json --from jobs.txt",
       .takesWords = true,
       .fileOption = "from",

@@ -20,7 +20,7 @@ Subcommand transcodeCommand() {
       .takesWords = true,
       .fileOption = "from",
       .options = {{flag, "plan", "Print what would be done, and do nothing"},
-                  {flag, "json", "With --plan, print JSON: the whole plan or null, and the errors"},
+                  {flag, "json", "With --plan, print JSON: the plan or null, and the errors; or the listing"},
                   fromOption()},
       .checkNames =
           [](const Arguments& arguments) {
