@@ -412,6 +412,15 @@ TranscodeExplanation explain(const ArgumentWords& words, bool maintainOriginalOr
   return explanation;
 }
 
+std::vector<std::string> wordsWithRejected(const TranscodeCliArguments& arguments) {
+  std::vector<std::string> words = arguments.commandLine();
+  arguments.enumerateUnknownFlags([&words](std::string_view flag, std::string_view value) {
+    words.emplace_back(flag);
+    if (!value.empty()) words.emplace_back(value);
+  });
+  return words;
+}
+
 std::vector<TranscodeWarning> readingBackWarnings(const TranscodeCliArguments& arguments) {
   std::vector<TranscodeWarning> warnings;
   for (const auto& [flag, value] : arguments.flagValueLookup()) {

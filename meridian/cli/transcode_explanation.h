@@ -199,6 +199,10 @@ struct TranscodeExplanation {
 [[nodiscard]] MERIDIAN_API TranscodeExplanation explain(const ArgumentWords& words,
                                                         bool maintainOriginalOrdering = false);
 
+/// Returns the store's `commandLine()` followed by the flags that it rejected, each with its value if it has one, so
+/// that reading them again rejects the same.
+[[nodiscard]] MERIDIAN_API std::vector<std::string> wordsWithRejected(const TranscodeCliArguments& arguments);
+
 /// Warns about each value that a reader of the store's `commandLine()` gets differently: values are trimmed and mostly
 /// lower-cased, and one that begins with "-" is a flag.
 [[nodiscard]] MERIDIAN_API std::vector<TranscodeWarning> readingBackWarnings(const TranscodeCliArguments& arguments);

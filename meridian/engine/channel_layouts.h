@@ -258,13 +258,20 @@ static_assert(usualChannels(16)->count == 16);
   return bitmap ? channelsOfBitmap(*bitmap) : std::nullopt;
 }
 
+/// Returns the bitmap with a pair of surround channels at the back moved to the sides, or the other way round; as it is
+/// without such a pair, and with channels at both.
+[[nodiscard]] constexpr std::uint64_t withOtherSurround(std::uint64_t bitmap) noexcept {
+  constexpr std::uint64_t backs = 0x30;
+  constexpr std::uint64_t sides = 0x600;
+  const std::uint64_t surround = bitmap & (backs | sides);
+  return surround == backs || surround == sides ? bitmap ^ (backs | sides) : bitmap;
+}
+
 /// Returns the layout of exactly these channels in the order of their bits; absent if there is none. Surround channels
 /// at the sides are Core Audio's Ls and Rs where there are none at the back.
 [[nodiscard]] constexpr std::optional<ChannelLayoutRow> channelLayoutWithBitmap(std::uint64_t bitmap) noexcept {
-  constexpr std::uint64_t backs = 0x30;
   constexpr std::uint64_t sides = 0x600;
-  if ((bitmap & sides) == sides && (bitmap & backs) == 0) bitmap = (bitmap & ~sides) | backs;
-  const auto channels = channelsOfBitmap(bitmap);
+  const auto channels = channelsOfBitmap((bitmap & sides) != 0 ? withOtherSurround(bitmap) : bitmap);
   if (!channels) return std::nullopt;
   for (const ChannelLayoutRow& row : channelLayoutRows) {
     if (std::ranges::equal(row.channels, *channels)) return row;

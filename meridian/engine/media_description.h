@@ -219,7 +219,7 @@ struct VideoStreamDescription : StreamDescription {
   /// The value of "-c_space" with these primaries, transfer and matrix.
   std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpace;
   /// True for an attached image, such as cover art; the stream has no video.
-  bool isAttachedPicture = false;
+  bool isAttachedImage = false;
 
   /// Returns the output-size choice that equals the stored size: `VideoDimension::tenEightyP`, else a custom one.
   [[nodiscard]] constexpr VideoDimension videoDimension() const noexcept {
@@ -384,7 +384,7 @@ struct MediaDescription {
   /// none.
   [[nodiscard]] const VideoStreamDescription* mainVideo() const noexcept {
     for (const VideoStreamDescription& stream : video) {
-      if (!stream.isAttachedPicture) return &stream;
+      if (!stream.isAttachedImage) return &stream;
     }
     return nullptr;
   }

@@ -75,7 +75,7 @@ struct OutputContainerRow {
   bool keepsTags;
   /// The codecs whose packets it can hold as they are, by FFmpeg's names.
   std::span<const std::string_view> codecs;
-  /// The whole frame rates N that it can hold, each with N * 1000/1001; empty for any rate.
+  /// The whole frame rates N that it can hold, those of 24 and 30 also times 1000/1001; empty for any rate.
   std::span<const int> frameRates = {};
   /// The only sample rate of its audio, in samples per second; 0 for any.
   int sampleRate = 0;
@@ -124,7 +124,9 @@ struct EnumerationTable<OutputContainer> {
 [[nodiscard]] constexpr bool holdsFrameRate(OutputContainer container, const MediaRational& rate) noexcept {
   const auto rates = tableRow(container).frameRates;
   return rates.empty() || std::ranges::any_of(rates, [&rate](int whole) {
-           return rate == MediaRational{whole, 1} || rate == inLowestTerms({std::int64_t{whole} * 1000, 1001});
+           const bool hasSlower = whole % 24 == 0 || whole % 30 == 0;
+           return rate == MediaRational{whole, 1} ||
+                  (hasSlower && rate == inLowestTerms({std::int64_t{whole} * 1000, 1001}));
          });
 }
 

@@ -337,14 +337,6 @@ bool isMixable(std::span<const ChannelLabel> channels) {
                                   }));
 }
 
-/// Returns the bitmap with channels at the back moved to the sides, or the other way round.
-std::uint64_t withOtherSurround(std::uint64_t bitmap) {
-  constexpr std::uint64_t backs = 0x30;
-  constexpr std::uint64_t sides = 0x600;
-  if ((bitmap & sides) == 0) return (bitmap & backs) == backs ? bitmap ^ backs ^ sides : bitmap;
-  return (bitmap & backs) == 0 ? bitmap ^ backs ^ sides : bitmap;
-}
-
 /// Takes the channels as they are, one after the other.
 void setDiscreteChannels(PlanContext& context, PlannedAudioTrack& planned, std::string_view flag,
                          const JoinedSource& source, const AudioEncoderRow* encoder) {

@@ -38,6 +38,11 @@ TextStyle textStyle(PlanContext& context, const TextFlags& flags, const ImageFor
     constexpr double linesOfPoints = 1080;
     style.fontSize = static_cast<double>(*points) * image.height / linesOfPoints;
   }
+  constexpr double leastReadable = 4;
+  if (style.fontSize < leastReadable) {
+    context.warn(TranscodePlanWarningCode::textTooSmall, flags.burn,
+                 fixedDecimalText(style.fontSize, 1) + " pixels high");
+  }
   style.fontColor = context.value<RgbColor>(flags.fontColor).value_or(style.fontColor);
   style.boxColor = context.value<RgbColor>(flags.boxColor).value_or(style.boxColor);
   if (!context.surroundings.hasFont) context.fail(noFont, flags.burn);

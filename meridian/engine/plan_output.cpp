@@ -38,7 +38,10 @@ void chooseContainer(PlanContext& context) {
     if (!context.container && codec && codec->permittedExtensions().size() == 1) {
       context.container = containerOfExtension(codec->permittedExtensions().front());
     }
-    if (!context.container) context.fail(TranscodePlanErrorCode::unknownContainer, outFlag);
+    if (!context.container) {
+      context.fail(TranscodePlanErrorCode::unknownContainer, outFlag, {},
+                   "end the name in one of " + allowedExtensions(format, codec) + ", or set -file_format");
+    }
     return;
   }
   const auto byExtension = extension ? containerOfExtension(*extension) : std::nullopt;

@@ -217,7 +217,7 @@ void findImage(PlanContext& context) {
       continue;
     }
     context.image = {&group, part, stream};
-    const auto streams = std::ranges::count(part->media->video, false, &VideoStreamDescription::isAttachedPicture);
+    const auto streams = std::ranges::count(part->media->video, false, &VideoStreamDescription::isAttachedImage);
     if (streams > 1 && context.keepsVideo) {
       context.warn(TranscodePlanWarningCode::partOfSourceLeftOut, part->flag,
                    inQuotes(part->path) + " has " + std::to_string(streams));

@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <limits>
 
-#include "meridian/base/ascii.h"
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
+#include "meridian/engine/creation_date.h"
 #include "meridian/engine/plan_context.h"
 #include "meridian/media/frame_number.h"
 
@@ -20,37 +20,6 @@ constexpr std::string_view trackFlag = SAVTimecodeAddTrackFlag.rawValue();
 constexpr std::string_view burnFlag = SAVTimecodeAddBurnFlag.rawValue();
 constexpr std::string_view dropFlag = SAVTimecodeIsDropFlag.rawValue();
 constexpr std::string_view countingRateFlag = SAVTimecodeFrameRateFlag.rawValue();
-
-/// The time of day of a date of creation.
-struct ClockTime {
-  std::int64_t seconds = 0;
-  double fraction = 0;
-  bool isUtc = false;
-};
-
-/// Reads the clock of "2026-11-22T10:20:30.5+0100": the time as written, which is that of the camera unless the zone is
-/// "Z". Absent for a text of another form.
-std::optional<ClockTime> clockOf(std::string_view date) {
-  constexpr std::size_t clockPlace = 11;  // after "2026-11-22T"
-  constexpr std::string_view form = "00:00:00";
-  if (date.size() < clockPlace + form.size()) return std::nullopt;
-  const std::string_view clock = date.substr(clockPlace, form.size());
-  for (std::size_t place = 0; place < form.size(); ++place) {
-    if (form[place] == ':' ? clock[place] != ':' : !detail::isDigit(clock[place])) return std::nullopt;
-  }
-  const auto pair = [clock](std::size_t place) { return integerFromText(clock.substr(place, 2)).value_or(0); };
-  if (pair(0) > 23 || pair(3) > 59 || pair(6) > 59) return std::nullopt;
-  ClockTime time{.seconds = pair(0) * 3600 + pair(3) * 60 + pair(6)};
-  std::string_view rest = date.substr(clockPlace + form.size());
-  if (rest.starts_with('.')) {
-    std::size_t end = 1;
-    while (end < rest.size() && detail::isDigit(rest[end])) ++end;
-    time.fraction = doubleFromText("0" + std::string(rest.substr(0, end))).value_or(0);
-    rest = rest.substr(end);
-  }
-  time.isUtc = rest == "Z" || rest == "z";
-  return time;
-}
 
 /// Returns the label with frames that exist at the rate: the next one, where drop frame skips it.
 TimecodeComponents existing(PlanContext& context, TimecodeComponents label, const VideoFrameRate& rate,
@@ -96,20 +65,20 @@ TimecodeComponents creationStart(PlanContext& context, const VideoFrameRate& rat
   const MediaDescription& media = *context.image->part->media;
   constexpr std::int64_t day = 24 * 3600;
   const std::int64_t offset = context.surroundings.utcOffset.count();
-  std::optional<ClockTime> clock = clockOf(media.creationDate);
-  if (clock) {
+  const auto stated = creationDateFrom(media.creationDate);
+  if (stated) {
     context.warn(TranscodePlanWarningCode::timecodeFromCreation, flag,
-                 printable(media.creationDate) + (clock->isUtc ? ", in the zone of this machine" : ", as written"));
-    if (clock->isUtc) clock->seconds += offset;
+                 printable(media.creationDate) + (stated->isUtc ? ", in the zone of this machine" : ", as written"));
   } else {
     context.warn(TranscodePlanWarningCode::timecodeFromCreation, flag,
                  "the source states none, so that it is the time of its last change");
-    clock = ClockTime{.seconds = media.modificationTime.time_since_epoch().count() + offset};
   }
-  const std::int64_t seconds = (clock->seconds % day + day) % day;
+  const CreationDate date = stated.value_or(CreationDate{.time = media.modificationTime, .isUtc = true});
+  const std::int64_t clock = date.time.time_since_epoch().count() + (date.isUtc ? offset : 0);
+  const std::int64_t seconds = (clock % day + day) % day;
   const auto perSecond = static_cast<double>(timecodeFramesPerSecond(rate).value_or(1));
   const TimecodeComponents start{seconds / 3600, seconds / 60 % 60, seconds % 60,
-                                 static_cast<std::int64_t>(std::min(clock->fraction * perSecond, perSecond - 1)),
+                                 static_cast<std::int64_t>(std::min(date.fraction * perSecond, perSecond - 1)),
                                  asksForDrop && droppedLabelsPerMinute(rate).has_value()};
   return existing(context, start, rate, flag);
 }

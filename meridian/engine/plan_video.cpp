@@ -97,17 +97,10 @@ std::optional<SAVTranscodeArgumentColorSpaceValue> askedColorSpace(PlanContext& 
   return SAVSrgbColorSpace;
 }
 
-/// Returns the number of frames of all parts at the rate of the source; absent if a part does not state its own.
-std::optional<std::int64_t> sourceFrames(const SourceGroup& group) {
-  std::int64_t frames = 0;
-  for (const SourcePart& part : group.parts) {
-    const VideoStreamDescription* const video = part.media != nullptr ? part.media->mainVideo() : nullptr;
-    if (video == nullptr || !video->frameCount) return std::nullopt;
-    const auto sum = checkedSum(frames, *video->frameCount);
-    if (!sum) return std::nullopt;
-    frames = *sum;
-  }
-  return frames;
+/// Returns the number of frames of the source, at its own rate; absent if a part does not state its own.
+std::optional<std::int64_t> sourceFrames(const PlanContext& context) {
+  const std::int64_t group = context.image->group->number;
+  return std::ranges::find(context.plan.sources, group, &PlannedSource::group)->frameCount();
 }
 
 /// Returns the seconds of all parts; absent if a part does not state its own.
@@ -124,9 +117,10 @@ std::optional<double> sourceSeconds(const SourceGroup& group) {
 }
 
 /// Returns the frames of the output: as many as the source has, or as fit into the time that they take.
-std::optional<std::int64_t> outputFrames(const SourceImage& image, const VideoFrameRate& from,
+std::optional<std::int64_t> outputFrames(const PlanContext& context, const VideoFrameRate& from,
                                          const VideoFrameRate& to) {
-  const auto frames = sourceFrames(*image.group);
+  const SourceImage& image = *context.image;
+  const auto frames = sourceFrames(context);
   if (!image.stream->isVariable && from == to) return frames;
   std::optional<double> seconds;
   if (image.stream->isVariable) {
@@ -384,7 +378,7 @@ void planVideo(PlanContext& context) {
   const ExplainedSetting* const codec = context.use(videoCodecFlag);
   if (codec == nullptr || isCopyOfSource(videoCodecFlag, codec->value)) {
     planCopiedVideo(context, video, asked, sourceRate);
-    video.frameCount = sourceFrames(*image.group);
+    video.frameCount = sourceFrames(context);
   } else {
     if (rate && rate->rawValue().rawValue() > greatestFrameRate && !isReported) {
       if (stream.isVariable) {
@@ -394,7 +388,7 @@ void planVideo(PlanContext& context) {
       }
     }
     planEncodedVideo(context, video, rate.value_or(video.source.frameRate));
-    video.frameCount = outputFrames(image, video.source.frameRate, rate.value_or(video.source.frameRate));
+    video.frameCount = outputFrames(context, video.source.frameRate, rate.value_or(video.source.frameRate));
   }
   const auto exact = rate ? inLowestTerms(rate->rawValue()) : std::nullopt;
   if (exact && context.container && !holdsFrameRate(*context.container, *exact)) {
@@ -402,7 +396,7 @@ void planVideo(PlanContext& context) {
     for (const int each : tableRow(*context.container).frameRates) rates.push_back(std::to_string(each));
     const std::string name(description(*context.container));
     context.failRate(frameRateText(*rate) + " in " + name,
-                     name + " holds " + joined(rates, ", ") + ", and each times 1000/1001");
+                     name + " holds " + joined(rates, ", ") + ", and multiples of 24 and 30 also times 1000/1001");
   }
 }
 

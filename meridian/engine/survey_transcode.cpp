@@ -11,8 +11,8 @@
 #include <system_error>
 #include <utility>
 
-#include "meridian/base/numbers.h"
 #include "meridian/cli/transcode_flags.h"
+#include "meridian/engine/creation_date.h"
 #include "meridian/engine/error_clause.h"
 #include "meridian/engine/image_sequence.h"
 #include "meridian/engine/libav/text_drawing.h"
@@ -113,26 +113,13 @@ std::optional<std::string> lutErrorOf(const std::string& path) {
   return rows ? std::nullopt : std::optional(clauseOf(rows.error()));
 }
 
-/// Reads "2026-11-22T10:20:30...", without its zone; absent for a text of another form.
-std::optional<std::chrono::sys_seconds> clockTimeOf(std::string_view date) {
-  constexpr std::string_view form = "0000-00-00T00:00:00";
-  if (date.size() < form.size()) return std::nullopt;
-  const auto number = [date](std::size_t place, std::size_t length) {
-    return static_cast<int>(integerFromText(date.substr(place, length)).value_or(-1));
-  };
-  using namespace std::chrono;
-  const year_month_day calendarDay{year(number(0, 4)), month(static_cast<unsigned>(number(5, 2))),
-                                   day(static_cast<unsigned>(number(8, 2)))};
-  if (!calendarDay.ok()) return std::nullopt;
-  return sys_days(calendarDay) + hours(number(11, 2)) + minutes(number(14, 2)) + seconds(number(17, 2));
-}
-
 /// Returns the machine's offset from UTC at the time of creation of the first source with an image, or else its last
 /// change.
 std::chrono::seconds utcOffset(const std::vector<Expected<MediaDescription, MediaError>>& media) {
   for (const auto& each : media) {
     if (!each || each->mainVideo() == nullptr) continue;
-    const std::chrono::sys_seconds time = clockTimeOf(each->creationDate).value_or(each->modificationTime);
+    const auto created = creationDateFrom(each->creationDate);
+    const std::chrono::sys_seconds time = created ? created->time : each->modificationTime;
     const std::time_t seconds = time.time_since_epoch().count();
     std::tm local{};
     if (localtime_r(&seconds, &local) != nullptr) return std::chrono::seconds(local.tm_gmtoff);

@@ -70,13 +70,7 @@ Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(
 Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(
     const TranscodeCliArguments& arguments, std::span<const Expected<MediaDescription, MediaError>> media,
     const EncoderInventory& inventory, const TranscodeSurroundings& surroundings) {
-  std::vector<std::string> words = arguments.commandLine();
-  // What was rejected is not rendered, and is not forgotten.
-  arguments.enumerateUnknownFlags([&words](std::string_view flag, std::string_view value) {
-    words.emplace_back(flag);
-    words.emplace_back(value);
-  });
-  const TranscodeExplanation explanation = explain(words);
+  const TranscodeExplanation explanation = explain(wordsWithRejected(arguments));
   if (explanation.arguments.inputFiles().value_or(InputFiles()) != arguments.inputFiles().value_or(InputFiles())) {
     return Unexpected(unreadInputs(arguments));
   }

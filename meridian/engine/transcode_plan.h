@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "meridian/base/expected.h"
+#include "meridian/base/integer_arithmetic.h"
 #include "meridian/cli/transcode_detail_values.h"
 #include "meridian/cli/transcode_explanation.h"
 #include "meridian/cli/transcode_values.h"
@@ -258,8 +259,17 @@ struct PlannedSource {
   std::vector<PlannedPart> parts;
   /// True for the group whose video is used.
   bool givesImage = false;
-  /// True if each part is one frame, or a folder of frames.
+  /// True if each part is one frame, or a directory of frames.
   bool isImageSequence = false;
+
+  /// Returns the frames of all parts; absent if a part does not state its own.
+  [[nodiscard]] std::optional<std::int64_t> frameCount() const noexcept {
+    std::optional<std::int64_t> frames = 0;
+    for (const PlannedPart& part : parts) {
+      frames = frames && part.frameCount ? checkedSum(*frames, *part.frameCount) : std::nullopt;
+    }
+    return frames;
+  }
 
   friend bool operator==(const PlannedSource&, const PlannedSource&) = default;
 };

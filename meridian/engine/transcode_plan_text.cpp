@@ -5,7 +5,6 @@
 #include <ranges>
 #include <vector>
 
-#include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/joined.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
@@ -140,15 +139,6 @@ std::string optionTexts(const std::vector<PlannedOption>& options) {
   return joined(texts, ", ");
 }
 
-/// Returns the frames of all parts; absent if a part does not state its own.
-std::optional<std::int64_t> framesOf(const PlannedSource& source) {
-  std::optional<std::int64_t> frames = 0;
-  for (const PlannedPart& part : source.parts) {
-    frames = frames && part.frameCount ? checkedSum(*frames, *part.frameCount) : std::nullopt;
-  }
-  return frames;
-}
-
 void addSources(Sections& sections, const TranscodePlan& plan) {
   sections.begin("Sources");
   for (const PlannedSource& source : plan.sources) {
@@ -166,7 +156,7 @@ void addSources(Sections& sections, const TranscodePlan& plan) {
       place = source.parts.size() - 2;
       sections.add("...", std::to_string(place) + " more");
     }
-    const auto frames = isLong ? framesOf(source) : std::nullopt;
+    const auto frames = isLong ? source.frameCount() : std::nullopt;
     if (frames) sections.add("in all", countText(*frames, "frame"));
   }
 }

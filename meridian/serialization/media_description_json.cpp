@@ -88,7 +88,7 @@ DescriptionJson encodedStream(const VideoStreamDescription& video) {
       {"matrix", encodedCode(video.matrix)},
       {"colorSource", orNull(video.colorSource)},
       {"colorSpace", orNull(video.colorSpace)},
-      {"isAttachedPicture", video.isAttachedPicture},
+      {"isAttachedImage", video.isAttachedImage},
   };
   addShared(json, video);
   return json;

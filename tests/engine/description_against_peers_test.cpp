@@ -395,9 +395,15 @@ TEST_F(DescriptionTest, GivesConstantRatesThatTheTicksRoundOrThatAreFast) {
   ASSERT_NO_FATAL_FAILURE(make({{"120.mov", mapVideo + "-r 120 -video_track_timescale 1000 -c:v mjpeg"},
                                 {"119.mov", mapVideo + "-r 120000/1001 -video_track_timescale 600 -c:v mjpeg"},
                                 {"1000.mkv", fast},
-                                {"1000.nut", fast}}));
-  for (const auto& [name, rate] : std::map<std::string, MediaRational>{
-           {"120.mov", {120, 1}}, {"119.mov", {120, 1}}, {"1000.mkv", {1000, 1}}, {"1000.nut", {1000, 1}}}) {
+                                {"1000.nut", fast},
+                                {"bare.mkv", mapVideo + "-vf fps=1000 -c:v mjpeg"},
+                                {"900.mkv", mapVideo + "-vf setpts=N/900/TB -r 900 -c:v libx264 -pix_fmt yuv420p"}}));
+  for (const auto& [name, rate] : std::map<std::string, MediaRational>{{"120.mov", {120, 1}},
+                                                                       {"119.mov", {120, 1}},
+                                                                       {"1000.mkv", {1000, 1}},
+                                                                       {"1000.nut", {1000, 1}},
+                                                                       {"bare.mkv", {1000, 1}},
+                                                                       {"900.mkv", {900, 1}}}) {
     const VideoStreamDescription video = described(name).video.at(0);
     EXPECT_FALSE(video.isVariable) << name;
     EXPECT_EQ(video.exactFrameRate, rate) << name;
@@ -485,7 +491,7 @@ TEST_F(DescriptionTest, DoesNotTakeACoverForVideo) {
       make({{"album.flac", mapSound + "-map 0:v -frames:v 1 -c:v mjpeg -disposition:v attached_pic -c:a flac"}}));
   const MediaDescription album = described("album.flac");
   ASSERT_EQ(album.video.size(), 1U);
-  EXPECT_TRUE(album.video.front().isAttachedPicture);
+  EXPECT_TRUE(album.video.front().isAttachedImage);
   EXPECT_EQ(album.video.front().frameRate, std::nullopt);
   EXPECT_EQ(album.mainVideo(), nullptr);
   EXPECT_EQ(album.duration, (MediaRational{1, 4}));

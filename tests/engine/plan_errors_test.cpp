@@ -162,7 +162,8 @@ const std::vector<ErrorCase>& errorCases() {
        {hdClip()},
        surroundings([](auto& found) { found.output.sameAsProgressFile = "/card/a.mov"; })},
       {"-overwrite -vcodec h264 -clut /out/a.mov", "-out outputIsSource", ""},
-      {"-out /out/a", "-out unknownContainer", "-file_format"},
+      {"-out /out/a", "-out unknownContainer", "end the name in one of .mov, .mp4, .wav, .mxf, .mjpeg, or set"},
+      {"-out /out/a -vcodec h264", "-out unknownContainer", "end the name in one of .mov, .mp4, or set"},
       {"-out /out/a.avi", "-out wrongExtension", "use .mov, .mp4, .wav, .mxf, .mjpeg"},
       {"-out /out/a.mxf -file_format qt", "-out wrongExtension", "with -file_format qt use .mov, .mp4"},
       {"-out /out/a.mp4 -vcodec h265 -an", "-out wrongExtension", "with -vcodec h265 use .mov"},
@@ -376,6 +377,8 @@ TEST(PlanErrors, NameWhatIsMissing) {
   EXPECT_EQ(plan.error().front().message(),
             R"("-in_0_0": cannot be read: "/card/a.mov", which is damaged or incomplete: moov atom not found; )"
             "copy it again from the card");
+  EXPECT_THAT(errorsOf(planTranscode(explain({"-in_0_0", "", "-out", "b.mov"}), unread, fullInventory(), {})),
+              ElementsAre("-in_0_0 lacksValue"));
   const std::vector<Expected<MediaDescription, MediaError>> raw{
       Unexpected(MediaError{MediaErrorCode::unknownFormat, "/card/a.BRAW"})};
   const Plan rawPlan = planTranscode(explain({"-in_0_0", "/card/a.BRAW", "-out", "b.mov"}), raw, fullInventory(), {});

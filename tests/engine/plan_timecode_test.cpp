@@ -55,6 +55,8 @@ TEST(PlanTimecode, StartsAtTheLabelOfItsSource) {
       {"-tc_track -tc_creation", "00:20:30:00", created("2026-11-22T23:20:30Z")},
       {"-tc_track -tc_creation", "02:01:01:00", created("")},
       {"-tc_track -tc_creation", "02:01:01:00", created("2026-11-22T25:00:00")},
+      {"-tc_track -tc_creation", "02:01:01:00", created("2026-02-30T10:20:30")},
+      {"-tc_track -tc_creation", "02:01:01:00", created("2026-11-22T-1:20:30")},
   };
   TranscodeSurroundings found;
   found.utcOffset = std::chrono::hours(1);

@@ -142,6 +142,7 @@ const std::vector<WarningCase>& warningCases() {
        "-out repacked",
        "pcm_s24be of track 0 becomes pcm_s24le",
        {changedClip([](Clip&, Video&, Audio& track) { track.codecName = "pcm_s24be"; })}},
+      {"-vcodec h264 -dims 32x18 -tc_burn", "-tc_burn textTooSmall", "0.7 pixels high"},
       {"-tc_track -tc_match", "-tc_match timecodeAssumed", "00:00:00:00", {changedClip([](Clip& clip, Video&, Audio&) {
          clip.timecode.reset();
        })}},

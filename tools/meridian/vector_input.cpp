@@ -45,16 +45,6 @@ void forEachLine(std::string_view text, Function&& function) {
   }
 }
 
-/// Returns all entries of a store as words, so that the rejected ones are not lost.
-std::vector<std::string> wordsOf(const TranscodeCliArguments& store) {
-  std::vector<std::string> words = store.commandLine();
-  store.enumerateUnknownFlags([&words](std::string_view flag, std::string_view value) {
-    words.emplace_back(flag);
-    if (!value.empty()) words.emplace_back(value);
-  });
-  return words;
-}
-
 ReadVector vectorOfJson(std::string_view text, std::size_t line) {
   auto document = parseStrictJson(text, line);
   if (!document) return Unexpected(document.error());
@@ -69,7 +59,7 @@ ReadVector vectorOfJson(std::string_view text, std::size_t line) {
     } catch (const DecodingError& error) {
       return notAVector(error.what());
     }
-    vector.words = wordsOf(*vector.store);
+    vector.words = wordsWithRejected(*vector.store);
     return vector;
   }
   if (!document->is_array()) return notAVector(std::string("it is a ") + document->type_name());

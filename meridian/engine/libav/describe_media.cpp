@@ -78,7 +78,7 @@ ExactTimes exactTimes(const MediaDescription& description) {
     if (end && (!times.last || end->rawValue() > times.last->rawValue())) times.last = end;
   };
   for (const auto& stream : description.video) {
-    if (!stream.isAttachedPicture) include(stream);
+    if (!stream.isAttachedImage) include(stream);
   }
   std::ranges::for_each(description.audio, include);
   return times;

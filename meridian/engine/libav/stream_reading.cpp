@@ -348,10 +348,10 @@ VideoStreamDescription describedVideo(AVFormatContext& input, AVStream& stream) 
   if (parameters.level > 0) video.level = parameters.level;
   video.fieldOrder = fieldOrderOf(parameters.field_order);
   // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.
-  video.isAttachedPicture = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+  video.isAttachedImage = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
   describeSize(video, input, stream);
   describePixels(video, parameters);
-  if (video.isAttachedPicture) {
+  if (video.isAttachedImage) {
     video.frameCount = 1;
     return video;
   }
