@@ -63,7 +63,7 @@ TimecodeComponents customStart(PlanContext& context, const VideoFrameRate& rate,
 TimecodeComponents creationStart(PlanContext& context, const VideoFrameRate& rate, bool asksForDrop) {
   const std::string_view flag = SAVTimecodeFromCreationDateFlag.rawValue();
   const MediaDescription& media = *context.image->part->media;
-  constexpr std::int64_t day = 24 * 3600;
+  constexpr std::int64_t day = 86'400;
   const std::int64_t offset = context.surroundings.utcOffset.count();
   const auto stated = creationDateFrom(media.creationDate);
   if (stated) {

@@ -241,14 +241,12 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
   if (const auto listed = listedRate(input, stream)) {
     video.isVariable = listed->isVariable;
     if (listed->rate) rate = listed->isRounded && video.averageFrameRate ? video.averageFrameRate : listed->rate;
-  } else if (commonRate > greatestFrameRate && isCommonAverage) {
-    rate = video.averageFrameRate;
-  } else if (commonRate > greatestFrameRate && !isCine) {
+  } else if (commonRate > greatestFrameRate && !isCommonAverage && !isCine) {
     // FFmpeg takes the time base where it finds no rate that the frames have in common, or one as fast as this.
     const ListedRate next = rateOfNextFrames(input, stream);
     video.isVariable = next.isVariable;
     rate = next.rate ? next.rate : video.averageFrameRate;
-  } else if (isAvi || isCine || countsFields) {
+  } else if (isAvi || isCine || countsFields || commonRate > greatestFrameRate) {
     rate = video.averageFrameRate;
   } else {
     video.isVariable = std::abs(ratio - 1) > 0.01;
