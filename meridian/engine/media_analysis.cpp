@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "meridian/base/numbers.h"
+#include "meridian/base/text.h"
 #include "meridian/cli/media_analysis_flags.h"
 #include "meridian/engine/libav/ffmpeg_version.h"
 #include "meridian/platform/file_queries.h"
@@ -28,7 +29,8 @@ constexpr std::size_t longestIdentifier = 200;
 
 bool isUsableIdentifier(std::string_view identifier) noexcept {
   return !identifier.empty() && identifier.size() <= longestIdentifier && identifier != "." && identifier != ".." &&
-         identifier.find('/') == std::string_view::npos && identifier.find('\0') == std::string_view::npos;
+         identifier.find('/') == std::string_view::npos && identifier.find('\0') == std::string_view::npos &&
+         isValidUtf8(identifier);
 }
 
 /// False also for NaN.
@@ -80,8 +82,10 @@ class ImageDirectory {
       directory.path_ = appendingPathComponent(workDirectory, directory.identifier_);
       if (mkdir(directory.path_.c_str(), 0777) == 0) return directory;
       const std::error_code error(errno, std::generic_category());
+      // What is there is not ours to remove.
+      std::string path = std::exchange(directory.path_, {});
       if (!identifier && error == std::errc::file_exists) continue;
-      return Unexpected(MediaAnalysisRunError{imageDirectoryNotCreated, std::exchange(directory.path_, {}), {}, error});
+      return Unexpected(MediaAnalysisRunError{imageDirectoryNotCreated, std::move(path), {}, error});
     }
   }
 

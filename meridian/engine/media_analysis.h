@@ -53,7 +53,7 @@ struct EnumerationTable<MediaAnalysisErrorCode> {
   static constexpr auto rows = std::to_array<ErrorRow<MediaAnalysisErrorCode>>({
       {MediaAnalysisErrorCode::unusableIdentifier, "unusableIdentifier",
        "cannot be part of the names of the images, as an identifier has to be",
-       "use an identifier of 1 to 200 bytes without \"/\", other than \".\" and \"..\""},
+       "use an identifier of 1 to 200 bytes of UTF-8 without \"/\", other than \".\" and \"..\""},
       {MediaAnalysisErrorCode::unusableCompressionFactor, "unusableCompressionFactor", "is not a compression factor",
        "give a number from 0 to 1, the best, or leave it out for 0.8"},
       {MediaAnalysisErrorCode::unusableImageHeight, "unusableImageHeight", "is not the height of an image",

@@ -58,7 +58,7 @@ struct EnumerationTable<MediaSnapshotErrorCode> {
        "copy it again from the card"},
       {MediaSnapshotErrorCode::limitReached, "limitReached", "takes too much reading or time to find the image",
        "check that it is not damaged and that its volume is not too slow"},
-      {MediaSnapshotErrorCode::notEncoded, "notEncoded", "has an image that is not converted to JPEG",
+      {MediaSnapshotErrorCode::notEncoded, "notEncoded", "has an image that cannot be converted to JPEG",
        "check that the FFmpeg libraries have the encoder \"mjpeg\", and that there is enough memory"},
       {MediaSnapshotErrorCode::stopped, "stopped", "is not finished, since the work was stopped"},
   });
@@ -98,8 +98,9 @@ struct SnapshotOptions {
   double compressionFactor = 0.8;
   /// Applied after an image has got its size. Has to exist as long as the `MediaSnapshots`; null for none.
   const SnapshotLut* lut = nullptr;
-  /// What all images of a file may cost together. A frame in the middle of a long group of pictures needs the group up
-  /// to it, and the last frame of a stream without key frames needs the whole stream.
+  /// The limits for all images of a file together, for the time that taking them takes. A frame in the middle of a long
+  /// group of pictures needs the group up to it, and the last frame of a stream without key frames needs the whole
+  /// stream.
   DescriptionLimits limits{.bytes = std::uint64_t{64} << 30U, .time = std::chrono::minutes(10)};
 };
 

@@ -130,7 +130,8 @@ TEST_F(MediaAnalysisTest, BeginsNothingWithUnusableOptions) {
   EXPECT_THAT(codes(basic({}), images({0}, 10)), ElementsAre("pathToAnalyzeNotSupplied"));
   EXPECT_THAT(codes(basic(clip), Factory::buildImageOptions({0}, 10, -1, std::nullopt, false, std::nullopt)),
               ElementsAre("unusableImageHeight"));
-  for (const std::string& identifier : {std::string(), std::string(".."), std::string("../a"), std::string(201, 'a')}) {
+  for (const std::string& identifier :
+       {std::string(), std::string(".."), std::string("../a"), std::string(201, 'a'), std::string("\xfe")}) {
     EXPECT_THAT(codes(basic(clip, identifier), images({0}, 10)), ElementsAre("unusableIdentifier"));
   }
   for (const auto& [work, code] : {std::pair("", "workDirectoryNotSupplied"),

@@ -3,12 +3,16 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/engine/made_media.h"
@@ -58,26 +62,34 @@ class MediaSnapshotTest : public MadeMedia {
     return outcome.output;
   }
 
-  /// Returns the numbers of the frames at 0, 0.1 ... 1 and again at 0.29 and 0, or the first error.
-  [[nodiscard]] std::string numbersIn(const std::string& name) const {
+  /// Returns the numbers of the frames at the locations, "-" for one without an image.
+  [[nodiscard]] std::string numbersIn(const std::string& name, const std::vector<double>& locations = {
+                                                                   0, 0.1, 0.3, 0.5, 0.7, 0.99, 1, 0.29, 0}) const {
     auto snapshots = MediaSnapshots::open(described(name));
     if (!snapshots) return snapshots.error().message();
     std::size_t count = 0;
-    for (const double location : {0.0, 0.1, 0.3, 0.5, 0.7, 0.99, 1.0, 0.29, 0.0}) {
+    std::vector<bool> isThere;
+    for (const double location : locations) {
       const auto image = snapshots->at(location);
-      if (!image) return image.error().message();
-      directory().write("s" + std::to_string(count++) + ".jpg", image->jpeg);
+      isThere.push_back(image.has_value());
+      if (image) directory().write("s" + std::to_string(count++) + ".jpg", image->jpeg);
     }
     const std::string blocks = run({"ffmpeg", "-v", "error", "-nostdin", "-i", path("s%d.jpg"), "-vf",
                                     "scale=8:1:flags=area", "-pix_fmt", "gray", "-f", "rawvideo", "-"})
                                    .output;
     std::string numbers;
-    for (std::size_t image = 0; image < count; ++image) {
+    std::size_t image = 0;
+    for (const bool isImage : isThere) {
+      if (!isImage) {
+        numbers += "- ";
+        continue;
+      }
       int number = 0;
       for (std::size_t bit = 0; bit < 8; ++bit) {
         if (static_cast<std::uint8_t>(blocks.at(8 * image + bit)) > 127) number |= 1 << bit;
       }
       numbers += std::to_string(number) + ' ';
+      ++image;
     }
     return numbers;
   }
@@ -109,7 +121,8 @@ TEST_F(MediaSnapshotTest, ShowsTheRightFrame) {
       {"animated.gif", ""},
       // The sound is twice as long, so that the images end in the middle of the file.
       {"sound.mov", "-c:v libx264 -g 30 -c:a aac -map 1:a"},
-      {"sound.mkv", "-c:v libx264 -g 30 -c:a aac -map 1:a", "0 20 60 99 99 99 99 58 0 "},
+      {"sound.mkv", "-c:v libx264 -g 30 -c:a aac -map 1:a"},
+      {"untimed.m2v", "-c:v mpeg2video -q:v 2 -bf 2 -g 12"},
       // From frame 50 on, each but the last is shown twice as long.
       {"variable.mkv", "-c:v libx264 -g 30 -bf 3 -vsync vfr", "0 14 44 62 77 98 99 43 0 ",
        ",setpts='if(lt(N,50),N,2*N-50)/25/TB'"},
@@ -146,11 +159,13 @@ TEST_F(MediaSnapshotTest, HasTheShapeOfTheVideoAsItIsShown) {
   ASSERT_NO_FATAL_FAILURE(makeNumbered("plain.mov", options, corner));
   ASSERT_NO_FATAL_FAILURE(makeNumbered("wide.mov", options, corner + ",setsar=3/2"));
   // The matrix by which players turn: a b, c d, in 16.16 fixed point.
-  const auto turn = [this](const std::string& from, const std::string& to, std::array<int, 4> matrix) {
+  const auto turn = [this](const std::string& from, const std::string& to, std::array<int, 4> matrix,
+                           int one = 1) {
     std::string clip = content(from);
     const std::size_t place = clip.find("tkhd") + 44;
     for (const std::size_t each : {0U, 1U, 2U, 3U}) {
-      putBigEndian(clip, place + 4 * each + 4 * (each / 2), static_cast<std::uint32_t>(matrix.at(each)) << 16U);
+      putBigEndian(clip, place + 4 * each + 4 * (each / 2),
+                   static_cast<std::uint32_t>(matrix.at(each) * (0x10000 / one)));
     }
     directory().write(to, clip);
   };
@@ -158,6 +173,16 @@ TEST_F(MediaSnapshotTest, HasTheShapeOfTheVideoAsItIsShown) {
   turn("wide.mov", "r180.mov", {-1, 0, 0, -1});
   turn("wide.mov", "r270.mov", {0, -1, 1, 0});
   turn("plain.mov", "mirrored.mov", {-1, 0, 0, 1});
+  turn("wide.mov", "r179.mov", {-0x10000, 0x478, -0x478, -0x10000}, 0x10000);
+  turn("wide.mov", "r359.mov", {0x10000, -0x478, 0x478, 0x10000}, 0x10000);
+  turn("wide.mov", "r89.mov", {0x478, 0x10000, -0x10000, 0x478}, 0x10000);
+  // A JPEG whose EXIF says that it is to be turned clockwise.
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("upright.jpg", "-frames:v 1 -q:v 2", corner));
+  std::string exif = content("upright.jpg");
+  exif.insert(2, std::string("\xff\xe1\0\x22"
+                             "Exif\0\0MM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0",
+                             36));
+  directory().write("exif.jpg", exif);
   struct Shape {
     std::string name;
     SnapshotOptions options;
@@ -176,6 +201,10 @@ TEST_F(MediaSnapshotTest, HasTheShapeOfTheVideoAsItIsShown) {
            {"r180.mov", {.maxWidth = 48}, 48, 16, "0001"},
            {"r270.mov", {.height = 48}, 16, 48, "0010"},
            {"mirrored.mov", {}, 64, 32, "0100"},
+           {"r89.mov", {.maxWidth = 16}, 16, 48, "0100"},
+           {"r179.mov", {.maxWidth = 48}, 48, 16, "0001"},
+           {"r359.mov", {.maxWidth = 48}, 48, 16, "1000"},
+           {"exif.jpg", {}, 32, 64, "0100"},
        }) {
     SCOPED_TRACE(shape.name + " " + std::to_string(shape.width));
     auto snapshots = MediaSnapshots::open(described(shape.name), shape.options);
@@ -257,6 +286,58 @@ TEST_F(MediaSnapshotTest, ConvertsColorsByMatrixAndRangeAndThenByTheLut) {
   }
 }
 
+TEST_F(MediaSnapshotTest, ShowsNoOtherFrameInPlaceOfADamagedOne) {
+  struct Damage {
+    std::string name, options;
+    std::vector<std::size_t> damaged;
+    std::vector<double> locations;
+    std::string_view numbers;
+  };
+  for (const Damage& each : std::initializer_list<Damage>{
+           {"mjpeg.mov", "-c:v mjpeg -q:v 2", {0, 50, 99}, {0, 0.49, 0.5, 0.51, 0.98, 0.99, 1}, "- 49 - 51 98 - - "},
+           {"prores.mov", "-c:v prores_ks", {0, 50, 99}, {0, 0.49, 0.5, 0.51, 0.98, 0.99, 1}, "- 49 - 51 98 - - "},
+           {"png.mov", "-c:v png", {0, 50, 99}, {0, 0.49, 0.5, 0.51, 0.98, 0.99, 1}, "- 49 - 51 98 - - "},
+           // The key frame at 40, and all that refer to it.
+           {"h264.mp4", "-c:v libx264 -g 20 -bf 0", {40}, {0.39, 0.4, 0.45, 0.59, 0.6, 1}, "39 - - - 60 99 "},
+           {"mpeg2.mov", "-c:v mpeg2video -g 20 -bf 0", {40}, {0.39, 0.4, 0.45, 0.59, 0.6, 1}, "39 - - - 60 99 "},
+       }) {
+    ASSERT_NO_FATAL_FAILURE(makeNumbered(each.name, each.options));
+    std::string clip = content(each.name);
+    std::istringstream packets(run({"ffprobe", "-v", "error", "-select_streams", "v", "-show_entries",
+                                    "packet=size,pos", "-of", "csv=p=0", path(each.name)})
+                                   .output);
+    std::size_t size = 0;
+    std::size_t place = 0;
+    char comma = 0;
+    for (std::size_t frame = 0; packets >> size >> comma >> place; ++frame) {
+      if (std::ranges::find(each.damaged, frame) != each.damaged.end())
+        std::fill_n(clip.begin() + static_cast<std::ptrdiff_t>(place), size, '\0');
+      packets.ignore(9, '\n');
+    }
+    directory().write(each.name, clip);
+    EXPECT_EQ(numbersIn(each.name, each.locations), each.numbers) << each.name;
+  }
+}
+
+TEST_F(MediaSnapshotTest, ShowsNoOtherFrameOfAFileThatIsCutShort) {
+  for (const auto& [name, options] : {std::pair("cut.mkv", "-c:v libx264 -g 10"),
+                                      {"cut.webm", "-c:v libvpx -g 10 -deadline realtime"},
+                                      {"cut.flv", "-c:v libx264 -g 10"}}) {
+    ASSERT_NO_FATAL_FAILURE(makeNumbered(name, options));
+    const std::string clip = content(name);
+    directory().write(name, clip.substr(0, clip.size() / 2));
+    EXPECT_EQ(numbersIn(name, {0.1, 0.99, 1}), "10 - - ") << name;
+  }
+}
+
+TEST_F(MediaSnapshotTest, CountsOnlyTheTimeOfItsWork) {
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("clip.mov", "-c:v mjpeg"));
+  auto snapshots = MediaSnapshots::open(described("clip.mov"), {.limits = {.time = std::chrono::seconds(1)}});
+  ASSERT_TRUE(snapshots);
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+  EXPECT_TRUE(snapshots->at(0.5));
+}
+
 TEST_F(MediaSnapshotTest, SaysWhyThereIsNoImage) {
   using enum MediaSnapshotErrorCode;
   ASSERT_NO_FATAL_FAILURE(makeNumbered("clip.mov", "-c:v libx264 -g 25 -movflags faststart"));
@@ -285,6 +366,14 @@ TEST_F(MediaSnapshotTest, SaysWhyThereIsNoImage) {
   EXPECT_TRUE(snapshots->at(0.5));
   auto slow = MediaSnapshots::open(described("clip.mov"), {.limits = {.bytes = 1000}});
   EXPECT_EQ(slow.error().code, limitReached);
+  for (const char* const matrix : {"ycgco", "ictcp"}) {
+    const std::string name = std::string(matrix) + ".mkv";
+    ASSERT_NO_FATAL_FAILURE(makeNumbered(name, std::string("-c:v ffv1 -frames:v 1 -colorspace ") + matrix));
+    const auto image = MediaSnapshots::open(described(name))->at(0);
+    ASSERT_FALSE(image);
+    EXPECT_EQ(image.error().code, notEncoded);
+    EXPECT_THAT(image.error().message(), HasSubstr(std::string("its matrix ") + matrix + " is not supported"));
+  }
   const MediaDescription gone = described("clip.mov");
   std::filesystem::remove(path("clip.mov"));
   EXPECT_EQ(MediaSnapshots::open(gone).error().code, notRead);

@@ -1,9 +1,11 @@
 // meridian analyze and meridian-media-analysis, as people and applications start them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -68,14 +70,15 @@ class AnalyzeCommandTest : public MadeMedia {
   }
 };
 
-/// Starts a program whose messages nobody reads.
-pid_t started(const Words& words) {
+/// Starts a program whose messages nobody reads, and whose output goes to the descriptor if there is one.
+pid_t started(const Words& words, int output = -1) {
   const pid_t process = fork();
   if (process != 0) return process;
   std::vector<char*> arguments;
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   static_cast<void>(std::freopen("/dev/null", "w", stderr));
+  if (output >= 0) dup2(output, STDOUT_FILENO);
   execv(arguments.front(), arguments.data());
   _exit(127);
 }
@@ -124,6 +127,9 @@ TEST_F(AnalyzeCommandTest, RefusesWordsThatCannotBeCarriedOut) {
       {{MERIDIAN_MEDIA_ANALYSIS}, 2, "no arguments are given"},
       {wordsFor({path("clip.mov")}, {"-lut", "a.cube"}), 1, "\"-lut\": is not a flag of the analysis tool"},
       {wordsFor({path("clip.mov")}, {"-lutFile", "-a.cube"}), 1, "\"-lutFile\": needs a value"},
+      {wordsFor({path("clip.mov")}, {"-parentPid", "abc"}), 1, "\"-parentPid\": needs a whole number"},
+      {wordsFor({path("clip.mov")}, {"-snapshotLocation", "0.5", "half", "-maxImageWidth", "9"}), 1,
+       "\"-snapshotLocation\": needs a number"},
       {{MERIDIAN_MEDIA_ANALYSIS, "-pathToAnalyze", path("clip.mov"), "-workDirectory", "/tmp"},
        1,
        "no path for the results"},
@@ -152,14 +158,15 @@ TEST_F(AnalyzeCommandTest, TakesAnyPath) {
     paths.push_back(path(name));
   }
   const Outcome outcome =
-      run(wordsFor(paths, {"-snapshotLocation", "1", "-maxImageWidth", "32", "-analysisId", "\xfe\n%s"}));
+      run(wordsFor(paths, {"-snapshotLocation", "1", "-maxImageWidth", "32", "-analysisId", "\xc3\xa9\n%s"}));
   EXPECT_EQ(outcome.status, 0) << outcome.errors;
-  EXPECT_THAT(outcome.errors, HasSubstr("1 path is not valid UTF-8"));
+  EXPECT_THAT(outcome.errors, HasSubstr("meridian-media-analysis: warning: 1 path is not valid UTF-8"));
   const json results = json::parse(content("results.json"));
   ASSERT_EQ(results["files"].size(), names.size());
   EXPECT_EQ(results["files"][1]["path"], paths[1]);
   for (std::size_t item = 1; item <= names.size(); ++item) {
-    EXPECT_TRUE(std::filesystem::exists(path("work/\xfe\n%s/\xfe\n%s-" + std::to_string(item) + "-1.jpg"))) << item;
+    EXPECT_TRUE(std::filesystem::exists(path("work/\xc3\xa9\n%s/\xc3\xa9\n%s-" + std::to_string(item) + "-1.jpg")))
+        << item;
   }
 }
 
@@ -171,6 +178,23 @@ TEST_F(AnalyzeCommandTest, LeavesNothingWhenASignalOrItsParentEndsIt) {
     EXPECT_EQ(statusOf(process), 128 + signal);
     EXPECT_TRUE(nothingIsLeft());
   }
+  // Signals that come together, and one that the program was started to ignore.
+  const pid_t both = started(longWords());
+  EXPECT_TRUE(waitForImages());
+  kill(both, SIGINT);
+  kill(both, SIGTERM);
+  EXPECT_THAT(statusOf(both), testing::AnyOf(128 + SIGINT, 128 + SIGTERM));
+  EXPECT_TRUE(nothingIsLeft());
+  std::signal(SIGHUP, SIG_IGN);
+  const pid_t deaf = started(longWords());
+  std::signal(SIGHUP, SIG_DFL);
+  EXPECT_TRUE(waitForImages());
+  kill(deaf, SIGHUP);
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EQ(waitpid(deaf, nullptr, WNOHANG), 0);
+  kill(deaf, SIGTERM);
+  EXPECT_EQ(statusOf(deaf), 128 + SIGTERM);
+  EXPECT_TRUE(nothingIsLeft());
   const pid_t parent = started({"/bin/sleep", "600"});
   const pid_t process = started(longWords({"-parentPid", std::to_string(parent)}));
   EXPECT_TRUE(waitForImages());
@@ -195,6 +219,44 @@ TEST_F(AnalyzeCommandTest, HasWholeResultsOrNone) {
   EXPECT_FALSE(std::filesystem::exists(path("results.json")));
   std::filesystem::remove_all(path("work"));
   std::filesystem::create_directory(path("work"));
+
+  // Results that cannot be printed: on a full device, to nobody, and to a reader that lets them wait.
+  const Words printed{MERIDIAN_COMMAND,
+                      "analyze",
+                      "--json",
+                      "--",
+                      "-pathToAnalyze",
+                      path("clip.mov"),
+                      "-workDirectory",
+                      path("work"),
+                      "-snapshotLocation",
+                      "0",
+                      "-maxImageWidth",
+                      "64"};
+  const Outcome unprinted = run(printed, {{}, "/dev/full"});
+  EXPECT_EQ(unprinted.status, 1);
+  EXPECT_THAT(unprinted.errors, HasSubstr("standard output cannot be written"));
+  EXPECT_TRUE(nothingIsLeft());
+  Words closed{"sh", "-c", "\"$@\" | :", "-"};
+  closed.insert(closed.end(), printed.begin(), printed.end());
+  static_cast<void>(run(closed));
+  EXPECT_TRUE(nothingIsLeft());
+  Words many = printed;
+  many.insert(many.begin() + 4, "-pathToAnalyze");
+  many.insert(many.begin() + 5, 60, path("clip.mov"));
+  std::array<int, 2> pipeline{};
+  ASSERT_EQ(::pipe(pipeline.data()), 0);
+  const pid_t blocked = started(many, pipeline[1]);
+  int waiting = 0;
+  for (int waited = 0; waiting < 65'536 && waited < 2000; ++waited) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ioctl(pipeline[0], FIONREAD, &waiting);
+  }
+  kill(blocked, SIGTERM);
+  EXPECT_EQ(statusOf(blocked), 128 + SIGTERM);
+  EXPECT_TRUE(nothingIsLeft());
+  close(pipeline[0]);
+  close(pipeline[1]);
 
   // Files may have 1 KiB: neither the image nor the results fit.
   const auto limited = [this](const std::string& limit, const Words& words) {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <csignal>
 #include <iostream>
+#include <list>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <stop_token>
@@ -22,6 +23,7 @@
 #include "tools/meridian/media_report.h"
 #include "tools/meridian/output.h"
 #include "tools/meridian/progress_bar.h"
+#include "tools/meridian/terminal.h"
 
 namespace meridian::command {
 namespace {
@@ -41,7 +43,8 @@ void report(const AnalysisRequest& request, std::string_view kind, std::string_v
 
 /// Words without which something else would be analysed than is meant: an image without its LUT, for example.
 bool isError(MediaAnalysisCLIWarningCode code) noexcept {
-  return code == MediaAnalysisCLIWarningCode::unknownFlag || code == MediaAnalysisCLIWarningCode::missingValue;
+  using enum MediaAnalysisCLIWarningCode;
+  return code == unknownFlag || code == missingValue || code == unreadableNumber || code == unreadableInteger;
 }
 
 /// Returns true if the words are usable; reports what is wrong with them.
@@ -77,9 +80,10 @@ std::optional<MediaAnalysis> analyzed(const AnalysisWork& work, const AnalysisRe
   }
   ProgressBar bar;
   const auto show = [&bar](const MediaAnalysisProgress& progress) {
-    bar.show(std::to_string(progress.item + 1) + " of " + std::to_string(progress.itemCount) + ' ' +
-                 printable(lastPathComponent(progress.path)),
-             progress.portion);
+    const std::string place = std::to_string(progress.item + 1) + " of " + std::to_string(progress.itemCount) + ' ';
+    const std::size_t columns = standardErrorWidth().value_or(ProgressBar::columns);
+    const std::size_t left = columns - std::min(columns, ProgressBar::columns + place.size());
+    bar.show(place + shortened(printable(lastPathComponent(progress.path)), left), progress.portion);
   };
   auto analysis = engineModule().analyze(work.basic, work.image, show, stop.get_token());
   bar.clear();
@@ -104,32 +108,61 @@ void reportFindings(const MediaAnalysis& analysis, const AnalysisRequest& reques
   }
 }
 
-void warnOfInvalidPaths(const MediaAnalysis& analysis) {
-  const auto count = std::ranges::count_if(analysis.items, [](const auto& item) { return !isValidUtf8(item.path); });
-  warnOfInvalid(static_cast<std::size_t>(count), "path", "\"files\" is in the order of the paths");
+void warnOfInvalidPaths(const MediaAnalysis& analysis, const AnalysisRequest& request) {
+  std::size_t count = 0;
+  for (const MediaAnalysisItem& item : analysis.items) {
+    if (!isValidUtf8(item.path)) ++count;
+    const auto isInvalid = [](const MediaAnalysisImage& image) { return !isValidUtf8(image.path); };
+    count += static_cast<std::size_t>(std::ranges::count_if(item.images, isInvalid));
+  }
+  warnOfInvalid(count, "path", "\"files\" is in the order of the paths", request.program);
 }
 
 void printResults(const MediaAnalysis& analysis, const AnalysisRequest& request) {
   if (!request.isJson) return printMediaReport(analysis);
-  warnOfInvalidPaths(analysis);
+  warnOfInvalidPaths(analysis, request);
   printJson(analysis);
 }
 
-Status analyze(const AnalysisWork& work, const AnalysisRequest& request) {
-  // A file that gets too large for the process is an error like a full volume.
-  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+/// Lets the images go with a process that a signal ends.
+std::list<RemovedOnInterruption> removedImages(const MediaAnalysis& analysis) {
+  std::list<RemovedOnInterruption> removed;
+  if (!analysis.imageDirectory.empty()) removed.emplace_back(analysis.imageDirectory);
+  for (const MediaAnalysisItem& item : analysis.items) {
+    for (const MediaAnalysisImage& image : item.images) removed.emplace_back(image.path);
+  }
+  return removed;
+}
+
+/// Returns the analysis as `analyzed`. A signal ends the process when nothing is left of the analysis.
+std::optional<MediaAnalysis> analyzedUnlessInterrupted(const AnalysisWork& work, const AnalysisRequest& request) {
   const std::stop_source stop;
   const StopOnInterruption interruption(stop);
-  const auto analysis = analyzed(work, request, stop);
+  auto analysis = analyzed(work, request, stop);
   if (analysis && stop.stop_requested()) engineModule().removeImages(*analysis);
   interruption.endIfInterrupted();
+  return analysis;
+}
+
+Status analyze(const AnalysisWork& work, const AnalysisRequest& request) {
+  // A file that gets too large for the process, or a pipe that nobody reads, is an error like a full volume.
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  std::optional<InterruptionsHeld> held(std::in_place);
+  const auto analysis = analyzedUnlessInterrupted(work, request);
   if (!analysis) return failed;
   const std::string path(work.basic.resultsFilePath());
   if (path.empty()) {
+    // Whoever reads the results may let them wait.
+    const std::list<RemovedOnInterruption> unfinished = removedImages(*analysis);
+    held.reset();
     printResults(*analysis, request);
-    std::cout.flush();
+    if (!std::cout.flush()) {
+      engineModule().removeImages(*analysis);
+      throw CommandError("standard output cannot be written");
+    }
   } else {
-    warnOfInvalidPaths(*analysis);
+    warnOfInvalidPaths(*analysis, request);
     if (const auto written = writeMediaAnalysis(*analysis, path); !written) {
       engineModule().removeImages(*analysis);
       throw CommandError(written.error());

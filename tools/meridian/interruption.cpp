@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <mutex>
@@ -58,6 +59,9 @@ struct RemovedOnInterruption::Slots {
     isEnding = true;
     for (Slot* slot = first; slot != nullptr; slot = slot->next) {
       if (slot->isSet) unlink(slot->path.data());
+    }
+    for (Slot* slot = first; slot != nullptr; slot = slot->next) {
+      if (slot->isSet) rmdir(slot->path.data());
     }
   }
 
@@ -126,20 +130,33 @@ InterruptionsHeld::~InterruptionsHeld() {
 StopOnInterruption::StopOnInterruption(std::stop_source stop) {
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int signal : endings) sigaddset(&signals, signal);
+  for (const int signal : endings) {
+    struct sigaction before{};
+    // A signal that the process was started to ignore stays ignored.
+    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) sigaddset(&signals, signal);
+  }
   signals_ = signalfd(-1, &signals, SFD_CLOEXEC);
   ending_ = eventfd(0, EFD_CLOEXEC);
   if (signals_ < 0 || ending_ < 0) throw std::system_error(errno, std::generic_category());
   thread_ = std::jthread([this, stopping = std::move(stop)]() mutable {
     std::array<pollfd, 2> awaited{
         {{.fd = ending_, .events = POLLIN, .revents = 0}, {.fd = signals_, .events = POLLIN, .revents = 0}}};
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point first;
     while (poll(awaited.data(), awaited.size(), -1) > 0 || errno == EINTR) {
       if (awaited[0].revents != 0) return;
       signalfd_siginfo signal{};
       if (read(signals_, &signal, sizeof signal) != sizeof signal) continue;
       constexpr int killed = 128;
-      if (signal_.exchange(static_cast<int>(signal.ssi_signo)) != 0) _exit(killed + static_cast<int>(signal.ssi_signo));
-      stopping.request_stop();
+      // Several signals that come together are one wish.
+      constexpr std::chrono::seconds together(1);
+      int none = 0;
+      if (signal_.compare_exchange_strong(none, static_cast<int>(signal.ssi_signo))) {
+        first = Clock::now();
+        stopping.request_stop();
+      } else if (Clock::now() - first > together) {
+        _exit(killed + static_cast<int>(signal.ssi_signo));
+      }
     }
   });
 }

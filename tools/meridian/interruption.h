@@ -14,9 +14,9 @@
 
 namespace meridian::command {
 
-/// Removes a file if the process ends early while this object exists: by a signal (also one for a crash, such as
-/// SIGSEGV), an abort or an exit. The process then ends as it would have, with the same status. Several threads
-/// may have one each. SIGKILL cannot be handled; nor can a stack overflow.
+/// Removes a file, or a directory that is then empty, if the process ends early while this object exists: by a signal
+/// (also one for a crash, such as SIGSEGV), an abort or an exit. The process then ends as it would have, with the same
+/// status. Several threads may have one each. SIGKILL cannot be handled; nor can a stack overflow.
 class RemovedOnInterruption {
  public:
   /// Registers a path; one of 4096 bytes or more, which no file has, is ignored. Call it before the file is created.
@@ -49,8 +49,9 @@ class InterruptionsHeld {
   unsigned held_ = 0;
 };
 
-/// Asks for a stop when a signal by which a user or the system ends a process comes, instead of ending the process. The
-/// second signal ends it at once. Create it before other threads, which inherit that they do not take the signals.
+/// Asks for a stop when a signal by which a user or the system ends a process comes, instead of ending the process. One
+/// that comes more than a second later ends it at once. Signals that the process was started to ignore stay ignored.
+/// Create it before other threads, which inherit that they do not take the signals.
 class StopOnInterruption {
  public:
   /// Throws std::system_error if the system has no room for another thread or descriptor.

@@ -210,23 +210,6 @@ struct FilledColumn {
   std::size_t width = 0;
 };
 
-/// Returns the text in this many columns, without its middle if it is longer: "a long n...1.mov".
-std::string shortened(const std::string& text, std::size_t width) {
-  constexpr std::string_view gap = "...";
-  if (displayWidth(text) <= width || width <= gap.size()) return text;
-  const std::size_t kept = width - gap.size();
-  // Cut between characters, not within one.
-  const auto isInside = [&text](std::size_t place) {
-    return (static_cast<unsigned char>(text[place]) & 0xC0U) == 0x80U;
-  };
-  std::size_t head = text.size();
-  while (head > 0 && (isInside(head - 1) || displayWidth(text.substr(0, head)) > (kept + 1) / 2)) --head;
-  while (head > 0 && head < text.size() && isInside(head)) --head;
-  std::size_t tail = head;
-  while (tail < text.size() && (isInside(tail) || displayWidth(text.substr(tail)) > kept / 2)) ++tail;
-  return text.substr(0, head) + std::string(gap) + text.substr(tail);
-}
-
 FilledColumn filled(std::string_view heading, int dispensability, std::vector<std::string> texts) {
   FilledColumn column{heading, dispensability, std::move(texts), heading.size()};
   for (std::string& text : column.texts) {

@@ -101,9 +101,9 @@ bool showsColour() {
   return shows;
 }
 
-void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead) {
+void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead, std::string_view program) {
   if (count == 0) return;
-  std::cerr << "meridian: warning: " << count << ' ' << noun << (count == 1 ? " is" : "s are")
+  std::cerr << program << ": warning: " << count << ' ' << noun << (count == 1 ? " is" : "s are")
             << " not valid UTF-8, which JSON cannot carry; U+FFFD replaces each such byte. " << instead << ".\n";
 }
 
@@ -156,6 +156,23 @@ void printVector(const std::vector<std::string>& vector, const Arguments& argume
 std::string styled(Style style, std::string_view text) {
   if (style == Style::plain || text.empty() || !showsColour()) return std::string(text);
   return std::string(sequenceOf(style)) + std::string(text) + "\x1b[0m";
+}
+
+std::string shortened(const std::string& text, std::size_t width) {
+  constexpr std::string_view gap = "...";
+  if (displayWidth(text) <= width) return text;
+  if (width <= gap.size()) return std::string(gap.substr(0, width));
+  const std::size_t kept = width - gap.size();
+  // Cut between characters, not within one.
+  const auto isInside = [&text](std::size_t place) {
+    return (static_cast<unsigned char>(text[place]) & 0xC0U) == 0x80U;
+  };
+  std::size_t head = text.size();
+  while (head > 0 && (isInside(head - 1) || displayWidth(text.substr(0, head)) > (kept + 1) / 2)) --head;
+  while (head > 0 && head < text.size() && isInside(head)) --head;
+  std::size_t tail = head;
+  while (tail < text.size() && (isInside(tail) || displayWidth(text.substr(tail)) > kept / 2)) ++tail;
+  return text.substr(0, head) + std::string(gap) + text.substr(tail);
 }
 
 void printSections(std::string_view text) {

@@ -20,8 +20,10 @@ namespace meridian::command {
 using Json = nlohmann::ordered_json;
 
 /// Warns on standard error that `count` items, each of which is called `noun`, are not valid UTF-8, which JSON cannot
-/// carry; `instead` is a sentence without its full stop that says what helps. Does nothing if `count` is 0.
-void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead);
+/// carry; `instead` is a sentence without its full stop that says what helps. The program begins the line. Does nothing
+/// if `count` is 0.
+void warnOfInvalid(std::size_t count, std::string_view noun, std::string_view instead,
+                   std::string_view program = "meridian");
 
 /// Warns on standard error of words that are not valid UTF-8. `instead` is as in `warnOfInvalid`.
 void warnOfInvalidText(std::span<const std::string_view> words,
@@ -53,6 +55,9 @@ enum class Style { plain, heading, name, faint, good, warning, bad };
 
 /// Returns the text in the style's colour if standard output shows colours, and otherwise unchanged.
 [[nodiscard]] std::string styled(Style style, std::string_view text);
+
+/// Returns the text in this many columns, without its middle if it is longer: "a long n...1.mov".
+[[nodiscard]] std::string shortened(const std::string& text, std::size_t width);
 
 /// One text of a table. Any text is allowed: `printTable` makes it safe for a terminal.
 struct Cell {

@@ -20,7 +20,7 @@ void ProgressBar::clear() {
 }
 
 void ProgressBar::show(std::string_view step, double portion) {
-  constexpr std::size_t length = 40;
+  constexpr std::size_t length = columns - std::string_view(" [] 100% ").size();
   if (!isTerminal_ || Clock::now() < next_) return;
   next_ = Clock::now() + std::chrono::milliseconds(100);
   isShown_ = true;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string_view>
 
 namespace meridian::command {
@@ -14,6 +15,9 @@ namespace meridian::command {
 /// than a second, or if standard error is not a terminal.
 class ProgressBar {
  public:
+  /// How many columns the line has beside the text of the step; the terminal's last one stays free.
+  static constexpr std::size_t columns = 49;
+
   ProgressBar();
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;

@@ -15,15 +15,19 @@ bool acceptsEscapeSequences(int stream) noexcept {
          !std::string_view(terminal).empty();
 }
 
+std::optional<std::size_t> widthOf(int stream) noexcept {
+  winsize size{};
+  if (ioctl(stream, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
+  return size.ws_col;
+}
+
 }  // namespace
 
 bool standardOutputShowsColour() noexcept { return acceptsEscapeSequences(STDOUT_FILENO); }
 
-std::optional<std::size_t> standardOutputWidth() noexcept {
-  winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return std::nullopt;
-  return size.ws_col;
-}
+std::optional<std::size_t> standardOutputWidth() noexcept { return widthOf(STDOUT_FILENO); }
+
+std::optional<std::size_t> standardErrorWidth() noexcept { return widthOf(STDERR_FILENO); }
 
 bool standardErrorIsRewritable() noexcept { return acceptsEscapeSequences(STDERR_FILENO); }
 

@@ -15,6 +15,9 @@ namespace meridian::command {
 /// Returns how many columns standard output shows; absent if it is not a terminal, or one that does not say.
 [[nodiscard]] std::optional<std::size_t> standardOutputWidth() noexcept;
 
+/// Returns the same of standard error.
+[[nodiscard]] std::optional<std::size_t> standardErrorWidth() noexcept;
+
 /// Returns true if standard error is such a terminal, on which a line can be overwritten.
 [[nodiscard]] bool standardErrorIsRewritable() noexcept;
 

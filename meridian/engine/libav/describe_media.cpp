@@ -1,11 +1,16 @@
 #include "meridian/engine/describe_media.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
 #include "meridian/base/ascii.h"
+#include "meridian/base/integer_arithmetic.h"
+#include "meridian/base/numbers.h"
 #include "meridian/engine/color_spaces.h"
 #include "meridian/engine/image_sequence.h"
 #include "meridian/engine/libav/log_collector.h"
@@ -165,9 +170,8 @@ void describeOrigin(MediaDescription& description) {
   if (description.reelName.empty()) description.reelName = firstTag(tags, {"reel_name"});
 }
 
-/// Warns if the index names data beyond the end of the file.
-void checkLength(MediaDescription& description, const AVFormatContext& input) {
-  if (!std::string_view(input.iformat->name).starts_with("mov,")) return;
+/// Returns the end of the last data that the index of a QuickTime movie names.
+std::optional<std::uint64_t> endOfIndexedData(const AVFormatContext& input) {
   std::int64_t end = 0;
   for (unsigned place = 0; place < input.nb_streams; ++place) {
     AVStream* const stream = input.streams[place];
@@ -177,10 +181,48 @@ void checkLength(MediaDescription& description, const AVFormatContext& input) {
       end = std::max(end, checkedSum<std::int64_t>(sample->pos, sample->size).value_or(sample->pos));
     }
   }
-  if (end <= 0 || static_cast<std::uint64_t>(end) <= description.size) return;
-  description.warnings.push_back(
-      {MediaWarningCode::endsBeforeItsData, description.path,
-       std::to_string(static_cast<std::uint64_t>(end) - description.size) + " bytes are missing"});
+  return end > 0 ? std::optional(static_cast<std::uint64_t>(end)) : std::nullopt;
+}
+
+/// Returns the end of the segment of a Matroska file; absent if it is not known, as in a recording that goes on.
+std::optional<std::uint64_t> endOfSegment(libav::MediaInput& input) {
+  constexpr std::array<std::string_view, 2> identifiers{"\x1a\x45\xdf\xa3", "\x18\x53\x80\x67"};
+  std::uint64_t place = 0;
+  for (const std::string_view identifier : identifiers) {
+    // An element is an identifier, a length whose leading zeros say of how many bytes it is, and so many bytes.
+    std::array<char, 12> bytes{};
+    if (!input.readAt(place, bytes) || !std::string_view(bytes.data(), bytes.size()).starts_with(identifier)) return {};
+    const auto first = static_cast<unsigned char>(bytes[4]);
+    const auto size = static_cast<std::size_t>(std::countl_zero(first)) + 1;
+    if (size > 8) return {};
+    std::uint64_t length = first & (0xFFU >> size);
+    bool isUnknown = length == 0xFFU >> size;
+    for (std::size_t each = 1; each < size; ++each) {
+      const auto byte = static_cast<unsigned char>(bytes[4 + each]);
+      length = length << 8U | byte;
+      isUnknown = isUnknown && byte == 0xFF;
+    }
+    if (isUnknown) return {};
+    place += 4 + size + length;
+  }
+  return place;
+}
+
+/// Returns how long the file says that it is.
+std::optional<std::uint64_t> statedSize(const MediaDescription& description, libav::MediaInput& input) {
+  if (description.formatName.starts_with("mov,")) return endOfIndexedData(input.context());
+  if (description.formatName.starts_with("matroska,")) return endOfSegment(input);
+  if (description.formatName != "flv") return std::nullopt;
+  const auto size = doubleFromText(tagValue(description.tags, "filesize").value_or(""));
+  return size ? truncatedUnsignedInteger(*size) : std::nullopt;
+}
+
+/// Warns if the file is shorter than it says.
+void checkLength(MediaDescription& description, libav::MediaInput& input) {
+  const auto size = statedSize(description, input);
+  if (!size || *size <= description.size) return;
+  description.warnings.push_back({MediaWarningCode::endsBeforeItsData, description.path,
+                                  std::to_string(*size - description.size) + " bytes are missing"});
 }
 
 Expected<MediaDescription, MediaError> describedFile(const std::string& path, const DescriptionLimits& limits) {
@@ -204,7 +246,7 @@ Expected<MediaDescription, MediaError> describedFile(const std::string& path, co
   description.container = libav::containerOf(context, description);
   describeTimes(description, context);
   describeOrigin(description);
-  checkLength(description, context);
+  checkLength(description, input);
   description.timecode = libav::readTimecode(input, description);
   return description;
 }

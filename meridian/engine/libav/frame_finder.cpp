@@ -1,7 +1,9 @@
 #include "meridian/engine/libav/frame_finder.h"
 
 extern "C" {
+#include <libavutil/dict.h>
 #include <libavutil/mathematics.h>
+#include <libavutil/parseutils.h>
 }
 
 #include <algorithm>
@@ -10,8 +12,6 @@ extern "C" {
 #include <limits>
 #include <thread>
 #include <utility>
-
-#include "meridian/engine/libav/log_collector.h"
 
 namespace meridian::inline v0_2::libav {
 namespace {
@@ -39,6 +39,18 @@ std::int64_t floored(double location, std::int64_t whole) noexcept {
   return static_cast<std::int64_t>(std::floor(location * static_cast<double>(whole) * (1 + tolerance)));
 }
 
+/// Returns the duration that a stream of Matroska states in its tags, since its container has one for all streams.
+std::optional<std::int64_t> taggedDuration(const AVStream& stream, std::int64_t start) {
+  const AVDictionaryEntry* tag = av_dict_get(stream.metadata, "DURATION", nullptr, 0);
+  if (tag == nullptr) tag = av_dict_get(stream.metadata, "DURATION-eng", nullptr, 0);
+  std::int64_t microseconds = 0;
+  if (tag == nullptr || av_parse_time(&microseconds, tag->value, 1) < 0) return std::nullopt;
+  // FFmpeg writes when the stream ends, mkvmerge how long it is.
+  const bool isEnd = av_dict_get(stream.metadata, "_STATISTICS", nullptr, AV_DICT_IGNORE_SUFFIX) == nullptr;
+  const std::int64_t duration = av_rescale_q(microseconds, {1, AV_TIME_BASE}, stream.time_base) - (isEnd ? start : 0);
+  return duration > 0 ? std::optional(duration) : std::nullopt;
+}
+
 bool isDamaged(const AVFrame& frame) noexcept {
   return (frame.flags & AV_FRAME_FLAG_CORRUPT) != 0 || frame.decode_error_flags != 0;
 }
@@ -46,29 +58,41 @@ bool isDamaged(const AVFrame& frame) noexcept {
 }  // namespace
 
 FrameFinder::FrameFinder(std::string path, int stream, bool endsEarly, const DescriptionLimits& limits)
-    : path_(std::move(path)),
-      stream_(stream),
-      endsEarly_(endsEarly),
-      limits_(limits),
-      deadline_(std::chrono::steady_clock::now() + limits.time) {}
+    : path_(std::move(path)), stream_(stream), endsEarly_(endsEarly), limits_(limits), timeLeft_(limits.time) {}
 
 Expected<std::unique_ptr<FrameFinder>, MediaSnapshotError> FrameFinder::open(const std::string& path, int stream,
                                                                              bool endsEarly,
                                                                              const DescriptionLimits& limits) {
   std::unique_ptr<FrameFinder> finder(new FrameFinder(path, stream, endsEarly, limits));
+  const TimedWork work(*finder);
   if (auto error = finder->openInput()) return Unexpected(*std::move(error));
   if (auto error = finder->openDecoder()) return Unexpected(*std::move(error));
   finder->readTimes();
   return finder;
 }
 
+FrameFinder::TimedWork::TimedWork(FrameFinder& finder) noexcept
+    : finder_(finder), begin_(std::chrono::steady_clock::now()) {
+  DescriptionLimits left = finder.limits_;
+  left.time = finder.timeLeft_;
+  finder.deadline_ = left.deadline();
+  if (finder.input_) finder.input_->setDeadline(finder.deadline_);
+}
+
+FrameFinder::TimedWork::~TimedWork() {
+  finder_.timeLeft_ -= std::chrono::ceil<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin_);
+}
+
 MediaSnapshotError FrameFinder::failure(MediaSnapshotErrorCode code, std::string detail) const {
-  return {code, path_, std::move(detail)};
+  MediaSnapshotError error{code, path_, std::move(detail)};
+  if (code == notRead && input_) error.systemError = input_->file().error();
+  return error;
 }
 
 std::optional<MediaSnapshotError> FrameFinder::openInput() {
   DescriptionLimits left = limits_;
   left.time = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - std::chrono::steady_clock::now());
+  if (input_) left.bytes = input_->bytesLeft();
   auto opened = MediaInput::open(path_, left);
   if (!opened) {
     const MediaError& error = opened.error();
@@ -105,7 +129,9 @@ std::optional<MediaSnapshotError> FrameFinder::openDecoder() {
   decoder_->pkt_timebase = stream().time_base;
   decoder_->max_pixels = mostPixels;
   decoder_->thread_count = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 8U));
-  decoder_->thread_type = framesStandAlone_ ? FF_THREAD_SLICE : FF_THREAD_SLICE | FF_THREAD_FRAME;
+  // Of frames that are decoded side by side, FFmpeg says only after it has handed them out that they are damaged.
+  decoder_->thread_type = FF_THREAD_SLICE;
+  decoder_->err_recognition |= AV_EF_EXPLODE;
   silence(*decoder_);
   const LogCollector log;
   if (avcodec_open2(decoder_.get(), codec, nullptr) < 0) return failure(notDecodable, log.firstError());
@@ -122,6 +148,7 @@ void FrameFinder::readTimes() {
     duration_ = video.duration;
   } else if (context.duration != AV_NOPTS_VALUE && context.duration > 0) {
     duration_ = av_rescale_q(context.duration, {1, AV_TIME_BASE}, video.time_base);
+    if (const auto own = taggedDuration(video, start_)) duration_ = std::min(*own, *duration_);
   }
 }
 
@@ -130,9 +157,12 @@ PacketPointer FrameFinder::nextPacket() {
   PacketPointer packet(av_packet_alloc());
   while (packet) {
     const int status = av_read_frame(&input_->context(), packet.get());
-    if (status < 0) {
+    if (status == AVERROR(EAGAIN)) continue;
+    // FFmpeg may take bytes that could not be read for the end, or go on without them.
+    if (status == AVERROR_EXIT || input_->file().error()) readingEnd_ = status == AVERROR_EXIT ? limitReached : notRead;
+    if (status < 0 || readingEnd_) {
       isRead_ = true;
-      readError_ = status;
+      isCutShort_ = status != AVERROR_EOF && avio_feof(input_->context().pb) == 0;
       return nullptr;
     }
     if (packet->stream_index == stream_) break;
@@ -145,8 +175,11 @@ void FrameFinder::forgetPackets() {
   ahead_.clear();
   shown_.clear();
   last_.reset();
-  isRead_ = isDrained_ = isStreaming_ = false;
-  readError_ = 0;
+  isRead_ = isCutShort_ = isDrained_ = isStreaming_ = false;
+  readingEnd_.reset();
+  isBroken_ = areLeadingBroken_ = false;
+  keyTime_.reset();
+  doubtful_.clear();
   lastDecodingTime_ = std::numeric_limits<std::int64_t>::min();
   avcodec_flush_buffers(decoder_.get());
 }
@@ -164,7 +197,10 @@ bool FrameFinder::goTo(std::int64_t place, std::int64_t target) {
 }
 
 bool FrameFinder::goToStart() {
-  if (!isAtStart_ && openInput()) return false;
+  if (const auto error = isAtStart_ ? std::nullopt : openInput()) {
+    readingEnd_ = error->code;
+    return false;
+  }
   forgetPackets();
   return true;
 }
@@ -221,9 +257,48 @@ bool FrameFinder::isUnneeded(const AVPacket& packet, std::int64_t target) const 
   return frame && packet.pts != *frame && (packet.pts < *frame || framesStandAlone_ || isDecided_);
 }
 
+void FrameFinder::noteError(std::int64_t time) {
+  const bool isLeading = keyTime_ && time != AV_NOPTS_VALUE && time < *keyTime_;
+  (isLeading ? areLeadingBroken_ : isBroken_) = true;
+  ++errorCount_;
+  doubtful_.insert(time);
+}
+
+void FrameFinder::send(const AVPacket* packet) {
+  if (packet != nullptr) {
+    sentTime_ = packet->pts;
+    if (isKey(*packet)) {
+      areLeadingBroken_ = std::exchange(isBroken_, false);
+      keyTime_ = packet->pts == AV_NOPTS_VALUE ? std::nullopt : std::optional(packet->pts);
+    }
+    const bool isLeading = keyTime_ && packet->pts != AV_NOPTS_VALUE && packet->pts < *keyTime_;
+    if (!framesStandAlone_ && (isLeading ? areLeadingBroken_ : isBroken_)) doubtful_.insert(packet->pts);
+  }
+  const int status = avcodec_send_packet(decoder_.get(), packet);
+  if (status < 0 && status != AVERROR(EAGAIN) && status != AVERROR_EOF) noteError(sentTime_);
+}
+
+int FrameFinder::receive(AVFrame& frame) {
+  const int status = avcodec_receive_frame(decoder_.get(), &frame);
+  if (status < 0 && status != AVERROR(EAGAIN) && status != AVERROR_EOF) noteError(sentTime_);
+  if (status >= 0 && isDamaged(frame)) noteError(frame.pts);
+  return status;
+}
+
+bool FrameFinder::isSound(const AVFrame& frame) const { return !isDamaged(frame) && !doubtful_.contains(frame.pts); }
+
+bool FrameFinder::isFrameOf(std::int64_t frame, std::int64_t packet) const {
+  if (frame == packet) return true;
+  const AVRational rate = input_->context().streams[stream_]->avg_frame_rate;
+  if (rate.num <= 0 || rate.den <= 0) return false;
+  const std::int64_t length = av_rescale_q(1, av_inv_q(rate), input_->context().streams[stream_]->time_base);
+  // A field is half a frame; timestamps are rounded.
+  return frame < packet && 4 * (packet - frame) < 3 * length;
+}
+
 void FrameFinder::sendNext(std::int64_t target) {
   if (ahead_.empty()) {
-    avcodec_send_packet(decoder_.get(), nullptr);
+    send(nullptr);
     isDrained_ = true;
     return;
   }
@@ -232,8 +307,7 @@ void FrameFinder::sendNext(std::int64_t target) {
   const bool isSkipped = isUnneeded(*packet, target);
   if (isSkipped && framesStandAlone_) return;
   decoder_->skip_frame = isSkipped && marksUnreferenced_ ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
-  // A packet that cannot be decoded is no more than a frame that does not come.
-  static_cast<void>(avcodec_send_packet(decoder_.get(), packet.get()));
+  send(packet.get());
 }
 
 FrameFinder::Attempt FrameFinder::decodePlanned(std::int64_t target, const std::stop_token& stop) {
@@ -242,10 +316,10 @@ FrameFinder::Attempt FrameFinder::decodePlanned(std::int64_t target, const std::
   if (last_ && last_->pts <= target) kept.reset(av_frame_clone(last_.get()));
   while (!stop.stop_requested()) {
     lookAhead(target);
-    if (readError_ == AVERROR_EXIT) return {nullptr, limitReached};
-    if (!hasTimestamps_ || (isRead_ && endsEarly_ && lastDecodingTime_ <= target)) return {};
+    if (readingEnd_) return {nullptr, readingEnd_};
+    if (!hasTimestamps_ || (isRead_ && (endsEarly_ || isCutShort_) && lastDecodingTime_ <= target)) return {};
     FramePointer frame(av_frame_alloc());
-    const bool isReceived = frame && avcodec_receive_frame(decoder_.get(), frame.get()) >= 0;
+    const bool isReceived = frame && receive(*frame) >= 0;
     if (isReceived) {
       if (frame->pts == AV_NOPTS_VALUE) return {};
       isDecided_ = isDecided_ || frame->pts > target;
@@ -256,7 +330,7 @@ FrameFinder::Attempt FrameFinder::decodePlanned(std::int64_t target, const std::
     }
     const auto time = wanted(target);
     if (isDecided_ && kept && time && kept->pts == *time) {
-      if (isDamaged(*kept)) return {};
+      if (!isSound(*kept)) return {};
       isStreaming_ = !isDrained_;
       last_.reset(av_frame_clone(kept.get()));
       return {std::move(kept), {}};
@@ -272,13 +346,28 @@ FrameFinder::Attempt FrameFinder::decodePlanned(std::int64_t target, const std::
   return {nullptr, stopped};
 }
 
-FrameFinder::Attempt FrameFinder::decodeAll(std::int64_t target, const std::stop_token& stop) {
+FrameFinder::Attempt FrameFinder::decodeAll(std::int64_t target, bool isStart, const std::stop_token& stop) {
   FramePointer kept;
+  std::optional<std::int64_t> firstKey;
+  std::optional<std::int64_t> best;
+  // What comes or is shown before the first key frame cannot be decoded from here.
+  const auto take = [&](const AVPacket& packet) {
+    if (packet.pts == AV_NOPTS_VALUE) return;
+    if (!firstKey && isKey(packet)) firstKey = packet.pts;
+    const bool isCandidate = firstKey && isShown(packet) && packet.pts >= *firstKey && packet.pts <= target;
+    if (isCandidate) best = std::max(packet.pts, best.value_or(packet.pts));
+  };
+  // A frame that did not come is not replaced by its neighbour.
+  const auto result = [&] {
+    if (!kept || !isSound(*kept)) return Attempt{};
+    const bool isRight = kept->pts <= target ? best && isFrameOf(kept->pts, *best) : isStart && !best;
+    return isRight ? Attempt{std::move(kept), {}} : Attempt{};
+  };
   decoder_->skip_frame = AVDISCARD_DEFAULT;
   while (!stop.stop_requested()) {
     FramePointer frame(av_frame_alloc());
     int status = 0;
-    while (frame && (status = avcodec_receive_frame(decoder_.get(), frame.get())) >= 0) {
+    while (frame && (status = receive(*frame)) >= 0) {
       const std::int64_t time = frame->pts;
       if (time == AV_NOPTS_VALUE) {
         hasTimestamps_ = false;
@@ -286,12 +375,9 @@ FrameFinder::Attempt FrameFinder::decodeAll(std::int64_t target, const std::stop
       }
       const bool isBeyond = time > target;
       if (!isBeyond || !kept) kept = std::exchange(frame, FramePointer(av_frame_alloc()));
-      if (isBeyond) return isDamaged(*kept) ? Attempt{} : Attempt{std::move(kept), {}};
+      if (isBeyond) return result();
     }
-    if (status == AVERROR_EOF || isDrained_) {
-      if (!kept || endsEarly_ || isDamaged(*kept)) return {};
-      return {std::move(kept), {}};
-    }
+    if (!frame || status == AVERROR_EOF || isDrained_) return endsEarly_ || isCutShort_ ? Attempt{} : result();
     PacketPointer packet;
     if (ahead_.empty()) {
       packet = nextPacket();
@@ -299,9 +385,10 @@ FrameFinder::Attempt FrameFinder::decodeAll(std::int64_t target, const std::stop
       packet = std::move(ahead_.front());
       ahead_.pop_front();
     }
-    if (readError_ == AVERROR_EXIT) return {nullptr, limitReached};
-    isDrained_ = !packet && avcodec_send_packet(decoder_.get(), nullptr) == AVERROR_EOF;
-    if (packet) static_cast<void>(avcodec_send_packet(decoder_.get(), packet.get()));
+    if (readingEnd_) return {nullptr, readingEnd_};
+    if (packet) take(*packet);
+    isDrained_ = !packet;
+    send(packet.get());
   }
   return {nullptr, stopped};
 }
@@ -322,7 +409,7 @@ FrameFinder::Attempt FrameFinder::findFrom(std::int64_t target, const std::stop_
     const bool isStart = place == start_;
     const auto go = [&] { return isStart ? goToStart() : goTo(place, target); };
     if (!go()) {
-      if (readError_ == AVERROR_EXIT) return {nullptr, limitReached};
+      if (readingEnd_) return {nullptr, readingEnd_};
       if (isStart) break;
       continue;
     }
@@ -334,7 +421,7 @@ FrameFinder::Attempt FrameFinder::findFrom(std::int64_t target, const std::stop_
       if (attempt.frame || attempt.end) return attempt;
       if (!hasTimestamps_ || !go()) break;
     }
-    Attempt attempt = decodeAll(target, stop);
+    Attempt attempt = decodeAll(target, isStart, stop);
     if (attempt.frame || attempt.end || isStart || !hasTimestamps_) return attempt;
   }
   return {};
@@ -343,45 +430,54 @@ FrameFinder::Attempt FrameFinder::findFrom(std::int64_t target, const std::stop_
 Expected<FoundFrame, MediaSnapshotError> FrameFinder::findByCounting(double location, const std::stop_token& stop) {
   const auto end = [&] {
     if (stop.stop_requested()) return stopped;
-    return readError_ == AVERROR_EXIT ? limitReached : noFrame;
+    return readingEnd_.value_or(noFrame);
   };
-  if (!goToStart()) return Unexpected(failure(notRead));
+  if (!goToStart()) return Unexpected(failure(end()));
   std::int64_t count = 0;
   while (!stop.stop_requested()) {
     const PacketPointer packet = nextPacket();
     if (!packet) break;
     if (isShown(*packet)) ++count;
   }
-  if (stop.stop_requested() || readError_ == AVERROR_EXIT || count == 0) return Unexpected(failure(end()));
+  if (stop.stop_requested() || readingEnd_ || count == 0) return Unexpected(failure(end()));
   const std::int64_t number = std::min(floored(location, count), count - 1);
   const std::int64_t last = location >= 1 ? theEnd : number;
-  if (!goToStart()) return Unexpected(failure(notRead));
+  if (!goToStart()) return Unexpected(failure(end()));
   decoder_->skip_frame = AVDISCARD_DEFAULT;
   FramePointer kept;
   std::int64_t frames = 0;
-  bool isFlushed = false;
+  const std::int64_t errorsBefore = errorCount_;
+  std::int64_t errors = 0;
   while (!stop.stop_requested() && frames <= last) {
     FramePointer frame(av_frame_alloc());
-    const int status = frame ? avcodec_receive_frame(decoder_.get(), frame.get()) : AVERROR_EOF;
+    const int status = frame ? receive(*frame) : AVERROR_EOF;
     if (status >= 0) {
       kept = std::move(frame);
       ++frames;
-    } else if (status != AVERROR(EAGAIN) || isFlushed) {
+    } else if (status == AVERROR_EOF || isDrained_) {
       break;
     } else {
       const PacketPointer packet = nextPacket();
-      isFlushed = !packet;
-      static_cast<void>(avcodec_send_packet(decoder_.get(), packet.get()));
+      isDrained_ = !packet;
+      send(packet.get());
     }
+    // In place of a frame that stands alone there is the error; how many others there would be is not known.
+    if (errors == errorCount_ - errorsBefore) continue;
+    errors = errorCount_ - errorsBefore;
+    if (status < 0) ++frames;
+    kept.reset();
+    if (!framesStandAlone_ && location < 1) break;
   }
-  const bool isFound = kept && !stop.stop_requested() && (location >= 1 || frames == number + 1) && !isDamaged(*kept);
+  const bool isFound = kept && !stop.stop_requested() && !readingEnd_ && (location >= 1 || frames == number + 1) &&
+                       (framesStandAlone_ || !isBroken_) && !isDamaged(*kept);
   if (!isFound) return Unexpected(failure(end()));
   return FoundFrame{std::move(kept), {}, frames - 1};
 }
 
 Expected<FoundFrame, MediaSnapshotError> FrameFinder::find(double location, const std::stop_token& stop) {
   const LogCollector log;
-  if (duration_) {
+  const TimedWork work(*this);
+  if (duration_ && hasTimestamps_) {
     const std::int64_t target = location >= 1 ? theEnd : start_ + floored(location, *duration_);
     Attempt attempt = findFrom(target, stop);
     if (attempt.end) return Unexpected(failure(*attempt.end, log.firstError()));

@@ -6,19 +6,44 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <mutex>
 
 namespace meridian::inline v0_2::libav {
 namespace {
 
 thread_local const LogCollector* innermost = nullptr;
+std::atomic<int> quietDecoders = 0;
+
+/// Returns true if the context or one that it is part of is silenced. What FFmpeg says without a context on a thread of
+/// its own may be a decoder's.
+bool isSilenced(const void* context) noexcept {
+  if (context == nullptr) return quietDecoders > 0;
+  while (context != nullptr) {
+    const auto* const bytes = static_cast<const std::byte*>(context);
+    const auto at = [bytes]<typename Value>(std::ptrdiff_t offset, Value value) {
+      std::memcpy(&value, bytes + offset, sizeof value);
+      return value;
+    };
+    const auto* const type = at(0, static_cast<const AVClass*>(nullptr));
+    if (type == nullptr) return false;
+    if (type->log_level_offset_offset != 0 && at(type->log_level_offset_offset, 0) >= AV_LOG_MAX_OFFSET) return true;
+    context = type->parent_log_context_offset == 0
+                  ? nullptr
+                  : at(type->parent_log_context_offset, static_cast<const void*>(nullptr));
+  }
+  return false;
+}
 
 // The format and its arguments are FFmpeg's, as vsnprintf reads them.
 __attribute__((format(printf, 3, 0))) void collect(void* context, int level, const char* format,
                                                    va_list arguments) noexcept {
   if (innermost == nullptr) {
+    if (isSilenced(context)) return;
     av_log_default_callback(context, level, format, arguments);
     return;
   }
@@ -31,6 +56,9 @@ __attribute__((format(printf, 3, 0))) void collect(void* context, int level, con
 }
 
 }  // namespace
+
+QuietDecoding::QuietDecoding() noexcept { ++quietDecoders; }
+QuietDecoding::~QuietDecoding() { --quietDecoders; }
 
 LogCollector::LogCollector() : outer_(innermost) {
   static std::once_flag isInstalled;

@@ -55,4 +55,16 @@ class LogCollector {
   mutable bool isMissing_ = false;
 };
 
+/// While one exists, what FFmpeg says without a context, on a thread without a collector, is dropped: decoders of ours
+/// have threads of their own.
+class QuietDecoding {
+ public:
+  QuietDecoding() noexcept;
+  QuietDecoding(const QuietDecoding&) = delete;
+  QuietDecoding& operator=(const QuietDecoding&) = delete;
+  QuietDecoding(QuietDecoding&&) = delete;
+  QuietDecoding& operator=(QuietDecoding&&) = delete;
+  ~QuietDecoding();
+};
+
 }  // namespace meridian::inline v0_2::libav

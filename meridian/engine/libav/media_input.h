@@ -41,6 +41,10 @@ class MediaInput {
   [[nodiscard]] AVFormatContext& context() noexcept { return *input_; }
   [[nodiscard]] const FileReader& file() const noexcept { return file_; }
 
+  [[nodiscard]] std::uint64_t bytesLeft() const noexcept { return bytesLeft_; }
+  /// Replaces the time limit.
+  void setDeadline(std::chrono::steady_clock::time_point deadline) noexcept { deadline_ = deadline; }
+
   /// Returns the colour tags of a stream as the container states them: all unspecified for one that shows up late.
   [[nodiscard]] ColorSpaceCodes colorsOfContainer(std::size_t stream) const noexcept {
     return stream < colors_.size() ? colors_[stream] : ColorSpaceCodes{};

@@ -64,8 +64,13 @@ class MediaSnapshots::Source {
   }
 
   [[nodiscard]] std::optional<MediaSnapshotError> openFolder() {
-    auto sequence = imageSequence(path_);
-    if (!sequence) return MediaSnapshotError{MediaSnapshotErrorCode::notRead, path_, sequence.error().detail};
+    auto sequence = imageSequence(path_, limits_);
+    if (!sequence) {
+      const MediaError& error = sequence.error();
+      const bool isLimit = error.code == MediaErrorCode::limitReached;
+      return MediaSnapshotError{isLimit ? MediaSnapshotErrorCode::limitReached : MediaSnapshotErrorCode::notRead, path_,
+                                error.detail, error.systemError};
+    }
     sequence_ = std::move(sequence->paths);
     return std::nullopt;
   }
@@ -143,6 +148,9 @@ Expected<MediaSnapshots, MediaSnapshotError> MediaSnapshots::open(const MediaDes
                                                                   const SnapshotOptions& options) {
   if (description.mainVideo() == nullptr) {
     return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::noVideo, description.path});
+  }
+  if (const VideoStreamDescription& video = *description.mainVideo(); !video.isDecodable) {
+    return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::notDecodable, description.path, video.codecName});
   }
   auto source = std::make_unique<Source>(description, options);
   const bool isFolder = description.container == SLVMediaFileContainerImageSequence;

@@ -1,6 +1,7 @@
 #include "meridian/engine/libav/still_image.h"
 
 extern "C" {
+#include <libavutil/display.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
 }
@@ -41,19 +42,29 @@ struct Coding {
   bool isFullRange;
 };
 
-/// Returns what the code values of a frame mean.
-Coding codingOf(const AVFrame& frame, const AVPixFmtDescriptor& format) noexcept {
+/// The matrices that swscale has.
+constexpr auto supportedMatrices =
+    std::to_array({AVCOL_SPC_BT709, AVCOL_SPC_FCC, AVCOL_SPC_BT470BG, AVCOL_SPC_SMPTE170M, AVCOL_SPC_SMPTE240M,
+                   AVCOL_SPC_BT2020_NCL, AVCOL_SPC_BT2020_CL});
+
+/// Returns what the code values of a frame mean; the error names a matrix that swscale would replace by another.
+Expected<Coding, std::string> codingOf(const AVFrame& frame, const AVPixFmtDescriptor& format) {
   constexpr int linesOfHighDefinition = 720;
   AVColorSpace matrix = frame.colorspace;
   if (matrix == AVCOL_SPC_UNSPECIFIED || matrix == AVCOL_SPC_RESERVED || matrix == AVCOL_SPC_RGB) {
     matrix = frame.height >= linesOfHighDefinition ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
   }
-  // Luma alone is that of a picture, unless it says otherwise, and so is RGB.
+  // Luma without a range tag is full range, as in image files, and so is RGB.
   const bool isColorDifference = format.nb_components >= 3 && (format.flags & AV_PIX_FMT_FLAG_RGB) == 0;
+  if (isColorDifference && std::ranges::find(supportedMatrices, matrix) == supportedMatrices.end()) {
+    const char* const name = av_color_space_name(matrix);
+    return Unexpected("its matrix " + (name != nullptr ? std::string(name) : std::to_string(matrix)) +
+                      " is not supported");
+  }
   const bool isPicture = !isColorDifference || std::string_view(format.name).starts_with("yuvj");
   const bool isFullRange =
       frame.color_range == AVCOL_RANGE_UNSPECIFIED ? isPicture : frame.color_range == AVCOL_RANGE_JPEG;
-  return {sws_getCoefficients(matrix), isFullRange || std::string_view(format.name).starts_with("yuvj")};
+  return Coding{sws_getCoefficients(matrix), isFullRange || std::string_view(format.name).starts_with("yuvj")};
 }
 
 FramePointer newFrame(AVPixelFormat format, int width, int height) {
@@ -94,7 +105,7 @@ ImageView<Sample> viewOf(AVFrame& rgb, int bitDepth) noexcept {
 /// Copies the samples of a plane to where they are after a turn clockwise and a mirroring from left to right.
 template <typename Sample>
 void turnPlane(const AVFrame& from, AVFrame& to, int plane, int rotation, bool isMirrored) noexcept {
-  const int quarter = rotation / 90 % 4;
+  const int quarter = rotation / 90;
   for (int y = 0; y < to.height; ++y) {
     auto* const row = reinterpret_cast<Sample*>(to.data[plane] + static_cast<std::ptrdiff_t>(to.linesize[plane]) * y);
     for (int x = 0; x < to.width; ++x) {
@@ -150,14 +161,26 @@ Expected<std::string, std::string> encoded(AVFrame& image, double compressionFac
 
 StillImages::StillImages(const VideoStreamDescription& video, const SnapshotOptions& options)
     : pixelAspectRatio_(video.pixelAspectRatio),
-      rotation_(video.rotation),
-      isMirrored_(video.isMirrored),
+      orientation_{nearestQuarterTurn(video.rotation), video.isMirrored},
       options_(options) {}
 
-StillImages::Size StillImages::sizeOf(const AVFrame& frame) const noexcept {
+StillImages::Orientation StillImages::orientationOf(const AVFrame& frame) const noexcept {
+  const AVFrameSideData* const data = av_frame_get_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX);
+  std::array<std::int32_t, 9> matrix{};
+  if (data == nullptr || data->size < sizeof matrix) return orientation_;
+  std::copy_n(data->data, sizeof matrix, reinterpret_cast<std::uint8_t*>(matrix.data()));
+  const double determinant = static_cast<double>(matrix[0]) * matrix[4] - static_cast<double>(matrix[1]) * matrix[3];
+  const bool isMirrored = determinant < 0;
+  if (isMirrored) av_display_matrix_flip(matrix.data(), 1, 0);
+  const double counterclockwise = av_display_rotation_get(matrix.data());
+  if (!std::isfinite(counterclockwise)) return orientation_;
+  return {nearestQuarterTurn(static_cast<int>(std::lround(-counterclockwise))), isMirrored};
+}
+
+StillImages::Size StillImages::sizeOf(const AVFrame& frame, Orientation orientation) const noexcept {
   double width = frame.width * pixelAspectRatio_.rawValue();
   double height = frame.height;
-  const bool liesOnItsSide = rotation_ / 90 % 2 != 0;
+  const bool liesOnItsSide = orientation.rotation % 180 != 0;
   if (liesOnItsSide) std::swap(width, height);
   double scale = std::min({1.0, largestSide / width, largestSide / height});
   if (options_.maxWidth) scale = std::min(scale, *options_.maxWidth / width);
@@ -168,13 +191,15 @@ StillImages::Size StillImages::sizeOf(const AVFrame& frame) const noexcept {
   return size;
 }
 
-FramePointer StillImages::rgbOf(const AVFrame& frame, Size size) const {
+Expected<FramePointer, std::string> StillImages::rgbOf(const AVFrame& frame, Size size) const {
   const AVPixFmtDescriptor* const format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
   if (format == nullptr) return nullptr;
+  const auto coding = codingOf(frame, *format);
+  if (!coding) return Unexpected(coding.error());
   const int bitDepth = options_.lut == nullptr ? 8 : format->comp[0].depth;
   FramePointer rgb = newFrame(rgbFormatFor(bitDepth).format, size.width, size.height);
   const Coding full{sws_getCoefficients(SWS_CS_DEFAULT), true};
-  return rgb && convert(frame, codingOf(frame, *format), *rgb, full) ? std::move(rgb) : nullptr;
+  return rgb && convert(frame, *coding, *rgb, full) ? std::move(rgb) : nullptr;
 }
 
 bool StillImages::applyLut(AVFrame& rgb) {
@@ -191,18 +216,18 @@ bool StillImages::applyLut(AVFrame& rgb) {
   return lut->second.apply(view, view).has_value();
 }
 
-FramePointer StillImages::turned(FramePointer rgb) const {
-  const bool isTurned = rotation_ / 90 % 4 != 0;
-  if (!rgb || (!isTurned && !isMirrored_)) return rgb;
-  const bool liesOnItsSide = rotation_ / 90 % 2 != 0;
+FramePointer StillImages::turned(FramePointer rgb, Orientation orientation) {
+  const auto [rotation, isMirrored] = orientation;
+  if (rotation == 0 && !isMirrored) return rgb;
+  const bool liesOnItsSide = rotation % 180 != 0;
   FramePointer result = newFrame(static_cast<AVPixelFormat>(rgb->format), liesOnItsSide ? rgb->height : rgb->width,
                                  liesOnItsSide ? rgb->width : rgb->height);
   if (!result) return nullptr;
   for (int plane = 0; plane < 3; ++plane) {
     if (rgb->format == AV_PIX_FMT_GBRP) {
-      turnPlane<std::uint8_t>(*rgb, *result, plane, rotation_, isMirrored_);
+      turnPlane<std::uint8_t>(*rgb, *result, plane, rotation, isMirrored);
     } else {
-      turnPlane<std::uint16_t>(*rgb, *result, plane, rotation_, isMirrored_);
+      turnPlane<std::uint16_t>(*rgb, *result, plane, rotation, isMirrored);
     }
   }
   return result;
@@ -210,9 +235,12 @@ FramePointer StillImages::turned(FramePointer rgb) const {
 
 Expected<MediaSnapshot, std::string> StillImages::image(const AVFrame& frame) {
   const LogCollector log;
-  FramePointer rgb = rgbOf(frame, sizeOf(frame));
+  const Orientation orientation = orientationOf(frame);
+  auto converted = rgbOf(frame, sizeOf(frame, orientation));
+  if (!converted) return Unexpected(std::move(converted).error());
+  FramePointer rgb = *std::move(converted);
   if (!rgb || !applyLut(*rgb)) return Unexpected(log.firstError());
-  rgb = turned(std::move(rgb));
+  rgb = turned(std::move(rgb), orientation);
   if (!rgb) return Unexpected(log.firstError());
   const FramePointer jpeg = newFrame(AV_PIX_FMT_YUVJ420P, rgb->width, rgb->height);
   const Coding full{sws_getCoefficients(SWS_CS_DEFAULT), true};

@@ -17,7 +17,7 @@ class StillImages {
  public:
   StillImages(const VideoStreamDescription& video, const SnapshotOptions& options);
 
-  /// Returns the image with its size; the error is what FFmpeg said.
+  /// Returns the image with its size; the error is what FFmpeg said, or names a matrix that it does not have.
   [[nodiscard]] Expected<MediaSnapshot, std::string> image(const AVFrame& frame);
 
  private:
@@ -26,14 +26,21 @@ class StillImages {
     int height = 0;
   };
 
-  [[nodiscard]] Size sizeOf(const AVFrame& frame) const noexcept;
-  [[nodiscard]] FramePointer rgbOf(const AVFrame& frame, Size size) const;
+  /// A clockwise turn of 0, 90, 180 or 270 degrees, and then a mirroring from left to right.
+  struct Orientation {
+    int rotation = 0;
+    bool isMirrored = false;
+  };
+
+  /// Returns how the frame itself is to be shown, as an image file says, or else how the stream is.
+  [[nodiscard]] Orientation orientationOf(const AVFrame& frame) const noexcept;
+  [[nodiscard]] Size sizeOf(const AVFrame& frame, Orientation orientation) const noexcept;
+  [[nodiscard]] Expected<FramePointer, std::string> rgbOf(const AVFrame& frame, Size size) const;
   [[nodiscard]] bool applyLut(AVFrame& rgb);
-  [[nodiscard]] FramePointer turned(FramePointer rgb) const;
+  [[nodiscard]] static FramePointer turned(FramePointer rgb, Orientation orientation);
 
   MediaRational pixelAspectRatio_;
-  int rotation_;
-  bool isMirrored_;
+  Orientation orientation_;
   SnapshotOptions options_;
   /// By bit depth.
   std::map<int, ImageLut> luts_;
