@@ -159,8 +159,7 @@ TEST_F(MediaSnapshotTest, HasTheShapeOfTheVideoAsItIsShown) {
   ASSERT_NO_FATAL_FAILURE(makeNumbered("plain.mov", options, corner));
   ASSERT_NO_FATAL_FAILURE(makeNumbered("wide.mov", options, corner + ",setsar=3/2"));
   // The matrix by which players turn: a b, c d, in 16.16 fixed point.
-  const auto turn = [this](const std::string& from, const std::string& to, std::array<int, 4> matrix,
-                           int one = 1) {
+  const auto turn = [this](const std::string& from, const std::string& to, std::array<int, 4> matrix, int one = 1) {
     std::string clip = content(from);
     const std::size_t place = clip.find("tkhd") + 44;
     for (const std::size_t each : {0U, 1U, 2U, 3U}) {
@@ -298,8 +297,16 @@ TEST_F(MediaSnapshotTest, ShowsNoOtherFrameInPlaceOfADamagedOne) {
            {"prores.mov", "-c:v prores_ks", {0, 50, 99}, {0, 0.49, 0.5, 0.51, 0.98, 0.99, 1}, "- 49 - 51 98 - - "},
            {"png.mov", "-c:v png", {0, 50, 99}, {0, 0.49, 0.5, 0.51, 0.98, 0.99, 1}, "- 49 - 51 98 - - "},
            // The key frame at 40, and all that refer to it.
-           {"h264.mp4", "-c:v libx264 -g 20 -bf 0", {40}, {0.39, 0.4, 0.45, 0.59, 0.6, 1}, "39 - - - 60 99 "},
-           {"mpeg2.mov", "-c:v mpeg2video -g 20 -bf 0", {40}, {0.39, 0.4, 0.45, 0.59, 0.6, 1}, "39 - - - 60 99 "},
+           {"h264.mp4",
+            "-c:v libx264 -g 20 -bf 0 -sc_threshold 0",
+            {40},
+            {0.39, 0.4, 0.45, 0.59, 0.6, 1},
+            "39 - - - 60 99 "},
+           {"mpeg2.mov",
+            "-c:v mpeg2video -g 20 -bf 0 -sc_threshold 1000000000",
+            {40},
+            {0.39, 0.4, 0.45, 0.59, 0.6, 1},
+            "39 - - - 60 99 "},
        }) {
     ASSERT_NO_FATAL_FAILURE(makeNumbered(each.name, each.options));
     std::string clip = content(each.name);

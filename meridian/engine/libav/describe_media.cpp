@@ -10,7 +10,6 @@
 
 #include "meridian/base/ascii.h"
 #include "meridian/base/integer_arithmetic.h"
-#include "meridian/base/numbers.h"
 #include "meridian/engine/color_spaces.h"
 #include "meridian/engine/image_sequence.h"
 #include "meridian/engine/libav/log_collector.h"
@@ -208,13 +207,29 @@ std::optional<std::uint64_t> endOfSegment(libav::MediaInput& input) {
   return place;
 }
 
+/// Returns the size that a Flash video states at its beginning, which FFmpeg keeps to itself.
+std::optional<std::uint64_t> statedSizeOfFlashVideo(libav::MediaInput& input) {
+  using namespace std::string_view_literals;
+  // The name, then a zero for a number, and the number as a big-endian double.
+  constexpr std::string_view name =
+      "\0\x08"
+      "filesize\0"sv;
+  std::array<char, 1024> bytes{};
+  if (!input.readAt(0, bytes)) return std::nullopt;
+  const std::size_t place = std::string_view(bytes.data(), bytes.size()).find(name);
+  if (place == std::string_view::npos || place + name.size() + 8 > bytes.size()) return std::nullopt;
+  std::uint64_t bits = 0;
+  for (std::size_t each = 0; each < 8; ++each) {
+    bits = bits << 8U | static_cast<unsigned char>(bytes.at(place + name.size() + each));
+  }
+  return truncatedUnsignedInteger(std::bit_cast<double>(bits));
+}
+
 /// Returns how long the file says that it is.
 std::optional<std::uint64_t> statedSize(const MediaDescription& description, libav::MediaInput& input) {
   if (description.formatName.starts_with("mov,")) return endOfIndexedData(input.context());
   if (description.formatName.starts_with("matroska,")) return endOfSegment(input);
-  if (description.formatName != "flv") return std::nullopt;
-  const auto size = doubleFromText(tagValue(description.tags, "filesize").value_or(""));
-  return size ? truncatedUnsignedInteger(*size) : std::nullopt;
+  return description.formatName == "flv" ? statedSizeOfFlashVideo(input) : std::nullopt;
 }
 
 /// Warns if the file is shorter than it says.

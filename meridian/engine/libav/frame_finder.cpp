@@ -10,6 +10,7 @@ extern "C" {
 #include <array>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <thread>
 #include <utility>
 
@@ -49,6 +50,60 @@ std::optional<std::int64_t> taggedDuration(const AVStream& stream, std::int64_t 
   const bool isEnd = av_dict_get(stream.metadata, "_STATISTICS", nullptr, AV_DICT_IGNORE_SUFFIX) == nullptr;
   const std::int64_t duration = av_rescale_q(microseconds, {1, AV_TIME_BASE}, stream.time_base) - (isEnd ? start : 0);
   return duration > 0 ? std::optional(duration) : std::nullopt;
+}
+
+using Bytes = std::span<const std::uint8_t>;
+
+/// Returns what follows the next start code of MPEG; empty if there is none.
+Bytes afterStartCode(Bytes bytes) noexcept {
+  constexpr std::array<std::uint8_t, 3> code{0, 0, 1};
+  const auto found = std::ranges::search(bytes, code);
+  return found.empty() ? Bytes() : bytes.subspan(static_cast<std::size_t>(found.end() - bytes.begin()));
+}
+
+/// Returns the type of an MPEG-1 or MPEG-2 picture, 3 for B; absent if the packet has no picture.
+std::optional<int> pictureType(Bytes bytes) noexcept {
+  while (!(bytes = afterStartCode(bytes)).empty()) {
+    if (bytes[0] == 0 && bytes.size() > 2) return bytes[2] >> 3U & 7U;
+  }
+  return std::nullopt;
+}
+
+/// Returns true if the first slice of an H.264 packet says that no other frame refers to this one.
+bool isUnreferencedSlice(Bytes bytes, Bytes configuration) noexcept {
+  constexpr unsigned slice = 1;
+  constexpr unsigned lastPartOfSlice = 5;
+  const bool hasLengths = configuration.size() > 4 && configuration[0] == 1;
+  const std::size_t lengthSize = hasLengths ? (configuration[4] & 3U) + 1U : 0;
+  while (true) {
+    std::size_t length = 0;
+    if (hasLengths) {
+      if (bytes.size() <= lengthSize) return false;
+      for (const std::uint8_t byte : bytes.first(lengthSize)) length = length << 8U | byte;
+      bytes = bytes.subspan(lengthSize);
+      if (length == 0) return false;
+    } else {
+      bytes = afterStartCode(bytes);
+      if (bytes.empty()) return false;
+    }
+    const unsigned type = bytes[0] & 31U;
+    if (type >= slice && type <= lastPartOfSlice) return (bytes[0] >> 5U & 3U) == 0;
+    if (type == 0 || length > bytes.size()) return false;
+    bytes = bytes.subspan(length);
+  }
+}
+
+bool isMpeg2(AVCodecID codec) noexcept { return codec == AV_CODEC_ID_MPEG1VIDEO || codec == AV_CODEC_ID_MPEG2VIDEO; }
+
+Bytes bytesOf(const AVPacket& packet) noexcept {
+  return {packet.data, static_cast<std::size_t>(std::max(packet.size, 0))};
+}
+
+/// Returns true if the packet itself says that no other frame refers to its own, so that it need not be decoded.
+bool isUnreferenced(const AVPacket& packet, const AVCodecParameters& parameters) noexcept {
+  if (isMpeg2(parameters.codec_id)) return pictureType(bytesOf(packet)) == 3;
+  return isUnreferencedSlice(bytesOf(packet),
+                             {parameters.extradata, static_cast<std::size_t>(std::max(parameters.extradata_size, 0))});
 }
 
 bool isDamaged(const AVFrame& frame) noexcept {
@@ -180,6 +235,7 @@ void FrameFinder::forgetPackets() {
   isBroken_ = areLeadingBroken_ = false;
   keyTime_.reset();
   doubtful_.clear();
+  sentSinceKey_.clear();
   lastDecodingTime_ = std::numeric_limits<std::int64_t>::min();
   avcodec_flush_buffers(decoder_.get());
 }
@@ -262,6 +318,10 @@ void FrameFinder::noteError(std::int64_t time) {
   (isLeading ? areLeadingBroken_ : isBroken_) = true;
   ++errorCount_;
   doubtful_.insert(time);
+  if (framesStandAlone_ || isLeading) return;
+  // A damaged frame may come out when further ones that refer to it are decoded.
+  const auto sent = std::ranges::find(sentSinceKey_, time);
+  doubtful_.insert(sent, sentSinceKey_.end());
 }
 
 void FrameFinder::send(const AVPacket* packet) {
@@ -269,10 +329,14 @@ void FrameFinder::send(const AVPacket* packet) {
     sentTime_ = packet->pts;
     if (isKey(*packet)) {
       areLeadingBroken_ = std::exchange(isBroken_, false);
+      sentSinceKey_.clear();
       keyTime_ = packet->pts == AV_NOPTS_VALUE ? std::nullopt : std::optional(packet->pts);
     }
     const bool isLeading = keyTime_ && packet->pts != AV_NOPTS_VALUE && packet->pts < *keyTime_;
+    sentSinceKey_.push_back(packet->pts);
     if (!framesStandAlone_ && (isLeading ? areLeadingBroken_ : isBroken_)) doubtful_.insert(packet->pts);
+    // The decoder passes over a packet without a picture.
+    if (isMpeg2(decoder_->codec_id) && !pictureType(bytesOf(*packet))) noteError(packet->pts);
   }
   const int status = avcodec_send_packet(decoder_.get(), packet);
   if (status < 0 && status != AVERROR(EAGAIN) && status != AVERROR_EOF) noteError(sentTime_);
@@ -306,7 +370,7 @@ void FrameFinder::sendNext(std::int64_t target) {
   ahead_.pop_front();
   const bool isSkipped = isUnneeded(*packet, target);
   if (isSkipped && framesStandAlone_) return;
-  decoder_->skip_frame = isSkipped && marksUnreferenced_ ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+  if (isSkipped && marksUnreferenced_ && isUnreferenced(*packet, *stream().codecpar)) return;
   send(packet.get());
 }
 
@@ -363,7 +427,6 @@ FrameFinder::Attempt FrameFinder::decodeAll(std::int64_t target, bool isStart, c
     const bool isRight = kept->pts <= target ? best && isFrameOf(kept->pts, *best) : isStart && !best;
     return isRight ? Attempt{std::move(kept), {}} : Attempt{};
   };
-  decoder_->skip_frame = AVDISCARD_DEFAULT;
   while (!stop.stop_requested()) {
     FramePointer frame(av_frame_alloc());
     int status = 0;
@@ -443,7 +506,6 @@ Expected<FoundFrame, MediaSnapshotError> FrameFinder::findByCounting(double loca
   const std::int64_t number = std::min(floored(location, count), count - 1);
   const std::int64_t last = location >= 1 ? theEnd : number;
   if (!goToStart()) return Unexpected(failure(end()));
-  decoder_->skip_frame = AVDISCARD_DEFAULT;
   FramePointer kept;
   std::int64_t frames = 0;
   const std::int64_t errorsBefore = errorCount_;

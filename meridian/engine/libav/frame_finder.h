@@ -144,6 +144,8 @@ class FrameFinder {
   bool isBroken_ = false;
   bool areLeadingBroken_ = false;
   std::int64_t errorCount_ = 0;
+  /// The timestamps of the packets from the last key packet on, in the order of decoding.
+  std::vector<std::int64_t> sentSinceKey_;
   /// The timestamps of damaged frames and of those that may refer to one.
   std::set<std::int64_t> doubtful_;
 
