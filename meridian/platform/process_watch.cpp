@@ -34,8 +34,12 @@ ProcessWatch::ProcessWatch(std::int32_t process, std::function<void()> ended)
     return;
   }
   ending_ = eventfd(0, EFD_CLOEXEC);
-  if (ending_ < 0) throw std::system_error(detail::lastError());
-  thread_ = std::jthread([this, process] {
+  if (ending_ < 0) {
+    const std::error_code error = detail::lastError();
+    closeDescriptors();
+    throw std::system_error(error);
+  }
+  const auto watch = [this, process] {
     // A negative descriptor is passed over.
     std::array<pollfd, 2> awaited{
         {{.fd = ending_, .events = POLLIN, .revents = 0}, {.fd = descriptor_, .events = POLLIN, .revents = 0}}};
@@ -46,7 +50,13 @@ ProcessWatch::ProcessWatch(std::int32_t process, std::function<void()> ended)
       if (hasEnded(descriptor_, process)) break;
     }
     ended_();
-  });
+  };
+  try {
+    thread_ = std::jthread(watch);
+  } catch (...) {
+    closeDescriptors();
+    throw;
+  }
 }
 
 ProcessWatch::~ProcessWatch() {
@@ -54,6 +64,10 @@ ProcessWatch::~ProcessWatch() {
     static_cast<void>(eventfd_write(ending_, 1));
     thread_.join();
   }
+  closeDescriptors();
+}
+
+void ProcessWatch::closeDescriptors() noexcept {
   if (ending_ >= 0) close(ending_);
   if (descriptor_ >= 0) close(descriptor_);
 }

@@ -20,7 +20,8 @@ namespace meridian::inline v0_2 {
 class ProcessWatch {
  public:
   /// Begins to watch. A process that is not there, or has ended and only waits to be collected, has ended: the function
-  /// is called before the constructor returns. Throws std::system_error if no thread can be started.
+  /// is called before the constructor returns. Throws std::system_error if there is no room for another thread or
+  /// descriptor.
   MERIDIAN_API ProcessWatch(std::int32_t process, std::function<void()> ended);
   ProcessWatch(const ProcessWatch&) = delete;
   ProcessWatch& operator=(const ProcessWatch&) = delete;
@@ -30,6 +31,8 @@ class ProcessWatch {
   MERIDIAN_API ~ProcessWatch();
 
  private:
+  void closeDescriptors() noexcept;
+
   std::function<void()> ended_;
   int descriptor_ = -1;
   int ending_ = -1;

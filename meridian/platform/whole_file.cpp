@@ -35,6 +35,17 @@ std::error_code renameToNewName(const std::string& from, const std::string& to) 
                                                                                         : lastError();
 }
 
+/// Waits until the names in a file's directory are on the disk, where the file system can do that. The file is there
+/// in any case.
+void syncDirectoryOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  const int opened = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (opened < 0) return;
+  static_cast<void>(fsync(opened));
+  close(opened);
+}
+
 }  // namespace
 
 int openNamelessFile(const std::string& directory) noexcept {
@@ -85,10 +96,12 @@ std::error_code WholeFile::write(std::string_view bytes) noexcept {
 
 std::error_code WholeFile::publish() {
   if (fsync(descriptor_) != 0) return lastError();
-  if (hidden_.empty()) return link(descriptorPath(descriptor_), path_, AT_SYMLINK_FOLLOW);
-  const std::error_code error = renameToNewName(hidden_, path_);
-  if (!error) hidden_.clear();
-  return error;
+  const std::error_code error =
+      hidden_.empty() ? link(descriptorPath(descriptor_), path_, AT_SYMLINK_FOLLOW) : renameToNewName(hidden_, path_);
+  if (error) return error;
+  hidden_.clear();
+  syncDirectoryOf(path_);
+  return {};
 }
 
 }  // namespace meridian::inline v0_2

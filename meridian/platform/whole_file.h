@@ -51,8 +51,9 @@ class WholeFile {
   /// Appends the bytes; an error if the volume is full or fails, or the file gets too large for the process.
   [[nodiscard]] MERIDIAN_API std::error_code write(std::string_view bytes) noexcept;
 
-  /// Waits until the file is on the disk, and gives it its name. `std::errc::file_exists` if any item has the name,
-  /// even a dangling link: of several processes that publish under one name, exactly one succeeds. Call it once.
+  /// Waits until the file is on the disk, gives it its name, and waits for that too. `std::errc::file_exists` if any
+  /// item has the name, even a dangling link: of several processes that publish under one name, exactly one succeeds.
+  /// Call it once.
   [[nodiscard]] MERIDIAN_API std::error_code publish();
 
  private:

@@ -1,7 +1,9 @@
 // Stills of real clips, whose frames carry their numbers.
 #include "meridian/engine/media_snapshot.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -11,6 +13,7 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -122,7 +125,7 @@ TEST_F(MediaSnapshotTest, ShowsTheRightFrame) {
       // The sound is twice as long, so that the images end in the middle of the file.
       {"sound.mov", "-c:v libx264 -g 30 -c:a aac -map 1:a"},
       {"sound.mkv", "-c:v libx264 -g 30 -c:a aac -map 1:a"},
-      {"untimed.m2v", "-c:v mpeg2video -q:v 2 -bf 2 -g 12"},
+      {"untimed.mpg", "-c:v mpeg2video -q:v 2 -bf 2 -g 12"},
       // From frame 50 on, each but the last is shown twice as long.
       {"variable.mkv", "-c:v libx264 -g 30 -bf 3 -vsync vfr", "0 14 44 62 77 98 99 43 0 ",
        ",setpts='if(lt(N,50),N,2*N-50)/25/TB'"},
@@ -334,6 +337,29 @@ TEST_F(MediaSnapshotTest, ShowsNoOtherFrameOfAFileThatIsCutShort) {
     const std::string clip = content(name);
     directory().write(name, clip.substr(0, clip.size() / 2));
     EXPECT_EQ(numbersIn(name, {0.1, 0.99, 1}), "10 - - ") << name;
+  }
+}
+
+TEST_F(MediaSnapshotTest, TakesAReadErrorForWhatItIs) {
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("clip.mov", "-c:v prores_ks", ",scale=1024:256:flags=neighbor"));
+  auto snapshots = MediaSnapshots::open(described("clip.mov"));
+  ASSERT_TRUE(snapshots);
+  // From now on the file's descriptor cannot be read from.
+  const int unreadable = open(path("clip.mov").c_str(), O_WRONLY);
+  bool isReplaced = false;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code none;
+    const int descriptor = std::stoi(entry.path().filename());
+    if (descriptor == unreadable || std::filesystem::read_symlink(entry, none) != path("clip.mov")) continue;
+    isReplaced = dup2(unreadable, descriptor) == descriptor;
+  }
+  close(unreadable);
+  ASSERT_TRUE(isReplaced);
+  for (const double location : {0.5, 1.0}) {
+    const auto image = snapshots->at(location);
+    ASSERT_FALSE(image);
+    EXPECT_EQ(image.error().code, MediaSnapshotErrorCode::notRead) << image.error().message();
+    EXPECT_EQ(image.error().systemError, std::errc::bad_file_descriptor);
   }
 }
 

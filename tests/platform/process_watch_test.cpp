@@ -1,6 +1,7 @@
 #include "meridian/platform/process_watch.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <chrono>
 #include <csignal>
 #include <limits>
+#include <system_error>
 #include <thread>
 
 namespace meridian {
@@ -48,6 +50,20 @@ TEST(ProcessWatch, CallsOnceWhenTheProcessEnds) {
     const ProcessWatch watch(gone, [&] { isCalled = true; });
     EXPECT_TRUE(isCalled) << gone;
   }
+}
+
+TEST(ProcessWatch, ClosesWhatItOpenedIfThereIsNoRoomForAnotherDescriptor) {
+  const int next = dup(STDERR_FILENO);
+  close(next);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  // One more, where two are needed.
+  const rlimit tight{static_cast<rlim_t>(next) + 1, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &tight), 0);
+  EXPECT_THROW(ProcessWatch(getpid(), [] {}), std::system_error);
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(dup(STDERR_FILENO), next);
+  close(next);
 }
 
 TEST(ProcessWatch, IsSilentAfterItsEnd) {

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
@@ -96,6 +97,10 @@ TEST_F(AnalyzeCommandTest, ShowsPeopleWhatIsInMedia) {
   EXPECT_THAT(one.output,
               AllOf(StartsWith(clip + "\n  Container  QuickTime, "), HasSubstr("\n  Video      JPEG"),
                     HasSubstr(", 64x36, 29.97 FPS,"), HasSubstr("\n  Timecode   01:00:00;00 to 01:00:00;08,")));
+  std::filesystem::create_directory(path("other"));
+  std::filesystem::copy_file(clip, path("other/clip.mov"));
+  EXPECT_THAT(run({MERIDIAN_COMMAND, "analyze", clip, path("other/clip.mov"), path("sound.wav")}).output,
+              AllOf(HasSubstr(clip), HasSubstr(path("other/clip.mov")), HasSubstr("\n  sound.wav")));
   const std::string far = path("a long name\n\x1b[31m of which the terminal has no room at all.mov");
   std::filesystem::copy_file(clip, far);
   const Outcome several = run({MERIDIAN_COMMAND, "analyze", clip, path("none"), path("sound.wav"), far});
@@ -116,6 +121,23 @@ TEST_F(AnalyzeCommandTest, ShowsPeopleWhatIsInMedia) {
   EXPECT_EQ(results["files"][0]["startTimecodeText"], "01:00:00;00");
 }
 
+TEST_F(AnalyzeCommandTest, ShowsProgressOnOneLine) {
+  const std::string name = path("A001C003_230101_R1AB_" + std::string(60, 'a') + ".mov");
+  std::filesystem::copy_file(path("clip.mov"), name);
+  Words words{"sh", "-c", "stty cols 80; exec timeout 2 \"$@\"", "-"};
+  const Words analysis =
+      wordsFor(Words(2000, name), {"-snapshotLocation", "0", "0.2", "0.4", "0.6", "0.8", "1", "-maxImageWidth", "64"});
+  words.insert(words.end(), analysis.begin(), analysis.end());
+  const std::string shown = runOnTerminal(words, {{"TERM=xterm"}, {}}).output;
+  std::size_t count = 0;
+  for (std::size_t place = 0; (place = shown.find("of 2000", place)) != std::string::npos; ++place) {
+    const std::size_t begin = shown.rfind('K', place) + 1;
+    EXPECT_LT(std::min(shown.find('\r', place), shown.size()) - begin, 80U) << shown;
+    ++count;
+  }
+  EXPECT_GT(count, 0U) << shown;
+}
+
 TEST_F(AnalyzeCommandTest, RefusesWordsThatCannotBeCarriedOut) {
   const struct {
     Words words;
@@ -125,6 +147,7 @@ TEST_F(AnalyzeCommandTest, RefusesWordsThatCannotBeCarriedOut) {
       {{MERIDIAN_COMMAND, "analyze"}, 2, "give FILES, or put the argument vector after \"--\""},
       {{MERIDIAN_COMMAND, "analyze", "a", "--", "b"}, 2, "FILES and words after \"--\" cannot be used together"},
       {{MERIDIAN_MEDIA_ANALYSIS}, 2, "no arguments are given"},
+      {{MERIDIAN_COMMAND, "analyze", "--json", "--", "-resultsFilePath", path("r.json")}, 2, "give only one of them"},
       {wordsFor({path("clip.mov")}, {"-lut", "a.cube"}), 1, "\"-lut\": is not a flag of the analysis tool"},
       {wordsFor({path("clip.mov")}, {"-lutFile", "-a.cube"}), 1, "\"-lutFile\": needs a value"},
       {wordsFor({path("clip.mov")}, {"-parentPid", "abc"}), 1, "\"-parentPid\": needs a whole number"},

@@ -176,6 +176,9 @@ Status analyze(const AnalysisWork& work, const AnalysisRequest& request) {
 
 Status analyzeWords(std::span<const std::string_view> words, const AnalysisRequest& request) {
   const MediaAnalysisCLIReading read = readMediaAnalysisArguments(words);
+  if (request.isJson && !read.basic.resultsFilePath().empty()) {
+    throw UsageError("--json prints the results, which -resultsFilePath writes to a file; give only one of them");
+  }
   if (!areUsable(read, request)) return failed;
   return analyze({read.basic, read.image ? &*read.image : nullptr, read.custodial.parentPid()}, request);
 }

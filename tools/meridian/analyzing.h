@@ -25,8 +25,9 @@ struct AnalysisRequest {
 
 /// Carries out the media-analysis tool's words. Without a results file, and if none is needed, prints the results.
 /// Errors and warnings go to standard error, a line each. Returns `failed` if the words are unusable, in which case
-/// nothing is analysed, or if an item has an error. Throws CommandError if the process that the words name as the
-/// parent has ended, or if the results cannot be written; nothing is left then.
+/// nothing is analysed, or if an item has an error. Throws UsageError for JSON to be printed and a results file at
+/// once. Throws CommandError if the process that the words name as the parent has ended, or if the results cannot be
+/// written; nothing is left then.
 [[nodiscard]] Status analyzeWords(std::span<const std::string_view> words, const AnalysisRequest& request);
 
 /// Describes the files and prints the results, likewise.

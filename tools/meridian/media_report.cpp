@@ -66,13 +66,28 @@ std::string durationText(const std::optional<MediaRational>& duration) {
   return text.data();
 }
 
+/// Returns a name of FFmpeg's as people write it: "png_pipe" as "PNG", "pcm_s16le" as "PCM S16LE".
+std::string writtenName(std::string_view name) {
+  if (name == "mpegts") return "MPEG-TS";
+  if (name == "mpeg") return "MPEG-PS";
+  if (name == "asf") return "Windows Media";
+  constexpr std::string_view image = "_pipe";
+  if (name.ends_with(image)) name.remove_suffix(image.size());
+  std::string text;
+  for (const char each : name) {
+    const bool isSmall = each >= 'a' && each <= 'z';
+    text += each == '_' ? ' ' : static_cast<char>(isSmall ? each - 'a' + 'A' : each);
+  }
+  return text;
+}
+
 std::string containerText(const MediaDescription& media) {
   if (media.container) return std::string(*media.container);
-  return media.formatName.substr(0, media.formatName.find(','));
+  return writtenName(std::string_view(media.formatName).substr(0, media.formatName.find(',')));
 }
 
 std::string codecText(const VideoStreamDescription& video) {
-  std::string text(video.codec ? *video.codec : std::string_view(video.codecName));
+  std::string text = video.codec ? std::string(*video.codec) : writtenName(video.codecName);
   append(text, video.profile, " ");
   return text;
 }
@@ -127,7 +142,7 @@ std::string videoText(const VideoStreamDescription& video) {
 }
 
 std::string soundText(const AudioStreamDescription& audio) {
-  std::string text = audio.codecName;
+  std::string text = writtenName(audio.codecName);
   append(text, shortNumber(audio.sampleRate / 1000.0) + " kHz");
   if (audio.bitsPerChannel) append(text, std::to_string(*audio.bitsPerChannel) + "-bit");
   append(text, audio.layoutName.empty() ? counted(static_cast<std::size_t>(audio.channelCount), "channel")
@@ -229,6 +244,10 @@ void printRows(std::span<const MediaAnalysisItem* const> items) {
   constexpr std::size_t shortestName = 12;
   std::vector<std::string> names;
   for (const MediaAnalysisItem* const item : items) names.emplace_back(lastPathComponent(item->path));
+  const std::vector<std::string> plain = names;
+  for (std::size_t item = 0; item < items.size(); ++item) {
+    if (std::ranges::count(plain, plain[item]) > 1) names[item] = items[item]->path;
+  }
   std::vector<FilledColumn> columns{filled("FILE", 0, std::move(names))};
   for (const MediaColumn& column : mediaColumns) {
     std::vector<std::string> texts;

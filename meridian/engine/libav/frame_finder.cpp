@@ -170,6 +170,9 @@ std::optional<MediaSnapshotError> FrameFinder::openInput() {
 std::optional<MediaSnapshotError> FrameFinder::openDecoder() {
   const AVCodecParameters& parameters = *stream().codecpar;
   const AVCodec* const codec = avcodec_find_decoder(parameters.codec_id);
+  if (std::int64_t{parameters.width} * parameters.height > mostPixels) {
+    return failure(limitReached, "its images have more than 16384 by 8192 pixels");
+  }
   const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(parameters.codec_id);
   if (codec == nullptr || descriptor == nullptr) {
     return failure(notDecodable, descriptor == nullptr ? std::string() : descriptor->name);
