@@ -407,6 +407,14 @@ TEST_F(MediaSnapshotTest, SaysWhyThereIsNoImage) {
     EXPECT_EQ(image.error().code, notEncoded);
     EXPECT_THAT(image.error().message(), HasSubstr(std::string("its matrix ") + matrix + " is not supported"));
   }
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("large.png", "-frames:v 1"));
+  std::string large = content("large.png");
+  for (const std::size_t side : {16U, 20U}) putBigEndian(large, side, 20'000);
+  directory().write("large.png", large);
+  EXPECT_EQ(MediaSnapshots::open(described("large.png"))->at(0).error().code, limitReached);
+  MediaDescription unknown = described("clip.mov");
+  unknown.video.at(0).isDecodable = false;
+  EXPECT_EQ(MediaSnapshots::open(unknown).error().code, notDecodable);
   const MediaDescription gone = described("clip.mov");
   std::filesystem::remove(path("clip.mov"));
   EXPECT_EQ(MediaSnapshots::open(gone).error().code, notRead);

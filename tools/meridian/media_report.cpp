@@ -70,6 +70,7 @@ std::string durationText(const std::optional<MediaRational>& duration) {
 std::string writtenName(std::string_view name) {
   if (name == "mpegts") return "MPEG-TS";
   if (name == "mpeg") return "MPEG-PS";
+  if (name == "matroska") return "Matroska";
   if (name == "asf") return "Windows Media";
   constexpr std::string_view image = "_pipe";
   if (name.ends_with(image)) name.remove_suffix(image.size());

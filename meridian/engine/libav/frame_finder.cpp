@@ -144,6 +144,13 @@ MediaSnapshotError FrameFinder::failure(MediaSnapshotErrorCode code, std::string
   return error;
 }
 
+MediaSnapshotError FrameFinder::explained(MediaSnapshotErrorCode code, const LogCollector& log) const {
+  const std::string said = log.firstError();
+  // The size of an image in a file of its own is known when it is decoded.
+  const bool isTooLarge = code == noFrame && said.find("exceeds specified max pixel count") != std::string::npos;
+  return failure(isTooLarge ? limitReached : code, said);
+}
+
 std::optional<MediaSnapshotError> FrameFinder::openInput() {
   DescriptionLimits left = limits_;
   left.time = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - std::chrono::steady_clock::now());
@@ -545,15 +552,17 @@ Expected<FoundFrame, MediaSnapshotError> FrameFinder::find(double location, cons
   if (duration_ && hasTimestamps_) {
     const std::int64_t target = location >= 1 ? theEnd : start_ + floored(location, *duration_);
     Attempt attempt = findFrom(target, stop);
-    if (attempt.end) return Unexpected(failure(*attempt.end, log.firstError()));
+    if (attempt.end) return Unexpected(explained(*attempt.end, log));
     if (attempt.frame) {
       const std::int64_t time = attempt.frame->pts;
       const AVRational& base = stream().time_base;
       return FoundFrame{std::move(attempt.frame), static_cast<double>(time - start_) * base.num / base.den, {}};
     }
-    if (endsEarly_ || hasTimestamps_) return Unexpected(failure(noFrame, log.firstError()));
+    if (endsEarly_ || hasTimestamps_) return Unexpected(explained(noFrame, log));
   }
-  return findByCounting(location, stop);
+  auto found = findByCounting(location, stop);
+  if (!found) return Unexpected(explained(found.error().code, log));
+  return found;
 }
 
 }  // namespace meridian::inline v0_2::libav

@@ -74,6 +74,8 @@ class FrameFinder {
   FrameFinder(std::string path, int stream, bool endsEarly, const DescriptionLimits& limits);
 
   [[nodiscard]] MediaSnapshotError failure(MediaSnapshotErrorCode code, std::string detail = {}) const;
+  /// Returns the error with what FFmpeg said.
+  [[nodiscard]] MediaSnapshotError explained(MediaSnapshotErrorCode code, const LogCollector& log) const;
   [[nodiscard]] AVStream& stream() noexcept { return *input_->context().streams[stream_]; }
 
   [[nodiscard]] std::optional<MediaSnapshotError> openInput();
