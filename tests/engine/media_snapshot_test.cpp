@@ -410,6 +410,7 @@ TEST_F(MediaSnapshotTest, SaysWhyThereIsNoImage) {
   ASSERT_NO_FATAL_FAILURE(makeNumbered("large.png", "-frames:v 1"));
   std::string large = content("large.png");
   for (const std::size_t side : {16U, 20U}) putBigEndian(large, side, 20'000);
+  putBigEndian(large, 29, 0x6c12d16eU);  // The checksum of the header.
   directory().write("large.png", large);
   EXPECT_EQ(MediaSnapshots::open(described("large.png"))->at(0).error().code, limitReached);
   MediaDescription unknown = described("clip.mov");

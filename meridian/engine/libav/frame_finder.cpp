@@ -147,7 +147,7 @@ MediaSnapshotError FrameFinder::failure(MediaSnapshotErrorCode code, std::string
 MediaSnapshotError FrameFinder::explained(MediaSnapshotErrorCode code, const LogCollector& log) const {
   const std::string said = log.firstError();
   // The size of an image in a file of its own is known when it is decoded.
-  const bool isTooLarge = code == noFrame && said.find("exceeds specified max pixel count") != std::string::npos;
+  const bool isTooLarge = code == noFrame && said.starts_with("Picture size ");
   return failure(isTooLarge ? limitReached : code, said);
 }
 
