@@ -12,14 +12,14 @@
 namespace meridian::inline v0_2 {
 namespace {
 
-constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
 
 std::uint64_t saturatedSum(std::uint64_t left, std::uint64_t right) noexcept {
-  return left + std::min(right, most - left);
+  return left + std::min(right, unlimited - left);
 }
 
 std::uint64_t saturatedProduct(std::uint64_t left, std::uint64_t right) noexcept {
-  return right != 0 && left > most / right ? most : left * right;
+  return right != 0 && left > unlimited / right ? unlimited : left * right;
 }
 
 /// A box of a movie: its type, and where its content lies (ISO/IEC 14496-12, 4.2).
