@@ -44,13 +44,13 @@ std::string contentsOf(FILE* file) {
   _exit(127);
 }
 
-int statusOf(pid_t child) {
+}  // namespace
+
+int waitForStatus(pid_t child) {
   int status = 0;
   waitpid(child, &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
-
-}  // namespace
 
 Outcome run(const std::vector<std::string>& command, const RunOptions& options) {
   const File output = temporaryFile();
@@ -63,7 +63,7 @@ Outcome run(const std::vector<std::string>& command, const RunOptions& options) 
     dup2(fileno(errors.get()), STDERR_FILENO);
     become(command, options);
   }
-  const int status = statusOf(child);
+  const int status = waitForStatus(child);
   return {status, contentsOf(output.get()), contentsOf(errors.get())};
 }
 
@@ -78,7 +78,7 @@ Outcome runOnTerminal(const std::vector<std::string>& command, const RunOptions&
     outcome.output.append(buffer.data(), static_cast<std::size_t>(count));
   }
   close(terminal);
-  outcome.status = statusOf(child);
+  outcome.status = waitForStatus(child);
   return outcome;
 }
 

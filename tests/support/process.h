@@ -2,6 +2,8 @@
 /// Run a real program and collect its output.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <vector>
 
@@ -23,6 +25,9 @@ struct RunOptions {
 
 /// Runs the program with these arguments, without a shell, and waits for it.
 Outcome run(const std::vector<std::string>& command, const RunOptions& options = {});
+
+/// Waits for a child to end and returns its status as in `Outcome`.
+int waitForStatus(pid_t child);
 
 /// Runs the program on its own terminal; `output` is what it wrote there.
 Outcome runOnTerminal(const std::vector<std::string>& command, const RunOptions& options = {});

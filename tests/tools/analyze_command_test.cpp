@@ -84,12 +84,6 @@ pid_t started(const Words& words, int output = -1) {
   _exit(127);
 }
 
-int statusOf(pid_t process) {
-  int status = 0;
-  waitpid(process, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
 TEST_F(AnalyzeCommandTest, ShowsPeopleWhatIsInMedia) {
   const std::string clip = path("clip.mov");
   const Outcome one = run({MERIDIAN_COMMAND, "analyze", clip});
@@ -198,7 +192,7 @@ TEST_F(AnalyzeCommandTest, LeavesNothingWhenASignalOrItsParentEndsIt) {
     const pid_t process = started(longWords());
     EXPECT_TRUE(waitForImages());
     kill(process, signal);
-    EXPECT_EQ(statusOf(process), 128 + signal);
+    EXPECT_EQ(waitForStatus(process), 128 + signal);
     EXPECT_TRUE(nothingIsLeft());
   }
   // Signals that come together, and one that the program was started to ignore.
@@ -206,7 +200,7 @@ TEST_F(AnalyzeCommandTest, LeavesNothingWhenASignalOrItsParentEndsIt) {
   EXPECT_TRUE(waitForImages());
   kill(both, SIGINT);
   kill(both, SIGTERM);
-  EXPECT_THAT(statusOf(both), testing::AnyOf(128 + SIGINT, 128 + SIGTERM));
+  EXPECT_THAT(waitForStatus(both), testing::AnyOf(128 + SIGINT, 128 + SIGTERM));
   EXPECT_TRUE(nothingIsLeft());
   std::signal(SIGHUP, SIG_IGN);
   const pid_t deaf = started(longWords());
@@ -216,15 +210,15 @@ TEST_F(AnalyzeCommandTest, LeavesNothingWhenASignalOrItsParentEndsIt) {
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
   EXPECT_EQ(waitpid(deaf, nullptr, WNOHANG), 0);
   kill(deaf, SIGTERM);
-  EXPECT_EQ(statusOf(deaf), 128 + SIGTERM);
+  EXPECT_EQ(waitForStatus(deaf), 128 + SIGTERM);
   EXPECT_TRUE(nothingIsLeft());
   const pid_t parent = started({"/bin/sleep", "600"});
   const pid_t process = started(longWords({"-parentPid", std::to_string(parent)}));
   EXPECT_TRUE(waitForImages());
   kill(parent, SIGKILL);
-  EXPECT_EQ(statusOf(process), 1);
+  EXPECT_EQ(waitForStatus(process), 1);
   EXPECT_TRUE(nothingIsLeft());
-  statusOf(parent);
+  waitForStatus(parent);
 
   // One that is not there any more.
   const Outcome orphan = run(longWords({"-parentPid", std::to_string(parent)}));
@@ -238,7 +232,7 @@ TEST_F(AnalyzeCommandTest, HasWholeResultsOrNone) {
   const pid_t process = started(longWords());
   EXPECT_TRUE(waitForImages());
   kill(process, SIGKILL);
-  EXPECT_EQ(statusOf(process), 128 + SIGKILL);
+  EXPECT_EQ(waitForStatus(process), 128 + SIGKILL);
   EXPECT_FALSE(std::filesystem::exists(path("results.json")));
   std::filesystem::remove_all(path("work"));
   std::filesystem::create_directory(path("work"));
@@ -276,7 +270,7 @@ TEST_F(AnalyzeCommandTest, HasWholeResultsOrNone) {
     ioctl(pipeline[0], FIONREAD, &waiting);
   }
   kill(blocked, SIGTERM);
-  EXPECT_EQ(statusOf(blocked), 128 + SIGTERM);
+  EXPECT_EQ(waitForStatus(blocked), 128 + SIGTERM);
   EXPECT_TRUE(nothingIsLeft());
   close(pipeline[0]);
   close(pipeline[1]);
