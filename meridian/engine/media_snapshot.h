@@ -121,7 +121,7 @@ struct MediaSnapshot {
   friend bool operator==(const MediaSnapshot&, const MediaSnapshot&) = default;
 };
 
-/// Takes still images of a media file or a folder of numbered images. Not for use by several threads at once.
+/// Takes still images of a media file or a directory of numbered images. Not for use by several threads at once.
 class MediaSnapshots {
  public:
   /// Opens what the description describes, for images of its main video. An error of FFmpeg is one of these too.

@@ -23,8 +23,6 @@ using enum MediaSnapshotErrorCode;
 constexpr std::int64_t theEnd = std::numeric_limits<std::int64_t>::max();
 /// More than any codec reorders, so that frames that are shown before a packet's are known when it is decoded.
 constexpr std::size_t packetsAhead = 32;
-/// The most pixels of a frame, as in a description: 16384 by 8192.
-constexpr std::int64_t mostPixels = 134'217'728;
 constexpr std::int64_t fromTheStart = -1;
 /// How far back from the target a key frame is looked for, in seconds, if the nearer places have none or do not lead to
 /// the frame, as one does not from which on an image is refreshed gradually.

@@ -85,8 +85,6 @@ constexpr auto readFormats = std::to_array<std::string_view>({
 /// FFmpeg's own default; most files need a small part of it.
 constexpr std::int64_t probedBytes = 5'000'000;
 constexpr int bufferBytes = 32 * 1024;
-/// The most pixels of a frame that is decoded to learn its format: 16384 by 8192.
-constexpr const char* mostPixels = "134217728";
 
 /// Returns a name with the path's extension and nothing else of the path, so that no name is a pattern or a URL.
 std::string harmlessName(const std::string& path) {
@@ -159,7 +157,7 @@ std::optional<MediaError> MediaInput::openFormat() {
     colors_.push_back({parameters.color_primaries, parameters.color_trc, parameters.color_space});
   }
   std::vector<AVDictionary*> options(context->nb_streams);
-  for (AVDictionary*& each : options) av_dict_set(&each, "max_pixels", mostPixels, 0);
+  for (AVDictionary*& each : options) av_dict_set_int(&each, "max_pixels", mostPixels, 0);
   const int found = avformat_find_stream_info(context, options.data());
   for (AVDictionary*& each : options) av_dict_free(&each);
   if (limitReached_ != nullptr || found < 0) return readerFailure(found, log);

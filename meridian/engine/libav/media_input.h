@@ -23,6 +23,9 @@
 
 namespace meridian::inline v0_2::libav {
 
+/// The most pixels of a frame that is decoded: 16384 by 8192.
+inline constexpr std::int64_t mostPixels = 134'217'728;
+
 /// A media file whose streams are known. FFmpeg reads through a `FileReader` and can open nothing else: neither another
 /// file nor a connection.
 class MediaInput {

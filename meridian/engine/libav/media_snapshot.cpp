@@ -9,9 +9,9 @@
 #include "meridian/engine/image_sequence.h"
 #include "meridian/engine/libav/frame_finder.h"
 #include "meridian/engine/libav/still_image.h"
+#include "meridian/engine/libav/timecode_reading.h"
 #include "meridian/lut/parsed_lut_factory.h"
 #include "meridian/lut/published_lut.h"
-#include "meridian/media/frame_number.h"
 #include "meridian/media/media_names.h"
 
 namespace meridian::inline v0_2 {
@@ -43,7 +43,7 @@ ImageLut SnapshotLut::forBitDepth(int bitDepth) const {
   return *ImageLut::forCodeValues(*std::get<1>(lut_), bitDepth, bitDepth);
 }
 
-/// The file, or the images of the folder, that frames come from.
+/// The file, or the images of the directory, that frames come from.
 class MediaSnapshots::Source {
  public:
   Source(const MediaDescription& description, const SnapshotOptions& options)
@@ -63,7 +63,7 @@ class MediaSnapshots::Source {
     return std::nullopt;
   }
 
-  [[nodiscard]] std::optional<MediaSnapshotError> openFolder() {
+  [[nodiscard]] std::optional<MediaSnapshotError> openDirectory() {
     auto sequence = imageSequence(path_, limits_);
     if (!sequence) {
       const MediaError& error = sequence.error();
@@ -112,21 +112,9 @@ class MediaSnapshots::Source {
     return std::llround(*found.seconds * video_.exactFrameRate->rawValue());
   }
 
-  /// Labels may count at another rate than the images, such as 30 at 60.
   [[nodiscard]] std::optional<TimecodeComponents> labelOf(const std::optional<std::int64_t>& frame) const {
-    if (!timecode_ || !frame || *frame < 0 || !video_.frameRate) return std::nullopt;
-    const auto labels = timecodeFramesPerSecond(timecode_->rate);
-    const auto images = timecodeFramesPerSecond(*video_.frameRate);
-    const auto first = frameNumber(timecode_->start, timecode_->rate);
-    const auto scaled = labels ? checkedProduct<std::int64_t>(*frame, *labels) : std::nullopt;
-    if (!scaled || !images || !first) return std::nullopt;
-    const auto sum = checkedSum<std::int64_t>(*first, *scaled / *images);
-    const auto label = sum ? timecodeOfFrame(*sum, timecode_->rate, timecode_->start.isDropFrame)
-                           : Unexpected(TimecodeErrorCode::tooLarge);
-    if (!label) return std::nullopt;
-    TimecodeComponents shown = *label;
-    if (timecode_->start.hours < 24) shown.hours %= 24;
-    return shown;
+    if (!timecode_ || !frame || !video_.frameRate) return std::nullopt;
+    return libav::labelOfImage(*frame, *video_.frameRate, *timecode_);
   }
 
   std::string path_;
@@ -153,8 +141,8 @@ Expected<MediaSnapshots, MediaSnapshotError> MediaSnapshots::open(const MediaDes
     return Unexpected(MediaSnapshotError{MediaSnapshotErrorCode::notDecodable, description.path, video.codecName});
   }
   auto source = std::make_unique<Source>(description, options);
-  const bool isFolder = description.container == SLVMediaFileContainerImageSequence;
-  if (auto error = isFolder ? source->openFolder() : source->openFile()) return Unexpected(*std::move(error));
+  const bool isDirectory = description.container == SLVMediaFileContainerImageSequence;
+  if (auto error = isDirectory ? source->openDirectory() : source->openFile()) return Unexpected(*std::move(error));
   return MediaSnapshots(std::move(source));
 }
 

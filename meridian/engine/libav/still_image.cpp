@@ -1,7 +1,6 @@
 #include "meridian/engine/libav/still_image.h"
 
 extern "C" {
-#include <libavutil/display.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
 }
@@ -160,21 +159,14 @@ Expected<std::string, std::string> encoded(AVFrame& image, double compressionFac
 }  // namespace
 
 StillImages::StillImages(const VideoStreamDescription& video, const SnapshotOptions& options)
-    : pixelAspectRatio_(video.pixelAspectRatio),
-      orientation_{nearestQuarterTurn(video.rotation), video.isMirrored},
-      options_(options) {}
+    : pixelAspectRatio_(video.pixelAspectRatio), orientation_{video.rotation, video.isMirrored}, options_(options) {}
 
-StillImages::Orientation StillImages::orientationOf(const AVFrame& frame) const noexcept {
+Orientation StillImages::orientationIn(const AVFrame& frame) const {
   const AVFrameSideData* const data = av_frame_get_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX);
-  std::array<std::int32_t, 9> matrix{};
-  if (data == nullptr || data->size < sizeof matrix) return orientation_;
-  std::copy_n(data->data, sizeof matrix, reinterpret_cast<std::uint8_t*>(matrix.data()));
-  const double determinant = static_cast<double>(matrix[0]) * matrix[4] - static_cast<double>(matrix[1]) * matrix[3];
-  const bool isMirrored = determinant < 0;
-  if (isMirrored) av_display_matrix_flip(matrix.data(), 1, 0);
-  const double counterclockwise = av_display_rotation_get(matrix.data());
-  if (!std::isfinite(counterclockwise)) return orientation_;
-  return {nearestQuarterTurn(static_cast<int>(std::lround(-counterclockwise))), isMirrored};
+  Orientation orientation = orientation_;
+  if (data != nullptr) orientation = orientationOf({data->data, data->size}).value_or(orientation_);
+  orientation.rotation = nearestQuarterTurn(orientation.rotation);
+  return orientation;
 }
 
 StillImages::Size StillImages::sizeOf(const AVFrame& frame, Orientation orientation) const noexcept {
@@ -235,7 +227,7 @@ FramePointer StillImages::turned(FramePointer rgb, Orientation orientation) {
 
 Expected<MediaSnapshot, std::string> StillImages::image(const AVFrame& frame) {
   const LogCollector log;
-  const Orientation orientation = orientationOf(frame);
+  const Orientation orientation = orientationIn(frame);
   auto converted = rgbOf(frame, sizeOf(frame, orientation));
   if (!converted) return Unexpected(std::move(converted).error());
   FramePointer rgb = *std::move(converted);

@@ -8,6 +8,7 @@
 
 #include "meridian/base/expected.h"
 #include "meridian/engine/libav/decoding_handles.h"
+#include "meridian/engine/libav/orientation.h"
 #include "meridian/engine/media_snapshot.h"
 
 namespace meridian::inline v0_2::libav {
@@ -26,14 +27,8 @@ class StillImages {
     int height = 0;
   };
 
-  /// A clockwise turn of 0, 90, 180 or 270 degrees, and then a mirroring from left to right.
-  struct Orientation {
-    int rotation = 0;
-    bool isMirrored = false;
-  };
-
-  /// Returns how the frame itself is to be shown, as an image file says, or else how the stream is.
-  [[nodiscard]] Orientation orientationOf(const AVFrame& frame) const noexcept;
+  /// Returns how the frame itself is to be shown, as an image file says, or else how the stream is; in quarter turns.
+  [[nodiscard]] Orientation orientationIn(const AVFrame& frame) const;
   [[nodiscard]] Size sizeOf(const AVFrame& frame, Orientation orientation) const noexcept;
   [[nodiscard]] Expected<FramePointer, std::string> rgbOf(const AVFrame& frame, Size size) const;
   [[nodiscard]] bool applyLut(AVFrame& rgb);

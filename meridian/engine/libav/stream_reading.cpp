@@ -2,7 +2,6 @@
 
 extern "C" {
 #include <libavutil/channel_layout.h>
-#include <libavutil/display.h>
 #include <libavutil/pixdesc.h>
 #include <libavutil/samplefmt.h>
 }
@@ -16,6 +15,7 @@ extern "C" {
 
 #include "meridian/engine/channel_layouts.h"
 #include "meridian/engine/color_spaces.h"
+#include "meridian/engine/libav/orientation.h"
 #include "meridian/engine/libav/rationals.h"
 #include "meridian/engine/libav/vocabulary_names.h"
 #include "meridian/media/media_names.h"
@@ -125,21 +125,14 @@ void describePixels(VideoStreamDescription& video, const AVCodecParameters& para
   video.colorSpace = colorSpaceOf({video.primaries.number, video.transfer.number, video.matrix.number});
 }
 
-/// Reads the display matrix: how far players turn and whether they mirror.
 void describeOrientation(VideoStreamDescription& video, const AVStream& stream) {
   std::size_t size = 0;
   const std::uint8_t* const data = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
-  constexpr std::size_t count = 9;
-  std::array<std::int32_t, count> matrix{};
-  if (data == nullptr || size < sizeof matrix) return;
-  std::copy_n(data, sizeof matrix, reinterpret_cast<std::uint8_t*>(matrix.data()));
-  const double determinant = static_cast<double>(matrix[0]) * matrix[4] - static_cast<double>(matrix[1]) * matrix[3];
-  video.isMirrored = determinant < 0;
-  if (video.isMirrored) av_display_matrix_flip(matrix.data(), 1, 0);
-  const double counterclockwise = av_display_rotation_get(matrix.data());
-  if (!std::isfinite(counterclockwise)) return;
-  const auto clockwise = static_cast<int>(std::lround(-counterclockwise));
-  video.rotation = (clockwise % 360 + 360) % 360;
+  if (data == nullptr) return;
+  const auto orientation = orientationOf({data, size});
+  if (!orientation) return;
+  video.rotation = orientation->rotation;
+  video.isMirrored = orientation->isMirrored;
 }
 
 int stretched(int length, const MediaRational& ratio) noexcept {

@@ -140,23 +140,10 @@ class TimecodeReading {
     return isStated && isPossible;
   }
 
-  /// Returns the label of the last frame. Labels may count at another rate than the images, such as 30 at 60.
   [[nodiscard]] std::optional<TimecodeComponents> endOf(const TimecodeDescription& timecode) const {
     const VideoStreamDescription* const video = description_.mainVideo();
     if (video == nullptr || video->isVariable || !video->frameRate || !video->frameCount) return std::nullopt;
-    const auto labels = timecodeFramesPerSecond(timecode.rate);
-    const auto images = timecodeFramesPerSecond(*video->frameRate);
-    const auto first = frameNumber(timecode.start, timecode.rate);
-    if (!labels || !images || !first || *video->frameCount < 1) return std::nullopt;
-    const auto scaled = checkedProduct<std::int64_t>(*video->frameCount - 1, *labels);
-    const auto last = scaled ? checkedSum<std::int64_t>(*first, *scaled / *images) : std::nullopt;
-    if (!last) return std::nullopt;
-    const auto end = timecodeOfFrame(*last, timecode.rate, timecode.start.isDropFrame);
-    if (!end) return std::nullopt;
-    TimecodeComponents label = *end;
-    // A day has a whole number of the ten minutes after which drop frame repeats.
-    if (timecode.start.hours < 24) label.hours %= 24;
-    return label;
+    return labelOfImage(*video->frameCount - 1, *video->frameRate, timecode);
   }
 
   void warn(MediaWarningCode code, std::string detail) {
@@ -168,6 +155,23 @@ class TimecodeReading {
 };
 
 }  // namespace
+
+std::optional<TimecodeComponents> labelOfImage(std::int64_t image, const VideoFrameRate& rate,
+                                               const TimecodeDescription& timecode) {
+  const auto labels = timecodeFramesPerSecond(timecode.rate);
+  const auto images = timecodeFramesPerSecond(rate);
+  const auto first = frameNumber(timecode.start, timecode.rate);
+  if (!labels || !images || !first || image < 0) return std::nullopt;
+  const auto scaled = checkedProduct<std::int64_t>(image, *labels);
+  const auto number = scaled ? checkedSum<std::int64_t>(*first, *scaled / *images) : std::nullopt;
+  if (!number) return std::nullopt;
+  const auto found = timecodeOfFrame(*number, timecode.rate, timecode.start.isDropFrame);
+  if (!found) return std::nullopt;
+  TimecodeComponents label = *found;
+  // A day has a whole number of the ten minutes after which drop frame repeats.
+  if (timecode.start.hours < 24) label.hours %= 24;
+  return label;
+}
 
 std::optional<TimecodeDescription> readTimecode(MediaInput& input, MediaDescription& description) {
   return TimecodeReading(input, description).read();
