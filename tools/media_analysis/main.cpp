@@ -13,10 +13,10 @@ namespace {
 constexpr std::string_view programName = "meridian-media-analysis";
 
 void printUsage() {
-  std::cout << "usage: " << programName
-            << " -pathToAnalyze PATH... -workDirectory DIR -resultsFilePath FILE [FLAG [VALUE]]...\n\nFlags:\n";
-  for (const std::string& flag : analysisFlags()) std::cout << "  " << flag << '\n';
-  std::cout << "\n\"meridian analyze --help\" says what they do.\n";
+  std::cout << "Usage: " << programName
+            << " -pathToAnalyze PATH... -workDirectory DIR -resultsFilePath FILE [FLAG [VALUE]]...\n"
+               "Describes media files and takes still images of them.\n\n"
+            << analysisFlagMeanings;
 }
 
 Status runMediaAnalysis(std::span<const std::string_view> words) {

@@ -13,19 +13,9 @@ Subcommand analyzeCommand() {
           "With FILES, each a media file or a folder of numbered images, prints what is in them: container, codec,\n"
           "size, rate, timecode, duration, sound, maker. FILES that cannot be read are errors on standard error, the\n"
           "others are still shown, and the status is 1.\n\n"
-          "With words after \"--\", carries out the argument vector of the media-analysis tool:\n"
-          "  -pathToAnalyze      A media file or a folder of numbered images; again for more\n"
-          "  -workDirectory      Where still images go, as JPEG files in a new folder\n"
-          "  -resultsFilePath    Gets the results as JSON, and must not exist; without it they are printed\n"
-          "  -analysisId         The name of the new folder, and what the names of its images begin with\n"
-          "  -snapshotLocation   Takes an image at each of these parts of the duration, from 0 to 1\n"
-          "  -maxImageWidth      The largest width of an image in pixels; images need it\n"
-          "  -imageHeight        The height of an image, unless it would become too wide or be enlarged\n"
-          "  -compressionFactor  The quality of an image from 0 to 1, the best; 0.8 if left out\n"
-          "  -lutFile            Applies this LUT to the images\n"
-          "  -deepAnalysis       Is not available yet\n"
-          "  -allowFinderImages  Has no meaning on this platform\n"
-          "  -parentPid          Stops when the process with this number ends\n"
+          "With words after \"--\", carries out the argument vector of the media-analysis tool; without\n"
+          "-resultsFilePath the results are printed:\n" +
+          std::string(analysisFlagMeanings) +
           "\"meridian-media-analysis WORD...\" does the same with the argument vector alone, for applications.",
       .example =
           "meridian analyze /card/*.mov\n"
