@@ -125,8 +125,16 @@ namespace detail {
 
 consteval auto makeChannelLayouts() {
   using enum ChannelLabel;
-  constexpr ChannelLabel L = left, R = right, C = center, Ls = leftSurround, Rs = rightSurround, Lc = leftCenter,
-                         Rc = rightCenter, Cs = centerSurround, Rls = rearSurroundLeft, Rrs = rearSurroundRight;
+  constexpr ChannelLabel L = left;
+  constexpr ChannelLabel R = right;
+  constexpr ChannelLabel C = center;
+  constexpr ChannelLabel Ls = leftSurround;
+  constexpr ChannelLabel Rs = rightSurround;
+  constexpr ChannelLabel Lc = leftCenter;
+  constexpr ChannelLabel Rc = rightCenter;
+  constexpr ChannelLabel Cs = centerSurround;
+  constexpr ChannelLabel Rls = rearSurroundLeft;
+  constexpr ChannelLabel Rrs = rearSurroundRight;
   auto rows = std::to_array<ChannelLayoutRow>({
       {100, {C}, SAVMonoAudioLayout},
       {101, {L, R}, SAVStereoAudioLayout},

@@ -569,7 +569,7 @@ void setBitRate(PlanContext& context, PlannedAudioTrack& planned, const JoinedSo
                        std::to_string(planned.sampleRate) + " samples a second",
                    "use at most " + std::to_string(greatest));
     }
-    planned.bitRate = *asked;
+    planned.bitRate = asked;
     return;
   }
   if (isCopyOfSource(audioBitRateFlag, context.text(audioBitRateFlag))) {

@@ -178,7 +178,7 @@ void planDnxhdRate(PlanContext& context, const EncoderChoice& choice, const Imag
   if (asked && isCopy) {
     encoder.bitRate = *std::ranges::min_element(rates, {}, distance);
   } else if (asked && std::ranges::any_of(rates, [&](int rate) { return rate == *asked; })) {
-    encoder.bitRate = *asked;
+    encoder.bitRate = asked;
   } else if (asked) {
     constexpr int least = 8;
     const DnxhdRateRow* const other = dnxhdRatesOf(image.width, image.height, least, encoder.keepsFields);

@@ -233,7 +233,8 @@ void addTimecode(Sections& sections, const TranscodePlan& plan) {
   sections.add("start", timecode.start.timecodeString() + ", " +
                             (timecode.isAssumed ? "the source has none" : lowercased(description(timecode.source))));
   sections.add("counts", frameRateText(timecode.rate) + (timecode.start.isDropFrame ? ", drop frame" : ""));
-  sections.add("stored", timecode.isInTrack ? (isBurnt ? "in the file, and burnt in" : "in the file") : "burnt in");
+  const std::string_view inTrack = isBurnt ? "in the file, and burnt in" : "in the file";
+  sections.add("stored", std::string(timecode.isInTrack ? inTrack : "burnt in"));
   if (timecode.partStarts.empty()) return;
   constexpr std::size_t most = 8;
   std::vector<std::string> starts;

@@ -67,7 +67,7 @@ ProcessWatch::~ProcessWatch() {
   closeDescriptors();
 }
 
-void ProcessWatch::closeDescriptors() noexcept {
+void ProcessWatch::closeDescriptors() const noexcept {
   if (ending_ >= 0) close(ending_);
   if (descriptor_ >= 0) close(descriptor_);
 }

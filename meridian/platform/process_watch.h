@@ -31,7 +31,7 @@ class ProcessWatch {
   MERIDIAN_API ~ProcessWatch();
 
  private:
-  void closeDescriptors() noexcept;
+  void closeDescriptors() const noexcept;
 
   std::function<void()> ended_;
   int descriptor_ = -1;

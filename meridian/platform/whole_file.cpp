@@ -84,6 +84,7 @@ WholeFile::~WholeFile() {
   if (!hidden_.empty()) unlink(hidden_.c_str());
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the file.
 std::error_code WholeFile::write(std::string_view bytes) noexcept {
   while (!bytes.empty()) {
     const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());

@@ -77,7 +77,8 @@ std::string writtenName(std::string_view name) {
   std::string text;
   for (const char each : name) {
     const bool isSmall = each >= 'a' && each <= 'z';
-    text += each == '_' ? ' ' : static_cast<char>(isSmall ? each - 'a' + 'A' : each);
+    const char capital = isSmall ? static_cast<char>(each - 'a' + 'A') : each;
+    text += each == '_' ? ' ' : capital;
   }
   return text;
 }
@@ -260,7 +261,7 @@ void printRows(std::span<const MediaAnalysisItem* const> items) {
 
   std::string leftOut;
   if (const auto width = standardOutputWidth()) {
-    FilledColumn& name = columns.front();
+    const FilledColumn& name = columns.front();
     const auto excess = [&] { return widthOf(columns) > *width ? widthOf(columns) - *width : 0; };
     while (excess() > 0 && (name.width < shortestName || excess() > name.width - shortestName)) {
       const auto least = std::ranges::max_element(columns, {}, &FilledColumn::dispensability);
@@ -295,8 +296,11 @@ void printMediaReport(const MediaAnalysis& analysis) {
     if (item.description) described.push_back(&item);
   }
   if (described.empty()) return;
-  if (analysis.items.size() == 1) return printSection(*described.front());
-  printRows(described);
+  if (analysis.items.size() == 1) {
+    printSection(*described.front());
+  } else {
+    printRows(described);
+  }
 }
 
 }  // namespace meridian::command

@@ -26,7 +26,7 @@ bool isSilenced(const void* context) noexcept {
   while (context != nullptr) {
     const auto* const bytes = static_cast<const std::byte*>(context);
     const auto at = [bytes]<typename Value>(std::ptrdiff_t offset, Value value) {
-      std::memcpy(&value, bytes + offset, sizeof value);
+      std::memcpy(static_cast<void*>(&value), bytes + offset, sizeof(Value));
       return value;
     };
     const auto* const type = at(0, static_cast<const AVClass*>(nullptr));
