@@ -119,9 +119,12 @@ void warnOfInvalidPaths(const MediaAnalysis& analysis, const AnalysisRequest& re
 }
 
 void printResults(const MediaAnalysis& analysis, const AnalysisRequest& request) {
-  if (!request.isJson) return printMediaReport(analysis);
-  warnOfInvalidPaths(analysis, request);
-  printJson(analysis);
+  if (request.isJson) {
+    warnOfInvalidPaths(analysis, request);
+    printJson(analysis);
+  } else {
+    printMediaReport(analysis);
+  }
 }
 
 /// Lets the images go with a process that a signal ends.

@@ -10,7 +10,6 @@ extern "C" {
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <mutex>
 
 namespace meridian::inline v0_2::libav {
@@ -25,16 +24,16 @@ bool isSilenced(const void* context) noexcept {
   if (context == nullptr) return quietDecoders > 0;
   while (context != nullptr) {
     const auto* const bytes = static_cast<const std::byte*>(context);
-    const auto at = [bytes]<typename Value>(std::ptrdiff_t offset, Value value) {
-      std::memcpy(static_cast<void*>(&value), bytes + offset, sizeof(Value));
-      return value;
-    };
-    const auto* const type = at(0, static_cast<const AVClass*>(nullptr));
+    // Members of the context, whose first one is a pointer to its class.
+    const auto* const type = *reinterpret_cast<const AVClass* const*>(bytes);
     if (type == nullptr) return false;
-    if (type->log_level_offset_offset != 0 && at(type->log_level_offset_offset, 0) >= AV_LOG_MAX_OFFSET) return true;
+    if (type->log_level_offset_offset != 0 &&
+        *reinterpret_cast<const int*>(bytes + type->log_level_offset_offset) >= AV_LOG_MAX_OFFSET) {
+      return true;
+    }
     context = type->parent_log_context_offset == 0
                   ? nullptr
-                  : at(type->parent_log_context_offset, static_cast<const void*>(nullptr));
+                  : *reinterpret_cast<const void* const*>(bytes + type->parent_log_context_offset);
   }
   return false;
 }
