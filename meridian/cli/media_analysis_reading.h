@@ -4,7 +4,7 @@
 ///
 ///     const auto read = readMediaAnalysisArguments(words);
 ///     for (const auto& warning : read.warnings) std::cerr << warning.message() << '\n';
-///     // "-maxImageWidth": needs a number from 0 to 3.4e38, so this value is ignored: "wide"
+///     // "-maxImageWidth": needs a number from 0 to 3.4e38: "wide"
 #pragma once
 
 #include <array>
@@ -51,9 +51,9 @@ struct EnumerationTable<MediaAnalysisCLIWarningCode> {
        "put \"./\" before a path that begins with \"-\""},
       {MediaAnalysisCLIWarningCode::unexpectedValue, "unexpectedValue", "is a switch, so its value is ignored"},
       {MediaAnalysisCLIWarningCode::unreadableNumber, "unreadableNumber",
-       "needs a number from 0 to 3.4e38, so this value is ignored"},
+       "needs a number from 0 to 3.4e38"},
       {MediaAnalysisCLIWarningCode::unreadableInteger, "unreadableInteger",
-       "needs a whole number from 0 to 2147483647, so this value is ignored"},
+       "needs a whole number from 0 to 2147483647"},
       {MediaAnalysisCLIWarningCode::replacedValue, "replacedValue",
        "keeps only its last value, so this one is ignored"},
       {MediaAnalysisCLIWarningCode::withoutParentPid, "withoutParentPid", "is ignored without -parentPid"},

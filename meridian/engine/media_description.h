@@ -184,7 +184,8 @@ struct VideoStreamDescription : StreamDescription {
   int displayHeight = 0;
   /// Width over height of a pixel, in lowest terms; 1/1 if the file does not state it.
   MediaRational pixelAspectRatio{1, 1};
-  /// By how many degrees, 0 to 359, players turn the image clockwise.
+  /// By how many degrees, 0 to 359, players turn the image clockwise. 0 for image files: the orientation in their
+  /// EXIF data is known only when they are decoded, as for stills.
   int rotation = 0;
   /// True if players mirror the image from left to right after they turn it.
   bool isMirrored = false;
@@ -380,7 +381,7 @@ struct MediaDescription {
 
   std::vector<MediaWarning> warnings;
 
-  /// Returns the stream of images that the file is about: the first that is not an attached picture; null if there is
+  /// Returns the stream of images that the file is about: the first that is not an attached image; null if there is
   /// none.
   [[nodiscard]] const VideoStreamDescription* mainVideo() const noexcept {
     for (const VideoStreamDescription& stream : video) {

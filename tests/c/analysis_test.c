@@ -66,7 +66,7 @@ static void mistakes_are_found_before_the_tool_starts(void) {
   CHECK(meridian_analysis_warning_count(analysis) == 2);
   CHECK_TEXT(meridian_error_code_name(meridian_analysis_warning_at(analysis, 0)), "strayWord");
   CHECK_TEXT(meridian_error_message(meridian_analysis_warning_at(analysis, 1)),
-             "\"-maxImageWidth\": needs a number from 0 to 3.4e38, so this value is ignored: \"wide\"");
+             "\"-maxImageWidth\": needs a number from 0 to 3.4e38: \"wide\"");
   MeridianErrors* found = meridian_analysis_errors_create(analysis, NULL);
   CHECK(meridian_errors_count(found) == COUNT(errors));
   for (size_t index = 0; index < meridian_errors_count(found); ++index) {

@@ -154,7 +154,9 @@ TEST_F(HostileMediaTest, ReportsDamageWithoutAWordOnTheTerminal) {
                                 {"clip.mxf", "-map 0:v -r 25 -c:v mpeg2video"},
                                 {"clip.mkv", "-map 0:v -c:v mjpeg"},
                                 {"clip.mp4", "-map 0:v -c:v libx264 -pix_fmt yuv420p"},
-                                {"clip.avi", "-map 0:v -c:v mjpeg"}}));
+                                {"clip.avi", "-map 0:v -c:v mjpeg"},
+                                {"clip.wav", "-map 1:a"},
+                                {"clip.aiff", "-map 1:a"}}));
   const CaughtErrors caught;
   const std::string late = content("late.mov");
   directory().write("half.mov", std::string_view(late).substr(0, late.size() / 2));
@@ -170,6 +172,12 @@ TEST_F(HostileMediaTest, ReportsDamageWithoutAWordOnTheTerminal) {
   EXPECT_EQ(cut.warnings.front().code, MediaWarningCode::endsBeforeItsData);
   EXPECT_EQ(cut.warnings.front().detail, "1000 bytes are missing");
   EXPECT_EQ(cut.video.at(0).frameCount, described("early.mov").video.at(0).frameCount);
+  for (const char* const name : {"clip.mxf", "clip.avi", "clip.wav", "clip.aiff"}) {
+    EXPECT_TRUE(described(name).warnings.empty()) << name;
+    directory().write(name, content(name).substr(0, content(name).size() / 2));
+    ASSERT_EQ(described(name).warnings.size(), 1U) << name;
+    EXPECT_EQ(described(name).warnings.front().code, MediaWarningCode::endsBeforeItsData) << name;
+  }
 
   // Every file cut at some places and overwritten at others: an error or a description, and never a crash.
   for (const char* const name : {"early.mov", "clip.mxf", "clip.mkv", "clip.mp4", "clip.avi"}) {

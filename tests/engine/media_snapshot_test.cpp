@@ -141,6 +141,8 @@ TEST_F(MediaSnapshotTest, ShowsTheRightImageOfAFolderAndOfAStill) {
   ASSERT_NO_FATAL_FAILURE(makeNumbered("folder/n%03d.png", "-frames:v 10"));
   EXPECT_EQ(numbersIn("folder"), "0 1 3 5 7 9 9 2 0 ");
   EXPECT_EQ(numbersIn("folder/n008.png"), "7 7 7 7 7 7 7 7 7 ");
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("n.tiff", "-frames:v 1 -update 1", ",select='eq(n,5)'"));
+  EXPECT_EQ(numbersIn("n.tiff", {0}), "5 ");
 }
 
 TEST_F(MediaSnapshotTest, SaysWhichFrameItShows) {
@@ -329,14 +331,37 @@ TEST_F(MediaSnapshotTest, ShowsNoOtherFrameInPlaceOfADamagedOne) {
   }
 }
 
+TEST_F(MediaSnapshotTest, ShowsAFrameWhoseMessagesAreDamaged) {
+  ASSERT_NO_FATAL_FAILURE(makeNumbered("clip.h264", "-c:v libx264 -g 10 -bf 0 -x264-params slices=1:aud=1"));
+  // A buffering period that is cut off, after each access unit delimiter.
+  using namespace std::string_view_literals;
+  constexpr std::string_view delimiter = "\0\0\0\1\x09"sv;
+  std::string clip = content("clip.h264");
+  for (std::size_t place = 0; (place = clip.find(delimiter, place)) != std::string::npos; place += 16) {
+    clip.insert(place + delimiter.size() + 1, "\0\0\0\1\x06\0\2\5\x80\x80"sv);
+  }
+  directory().write("clip.h264", clip);
+  ASSERT_EQ(run({"ffmpeg", "-v", "error", "-r", "25", "-i", path("clip.h264"), "-c", "copy", path("clip.mp4")}).status,
+            0);
+  EXPECT_EQ(numbersIn("clip.mp4", {0, 0.45, 1}), "0 45 99 ");
+}
+
 TEST_F(MediaSnapshotTest, ShowsNoOtherFrameOfAFileThatIsCutShort) {
-  for (const auto& [name, options] : {std::pair("cut.mkv", "-c:v libx264 -g 10"),
-                                      {"cut.webm", "-c:v libvpx -g 10 -deadline realtime"},
-                                      {"cut.flv", "-c:v libx264 -g 10"}}) {
-    ASSERT_NO_FATAL_FAILURE(makeNumbered(name, options));
+  struct Cut {
+    std::string name, options, numbers, filter;
+  };
+  for (const auto& [name, options, numbers, filter] : std::initializer_list<Cut>{
+           {"cut.mkv", "-c:v libx264 -g 10", "10 - - ", {}},
+           {"cut.webm", "-c:v libvpx -g 10 -deadline realtime", "10 - - ", {}},
+           {"cut.flv", "-c:v libx264 -g 10", "10 - - ", {}},
+           {"intra.mxf", "-c:v dnxhd -profile:v dnxhr_sq", "10 - - ", ",scale=512:128:flags=neighbor"},
+           // Without the index at their ends nothing says when their frames are shown.
+           {"cut.mxf", "-c:v mpeg2video -g 12 -bf 2 -q:v 2", "- - - ", {}},
+           {"cut.avi", "-c:v mjpeg -q:v 2", "- - - ", {}}}) {
+    ASSERT_NO_FATAL_FAILURE(makeNumbered(name, options, filter));
     const std::string clip = content(name);
     directory().write(name, clip.substr(0, clip.size() / 2));
-    EXPECT_EQ(numbersIn(name, {0.1, 0.99, 1}), "10 - - ") << name;
+    EXPECT_EQ(numbersIn(name, {0.1, 0.99, 1}), numbers) << name;
   }
 }
 

@@ -148,7 +148,7 @@ std::optional<MediaAnalysis> analyzedUnlessInterrupted(const AnalysisWork& work,
 }
 
 Status analyze(const AnalysisWork& work, const AnalysisRequest& request) {
-  // A file that gets too large for the process, or a pipe that nobody reads, is an error like a full volume.
+  // A file that gets too large for the process, or a pipe without a reader, is an error like a full volume.
   static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   std::optional<InterruptionsHeld> held(std::in_place);
@@ -156,7 +156,7 @@ Status analyze(const AnalysisWork& work, const AnalysisRequest& request) {
   if (!analysis) return failed;
   const std::string path(work.basic.resultsFilePath());
   if (path.empty()) {
-    // Whoever reads the results may let them wait.
+    // The reader of the results may be slow.
     const std::list<RemovedOnInterruption> unfinished = removedImages(*analysis);
     held.reset();
     printResults(*analysis, request);

@@ -207,6 +207,14 @@ std::optional<std::uint64_t> endOfSegment(libav::MediaInput& input) {
   return place;
 }
 
+std::uint64_t numberIn(std::string_view bytes, bool isBigEndian) noexcept {
+  std::uint64_t number = 0;
+  for (std::size_t each = 0; each < bytes.size(); ++each) {
+    number = number << 8U | static_cast<unsigned char>(bytes[isBigEndian ? each : bytes.size() - 1 - each]);
+  }
+  return number;
+}
+
 /// Returns the size that a Flash video states at its beginning, which FFmpeg keeps to itself.
 std::optional<std::uint64_t> statedSizeOfFlashVideo(libav::MediaInput& input) {
   using namespace std::string_view_literals;
@@ -218,18 +226,48 @@ std::optional<std::uint64_t> statedSizeOfFlashVideo(libav::MediaInput& input) {
   if (!input.readAt(0, bytes)) return std::nullopt;
   const std::size_t place = std::string_view(bytes.data(), bytes.size()).find(name);
   if (place == std::string_view::npos || place + name.size() + 8 > bytes.size()) return std::nullopt;
-  std::uint64_t bits = 0;
-  for (std::size_t each = 0; each < 8; ++each) {
-    bits = bits << 8U | static_cast<unsigned char>(bytes.at(place + name.size() + each));
-  }
-  return truncatedUnsignedInteger(std::bit_cast<double>(bits));
+  const std::string_view number(bytes.data() + place + name.size(), 8);
+  return truncatedUnsignedInteger(std::bit_cast<double>(numberIn(number, true)));
+}
+
+/// Returns the size that the first chunk of an AVI, Wave or AIFF file states; absent for a recording that goes on,
+/// whose size is 0 or the greatest number.
+std::optional<std::uint64_t> sizeOfFirstChunk(libav::MediaInput& input) {
+  std::array<char, 8> bytes{};
+  if (!input.readAt(0, bytes)) return std::nullopt;
+  const std::string_view header(bytes.data(), bytes.size());
+  const bool isBigEndian = header.starts_with("FORM");
+  if (!isBigEndian && !header.starts_with("RIFF")) return std::nullopt;
+  const std::uint64_t size = numberIn(header.substr(4), isBigEndian);
+  if (size == 0 || size == 0xFFFF'FFFF) return std::nullopt;
+  // The size is that of what follows it; some programs state that of the whole file.
+  return size;
+}
+
+/// Returns the least size of an MXF file, by where its header says that the footer is; absent if it does not say it.
+std::optional<std::uint64_t> leastSizeOfMxf(libav::MediaInput& input) {
+  constexpr std::size_t keySize = 16;
+  constexpr std::size_t placeOfFooter = 24;
+  std::array<char, keySize + 9 + placeOfFooter + 8> bytes{};
+  if (!input.readAt(0, bytes)) return std::nullopt;
+  const std::string_view header(bytes.data(), bytes.size());
+  // A length below 128 is one byte; a greater one follows the number of its bytes.
+  const auto first = static_cast<unsigned char>(header[keySize]);
+  const std::size_t lengthSize = first < 0x80 ? 1 : 1 + (first & 0x7FU);
+  if (lengthSize > 9) return std::nullopt;
+  const std::uint64_t footer = numberIn(header.substr(keySize + lengthSize + placeOfFooter, 8), true);
+  return footer > 0 ? checkedSum<std::uint64_t>(footer, 1) : std::nullopt;
 }
 
 /// Returns how long the file says that it is.
 std::optional<std::uint64_t> statedSize(const MediaDescription& description, libav::MediaInput& input) {
   if (description.formatName.starts_with("mov,")) return endOfIndexedData(input.context());
   if (description.formatName.starts_with("matroska,")) return endOfSegment(input);
-  return description.formatName == "flv" ? statedSizeOfFlashVideo(input) : std::nullopt;
+  if (description.formatName == "flv") return statedSizeOfFlashVideo(input);
+  if (description.formatName == "mxf") return leastSizeOfMxf(input);
+  const bool isChunked =
+      description.formatName == "avi" || description.formatName == "wav" || description.formatName == "aiff";
+  return isChunked ? sizeOfFirstChunk(input) : std::nullopt;
 }
 
 /// Warns if the file is shorter than it says.

@@ -194,7 +194,8 @@ std::optional<MediaSnapshotError> FrameFinder::openDecoder() {
   decoder_->thread_count = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 8U));
   // Of frames that are decoded side by side, FFmpeg says only after it has handed them out that they are damaged.
   decoder_->thread_type = FF_THREAD_SLICE;
-  decoder_->err_recognition |= AV_EF_EXPLODE;
+  // Only this decoder says nothing of damage otherwise; others refuse images with unusual tags or messages too.
+  if (codec->id == AV_CODEC_ID_MJPEG) decoder_->err_recognition |= AV_EF_EXPLODE;
   silence(*decoder_);
   const LogCollector log;
   if (avcodec_open2(decoder_.get(), codec, nullptr) < 0) return failure(notDecodable, log.firstError());
@@ -205,8 +206,9 @@ void FrameFinder::readTimes() {
   const AVFormatContext& context = input_->context();
   const AVStream& video = stream();
   if (video.start_time != AV_NOPTS_VALUE) start_ = video.start_time;
-  // Of a bare stream FFmpeg guesses the duration by its bit rate.
-  if (context.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return;
+  // Of a bare stream FFmpeg guesses the duration by its bit rate, and of an AVI file without its index by what is left.
+  const bool isAvi = std::string_view(context.iformat->name) == "avi";
+  if (context.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE || (isAvi && endsEarly_)) return;
   if (video.duration != AV_NOPTS_VALUE && video.duration > 0) {
     duration_ = video.duration;
   } else if (context.duration != AV_NOPTS_VALUE && context.duration > 0) {
@@ -343,6 +345,7 @@ void FrameFinder::send(const AVPacket* packet) {
     const bool isLeading = keyTime_ && packet->pts != AV_NOPTS_VALUE && packet->pts < *keyTime_;
     sentSinceKey_.push_back(packet->pts);
     if (!framesStandAlone_ && (isLeading ? areLeadingBroken_ : isBroken_)) doubtful_.insert(packet->pts);
+    if ((packet->flags & AV_PKT_FLAG_CORRUPT) != 0) noteError(packet->pts);
     // The decoder passes over a packet without a picture.
     if (isMpeg2(decoder_->codec_id) && !pictureType(bytesOf(*packet))) noteError(packet->pts);
   }
@@ -556,8 +559,10 @@ Expected<FoundFrame, MediaSnapshotError> FrameFinder::find(double location, cons
       const AVRational& base = stream().time_base;
       return FoundFrame{std::move(attempt.frame), static_cast<double>(time - start_) * base.num / base.den, {}};
     }
-    if (endsEarly_ || hasTimestamps_) return Unexpected(explained(noFrame, log));
+    if (hasTimestamps_) return Unexpected(explained(noFrame, log));
   }
+  // Of which duration the location is a part is not known.
+  if (endsEarly_) return Unexpected(explained(noFrame, log));
   auto found = findByCounting(location, stop);
   if (!found) return Unexpected(explained(found.error().code, log));
   return found;
