@@ -35,7 +35,7 @@ struct EnumerationTable<MediaErrorCode> {
       {MediaErrorCode::notAFileUrl, "notAFileUrl", "is not the URL of a file", "copy the file to a volume first"},
       {MediaErrorCode::notOpened, "notOpened", "cannot be opened", "check the spelling and that you may read it"},
       {MediaErrorCode::notRegularFile, "notRegularFile", "is not a regular file",
-       "name a media file, or a folder of numbered images"},
+       "name a media file, or a directory of numbered images"},
       {MediaErrorCode::notRead, "notRead", "cannot be read", "check the volume that it is on"},
       {MediaErrorCode::empty, "empty", "is empty", "copy it again from the card"},
       {MediaErrorCode::unknownFormat, "unknownFormat", "is not in a media format that can be read",
@@ -44,8 +44,8 @@ struct EnumerationTable<MediaErrorCode> {
       {MediaErrorCode::noStreams, "noStreams", "has neither video nor audio", "check that it is a media file"},
       {MediaErrorCode::limitReached, "limitReached", "needs too many reads, or too much memory or time, to describe",
        "check that it is not damaged and that its volume is not too slow"},
-      {MediaErrorCode::noImageSequence, "noImageSequence", "is a folder without numbered images",
-       "name a media file, or a folder whose files are images with numbers in their names"},
+      {MediaErrorCode::noImageSequence, "noImageSequence", "is a directory without numbered images",
+       "name a media file, or a directory whose files are images with numbers in their names"},
       {MediaErrorCode::outOfMemory, "outOfMemory", "needs more memory than there is", "close other programs"},
   });
 };
@@ -75,7 +75,7 @@ struct EnumerationTable<MediaWarningCode> {
       {MediaWarningCode::timecodeNotRead, "timecodeNotRead", "has a timecode that labels no frame",
        "ignore it or set one"},
       {MediaWarningCode::missingImages, "missingImages", "lacks images within its numbers",
-       "copy the folder again from the card"},
+       "copy the directory again from the card"},
       {MediaWarningCode::repeatedImages, "repeatedImages", "has several images of one number",
        "remove those that do not belong to it"},
   });

@@ -420,9 +420,10 @@ struct TranscodePlan {
   friend bool operator==(const TranscodePlan&, const TranscodePlan&) = default;
 };
 
-/// Plans a transcode, or returns every reason why it cannot be carried out, none of which hides another. Touches no
-/// file. `media` describes the input files, or says why one cannot be described, in the order of
-/// `words.arguments.inputFiles()`; another number of them terminates the process. Listing commands are ignored.
+/// Plans a transcode, or returns every reason why it cannot be carried out, none of which hides another; what only a
+/// source that cannot be read would show is missing. Touches no file. `media` describes the input files, or says why
+/// one cannot be described, in the order of `words.arguments.inputFiles()`; another number of them terminates the
+/// process. Listing commands are ignored.
 [[nodiscard]] MERIDIAN_API Expected<TranscodePlan, std::vector<TranscodePlanError>> planTranscode(
     const TranscodeExplanation& words, std::span<const Expected<MediaDescription, MediaError>> media,
     const EncoderInventory& inventory, const TranscodeSurroundings& surroundings);

@@ -113,7 +113,7 @@ constexpr VideoEncoderRow proResRow(const SAVTranscodeArgumentVideoCodecValue& c
 }  // namespace detail
 
 /// Lists the encoders. The quality of x264, x265 and Motion JPEG is the one at which a proxy shows no artefacts at
-/// normal distance. Of FFmpeg's two ProRes encoders prores_aw is five times faster and better at the proxy's rate, but
+/// normal distance. Of FFmpeg's two ProRes encoders prores_aw is four times as fast and better at the proxy's rate, but
 /// exceeds the rates of the larger ones on noisy material.
 inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
     {.codec = SAVDnxhdCodec,

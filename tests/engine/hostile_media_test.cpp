@@ -138,7 +138,7 @@ TEST_F(HostileMediaTest, SaysWhatIsWrongWithAnItemThatIsNotMedia) {
   const auto device = describeMedia(Url::fromFilePath("/dev/zero"));
   ASSERT_FALSE(device);
   EXPECT_EQ(device.error().message(),
-            "\"/dev/zero\": is not a regular file: a device; name a media file, or a folder of numbered images");
+            "\"/dev/zero\": is not a regular file: a device; name a media file, or a directory of numbered images");
   const auto remote = describeMedia(Url::fromText("https://host/a.mov").value());
   ASSERT_FALSE(remote);
   EXPECT_EQ(remote.error().code, notAFileUrl);

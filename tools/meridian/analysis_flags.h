@@ -21,10 +21,10 @@ namespace meridian::command {
 
 /// One line for each flag.
 inline constexpr std::string_view analysisFlagMeanings =
-    "  -pathToAnalyze      A media file or a folder of numbered images; again for more\n"
-    "  -workDirectory      Where still images go, as JPEG files in a new folder\n"
+    "  -pathToAnalyze      A media file or a directory of numbered images; again for more\n"
+    "  -workDirectory      Where still images go, as JPEG files in a new directory\n"
     "  -resultsFilePath    Gets the results as JSON, and must not exist\n"
-    "  -analysisId         The name of the new folder, and what the names of its images begin with\n"
+    "  -analysisId         The name of the new directory, and what the names of its images begin with\n"
     "  -snapshotLocation   Takes an image at each of these parts of the duration, from 0 to 1\n"
     "  -maxImageWidth      The largest width of an image in pixels; images need it\n"
     "  -imageHeight        The height of an image, unless it would become too wide or be enlarged\n"

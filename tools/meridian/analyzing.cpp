@@ -187,6 +187,7 @@ Status analyzeWords(std::span<const std::string_view> words, const AnalysisReque
 }
 
 Status analyzeFiles(std::vector<std::string> paths, const AnalysisRequest& request) {
+  if (std::ranges::find(paths, "") != paths.end()) throw UsageError("a name among FILES is empty");
   return analyze({Factory::buildBasicOptions(std::move(paths), {}, {}, std::nullopt, false)}, request);
 }
 

@@ -10,8 +10,8 @@ Subcommand analyzeCommand() {
       .name = "analyze",
       .description = "Show what is in media files, or analyse them as the media-analysis tool",
       .details =
-          "With FILES, each a media file or a folder of numbered images, prints what is in them: container, codec,\n"
-          "size, rate, timecode, duration, sound, maker. FILES that cannot be read are errors on standard error, the\n"
+          "With FILES, each a media file or a directory of numbered images, prints what is in them: container, codec,\n"
+          "size, rate, timecode, duration, sound, maker. FILES that cannot be read are errors on standard error; the\n"
           "others are still shown, and the status is 1.\n\n"
           "With words after \"--\", carries out the argument vector of the media-analysis tool; without\n"
           "-resultsFilePath the results are printed:\n" +
@@ -26,7 +26,7 @@ Subcommand analyzeCommand() {
       .wordFlags = analysisFlags(),
       .options = {{.kind = positional,
                    .name = "files",
-                   .help = "Media files, or folders of numbered images",
+                   .help = "Media files, or directories of numbered images",
                    .valueName = "FILES",
                    .optional = true,
                    .repeated = true,

@@ -13,7 +13,8 @@ Subcommand transcodeCommand() {
           "This version plans transcodes but does not carry them out yet, so --plan is needed. Planning looks at the\n"
           "files and changes none. Warnings are printed on standard error; with errors the exit status is 1.\n"
           "The transcoder's listing commands, such as -codecs, print their listing in place of a plan.\n"
-          "\"meridian-transcoder WORD...\" does the same with the argument vector alone, for applications.",
+          "\"meridian-transcoder WORD...\" does the same without printing a plan, with the vector alone, for "
+          "applications.",
       .example =
           "meridian transcode --plan -- -in_0_0 a.mov -out b.mov -vcodec h264 -dims 1280x720\n"
           "meridian transcode -- -codecs",
