@@ -291,7 +291,9 @@ std::optional<std::string> valuelessFlagBefore(const ReadFlag& rejected, const T
   if (&rejected == trace.flags.data()) return std::nullopt;
   const ReadFlag& before = *(&rejected - 1);
   const FlagDescription* const known = findFlag(before.flag);
-  if (before.index + 1 != rejected.index || known == nullptr || !known->takesValue()) return std::nullopt;
+  const bool takesValue =
+      TranscodeCliArguments::isInputFileFlag(before.flag) || (known != nullptr && known->takesValue());
+  if (before.index + 1 != rejected.index || !takesValue) return std::nullopt;
   return before.flag;
 }
 

@@ -30,6 +30,21 @@ struct ColorSpaceCodes {
   friend constexpr bool operator==(const ColorSpaceCodes&, const ColorSpaceCodes&) = default;
 };
 
+/// Returns whether zscale converts from these codes, all of which are stated.
+[[nodiscard]] constexpr bool isConvertible(const ColorSpaceCodes& codes) noexcept {
+  const auto [primaries, transfer, matrix] = codes;
+  const bool hasPrimaries = primaries == 1 || (primaries >= 4 && primaries <= 12) || primaries == 22;
+  const bool hasTransfer =
+      transfer == 1 || (transfer >= 4 && transfer <= 11) || (transfer >= 13 && transfer <= 16) || transfer == 18;
+  if (!hasPrimaries || !hasTransfer) return false;
+  const bool isHdr = transfer == 16 || transfer == 18;
+  // BT.2020 with constant luminance is not defined for PQ and HLG, and ICtCp for these alone.
+  if (matrix == 10) return !isHdr;
+  if (matrix == 14) return isHdr;
+  return matrix == ColorSpaceCodes::rgbMatrix || matrix == 1 || (matrix >= 4 && matrix <= 9) || matrix == 12 ||
+         matrix == 13;
+}
+
 /// A row of the table of colour spaces.
 struct ColorSpaceRow {
   SAVTranscodeArgumentColorSpaceValue value;

@@ -410,7 +410,8 @@ void setChannels(PlanContext& context, PlannedAudioTrack& planned, const AskedLa
   }
   const bool isAssumed = source.labels.empty() && !planned.sourceChannels.empty() && (isUsual || !keepsCount);
   if (isAssumed && source.channelCount > 2) {
-    context.warn(TranscodePlanWarningCode::layoutAssumed, source.flag, namesOf(planned.sourceChannels) + " is assumed");
+    context.warn(TranscodePlanWarningCode::layoutAssumed, source.flag, namesOf(planned.sourceChannels) + " is assumed",
+                 keepsCount ? "state them with -acl_descs" + std::string(asked.count ? " instead of -acl" : "") : "");
   }
   const auto ordered = inBitmapOrder(places);
   if (!places.empty() && !ordered) {

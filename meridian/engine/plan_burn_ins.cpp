@@ -76,6 +76,11 @@ void planWatermark(PlanContext& context, std::vector<PlannedStep>& steps, const 
       } else {
         step.size = {std::max(static_cast<int>(std::lround(width)), 1),
                      std::max(static_cast<int>(std::lround(height)), 1)};
+        constexpr double leastVisible = 4;
+        if (std::max(width, height) < leastVisible) {
+          context.warn(TranscodePlanWarningCode::watermarkTooSmall, context.isSet(scaleFlag) ? scaleFlag : pathFlag,
+                       sizeText(step.size));
+        }
       }
     }
   }

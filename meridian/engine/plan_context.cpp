@@ -62,6 +62,12 @@ constexpr auto dependentFlags = std::to_array<DependentFlag>({
     {SAVWatermarkFileBurnScaleFlag.rawValue(), SAVWatermarkFileBurnFilePathFlag.rawValue(), withoutWatermark},
 });
 
+/// Says which preset set a flag, for one that is not among the words.
+std::string presetText(const ExplainedSetting* setting) {
+  if (setting == nullptr || setting->source != SettingSource::preset || !setting->preset) return "";
+  return "set by -preset " + std::string(preset(*setting->preset));
+}
+
 }  // namespace
 
 std::string namesOf(std::span<const ChannelLabel> labels) {
@@ -92,13 +98,14 @@ PlanContext::PlanContext(const TranscodeExplanation& explained, const EncoderInv
 void PlanContext::fail(TranscodePlanErrorCode code, std::string_view flag, std::string_view detail,
                        std::string advice) {
   const ExplainedSetting* const setting = use(flag);
-  std::string text;
+  std::vector<std::string> texts;
   if (setting != nullptr && !setting->value.empty()) {
-    text = inQuotes(setting->writtenValue.empty() ? setting->value : setting->writtenValue);
-    if (!detail.empty()) text += ", ";
+    texts.push_back(inQuotes(setting->writtenValue.empty() ? setting->value : setting->writtenValue));
   }
-  text += detail;
-  errors.push_back({{code, std::string(flag), std::move(text)}, std::move(advice)});
+  texts.push_back(presetText(setting));
+  texts.emplace_back(detail);
+  std::erase(texts, "");
+  errors.push_back({{code, std::string(flag), joined(texts, ", ")}, std::move(advice)});
 }
 
 void PlanContext::failRate(std::string_view detail, std::string advice) {
@@ -109,7 +116,9 @@ void PlanContext::failRate(std::string_view detail, std::string advice) {
 
 void PlanContext::warn(TranscodePlanWarningCode code, std::string_view flag, std::string_view detail,
                        std::string advice) {
-  plan.warnings.push_back({{code, std::string(flag), std::string(detail)}, std::move(advice)});
+  std::vector<std::string> texts{presetText(find(flag)), std::string(detail)};
+  std::erase(texts, "");
+  plan.warnings.push_back({{code, std::string(flag), joined(texts, ", ")}, std::move(advice)});
 }
 
 const ExplainedSetting* PlanContext::find(std::string_view flag) const {
@@ -146,6 +155,9 @@ void PlanContext::warnOfUnused() {
     std::string_view reason = ignored != ignored_.end() ? ignored->reason : "";
     const auto dependent = std::ranges::find(dependentFlags, setting.flag, &DependentFlag::flag);
     if (reason.empty() && dependent != dependentFlags.end() && !isSet(dependent->needed)) reason = dependent->reason;
+    if (reason.empty() && TranscodeCliArguments::isIgnoredTrackFlag(setting.flag)) {
+      reason = reasonOfGroup(FlagGroup::audio, *this);
+    }
     if (reason.empty() && known != nullptr) reason = reasonOfGroup(known->group, *this);
     warn(TranscodePlanWarningCode::withoutEffect, setting.flag, reason);
   }

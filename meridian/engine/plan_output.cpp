@@ -5,6 +5,7 @@
 #include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
 #include "meridian/engine/plan_context.h"
+#include "meridian/engine/video_encoders.h"
 #include "meridian/media/file_extension.h"
 #include "meridian/platform/path_text.h"
 
@@ -14,6 +15,8 @@ namespace {
 /// Returns the extensions that the format and the codec allow, as text: ".mov, .mp4".
 std::string allowedExtensions(const std::optional<SAVTranscodeArgumentFileFormatValue>& format,
                               const std::optional<SAVTranscodeArgumentVideoCodecValue>& codec) {
+  // Another extension of the format does not change what its container holds.
+  if (format && codec && !holdsEncoded(*containerOfFormat(*format), *codec)) return {};
   std::vector<std::string> texts;
   const auto fits = [&](FileExtension extension) {
     return (!format || isIn(format->validExtensions(), extension)) &&

@@ -250,7 +250,10 @@ void planSources(PlanContext& context, std::span<const Expected<MediaDescription
     }
     context.groups.back().parts.push_back(inputs[place].part);
   }
-  if (inputs.empty()) context.fail(TranscodePlanErrorCode::noInput, SAVInputPrefixFlag.rawValue());
+  const bool isUnnumbered = std::ranges::any_of(context.errors, [](const TranscodePlanError& each) {
+    return each.code == TranscodePlanErrorCode::unnumberedFlag && each.place.starts_with(SAVInputPrefixFlag.rawValue());
+  });
+  if (inputs.empty() && !isUnnumbered) context.fail(TranscodePlanErrorCode::noInput, SAVInputPrefixFlag.rawValue());
   for (SourceGroup& group : context.groups) {
     const SourcePart* const first = group.firstDescribed();
     group.isImageSequence = std::ranges::all_of(group.parts, isSingleImage) ||

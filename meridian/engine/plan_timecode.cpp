@@ -147,6 +147,10 @@ void planMatchingStart(PlanContext& context, PlannedTimecode& timecode, bool ask
   planPartStarts(context, timecode, asksForDrop);
 }
 
+/// The greatest rate of a timecode track: its sample description has one byte for the frames of a second (QuickTime
+/// File Format, "Timecode Sample Description").
+constexpr std::int64_t greatestRateOfTrack = 255;
+
 VideoFrameRate countingRate(PlanContext& context, const VideoFrameRate& outputRate, bool isInTrack) {
   const auto asked = context.value<float>(countingRateFlag);
   if (!asked) return outputRate;
@@ -191,6 +195,12 @@ void planTimecode(PlanContext& context) {
     context.use(dropFlag);
     return;
   }
+  if (isInTrack && storage == TimecodeStorage::track &&
+      timecodeFramesPerSecond(timecode.rate).value_or(0) > greatestRateOfTrack) {
+    context.fail(timecodeRateNotAvailable, trackFlag, "in a track of " + frameRateText(timecode.rate),
+                 "use at most " + std::to_string(greatestRateOfTrack) +
+                     " frames per second with -vr, or burn the timecode in with -tc_burn instead");
+  }
   const bool asksForDrop = context.has(dropFlag);
   if (asksForDrop && !droppedLabelsPerMinute(timecode.rate)) {
     context.fail(notADropFrameRate, dropFlag, "at " + frameRateText(timecode.rate));
@@ -225,7 +235,8 @@ void planTimecode(PlanContext& context) {
   if (number && *number > greatestInTrack && timecode.isInTrack) {
     const bool isCustom = timecode.source == TimecodeSource::custom;
     context.fail(noSuchLabel, isCustom ? SAVTimecodeCustomFlag.rawValue() : context.image->part->flag,
-                 timecode.start.timecodeString() + ", which is beyond the last frame that a file can label",
+                 (isCustom ? "" : timecode.start.timecodeString() + ", ") +
+                     "which is beyond the last frame that a file can label",
                  "use fewer hours");
   }
 }

@@ -131,6 +131,13 @@ std::optional<std::int64_t> outputFrames(const PlanContext& context, const Video
   return seconds ? truncatedInteger(std::round(*seconds * to.rawValue().rawValue())) : std::nullopt;
 }
 
+bool isTurned(const VideoStreamDescription& stream) { return nearestQuarterTurn(stream.rotation) % 180 != 0; }
+
+/// Returns the size of the image when its rotation is applied.
+ImageSize uprightSize(const VideoStreamDescription& stream) {
+  return isTurned(stream) ? ImageSize{stream.height, stream.width} : ImageSize{stream.width, stream.height};
+}
+
 /// A flag that changes the image, and whether its value leaves it as it is after all.
 void failUnlessUnchanged(PlanContext& context, std::string_view flag, bool isUnchanged) {
   const ExplainedSetting* const setting = context.use(flag);
@@ -152,11 +159,12 @@ void planCopiedVideo(PlanContext& context, PlannedVideo& video, const std::optio
                      std::string(description(*context.container)),
                  "choose a codec with -vcodec, or another container");
   }
-  failUnlessUnchanged(context, frameRateFlag, !asked || asked == sourceRate || !sourceRate);
+  failUnlessUnchanged(context, frameRateFlag, !asked || !sourceRate || (asked == sourceRate && !stream.isVariable));
   const auto size = context.value<Size>(videoDimensionsFlag);
-  failUnlessUnchanged(context, videoDimensionsFlag,
-                      size == Size{0, 0} || size == Size{1, 1} ||
-                          size == Size{static_cast<double>(stream.width), static_cast<double>(stream.height)});
+  const ImageSize shown = uprightSize(stream);
+  const bool isShownSize = stream.pixelAspectRatio == MediaRational{1, 1} &&
+                           size == Size{static_cast<double>(shown.width), static_cast<double>(shown.height)};
+  failUnlessUnchanged(context, videoDimensionsFlag, size == Size{0, 0} || size == Size{1, 1} || isShownSize);
   const auto depth = context.value<std::int64_t>(videoDepthFlag);
   failUnlessUnchanged(context, videoDepthFlag, depth && stream.bitDepth && *depth == *stream.bitDepth);
   const auto space = askedColorSpace(context);
@@ -212,8 +220,22 @@ void addFit(StepList& list, const FrameFit& fit) {
   });
 }
 
+/// Reports colours that cannot be converted, on the flag that asks for it.
+void checkConversion(PlanContext& context, const ColorSpaceCodes& from, std::string_view flag) {
+  if (isConvertible(from)) return;
+  const VideoStreamDescription& stream = *context.image->stream;
+  const auto text = [](std::string_view name, const ColorCode& code) {
+    return std::string(name) + " " + std::to_string(code.number) +
+           (code.name.empty() ? "" : " (" + printable(code.name) + ")");
+  };
+  context.fail(colorNotConvertible, flag,
+               "the source has " + text("primaries", stream.primaries) + ", " + text("transfer", stream.transfer) +
+                   " and " + text("matrix", stream.matrix));
+}
+
 void addLut(PlanContext& context, StepList& list, int outputDepth) {
   const PixelFormat format = planarRgb(std::max(list.image().bitDepth, outputDepth), list.image().hasAlpha);
+  if (list.image().color.matrix != ColorSpaceCodes::rgbMatrix) checkConversion(context, list.image().color, lutFlag);
   if (list.image().pixelFormat != rawValue(format)) {
     list.add(FormatStep(), [&](ImageForm& image) {
       setFormat(image, format);
@@ -266,10 +288,9 @@ void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFram
     context.warn(TranscodePlanWarningCode::rotationRounded, partFlag,
                  std::to_string(stream.rotation) + " degrees become " + std::to_string(quarter));
   }
-  const bool isTurned = quarter % 180 != 0;
-  const ImageSize upright = isTurned ? ImageSize{stream.height, stream.width} : ImageSize{stream.width, stream.height};
+  const ImageSize upright = uprightSize(stream);
   MediaRational pixelAspectRatio = stream.pixelAspectRatio;
-  if (isTurned) std::swap(pixelAspectRatio.numerator, pixelAspectRatio.denominator);
+  if (isTurned(stream)) std::swap(pixelAspectRatio.numerator, pixelAspectRatio.denominator);
   const FrameFit fit = planFrameFit(context, upright, pixelAspectRatio, choice);
 
   StepList list(video.steps, video.source);
@@ -314,6 +335,7 @@ void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFram
   video.isColorStated = space && hasLut;
   if (space && !hasLut && colorSpaceOf(video.source.color) != space) {
     if (!context.inventory.hasFilter("zscale")) context.fail(filterMissing, colorSpaceFlag, "zscale");
+    checkConversion(context, video.source.color, colorSpaceFlag);
     list.add(ColorStep(), [&](ImageForm& image) {
       const bool isRgb = image.chroma == ChromaSubsampling::rgb;
       image.color = color;
@@ -363,6 +385,7 @@ void planVideo(PlanContext& context) {
   video.codecName = stream.codecName;
   video.source = sourceForm(stream);
   video.isColorAssumed = !statedColor(stream).areStated();
+  video.isVariable = stream.isVariable;
 
   // The frames of an image sequence have no rate but the one that is asked for.
   const auto sourceRate = image.group->isImageSequence ? std::nullopt : stream.frameRate;

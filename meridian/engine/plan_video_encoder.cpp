@@ -48,10 +48,28 @@ void chooseProfile(PlanContext& context, EncoderChoice& choice) {
   if (separator == std::string_view::npos) return;
   choice.level = written.substr(separator + 1);
   const auto levels = videoLevelsOf(codec);
-  if (isIn(levels, choice.level) || choice.profile == nullptr) return;
+  if (choice.profile == nullptr || std::ranges::find(levels, choice.level, &VideoLevelRow::name) != levels.end())
+    return;
+  std::vector<std::string_view> names;
+  std::ranges::transform(levels, std::back_inserter(names), &VideoLevelRow::name);
   context.fail(profileNotAvailable, profileFlag, {},
                levels.empty() ? codec.string() + " has no levels; leave out \"@\" and what follows"
-                              : "the levels of " + codec.string() + " are " + joined(levels, ", "));
+                              : "the levels of " + codec.string() + " are " + joined(names, ", "));
+}
+
+/// Reports a level that is too low for the images.
+void checkLevel(PlanContext& context, const EncoderChoice& choice, const ImageForm& image) {
+  const auto levels = videoLevelsOf(choice.row->codec);
+  const auto holds = [&image](const VideoLevelRow& level) {
+    return level.holds(image.width, image.height, image.frameRate.rawValue().rawValue());
+  };
+  const auto chosen = std::ranges::find(levels, choice.level, &VideoLevelRow::name);
+  if (chosen == levels.end() || holds(*chosen)) return;
+  const auto enough = std::ranges::find_if(levels, holds);
+  const std::string subject = sizeText(image) + " at " + frameRateText(image.frameRate);
+  context.fail(profileNotAvailable, profileFlag, {},
+               enough != levels.end() ? subject + " needs level " + std::string(enough->name) + " or higher"
+                                      : "no level holds " + subject + "; leave out \"@\" and what follows");
 }
 
 /// Returns how the samples of colour lie in the output: as the profile has them, or as the codec's first format, or as
@@ -211,8 +229,10 @@ void planRateControl(PlanContext& context, const EncoderChoice& choice, const Im
   }
   encoder.options.push_back({"b", bitsText(*encoder.bitRate)});
   if (!row.limitsRate) return;
-  encoder.options.push_back({"maxrate", bitsText(*encoder.bitRate * 1.5)});
-  encoder.options.push_back({"bufsize", bitsText(*encoder.bitRate * 2)});
+  // FFmpeg hands both on as 32-bit integers.
+  constexpr double greatest = std::numeric_limits<std::int32_t>::max() / 1e6;
+  encoder.options.push_back({"maxrate", bitsText(std::min(*encoder.bitRate * 1.5, greatest))});
+  encoder.options.push_back({"bufsize", bitsText(std::min(*encoder.bitRate * 2, greatest))});
 }
 
 /// Returns the interval between key frames; absent if it is not set or out of range.
@@ -339,6 +359,7 @@ PlannedVideoEncoder planEncoder(PlanContext& context, const EncoderChoice& choic
   if (row.greatestTimeScale != 0 && rate && rate->numerator > row.greatestTimeScale) {
     context.failRate(row.codec.string() + " cannot count " + frameRateText(image.frameRate));
   }
+  checkLevel(context, choice, image);
   if (chooseGpuEncoder(context, choice, encoder)) return encoder;
   if (choice.encoder != nullptr) {
     encoder.name = choice.encoder->name;

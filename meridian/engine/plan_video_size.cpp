@@ -10,9 +10,8 @@ namespace {
 constexpr std::string_view aspectScalingFlag = SAVVideoAspectScalingFlag.rawValue();
 constexpr std::string_view cropAnchorFlag = SAVVideoAspectCropAnchorFlag.rawValue();
 
-// The sides of an image that every encoder takes.
+// The least side of an image that every encoder accepts.
 constexpr int leastSide = 16;
-constexpr int greatestSide = 16384;
 
 // The sides that an image can be scaled to before it is cropped.
 constexpr int greatestScaledSide = 32767;
@@ -40,7 +39,12 @@ ImageSize roundedDown(ImageSize size, EvenSides even) {
 /// Returns a size as it is written after "-dims".
 std::string dimensionsText(ImageSize size) { return std::to_string(size.width) + "x" + std::to_string(size.height); }
 
-std::string limitsOfSides() {
+/// Returns the greatest side that the encoder accepts; that of most encoders if there is none.
+int greatestSideOf(const EncoderChoice& choice) {
+  return choice.row != nullptr ? choice.row->greatestSide : usualGreatestSide;
+}
+
+std::string limitsOfSides(int greatestSide) {
   return "use whole numbers from " + std::to_string(leastSide) + " to " + std::to_string(greatestSide);
 }
 
@@ -50,14 +54,14 @@ struct AskedSize {
   std::optional<double> factor;
 };
 
-AskedSize askedSize(PlanContext& context) {
+AskedSize askedSize(PlanContext& context, int greatestSide) {
   const auto size = context.value<Size>(videoDimensionsFlag);
   if (!size || *size == Size{0, 0}) return {};
   // As conversion settings store a scale; no image is so small.
   if (size->width == size->height && size->width > 0 && size->width <= 1) return {{}, size->width};
   for (const double side : {size->width, size->height}) {
     if (side >= leastSide && side <= greatestSide && side == std::floor(side)) continue;
-    context.fail(TranscodePlanErrorCode::sizeOutOfRange, videoDimensionsFlag, {}, limitsOfSides());
+    context.fail(TranscodePlanErrorCode::sizeOutOfRange, videoDimensionsFlag, {}, limitsOfSides(greatestSide));
     return {};
   }
   return {ImageSize{static_cast<int>(size->width), static_cast<int>(size->height)}, {}};
@@ -75,10 +79,10 @@ static_assert(allCases<VideoCropAnchor>().size() == 9 && tableRow(VideoCropAncho
                   allCases<VideoCropAnchor>()[7] == VideoCropAnchor::bottomCenter,
               "the anchors are in lines from the top left");
 
-FrameFit fittedFrame(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, EvenSides even) {
+FrameFit fittedFrame(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, EvenSides even,
+                     const AskedSize& asked) {
   const double displayWidth = source.width * pixelAspectRatio.rawValue();
   const double displayHeight = source.height;
-  const AskedSize asked = askedSize(context);
   const auto scaledBy = [&](double factor) {
     return ImageSize{rounded(displayWidth * factor, even.width), rounded(displayHeight * factor, even.height)};
   };
@@ -141,7 +145,7 @@ bool isOdd(ImageSize size, EvenSides needed) {
 
 /// Reports a size that cannot be encoded, whichever way it came about, unless "-dims" is reported already.
 void checkSize(PlanContext& context, const FrameFit& fit, ImageSize source, const MediaRational& pixelAspectRatio,
-               EvenSides needed) {
+               EvenSides needed, const AskedSize& asked, int greatestSide) {
   using enum TranscodePlanErrorCode;
   const bool isReported = std::ranges::any_of(
       context.errors, [](const TranscodePlanError& each) { return each.place == videoDimensionsFlag; });
@@ -150,8 +154,10 @@ void checkSize(PlanContext& context, const FrameFit& fit, ImageSize source, cons
   const std::string_view flag = isSourceSize ? context.image->part->flag : videoDimensionsFlag;
   const auto [least, greatest] = std::minmax(fit.final.width, fit.final.height);
   if (least < leastSide || greatest > greatestSide) {
-    context.fail(sizeOutOfRange, flag, "the image is " + sizeText(fit.final),
-                 isSourceSize ? "set another size with -dims" : limitsOfSides());
+    std::string advice = limitsOfSides(greatestSide);
+    if (isSourceSize) advice = "set another size with -dims";
+    if (asked.pixels) advice = "the image is fitted into -dims; use a larger size";
+    context.fail(sizeOutOfRange, flag, "the image is " + sizeText(fit.final), std::move(advice));
   } else if (std::max(fit.scaled.width, fit.scaled.height) > greatestScaledSide) {
     context.fail(sizeOutOfRange, flag, "the image would be scaled to " + sizeText(fit.scaled) + " first",
                  "use -aspect_scaling letterbox or stretch");
@@ -181,8 +187,10 @@ FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRationa
   }
   // Rounding never makes a size that the encoder refuses.
   const EvenSides even{halved.width || needed.width, halved.width || needed.height};
-  const FrameFit fit = fittedFrame(context, source, pixelAspectRatio, even);
-  checkSize(context, fit, source, pixelAspectRatio, needed);
+  const int greatestSide = greatestSideOf(choice);
+  const AskedSize asked = askedSize(context, greatestSide);
+  const FrameFit fit = fittedFrame(context, source, pixelAspectRatio, even, asked);
+  checkSize(context, fit, source, pixelAspectRatio, needed, asked, greatestSide);
   return fit;
 }
 

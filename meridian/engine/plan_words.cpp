@@ -1,6 +1,7 @@
 // What the words of an argument vector get wrong, whatever the sources are.
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "meridian/base/is_in.h"
 #include "meridian/base/joined.h"
@@ -93,6 +94,10 @@ void checkSetting(PlanContext& context, const ExplainedSetting& setting, const T
       }
       break;
     case repeated:
+      if (auto dropped = setting.earlierValues; std::erase(dropped, setting.value) < setting.earlierValues.size()) {
+        context.warn(TranscodePlanWarningCode::repeated, setting.flag, "instead of " + inQuotes(dropped));
+      }
+      break;
     case overridesPreset:
     case unusedTimecodeSource:
     case strayWord:
@@ -107,8 +112,11 @@ void planWords(PlanContext& context) {
   for (const RejectedEntry& entry : context.words.rejectedEntries) {
     if (entry.isListing() || equalsIgnoringCase(entry.flag, TranscodeCliArguments::runInTranscodeModeFlag)) continue;
     if (entry.error.code == TranscodeErrorCode::unknownPreset) {
-      context.fail(TranscodePlanErrorCode::unreadableValue, entry.flag, inQuotes(entry.value) + " is not a preset",
-                   std::string(entry.error.remedy()));
+      std::vector<std::string_view> presets;
+      std::ranges::transform(allCases<TranscodeCliPreset>(), std::back_inserter(presets), preset);
+      context.fail(TranscodePlanErrorCode::unreadableValue, entry.writtenFlag,
+                   inQuotes(entry.value) + " is not a preset",
+                   entry.suggestion ? entry.error.advice : "use " + joined(presets, " or "));
     } else {
       context.fail(TranscodePlanErrorCode::unknownFlag, entry.flag, {}, entry.error.advice);
     }

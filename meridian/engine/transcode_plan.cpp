@@ -1,5 +1,7 @@
 #include "meridian/engine/transcode_plan.h"
 
+#include <algorithm>
+
 #include "meridian/cli/argument_words.h"
 #include "meridian/engine/plan_context.h"
 
@@ -18,7 +20,16 @@ void checkAnythingLeft(PlanContext& context) {
   const auto fail = [&context](std::string_view flag, std::string_view detail) {
     context.fail(TranscodePlanErrorCode::nothingLeft, flag, detail);
   };
-  if (context.isSet(noAudio)) {
+  const auto& settings = context.words.settings;
+  const auto omission =
+      std::ranges::find_if(settings, TranscodeCliArguments::isIgnoredTrackFlag, &ExplainedSetting::flag);
+  const bool hasAudio = std::ranges::any_of(context.groups, [](const SourceGroup& group) {
+    const SourcePart* const part = group.firstDescribed();
+    return part != nullptr && !part->media->audio.empty();
+  });
+  if (hasAudio && omission != settings.end() && !context.isSet(noAudio)) {
+    fail(omission->flag, "there is no other audio");
+  } else if (context.isSet(noAudio)) {
     fail(noAudio, "the source has no video");
   } else if (context.isSet(noVideo)) {
     fail(noVideo, "the source has no audio");

@@ -307,6 +307,8 @@ struct PlannedVideo {
   ImageForm source;
   /// True if the source's colour space is assumed, because it states none.
   bool isColorAssumed = false;
+  /// True if the source's frames last differently long, so that its rate is an average.
+  bool isVariable = false;
   /// True if "-c_space" states what a LUT gives, so that nothing is converted to it.
   bool isColorStated = false;
   /// Empty if the video is copied.

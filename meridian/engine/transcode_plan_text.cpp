@@ -90,8 +90,8 @@ std::string formText(const ImageForm& image, const ImageForm* before, bool isCol
 }
 
 std::string styleText(const TextStyle& style) {
-  return "at " + placeText(style.anchor) + ", " + fixedDecimalText(style.fontSize, 0) + " pixels high, " +
-         style.fontColor.text() + " on " + style.boxColor.text();
+  return "at " + placeText(style.anchor) + ", " + fixedDecimalText(style.fontSize, style.fontSize < 4 ? 1 : 0) +
+         " pixels high, " + style.fontColor.text() + " on " + style.boxColor.text();
 }
 
 /// Says what is particular to a step, beside the image that it gives.
@@ -169,7 +169,7 @@ void addVideo(Sections& sections, const TranscodePlan& plan) {
   }
   const PlannedVideo& video = *plan.video;
   std::string source = (video.codecName.empty() ? "unknown codec" : printable(video.codecName)) + ", " +
-                       formText(video.source, nullptr, video.isColorAssumed);
+                       formText(video.source, nullptr, video.isColorAssumed) + (video.isVariable ? ", variable" : "");
   if (video.isCopied()) {
     if (video.rotation != 0) source += ", turned by " + std::to_string(video.rotation) + " degrees when played";
     sections.add("copy", std::move(source));
@@ -214,7 +214,10 @@ void addAudio(Sections& sections, const TranscodePlan& plan) {
       text += countText(track.channelCount, track.isCopied() ? "channel" : "discrete channel");
     } else {
       text += namesOf(track.channels);
-      const bool isMixed = bitmapOfChannels(track.sourceChannels) != bitmapOfChannels(track.channels);
+      const auto from = bitmapOfChannels(track.sourceChannels);
+      const auto to = bitmapOfChannels(track.channels);
+      // Surround channels at the sides become those at the back, or the reverse, without a mix.
+      const bool isMixed = from != to && !(from && to && withOtherSurround(*from) == *to);
       if (isMixed && !track.sourceChannels.empty()) text += " mixed from " + namesOf(track.sourceChannels);
     }
     if (track.bitRate && !track.isCopied()) text += ", " + std::to_string(*track.bitRate) + " bits a second";

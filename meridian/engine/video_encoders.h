@@ -59,6 +59,9 @@ struct VideoEncoder {
   bool needsEvenChroma = false;
 };
 
+/// The most pixels of a side, but for encoders that have less.
+inline constexpr int usualGreatestSide = 16384;
+
 /// How a value of "-vcodec" is encoded.
 struct VideoEncoderRow {
   SAVTranscodeArgumentVideoCodecValue codec;
@@ -89,6 +92,8 @@ struct VideoEncoderRow {
   bool keepsFields = false;
   /// The greatest numerator of a frame rate in lowest terms; 0 for any.
   int greatestTimeScale = 0;
+  /// The most pixels of a side.
+  int greatestSide = usualGreatestSide;
 };
 
 namespace detail {
@@ -153,7 +158,8 @@ inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
      .tag = "mp4v",
      .rateControl = VideoRateControl::anyRate,
      .quantizer = 3,
-     .greatestTimeScale = 65535},
+     .greatestTimeScale = 65535,
+     .greatestSide = 8191},
     detail::proResRow(SAVProRes4444, {detail::proResKs, detail::proResAw}, detail::proRes4444Formats, "ap4h", "4"),
     detail::proResRow(SAVProRes4444XQ, {detail::proResKs, detail::proResAw}, detail::proRes4444Formats, "ap4x", "5"),
     detail::proResRow(SAVProRes422, {detail::proResKs, detail::proResAw}, detail::proRes422Formats, "apcn", "2"),

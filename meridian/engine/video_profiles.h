@@ -2,10 +2,12 @@
 /// The values of "-vprofile": the profiles of each codec, and the levels of those that have levels. For example:
 ///
 ///     videoProfileNamed(SAVAvcH264Codec, "high10")->formats  // yuv420p, yuv420p10
-///     videoLevelsOf(SAVAvcH264Codec)                         // "1", "1b", "1.1", ...
+///     videoLevelsOf(SAVAvcH264Codec)                         // rows of "1", "1b", "1.1", ...
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -71,18 +73,52 @@ inline constexpr auto videoProfileRows = std::to_array<VideoProfileRow>({
   return nullptr;
 }
 
+/// A level of a codec, and the limits that its encoder insists on.
+struct VideoLevelRow {
+  std::string_view name;
+  /// MaxLumaPs of ITU-T H.265, table A.8: the most pixels of an image, whose sides are at most the square root of
+  /// 8 times as many; 0 where the encoder accepts any.
+  std::int64_t greatestPixels = 0;
+  /// MaxLumaSr of ITU-T H.265, table A.9: the most pixels a second.
+  std::int64_t greatestPixelRate = 0;
+
+  /// Returns true if images of this size, in pixels, and rate, in frames per second, are within the limits.
+  [[nodiscard]] constexpr bool holds(std::int64_t width, std::int64_t height, double framesPerSecond) const noexcept {
+    if (greatestPixels == 0) return true;
+    const std::int64_t side = std::max(width, height);
+    const std::int64_t pixels = width * height;
+    return pixels <= greatestPixels && side * side <= 8 * greatestPixels &&
+           static_cast<double>(pixels) * framesPerSecond <= static_cast<double>(greatestPixelRate);
+  }
+};
+
 namespace detail {
 
-inline constexpr auto h264Levels =
-    std::to_array<std::string_view>({"1",   "1b", "1.1", "1.2", "1.3", "2",   "2.1", "2.2", "3",   "3.1",
-                                     "3.2", "4",  "4.1", "4.2", "5",   "5.1", "5.2", "6",   "6.1", "6.2"});
-inline constexpr auto h265Levels =
-    std::to_array<std::string_view>({"1", "2", "2.1", "3", "3.1", "4", "4.1", "5", "5.1", "5.2", "6", "6.1", "6.2"});
+inline constexpr auto h264Levels = std::to_array<VideoLevelRow>({
+    {"1"},   {"1b"}, {"1.1"}, {"1.2"}, {"1.3"}, {"2"},   {"2.1"}, {"2.2"}, {"3"},   {"3.1"},
+    {"3.2"}, {"4"},  {"4.1"}, {"4.2"}, {"5"},   {"5.1"}, {"5.2"}, {"6"},   {"6.1"}, {"6.2"},
+});
+inline constexpr auto h265Levels = std::to_array<VideoLevelRow>({
+    {"1", 36'864, 552'960},
+    {"2", 122'880, 3'686'400},
+    {"2.1", 245'760, 7'372'800},
+    {"3", 552'960, 16'588'800},
+    {"3.1", 983'040, 33'177'600},
+    {"4", 2'228'224, 66'846'720},
+    {"4.1", 2'228'224, 133'693'440},
+    {"5", 8'912'896, 267'386'880},
+    {"5.1", 8'912'896, 534'773'760},
+    {"5.2", 8'912'896, 1'069'547'520},
+    {"6", 35'651'584, 1'069'547'520},
+    {"6.1", 35'651'584, 2'139'095'040},
+    {"6.2", 35'651'584, 4'278'190'080},
+});
 
 }  // namespace detail
 
-/// Returns the levels that may follow a profile after "@": "high@4.1"; empty for a codec without levels.
-[[nodiscard]] constexpr std::span<const std::string_view> videoLevelsOf(
+/// Returns the levels that may follow a profile after "@": "high@4.1", the lowest first; empty for a codec without
+/// levels.
+[[nodiscard]] constexpr std::span<const VideoLevelRow> videoLevelsOf(
     const SAVTranscodeArgumentVideoCodecValue& codec) noexcept {
   if (codec == SAVAvcH264Codec) return detail::h264Levels;
   if (codec == SAVHevcCodec) return detail::h265Levels;

@@ -117,6 +117,7 @@ PlanJson encodedVideo(const PlannedVideo& video) {
           {"decodesOnGpu", video.decodesOnGpu},
           {"source", encodedImage(video.source)},
           {"isColorAssumed", video.isColorAssumed},
+          {"isVariable", video.isVariable},
           {"isColorStated", video.isColorStated},
           {"rotation", video.rotation},
           {"steps", encodedList(video.steps, encodedStep)},

@@ -295,6 +295,7 @@ TEST(TranscodeExplanationTest, SuggestsWhatARejectedWordWasMeantToBe) {
       {{"-overwrite", "-5"}, {}},       // takes none
       {{"-5", "-vbr", "1", "-5"}, {}},  // the last occurrence wins
       {{"-5", "1", "-out", "-5"}, {}, "-out"},
+      {{"-in_0_0", "-a.mov"}, {}, "-in_0_0"},
       {{"-" + std::string(1 << 20, 'z')}, {}},
   };
   for (const auto& [words, suggestion, valueless] : cases) {

@@ -7,8 +7,10 @@
 namespace meridian {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
 using Media = std::vector<MediaDescription>;
 
@@ -44,7 +46,9 @@ const std::vector<ErrorCase>& errorCases() {
       {"-foo 1", "-foo unknownFlag", "check the spelling"},
       {"-vcoedc h264", "-vcoedc unknownFlag", "did you mean -vcodec?"},
       {"-wmf_burn_anchors", "-wmf_burn_anchors unknownFlag", ""},
-      {"-preset fast", "-preset unreadableValue", "\"fast\" is not a preset"},
+      {"-preset fast", "-preset unreadableValue", "\"fast\" is not a preset; use solvane_cloud or"},
+      {"-presetx 9", "-presetx unreadableValue", ""},
+      {"-vn -ac_omit_0", "-ac_omit_0 nothingLeft", "no other audio"},
       {"-vcodec h264 -dims 1280~x~720", "-dims unreadableValue", "\"1280 x 720\"; did you mean 1280x720?"},
       {"-vcodec h265x", "-vcodec unreadableValue", "did you mean h265?"},
       {"-vr fast", "-vr unreadableValue", "23.976"},
@@ -64,6 +68,7 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec h264 -arri_inv_res first", "-arri_inv_res lookNotSupported", ""},
       {"-vcodec h264 -arri_curve gamma", "-arri_curve unreadableValue", "bt1886, dci, pq, hlg, logc3, logc4, linear"},
       // Sources.
+      {"-ac_omit_0", "-ac_omit_0 nothingLeft", "no other audio", {soundClip()}},
       {"-vn -an", "-vn nothingLeft", "together with -an"},
       {"-an", "-an nothingLeft", "the source has no video", {soundClip()}},
       {"-vcodec h264",
@@ -170,6 +175,7 @@ const std::vector<ErrorCase>& errorCases() {
       {"-file_format mp4 -vcodec dnxhd -an", "-out wrongExtension",
        "no extension fits -file_format mp4 and -vcodec dnxhd"},
       {"-file_format mp4 -vcodec prores422 -an", "-vcodec notInContainer", "in MP4"},
+      {"-file_format mp4 -out /out/a.mp4 -vcodec h265 -an", "-out wrongExtension", "change -file_format or -vcodec"},
       {"-out /out/a.wav -vcodec h264", "-vcodec notInContainer", "in Wave"},
       {"-out /out/a.mp4 -an", "-out containerCannotHold", "prores in MP4"},
       {"-out /out/a.mp4 -vcodec h264", "-out containerCannotHold", "pcm_s24le of track 0 in MP4"},
@@ -182,6 +188,15 @@ const std::vector<ErrorCase>& errorCases() {
       // The image.
       {"-dims 960x540", "-dims needsVideoCodec", "-vcodec"},
       {"-vr 24", "-vr needsVideoCodec", ""},
+      {"-vr 25", "-vr needsVideoCodec", "", {changedClip([](Clip&, Video& video, Audio&) {
+         video.isVariable = true;
+       })}},
+      {"-dims 1920x1080", "-dims needsVideoCodec", "", {changedClip([](Clip&, Video& video, Audio&) {
+         video.rotation = 90;
+       })}},
+      {"-dims 1920x1080", "-dims needsVideoCodec", "", {changedClip([](Clip&, Video& video, Audio&) {
+         video.pixelAspectRatio = {64, 45};
+       })}},
       {"-vbd 8", "-vbd needsVideoCodec", ""},
       {"-c_space rec_2020", "-c_space needsVideoCodec", ""},
       {"-vcodec copy -clut a.cube", "-clut needsVideoCodec", ""},
@@ -192,7 +207,9 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec h264 -dims 20000x100", "-dims sizeOutOfRange", ""},
       {"-vcodec h264 -dims 960.5x540", "-dims sizeOutOfRange", ""},
       {"-vcodec h264", "-in_0_0 sizeOutOfRange", "the image is 8 x 8", {withSize(hdClip(), 8, 8)}},
-      {"-vcodec h264 -dims 24x24", "-dims sizeOutOfRange", "the image is 24 x 14"},
+      {"-vcodec h264 -dims 24x24", "-dims sizeOutOfRange", "the image is 24 x 14; the image is fitted into -dims"},
+      {"-vcodec mp4 -dims 8192x64 -aspect_scaling stretch", "-dims sizeOutOfRange", "16 to 8191"},
+      {"-vcodec mp4", "-in_0_0 sizeOutOfRange", "8192 x 64", {withSize(hdClip(), 8192, 64)}},
       {"-vcodec h264 -dims infxnan", "-dims sizeOutOfRange", ""},
       {"-vcodec h264 -dims 961x540 -aspect_scaling stretch", "-dims oddSize", "did you mean 960x540?"},
       {"-vcodec h264", "-in_0_0 oddSize", "853 x 480; set -dims 854x480", {withSize(hdClip(), 853, 480)}},
@@ -252,9 +269,24 @@ const std::vector<ErrorCase>& errorCases() {
       {"-vcodec mp4 -vbd 10", "-vbd bitDepthNotAvailable", "mp4 has 8"},
       {"-vcodec h264 -vprofile best", "-vprofile profileNotAvailable", "baseline, main, high, high10"},
       {"-vcodec h264 -vprofile high@9", "-vprofile profileNotAvailable", "4.1"},
+      {"-vcodec h265 -vprofile main@4 -vr 59.94", "-vprofile profileNotAvailable",
+       "1920 x 1080 at 59.940 fps (60000/1001) needs level 4.1 or higher"},
+      {"-vcodec h265 -vprofile main@1 -dims 320x180", "-vprofile profileNotAvailable", "needs level 2 or"},
+      {"-vcodec h265 -vprofile main@2 -dims 1024x16 -aspect_scaling stretch", "-vprofile profileNotAvailable",
+       "needs level 2.1"},
+      {"-vcodec h265 -vprofile main@6.2 -dims 16384x8192 -aspect_scaling stretch", "-vprofile profileNotAvailable",
+       "no level holds"},
       {"-vcodec mp4 -vprofile asp@3", "-vprofile profileNotAvailable", "no levels"},
       {"-vcodec prores422 -vprofile hq", "-vprofile profileNotAvailable", "prores422 has no profiles"},
       {"-vcodec h264 -key_frames 0", "-key_frames keyFramesOutOfRange", ""},
+      {"-vcodec h264 -c_space rec_709",
+       "-c_space colorNotConvertible",
+       "primaries 1 (bt709), transfer 12 (bt1361e) and matrix 1 (bt709)",
+       {changedClip([](Clip&, Video& video, Audio&) { video.transfer = {12, "bt1361e"}; })}},
+      {"-vcodec h264 -c_space rec_709 -clut a.cube",
+       "-clut colorNotConvertible",
+       "matrix 14 (ictcp)",
+       {changedClip([](Clip&, Video& video, Audio&) { video.matrix = {14, "ictcp"}; })}},
       {"-vcodec h264 -clut a.cube",
        "-clut lutNotUsable",
        "which is not a LUT file",
@@ -274,7 +306,8 @@ const std::vector<ErrorCase>& errorCases() {
        surroundings([](auto& found) { found.watermark = Unexpected(std::string("is not an image")); })},
       {"-vcodec h264 -wmf_path logo.png -wmf_scale 0", "-wmf_scale scaleOutOfRange", ""},
       {"-file_format mp4 -out /out/a -an -vcodec h265", "-vcodec notInContainer", "in MP4"},
-      {"-tc_track -tc_custom 99999:00:00:00", "-tc_custom noSuchLabel", "a file can label"},
+      {"-tc_track -tc_custom 99999:00:00:00", "-tc_custom noSuchLabel",
+       "\"99999:00:00:00\", which is beyond the last frame that a file can label"},
       {"-acodec aac -asr 9223372036854775807", "-asr sampleRateNotAvailable", "768000"},
       {"-vcodec h264 -wmf_path logo.png -wmf_scale nan", "-wmf_scale scaleOutOfRange", ""},
       {"-vcodec h264 -wmf_path logo.png -wmf_scale 20",
@@ -339,6 +372,7 @@ const std::vector<ErrorCase>& errorCases() {
       {"-tc_track -tc_rate 0", "-tc_rate timecodeRateNotAvailable", "0.5 to 600"},
       {"-vcodec h264 -tc_burn -tc_rate 100000", "-tc_rate timecodeRateNotAvailable", "0.5 to 600"},
       {"-vcodec h264 -vr 0.4 -tc_track", "-tc_track timecodeRateNotAvailable", "0.400 fps (2/5)"},
+      {"-vcodec h264 -vr 256 -tc_track", "-tc_track timecodeRateNotAvailable", "at most 255 frames"},
   };
   return rows;
 }
@@ -355,8 +389,27 @@ TEST(PlanErrors, EachNameTheirFlagAndRemedy) {
   }
 }
 
+TEST(PlanErrors, BeginBeyondTheLimit) {
+  for (const std::string_view words :
+       {"-vcodec h264 -vr 255 -tc_track", "-vcodec h264 -vr 600 -tc_burn",
+        "-vcodec mp4 -dims 8191x64 -aspect_scaling stretch", "-vcodec h265 -vprofile main@4.1 -vr 60",
+        "-vcodec h265 -vprofile main@4 -vr 30", "-vcodec h265 -vprofile main@2 -dims 976x16 -aspect_scaling stretch"}) {
+    EXPECT_THAT(errorsOf(planned(words)), IsEmpty()) << words;
+  }
+  const MediaDescription turned = changedClip(
+      [](MediaDescription&, VideoStreamDescription& video, AudioStreamDescription&) { video.rotation = 90; });
+  EXPECT_THAT(errorsOf(planned("-dims 1080x1920", {turned})), IsEmpty());
+}
+
+TEST(PlanErrors, NameThePresetThatSetTheFlag) {
+  const Plan plan = planned("-preset solvane_cloud -vcodec dnxhd -out /out/a.mov");
+  ASSERT_THAT(errorsOf(plan), Contains("-dims sizeNotAvailable"));
+  EXPECT_THAT(plan.error().back().message(), HasSubstr("\"960x540\", set by -preset solvane_cloud, DNxHD has no"));
+}
+
 TEST(PlanErrors, NameWhatIsMissing) {
   EXPECT_THAT(errorsOf(plannedAlone("-out a.mov", {})), ElementsAre("-in noInput"));
+  EXPECT_THAT(errorsOf(plannedAlone("-in a.mov -out b.mov", {})), ElementsAre("-in unnumberedFlag"));
   EXPECT_THAT(errorsOf(plannedAlone("-in_0_0 a.mov")), ElementsAre("-out noOutput"));
   EncoderInventory bare;
   EXPECT_THAT(

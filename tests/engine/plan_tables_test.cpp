@@ -27,6 +27,15 @@ std::vector<std::string_view> profileNames(const SAVTranscodeArgumentVideoCodecV
   return names;
 }
 
+/// Returns the messages of the errors; empty for words that can be planned.
+std::string messageOf(const std::string& words) {
+  std::string message;
+  if (const Plan plan = planned(words); !plan) {
+    for (const TranscodePlanError& error : plan.error()) message += error.message() + "\n";
+  }
+  return message;
+}
+
 TEST(PlanTables, NameFormatsAndMuxersOfTheInstalledFFmpeg) {
   const EncoderInventory& inventory = encoderInventory();
   for (const VideoEncoderRow& row : videoEncoderRows) {
@@ -94,8 +103,18 @@ TEST(PlanTables, AgreeOnContainersProfilesAndDepths) {
     for (const auto& format : SAVTranscodeArgumentFileFormatValue::allCases()) {
       const std::string words = "-an -vcodec " + row.codec.string() + " -out /out/a";
       const std::string extension(path(*format.preferredFileExtension()));
-      EXPECT_EQ(planned(words + " -file_format " + format.string()).has_value(), planned(words + extension).has_value())
-          << words << extension;
+      const std::string formatWords =
+          "-an -vcodec " + row.codec.string() + " -file_format " + format.string() + " -out /out/a";
+      EXPECT_EQ(planned(formatWords).has_value(), planned(words + extension).has_value()) << words << extension;
+      // An extension that a message names can be planned.
+      for (const std::string_view written : {".mov", ".mp4", ".mxf", ".mjpeg"}) {
+        const std::string message = messageOf(formatWords + std::string(written));
+        const std::size_t use = message.find(" use .");
+        // With Wave the codec is an error of its own.
+        if (use == std::string::npos || format == SAVWaveFileFormat) continue;
+        const std::string advised = message.substr(use + 5, message.find_first_of(",\n", use) - use - 5);
+        EXPECT_EQ(messageOf(formatWords + advised), "") << formatWords << written;
+      }
     }
   }
   for (const SAVTranscodeArgumentFileFormatValue& format : SAVTranscodeArgumentFileFormatValue::allCases()) {

@@ -67,6 +67,14 @@ TEST(PlanText, TellsWhatIsMixedAndWhatTheSourceLacks) {
   EXPECT_EQ(nlohmann::ordered_json(plan)["timecode"]["isAssumed"], true);
   const TranscodePlan sound = successful(planned("-vn"));
   EXPECT_THAT(describe(sound), Not(HasSubstr("the image")));
+  // Surround channels at the sides become those at the back.
+  clip.audio.front().channelCount = 6;
+  clip.audio.front().channels = {{1, "FL"}, {2, "FR"}, {3, "FC"}, {4, "LFE"}, {10, "SL"}, {11, "SR"}};
+  clip.video.front().isVariable = true;
+  EXPECT_THAT(describe(successful(planned("-acodec apple_lossless", {clip}))),
+              AllOf(HasSubstr("L R C LFE Ls Rs"), Not(HasSubstr("mixed")), HasSubstr("25 fps, variable\n")));
+  EXPECT_THAT(describe(successful(planned("-vcodec h264 -dims 32x18 -tc_burn"))),
+              HasSubstr("at the bottom centre, 0.7 pixels high"));
 }
 
 TEST(PlanText, ShortensALongListOfParts) {

@@ -167,6 +167,8 @@ TEST(PlanVideo, ChoosesEncoderAndOptions) {
   const std::vector<EncoderCase> cases{
       {"-vcodec h264", "libx264", "crf=20", "yuv420p10le"},
       {"-vcodec h264 -vbr 3 -vbd 8", "libx264", "b=3000000 maxrate=4500000 bufsize=6000000", "yuv420p"},
+      {"-vcodec h264 -vbr 1100", "libx264", "b=1100000000 maxrate=1650000000 bufsize=2147483647", "yuv420p10le"},
+      {"-vcodec h264 -vbr 2000", "libx264", "b=2000000000 maxrate=2147483647 bufsize=2147483647", "yuv420p10le"},
       {"-vcodec h264 -vbr 0.1 -key_frames 50 -vprofile high10@4.1", "libx264",
        "b=100000 maxrate=150000 bufsize=200000 profile=high10 g=50 level=4.1", "yuv420p10le"},
       {"-vcodec h264 -vprofile main", "libx264", "crf=20 profile=main", "yuv420p"},

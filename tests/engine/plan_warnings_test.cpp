@@ -20,16 +20,25 @@ struct WarningCase {
   std::string warning;
   std::string message;
   std::vector<MediaDescription> media = {hdClip()};
+  TranscodeSurroundings found = {};
 };
 
 const std::vector<WarningCase>& warningCases() {
   using Clip = MediaDescription;
   using Video = VideoStreamDescription;
   using Audio = AudioStreamDescription;
+  const MediaDescription unplaced = changedClip([](Clip&, Video&, Audio& track) {
+    track.channelCount = 6;
+    track.channels.clear();
+  });
+  TranscodeSurroundings withLogo;
+  withLogo.watermark = FoundWatermark{"logo.png", {300, 200}};
   static const std::vector<WarningCase> rows{
       {"-cluts a.cube", "-cluts acceptedByContainment", "-clut"},
       {"-web yes", "-web valueAfterSwitch", "\"yes\""},
       {"-acodec aac pcm", "pcm strayWord", ""},
+      {"-in_0_0 b.mov", "-in_0_0 repeated", "instead of \"/card/a.mov\""},
+      {"-out /out/b.mov -out /out/a.mov", "-out repeated", "instead of \"/out/b.mov\""},
       // Settings without effect, and why.
       {"-vcodec prores422 -vbr 100", "-vbr withoutEffect", "its own bit rate"},
       {"-vcodec prores422 -key_frames 25", "-key_frames withoutEffect", "every frame is a key frame"},
@@ -51,6 +60,7 @@ const std::vector<WarningCase>& warningCases() {
       {"-acopy -acodec aac", "-acodec withoutEffect", "-acopy"},
       {"-adiscrete", "-adiscrete withoutEffect", "the audio is copied"},
       {"-an -abr 128000", "-abr withoutEffect", "no audio"},
+      {"-an -ac_omit_0", "-ac_omit_0 withoutEffect", "no audio"},
       {"-acodec lpcm -abr 128000", "-abr withoutEffect", "samples decide"},
       {"-acodec apple_lossless -aqual max", "-aqual withoutEffect", "loses nothing"},
       {"-acodec aac -abr 128000 -aqual max", "-aqual withoutEffect", "-abr"},
@@ -116,13 +126,10 @@ const std::vector<WarningCase>& warningCases() {
        "-in_0_0 depthReduced",
        "32 of its audio become 24",
        {changedClip([](Clip&, Video&, Audio& track) { track.bitsPerChannel = 32; })}},
-      {"-acodec aac",
-       "-in_0_0 layoutAssumed",
-       "L R C LFE Ls Rs is assumed",
-       {changedClip([](Clip&, Video&, Audio& track) {
-         track.channelCount = 6;
-         track.channels.clear();
-       })}},
+      {"-acodec aac", "-in_0_0 layoutAssumed", "L R C LFE Ls Rs is assumed; state them with -acl_descs", {unplaced}},
+      {"-acodec aac -acl 6", "-in_0_0 layoutAssumed", "with -acl_descs instead of -acl", {unplaced}},
+      // The number of channels of -acl_descs would contradict -acl.
+      {"-acodec aac -acl stereo", "-in_0_0 layoutAssumed", "Rs is assumed\n", {unplaced}},
       {"-acodec lpcm -acl_descs [2~1", "-acl_descs channelsReordered", "stored as L R"},
       {"-acodec lpcm -adiscrete -acl 4", "-acl channelsAdded", "4 where there are 2"},
       {"-acodec lpcm -adiscrete -in_1_0 b.wav",
@@ -143,6 +150,11 @@ const std::vector<WarningCase>& warningCases() {
        "pcm_s24be of track 0 becomes pcm_s24le",
        {changedClip([](Clip&, Video&, Audio& track) { track.codecName = "pcm_s24be"; })}},
       {"-vcodec h264 -dims 32x18 -tc_burn", "-tc_burn textTooSmall", "0.7 pixels high"},
+      {"-vcodec h264 -wmf_path logo.png -wmf_scale 0.01",
+       "-wmf_scale watermarkTooSmall",
+       "3 x 2",
+       {hdClip()},
+       withLogo},
       {"-tc_track -tc_match", "-tc_match timecodeAssumed", "00:00:00:00", {changedClip([](Clip& clip, Video&, Audio&) {
          clip.timecode.reset();
        })}},
@@ -170,10 +182,10 @@ const std::vector<WarningCase>& warningCases() {
 TEST(PlanWarnings, EachNameTheirFlagAndReason) {
   for (const WarningCase& each : warningCases()) {
     SCOPED_TRACE(each.words);
-    const TranscodePlan plan = successful(planned(each.words, each.media));
+    const TranscodePlan plan = successful(planned(each.words, each.media, each.found));
     EXPECT_THAT(codesOf(plan.warnings), ElementsAre(each.warning));
     if (!plan.warnings.empty()) {
-      EXPECT_THAT(plan.warnings.front().message(), HasSubstr(each.message));
+      EXPECT_THAT(plan.warnings.front().message() + "\n", HasSubstr(each.message));
     }
   }
 }

@@ -107,7 +107,8 @@ std::vector<std::string> wordsOf(std::string_view text) {
 
 Plan planned(std::string_view words, const std::vector<MediaDescription>& media,
              const TranscodeSurroundings& surroundings, const EncoderInventory& inventory) {
-  return plannedAlone("-in_0_0 /card/a.mov -out /out/a.mov " + std::string(words), media, surroundings, inventory);
+  const std::string output = words.find("-out ") == std::string_view::npos ? "-out /out/a.mov " : "";
+  return plannedAlone("-in_0_0 /card/a.mov " + output + std::string(words), media, surroundings, inventory);
 }
 
 Plan plannedAlone(std::string_view words, const std::vector<MediaDescription>& media,

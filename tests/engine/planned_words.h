@@ -35,7 +35,7 @@ const EncoderInventory& fullInventory();
 /// Splits a text at its blanks; "~" stands for a blank in a word.
 std::vector<std::string> wordsOf(std::string_view text);
 
-/// Plans the words after "-in_0_0 /card/a.mov -out /out/a.mov", of which they may override the output.
+/// Plans the words after "-in_0_0 /card/a.mov", and after "-out /out/a.mov" where they do not name an output.
 Plan planned(std::string_view words, const std::vector<MediaDescription>& media = {hdClip()},
              const TranscodeSurroundings& surroundings = {}, const EncoderInventory& inventory = fullInventory());
 
