@@ -85,8 +85,12 @@ struct VideoLevelRow {
   /// Returns true if images of this size, in pixels, and rate, in frames per second, are within the limits.
   [[nodiscard]] constexpr bool holds(std::int64_t width, std::int64_t height, double framesPerSecond) const noexcept {
     if (greatestPixels == 0) return true;
-    const std::int64_t side = std::max(width, height);
-    const std::int64_t pixels = width * height;
+    // Images are coded in blocks of 8 x 8.
+    constexpr std::int64_t block = 8;
+    const std::int64_t codedWidth = (width + block - 1) / block * block;
+    const std::int64_t codedHeight = (height + block - 1) / block * block;
+    const std::int64_t side = std::max(codedWidth, codedHeight);
+    const std::int64_t pixels = codedWidth * codedHeight;
     return pixels <= greatestPixels && side * side <= 8 * greatestPixels &&
            static_cast<double>(pixels) * framesPerSecond <= static_cast<double>(greatestPixelRate);
   }
