@@ -217,7 +217,8 @@ void addAudio(Sections& sections, const TranscodePlan& plan) {
       const auto from = bitmapOfChannels(track.sourceChannels);
       const auto to = bitmapOfChannels(track.channels);
       // Surround channels at the sides become those at the back, or the reverse, without a mix.
-      const bool isMixed = from != to && !(from && to && withOtherSurround(*from) == *to);
+      const bool isRenamed = from && to && withOtherSurround(*from) == *to;
+      const bool isMixed = from != to && !isRenamed;
       if (isMixed && !track.sourceChannels.empty()) text += " mixed from " + namesOf(track.sourceChannels);
     }
     if (track.bitRate && !track.isCopied()) text += ", " + std::to_string(*track.bitRate) + " bits a second";
