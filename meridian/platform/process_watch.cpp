@@ -52,7 +52,7 @@ ProcessWatch::ProcessWatch(std::int32_t process, std::function<void()> ended)
     ended_();
   };
   try {
-    thread_ = std::jthread(watch);
+    thread_ = std::thread(watch);
   } catch (...) {
     closeDescriptors();
     throw;

@@ -36,7 +36,7 @@ class ProcessWatch {
   std::function<void()> ended_;
   int descriptor_ = -1;
   int ending_ = -1;
-  std::jthread thread_;
+  std::thread thread_;
 };
 
 }  // namespace meridian::inline v0_2
