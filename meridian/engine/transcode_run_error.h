@@ -1,0 +1,101 @@
+/// \file
+/// Why a transcode that was planned fails, and what was noticed in one that is carried out. For example:
+///
+///     const auto result = transcode(*plan);
+///     if (!result) std::cerr << result.error().message() << '\n';
+///     // "/card/a.mov": is damaged: at 12.480 s: ac-tex damaged at 22 17; copy it again from the card, or accept what
+///     // is left of it
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "meridian/base/enumeration.h"
+#include "meridian/base/error.h"
+
+namespace meridian::inline v0_2 {
+
+/// Why a transcode fails.
+enum class TranscodeErrorCode : std::uint8_t {
+  // Sources.
+  sourceNotRead,
+  sourceChanged,
+  sourceDamaged,
+  sourceShort,
+  lutNotUsed,
+  watermarkNotUsed,
+  // The work.
+  notDecoded,
+  imageNotConverted,
+  soundNotConverted,
+  notEncoded,
+  // The output.
+  outputExists,
+  outputIsSource,
+  outputNotWritten,
+  outputIncomplete,
+  progressNotWritten,
+  // The process.
+  interrupted,
+  outOfMemory,
+};
+
+template <>
+struct EnumerationTable<TranscodeErrorCode> {
+  using enum TranscodeErrorCode;
+  static constexpr auto rows = std::to_array<ErrorRow<TranscodeErrorCode>>({
+      {sourceNotRead, "sourceNotRead", "cannot be read", "check the volume that it is on"},
+      {sourceChanged, "sourceChanged", "is not what it was when the transcode was planned",
+       "wait until it is complete, and plan again"},
+      {sourceDamaged, "sourceDamaged", "is damaged", "copy it again from the card, or accept what is left of it"},
+      {sourceShort, "sourceShort", "ends before it should", "copy it again from the card, or accept what is left of it"},
+      {lutNotUsed, "lutNotUsed", "is a LUT that cannot be used", "choose another LUT"},
+      {watermarkNotUsed, "watermarkNotUsed", "is a watermark that cannot be used", "choose another image"},
+      {notDecoded, "notDecoded", "cannot be decoded"},
+      {imageNotConverted, "imageNotConverted", "has images that cannot be converted"},
+      {soundNotConverted, "soundNotConverted", "has sound that cannot be converted"},
+      {notEncoded, "notEncoded", "cannot be encoded", "choose other settings of the codec"},
+      {outputExists, "outputExists", "is there already", "choose another name, or add -overwrite"},
+      {outputIsSource, "outputIsSource", "is a source of the transcode under another name", "choose another name"},
+      {outputNotWritten, "outputNotWritten", "cannot be written", "check the space on its volume and the permissions"},
+      {outputIncomplete, "outputIncomplete", "is not what was planned, and was not kept"},
+      {progressNotWritten, "progressNotWritten", "cannot be written, so that progress cannot be told",
+       "check the path of -progress_file"},
+      {interrupted, "interrupted", "was interrupted, and nothing was kept"},
+      {outOfMemory, "outOfMemory", "needs more memory than there is", "close other programs"},
+  });
+};
+
+/// Names the path of a source, the output or another file in `place`. `detail` gives the time in the source, what FFmpeg
+/// said, or what is missing.
+using TranscodeError = Error<TranscodeErrorCode>;
+
+/// What was noticed in a transcode that was carried out.
+enum class TranscodeWarningCode : std::uint8_t {
+  damageAccepted,
+  shortSourceAccepted,
+  framesRepeated,
+  framesDropped,
+  soundFilled,
+  soundCut,
+  gpuNotUsed,
+};
+
+template <>
+struct EnumerationTable<TranscodeWarningCode> {
+  using enum TranscodeWarningCode;
+  static constexpr auto rows = std::to_array<ErrorRow<TranscodeWarningCode>>({
+      {damageAccepted, "damageAccepted", "is damaged"},
+      {shortSourceAccepted, "shortSourceAccepted", "ends before it should"},
+      {framesRepeated, "framesRepeated", "lacks frames, in whose place others are repeated"},
+      {framesDropped, "framesDropped", "has frames at the same time, of which some are dropped"},
+      {soundFilled, "soundFilled", "lacks sound, in whose place there is silence"},
+      {soundCut, "soundCut", "has sound that goes on after its video and is cut before the next part"},
+      {gpuNotUsed, "gpuNotUsed", "cannot be used, and the CPU does the work"},
+  });
+};
+
+/// Names the path of a source or a flag in `place`; `detail` gives the time in the source or a count.
+using TranscodeWarning = Warning<TranscodeWarningCode>;
+
+}  // namespace meridian::inline v0_2
