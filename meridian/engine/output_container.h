@@ -39,11 +39,11 @@ namespace detail {
 // What FFmpeg 5.1 writes and reads back with the same codec, by its names. AAC in Wave is left out, because its bit
 // rate is read back wrongly; MP2 in MP4, because it is read back as MP3.
 inline constexpr auto movCodecs = std::to_array<std::string_view>(
-    {"h264",      "hevc",      "prores",    "mjpeg",     "mpeg4",        "dnxhd",     "mpeg2video", "mpeg1video",
-     "cfhd",      "png",       "jpeg2000",  "rawvideo",  "v210",         "qtrle",     "hap",        "dvvideo",
-     "aac",       "alac",      "mp3",       "mp2",       "ac3",          "eac3",      "pcm_u8",     "pcm_s8",
-     "pcm_s16le", "pcm_s16be", "pcm_s24le", "pcm_s24be", "pcm_s32le",    "pcm_s32be", "pcm_f32le",  "pcm_f32be",
-     "pcm_f64le", "pcm_f64be", "pcm_alaw",  "pcm_mulaw", "adpcm_ima_qt", "adpcm_ms"});
+    {"h264",      "hevc",      "prores",    "mjpeg",       "mpeg4",     "dnxhd",     "mpeg2video", "mpeg1video",
+     "cfhd",      "png",       "jpeg2000",  "v210",        "qtrle",     "hap",       "dvvideo",    "aac",
+     "alac",      "mp3",       "mp2",       "ac3",         "eac3",      "pcm_u8",    "pcm_s8",     "pcm_s16le",
+     "pcm_s16be", "pcm_s24le", "pcm_s24be", "pcm_s32le",   "pcm_s32be", "pcm_f32le", "pcm_f32be",  "pcm_f64le",
+     "pcm_f64be", "pcm_alaw",  "pcm_mulaw", "adpcm_ima_qt"});
 inline constexpr auto mp4Codecs =
     std::to_array<std::string_view>({"h264", "hevc", "mpeg4", "mpeg2video", "mjpeg", "av1", "vp9", "aac", "alac", "mp3",
                                      "ac3", "eac3", "opus", "flac"});
@@ -118,6 +118,12 @@ struct EnumerationTable<OutputContainer> {
 [[nodiscard]] constexpr bool holdsCodec(OutputContainer container, std::string_view codec) noexcept {
   const auto codecs = tableRow(container).codecs;
   return std::ranges::find(codecs, codec) != codecs.end();
+}
+
+/// Returns whether the container states the shape of pixels of a codec, by FFmpeg's name. In MXF the codec states it,
+/// and DNxHD does not.
+[[nodiscard]] constexpr bool keepsPixelAspectRatio(OutputContainer container, std::string_view codec) noexcept {
+  return container != OutputContainer::mxf || codec != "dnxhd";
 }
 
 /// Returns whether the container can hold video of this rate, in lowest terms.

@@ -149,6 +149,16 @@ void failUnlessUnchanged(PlanContext& context, std::string_view flag, bool isUnc
     context.fail(needsVideoCodec, flag);
 }
 
+/// Reports pixels that are not square in a container that cannot say so for the codec.
+void checkPixels(PlanContext& context, const ImageForm& image, std::string_view codec) {
+  if (!context.container || image.pixelAspectRatio == MediaRational{1, 1}) return;
+  if (keepsPixelAspectRatio(*context.container, codec)) return;
+  context.fail(pixelsNotSquare, context.image->part->flag,
+               "with the pixel aspect ratio " + std::to_string(image.pixelAspectRatio.numerator) + "/" +
+                   std::to_string(image.pixelAspectRatio.denominator) + " in " +
+                   std::string(description(*context.container)));
+}
+
 void planCopiedVideo(PlanContext& context, PlannedVideo& video, const std::optional<VideoFrameRate>& asked,
                      const std::optional<VideoFrameRate>& sourceRate) {
   const VideoStreamDescription& stream = *context.image->stream;
@@ -159,6 +169,7 @@ void planCopiedVideo(PlanContext& context, PlannedVideo& video, const std::optio
                      std::string(description(*context.container)),
                  "choose a codec with -vcodec, or another container");
   }
+  checkPixels(context, video.source, stream.codecName);
   failUnlessUnchanged(context, frameRateFlag, !asked || !sourceRate || (asked == sourceRate && !stream.isVariable));
   const auto size = context.value<Size>(videoDimensionsFlag);
   const ImageSize shown = uprightSize(stream);
@@ -353,11 +364,16 @@ void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFram
   ImageForm wanted = list.image();
   setFormat(wanted, choice.format);
   wanted.color = color;
+  if (choice.row != nullptr && choice.row->fixedMatrix != 0) wanted.color.matrix = choice.row->fixedMatrix;
   if (wanted != list.image() && choice.row != nullptr) {
     list.add(FormatStep(), [&](ImageForm& image) { image = wanted; });
   }
   planBurnIns(context, video.steps, list.image());
+  checkPixels(context, list.image(), choice.row != nullptr ? choice.row->codec.string() : std::string());
   video.encoder = planEncoder(context, choice, list.image(), keeps);
+  if (auto gpu = planGpuEncoder(context, choice, *video.encoder)) {
+    video.encoderWithoutGpu = std::exchange(video.encoder, std::move(gpu));
+  }
 }
 
 }  // namespace

@@ -56,6 +56,11 @@ bool keepsFields(const EncoderChoice& choice, ImageSize size);
 PlannedVideoEncoder planEncoder(PlanContext& context, const EncoderChoice& choice, const ImageForm& image,
                                 bool keepsFields);
 
+/// Plans the same for the encoder of a GPU that can be opened here; absent if "-gpu_encoding" is not set, or with a
+/// warning if there is none. `encoder` is the plan of the CPU's.
+std::optional<PlannedVideoEncoder> planGpuEncoder(PlanContext& context, const EncoderChoice& choice,
+                                                  const PlannedVideoEncoder& encoder);
+
 /// Adds the burnt-in timecode, text and image to the steps.
 void planBurnIns(PlanContext& context, std::vector<PlannedStep>& steps, const ImageForm& image);
 

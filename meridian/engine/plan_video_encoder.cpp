@@ -269,7 +269,8 @@ void planOptions(PlanContext& context, const EncoderChoice& choice, PlannedVideo
 }
 
 /// Chooses an encoder of a GPU that can be opened here; returns whether there is one.
-bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, PlannedVideoEncoder& encoder) {
+bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, const std::string& interval,
+                      PlannedVideoEncoder& encoder) {
   const std::string_view flag = SAVVideoGPUEncodingFlag.rawValue();
   if (!context.has(flag)) return false;
   const SAVTranscodeArgumentVideoCodecValue& codec = choice.row->codec;
@@ -285,7 +286,6 @@ bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, Planned
     }
     encoder.name = row.encoder;
     encoder.usesGpu = true;
-    encoder.bitRate = askedBitRate(context);
     if (encoder.bitRate) {
       encoder.options.push_back({"b", bitsText(*encoder.bitRate)});
     } else {
@@ -293,9 +293,7 @@ bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, Planned
     }
     if (choice.profile != nullptr) encoder.options.push_back({"profile", std::string(choice.profile->option)});
     if (!choice.level.empty()) encoder.options.push_back({"level", std::string(choice.level)});
-    if (const auto interval = keyFrameInterval(context, *choice.row)) {
-      encoder.options.push_back({"g", std::to_string(*interval)});
-    }
+    if (!interval.empty()) encoder.options.push_back({"g", interval});
     return true;
   }
   if (std::ranges::find(gpuEncoderRows, codec, &GpuEncoderRow::codec) == gpuEncoderRows.end()) {
@@ -310,6 +308,17 @@ bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, Planned
     context.warn(TranscodePlanWarningCode::gpuNotUsed, flag, "no GPU that encodes can be used here");
   }
   return false;
+}
+
+/// Returns the encoder for images of this size; null if this FFmpeg lacks it.
+const VideoEncoder* encoderFor(const PlanContext& context, const EncoderChoice& choice, const ImageForm& image,
+                               bool keepsFields) {
+  if (choice.encoder == nullptr || !keepsFields || choice.encoder->takesFields(image.height)) return choice.encoder;
+  const auto& encoders = choice.row->encoders;
+  const auto other = std::ranges::find_if(encoders, [&](const VideoEncoder& each) {
+    return !each.name.empty() && each.takesFields(image.height) && context.inventory.encoder(each.name) != nullptr;
+  });
+  return other != encoders.end() ? &*other : nullptr;
 }
 
 }  // namespace
@@ -340,6 +349,18 @@ bool keepsFields(const EncoderChoice& choice, ImageSize size) {
   return !isDnxhr(choice) && dnxhdRatesOf(size.width, size.height, tableRow(choice.format).bitDepth, true) != nullptr;
 }
 
+std::optional<PlannedVideoEncoder> planGpuEncoder(PlanContext& context, const EncoderChoice& choice,
+                                                  const PlannedVideoEncoder& encoder) {
+  PlannedVideoEncoder gpu = encoder;
+  const auto interval = std::ranges::find(encoder.options, "g", &PlannedOption::name);
+  gpu.options.clear();
+  gpu.quantizer.reset();
+  const bool isChosen =
+      choice.row != nullptr &&
+      chooseGpuEncoder(context, choice, interval != encoder.options.end() ? interval->value : "", gpu);
+  return isChosen ? std::optional(std::move(gpu)) : std::nullopt;
+}
+
 PlannedVideoEncoder planEncoder(PlanContext& context, const EncoderChoice& choice, const ImageForm& image,
                                 bool keepsFields) {
   PlannedVideoEncoder encoder;
@@ -360,9 +381,8 @@ PlannedVideoEncoder planEncoder(PlanContext& context, const EncoderChoice& choic
     context.failRate(row.codec.string() + " cannot count " + frameRateText(image.frameRate));
   }
   checkLevel(context, choice, image);
-  if (chooseGpuEncoder(context, choice, encoder)) return encoder;
-  if (choice.encoder != nullptr) {
-    encoder.name = choice.encoder->name;
+  if (const VideoEncoder* const chosen = encoderFor(context, choice, image, keepsFields)) {
+    encoder.name = chosen->name;
   } else {
     const std::string name(row.encoders.front().name);
     const bool lacksFormat = context.inventory.encoder(name) != nullptr;

@@ -45,6 +45,7 @@ enum class TranscodePlanErrorCode : std::uint8_t {
   unknownContainer,
   wrongExtension,
   notInContainer,
+  pixelsNotSquare,
   containerCannotHold,
   tooManyTracks,
   // What this FFmpeg can do.
@@ -119,6 +120,8 @@ struct EnumerationTable<TranscodePlanErrorCode> {
        "end the name in the extension of a container, or set -file_format"},
       {wrongExtension, "wrongExtension", "has an extension that does not fit", "change the extension"},
       {notInContainer, "notInContainer", "cannot be stored in the container", "choose another codec or container"},
+      {pixelsNotSquare, "pixelsNotSquare", "has pixels that are not square, which the container cannot state",
+       "set a size with -dims, or choose another container"},
       {containerCannotHold, "containerCannotHold", "names a container that cannot hold a stream",
        "choose another container"},
       {tooManyTracks, "tooManyTracks", "names a container that cannot hold so many audio tracks",

@@ -315,6 +315,8 @@ struct PlannedVideo {
   std::vector<PlannedStep> steps;
   /// Absent if the packets are copied as they are.
   std::optional<PlannedVideoEncoder> encoder;
+  /// The CPU's encoder, for a GPU that turns out not to work; absent unless `encoder` uses one.
+  std::optional<PlannedVideoEncoder> encoderWithoutGpu;
   /// The frames of the output; absent if the sources do not state theirs.
   std::optional<std::int64_t> frameCount;
   /// For video that is copied, the rotation that players apply, in degrees clockwise.

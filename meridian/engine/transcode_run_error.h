@@ -48,7 +48,8 @@ struct EnumerationTable<TranscodeErrorCode> {
       {sourceChanged, "sourceChanged", "is not what it was when the transcode was planned",
        "wait until it is complete, and plan again"},
       {sourceDamaged, "sourceDamaged", "is damaged", "copy it again from the card, or accept what is left of it"},
-      {sourceShort, "sourceShort", "ends before it should", "copy it again from the card, or accept what is left of it"},
+      {sourceShort, "sourceShort", "ends before it should",
+       "copy it again from the card, or accept what is left of it"},
       {lutNotUsed, "lutNotUsed", "is a LUT that cannot be used", "choose another LUT"},
       {watermarkNotUsed, "watermarkNotUsed", "is a watermark that cannot be used", "choose another image"},
       {notDecoded, "notDecoded", "cannot be decoded"},
@@ -66,8 +67,8 @@ struct EnumerationTable<TranscodeErrorCode> {
   });
 };
 
-/// Names the path of a source, the output or another file in `place`. `detail` gives the time in the source, what FFmpeg
-/// said, or what is missing.
+/// Names the path of a source, the output or another file in `place`. `detail` gives the time in the source, what
+/// FFmpeg said, or what is missing.
 using TranscodeError = Error<TranscodeErrorCode>;
 
 /// What was noticed in a transcode that was carried out.

@@ -57,7 +57,18 @@ struct VideoEncoder {
   bool needsEvenWidth = false;
   /// True if a size must be even in the direction in which the chroma is halved.
   bool needsEvenChroma = false;
+  /// True if it fails with fields whose lines are not a multiple of 16: FFmpeg's prores_aw 5.1 then writes beyond its
+  /// buffers.
+  bool needsWholeBlocksInFields = false;
+
+  /// Returns whether it encodes interlaced images of this many lines.
+  [[nodiscard]] constexpr bool takesFields(int lines) const noexcept {
+    return !needsWholeBlocksInFields || lines % 32 == 0;
+  }
 };
+
+/// The matrix of JPEG files: that of BT.601 with 625 lines (ITU-T T.871, "JFIF", 7).
+inline constexpr int jfifMatrix = 5;
 
 /// The most pixels of a side, but for encoders that have less.
 inline constexpr int usualGreatestSide = 16384;
@@ -90,6 +101,8 @@ struct VideoEncoderRow {
   bool isIntraOnly = false;
   /// True if it codes interlaced frames as such.
   bool keepsFields = false;
+  /// The code point of the matrix that the format has without saying so; 0 for one that states its own.
+  int fixedMatrix = 0;
   /// The greatest numerator of a frame rate in lowest terms; 0 for any.
   int greatestTimeScale = 0;
   /// The most pixels of a side.
@@ -99,7 +112,7 @@ struct VideoEncoderRow {
 namespace detail {
 
 inline constexpr VideoEncoder proResKs{.name = "prores_ks"};
-inline constexpr VideoEncoder proResAw{.name = "prores_aw", .needsEvenWidth = true};
+inline constexpr VideoEncoder proResAw{.name = "prores_aw", .needsEvenWidth = true, .needsWholeBlocksInFields = true};
 
 constexpr VideoEncoderRow proResRow(const SAVTranscodeArgumentVideoCodecValue& codec,
                                     const std::array<VideoEncoder, 2>& encoders, std::span<const PixelFormat> formats,
@@ -151,7 +164,8 @@ inline constexpr auto videoEncoderRows = std::to_array<VideoEncoderRow>({
      .rateControl = VideoRateControl::anyRate,
      .quantizer = 3,
      .followsChroma = true,
-     .isIntraOnly = true},
+     .isIntraOnly = true,
+     .fixedMatrix = jfifMatrix},
     {.codec = SAVMpeg4Codec,
      .encoders = {{{.name = "mpeg4"}}},
      .formats = detail::mpeg4Formats,

@@ -122,6 +122,7 @@ PlanJson encodedVideo(const PlannedVideo& video) {
           {"rotation", video.rotation},
           {"steps", encodedList(video.steps, encodedStep)},
           {"encoder", video.encoder ? encodedEncoder(*video.encoder) : PlanJson()},
+          {"encoderWithoutGpu", video.encoderWithoutGpu ? encodedEncoder(*video.encoderWithoutGpu) : PlanJson()},
           {"frameCount", planValueOrNull(video.frameCount)}};
 }
 

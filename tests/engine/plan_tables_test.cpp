@@ -39,7 +39,7 @@ std::string messageOf(const std::string& words) {
 TEST(PlanTables, NameFormatsAndMuxersOfTheInstalledFFmpeg) {
   const EncoderInventory& inventory = encoderInventory();
   for (const VideoEncoderRow& row : videoEncoderRows) {
-    for (const auto& [name, needsEvenWidth, needsEvenChroma] : row.encoders) {
+    for (const auto& [name, needsEvenWidth, needsEvenChroma, needsWholeBlocksInFields] : row.encoders) {
       const EncoderDescription* const encoder = inventory.encoder(name);
       if (encoder == nullptr) continue;
       const auto hasOption = [&](std::string_view option, bool isUsed) {

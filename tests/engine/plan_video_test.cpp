@@ -232,6 +232,24 @@ TEST(PlanVideo, KeepsFieldsAndAlphaWhereTheCodecHasThem) {
       successful(planned("-out /o.mxf -vcodec dnxhd -vprofile dnxhr_hqx", {clip})).video->encoder->keepsFields);
 }
 
+TEST(PlanVideo, EncodesFieldsOfProxiesByAnEncoderThatHasThem) {
+  const auto interlaced = [](int width, int height) {
+    return withSize(changedVideo([](auto& video) { video.fieldOrder = FieldOrder::topFirst; }), width, height);
+  };
+  const auto encoderOf = [](const MediaDescription& clip) {
+    return successful(planned("-vcodec prores422proxy", {clip})).video->encoder->name;
+  };
+  EXPECT_EQ(encoderOf(interlaced(720, 576)), "prores_aw");
+  EXPECT_EQ(encoderOf(interlaced(1280, 720)), "prores_ks");
+  EXPECT_EQ(encoderOf(withSize(hdClip(), 1280, 720)), "prores_aw");
+}
+
+TEST(PlanVideo, GivesMotionJpegTheMatrixOfJpegFiles) {
+  const ImageForm image = successful(planned("-vcodec mjpeg")).video->output();
+  EXPECT_EQ(image.color, (ColorSpaceCodes{1, 1, 5}));
+  EXPECT_EQ(image.range, ColorRange::full);
+}
+
 TEST(PlanVideo, CountsFramesAndJoinsParts) {
   const auto framesOf = [](std::string_view words, const std::vector<MediaDescription>& media) {
     return successful(planned(words, media)).video->frameCount;
@@ -277,6 +295,8 @@ TEST(PlanVideo, CopiesWithoutACodecAndUsesAGpuThatOpens) {
       successful(planned("-vcodec h264 -vbd 8 -vbr 5 -gpu_encoding -gpu_decoding", {hdClip()}, found));
   EXPECT_TRUE(gpu.video->decodesOnGpu);
   EXPECT_EQ(gpu.video->encoder->name, "h264_vaapi");
+  // Where the device fails at last, the CPU encodes as it would have.
+  EXPECT_EQ(gpu.video->encoderWithoutGpu, successful(planned("-vcodec h264 -vbd 8 -vbr 5")).video->encoder);
   EXPECT_THAT(gpu.warnings, IsEmpty());
 }
 
