@@ -28,7 +28,7 @@ struct WrittenMedia {
 /// size, pixel aspect ratio, rate, frames, duration, fields, bit depth, chroma, range, colour tags, sample rates,
 /// channels and their places, bits, languages, timecode, tags. Only what the container can state is compared. The error
 /// is `outputIncomplete`, and its detail names what was planned and what was found; its place is the planned path.
-[[nodiscard]] std::optional<TranscodeError> checkOutput(const MediaDescription& written, const TranscodePlan& plan,
-                                                        const WrittenMedia& media);
+[[nodiscard]] std::optional<TranscodeRunError> checkOutput(const MediaDescription& written, const TranscodePlan& plan,
+                                                           const WrittenMedia& media);
 
 }  // namespace meridian::inline v0_2

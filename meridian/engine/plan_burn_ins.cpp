@@ -28,10 +28,13 @@ constexpr TextFlags textFlags{SAVWatermarkTextAddBurnFlag.rawValue(),      SAVWa
                               SAVWatermarkTextBurnFontSizeFlag.rawValue(), SAVWatermarkTextBurnFontRGBFlag.rawValue(),
                               SAVWatermarkTextBurnBoxRGBFlag.rawValue(),   SAVAnchorTopCenter};
 
+/// Returns the distance of a burn-in from the edges of the image, in pixels: a fortieth of the height.
+int marginOf(const ImageForm& image) { return static_cast<int>(std::lround(image.height * 0.025)); }
+
 TextStyle textStyle(PlanContext& context, const TextFlags& flags, const ImageForm& image) {
   TextStyle style;
   style.anchor = context.oneOf<Anchor>(flags.anchor).value_or(flags.usualAnchor);
-  style.margin = static_cast<int>(std::lround(image.height * 0.025));
+  style.margin = marginOf(image);
   style.fontSize = image.height * 0.04;
   if (const auto points = context.value<std::int64_t>(flags.size)) {
     if (*points < 4 || *points > 400) context.fail(fontSizeOutOfRange, flags.size);
@@ -55,6 +58,7 @@ void planWatermark(PlanContext& context, std::vector<PlannedStep>& steps, const 
   const std::string_view scaleFlag = SAVWatermarkFileBurnScaleFlag.rawValue();
   if (!context.has(pathFlag)) return;
   WatermarkStep step;
+  step.margin = marginOf(image);
   step.path = context.text(pathFlag);
   step.anchor = context.oneOf<Anchor>(SAVWatermarkFileBurnAnchorFlag.rawValue()).value_or(SAVAnchorBottomRight);
   // The number as written, of which the float is a rounding.

@@ -371,6 +371,7 @@ PlannedVideoEncoder planEncoder(PlanContext& context, const EncoderChoice& choic
   encoder.tag = row.tag;
   encoder.profile = context.text(profileFlag);
   encoder.keepsFields = keepsFields;
+  if (keepsFields) encoder.fieldOrder = context.image->stream->fieldOrder;
   const bool isReported =
       std::ranges::find(context.errors, wrongExtension, &TranscodePlanError::code) != context.errors.end();
   if (context.container && !isReported && !holdsEncoded(*context.container, row.codec)) {

@@ -72,14 +72,14 @@ struct TranscodeResult {
   /// Time from the call to the return, and CPU time of the process meanwhile.
   std::chrono::milliseconds elapsed{0};
   std::chrono::milliseconds cpuTime{0};
-  std::vector<TranscodeWarning> warnings;
+  std::vector<TranscodeRunWarning> warnings;
 };
 
 /// Carries out the plan and returns when the output is complete, on the disk and has its name, or with an error and no
 /// file. Until then it has no name, or where a file system cannot do that a hidden one. What was promised is looked for
 /// in the file before it gets its name. An existing file is replaced only if the plan says so, and stays until then.
 /// Blocks, and starts threads of its own. Several calls may run at once.
-[[nodiscard]] MERIDIAN_API Expected<TranscodeResult, TranscodeError> transcode(const TranscodePlan& plan,
-                                                                               const TranscodeOptions& options = {});
+[[nodiscard]] MERIDIAN_API Expected<TranscodeResult, TranscodeRunError> transcode(const TranscodePlan& plan,
+                                                                                  const TranscodeOptions& options = {});
 
 }  // namespace meridian::inline v0_2

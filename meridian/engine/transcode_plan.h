@@ -126,7 +126,8 @@ struct DeinterlaceStep {
   friend bool operator==(const DeinterlaceStep&, const DeinterlaceStep&) = default;
 };
 
-/// Drops and repeats frames to reach a constant rate; each output frame is the nearest in time.
+/// Drops and repeats frames to reach a constant rate. Each frame is shown from the nearest place of the output on,
+/// until the next one is; of several frames for one place the nearest is shown.
 struct RateStep {
   friend bool operator==(const RateStep&, const RateStep&) = default;
 };
@@ -220,6 +221,8 @@ struct WatermarkStep {
   /// the scale.
   ImageSize size;
   double scale = 1;
+  /// The distance from the edges, in pixels of the output.
+  int margin = 0;
 
   friend bool operator==(const WatermarkStep&, const WatermarkStep&) = default;
 };
@@ -290,8 +293,9 @@ struct PlannedVideoEncoder {
   std::optional<int> quantizer;
   /// As written in "-vprofile"; empty if it is not set.
   std::string profile;
-  /// True if fields stay fields.
+  /// True if fields stay fields, and their order.
   bool keepsFields = false;
+  FieldOrder fieldOrder = FieldOrder::progressive;
   bool usesGpu = false;
 
   friend bool operator==(const PlannedVideoEncoder&, const PlannedVideoEncoder&) = default;

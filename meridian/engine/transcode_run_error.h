@@ -16,7 +16,7 @@
 namespace meridian::inline v0_2 {
 
 /// Why a transcode fails.
-enum class TranscodeErrorCode : std::uint8_t {
+enum class TranscodeRunErrorCode : std::uint8_t {
   // Sources.
   sourceNotRead,
   sourceChanged,
@@ -26,6 +26,7 @@ enum class TranscodeErrorCode : std::uint8_t {
   watermarkNotUsed,
   // The work.
   notDecoded,
+  notCopyable,
   imageNotConverted,
   soundNotConverted,
   notEncoded,
@@ -41,9 +42,9 @@ enum class TranscodeErrorCode : std::uint8_t {
 };
 
 template <>
-struct EnumerationTable<TranscodeErrorCode> {
-  using enum TranscodeErrorCode;
-  static constexpr auto rows = std::to_array<ErrorRow<TranscodeErrorCode>>({
+struct EnumerationTable<TranscodeRunErrorCode> {
+  using enum TranscodeRunErrorCode;
+  static constexpr auto rows = std::to_array<ErrorRow<TranscodeRunErrorCode>>({
       {sourceNotRead, "sourceNotRead", "cannot be read", "check the volume that it is on"},
       {sourceChanged, "sourceChanged", "is not what it was when the transcode was planned",
        "wait until it is complete, and plan again"},
@@ -53,6 +54,7 @@ struct EnumerationTable<TranscodeErrorCode> {
       {lutNotUsed, "lutNotUsed", "is a LUT that cannot be used", "choose another LUT"},
       {watermarkNotUsed, "watermarkNotUsed", "is a watermark that cannot be used", "choose another image"},
       {notDecoded, "notDecoded", "cannot be decoded"},
+      {notCopyable, "notCopyable", "has video that cannot be copied", "encode it with -vcodec"},
       {imageNotConverted, "imageNotConverted", "has images that cannot be converted"},
       {soundNotConverted, "soundNotConverted", "has sound that cannot be converted"},
       {notEncoded, "notEncoded", "cannot be encoded", "choose other settings of the codec"},
@@ -69,10 +71,10 @@ struct EnumerationTable<TranscodeErrorCode> {
 
 /// Names the path of a source, the output or another file in `place`. `detail` gives the time in the source, what
 /// FFmpeg said, or what is missing.
-using TranscodeError = Error<TranscodeErrorCode>;
+using TranscodeRunError = Error<TranscodeRunErrorCode>;
 
 /// What was noticed in a transcode that was carried out.
-enum class TranscodeWarningCode : std::uint8_t {
+enum class TranscodeRunWarningCode : std::uint8_t {
   damageAccepted,
   shortSourceAccepted,
   framesRepeated,
@@ -83,9 +85,9 @@ enum class TranscodeWarningCode : std::uint8_t {
 };
 
 template <>
-struct EnumerationTable<TranscodeWarningCode> {
-  using enum TranscodeWarningCode;
-  static constexpr auto rows = std::to_array<ErrorRow<TranscodeWarningCode>>({
+struct EnumerationTable<TranscodeRunWarningCode> {
+  using enum TranscodeRunWarningCode;
+  static constexpr auto rows = std::to_array<ErrorRow<TranscodeRunWarningCode>>({
       {damageAccepted, "damageAccepted", "is damaged"},
       {shortSourceAccepted, "shortSourceAccepted", "ends before it should"},
       {framesRepeated, "framesRepeated", "lacks frames, in whose place others are repeated"},
@@ -97,6 +99,6 @@ struct EnumerationTable<TranscodeWarningCode> {
 };
 
 /// Names the path of a source or a flag in `place`; `detail` gives the time in the source or a count.
-using TranscodeWarning = Warning<TranscodeWarningCode>;
+using TranscodeRunWarning = Warning<TranscodeRunWarningCode>;
 
 }  // namespace meridian::inline v0_2

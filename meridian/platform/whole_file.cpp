@@ -5,9 +5,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <random>
+#include <vector>
 
 #include "meridian/platform/path_text.h"
 #include "meridian/platform/posix_calls.h"
@@ -66,17 +69,30 @@ std::string hiddenPathBeside(const std::string& path) {
   return path.substr(0, path.rfind('/') + 1) + ".meridian-" + std::to_string(number);
 }
 
-Expected<WholeFile, std::error_code> WholeFile::create(const std::string& path, Unfinished preferred) {
-  if (path.empty() || path.ends_with('/') || detail::holdsNul(path)) return Unexpected(detail::nulError());
-  if (preferred == Unfinished::withoutName) {
-    const std::size_t slash = path.rfind('/');
-    const int file = openNamelessFile(slash == std::string::npos ? std::string() : path.substr(0, slash + 1));
-    if (file >= 0) return WholeFile(path, {}, file);
+std::string pathThroughLinks(const std::string& path) {
+  char* const resolved = realpath(path.c_str(), nullptr);
+  if (resolved == nullptr) return path;
+  std::string target(resolved);
+  // NOLINTNEXTLINE(cppcoreguidelines-no-malloc, hicpp-no-malloc): the system allocated it.
+  free(resolved);
+  return target;
+}
+
+Expected<WholeFile, std::error_code> WholeFile::create(const std::string& path, const WholeFileOptions& options) {
+  if (path.empty() || path.ends_with('/') || detail::holdsNul(path) || detail::holdsNul(options.workDirectory)) {
+    return Unexpected(detail::nulError());
   }
-  std::string hidden = hiddenPathBeside(path);
+  std::string target = options.replaces ? pathThroughLinks(path) : path;
+  const std::string unfinished = options.workDirectory.empty() ? target : options.workDirectory + "/file";
+  if (!options.isHidden) {
+    const std::size_t slash = unfinished.rfind('/');
+    const int file = openNamelessFile(slash == std::string::npos ? std::string() : unfinished.substr(0, slash + 1));
+    if (file >= 0) return WholeFile(std::move(target), {}, options.replaces, file);
+  }
+  std::string hidden = hiddenPathBeside(unfinished);
   const int file = open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, newFile);
   if (file < 0) return Unexpected(lastError());
-  return WholeFile(path, std::move(hidden), file);
+  return WholeFile(std::move(target), std::move(hidden), options.replaces, file);
 }
 
 WholeFile::~WholeFile() {
@@ -95,14 +111,53 @@ std::error_code WholeFile::write(std::string_view bytes) noexcept {
   return {};
 }
 
+std::string WholeFile::unfinishedPath() const { return hidden_.empty() ? descriptorPath(descriptor_) : hidden_; }
+
 std::error_code WholeFile::publish() {
   if (fsync(descriptor_) != 0) return lastError();
-  const std::error_code error =
-      hidden_.empty() ? link(descriptorPath(descriptor_), path_, AT_SYMLINK_FOLLOW) : renameToNewName(hidden_, path_);
+  std::error_code error = replaces_ ? replace() : giveName();
+  if (error == std::errc::cross_device_link) error = publishCopy();
   if (error) return error;
+  if (!hidden_.empty()) unlink(hidden_.c_str());
   hidden_.clear();
   syncDirectoryOf(path_);
   return {};
+}
+
+std::error_code WholeFile::giveName() {
+  if (hidden_.empty()) return link(descriptorPath(descriptor_), path_, AT_SYMLINK_FOLLOW);
+  const std::error_code error = renameToNewName(hidden_, path_);
+  if (!error) hidden_.clear();
+  return error;
+}
+
+std::error_code WholeFile::replace() {
+  struct stat old{};
+  // Not every file system has permissions.
+  if (stat(path_.c_str(), &old) == 0) static_cast<void>(fchmod(descriptor_, old.st_mode & 07777U));
+  if (hidden_.empty()) {
+    std::string name = hiddenPathBeside(path_);
+    if (const std::error_code error = link(descriptorPath(descriptor_), name, AT_SYMLINK_FOLLOW)) return error;
+    hidden_ = std::move(name);
+  }
+  if (rename(hidden_.c_str(), path_.c_str()) != 0) return lastError();
+  hidden_.clear();
+  return {};
+}
+
+std::error_code WholeFile::publishCopy() const {
+  auto copy = create(path_, {.replaces = replaces_});
+  if (!copy) return copy.error();
+  if (lseek(descriptor_, 0, SEEK_SET) < 0) return lastError();
+  constexpr std::size_t pieceSize = std::size_t{1} << 20U;
+  std::vector<char> piece(pieceSize);
+  for (;;) {
+    const ssize_t count = read(descriptor_, piece.data(), piece.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return lastError();
+    if (count == 0) return copy->publish();
+    if (const std::error_code error = copy->write({piece.data(), static_cast<std::size_t>(count)})) return error;
+  }
 }
 
 }  // namespace meridian::inline v0_2

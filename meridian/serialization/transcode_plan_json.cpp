@@ -86,7 +86,8 @@ struct StepMembers {
             {"anchor", step.anchor.rawValue()},
             {"width", step.size.width},
             {"height", step.size.height},
-            {"scale", step.scale}};
+            {"scale", step.scale},
+            {"margin", step.margin}};
   }
 };
 
@@ -106,6 +107,7 @@ PlanJson encodedEncoder(const PlannedVideoEncoder& encoder) {
           {"bitRate", planValueOrNull(encoder.bitRate)},
           {"quantizer", planValueOrNull(encoder.quantizer)},
           {"keepsFields", encoder.keepsFields},
+          {"fieldOrder", rawValue(encoder.fieldOrder)},
           {"usesGpu", encoder.usesGpu},
           {"options", encodedOptions(encoder.options)}};
 }

@@ -6,6 +6,8 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "tests/support/temporary_directory.h"
@@ -16,10 +18,18 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class WholeFileTest : public testing::TestWithParam<WholeFile::Unfinished> {
+class WholeFileTest : public testing::TestWithParam<bool> {
  protected:
   [[nodiscard]] std::string path(const std::string& name) const { return (directory_.path() / name).string(); }
-  [[nodiscard]] static auto create(const std::string& path) { return WholeFile::create(path, GetParam()); }
+  [[nodiscard]] static auto create(const std::string& path, WholeFileOptions options = {}) {
+    options.isHidden = GetParam();
+    return WholeFile::create(path, options);
+  }
+
+  [[nodiscard]] std::string contentOf(const std::string& name) const {
+    std::ifstream file(path(name));
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
 
   test::TemporaryDirectory directory_;
 };
@@ -67,13 +77,59 @@ TEST_P(WholeFileTest, LeavesNothingWhenTheVolumeIsFull) {
   };
   // Ends without a destructor, as a process that is killed.
   EXPECT_EXIT(write(), testing::ExitedWithCode(0), "");
-  if (GetParam() == WholeFile::Unfinished::withoutName) {
+  if (!GetParam()) {
     EXPECT_THAT(directory_.names(), IsEmpty());
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, WholeFileTest,
-                         testing::Values(WholeFile::Unfinished::withoutName, WholeFile::Unfinished::hidden));
+TEST_P(WholeFileTest, ReplacesAFileWhenItIsComplete) {
+  directory_.write("a", "old");
+  std::filesystem::permissions(path("a"), std::filesystem::perms(0640));
+  std::filesystem::create_symlink("a", path("link"));
+  for (const char* const name : {"a", "link", "new"}) {
+    {
+      auto abandoned = create(path(name), {.replaces = true});
+      ASSERT_TRUE(abandoned && !abandoned->write("abandoned"));
+    }
+    auto file = create(path(name), {.replaces = true});
+    ASSERT_TRUE(file);
+    EXPECT_FALSE(file->write(name));
+    EXPECT_NE(contentOf(name), name);
+    EXPECT_FALSE(file->publish());
+    EXPECT_EQ(contentOf(name), name);
+  }
+  // The link stays, and so do the permissions of the file that it leads to.
+  EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+  EXPECT_EQ(contentOf("a"), "link");
+  EXPECT_EQ(std::filesystem::status(path("a")).permissions(), std::filesystem::perms(0640));
+  EXPECT_THAT(directory_.names(), ElementsAre("a", "link", "new"));
+}
+
+TEST_P(WholeFileTest, IsKeptInAWorkDirectory) {
+  std::filesystem::create_directory(path("work"));
+  // Often another volume, from which the file is copied.
+  const test::TemporaryDirectory memory("/dev/shm");
+  for (const std::string& work : {path("work"), memory.path().string()}) {
+    for (const bool replaces : {false, true}) {
+      SCOPED_TRACE(work);
+      auto file = create(path("a"), {.replaces = replaces, .workDirectory = work});
+      ASSERT_TRUE(file);
+      EXPECT_FALSE(file->write(work));
+      EXPECT_FALSE(file->publish());
+      EXPECT_EQ(contentOf("a"), work);
+    }
+    auto second = create(path("a"), {.workDirectory = work});
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->publish(), std::errc::file_exists);
+    std::filesystem::remove(path("a"));
+  }
+  EXPECT_THAT(directory_.names(), ElementsAre("work"));
+  EXPECT_TRUE(std::filesystem::is_empty(path("work")));
+  EXPECT_THAT(memory.names(), IsEmpty());
+  EXPECT_FALSE(create(path("a"), {.workDirectory = path("none")}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Unfinished, WholeFileTest, testing::Bool());
 
 }  // namespace
 }  // namespace meridian

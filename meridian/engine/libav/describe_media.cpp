@@ -17,6 +17,7 @@
 #include "meridian/engine/libav/rationals.h"
 #include "meridian/engine/libav/stream_reading.h"
 #include "meridian/engine/libav/timecode_reading.h"
+#include "meridian/engine/libav/unfinished_media.h"
 #include "meridian/engine/recording_format.h"
 #include "meridian/media/media_names.h"
 #include "meridian/platform/file_queries.h"
@@ -278,8 +279,9 @@ void checkLength(MediaDescription& description, libav::MediaInput& input) {
                                   std::to_string(*size - description.size) + " bytes are missing"});
 }
 
-Expected<MediaDescription, MediaError> describedFile(const std::string& path, const DescriptionLimits& limits) {
-  auto opened = MediaInput::open(path, limits);
+Expected<MediaDescription, MediaError> describedFile(const std::string& path, const DescriptionLimits& limits,
+                                                     const std::string& name = {}) {
+  auto opened = MediaInput::open(path, limits, name);
   if (!opened) return Unexpected(std::move(opened).error());
   MediaInput& input = **opened;
   const AVFormatContext& context = input.context();
@@ -333,6 +335,13 @@ Expected<MediaDescription, MediaError> describedDirectory(const std::string& pat
 }
 
 }  // namespace
+
+Expected<MediaDescription, MediaError> libav::describeUnfinished(const std::string& path, const std::string& name,
+                                                                 const DescriptionLimits& limits) {
+  auto description = describedFile(path, limits, name);
+  if (description) description->path = name;
+  return description;
+}
 
 Expected<MediaDescription, MediaError> describeMedia(const Url& url, const DescriptionLimits& limits) {
   if (!url.isFile()) return Unexpected(MediaError{MediaErrorCode::notAFileUrl, url.text()});

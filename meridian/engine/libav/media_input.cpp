@@ -103,16 +103,18 @@ int openNothing(AVFormatContext* /*input*/, AVIOContext** /*opened*/, const char
 
 }  // namespace
 
-MediaInput::MediaInput(const std::string& path, const DescriptionLimits& limits)
+MediaInput::MediaInput(const std::string& path, const DescriptionLimits& limits, const std::string& name)
     : path_(path),
+      name_(name.empty() ? path : name),
       file_(path),
       bytesLeft_(limits.bytes),
       mostEntries_(limits.indexEntries),
       deadline_(limits.deadline()) {}
 
 Expected<std::unique_ptr<MediaInput>, MediaError> MediaInput::open(const std::string& path,
-                                                                   const DescriptionLimits& limits) {
-  std::unique_ptr<MediaInput> input(new MediaInput(path, limits));
+                                                                   const DescriptionLimits& limits,
+                                                                   const std::string& name) {
+  std::unique_ptr<MediaInput> input(new MediaInput(path, limits, name));
   if (auto error = input->openFormat()) return Unexpected(*std::move(error));
   return input;
 }
@@ -182,7 +184,7 @@ std::string_view MediaInput::unreadMaker() noexcept {
 }
 
 const AVInputFormat* MediaInput::recognizedFormat() {
-  const std::string name = harmlessName(path_);
+  const std::string name = harmlessName(name_);
   const AVInputFormat* format = nullptr;
   int score = av_probe_input_buffer2(io_.get(), &format, name.c_str(), nullptr, 0, 0);
   if (format == nullptr || score < 0) return nullptr;
@@ -231,6 +233,7 @@ bool MediaInput::readAt(std::uint64_t place, std::span<char> memory) noexcept {
 }
 
 bool MediaInput::isBeyondLimits() noexcept {
+  if (limitReached_ == nullptr && stop_.stop_requested()) limitReached_ = "it was interrupted";
   if (limitReached_ == nullptr && std::chrono::steady_clock::now() > deadline_) {
     limitReached_ = "the time limit was reached";
   }

@@ -7,9 +7,11 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "meridian/base/expected.h"
@@ -31,9 +33,11 @@ inline constexpr std::int64_t mostPixels = 134'217'728;
 class MediaInput {
  public:
   /// Opens the file at the path, recognises its format by its content, and finds out about its streams. The limits hold
-  /// from this call to the end of the object.
+  /// from this call to the end of the object. `name` has the extension that supports a guess of the format, where the
+  /// path has none; empty for the path itself.
   [[nodiscard]] static Expected<std::unique_ptr<MediaInput>, MediaError> open(const std::string& path,
-                                                                              const DescriptionLimits& limits);
+                                                                              const DescriptionLimits& limits,
+                                                                              const std::string& name = {});
 
   MediaInput(const MediaInput&) = delete;
   MediaInput& operator=(const MediaInput&) = delete;
@@ -47,6 +51,8 @@ class MediaInput {
   [[nodiscard]] std::uint64_t bytesLeft() const noexcept { return bytesLeft_; }
   /// Replaces the time limit.
   void setDeadline(std::chrono::steady_clock::time_point deadline) noexcept { deadline_ = deadline; }
+  /// Ends what FFmpeg does with the file when a stop is requested, as a limit does.
+  void setStop(std::stop_token stop) noexcept { stop_ = std::move(stop); }
 
   /// Returns the colour tags of a stream as the container states them: all unspecified for one that shows up late.
   [[nodiscard]] ColorSpaceCodes colorsOfContainer(std::size_t stream) const noexcept {
@@ -57,7 +63,7 @@ class MediaInput {
   [[nodiscard]] bool readAt(std::uint64_t place, std::span<char> memory) noexcept;
 
  private:
-  MediaInput(const std::string& path, const DescriptionLimits& limits);
+  MediaInput(const std::string& path, const DescriptionLimits& limits, const std::string& name);
 
   static int read(void* self, std::uint8_t* memory, int size) noexcept;
   static std::int64_t seek(void* self, std::int64_t offset, int origin) noexcept;
@@ -74,12 +80,14 @@ class MediaInput {
   [[nodiscard]] const AVInputFormat* recognizedFormat();
 
   std::string path_;
+  std::string name_;
   FileReader file_;
   std::int64_t place_ = 0;
   std::uint64_t bytesLeft_;
   std::uint64_t mostEntries_;
   MxfIndexCounter mxfIndex_;
   std::chrono::steady_clock::time_point deadline_;
+  std::stop_token stop_;
   const char* limitReached_ = nullptr;
   IoContextPointer io_;
   InputPointer input_;

@@ -22,9 +22,10 @@ class MediaOutput {
  public:
   /// Opens encoders and the container, and writes its beginning. `source` describes the copied streams. `file` must
   /// outlive the output. `threads` as for a reader.
-  [[nodiscard]] static Expected<std::unique_ptr<MediaOutput>, TranscodeError> open(const TranscodePlan& plan,
-                                                                                   const SourceReader& source,
-                                                                                   WholeFile& file, unsigned threads);
+  [[nodiscard]] static Expected<std::unique_ptr<MediaOutput>, TranscodeRunError> open(const TranscodePlan& plan,
+                                                                                      const SourceReader& source,
+                                                                                      WholeFile& file,
+                                                                                      unsigned threads);
   MediaOutput() = default;
   MediaOutput(const MediaOutput&) = delete;
   MediaOutput& operator=(const MediaOutput&) = delete;
@@ -36,20 +37,23 @@ class MediaOutput {
   [[nodiscard]] virtual std::size_t samplesPerFrame(std::size_t track) const = 0;
 
   /// Encode an image, or sound of a track, whose pts are those of the chains; write a packet that is copied.
-  [[nodiscard]] virtual std::optional<TranscodeError> writeImage(FramePointer image) = 0;
-  [[nodiscard]] virtual std::optional<TranscodeError> writeSound(std::size_t track, FramePointer sound) = 0;
-  [[nodiscard]] virtual std::optional<TranscodeError> writePacket(CopiedPacket packet) = 0;
+  [[nodiscard]] virtual std::optional<TranscodeRunError> writeImage(FramePointer image) = 0;
+  [[nodiscard]] virtual std::optional<TranscodeRunError> writeSound(std::size_t track, FramePointer sound) = 0;
+  [[nodiscard]] virtual std::optional<TranscodeRunError> writePacket(CopiedPacket packet) = 0;
 
   /// End one stream: no more of its images, sound or packets follow. The encoder's rest is written.
-  [[nodiscard]] virtual std::optional<TranscodeError> endImages() = 0;
-  [[nodiscard]] virtual std::optional<TranscodeError> endSound(std::size_t track) = 0;
+  [[nodiscard]] virtual std::optional<TranscodeRunError> endImages() = 0;
+  [[nodiscard]] virtual std::optional<TranscodeRunError> endSound(std::size_t track) = 0;
 
   /// Writes what is left and the end of the container. Call it once, after all streams ended.
-  [[nodiscard]] virtual std::optional<TranscodeError> finish() = 0;
+  [[nodiscard]] virtual std::optional<TranscodeRunError> finish() = 0;
 
-  /// Return what was written so far: images and samples that were encoded, packets of video that were copied, bytes.
+  /// Returns the images that were encoded or copied so far.
   [[nodiscard]] virtual std::int64_t images() const = 0;
-  [[nodiscard]] virtual std::int64_t samples(std::size_t track) const = 0;
+  /// Return the duration of the images and of the sound of a track.
+  [[nodiscard]] virtual Ticks imageDuration() const = 0;
+  [[nodiscard]] virtual Ticks soundDuration(std::size_t track) const = 0;
+  /// Returns how far the stream is that is furthest.
   [[nodiscard]] virtual Ticks writtenTime() const = 0;
   [[nodiscard]] virtual std::uint64_t bytes() const = 0;
 };

@@ -54,7 +54,7 @@ struct CopiedStream {
   /// Of a stream of images; 0/1 if it is not known.
   AVRational frameRate{0, 1};
   /// The source's display matrix, if it has one: nine numbers of 32 bits.
-  std::vector<std::uint8_t> displayMatrix;
+  std::vector<std::uint8_t> displayMatrix{};
 };
 
 /// What a reader goes by beside the plan.
@@ -72,8 +72,8 @@ struct ReadingOptions {
 /// the plan: each is an error, or with `acceptsDamaged` a warning where something is left to go on with.
 class SourceReader {
  public:
-  [[nodiscard]] static Expected<std::unique_ptr<SourceReader>, TranscodeError> open(const TranscodePlan& plan,
-                                                                                    const ReadingOptions& options);
+  [[nodiscard]] static Expected<std::unique_ptr<SourceReader>, TranscodeRunError> open(const TranscodePlan& plan,
+                                                                                       const ReadingOptions& options);
   SourceReader() = default;
   SourceReader(const SourceReader&) = delete;
   SourceReader& operator=(const SourceReader&) = delete;
@@ -82,7 +82,7 @@ class SourceReader {
   virtual ~SourceReader() = default;
 
   /// Returns the next item; nothing at the end of all sources.
-  [[nodiscard]] virtual Expected<std::optional<SourceItem>, TranscodeError> next() = 0;
+  [[nodiscard]] virtual Expected<std::optional<SourceItem>, TranscodeRunError> next() = 0;
 
   /// Returns the description of a stream that is copied: of video without a track. It ends with the reader.
   [[nodiscard]] virtual CopiedStream copiedStream(std::optional<std::size_t> track) const = 0;
@@ -91,7 +91,7 @@ class SourceReader {
   [[nodiscard]] virtual Ticks imageEnd() const = 0;
 
   /// Returns what was noticed so far.
-  [[nodiscard]] virtual const std::vector<TranscodeWarning>& warnings() const = 0;
+  [[nodiscard]] virtual const std::vector<TranscodeRunWarning>& warnings() const = 0;
 };
 
 }  // namespace meridian::inline v0_2::libav

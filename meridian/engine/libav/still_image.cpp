@@ -11,15 +11,15 @@ extern "C" {
 #include <cstddef>
 #include <cstdint>
 
+#include "meridian/engine/libav/color_matrices.h"
 #include "meridian/engine/libav/log_collector.h"
+#include "meridian/engine/libav/planar_rgb_view.h"
 
 namespace meridian::inline v0_2::libav {
 namespace {
 
 /// The largest side of a JPEG.
 constexpr double largestSide = 65'500;
-/// The channels of FFmpeg's planar RGB: green, blue, red.
-constexpr std::array<std::size_t, 3> planeOfChannel{2, 0, 1};
 
 /// The planar RGB of a bit depth.
 struct RgbFormat {
@@ -41,11 +41,6 @@ struct Coding {
   bool isFullRange;
 };
 
-/// The matrices that swscale has.
-constexpr auto supportedMatrices =
-    std::to_array({AVCOL_SPC_BT709, AVCOL_SPC_FCC, AVCOL_SPC_BT470BG, AVCOL_SPC_SMPTE170M, AVCOL_SPC_SMPTE240M,
-                   AVCOL_SPC_BT2020_NCL, AVCOL_SPC_BT2020_CL});
-
 /// Returns what the code values of a frame mean; the error names a matrix that swscale would replace by another.
 Expected<Coding, std::string> codingOf(const AVFrame& frame, const AVPixFmtDescriptor& format) {
   constexpr int linesOfHighDefinition = 720;
@@ -55,7 +50,7 @@ Expected<Coding, std::string> codingOf(const AVFrame& frame, const AVPixFmtDescr
   }
   // Luma without a range tag is full range, as in image files, and so is RGB.
   const bool isColorDifference = format.nb_components >= 3 && (format.flags & AV_PIX_FMT_FLAG_RGB) == 0;
-  if (isColorDifference && std::ranges::find(supportedMatrices, matrix) == supportedMatrices.end()) {
+  if (isColorDifference && !lumaWeights(matrix)) {
     const char* const name = av_color_space_name(matrix);
     return Unexpected("its matrix " + (name != nullptr ? std::string(name) : std::to_string(matrix)) +
                       " is not supported");
@@ -88,17 +83,6 @@ bool convert(const AVFrame& from, const Coding& fromCoding, AVFrame& to, const C
   static_cast<void>(sws_setColorspaceDetails(scaler.get(), fromCoding.matrix, fromCoding.isFullRange ? 1 : 0,
                                              toCoding.matrix, toCoding.isFullRange ? 1 : 0, 0, unchanged, unchanged));
   return sws_scale(scaler.get(), from.data, from.linesize, 0, from.height, to.data, to.linesize) == to.height;
-}
-
-template <ImageSample Sample>
-ImageView<Sample> viewOf(AVFrame& rgb, int bitDepth) noexcept {
-  ImageView<Sample> view{
-      .width = static_cast<std::size_t>(rgb.width), .height = static_cast<std::size_t>(rgb.height), .format = bitDepth};
-  for (std::size_t channel = 0; channel < planeOfChannel.size(); ++channel) {
-    const std::size_t plane = planeOfChannel[channel];
-    view.planes[channel] = {.samples = reinterpret_cast<Sample*>(rgb.data[plane]), .rowStride = rgb.linesize[plane]};
-  }
-  return view;
 }
 
 /// Copies the samples of a plane to where they are after a turn clockwise and a mirroring from left to right.
@@ -201,10 +185,10 @@ bool StillImages::applyLut(AVFrame& rgb) {
   auto lut = luts_.find(bitDepth);
   if (lut == luts_.end()) lut = luts_.emplace(bitDepth, options_.lut->forBitDepth(bitDepth)).first;
   if (bitDepth == 8) {
-    const auto view = viewOf<std::uint8_t>(rgb, bitDepth);
+    const auto view = planarRgbView<std::uint8_t>(rgb, bitDepth);
     return lut->second.apply(view, view).has_value();
   }
-  const auto view = viewOf<std::uint16_t>(rgb, bitDepth);
+  const auto view = planarRgbView<std::uint16_t>(rgb, bitDepth);
   return lut->second.apply(view, view).has_value();
 }
 

@@ -1,0 +1,306 @@
+#include "meridian/engine/libav/source_reader.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <string>
+#include <utility>
+
+#include "meridian/base/numbers.h"
+#include "meridian/engine/describe_media.h"
+#include "meridian/engine/image_sequence.h"
+#include "meridian/engine/libav/copied_sound.h"
+#include "meridian/engine/libav/source_part.h"
+#include "meridian/platform/file_queries.h"
+#include "meridian/platform/url.h"
+
+namespace meridian::inline v0_2::libav {
+namespace {
+
+using enum TranscodeRunErrorCode;
+
+/// The parts of a group, one after the other.
+class GroupReader {
+ public:
+  GroupReader(const PlannedSource& source, WantedStreams wanted, const ReadingOptions& options)
+      : source_(source), wanted_(std::move(wanted)), options_(options) {}
+
+  /// Opens the first part.
+  [[nodiscard]] std::optional<TranscodeRunError> open() {
+    auto part = openedPart();
+    if (!part) return std::move(part).error();
+    current_ = *std::move(part);
+    beginPart();
+    return std::nullopt;
+  }
+
+  /// Returns the next item on the time line of the clip; nothing at the end of the last part.
+  [[nodiscard]] Expected<std::optional<SourceItem>, TranscodeRunError> next() {
+    for (;;) {
+      if (!waiting_.empty()) {
+        SourceItem item = std::move(waiting_.front());
+        waiting_.pop_front();
+        return item;
+      }
+      auto item = current_->next();
+      if (!item) return item;
+      if (*item) {
+        if (auto error = place(**std::move(item))) return Unexpected(*std::move(error));
+        continue;
+      }
+      if (auto error = endPart()) return Unexpected(*std::move(error));
+      if (isEnded_) return std::nullopt;
+    }
+  }
+
+  /// Returns how far the group was read.
+  [[nodiscard]] Ticks position() const noexcept { return position_; }
+  [[nodiscard]] Ticks end() const { return offset_ + (isEnded_ ? 0 : current_->end()); }
+  [[nodiscard]] bool givesImage() const noexcept { return wanted_.hasVideo; }
+  [[nodiscard]] bool gives(std::size_t track) const {
+    return std::ranges::find(wanted_.sounds, track, &WantedSound::track) != wanted_.sounds.end();
+  }
+  [[nodiscard]] CopiedStream copiedStream(std::optional<std::size_t> track) const {
+    return first_->copiedStream(track);
+  }
+
+  [[nodiscard]] std::vector<TranscodeRunWarning> takeWarnings() { return std::exchange(warnings_, {}); }
+
+ private:
+  [[nodiscard]] bool isLastPart() const noexcept {
+    return source_.isImageSequence || part_ + 1 == source_.parts.size();
+  }
+
+  [[nodiscard]] Expected<std::unique_ptr<PartSource>, TranscodeRunError> openedPart() {
+    if (!source_.isImageSequence) return openPart(source_.parts[part_].path, wanted_, options_);
+    std::vector<std::string> paths;
+    for (const PlannedPart& part : source_.parts) {
+      if (!pathIsDirectory(part.path)) {
+        paths.push_back(part.path);
+        continue;
+      }
+      auto images = imageSequence(part.path);
+      if (!images) {
+        return Unexpected(TranscodeRunError{sourceNotRead, part.path, std::string(images.error().text()),
+                                            images.error().systemError});
+      }
+      std::ranges::move(images->paths, std::back_inserter(paths));
+    }
+    return openImages(std::move(paths), wanted_, options_);
+  }
+
+  /// Prepares the copied sound for the part that was opened.
+  void beginPart() {
+    if (first_ == nullptr) first_ = current_;
+    end_.reset();
+    if (!isLastPart()) {
+      if (const auto stated = current_->statedEnd()) end_ = offset_ + *stated;
+    }
+    for (const WantedSound& sound : wanted_.sounds) {
+      if (!sound.isCopied) continue;
+      const auto [found, isNew] = copied_.try_emplace(sound.track, *first_->copiedStream(sound.track).parameters);
+      found->second.beginPart(offset_, end_);
+    }
+  }
+
+  [[nodiscard]] std::optional<TranscodeRunError> endPart() {
+    offset_ += current_->end();
+    std::ranges::move(current_->takeWarnings(), std::back_inserter(warnings_));
+    noteCut();
+    if (isLastPart()) {
+      isEnded_ = true;
+      return std::nullopt;
+    }
+    ++part_;
+    auto part = openedPart();
+    if (!part) return std::move(part).error();
+    current_ = *std::move(part);
+    beginPart();
+    return std::nullopt;
+  }
+
+  /// Warns of sound that was cut, unless it is shorter than an image.
+  void noteCut() {
+    Ticks cut = std::exchange(cutSound_, 0);
+    for (const auto& [track, sound] : copied_) {
+      cut = std::max(cut, sound.cut() - std::exchange(countedCuts_[track], sound.cut()));
+    }
+    if (cut <= std::max<Ticks>(wanted_.imageDuration(), timeLine.den / 25)) return;
+    warnings_.push_back({TranscodeRunWarningCode::soundCut, source_.parts[part_].path,
+                         fixedDecimalText(secondsOfTicks(cut), 3) + " s"});
+  }
+
+  /// Moves an item to the place of its part.
+  [[nodiscard]] std::optional<TranscodeRunError> place(SourceItem item) {
+    if (auto* const image = std::get_if<SourceImage>(&item)) {
+      image->time += offset_;
+      image->part = part_;
+      position_ = image->time;
+    } else if (auto* const sound = std::get_if<SourceSound>(&item)) {
+      sound->time += offset_;
+      position_ = sound->time;
+      if (!cutAtJoins(*sound)) return std::nullopt;
+    } else {
+      auto& packet = std::get<CopiedPacket>(item);
+      return placePacket(std::move(packet));
+    }
+    waiting_.push_back(std::move(item));
+    return std::nullopt;
+  }
+
+  /// Cuts sound that the next part replaces, and sound before a part that is not the first; false if nothing is left.
+  [[nodiscard]] bool cutAtJoins(SourceSound& sound) {
+    AVFrame& frame = *sound.frame;
+    const auto samplesOf = [&frame](Ticks duration) { return av_rescale(duration, frame.sample_rate, timeLine.den); };
+    if (part_ > 0 && sound.time + av_rescale(frame.nb_samples, timeLine.den, frame.sample_rate) <= offset_)
+      return false;
+    if (!end_) return true;
+    const std::int64_t kept = std::clamp<std::int64_t>(samplesOf(*end_ - sound.time), 0, frame.nb_samples);
+    if (sound.track == wanted_.sounds.front().track) {
+      cutSound_ += av_rescale(frame.nb_samples - kept, timeLine.den, frame.sample_rate);
+    }
+    frame.nb_samples = static_cast<int>(kept);
+    return kept > 0;
+  }
+
+  [[nodiscard]] std::optional<TranscodeRunError> placePacket(CopiedPacket copied) {
+    AVPacket& packet = *copied.packet;
+    packet.pts += offset_;
+    packet.dts += offset_;
+    position_ = packet.dts;
+    if (copied.track) {
+      CopiedSound& sound = copied_.at(*copied.track);
+      if (!sound.fit(packet)) return std::nullopt;
+      if (PacketPointer silence = sound.takeSilence()) {
+        waiting_.emplace_back(CopiedPacket{copied.track, std::move(silence)});
+      }
+    } else {
+      if (lastDecoded_ && packet.dts <= *lastDecoded_) {
+        if (packet.pts <= *lastDecoded_) {
+          return TranscodeRunError{notCopyable, source_.parts[part_].path,
+                                   "its first images overlap the last of the part before it"};
+        }
+        packet.dts = *lastDecoded_ + 1;
+      }
+      lastDecoded_ = packet.dts;
+    }
+    waiting_.emplace_back(std::move(copied));
+    return std::nullopt;
+  }
+
+  const PlannedSource& source_;
+  const WantedStreams wanted_;
+  const ReadingOptions& options_;
+  std::size_t part_ = 0;
+  std::shared_ptr<PartSource> current_;
+  /// The first part, whose streams describe the copied ones.
+  std::shared_ptr<PartSource> first_;
+  Ticks offset_ = 0;
+  /// Where the sound of this part is cut: at the begin of the next part.
+  std::optional<Ticks> end_;
+  Ticks position_ = std::numeric_limits<Ticks>::min();
+  bool isEnded_ = false;
+  std::deque<SourceItem> waiting_;
+  std::map<std::size_t, CopiedSound> copied_;
+  std::map<std::size_t, Ticks> countedCuts_;
+  Ticks cutSound_ = 0;
+  std::optional<Ticks> lastDecoded_;
+  std::vector<TranscodeRunWarning> warnings_;
+};
+
+/// Returns what is wanted of a group; the places of its tracks are those in its first part.
+Expected<WantedStreams, TranscodeRunError> wantedOf(const TranscodePlan& plan, const PlannedSource& source) {
+  WantedStreams wanted;
+  wanted.hasVideo = plan.video && source.givesImage;
+  if (wanted.hasVideo) {
+    wanted.copiesVideo = plan.video->isCopied();
+    wanted.decodesOnGpu = plan.video->decodesOnGpu;
+    wanted.image = plan.video->source;
+    wanted.isVariable = plan.video->isVariable;
+  }
+  std::vector<int> indices;
+  for (std::size_t track = 0; track < plan.audio.size(); ++track) {
+    const PlannedAudioTrack& planned = plan.audio[track];
+    for (std::size_t origin = 0; origin < planned.origins.size(); ++origin) {
+      if (planned.origins[origin].group != source.group) continue;
+      wanted.sounds.push_back({track, origin, 0, planned.isCopied()});
+      indices.push_back(planned.origins[origin].stream);
+    }
+  }
+  if (indices.empty()) return wanted;
+  const std::string& path = source.parts.front().path;
+  const auto media = describeMedia(Url::fromFilePath(path));
+  if (!media) {
+    return Unexpected(
+        TranscodeRunError{sourceNotRead, path, std::string(media.error().text()), media.error().systemError});
+  }
+  for (std::size_t place = 0; place < indices.size(); ++place) {
+    const auto found = std::ranges::find(media->audio, indices[place], &AudioStreamDescription::index);
+    if (found == media->audio.end()) return Unexpected(TranscodeRunError{sourceChanged, path, "it was changed"});
+    wanted.sounds[place].place = static_cast<std::size_t>(found - media->audio.begin());
+  }
+  return wanted;
+}
+
+/// Reads all groups side by side.
+class GroupsReader final : public SourceReader {
+ public:
+  explicit GroupsReader(ReadingOptions options) : options_(std::move(options)) {}
+
+  [[nodiscard]] std::optional<TranscodeRunError> open(const TranscodePlan& plan) {
+    for (const PlannedSource& source : plan.sources) {
+      auto wanted = wantedOf(plan, source);
+      if (!wanted) return std::move(wanted).error();
+      if (!wanted->hasVideo && wanted->sounds.empty()) continue;
+      auto& group = groups_.emplace_back(std::make_unique<GroupReader>(source, *std::move(wanted), options_));
+      if (auto error = group->open()) return error;
+      active_.push_back(group.get());
+    }
+    return std::nullopt;
+  }
+
+  Expected<std::optional<SourceItem>, TranscodeRunError> next() override {
+    while (!active_.empty()) {
+      const auto group = std::ranges::min_element(active_, {}, &GroupReader::position);
+      auto item = (*group)->next();
+      std::ranges::move((*group)->takeWarnings(), std::back_inserter(warnings_));
+      if (!item || *item) return item;
+      active_.erase(group);
+    }
+    return std::nullopt;
+  }
+
+  [[nodiscard]] CopiedStream copiedStream(std::optional<std::size_t> track) const override {
+    for (const auto& group : groups_) {
+      if (track ? group->gives(*track) : group->givesImage()) return group->copiedStream(track);
+    }
+    return {};
+  }
+
+  [[nodiscard]] Ticks imageEnd() const override {
+    for (const auto& group : groups_) {
+      if (group->givesImage()) return group->end();
+    }
+    return 0;
+  }
+
+  [[nodiscard]] const std::vector<TranscodeRunWarning>& warnings() const override { return warnings_; }
+
+ private:
+  const ReadingOptions options_;
+  std::vector<std::unique_ptr<GroupReader>> groups_;
+  /// Those that have not ended.
+  std::vector<GroupReader*> active_;
+  std::vector<TranscodeRunWarning> warnings_;
+};
+
+}  // namespace
+
+Expected<std::unique_ptr<SourceReader>, TranscodeRunError> SourceReader::open(const TranscodePlan& plan,
+                                                                              const ReadingOptions& options) {
+  auto reader = std::make_unique<GroupsReader>(options);
+  if (auto error = reader->open(plan)) return Unexpected(*std::move(error));
+  return reader;
+}
+
+}  // namespace meridian::inline v0_2::libav
