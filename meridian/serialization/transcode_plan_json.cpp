@@ -82,12 +82,9 @@ struct StepMembers {
     return {{"text", step.text}, {"style", encodedStyle(step.style)}};
   }
   PlanJson operator()(const WatermarkStep& step) const {
-    return {{"path", step.path},
-            {"anchor", step.anchor.rawValue()},
-            {"width", step.size.width},
-            {"height", step.size.height},
-            {"scale", step.scale},
-            {"margin", step.margin}};
+    return {{"path", step.path},        {"anchor", step.anchor.rawValue()},
+            {"width", step.size.width}, {"height", step.size.height},
+            {"scale", step.scale},      {"margin", step.margin}};
   }
 };
 

@@ -127,8 +127,8 @@ struct Subcommand {
   std::string wordsOption = {};
   /// The positional that may be given in place of the words; empty if there is none.
   std::string wordsAlternative = {};
-  /// The option with which a file gives the words; empty if there is none.
-  std::string fileOption = {};
+  /// The options with which a file gives the words.
+  std::vector<std::string> fileOptions = {};
   /// The flags that the words may contain, if these are not the transcoder's.
   std::vector<std::string> wordFlags = {};
   std::vector<Option> options = {};
@@ -142,7 +142,9 @@ struct Subcommand {
   [[nodiscard]] std::string fullName() const { return group.empty() ? name : group + " " + name; }
   /// Returns true if words after "--" are required with these options.
   [[nodiscard]] bool takesWordsWith(const Arguments& arguments) const {
-    if (!fileOption.empty() && arguments.has(fileOption)) return false;
+    for (const std::string& option : fileOptions) {
+      if (arguments.has(option)) return false;
+    }
     if (!wordsAlternative.empty() && arguments.has(wordsAlternative)) return false;
     return takesWords && (wordsOption.empty() || arguments.has(wordsOption));
   }

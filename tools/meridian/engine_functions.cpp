@@ -38,13 +38,16 @@ nlohmann::ordered_json encode(const PlannedTranscode& planned) {
 extern "C" const meridian::command::EngineModule* meridianEngineModule() {
   using namespace meridian;
   using namespace meridian::command;
-  static constexpr EngineModule module{&listing,
-                                       [](const TranscodeExplanation& words) { return planTranscode(words); },
-                                       &describe,
-                                       &encode,
-                                       [](const auto& basic, const auto* image, auto progress, const auto& stop) {
-                                         return analyzeMedia(basic, image, progress, stop);
-                                       },
-                                       &meridian::removeImages};
+  static constexpr EngineModule module{
+      &listing,
+      [](const TranscodeExplanation& words) { return planTranscode(words); },
+      &describe,
+      &encode,
+      [] { return encoderInventory().version; },
+      [](const TranscodePlan& plan, const TranscodeOptions& options) { return meridian::transcode(plan, options); },
+      [](const auto& basic, const auto* image, auto progress, const auto& stop) {
+        return analyzeMedia(basic, image, progress, stop);
+      },
+      &meridian::removeImages};
   return &module;
 }

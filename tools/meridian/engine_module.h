@@ -14,6 +14,7 @@
 #include "meridian/base/expected.h"
 #include "meridian/cli/transcode_explanation.h"
 #include "meridian/engine/media_analysis.h"
+#include "meridian/engine/transcode.h"
 #include "meridian/engine/transcode_plan.h"
 
 namespace meridian::command {
@@ -38,6 +39,12 @@ struct EngineModule {
 
   /// Returns {"plan": ..., "errors": [...]}; one of them is null or empty. The plan has the warnings.
   nlohmann::ordered_json (*encode)(const PlannedTranscode& planned);
+
+  /// Returns the release of FFmpeg: "5.1.9-0+deb12u1".
+  std::string (*ffmpegVersion)();
+
+  /// Carries out a plan, as `transcode`.
+  Expected<TranscodeResult, TranscodeRunError> (*transcode)(const TranscodePlan& plan, const TranscodeOptions& options);
 
   /// Describes media and takes still images of them, as `analyzeMedia`.
   AnalyzedMedia (*analyze)(const BasicMediaAnalysisCLIOptions& basic, const DistributedMediaAnalysisImageOptions* image,

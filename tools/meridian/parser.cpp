@@ -77,11 +77,12 @@ CLI::App* addSubcommand(CLI::App& app, const Subcommand& subcommand, Arguments& 
   }
   if (subcommand.takesWords) {
     std::string words = subcommand.wordsAreOptional() ? "[-- WORD...]" : "-- WORD...";
-    if (!subcommand.fileOption.empty()) words = "(" + words + " | --" + subcommand.fileOption + " FILE)";
+    for (const std::string& option : subcommand.fileOptions) words += " | --" + option + " FILE";
+    if (!subcommand.fileOptions.empty()) words = "(" + words + ")";
     added->formatter(std::make_shared<WordsFormatter>(std::move(words)));
   }
   std::string footer;
-  if (!subcommand.fileOption.empty()) footer += std::string(fromDetails) + "\n\n";
+  if (!subcommand.fileOptions.empty()) footer += std::string(fromDetails) + "\n\n";
   if (!subcommand.details.empty()) footer += subcommand.details + "\n\n";
   added->footer(footer + exampleOf(subcommand.example));
   return added;
@@ -125,8 +126,8 @@ const std::string& positionalName(const Subcommand& subcommand, std::string_view
 /// In a subcommand that reads no words, "--" ends the options: the words after it are positionals, even if they begin
 /// with "-", and each goes to the first positional that accepts another value.
 void takeWordsAsPositionals(const Subcommand& subcommand, Arguments& arguments) {
-  if (!subcommand.fileOption.empty() && arguments.has(subcommand.fileOption)) {
-    throw UsageError("--" + subcommand.fileOption + " and words after \"--\" cannot be used together");
+  for (const std::string& option : subcommand.fileOptions) {
+    if (arguments.has(option)) throw UsageError("--" + option + " and words after \"--\" cannot be used together");
   }
   if (!subcommand.wordsAlternative.empty()) {
     throw UsageError(positionalName(subcommand, subcommand.wordsAlternative) +
@@ -238,7 +239,8 @@ std::string plainMessage(const CLI::ParseError& error, const CLI::App& app, cons
 std::string wordsHint(const Subcommand& subcommand) {
   const std::string& example = subcommand.example;
   const std::size_t begin = example.rfind('\n', example.find(" -- ")) + 1;  // npos + 1 is 0: the first line
-  const std::string fromFile = subcommand.fileOption.empty() ? "" : ", or into a file for --" + subcommand.fileOption;
+  const std::string fromFile =
+      subcommand.fileOptions.empty() ? "" : ", or into a file for --" + subcommand.fileOptions.front();
   const std::string instead = subcommand.wordsAlternative.empty()
                                   ? ""
                                   : "give " + positionalName(subcommand, subcommand.wordsAlternative) + ", or ";

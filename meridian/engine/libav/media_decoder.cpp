@@ -49,6 +49,11 @@ Expected<std::unique_ptr<MediaDecoder>, std::string> MediaDecoder::open(const AV
   context->max_pixels = mostPixels;
   const unsigned cores = std::max(std::thread::hardware_concurrency(), 1U);
   context->thread_count = static_cast<int>(std::min(options.threads == 0 ? cores : options.threads, mostThreads));
+  // Where every image stands alone, threads that share one keep fewer images in memory than threads with one each.
+  const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec->id);
+  const bool standsAlone = descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
+  // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flag.
+  if (standsAlone && (codec->capabilities & AV_CODEC_CAP_SLICE_THREADS) != 0) context->thread_type = FF_THREAD_SLICE;
   if (stopsAtErrors(codec->id)) context->err_recognition |= AV_EF_EXPLODE;
   if (options.triesGpu) decoder->openDevice(*codec);
   silence(*context);

@@ -93,11 +93,7 @@ class MuxedOutput final : public MediaOutput {
     return takesAny ? 0 : static_cast<std::size_t>(std::max(context.frame_size, 0));
   }
 
-  std::optional<TranscodeRunError> writeImage(FramePointer image) override {
-    ++images_;
-    video_->end = av_rescale_q(image->pts + 1, video_->encoder->context().time_base, timeLine);
-    return encode(*video_, std::move(image));
-  }
+  std::optional<TranscodeRunError> writeImage(FramePointer image) override { return encode(*video_, std::move(image)); }
 
   std::optional<TranscodeRunError> writeSound(std::size_t track, FramePointer sound) override {
     OutputStream& stream = *sounds_[track];
@@ -309,13 +305,19 @@ class MuxedOutput final : public MediaOutput {
     std::optional<TranscodeRunError> error;
     const AVRational base = stream.encoder->context().time_base;
     const auto failure = stream.encoder->encode(std::move(frame), [&](PacketPointer packet) {
-      if (packet->duration == 0 && &stream == video_.get()) packet->duration = 1;
+      if (&stream == video_.get()) countImage(*packet, base);
       av_packet_rescale_ts(packet.get(), base, stream.stream->time_base);
       error = write(stream, std::move(packet));
       return !error;
     });
     if (failure && !error) error = TranscodeRunError{notEncoded, plan_.output.path, *failure};
     return error;
+  }
+
+  void countImage(AVPacket& packet, const AVRational& base) {
+    if (packet.duration == 0) packet.duration = 1;
+    ++images_;
+    video_->end = std::max(video_->end.load(), av_rescale_q(packet.pts + packet.duration, base, timeLine));
   }
 
   [[nodiscard]] std::optional<TranscodeRunError> filtered(OutputStream& stream, PacketPointer packet) {

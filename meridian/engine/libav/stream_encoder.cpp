@@ -10,6 +10,8 @@ extern "C" {
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <limits>
+#include <thread>
 #include <utility>
 
 #include "meridian/engine/libav/channel_order.h"
@@ -61,6 +63,15 @@ void setImage(AVCodecContext& context, const ImageForm& image) {
   context.color_range = image.range == ColorRange::full ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
 }
 
+/// Returns the threads of an encoder; 0 for as many as it chooses itself. Those that encode an image each need memory
+/// for one each, and the decoder needs cores too.
+int encoderThreads(const AVCodec& codec, unsigned threads) {
+  // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flag.
+  if ((codec.capabilities & AV_CODEC_CAP_FRAME_THREADS) == 0) return static_cast<int>(threads);
+  const unsigned cores = threads == 0 ? std::thread::hardware_concurrency() : threads;
+  return static_cast<int>(std::max(cores / 2, 1U));
+}
+
 std::string deviceOf(const PlannedVideoEncoder& encoder) {
   if (!encoder.usesGpu) return {};
   const auto row = std::ranges::find(gpuEncoderRows, encoder.name, &GpuEncoderRow::encoder);
@@ -78,7 +89,7 @@ OpenedEncoder StreamEncoder::openVideo(const PlannedVideo& video, bool hasHeader
   setImage(*context, image);
   context->field_order = fieldOrderOf(planned, image.isInterlaced);
   context->codec_tag = tagOf(planned.tag);
-  context->thread_count = static_cast<int>(threads);
+  context->thread_count = encoderThreads(*codec, threads);
   // NOLINTBEGIN(hicpp-signed-bitwise): FFmpeg's own flags.
   if (hasHeaders) context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   if (planned.quantizer) {

@@ -265,7 +265,7 @@ Subcommand explainCommand() {
           "meridian explain -- -preset solvane_cloud -dims 1920x1080 -vcoedc h264 -overwrite a.mov\n"
           "meridian explain --strict --from jobs.txt",
       .takesWords = true,
-      .fileOption = "from",
+      .fileOptions = {"from"},
       .options = {{Option::Kind::flag, "json", "Print JSON: settings, presets, rejected, dropped, notes"},
                   {Option::Kind::flag, "plan", "Also plan the transcode, and print its errors or warnings"},
                   strictOption(),

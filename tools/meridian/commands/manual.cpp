@@ -37,9 +37,10 @@ void printSynopsis(const Subcommand& subcommand) {
   }
   if (subcommand.takesWords) {
     std::string words = bold("--") + ' ' + italic("WORD") + "...";
-    if (!subcommand.fileOption.empty()) {
-      words = "(" + words + " | " + bold("--" + subcommand.fileOption) + ' ' + italic("FILE") + ")";
+    for (const std::string& option : subcommand.fileOptions) {
+      words += " | " + bold("--" + option) + ' ' + italic("FILE");
     }
+    if (!subcommand.fileOptions.empty()) words = "(" + words + ")";
     std::cout << ' ' << (subcommand.wordsAreOptional() ? "[" + words + "]" : words);
   }
   std::cout << '\n';

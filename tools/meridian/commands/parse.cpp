@@ -33,7 +33,7 @@ Subcommand parseCommand() {
           "meridian parse --keep-order -- -preset solvane_cloud -out /out/a.mov -overwrite\n"
           "meridian parse --strict --from jobs.txt",
       .takesWords = true,
-      .fileOption = "from",
+      .fileOptions = {"from"},
       .options = {{flag, "keep-order", "Keep the order of the flags; a store keeps its own"},
                   strictOption(),
                   fromOption()},

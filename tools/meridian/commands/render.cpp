@@ -34,7 +34,7 @@ Subcommand renderCommand() {
           "meridian render --null -- -preset solvane_4444xq -out /out/a.mov | xargs -0 meridian-transcoder\n"
           "meridian render --json --from jobs.txt",
       .takesWords = true,
-      .fileOption = "from",
+      .fileOptions = {"from"},
       .options = {{flag, "keep-order", "Keep the order of the flags; a store keeps its own"},
                   {flag, "json", "Print a JSON list"},
                   {flag, "null", "End each element with a NUL, for xargs -0; elements may contain newlines"},

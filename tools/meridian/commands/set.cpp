@@ -113,7 +113,7 @@ Subcommand setCommand() {
           propertyLines(),
       .example = "meridian set videoFormat=h264 videoDimensions=1280x720 videoFrameRate= -- -preset solvane_cloud",
       .takesWords = true,
-      .fileOption = "from",
+      .fileOptions = {"from"},
       .options = {{.kind = Option::Kind::positional,
                    .name = "assignments",
                    .help = "PROPERTY=VALUE; an empty VALUE removes the setting; inputFiles may be repeated",

@@ -1,39 +1,95 @@
-// meridian transcode: what a transcode would do, and the transcoder's listings.
+// meridian transcode: transcodes planned and carried out, one or many, and the transcoder's listings.
+#include "meridian/base/numbers.h"
+#include "tools/meridian/transcode_jobs.h"
 #include "tools/meridian/transcoding.h"
 #include "tools/meridian/vector_input.h"
 
 namespace meridian::command {
+namespace {
+
+void checkOptions(const Arguments& arguments) {
+  for (const char* const option : {"parallel", "resume"}) {
+    if (arguments.has(option) && !arguments.has("jobs"))
+      throw UsageError(std::string("--") + option + " is for --jobs");
+  }
+  if (arguments.has("accept-damaged") && arguments.has("plan")) {
+    throw UsageError("--accept-damaged is for a transcode that is carried out, not for --plan");
+  }
+  if (arguments.has("resume") && arguments.value("jobs") == "-") {
+    throw UsageError("--resume needs a file of jobs, beside which it keeps what is complete; not standard input");
+  }
+}
+
+Status carryOutJobs(const Arguments& arguments) {
+  JobsRequest request{.path = *arguments.value("jobs"),
+                      .resumes = arguments.has("resume"),
+                      .isJson = arguments.has("json"),
+                      .acceptsDamaged = arguments.has("accept-damaged")};
+  if (const auto parallel = arguments.value("parallel")) {
+    const auto number = integerFromText(*parallel);
+    constexpr std::int64_t most = 256;
+    if (!number || *number < 1 || *number > most)
+      throw CommandError(*parallel, "is not a number of jobs from 1 to 256");
+    request.parallel = static_cast<int>(*number);
+  }
+  return transcodeJobs(request);
+}
+
+}  // namespace
 
 Subcommand transcodeCommand() {
   using enum Option::Kind;
   return {
       .name = "transcode",
-      .description = "Plan a transcode: what would be decoded, changed, encoded and written, or every error at once",
+      .description = "Transcode clips, or show what would be decoded, changed, encoded and written",
       .details =
-          "This version plans transcodes but does not carry them out yet, so --plan is needed. Planning looks at the\n"
-          "files and changes none. Warnings are printed on standard error; with errors the exit status is 1.\n"
-          "The transcoder's listing commands, such as -codecs, print their listing in place of a plan.\n"
-          "\"meridian-transcoder WORD...\" does the same without printing a plan, with the vector alone, for "
-          "applications.",
+          "The output appears under its name when it is complete. A source that is damaged or ends early is an error,\n"
+          "unless --accept-damaged is given. Every error of a plan is printed at once, before any work; the exit "
+          "status\n"
+          "is then 1. Progress is shown on a terminal; -progress_file writes it as JSON Lines, and -progress_prefix\n"
+          "prints lines on standard output.\n"
+          "\n"
+          "--jobs transcodes several vectors, as many at a time as cores and memory allow, goes on after one that "
+          "fails,\n"
+          "and prints a line for each. With --resume it leaves out those that are complete, whose sources and "
+          "settings\n"
+          "have not changed; FILE.state keeps what is complete.\n"
+          "\n"
+          "The transcoder's listing commands, such as -codecs, print their listing in place of a transcode.\n"
+          "\"meridian-transcoder WORD...\" does the same with the vector alone, for applications.",
       .example =
-          "meridian transcode --plan -- -in_0_0 a.mov -out b.mov -vcodec h264 -dims 1280x720\n"
+          "meridian transcode -- -in_0_0 a.mov -out b.mov -vcodec h264 -dims 1280x720\n"
+          "meridian transcode --plan -- -in_0_0 a.mov -out b.mov -preset solvane_cloud\n"
+          "meridian transcode --jobs night.txt --resume\n"
           "meridian transcode -- -codecs",
       .takesWords = true,
-      .fileOption = "from",
+      .fileOptions = {"from", "jobs"},
       .options = {{flag, "plan", "Print what would be done, and do nothing"},
-                  {flag, "json", "With --plan, print JSON: the plan or null, and the errors; or the listing"},
+                  {flag, "json", "Print JSON: the result, or with --plan the plan, and the errors; or the listing"},
+                  {flag, "accept-damaged", "Go on where a source is damaged or ends early, with a warning"},
+                  {value,
+                   "jobs",
+                   "Transcode the vectors in FILE, a line each, or in standard input for \"-\"",
+                   "FILE",
+                   {},
+                   false,
+                   false,
+                   false,
+                   true},
+                  {value, "parallel", "With --jobs, how many at a time", "N"},
+                  {flag, "resume", "With --jobs, leave out what is complete"},
                   fromOption()},
-      .checkNames =
-          [](const Arguments& arguments) {
-            if (arguments.has("json") && !arguments.has("plan")) throw UsageError("--json is for --plan");
-          },
+      .exclusive = {"from", "jobs"},
+      .checkNames = checkOptions,
       .action =
           [](const Arguments& arguments) {
+            if (arguments.has("jobs")) return carryOutJobs(arguments);
             return forEachVector(arguments, [&arguments](const GivenVector& given) {
               return transcode(given.wordViews(), {.program = "meridian",
                                                    .line = given.line,
                                                    .isPlanOnly = arguments.has("plan"),
-                                                   .isJson = arguments.has("json")});
+                                                   .isJson = arguments.has("json"),
+                                                   .acceptsDamaged = arguments.has("accept-damaged")});
             });
           },
   };

@@ -1,0 +1,159 @@
+#include "tools/meridian/job_state.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <system_error>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "meridian/base/printable.h"
+#include "meridian/serialization/transcode_plan_json.h"
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// FNV-1a with 64 bits (Fowler, Noll and Vo), from two beginnings.
+class Hash {
+ public:
+  void add(std::string_view text) noexcept {
+    for (const char c : text) {
+      for (std::uint64_t& each : state_) {
+        each ^= static_cast<unsigned char>(c);
+        each *= 0x100000001b3U;
+      }
+      state_[1] = (state_[1] << 1U) | (state_[1] >> 63U);
+    }
+    // So that two texts are not one.
+    for (std::uint64_t& each : state_) each = (each ^ text.size()) * 0x100000001b3U;
+  }
+
+  [[nodiscard]] std::string text() const {
+    std::string digits;
+    for (const std::uint64_t each : state_) {
+      for (int shift = 60; shift >= 0; shift -= 4)
+        digits += "0123456789abcdef"[each >> static_cast<unsigned>(shift) & 15U];
+    }
+    return digits;
+  }
+
+ private:
+  std::array<std::uint64_t, 2> state_{0xcbf29ce484222325U, 0x84222325cbf29ce4U};
+};
+
+/// The size and time of change of a file, in bytes and nanoseconds.
+struct FileState {
+  std::uint64_t size = 0;
+  std::int64_t modified = 0;
+};
+
+std::optional<FileState> stateOf(const std::string& path) {
+  struct stat status{};
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  constexpr std::int64_t nanoseconds = 1'000'000'000;
+  return FileState{static_cast<std::uint64_t>(status.st_size),
+                   std::int64_t{status.st_mtim.tv_sec} * nanoseconds + status.st_mtim.tv_nsec};
+}
+
+void addFile(Hash& hash, const std::string& path) {
+  hash.add(path);
+  if (const auto state = stateOf(path)) {
+    hash.add(std::to_string(state->size));
+    hash.add(std::to_string(state->modified));
+  }
+}
+
+/// Adds a file, or all files of a directory.
+void addSource(Hash& hash, const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_directory(path, error)) return addFile(hash, path);
+  std::vector<std::string> files;
+  for (std::filesystem::directory_iterator each(path, error), end; !error && each != end; each.increment(error)) {
+    files.push_back(each->path().string());
+  }
+  std::ranges::sort(files);
+  for (const std::string& file : files) addFile(hash, file);
+}
+
+}  // namespace
+
+std::string jobHash(const TranscodePlan& plan, std::string_view versions) {
+  Hash hash;
+  Json document = plan;
+  // How progress is told does not change the output.
+  document.erase("warnings");
+  for (const char* const name : {"progressFile", "progressPrefix", "replacesExisting"}) {
+    if (document.contains("output")) document["output"].erase(name);
+  }
+  hash.add(document.dump(-1, ' ', false, Json::error_handler_t::replace));
+  hash.add(versions);
+  for (const PlannedSource& source : plan.sources) {
+    for (const PlannedPart& part : source.parts) addSource(hash, part.path);
+  }
+  if (!plan.video) return hash.text();
+  for (const PlannedStep& planned : plan.video->steps) {
+    if (const auto* const lut = std::get_if<LutStep>(&planned.step)) addFile(hash, lut->path);
+    if (const auto* const watermark = std::get_if<WatermarkStep>(&planned.step)) addFile(hash, watermark->path);
+  }
+  return hash.text();
+}
+
+JobState::JobState(std::string path) : path_(std::move(path)) {
+  std::ifstream file(path_, std::ios::binary);
+  for (std::string line; std::getline(file, line);) {
+    const Json entry = Json::parse(line, nullptr, false);
+    if (!entry.is_object()) continue;
+    const auto text = [&entry](const char* name) {
+      const auto found = entry.find(name);
+      return found != entry.end() && found->is_string() ? found->get<std::string>() : std::string();
+    };
+    const auto size = entry.find("size");
+    const auto modified = entry.find("modified");
+    if (size == entry.end() || !size->is_number_unsigned() || modified == entry.end() ||
+        !modified->is_number_integer()) {
+      continue;
+    }
+    entries_[text("output")] = {text("job"), size->get<std::uint64_t>(), modified->get<std::int64_t>()};
+  }
+}
+
+bool JobState::isComplete(const TranscodePlan& plan, const std::string& hash) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = entries_.find(plan.output.path);
+  if (found == entries_.end() || found->second.hash != hash) return false;
+  const auto state = stateOf(plan.output.path);
+  return state && state->size == found->second.size && state->modified == found->second.modified;
+}
+
+void JobState::add(const TranscodePlan& plan, const std::string& hash) {
+  const auto state = stateOf(plan.output.path);
+  if (!state) return;
+  const std::lock_guard lock(mutex_);
+  entries_[plan.output.path] = {hash, state->size, state->modified};
+  const Json entry{{"output", plan.output.path}, {"job", hash}, {"size", state->size}, {"modified", state->modified}};
+  // Begins with a newline, so that it is a line of its own even after one that was cut short.
+  const std::string line = "\n" + entry.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  constexpr mode_t newFile = 0666;
+  const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, newFile);
+  const bool isWritten =
+      file >= 0 && write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size()) && fsync(file) == 0;
+  const int reason = errno;
+  if (file >= 0) close(file);
+  if (!isWritten) {
+    throw CommandError(inQuotes(path_) + " cannot be written, so that --resume will repeat what is complete: " +
+                       std::generic_category().message(reason));
+  }
+}
+
+}  // namespace meridian::command

@@ -1,0 +1,49 @@
+#include "tools/meridian/progress_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <system_error>
+#include <thread>
+
+#include "meridian/base/printable.h"
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+
+ProgressFile::ProgressFile(const std::string& path, const std::stop_token& stop) {
+  constexpr mode_t newFile = 0666;
+  // A FIFO without a reader is not opened; another try follows.
+  constexpr std::chrono::milliseconds between(50);
+  for (;;) {
+    descriptor_ = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, newFile);
+    if (descriptor_ >= 0 || errno != ENXIO || stop.stop_requested()) break;
+    std::this_thread::sleep_for(between);
+  }
+  if (descriptor_ >= 0 || stop.stop_requested()) return;
+  throw CommandError(inQuotes(path) + " cannot be written, so that progress cannot be told: " +
+                     std::generic_category().message(errno) + "; check the path of -progress_file");
+}
+
+ProgressFile::~ProgressFile() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+void ProgressFile::write(const nlohmann::ordered_json& document) const {
+  const std::string line = document.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+  std::string_view rest = line;
+  while (!rest.empty() && descriptor_ >= 0) {
+    const ssize_t count = ::write(descriptor_, rest.data(), rest.size());
+    if (count < 0 && errno == EINTR) continue;
+    // A line that fits into the buffer of a FIFO is written whole or not at all.
+    if (count < 0) return;
+    rest.remove_prefix(static_cast<std::size_t>(count));
+  }
+}
+
+}  // namespace meridian::command

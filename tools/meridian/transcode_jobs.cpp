@@ -1,0 +1,221 @@
+#include "tools/meridian/transcode_jobs.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <iostream>
+#include <list>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <stop_token>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "meridian/base/printable.h"
+#include "meridian/concurrency/task_semaphore.h"
+#include "meridian/serialization/transcode_plan_json.h"
+#include "meridian/serialization/transcode_result_json.h"
+#include "meridian/version.h"
+#include "tools/meridian/engine_module.h"
+#include "tools/meridian/interruption.h"
+#include "tools/meridian/job_list.h"
+#include "tools/meridian/job_state.h"
+#include "tools/meridian/output.h"
+#include "tools/meridian/progress_bar.h"
+#include "tools/meridian/transcode_progress.h"
+#include "tools/meridian/transcoding.h"
+
+namespace meridian::command {
+namespace {
+
+/// How a job ended.
+enum class JobEnd : int { succeeded, failed, complete, cancelled };
+
+constexpr const char* nameOf(JobEnd end) noexcept {
+  constexpr const char* names[]{"done", "failed", "complete", "cancelled"};
+  return names[static_cast<int>(end)];
+}
+
+/// Returns how many jobs run at a time: one for each two cores, since each has threads for decoding and encoding, and
+/// one for each two gigabytes of memory, of which a UHD transcode takes up to one.
+int usualParallel() {
+  const unsigned cores = std::max(std::thread::hardware_concurrency(), 1U);
+  constexpr long long memoryOfJob = 2LL << 30U;
+  const long long memory = static_cast<long long>(sysconf(_SC_PHYS_PAGES)) * sysconf(_SC_PAGESIZE);
+  return static_cast<int>(std::clamp<long long>(std::min<long long>((cores + 1) / 2, memory / memoryOfJob), 1, 256));
+}
+
+/// A run of all jobs.
+class JobsRun {
+ public:
+  explicit JobsRun(const JobsRequest& request)
+      : request_(request),
+        parallel_(request.parallel.value_or(usualParallel())),
+        threads_(std::max(std::thread::hardware_concurrency() / static_cast<unsigned>(parallel_), 1U)),
+        slots_(parallel_) {
+    if (request.path != "-") state_.emplace(request.path + ".state");
+  }
+
+  [[nodiscard]] Status run(const std::stop_source& stop) {
+    jobs_ = readJobs(request_.path);
+    stop_ = stop.get_token();
+    // Loaded before threads need it.
+    static_cast<void>(engineModule());
+    std::list<std::jthread> threads;
+    for (const Job& job : jobs_) {
+      slots_.waitBlocking();
+      if (stop_.stop_requested()) {
+        slots_.signal();
+        break;
+      }
+      threads.emplace_back([this, &job] {
+        carryOutGuarded(job);
+        slots_.signal();
+      });
+    }
+    threads.clear();
+    printSummary();
+    return counts_[1] > 0 || stop_.stop_requested() ? failed : done;
+  }
+
+ private:
+  void carryOutGuarded(const Job& job) {
+    try {
+      carryOut(job);
+    } catch (const std::exception& error) {
+      end(job, JobEnd::failed, Json(), {printable(error.what())});
+    }
+  }
+
+  void carryOut(const Job& job) {
+    if (!job.error.empty()) return end(job, JobEnd::failed, Json(), {job.error});
+    const EngineModule& engine = engineModule();
+    auto planned = engine.plan(job.words);
+    const bool isThere = !planned && isOnlyThere(planned.error());
+    if (!planned && !(isThere && request_.resumes)) return endUnplanned(job, planned.error());
+    // What is there may be the complete output of this very job: it is planned as if it were to be replaced.
+    if (isThere) {
+      TranscodeExplanation words = job.words;
+      words.arguments.setShouldOverwrite(true);
+      auto replacing = engine.plan(explain(words.arguments.commandLine()));
+      if (!replacing || !state_ || !state_->isComplete(*replacing, jobHash(*replacing, versions()))) {
+        return endUnplanned(job, planned.error());
+      }
+      return end(job, JobEnd::complete, Json(), {replacing->output.path});
+    }
+    const std::string hash = jobHash(*planned, versions());
+    if (request_.resumes && state_ && state_->isComplete(*planned, hash)) {
+      return end(job, JobEnd::complete, Json(), {planned->output.path});
+    }
+    transcodeOne(job, *planned, hash);
+  }
+
+  static bool isOnlyThere(const std::vector<TranscodePlanError>& errors) {
+    return std::ranges::all_of(
+        errors, [](const TranscodePlanError& each) { return each.code == TranscodePlanErrorCode::outputExists; });
+  }
+
+  static std::string versions() { return std::string(versionText()) + " " + engineModule().ffmpegVersion(); }
+
+  void transcodeOne(const Job& job, const TranscodePlan& plan, const std::string& hash) {
+    TranscodeReport progress(plan.output, TranscodeReport::Bar::hidden, stop_);
+    const auto result = engineModule().transcode(plan, {.acceptsDamaged = request_.acceptsDamaged,
+                                                        .progress =
+                                                            [&](const TranscodeProgress& each) {
+                                                              progress.show(each);
+                                                              showBar();
+                                                            },
+                                                        .stop = stop_,
+                                                        .threads = threads_});
+    progress.end(result);
+    if (!result) {
+      const bool isCancelled = result.error().code == TranscodeRunErrorCode::interrupted;
+      return end(job, isCancelled ? JobEnd::cancelled : JobEnd::failed, Json(), {result.error().message()},
+                 {Json(result.error())});
+    }
+    if (state_) state_->add(plan, hash);
+    std::vector<std::string> messages{summaryOf(*result)};
+    for (const TranscodePlanWarning& warning : plan.warnings) messages.push_back("warning: " + warning.message());
+    for (const TranscodeRunWarning& warning : result->warnings) messages.push_back("warning: " + warning.message());
+    end(job, JobEnd::succeeded, Json(*result), messages);
+  }
+
+  void endUnplanned(const Job& job, const std::vector<TranscodePlanError>& errors) {
+    std::vector<std::string> messages;
+    for (const TranscodePlanError& error : errors) messages.push_back(error.message());
+    end(job, JobEnd::failed, Json(), messages, Json(errors));
+  }
+
+  /// Prints how a job ended: the first message on standard output with its state, the others on standard error.
+  void end(const Job& job, JobEnd how, const Json& result, const std::vector<std::string>& messages,
+           Json errors = Json::array()) {
+    const std::lock_guard lock(mutex_);
+    if (bar_) bar_->clear();
+    ++counts_[static_cast<std::size_t>(how)];
+    if (how == JobEnd::failed && errors.empty()) errors.push_back({{"message", messages.front()}});
+    if (request_.isJson) {
+      printJson({{"job", job.number}, {"state", nameOf(how)}, {"result", result}, {"errors", errors}},
+                JsonForm::oneLine);
+    } else {
+      std::cout << job.number << ": " << nameOf(how) << ": " << messages.front() << '\n';
+    }
+    std::cout.flush();
+    for (std::size_t place = 1; place < messages.size(); ++place) {
+      std::cerr << "meridian: job " << job.number << ": " << messages[place] << '\n';
+    }
+  }
+
+  void showBar() {
+    const std::lock_guard lock(mutex_);
+    if (!bar_) bar_.emplace();
+    const std::size_t ended = counts_[0] + counts_[1] + counts_[2];
+    bar_->show(std::to_string(ended) + " of " + std::to_string(jobs_.size()) + " jobs",
+               static_cast<double>(ended) / static_cast<double>(jobs_.size()));
+  }
+
+  void printSummary() {
+    const std::lock_guard lock(mutex_);
+    if (bar_) bar_->clear();
+    const std::size_t cancelled = jobs_.size() - counts_[0] - counts_[1] - counts_[2];
+    if (request_.isJson) {
+      printJson({{"done", counts_[0]}, {"failed", counts_[1]}, {"complete", counts_[2]}, {"cancelled", cancelled}},
+                JsonForm::oneLine);
+      return;
+    }
+    std::string text = std::to_string(counts_[0]) + " done, " + std::to_string(counts_[1]) + " failed";
+    if (counts_[2] > 0) text += ", " + std::to_string(counts_[2]) + " complete before";
+    if (cancelled > 0) text += ", " + std::to_string(cancelled) + " cancelled";
+    std::cout << text << std::endl;
+  }
+
+  const JobsRequest& request_;
+  int parallel_;
+  /// Of each decoder and encoder.
+  unsigned threads_;
+  TaskSemaphore slots_;
+  std::optional<JobState> state_;
+  std::vector<Job> jobs_;
+  std::stop_token stop_;
+  std::mutex mutex_;
+  std::optional<ProgressBar> bar_;
+  /// By how jobs ended.
+  std::array<std::size_t, 4> counts_{};
+};
+
+}  // namespace
+
+Status transcodeJobs(const JobsRequest& request) {
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  const std::stop_source stop;
+  const StopOnInterruption interruption(stop);
+  const Status status = JobsRun(request).run(stop);
+  std::cout.flush();
+  interruption.endIfInterrupted();
+  return status;
+}
+
+}  // namespace meridian::command
