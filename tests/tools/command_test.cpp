@@ -153,7 +153,7 @@ TEST(Command, WrongUsageExitsWithTwoAndSaysWhatToDo) {
       {{"completion", "tcsh"}, "known shells:\n  bash\n  zsh\n  fish"},
       {{"timecode", "--rate"}, "--rate needs a value: VALUE|NUM/DEN"},
       {{"encode"}, "unknown subcommand \"encode\"; known subcommands:\n  parse\n"},
-      {{"transcode", "--json", "--", "-codecs"}, "--json is for --plan"},
+      {{"transcode", "--resume", "--", "-codecs"}, "--resume is for --jobs"},
       {{"lut", "parse"}, "unknown subcommand \"parse\"; known subcommands:\n  info\n  sample\n"},
       {{"--nonsense"}, "unknown option --nonsense; known options: --help --version\n\"meridian --help\""},
       {{"rate", "--nonsense"}, "unknown option --nonsense; known options: --help --json\n\"meridian rate --help\""},

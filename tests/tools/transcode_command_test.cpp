@@ -142,13 +142,6 @@ TEST_F(PlannedClip, IsDescribedToPeopleAndMachines) {
   EXPECT_THAT(directory().names(), ElementsAre("clip.mov"));
 }
 
-TEST_F(PlannedClip, IsNotTranscodedYet) {
-  const Outcome outcome = transcoder(clipWords({}));
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_THAT(outcome.errors, AllOf(StartsWith("meridian-transcoder: "), HasSubstr("transcode --plan")));
-  EXPECT_THAT(directory().names(), ElementsAre("clip.mov"));
-}
-
 TEST_F(PlannedClip, GivesEveryErrorAtOnce) {
   const Words words =
       clipWords({"-out", path("none/new.mov"), "-vcodec", "mp4", "-dims", "7x7", "-vr", "900", "-vcoedc", "h264"});

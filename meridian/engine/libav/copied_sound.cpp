@@ -66,7 +66,7 @@ bool CopiedSound::fitCoded(AVPacket& packet) {
   // The last packet of a file states how much of it is heard; decoders give all of it.
   packetDuration_ = std::max(packetDuration_, packet.duration);
   const Ticks half = packetDuration_ / 2;
-  if (end_ && packet.pts + half > *end_) {
+  if (end_ && packet.pts + shift_.value_or(0) + half > *end_) {
     cut_ += packet.duration;
     return false;
   }

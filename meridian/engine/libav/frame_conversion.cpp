@@ -1,6 +1,7 @@
 #include "meridian/engine/libav/frame_conversion.h"
 
 extern "C" {
+#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -110,15 +111,30 @@ std::optional<std::string> FrameConverter::addPass(const ImageForm& from, const 
   constexpr int flags = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP;
   constexpr int unchanged = 1 << 16;
   const LogCollector log;
-  pass.scaler.reset(sws_getContext(from.width, from.height / pass.fields, source, to.width, to.height / pass.fields,
-                                   destination, flags, nullptr, nullptr, nullptr));
-  if (!pass.scaler) return log.firstError().empty() ? "FFmpeg's scaler cannot convert it" : log.firstError();
+  pass.scaler.reset(sws_alloc_context());
+  SwsContext* const scaler = pass.scaler.get();
+  if (scaler == nullptr) return "there is no memory for FFmpeg's scaler";
+  const auto isFull = [](const ImageForm& form) { return form.range == ColorRange::full ? 1 : 0; };
+  const auto set = [scaler](const char* name, int number) { av_opt_set_int(scaler, name, number, 0); };
+  set("srcw", from.width);
+  set("srch", from.height / pass.fields);
+  set("src_format", source);
+  set("dstw", to.width);
+  set("dsth", to.height / pass.fields);
+  set("dst_format", destination);
+  set("sws_flags", flags);
+  // Before it is initialised: later, swscale leaves out the conversion of the range between equal formats.
+  set("src_range", isFull(from));
+  set("dst_range", isFull(to));
+  if (sws_init_context(scaler, nullptr, nullptr) < 0) {
+    return log.firstError().empty() ? "FFmpeg's scaler cannot convert it" : log.firstError();
+  }
   const int sourceMatrix = isRgb(from) ? to.color.matrix : from.color.matrix;
   const int destinationMatrix = isRgb(to) ? from.color.matrix : to.color.matrix;
   // Fails where there is nothing to set, as between R'G'B' and R'G'B'.
-  static_cast<void>(sws_setColorspaceDetails(
-      pass.scaler.get(), sws_getCoefficients(sourceMatrix), from.range == ColorRange::full ? 1 : 0,
-      sws_getCoefficients(destinationMatrix), to.range == ColorRange::full ? 1 : 0, 0, unchanged, unchanged));
+  static_cast<void>(sws_setColorspaceDetails(scaler, sws_getCoefficients(sourceMatrix), isFull(from),
+                                             sws_getCoefficients(destinationMatrix), isFull(to), 0, unchanged,
+                                             unchanged));
   passes_.push_back(std::move(pass));
   return std::nullopt;
 }

@@ -25,6 +25,10 @@ class GlyphSheet {
   /// Draws the sheet; the error is what FFmpeg said.
   [[nodiscard]] static Expected<GlyphSheet, std::string> open(double size);
 
+  /// Return the width of a character and of the border, in pixels.
+  [[nodiscard]] int advance() const noexcept { return advance_; }
+  [[nodiscard]] int border() const noexcept { return border_; }
+
   /// Returns a label with a border as above. Other characters are blank.
   [[nodiscard]] TextMask textOf(std::string_view label) const;
 

@@ -62,7 +62,27 @@ OpenedStage filterStage(const std::string& filters, const ImageForm& from, unsig
   });
 }
 
-OpenedStage conversionStage(const ImageForm& from, const ImageForm& to) {
+/// Returns zscale's conversion between two forms; its codes of colours are those of H.273.
+std::string colorFilters(const ImageForm& from, const ImageForm& to) {
+  const auto range = [](const ImageForm& form) { return form.range == ColorRange::full ? "full" : "limited"; };
+  const auto codes = [](const ColorSpaceCodes& color, const std::string& suffix) {
+    return "matrix" + suffix + "=" + std::to_string(color.matrix) + ":transfer" + suffix + "=" +
+           std::to_string(color.transfer) + ":primaries" + suffix + "=" + std::to_string(color.primaries);
+  };
+  return "zscale=width=" + std::to_string(to.width) + ":height=" + std::to_string(to.height) +
+         ":filter=bicubic:" + codes(from.color, "in") + ":rangein=" + range(from) + ":" + codes(to.color, "") +
+         ":range=" + range(to) + ",format=" + to.pixelFormat;
+}
+
+/// Returns whether swscale would be inexact: between the ranges it counts in 8 bits, so that white of 10 bits becomes
+/// 1020 instead of 1023.
+bool needsExactRange(const ImageForm& from, const ImageForm& to) noexcept {
+  const bool isRgb = from.color.matrix == ColorSpaceCodes::rgbMatrix || to.color.matrix == ColorSpaceCodes::rgbMatrix;
+  return !isRgb && from.range != to.range && std::max(from.bitDepth, to.bitDepth) > 8;
+}
+
+OpenedStage conversionStage(const ImageForm& from, const ImageForm& to, unsigned threads) {
+  if (needsExactRange(from, to)) return filterStage(colorFilters(from, to), from, threads);
   auto opened = FrameConverter::open(from, to);
   if (!opened) return Unexpected(std::move(opened).error());
   return ImageStage([converter = std::shared_ptr<FrameConverter>(*std::move(opened))](
@@ -79,17 +99,6 @@ std::string rotationFilters(const RotateStep& step, const std::string& pixelForm
   if (step.degrees == 180) filters += "hflip,vflip,";
   if (step.degrees == 270) filters += "transpose=cclock,";
   return filters + "format=" + pixelFormat;
-}
-
-/// Returns zscale's conversion between two colour spaces; the codes are those of H.273 in both.
-std::string colorFilters(const ImageForm& from, const ImageForm& to) {
-  const auto range = [](const ImageForm& form) { return form.range == ColorRange::full ? "full" : "limited"; };
-  const auto codes = [](const ColorSpaceCodes& color, const std::string& suffix) {
-    return "matrix" + suffix + "=" + std::to_string(color.matrix) + ":transfer" + suffix + "=" +
-           std::to_string(color.transfer) + ":primaries" + suffix + "=" + std::to_string(color.primaries);
-  };
-  return "zscale=" + codes(from.color, "in") + ":rangein=" + range(from) + ":" + codes(to.color, "") +
-         ":range=" + range(to) + ",format=" + to.pixelFormat;
 }
 
 ImageStage cropStage(const CropStep& step, const ImageForm& to) {
@@ -281,11 +290,11 @@ class StepChain final : public VideoChain {
   }
   [[nodiscard]] std::optional<TranscodeRunError> openOf(const ScaleStep& /*step*/, const ImageForm& from,
                                                         const ImageForm& to) {
-    return add(conversionStage(from, to));
+    return add(conversionStage(from, to, threads_));
   }
   [[nodiscard]] std::optional<TranscodeRunError> openOf(const FormatStep& /*step*/, const ImageForm& from,
                                                         const ImageForm& to) {
-    return add(conversionStage(from, to));
+    return add(conversionStage(from, to, threads_));
   }
   [[nodiscard]] std::optional<TranscodeRunError> openOf(const CropStep& step, const ImageForm& /*from*/,
                                                         const ImageForm& to) {
