@@ -17,8 +17,8 @@ int main(int argc, char** argv) {
     return 1;
   }
   const auto result = transcode(*plan, {.progress = [](const TranscodeProgress& progress) {
-                                  std::fprintf(stderr, "\r%3.0f %%", progress.portion * 100);
-                                }});
+    std::fprintf(stderr, "\r%3.0f %%", progress.portion * 100);
+  }});
   std::fputc('\n', stderr);
   if (!result) {
     std::fprintf(stderr, "%s\n", result.error().message().c_str());

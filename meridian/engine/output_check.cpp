@@ -73,7 +73,10 @@ class Comparison {
       if (found != nullptr) differ("the number of video streams", "0", "1");
       return;
     }
-    if (found == nullptr) return differ("the number of video streams", "1", "0");
+    if (found == nullptr) {
+      differ("the number of video streams", "1", "0");
+      return;
+    }
     const PlannedVideo& planned = *plan_.video;
     compare("the size", sizeText(planned.output()),
             std::to_string(found->width) + " x " + std::to_string(found->height));
@@ -146,8 +149,8 @@ class Comparison {
 
   void compareSound() {
     if (written_.audio.size() != plan_.audio.size()) {
-      return differ("the number of audio tracks", std::to_string(plan_.audio.size()),
-                    std::to_string(written_.audio.size()));
+      differ("the number of audio tracks", std::to_string(plan_.audio.size()), std::to_string(written_.audio.size()));
+      return;
     }
     for (std::size_t track = 0; track < plan_.audio.size(); ++track) compareTrack(track);
   }

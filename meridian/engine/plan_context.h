@@ -49,7 +49,7 @@ struct SourceGroup {
 };
 
 /// The video that is used.
-struct SourceImage {
+struct UsedImage {
   const SourceGroup* group = nullptr;
   const SourcePart* part = nullptr;
   const VideoStreamDescription* stream = nullptr;
@@ -68,7 +68,7 @@ class PlanContext {
   // Found by one step for those after it.
   std::vector<SourceGroup> groups;
   /// Absent if there is no video, or if it is left out.
-  std::optional<SourceImage> image;
+  std::optional<UsedImage> image;
   /// Absent if it cannot be told.
   std::optional<OutputContainer> container;
   /// False if "-vn" or the container leaves the video out.

@@ -119,7 +119,7 @@ std::optional<double> sourceSeconds(const SourceGroup& group) {
 /// Returns the frames of the output: as many as the source has, or as fit into the time that they take.
 std::optional<std::int64_t> outputFrames(const PlanContext& context, const VideoFrameRate& from,
                                          const VideoFrameRate& to) {
-  const SourceImage& image = *context.image;
+  const UsedImage& image = *context.image;
   const auto frames = sourceFrames(context);
   if (!image.stream->isVariable && from == to) return frames;
   std::optional<double> seconds;
@@ -273,7 +273,7 @@ ColorSpaceCodes outputColor(PlanContext& context, const PlannedVideo& video,
 }
 
 void checkDecoder(PlanContext& context, PlannedVideo& video) {
-  const SourceImage& image = *context.image;
+  const UsedImage& image = *context.image;
   if (!image.stream->isDecodable) {
     std::string detail =
         "which is " + (image.stream->codecName.empty() ? "of an unknown codec" : printable(image.stream->codecName));
@@ -394,7 +394,7 @@ void planVideo(PlanContext& context) {
     return;
   }
 
-  const SourceImage& image = *context.image;
+  const UsedImage& image = *context.image;
   const VideoStreamDescription& stream = *image.stream;
   PlannedVideo& video = context.plan.video.emplace();
   video.stream = stream.index;

@@ -7,6 +7,12 @@
 ///     return file->publish();
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -17,37 +23,30 @@
 
 namespace meridian::inline v0_2 {
 
-/// Opens a file without a name in a directory, for reading and writing. Returns -1 where the file system or the system
-/// does not have such files; errno says why.
-[[nodiscard]] MERIDIAN_API int openNamelessFile(const std::string& directory) noexcept;
-
-/// Returns the path under which an open file is opened or linked once more: "/proc/self/fd/7".
-[[nodiscard]] MERIDIAN_API std::string descriptorPath(int descriptor);
-
-/// Returns a path beside the given one, with a hidden name that nothing has by chance: "/out/.meridian-8134".
-[[nodiscard]] MERIDIAN_API std::string hiddenPathBeside(const std::string& path);
-
-/// Returns the file that a path leads to through symbolic links; the path itself where there is nothing, or where a
-/// link leads nowhere.
-[[nodiscard]] MERIDIAN_API std::string pathThroughLinks(const std::string& path);
-
 /// How an unfinished file is kept and gets its name.
 struct WholeFileOptions {
-  /// An item that has the name is replaced: a file with its permissions kept, and of a symbolic link the file that it
-  /// leads to. Without, it stays.
+  /// A file that has the name is replaced, and its permissions are kept. If a symbolic link has the name, the file that
+  /// it leads to is replaced and the link stays. Without, what has the name stays.
   bool replaces = false;
-  /// The directory that the unfinished file is in; empty for that of its path.
+  /// The directory that the unfinished file is in; empty for that of its path. On another volume than the path, the
+  /// complete file is copied.
   std::string workDirectory = {};
   /// Gives the unfinished file a hidden name where it could do without; for tests.
   bool isHidden = false;
+  /// Called with a hidden name before the file gets it, so that it can be removed if the process ends early. What it
+  /// returns is kept as long as the file has that name.
+  std::function<std::shared_ptr<void>(const std::string& hiddenPath)> guard = {};
 };
 
 /// An unfinished file, which is gone with this object, or with the process, unless it was published. It has no name
 /// until then, so that nothing is left of it however the process ends. Where the file system cannot create such a file,
-/// it has a hidden name, which stays if the process is killed.
+/// it has a hidden name, such as ".meridian-8134", which stays if the process is killed. A file that replaces another
+/// one has a hidden name for the moment of the change.
 class WholeFile {
  public:
-  /// Creates the unfinished file.
+  /// Creates the unfinished file. With `replaces`, the error is `std::errc::is_a_directory`,
+  /// `std::errc::no_such_file_or_directory` for a link that leads nowhere, `std::errc::not_supported` for a device or a
+  /// pipe, and that of opening it for a file that may not be written.
   [[nodiscard]] MERIDIAN_API static Expected<WholeFile, std::error_code> create(const std::string& path,
                                                                                 const WholeFileOptions& options = {});
 
@@ -55,8 +54,9 @@ class WholeFile {
   WholeFile& operator=(const WholeFile&) = delete;
   WholeFile(WholeFile&& other) noexcept
       : path_(std::move(other.path_)),
+        options_(std::move(other.options_)),
         hidden_(std::exchange(other.hidden_, {})),
-        replaces_(other.replaces_),
+        guard_(std::move(other.guard_)),
         descriptor_(std::exchange(other.descriptor_, -1)) {}
   WholeFile& operator=(WholeFile&&) = delete;
   MERIDIAN_API ~WholeFile();
@@ -64,32 +64,41 @@ class WholeFile {
   /// Returns the open file, for reading and writing. It is closed with this object.
   [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
 
-  /// Returns a path under which the unfinished file can be opened once more, without an extension.
+  /// Returns a path under which the unfinished file can be opened once more, without an extension: "/proc/self/fd/7".
   [[nodiscard]] MERIDIAN_API std::string unfinishedPath() const;
 
-  /// Returns the hidden name of the unfinished file; empty if it has none.
-  [[nodiscard]] const std::string& hiddenPath() const noexcept { return hidden_; }
-
-  /// Appends the bytes; an error if the volume is full or fails, or the file gets too large for the process.
+  /// Append the bytes, or write them at a place counted in bytes from the beginning, which may be beyond the end. An
+  /// error if the volume is full or fails, or `std::errc::file_too_large` if the file gets too large for the process,
+  /// which has to ignore SIGXFSZ.
   [[nodiscard]] MERIDIAN_API std::error_code write(std::string_view bytes) noexcept;
+  [[nodiscard]] MERIDIAN_API std::error_code writeAt(std::uint64_t place, std::string_view bytes) noexcept;
 
-  /// Waits until the file is on the disk, gives it its name, and waits for that too. A file on another volume than its
-  /// path is copied beside it first. Unless it replaces, `std::errc::file_exists` if any item has the name, even a
-  /// dangling link: of several processes that publish under one name, exactly one succeeds. Call it once.
-  [[nodiscard]] MERIDIAN_API std::error_code publish();
+  /// Reads bytes from a place, and returns how many there were: fewer than the memory holds only at the end.
+  [[nodiscard]] MERIDIAN_API Expected<std::size_t, std::error_code> readAt(std::uint64_t place,
+                                                                           std::span<char> memory) const noexcept;
+
+  /// Waits until the file is on the disk, gives it its name, and waits for that too. Unless it replaces,
+  /// `std::errc::file_exists` if any item has the name, even a dangling link: of several processes that publish under
+  /// one name, exactly one succeeds. `stop` ends a copy from another volume with `std::errc::operation_canceled`. Call
+  /// it once.
+  [[nodiscard]] MERIDIAN_API std::error_code publish(const std::stop_token& stop = {});
 
  private:
-  WholeFile(std::string path, std::string hidden, bool replaces, int descriptor) noexcept
-      : path_(std::move(path)), hidden_(std::move(hidden)), replaces_(replaces), descriptor_(descriptor) {}
+  WholeFile(std::string path, WholeFileOptions options) noexcept
+      : path_(std::move(path)), options_(std::move(options)) {}
 
+  [[nodiscard]] std::error_code open(const std::string& directory);
   [[nodiscard]] std::error_code giveName();
   [[nodiscard]] std::error_code replace();
-  [[nodiscard]] std::error_code publishCopy() const;
+  [[nodiscard]] std::error_code publishCopy(const std::stop_token& stop) const;
+  [[nodiscard]] std::string guardedHiddenName(const std::string& directory, std::shared_ptr<void>& guard) const;
 
   std::string path_;
+  WholeFileOptions options_;
+  /// Empty while the file has no hidden name.
   std::string hidden_;
-  bool replaces_;
-  int descriptor_;
+  std::shared_ptr<void> guard_;
+  int descriptor_ = -1;
 };
 
 }  // namespace meridian::inline v0_2

@@ -1,6 +1,6 @@
 #include "tools/meridian/replacement_file.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -23,48 +23,43 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr ReplacementFile::Unfinished kinds[]{ReplacementFile::Unfinished::withoutName,
-                                              ReplacementFile::Unfinished::hidden};
-
 std::string contentsOf(const fs::path& path) {
   std::ostringstream contents;
   contents << std::ifstream(path).rdbuf();
   return contents.str();
 }
 
-TEST(ReplacementFile, ReplacesAFileOnlyWhenItIsComplete) {
-  for (const auto kind : kinds) {
-    const test::TemporaryDirectory directory;
-    const std::string old = directory.write("old", "old");
-    fs::permissions(old, fs::perms::owner_read | fs::perms::owner_write);
-    for (const std::string& path : {old, (directory.path() / "new").string()}) {
-      const std::string before = contentsOf(path);
-      {
-        const ReplacementFile abandoned(path, kind);
-      }
-      ReplacementFile file(path, kind);
-      std::ofstream(file.path()) << "by path";
-      EXPECT_EQ(pwrite(file.descriptor(), "BY", 2, 0), 2);
-      EXPECT_EQ(contentsOf(path), before);
-      file.replace();
-      EXPECT_EQ(contentsOf(path), "BY path");
-    }
-    EXPECT_EQ(fs::status(old).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_EQ(directory.names(), (std::vector<std::string>{"new", "old"}));
-    fs::create_symlink("old", directory.path() / "link");
-    ReplacementFile(directory.path() / "link", kind).replace();
-    EXPECT_TRUE(fs::is_symlink(directory.path() / "link"));
-    EXPECT_EQ(contentsOf(old), "");
-    EXPECT_THROW(ReplacementFile(directory.path(), kind), CommandError);
-    EXPECT_THROW(ReplacementFile(directory.path() / "none/new", kind), CommandError);
+TEST(ReplacementFile, CanBeWrittenByItsPathAndSaysWhatCannotBeReplaced) {
+  const test::TemporaryDirectory directory;
+  const std::string old = directory.write("old", "old");
+  fs::create_symlink("nowhere", directory.path() / "link");
+  for (const bool isHidden : {false, true}) {
+    WholeFile file = createReplacement(old, {.isHidden = isHidden});
+    std::ofstream(file.unfinishedPath()) << "by path";
+    EXPECT_EQ(pwrite(file.descriptor(), "BY", 2, 0), 2);
+    publishReplacement(file, old);
+    EXPECT_EQ(contentsOf(old), "BY path");
   }
+  const auto refusal = [](const std::string& path) {
+    try {
+      static_cast<void>(createReplacement(path));
+      return std::string("none");
+    } catch (const CommandError& error) {
+      return std::string(error.what());
+    }
+  };
+  EXPECT_THAT(refusal(directory.path()), testing::HasSubstr("Is a directory"));
+  EXPECT_THAT(refusal(directory.path() / "none/new"), testing::HasSubstr("No such file"));
+  EXPECT_THAT(refusal(directory.path() / "link"), testing::HasSubstr("a link to a file that does not exist"));
+  EXPECT_THAT(refusal("/dev/null"), testing::HasSubstr("it is a device or a pipe"));
+  EXPECT_EQ(directory.names(), (std::vector<std::string>{"link", "old"}));
 }
 
 TEST(ReplacementFileDeathTest, LeavesNothingWhenTheProcessEnds) {
   const test::TemporaryDirectory directory;
-  for (const auto kind : kinds) {
+  for (const bool isHidden : {false, true}) {
     const auto ended = [&](int signal) {
-      const ReplacementFile file(directory.path() / "new", kind);
+      const WholeFile file = createReplacement(directory.path() / "new", {.isHidden = isHidden});
       std::raise(signal);
     };
     EXPECT_EXIT(ended(SIGSEGV), testing::KilledBySignal(SIGSEGV), "");

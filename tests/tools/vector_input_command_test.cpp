@@ -93,6 +93,9 @@ TEST_F(FromFile, ShellWordsAreSplitByQuotingAlone) {
   for (const auto& [text, words] : cases) EXPECT_THAT(rendered(text), ElementsAre(words)) << text;
   EXPECT_EQ(run({"render"}, "-out '/\xff.mov'").output, "-out\n/\xff.mov\n");
   EXPECT_EQ(run({"render"}, std::string("-out\0/\xff.mov", 11)).output, "-out\n/\xff.mov\n");
+  using namespace std::string_literals;
+  EXPECT_THAT(rendered("-out\0a\n-b\0-web\0\n-out\0c\0\n"s),
+              ElementsAre(Words{"-out", "a\n-b", "-web", ""}, Words{"-out", "c"}));
 }
 
 TEST_F(FromFile, RefusesWhatAShellWouldInterpret) {

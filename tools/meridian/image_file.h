@@ -3,7 +3,7 @@
 /// example:
 ///
 ///     const auto image = module.open("in.dpx", std::nullopt);
-///     image->convert({replacement.descriptor(), replacement.path(), "out.dpx", *imageFormatOfExtension("dpx")},
+///     image->convert({file.descriptor(), file.unfinishedPath(), "out.dpx", *imageFormatOfExtension("dpx")},
 ///                    change, progress);
 #pragma once
 

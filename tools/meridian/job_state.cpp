@@ -18,11 +18,10 @@
 #include "meridian/base/printable.h"
 #include "meridian/serialization/transcode_plan_json.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/output.h"
 
 namespace meridian::command {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 /// FNV-1a with 64 bits (Fowler, Noll and Vo), from two beginnings.
 class Hash {
@@ -77,7 +76,10 @@ void addFile(Hash& hash, const std::string& path) {
 /// Adds a file, or all files of a directory.
 void addSource(Hash& hash, const std::string& path) {
   std::error_code error;
-  if (!std::filesystem::is_directory(path, error)) return addFile(hash, path);
+  if (!std::filesystem::is_directory(path, error)) {
+    addFile(hash, path);
+    return;
+  }
   std::vector<std::string> files;
   for (std::filesystem::directory_iterator each(path, error), end; !error && each != end; each.increment(error)) {
     files.push_back(each->path().string());

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <iostream>
@@ -35,8 +36,8 @@ namespace {
 enum class JobEnd : int { succeeded, failed, complete, cancelled };
 
 constexpr const char* nameOf(JobEnd end) noexcept {
-  constexpr const char* names[]{"done", "failed", "complete", "cancelled"};
-  return names[static_cast<int>(end)];
+  constexpr std::array names{"done", "failed", "complete", "cancelled"};
+  return names[static_cast<std::size_t>(end)];
 }
 
 /// Returns how many jobs run at a time: one for each two cores, since each has threads for decoding and encoding, and
@@ -91,26 +92,32 @@ class JobsRun {
   }
 
   void carryOut(const Job& job) {
-    if (!job.error.empty()) return end(job, JobEnd::failed, Json(), {job.error});
+    if (!job.error.empty()) {
+      end(job, JobEnd::failed, Json(), {job.error});
+      return;
+    }
     const EngineModule& engine = engineModule();
     auto planned = engine.plan(job.words);
     const bool isThere = !planned && isOnlyThere(planned.error());
-    if (!planned && !(isThere && request_.resumes)) return endUnplanned(job, planned.error());
     // What is there may be the complete output of this very job: it is planned as if it were to be replaced.
-    if (isThere) {
-      TranscodeExplanation words = job.words;
-      words.arguments.setShouldOverwrite(true);
-      auto replacing = engine.plan(explain(words.arguments.commandLine()));
-      if (!replacing || !state_ || !state_->isComplete(*replacing, jobHash(*replacing, versions()))) {
-        return endUnplanned(job, planned.error());
-      }
-      return end(job, JobEnd::complete, Json(), {replacing->output.path});
+    const auto replacing = isThere && request_.resumes ? planReplacing(job) : std::nullopt;
+    const TranscodePlan* plan = planned ? &*planned : nullptr;
+    if (replacing) plan = &*replacing;
+    const std::string hash = plan != nullptr ? jobHash(*plan, versions()) : std::string();
+    if (plan != nullptr && request_.resumes && state_ && state_->isComplete(*plan, hash)) {
+      end(job, JobEnd::complete, Json(), {plan->output.path});
+    } else if (planned) {
+      transcodeOne(job, *planned, hash);
+    } else {
+      endUnplanned(job, planned.error());
     }
-    const std::string hash = jobHash(*planned, versions());
-    if (request_.resumes && state_ && state_->isComplete(*planned, hash)) {
-      return end(job, JobEnd::complete, Json(), {planned->output.path});
-    }
-    transcodeOne(job, *planned, hash);
+  }
+
+  static std::optional<TranscodePlan> planReplacing(const Job& job) {
+    TranscodeExplanation words = job.words;
+    words.arguments.setShouldOverwrite(true);
+    auto plan = engineModule().plan(explain(words.arguments.commandLine()));
+    return plan ? std::optional<TranscodePlan>(*std::move(plan)) : std::nullopt;
   }
 
   static bool isOnlyThere(const std::vector<TranscodePlanError>& errors) {
@@ -133,8 +140,9 @@ class JobsRun {
     progress.end(result);
     if (!result) {
       const bool isCancelled = result.error().code == TranscodeRunErrorCode::interrupted;
-      return end(job, isCancelled ? JobEnd::cancelled : JobEnd::failed, Json(), {result.error().message()},
-                 {Json(result.error())});
+      end(job, isCancelled ? JobEnd::cancelled : JobEnd::failed, Json(), {result.error().message()},
+          {Json(result.error())});
+      return;
     }
     if (state_) state_->add(plan, hash);
     std::vector<std::string> messages{summaryOf(*result)};
@@ -188,7 +196,7 @@ class JobsRun {
     std::string text = std::to_string(counts_[0]) + " done, " + std::to_string(counts_[1]) + " failed";
     if (counts_[2] > 0) text += ", " + std::to_string(counts_[2]) + " complete before";
     if (cancelled > 0) text += ", " + std::to_string(cancelled) + " cancelled";
-    std::cout << text << std::endl;
+    std::cout << text << '\n' << std::flush;
   }
 
   const JobsRequest& request_;

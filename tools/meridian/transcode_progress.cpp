@@ -14,7 +14,7 @@ std::string paceText(const TranscodeProgress& progress) {
   if (progress.frame > 0) text += fixedDecimalText(progress.framesPerSecond, 1) + " fps  ";
   text += fixedDecimalText(progress.speed, 2) + "x";
   if (!progress.secondsLeft) return text;
-  const auto seconds = static_cast<long long>(std::llround(*progress.secondsLeft));
+  const auto seconds = std::llround(*progress.secondsLeft);
   const auto twoDigits = [](long long number) { return (number < 10 ? "0" : "") + std::to_string(number); };
   const std::string minutes = seconds >= 3600 ? std::to_string(seconds / 3600) + ":" + twoDigits(seconds / 60 % 60)
                                               : std::to_string(seconds / 60);
@@ -53,7 +53,7 @@ void TranscodeReport::end(const Expected<TranscodeResult, TranscodeRunError>& re
 }
 
 void TranscodeReport::printPortion(double portion) const {
-  std::cout << *prefix_ << fixedDecimalText(portion, 4) << std::endl;
+  std::cout << *prefix_ << fixedDecimalText(portion, 4) << '\n' << std::flush;
 }
 
 }  // namespace meridian::command

@@ -82,7 +82,7 @@ void tellOfErrors(const TranscodeExplanation& words, const std::vector<Transcode
   const auto setting = std::ranges::find(words.settings, flag, &ExplainedSetting::flag);
   if (setting == words.settings.end() || setting->value.empty()) return;
   if (std::ranges::find(errors, flag, &TranscodePlanError::place) != errors.end()) return;
-  std::stop_source now;
+  const std::stop_source now;
   now.request_stop();
   // A FIFO is not waited for.
   const ProgressFile file(setting->value, now.get_token());
@@ -114,7 +114,7 @@ Status carryOut(std::span<const std::string_view> words, const TranscodeRequest&
                     {"errors", result ? Json::array() : Json::array({Json(result.error())})},
                     {"warnings", planned->warnings}});
   } else if (result && !planned->output.progressPrefix) {
-    std::cout << summaryOf(*result) << std::endl;
+    std::cout << summaryOf(*result) << '\n' << std::flush;
   }
   if (!result) {
     reporter.report("", result.error().message());

@@ -125,15 +125,30 @@ ReadVectors vectorsOfShellText(std::string_view text) {
   return vectors;
 }
 
-GivenVector vectorOfTerminatedWords(std::string_view text) {
-  GivenVector vector;
-  vector.line = 1;
+/// Whether the text begins with a newline that ends a vector, rather than with one that a value begins with.
+bool beginsWithEndOfVector(std::string_view text) {
+  return text.starts_with('\n') && (text.size() == 1 || text[1] == '-');
+}
+
+ReadVectors vectorsOfTerminatedWords(std::string_view text) {
+  ReadVectors vectors;
+  std::size_t line = 1;
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\0'), text.size());
-    vector.words.emplace_back(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
+    GivenVector vector;
+    vector.line = line;
+    while (!text.empty() && (vector.words.empty() || !beginsWithEndOfVector(text))) {
+      const std::string_view word = text.substr(0, text.find('\0'));
+      vector.words.emplace_back(word);
+      line += static_cast<std::size_t>(std::ranges::count(word, '\n'));
+      text.remove_prefix(std::min(word.size() + 1, text.size()));
+    }
+    if (!text.empty()) {
+      text.remove_prefix(1);
+      ++line;
+    }
+    vectors.emplace_back(std::move(vector));
   }
-  return vector;
+  return vectors;
 }
 
 constexpr std::size_t largestInput = std::size_t{64} << 20U;
@@ -160,10 +175,7 @@ Expected<std::vector<ReadVector>, VectorInputError> vectorsOfText(std::string_vi
   if (text.starts_with("\xff\xfe") || text.starts_with("\xfe\xff"))
     return Unexpected(VectorInputError{{InputCode::utf16}});
   ReadVectors vectors;
-  if (text.find('\0') != std::string_view::npos) {
-    vectors.emplace_back(vectorOfTerminatedWords(text));
-    return vectors;
-  }
+  if (text.find('\0') != std::string_view::npos) return vectorsOfTerminatedWords(text);
   if (text.starts_with("\xef\xbb\xbf")) text.remove_prefix(3);
   bool isJson = false;
   forEachLine(text, [&isJson](std::string_view line, std::size_t) {
@@ -255,8 +267,9 @@ const std::string_view fromDetails =
     "  a JSON list of words: [\"-vr\", \"25\"]\n"
     "  words that end with a NUL, as \"meridian render --null\" prints them\n"
     "  words quoted as for a shell: -out '/out/A 1.mov' -overwrite\n"
-    "Stores and lists may be several, one on each line, and so may shell words; lines that are blank or begin with\n"
-    "# are skipped. A store is worked on as it is; explain shows what a reader of its rendered words gets.\n"
+    "Several stand one on each line; words with NULs have a newline after the last NUL of each vector. Lines that are\n"
+    "blank or begin with # are skipped. A store is worked on as it is; explain shows what a reader of its rendered "
+    "words gets.\n"
     "Messages then begin with the number of the line, all lines are worked on, and the exit status is 1 if one fails.\n"
     "Shell words are split by the shell's quotes (' \" \\) alone: nothing is expanded or run, and an unquoted\n"
     "$ ` * ? [ { ; | & < > ( ) is an error, as are # and ~ at the beginning of a word.";

@@ -40,7 +40,8 @@ using ReadVector = Expected<GivenVector, VectorInputError>;
 
 /// Reads all vectors of a text. The content decides the form:
 ///
-/// - A text with a NUL is one vector, each word of which ends with a NUL; the last one may lack it.
+/// - In a text with a NUL each word ends with a NUL; the last one may lack it. A newline between such a NUL and a word
+///   that begins with "-", or the end, ends a vector.
 /// - A text whose first line that is neither blank nor a comment begins with "{" or "[" is JSON: one store or list of
 ///   words, or one on each line.
 /// - Any other text is shell words, a vector on each line: see shell_words.h.

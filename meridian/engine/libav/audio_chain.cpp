@@ -150,9 +150,8 @@ class OriginSound {
     const bool isPlaced = static_cast<std::size_t>(inputChannels_) == target_.sourceChannels.size();
     const ChannelOrder order = isPlaced ? channelOrder(target_.sourceChannels) : unplacedOrder(inputChannels_);
     const bool isMixed = isPlaced && !target_.channels.empty();
-    const ChannelOrder wanted = isMixed    ? channelOrder(target_.channels)
-                                : isPlaced ? channelOrder(target_.sourceChannels)
-                                           : unplacedOrder(inputChannels_);
+    const ChannelOrder mixed = isMixed ? channelOrder(target_.channels) : ChannelOrder();
+    const ChannelOrder& wanted = isMixed ? mixed : order;
     outputChannels_ = isMixed ? static_cast<int>(target_.channels.size()) : inputChannels_;
     SwrContext* converter = nullptr;
     const LogCollector log;

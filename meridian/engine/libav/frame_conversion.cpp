@@ -142,7 +142,7 @@ std::optional<std::string> FrameConverter::addPass(const ImageForm& from, const 
 FramePointer FrameConverter::converted(const AVFrame& image) {
   const AVFrame* current = &image;
   FramePointer result;
-  for (Pass& pass : passes_) {
+  for (const Pass& pass : passes_) {
     FramePointer next = newImage(pass.to);
     if (!next) return nullptr;
     for (int field = 0; field < pass.fields; ++field) {

@@ -22,8 +22,6 @@ extern "C" {
 namespace meridian::inline v0_2::libav {
 namespace {
 
-using enum TranscodeRunErrorCode;
-
 struct FreesMuxer {
   void operator()(AVFormatContext* muxer) const noexcept {
     muxer->pb = nullptr;
@@ -54,6 +52,8 @@ struct OutputStream {
 };
 
 class MuxedOutput final : public MediaOutput {
+  using enum TranscodeRunErrorCode;
+
  public:
   MuxedOutput(const TranscodePlan& plan, const SourceReader& source, WholeFile& file, unsigned threads)
       : plan_(plan), source_(source), file_(file), threads_(threads) {}
@@ -66,7 +66,7 @@ class MuxedOutput final : public MediaOutput {
 
   [[nodiscard]] std::optional<TranscodeRunError> open() {
     const LogCollector log;
-    io_ = OutputIo::create(file_.descriptor());
+    io_ = OutputIo::create(file_);
     AVFormatContext* muxer = nullptr;
     const std::string name(rawValue(plan_.output.container));
     if (!io_ || avformat_alloc_output_context2(&muxer, nullptr, name.c_str(), nullptr) < 0) {

@@ -1,29 +1,30 @@
 #include "meridian/engine/libav/output_io.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <span>
+#include <string_view>
 
 namespace meridian::inline v0_2::libav {
 namespace {
 
-constexpr int bufferBytes = 256 * 1024;
+constexpr int outputBufferBytes = 256 * 1024;
 
 /// Reads what was written, from a place of its own.
 struct Reader {
-  int descriptor;
+  const WholeFile* file = nullptr;
   std::int64_t place = 0;
 };
 
 int readWritten(void* opaque, std::uint8_t* bytes, int size) noexcept {
   auto& reader = *static_cast<Reader*>(opaque);
-  const ssize_t count = pread(reader.descriptor, bytes, static_cast<std::size_t>(std::max(size, 0)), reader.place);
-  if (count < 0) return AVERROR(errno);
-  if (count == 0) return AVERROR_EOF;
-  reader.place += count;
-  return static_cast<int>(count);
+  const std::span memory(reinterpret_cast<char*>(bytes), static_cast<std::size_t>(std::max(size, 0)));
+  const auto count = reader.file->readAt(static_cast<std::uint64_t>(reader.place), memory);
+  if (!count) return AVERROR(count.error().value());
+  if (*count == 0) return AVERROR_EOF;
+  reader.place += static_cast<std::int64_t>(*count);
+  return static_cast<int>(*count);
 }
 
 std::int64_t seekReader(void* opaque, std::int64_t offset, int origin) noexcept {
@@ -36,11 +37,12 @@ std::int64_t seekReader(void* opaque, std::int64_t offset, int origin) noexcept 
 
 }  // namespace
 
-std::unique_ptr<OutputIo> OutputIo::create(int descriptor) {
-  std::unique_ptr<OutputIo> io(new OutputIo(descriptor));
-  auto* const memory = static_cast<unsigned char*>(av_malloc(bufferBytes));
+std::unique_ptr<OutputIo> OutputIo::create(WholeFile& file) {
+  std::unique_ptr<OutputIo> io(new OutputIo(file));
+  auto* const memory = static_cast<unsigned char*>(av_malloc(outputBufferBytes));
   if (memory == nullptr) return nullptr;
-  io->context_.reset(avio_alloc_context(memory, bufferBytes, 1, io.get(), nullptr, &OutputIo::write, &OutputIo::seek));
+  io->context_.reset(
+      avio_alloc_context(memory, outputBufferBytes, 1, io.get(), nullptr, &OutputIo::write, &OutputIo::seek));
   if (!io->context_) {
     av_free(memory);
     return nullptr;
@@ -59,17 +61,12 @@ void OutputIo::attach(AVFormatContext& muxer) {
 
 int OutputIo::write(void* self, std::uint8_t* bytes, int size) noexcept {
   auto& io = *static_cast<OutputIo*>(self);
-  for (int written = 0; written < size;) {
-    const ssize_t count = pwrite(io.descriptor_, bytes + written, static_cast<std::size_t>(size - written), io.place_);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) {
-      const int reason = errno;
-      if (!io.error_) io.error_ = {reason, std::generic_category()};
-      return AVERROR(reason);
-    }
-    written += static_cast<int>(count);
-    io.place_ += count;
+  const std::string_view written(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(std::max(size, 0)));
+  if (const std::error_code error = io.file_.writeAt(static_cast<std::uint64_t>(io.place_), written)) {
+    if (!io.error_) io.error_ = error;
+    return AVERROR(error.value());
   }
+  io.place_ += size;
   io.size_ = std::max(io.size_.load(), io.place_);
   return size;
 }
@@ -100,11 +97,11 @@ int OutputIo::openToRead(AVFormatContext* muxer, AVIOContext** opened, const cha
   // The muxer of QuickTime reads what it has written to put the index in front of it.
   if (flags != AVIO_FLAG_READ) return AVERROR(EPERM);
   const auto& io = *static_cast<const OutputIo*>(muxer->opaque);
-  auto* const memory = static_cast<unsigned char*>(av_malloc(bufferBytes));
+  auto* const memory = static_cast<unsigned char*>(av_malloc(outputBufferBytes));
   auto* const reader = static_cast<Reader*>(av_malloc(sizeof(Reader)));
   if (memory != nullptr && reader != nullptr) {
-    *reader = {io.descriptor_};
-    *opened = avio_alloc_context(memory, bufferBytes, 0, reader, &readWritten, nullptr, &seekReader);
+    *reader = {&io.file_};
+    *opened = avio_alloc_context(memory, outputBufferBytes, 0, reader, &readWritten, nullptr, &seekReader);
     if (*opened != nullptr) return 0;
   }
   av_free(memory);

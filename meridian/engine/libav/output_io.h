@@ -1,5 +1,5 @@
 /// \file
-/// Lets FFmpeg write to an open file, and to nothing else.
+/// Lets FFmpeg write to an unfinished file, and to nothing else.
 #pragma once
 
 #include <atomic>
@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "meridian/engine/libav/handles.h"
+#include "meridian/platform/whole_file.h"
 
 namespace meridian::inline v0_2::libav {
 
@@ -15,7 +16,7 @@ namespace meridian::inline v0_2::libav {
 class OutputIo {
  public:
   /// Returns null without memory.
-  [[nodiscard]] static std::unique_ptr<OutputIo> create(int descriptor);
+  [[nodiscard]] static std::unique_ptr<OutputIo> create(WholeFile& file);
   OutputIo(const OutputIo&) = delete;
   OutputIo& operator=(const OutputIo&) = delete;
   OutputIo(OutputIo&&) = delete;
@@ -32,7 +33,7 @@ class OutputIo {
   [[nodiscard]] std::uint64_t size() const noexcept { return static_cast<std::uint64_t>(size_.load()); }
 
  private:
-  explicit OutputIo(int descriptor) : descriptor_(descriptor) {}
+  explicit OutputIo(WholeFile& file) : file_(file) {}
 
   static int write(void* self, std::uint8_t* bytes, int size) noexcept;
   static std::int64_t seek(void* self, std::int64_t offset, int origin) noexcept;
@@ -40,7 +41,7 @@ class OutputIo {
                         AVDictionary** options) noexcept;
   static int closeReader(AVFormatContext* muxer, AVIOContext* context) noexcept;
 
-  int descriptor_;
+  WholeFile& file_;
   std::int64_t place_ = 0;
   std::atomic<std::int64_t> size_ = 0;
   std::error_code error_;

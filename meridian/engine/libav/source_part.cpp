@@ -94,7 +94,7 @@ class FilePart final : public PartSource {
       if (damage_.error()) return Unexpected(*damage_.error());
     }
     if (pending_.empty()) return std::nullopt;
-    SourceItem item = std::move(pending_.front());
+    Expected<std::optional<SourceItem>, TranscodeRunError> item(std::move(pending_.front()));
     pending_.pop_front();
     return item;
   }
@@ -216,7 +216,10 @@ class FilePart final : public PartSource {
       const Ticks start = toTimeLine(stream.start_time, stream.time_base);
       zero_ = zero_ ? std::min(*zero_, start) : start;
     };
-    if (located.video != nullptr) return include(located.video->index);
+    if (located.video != nullptr) {
+      include(located.video->index);
+      return;
+    }
     for (const AudioStreamDescription* sound : located.sounds) include(sound->index);
     if (!zero_) zero_ = 0;
   }
@@ -236,12 +239,21 @@ class FilePart final : public PartSource {
     const LogCollector log;
     const int status = av_read_frame(&input_->context(), packet.get());
     if (reportsDamageInLog_ && !log.firstError().empty()) damage_.note(position_, log.firstError());
-    if (status == AVERROR_EOF) return finish();
-    if (status < 0) return failReading(status, log);
+    if (status == AVERROR_EOF) {
+      finish();
+      return;
+    }
+    if (status < 0) {
+      failReading(status, log);
+      return;
+    }
     const auto found = streams_.find(packet->stream_index);
     if (found == streams_.end()) return;
     failures_ = 0;
-    if (found->second.decoder == nullptr) return copy(found->first, found->second, std::move(packet));
+    if (found->second.decoder == nullptr) {
+      copy(found->first, found->second, std::move(packet));
+      return;
+    }
     if (packet->dts != AV_NOPTS_VALUE) position_ = local(packet->dts, source(found->first).time_base);
     decode(found->first, found->second, packet.get());
   }
@@ -306,7 +318,10 @@ class FilePart final : public PartSource {
     const AVRational base = source(index).time_base;
     if ((packet->flags & AV_PKT_FLAG_CORRUPT) != 0) damage_.note(stream.next, "a packet is damaged");
     if (!isWhole(*packet, *source(index).codecpar)) damage_.note(stream.next, "a packet is damaged");
-    if (stream.sound != nullptr) return copySound(base, stream, std::move(packet));
+    if (stream.sound != nullptr) {
+      copySound(base, stream, std::move(packet));
+      return;
+    }
     if (!stream.hasBegun && (packet->flags & AV_PKT_FLAG_KEY) == 0) {
       error_ = TranscodeRunError{notCopyable, path_, "it begins with an image that depends on others"};
       return;
@@ -388,8 +403,8 @@ class FilePart final : public PartSource {
 /// Numbered images, each of which is a file.
 class ImageList final : public PartSource {
  public:
-  ImageList(std::vector<std::string> paths, const WantedStreams& wanted, const ReadingOptions& options)
-      : paths_(std::move(paths)), wanted_(wanted), options_(options) {}
+  ImageList(std::vector<std::string> paths, const WantedStreams& wanted, ReadingOptions options)
+      : paths_(std::move(paths)), wanted_(wanted), options_(std::move(options)) {}
 
   Expected<std::optional<SourceItem>, TranscodeRunError> next() override {
     while (place_ < paths_.size()) {

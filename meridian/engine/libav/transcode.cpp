@@ -113,7 +113,7 @@ class Run {
     if (auto error = carryOut(*file)) return Unexpected(*std::move(error));
     auto description = checkedOutput(*file);
     if (!description) return Unexpected(std::move(description).error());
-    if (const std::error_code error = file->publish()) return Unexpected(outputError(error));
+    if (const std::error_code error = file->publish(options_.stop)) return Unexpected(outputError(error));
     TranscodeResult result;
     result.path = plan_.output.path;
     result.output = *std::move(description);
@@ -132,6 +132,7 @@ class Run {
 
   [[nodiscard]] TranscodeRunError outputError(const std::error_code& error) const {
     if (error == std::errc::file_exists) return {outputExists, plan_.output.path};
+    if (error == std::errc::operation_canceled) return {interrupted, plan_.output.path};
     return {outputNotWritten, plan_.output.path, {}, error};
   }
 
@@ -161,12 +162,16 @@ class Run {
     converted_.cancel();
   }
 
-  /// Runs the work of a thread; what it throws for want of memory is an error like any other.
-  void guarded(auto work) noexcept {
+  /// Runs the work of a thread and ends the others if it fails. What it throws is thrown on by `carryOut`.
+  void guarded(std::optional<TranscodeRunError> (Run::*work)()) noexcept {
     try {
-      work();
-    } catch (const std::bad_alloc&) {
-      fail({outOfMemory, plan_.output.path});
+      if (auto error = (this->*work)()) fail(*std::move(error));
+    } catch (...) {
+      {
+        const std::lock_guard lock(errorMutex_);
+        if (!exception_) exception_ = std::current_exception();
+      }
+      cancelQueues();
     }
   }
 
@@ -179,10 +184,11 @@ class Run {
     if (auto error = openChains()) return error;
     {
       const std::stop_callback stopped(options_.stop, [this] { fail({interrupted, plan_.output.path}); });
-      std::jthread reading([this] { guarded([this] { read(); }); });
-      std::jthread converting([this] { guarded([this] { convert(); }); });
-      guarded([this] { write(); });
+      const std::jthread reading([this] { guarded(&Run::read); });
+      const std::jthread converting([this] { guarded(&Run::convert); });
+      guarded(&Run::write);
     }
+    if (exception_) std::rethrow_exception(exception_);
     if (!error_) {
       if (auto error = output_->finish()) error_ = std::move(error);
     }
@@ -223,21 +229,22 @@ class Run {
     return std::nullopt;
   }
 
-  void read() {
+  [[nodiscard]] std::optional<TranscodeRunError> read() {
     for (;;) {
       auto item = reader_->next();
-      if (!item) return fail(std::move(item).error());
+      if (!item) return std::move(item).error();
       if (!*item) break;
-      if (!pushWeighed(read_, **std::move(item))) return;
+      if (!pushWeighed(read_, **std::move(item))) return std::nullopt;
     }
     read_.close();
+    return std::nullopt;
   }
 
   [[nodiscard]] auto sinkOfSound(std::size_t track) {
     return [this, track](FramePointer sound) { return handOn(ConvertedSound{track, std::move(sound)}); };
   }
 
-  void convert() {
+  [[nodiscard]] std::optional<TranscodeRunError> convert() {
     const auto sinkOfImages = [this](FramePointer image) { return handOn(ConvertedImage{std::move(image)}); };
     while (auto item = read_.pop()) {
       std::optional<TranscodeRunError> error;
@@ -248,11 +255,12 @@ class Run {
       } else {
         error = handOn(std::get<CopiedPacket>(std::move(*item)));
       }
-      if (error) return fail(*std::move(error));
+      if (error) return error;
     }
-    if (isCancelled()) return;
-    if (auto error = finishChains(sinkOfImages)) return fail(*std::move(error));
+    if (isCancelled()) return std::nullopt;
+    if (auto error = finishChains(sinkOfImages)) return error;
     converted_.close();
+    return std::nullopt;
   }
 
   [[nodiscard]] std::optional<TranscodeRunError> finishChains(libav::ImageSink sinkOfImages) {
@@ -279,10 +287,10 @@ class Run {
 
   [[nodiscard]] bool isCancelled() {
     const std::lock_guard lock(errorMutex_);
-    return error_.has_value();
+    return error_ || exception_;
   }
 
-  void write() {
+  [[nodiscard]] std::optional<TranscodeRunError> write() {
     while (auto item = converted_.pop()) {
       std::optional<TranscodeRunError> error;
       if (auto* const image = std::get_if<ConvertedImage>(&*item)) {
@@ -292,11 +300,11 @@ class Run {
       } else {
         error = output_->writePacket(std::get<CopiedPacket>(std::move(*item)));
       }
-      if (error) return fail(*std::move(error));
+      if (error) return error;
       reportProgress();
     }
-    if (isCancelled()) return;
-    if (auto error = endStreams()) fail(*std::move(error));
+    if (isCancelled()) return std::nullopt;
+    return endStreams();
   }
 
   [[nodiscard]] std::optional<TranscodeRunError> endStreams() {
@@ -369,6 +377,7 @@ class Run {
   BoundedQueue<WriterItem> converted_{queueCapacity};
   std::mutex errorMutex_;
   std::optional<TranscodeRunError> error_;
+  std::exception_ptr exception_;
   WrittenMedia written_;
   std::vector<TranscodeRunWarning> warnings_;
 };

@@ -8,6 +8,7 @@ extern "C" {
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <deque>
 #include <functional>
 #include <map>
 #include <span>
@@ -164,7 +165,7 @@ OpenedStage lutStage(const LutStep& step, const ImageForm& form) {
 class TimecodeBurn {
  public:
   TimecodeBurn(GlyphSheet glyphs, TextStyle style, ImageForm form, const PlannedTimecode& timecode)
-      : glyphs_(std::move(glyphs)), style_(std::move(style)), form_(std::move(form)), timecode_(timecode) {}
+      : glyphs_(std::move(glyphs)), style_(style), form_(std::move(form)), timecode_(timecode) {}
 
   /// `place` counts the images of the output, `part` is that of the source that the image is from.
   void burn(AVFrame& image, std::int64_t place, std::size_t part) {
@@ -262,7 +263,7 @@ class StepChain final : public VideoChain {
 
   [[nodiscard]] std::optional<TranscodeRunError> openStep(const PlannedStep& planned, const ImageForm& from,
                                                           const ImageForm& to) {
-    return std::visit([&](const auto& step) { return openOf(step, from, to); }, planned.step);
+    return std::visit([this, &from, &to](const auto& step) { return this->openOf(step, from, to); }, planned.step);
   }
 
   [[nodiscard]] std::optional<TranscodeRunError> add(OpenedStage stage) {

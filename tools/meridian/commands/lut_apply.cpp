@@ -107,7 +107,7 @@ struct LutApplication {
   void apply(const ImageJob& job, const ImageFile::Progress& show) const {
     const auto image = images.open(job.from, layer);
     const ImageFormat& format = writtenFormat(job.to);
-    ReplacementFile replacement(job.to);
+    WholeFile replacement = createReplacement(job.to);
     const ImageLut& lut = luts.forImage(*image);
     const auto change = [this, &lut](const auto& view) {
       if (const auto applied = lut.apply(view, view, threadsPerImage); !applied) {
@@ -115,9 +115,9 @@ struct LutApplication {
       }
     };
     image->convert(
-        {replacement.descriptor(), replacement.path(), job.to, format},
+        {replacement.descriptor(), replacement.unfinishedPath(), job.to, format},
         [&change](const ImageFile::Colors& colors) { std::visit(change, colors); }, show);
-    replacement.replace();
+    publishReplacement(replacement, job.to);
   }
 };
 

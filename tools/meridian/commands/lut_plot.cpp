@@ -80,9 +80,9 @@ Status plotToFile(const Arguments& arguments) {
   LutPlotLabels labels =
       file != nullptr ? labelsOf(*file, lut.options) : labelsOf(std::get<PublishedLut>(lut.lut), lut.options);
   labels.title = printable(lastPathComponent(*arguments.value("lut")));
-  ReplacementFile replacement(out);
-  plots.plot(prepared, labels, replacement.path());
-  replacement.replace();
+  WholeFile replacement = createReplacement(out);
+  plots.plot(prepared, labels, replacement.unfinishedPath());
+  publishReplacement(replacement, out);
   return done;
 }
 
