@@ -18,7 +18,6 @@ using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using stored::AudioConversionOptions;
 using stored::PresetInformation;
-using stored::TranscodeOptions;
 using stored::VideoConversionOptions;
 
 struct CodecRow {
@@ -63,7 +62,7 @@ struct FieldRow {
 
 /// Ordered as the settings of the built-in presets are.
 constexpr auto fields = std::to_array<FieldRow>({
-    {SAVFileFormatFlag.rawValue(), Holder::options, TranscodeOptions::kFileFormatFieldNumber},
+    {SAVFileFormatFlag.rawValue(), Holder::options, stored::TranscodeOptions::kFileFormatFieldNumber},
     {SAVNoVideoFlag.rawValue(), Holder::video, VideoConversionOptions::kOmitFieldNumber},
     {SAVVideoFormatFlag.rawValue(), Holder::video, VideoConversionOptions::kCodecTypeFieldNumber},
     {SAVVideoFrameRateFlag.rawValue(), Holder::video, VideoConversionOptions::kFrameRateFieldNumber},
@@ -78,7 +77,7 @@ constexpr auto fields = std::to_array<FieldRow>({
     {SAVColorLutFileFlag.rawValue(), Holder::video, VideoConversionOptions::kLutFileFieldNumber},
     {SAVVideoGPUDecodingFlag.rawValue(), Holder::video, VideoConversionOptions::kGpuDecodeFieldNumber},
     {SAVVideoGPUEncodingFlag.rawValue(), Holder::video, VideoConversionOptions::kGpuEncodeFieldNumber},
-    {SAVPrepareForWebFlag.rawValue(), Holder::options, TranscodeOptions::kPrepareForWebFieldNumber},
+    {SAVPrepareForWebFlag.rawValue(), Holder::options, stored::TranscodeOptions::kPrepareForWebFieldNumber},
     {SAVNoAudioFlag.rawValue(), Holder::audio, AudioConversionOptions::kOmitFieldNumber},
     {SAVCopyAudioFlag.rawValue(), Holder::audio, AudioConversionOptions::kCopyFieldNumber},
     {SAVAudioFormatFlag.rawValue(), Holder::audio, AudioConversionOptions::kFormatFieldNumber},
@@ -110,13 +109,13 @@ bool isOfOneJob(std::string_view flag) {
          (known != nullptr && known->group == FlagGroup::command);
 }
 
-const Message& holderOf(const TranscodeOptions& options, Holder holder) {
+const Message& holderOf(const stored::TranscodeOptions& options, Holder holder) {
   if (holder == Holder::video) return options.video();
   if (holder == Holder::audio) return options.audio();
   return options;
 }
 
-Message& mutableHolderOf(TranscodeOptions& options, Holder holder) {
+Message& mutableHolderOf(stored::TranscodeOptions& options, Holder holder) {
   if (holder == Holder::video) return *options.mutable_video();
   if (holder == Holder::audio) return *options.mutable_audio();
   return options;
@@ -157,7 +156,7 @@ std::optional<std::string> codecText(const VideoConversionOptions& video) {
 }
 
 /// Returns the field as text of a command line; absent if it is empty, or a command line cannot express it.
-std::optional<std::string> textOfField(const TranscodeOptions& options, const FieldRow& row) {
+std::optional<std::string> textOfField(const stored::TranscodeOptions& options, const FieldRow& row) {
   if (row.flag == SAVVideoFormatFlag.rawValue()) return codecText(options.video());
   if (row.flag == SAVVideoDimensionsFlag.rawValue()) return dimensionsText(options.video());
   if (row.flag == SAVVideoFrameRateFlag.rawValue() && !FrameRate::isFramesPerSecond(options.video().frame_rate())) {
@@ -180,7 +179,7 @@ std::optional<std::string> textOfField(const TranscodeOptions& options, const Fi
 }
 
 /// Returns true if the field holds a value, even one that a command line cannot express.
-bool isSet(const TranscodeOptions& options, const FieldRow& row) {
+bool isSet(const stored::TranscodeOptions& options, const FieldRow& row) {
   if (row.flag == SAVVideoDimensionsFlag.rawValue()) return dimensionOf(options.video()) != VideoDimension::match;
   const Message& holder = holderOf(options, row.holder);
   return holder.GetReflection()->HasField(holder, holder.GetDescriptor()->FindFieldByNumber(row.field));
@@ -188,7 +187,7 @@ bool isSet(const TranscodeOptions& options, const FieldRow& row) {
 
 /// Sets the field from the text; clears it if the text does not parse as the field's type. Without a text the field is
 /// cleared too, unless it holds a value that a command line cannot express.
-void setField(TranscodeOptions& options, const FieldRow& row, std::optional<std::string_view> text) {
+void setField(stored::TranscodeOptions& options, const FieldRow& row, std::optional<std::string_view> text) {
   // A field may be more precise than its text, such as a size beyond the precision of a float: keep it as it is.
   if (text == textOfField(options, row)) return;
   Message& holder = mutableHolderOf(options, row.holder);
@@ -227,7 +226,7 @@ void setField(TranscodeOptions& options, const FieldRow& row, std::optional<std:
 
 /// Returns the text that a field of this row gives back after it was set from the text.
 std::optional<std::string> textThroughField(const FieldRow& row, std::string_view text) {
-  TranscodeOptions options;
+  stored::TranscodeOptions options;
   setField(options, row, text);
   return textOfField(options, row);
 }
@@ -253,7 +252,7 @@ TextDictionary presetSettingsOf(const TranscodeCliArguments& arguments) {
 
 /// Updates the settings beside the fields: sets the values of those that the dictionary holds and erases them there,
 /// and removes the others. Messages are updated in place, so that fields unknown to this library survive.
-void updateOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
+void updateOtherSettings(stored::TranscodeOptions& options, TextDictionary& beside) {
   auto& settings = *options.mutable_other_settings();
   const auto isGone = [&beside](stored::Setting& setting) {
     const std::string flag = normalizedFlag(setting.flag());
@@ -268,7 +267,7 @@ void updateOtherSettings(TranscodeOptions& options, TextDictionary& beside) {
 }
 
 /// Removes the text that is stored beside the flag's field.
-void removeOtherSetting(TranscodeOptions& options, std::string_view flag) {
+void removeOtherSetting(stored::TranscodeOptions& options, std::string_view flag) {
   auto& settings = *options.mutable_other_settings();
   const auto isOfFlag = [flag](const stored::Setting& setting) { return normalizedFlag(setting.flag()) == flag; };
   settings.erase(std::remove_if(settings.begin(), settings.end(), isOfFlag), settings.end());
@@ -284,7 +283,7 @@ PresetInformation storedPreset(std::string_view name, const TranscodeCliArgument
 }
 
 void updateStoredPreset(PresetInformation& preset, const TranscodeCliArguments& arguments) {
-  TranscodeOptions& options = *preset.mutable_transcode_options();
+  stored::TranscodeOptions& options = *preset.mutable_transcode_options();
   const TextDictionary settings = presetSettingsOf(arguments);
   TextDictionary beside = settings;
   for (const FieldRow& row : fields) {
@@ -301,7 +300,7 @@ void updateStoredPreset(PresetInformation& preset, const TranscodeCliArguments& 
 }
 
 TranscodeCliArguments argumentsOf(const PresetInformation& preset) {
-  const TranscodeOptions& options = preset.transcode_options();
+  const stored::TranscodeOptions& options = preset.transcode_options();
   TextDictionary settings;
   for (const FieldRow& row : fields) {
     if (const auto text = textOfField(options, row)) settings.set(row.flag, *text);
@@ -350,7 +349,7 @@ VideoDimension videoDimension(const PresetInformation& preset) {
 }
 
 void setVideoDimension(PresetInformation& preset, const VideoDimension& dimension) {
-  TranscodeOptions& options = *preset.mutable_transcode_options();
+  stored::TranscodeOptions& options = *preset.mutable_transcode_options();
   setDimension(*options.mutable_video(), dimension);
   removeOtherSetting(options, SAVVideoDimensionsFlag.rawValue());
 }
@@ -360,7 +359,7 @@ std::optional<FrameRate> frameRate(const PresetInformation& preset) {
 }
 
 void setFrameRate(PresetInformation& preset, const FrameRate& rate) {
-  TranscodeOptions& options = *preset.mutable_transcode_options();
+  stored::TranscodeOptions& options = *preset.mutable_transcode_options();
   options.mutable_video()->set_frame_rate(rate.frameRateForProto());
   removeOtherSetting(options, SAVVideoFrameRateFlag.rawValue());
 }
@@ -370,7 +369,7 @@ std::optional<ConversionCodecType> codecType(const PresetInformation& preset) {
 }
 
 void setCodecType(PresetInformation& preset, std::optional<ConversionCodecType> codec) {
-  TranscodeOptions& options = *preset.mutable_transcode_options();
+  stored::TranscodeOptions& options = *preset.mutable_transcode_options();
   removeOtherSetting(options, SAVVideoFormatFlag.rawValue());
   options.mutable_video()->clear_codec_type();
   if (codec) setCodec(*options.mutable_video(), *codec);

@@ -232,8 +232,8 @@ std::vector<std::pair<int, double>> joinedPackets(int parts, double partLength, 
   parameters.codec_id = AV_CODEC_ID_AAC;
   parameters.sample_rate = sourceRate;
   CopiedSound sound(parameters);
-  const Ticks duration = Ticks{1024} * timeLine.den / sourceRate;
-  const auto ticks = [duration](double packets) { return static_cast<Ticks>(packets * static_cast<double>(duration)); };
+  constexpr Ticks duration = Ticks{1024} * timeLine.den / sourceRate;
+  const auto ticks = [](double packets) { return static_cast<Ticks>(packets * static_cast<double>(duration)); };
   std::vector<std::pair<int, double>> placed;
   for (int part = 0; part < parts; ++part) {
     const double begin = part * partLength;
