@@ -5,7 +5,9 @@
 ///     colorSpaceOf({1, 6, 1})                // SAVRec709ColorSpace: transfer 6 is the same function as 1
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <optional>
 
 #include "meridian/cli/transcode_values.h"
@@ -69,14 +71,30 @@ inline constexpr auto colorSpaceRows = std::to_array<ColorSpaceRow>({
   return std::nullopt;
 }
 
+/// Returns the same colour space with the code points that ProRes has (SMPTE RDD 36, 6.1.1), where several are for the
+/// same thing: transfers 1, 6, 14 and 15, matrices 5 and 6, primaries 6 and 7.
+[[nodiscard]] constexpr ColorSpaceCodes withProResCodes(ColorSpaceCodes codes) noexcept {
+  if (codes.primaries == 7) codes.primaries = 6;
+  if (codes.transfer == 6 || codes.transfer == 14 || codes.transfer == 15) codes.transfer = 1;
+  if (codes.matrix == 5) codes.matrix = 6;
+  return codes;
+}
+
+/// Returns whether ProRes has these code points.
+[[nodiscard]] constexpr bool isProResColor(const ColorSpaceCodes& codes) noexcept {
+  const auto isOf = [](int code, std::initializer_list<int> known) {
+    return std::ranges::find(known, code) != known.end();
+  };
+  return isOf(codes.primaries, {1, 2, 5, 6, 9, 11, 12}) && isOf(codes.transfer, {1, 2, 16, 18}) &&
+         isOf(codes.matrix, {1, 2, 6, 9});
+}
+
 /// Returns the colour space with these code points; absent if there is none. Code points for the same thing count as
-/// equal: transfers 1, 6, 14 and 15, matrices 5 and 6, primaries 6 and 7, and the matrix 0 of RGB with sRGB's.
+/// equal, and so does the matrix 0 of RGB with sRGB's.
 [[nodiscard]] constexpr std::optional<SAVTranscodeArgumentColorSpaceValue> colorSpaceOf(
     const ColorSpaceCodes& codes) noexcept {
   const auto normalized = [](ColorSpaceCodes each) {
-    if (each.primaries == 7) each.primaries = 6;
-    if (each.transfer == 6 || each.transfer == 14 || each.transfer == 15) each.transfer = 1;
-    if (each.matrix == 5) each.matrix = 6;
+    each = withProResCodes(each);
     if (each.matrix == 0 && each.transfer == 13) each.matrix = 1;
     return each;
   };

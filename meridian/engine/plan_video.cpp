@@ -163,7 +163,9 @@ void planCopiedVideo(PlanContext& context, PlannedVideo& video, const std::optio
                      const std::optional<VideoFrameRate>& sourceRate) {
   const VideoStreamDescription& stream = *context.image->stream;
   video.rotation = stream.rotation;
-  if (context.container && !holdsCodec(*context.container, stream.codecName)) {
+  if (context.image->group->isImageSequence) {
+    context.fail(imagesNotCopied, context.image->part->flag);
+  } else if (context.container && !holdsCodec(*context.container, stream.codecName)) {
     context.fail(containerCannotHold, context.containerFlag(),
                  (stream.codecName.empty() ? "video of an unknown codec" : printable(stream.codecName)) + " in " +
                      std::string(description(*context.container)),
@@ -332,7 +334,8 @@ void planEncodedVideo(PlanContext& context, PlannedVideo& video, const VideoFram
 
   const bool hasLut = context.has(lutFlag);
   const auto space = askedColorSpace(context);
-  const ColorSpaceCodes color = outputColor(context, video, space, hasLut);
+  ColorSpaceCodes color = outputColor(context, video, space, hasLut);
+  if (choice.row != nullptr && choice.row->hasProResColors) color = withProResCodes(color);
   const int outputDepth = tableRow(choice.format).bitDepth;
   if (hasLut && context.surroundings.lutError) {
     context.fail(lutNotUsable, lutFlag, "which " + printable(*context.surroundings.lutError));

@@ -313,10 +313,11 @@ bool chooseGpuEncoder(PlanContext& context, const EncoderChoice& choice, const s
 /// Returns the encoder for images of this size; null if this FFmpeg lacks it.
 const VideoEncoder* encoderFor(const PlanContext& context, const EncoderChoice& choice, const ImageForm& image,
                                bool keepsFields) {
-  if (choice.encoder == nullptr || !keepsFields || choice.encoder->takesFields(image.height)) return choice.encoder;
+  const auto encodes = [&](const VideoEncoder& each) { return each.encodes(image.height, keepsFields, image.color); };
+  if (choice.encoder == nullptr || encodes(*choice.encoder)) return choice.encoder;
   const auto& encoders = choice.row->encoders;
   const auto other = std::ranges::find_if(encoders, [&](const VideoEncoder& each) {
-    return !each.name.empty() && each.takesFields(image.height) && context.inventory.encoder(each.name) != nullptr;
+    return !each.name.empty() && encodes(each) && context.inventory.encoder(each.name) != nullptr;
   });
   return other != encoders.end() ? &*other : nullptr;
 }

@@ -53,6 +53,7 @@ enum class TranscodePlanErrorCode : std::uint8_t {
   filterMissing,
   muxerMissing,
   // The image.
+  imagesNotCopied,
   needsVideoCodec,
   sizeOutOfRange,
   oddSize,
@@ -132,6 +133,8 @@ struct EnumerationTable<TranscodePlanErrorCode> {
        "install an FFmpeg with this filter"},
       {muxerMissing, "muxerMissing", "names a container that this FFmpeg cannot write",
        "install an FFmpeg with this muxer, or choose another container"},
+      {imagesNotCopied, "imagesNotCopied", "is a sequence of images, which cannot be copied as video",
+       "choose a codec with -vcodec"},
       {needsVideoCodec, "needsVideoCodec", "changes the image, but the video is copied", "choose a codec with -vcodec"},
       {sizeOutOfRange, "sizeOutOfRange", "has a size that cannot be encoded", "choose another size"},
       {oddSize, "oddSize", "has an odd width or height, which the codec cannot encode", "use even numbers"},

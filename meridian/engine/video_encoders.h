@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "meridian/cli/transcode_values.h"
+#include "meridian/engine/color_spaces.h"
 #include "meridian/engine/output_container.h"
 #include "meridian/engine/pixel_format.h"
 
@@ -60,10 +61,13 @@ struct VideoEncoder {
   /// True if it fails with fields whose lines are not a multiple of 16: FFmpeg's prores_aw 5.1 then writes beyond its
   /// buffers.
   bool needsWholeBlocksInFields = false;
+  /// True if it states no colour but those that ProRes has code points for.
+  bool statesProResColorsAlone = false;
 
-  /// Returns whether it encodes interlaced images of this many lines.
-  [[nodiscard]] constexpr bool takesFields(int lines) const noexcept {
-    return !needsWholeBlocksInFields || lines % 32 == 0;
+  /// Returns whether it encodes images of this many lines with these colours.
+  [[nodiscard]] constexpr bool encodes(int lines, bool keepsFields, const ColorSpaceCodes& color) const noexcept {
+    const bool takesFields = !keepsFields || !needsWholeBlocksInFields || lines % 32 == 0;
+    return takesFields && (!statesProResColorsAlone || isProResColor(color));
   }
 };
 
@@ -103,6 +107,8 @@ struct VideoEncoderRow {
   bool keepsFields = false;
   /// The code point of the matrix that the format has without saying so; 0 for one that states its own.
   int fixedMatrix = 0;
+  /// True if it is ProRes, which of code points for the same thing has one.
+  bool hasProResColors = false;
   /// The greatest numerator of a frame rate in lowest terms; 0 for any.
   int greatestTimeScale = 0;
   /// The most pixels of a side.
@@ -112,7 +118,8 @@ struct VideoEncoderRow {
 namespace detail {
 
 inline constexpr VideoEncoder proResKs{.name = "prores_ks"};
-inline constexpr VideoEncoder proResAw{.name = "prores_aw", .needsEvenWidth = true, .needsWholeBlocksInFields = true};
+inline constexpr VideoEncoder proResAw{
+    .name = "prores_aw", .needsEvenWidth = true, .needsWholeBlocksInFields = true, .statesProResColorsAlone = true};
 
 constexpr VideoEncoderRow proResRow(const SAVTranscodeArgumentVideoCodecValue& codec,
                                     const std::array<VideoEncoder, 2>& encoders, std::span<const PixelFormat> formats,
@@ -125,7 +132,8 @@ constexpr VideoEncoderRow proResRow(const SAVTranscodeArgumentVideoCodecValue& c
           .profile = profile,
           .vendor = "apl0",
           .isIntraOnly = true,
-          .keepsFields = true};
+          .keepsFields = true,
+          .hasProResColors = true};
 }
 
 }  // namespace detail

@@ -99,6 +99,17 @@ TEST(FrameConversion, NamesMatricesThatItDoesNotHave) {
   EXPECT_THAT(failed.error(), testing::HasSubstr("ycgco"));
 }
 
+TEST(FrameConversion, StatesOtherCodePointsForTheSameColors) {
+  const ImageForm given = formOf("yuv422p10le", 10, ChromaSubsampling::yuv422, 5);
+  ImageForm wanted = given;
+  wanted.color = {6, 1, 6};
+  const FramePointer image = plainImage(given, {500, 300, 700});
+  const FramePointer converted = (*FrameConverter::open(given, wanted))->converted(*image);
+  EXPECT_EQ(converted->data[0], image->data[0]);
+  EXPECT_EQ(converted->colorspace, AVCOL_SPC_SMPTE170M);
+  EXPECT_EQ(converted->color_trc, AVCOL_TRC_BT709);
+}
+
 TEST(FrameConversion, KeepsFieldsApart) {
   ImageForm given = formOf("yuv422p", 8, ChromaSubsampling::yuv422, 1);
   given.isInterlaced = true;

@@ -190,6 +190,7 @@ const std::vector<ErrorCase>& errorCases() {
       {"-out /out/a.wav", "-out tooManyTracks", "join them with -acodec lpcm -adiscrete", {soundClip()}},
       // What this FFmpeg can do, see below.
       // The image.
+      {"-in_0_0 /card/a.0001.dpx -vr 24", "-in_0_0 imagesNotCopied", "-vcodec"},
       {"-dims 960x540", "-dims needsVideoCodec", "-vcodec"},
       {"-vr 24", "-vr needsVideoCodec", ""},
       {"-vr 25", "-vr needsVideoCodec", "", {changedClip([](Clip&, Video& video, Audio&) {

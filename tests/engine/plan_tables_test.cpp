@@ -39,7 +39,8 @@ std::string messageOf(const std::string& words) {
 TEST(PlanTables, NameFormatsAndMuxersOfTheInstalledFFmpeg) {
   const EncoderInventory& inventory = encoderInventory();
   for (const VideoEncoderRow& row : videoEncoderRows) {
-    for (const auto& [name, needsEvenWidth, needsEvenChroma, needsWholeBlocksInFields] : row.encoders) {
+    for (const VideoEncoder& candidate : row.encoders) {
+      const std::string_view name = candidate.name;
       const EncoderDescription* const encoder = inventory.encoder(name);
       if (encoder == nullptr) continue;
       const auto hasOption = [&](std::string_view option, bool isUsed) {

@@ -124,6 +124,28 @@ TEST_F(Transcodes, KeepEveryImageInEveryCodec) {
   EXPECT_THAT(directory().names(), ElementsAre("in.mov"));
 }
 
+TEST_F(Transcodes, KeepEveryImageOfOtherSources) {
+  const struct {
+    std::string name;
+    std::string filter;
+    std::string options;
+  } sources[] = {
+      {"fields.mov", "setfield=tff", "-c:v prores_ks -flags +ildct -c:a pcm_s16le"},
+      // Images without times of display.
+      {"reordered.avi", "", "-c:v mpeg4 -bf 2 -q:v 2 -c:a mp3"},
+      {"late.ts", "", "-c:v libx264 -bf 3 -pix_fmt yuv422p10le -c:a aac -output_ts_offset 3600"},
+      {"open.mkv", "", "-c:v libx265 -x265-params log-level=error -c:a flac"},
+  };
+  for (const auto& [name, filter, options] : sources) {
+    SCOPED_TRACE(name);
+    clip(name, {.options = options, .filter = filter});
+    ASSERT_TRUE(succeeds("-in_0_0 @" + name + " -out @o.mov -vcodec h264 -acodec aac -overwrite"));
+    EXPECT_EQ(numbersIn(path("o.mov")), numbersFrom(0, 24));
+    EXPECT_EQ(probed(path("o.mov"), "v:0", "field_order"), "progressive");
+    EXPECT_NEAR(std::stod(probed(path("o.mov"), "a:0", "duration")), 0.96, 0.05);
+  }
+}
+
 struct RateCase {
   std::string from;
   std::string to;

@@ -60,7 +60,10 @@ bool FrameFilter::send(FramePointer frame) { return av_buffersrc_add_frame(sourc
 
 FramePointer FrameFilter::receive() {
   FramePointer frame(av_frame_alloc());
-  return frame && av_buffersink_get_frame(sink_, frame.get()) >= 0 ? std::move(frame) : nullptr;
+  if (!frame || av_buffersink_get_frame(sink_, frame.get()) < 0) return nullptr;
+  // Filters that could give an image for each field count in halves.
+  if (frame->pts != AV_NOPTS_VALUE) frame->pts = toTimeLine(frame->pts, av_buffersink_get_time_base(sink_));
+  return frame;
 }
 
 }  // namespace meridian::inline v0_2::libav

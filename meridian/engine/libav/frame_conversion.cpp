@@ -72,11 +72,15 @@ void tagImage(AVFrame& frame, const ImageForm& form) {
 
 Expected<std::unique_ptr<FrameConverter>, std::string> FrameConverter::open(const ImageForm& from,
                                                                             const ImageForm& to) {
-  std::unique_ptr<FrameConverter> converter(new FrameConverter);
+  std::unique_ptr<FrameConverter> converter(new FrameConverter(to));
   // Between two kinds of Y'CbCr swscale changes the range alone, so that another matrix needs R'G'B' between.
   const bool changesMatrix = !isRgb(from) && !isRgb(to) &&
                              lumaWeights(from.color.matrix).value_or(LumaWeights()).red !=
                                  lumaWeights(to.color.matrix).value_or(LumaWeights()).red;
+  const bool isKnownMatrix = lumaWeights(from.color.matrix) && lumaWeights(to.color.matrix);
+  ImageForm retagged = from;
+  retagged.color = to.color;
+  if (!changesMatrix && retagged == to && (isKnownMatrix || from.color.matrix == to.color.matrix)) return converter;
   if (!changesMatrix) {
     if (auto error = converter->addPass(from, to)) return Unexpected(*std::move(error));
     return converter;
@@ -141,7 +145,7 @@ std::optional<std::string> FrameConverter::addPass(const ImageForm& from, const 
 
 FramePointer FrameConverter::converted(const AVFrame& image) {
   const AVFrame* current = &image;
-  FramePointer result;
+  FramePointer result(passes_.empty() ? av_frame_clone(&image) : nullptr);
   for (const Pass& pass : passes_) {
     FramePointer next = newImage(pass.to);
     if (!next) return nullptr;
@@ -156,8 +160,8 @@ FramePointer FrameConverter::converted(const AVFrame& image) {
     result = std::move(next);
     current = result.get();
   }
-  if (av_frame_copy_props(result.get(), &image) < 0) return nullptr;
-  tagImage(*result, passes_.back().to);
+  if (!result || (!passes_.empty() && av_frame_copy_props(result.get(), &image) < 0)) return nullptr;
+  tagImage(*result, to_);
   return result;
 }
 

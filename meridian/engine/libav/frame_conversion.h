@@ -39,10 +39,12 @@ class FrameConverter {
     ScalerPointer scaler;
   };
 
-  FrameConverter() = default;
+  explicit FrameConverter(const ImageForm& to) : to_(to) {}
 
   [[nodiscard]] std::optional<std::string> addPass(const ImageForm& from, const ImageForm& to);
 
+  ImageForm to_;
+  /// Empty where only the tags change.
   std::vector<Pass> passes_;
 };
 

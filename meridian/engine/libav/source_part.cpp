@@ -143,6 +143,8 @@ class FilePart final : public PartSource {
     std::unique_ptr<MediaDecoder> decoder;
     /// The end of the last image or sound, for one without a time.
     Ticks next = 0;
+    /// How much later than the truth its times are.
+    Ticks delay = 0;
     std::optional<DecodeTimes> decodeTimes;
     bool hasBegun = false;
   };
@@ -292,8 +294,12 @@ class FilePart final : public PartSource {
 
   void handOn(int index, Stream& stream, FramePointer frame) {
     const AVRational base = source(index).time_base;
+    // In files without times of display, such as AVI, those of decoding come later by the images that a decoder holds.
+    if (!stream.hasBegun && frame->pts == AV_NOPTS_VALUE && frame->best_effort_timestamp != AV_NOPTS_VALUE) {
+      stream.delay = std::max<Ticks>(local(frame->best_effort_timestamp, base), 0);
+    }
     Ticks time = stream.next;
-    if (frame->best_effort_timestamp != AV_NOPTS_VALUE) time = local(frame->best_effort_timestamp, base);
+    if (frame->best_effort_timestamp != AV_NOPTS_VALUE) time = local(frame->best_effort_timestamp, base) - stream.delay;
     if (stream.hasBegun && time < stream.next - greatestStepBack) {
       damage_.note(stream.next, "its time stamps go back to " + fixedDecimalText(secondsOfTicks(time), 3) + " s");
       time = stream.next;
