@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "meridian/engine/survey_transcode.h"
@@ -53,6 +55,48 @@ class Transcodes : public testing::Test {
     const auto planned = plan(words);
     if (!planned) return Unexpected(TranscodeRunError{TranscodeRunErrorCode::interrupted, "no plan"});
     return transcode(*planned, options);
+  }
+
+  /// Reports where ffprobe reads another property from a file than its plan has.
+  static void expectAsPlanned(const TranscodePlan& plan, const std::string& output) {
+    const std::string name = "file:" + output;
+    const Outcome probe = run({"ffprobe", "-v", "error", "-count_frames", "-show_streams", "-of", "json", name});
+    const auto streams = nlohmann::json::parse(probe.output)["streams"];
+    const auto ofType = [&streams](const char* type) {
+      std::vector<nlohmann::json> found;
+      for (const auto& each : streams) {
+        if (each["codec_type"] == type) found.push_back(each);
+      }
+      return found;
+    };
+    const auto images = ofType("video");
+    ASSERT_EQ(images.size(), plan.video ? 1U : 0U);
+    // A raw stream states no colours, and MXF of FFmpeg none for DNxHD.
+    const bool statesColors = !output.ends_with(".mjpeg") && !output.ends_with(".mxf");
+    if (plan.video) expectImagesAsPlanned(*plan.video, images.front(), statesColors);
+    const auto sounds = ofType("audio");
+    ASSERT_EQ(sounds.size(), plan.audio.size());
+    for (std::size_t track = 0; track < sounds.size(); ++track) {
+      if (plan.audio[track].isCopied()) continue;
+      EXPECT_EQ(sounds[track]["sample_rate"], std::to_string(plan.audio[track].sampleRate));
+      EXPECT_EQ(sounds[track]["channels"], plan.audio[track].channelCount);
+    }
+  }
+
+  static void expectImagesAsPlanned(const PlannedVideo& planned, const nlohmann::json& found, bool statesColors) {
+    const ImageForm& image = planned.output();
+    EXPECT_EQ(found["width"], image.width);
+    EXPECT_EQ(found["height"], image.height);
+    EXPECT_EQ(found["nb_read_frames"], std::to_string(planned.frameCount.value_or(-1)));
+    const MediaRational rate = image.frameRate.rawValue();
+    EXPECT_EQ(found["r_frame_rate"], std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator));
+    if (!statesColors) return;
+    const bool isFull = image.range == ColorRange::full;
+    EXPECT_EQ(found.value("color_range", "tv"), isFull ? "pc" : "tv");
+    const std::map<int, std::string> names{{1, "bt709"}, {5, "bt470bg"}, {6, "smpte170m"}};
+    EXPECT_EQ(found.value("color_space", ""), names.at(image.color.matrix));
+    EXPECT_EQ(found.value("color_transfer", ""), names.at(image.color.transfer));
+    EXPECT_EQ(found.value("color_primaries", ""), names.at(image.color.primaries));
   }
 
   /// Transcodes; reports the error of one that fails.
@@ -113,6 +157,9 @@ TEST_F(Transcodes, KeepEveryImageInEveryCodec) {
       EXPECT_EQ(numbersIn(output), numbersFrom(0, 24));
       EXPECT_EQ(transcoded->frames, 24);
       EXPECT_EQ(probed(output, "v:0", "r_frame_rate"), "25/1");
+    }
+    if (const auto planned = plan("-in_0_0 @in.mov -out @" + each.output + " -overwrite " + each.words)) {
+      expectAsPlanned(*planned, output);
     }
     EXPECT_EQ(probed(output, "v:0", "codec_name"), each.codec);
     EXPECT_EQ(probed(output, "v:0", "pix_fmt"), each.format);
@@ -277,6 +324,24 @@ double meanOfPlane(const std::string& path, int plane) {
     sum += at(place) + at(place + 1) * 256.0;
   }
   return sum * 2 / static_cast<double>(size);
+}
+
+TEST_F(Transcodes, ScaleAsAReferenceDoes) {
+  const auto made = run({"ffmpeg", "-v", "error", "-nostdin", "-f", "lavfi", "-i",
+                         "testsrc2=s=1280x720:d=0.4,format=yuv444p10le", "-c:v", "ffv1", "-colorspace", "bt709",
+                         "-color_primaries", "bt709", "-color_trc", "bt709", "file:" + path("in.mov")});
+  ASSERT_EQ(made.status, 0) << made.errors;
+  for (const std::string size : {"640x360", "1920x1080"}) {
+    ASSERT_TRUE(succeeds(
+        "-in_0_0 @in.mov -out @out.mov -vcodec prores4444xq -overwrite -aspect_scaling stretch -dims " + size));
+    std::string reference = "[1]zscale=" + size + ":filter=bicubic,format=yuv444p12le[r];[0][r]psnr";
+    reference.replace(reference.find('x', reference.find('=')), 1, ":");
+    const Outcome compared = run({"ffmpeg", "-nostdin", "-hide_banner", "-i", "file:" + path("out.mov"), "-i",
+                                  "file:" + path("in.mov"), "-filter_complex", reference, "-f", "null", "-"});
+    const std::size_t place = compared.errors.find("average:");
+    ASSERT_NE(place, std::string::npos) << compared.errors;
+    EXPECT_GT(std::stod(compared.errors.substr(place + 8)), 45.0) << size;
+  }
 }
 
 TEST_F(Transcodes, ApplyLutsInTheMatrixOfTheVideo) {
