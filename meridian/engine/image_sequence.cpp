@@ -95,7 +95,11 @@ Expected<ImageSequence, MediaError> imageSequence(const std::string& directory, 
   sequence.missingCount = sequence.lastNumber - sequence.firstNumber + 1 - distinct;
   sequence.repeatedCount = static_cast<std::int64_t>(images.size()) - distinct;
   sequence.paths.reserve(images.size());
-  for (auto& [number, path] : images) sequence.paths.push_back(std::move(path));
+  sequence.numbers.reserve(images.size());
+  for (auto& [number, path] : images) {
+    sequence.paths.push_back(std::move(path));
+    sequence.numbers.push_back(number);
+  }
   return sequence;
 }
 

@@ -20,6 +20,8 @@ namespace meridian::inline v0_2 {
 /// The images of a directory in the order of their numbers.
 struct ImageSequence {
   std::vector<std::string> paths;
+  /// The number of each.
+  std::vector<std::int64_t> numbers;
   /// Bytes of all of them.
   std::uint64_t size = 0;
   std::int64_t firstNumber = 0;

@@ -50,10 +50,6 @@ class Sections {
   std::vector<Section> sections_;
 };
 
-std::string countText(std::int64_t count, std::string_view noun) {
-  return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
-}
-
 /// Returns an anchor in words: "the bottom centre".
 std::string placeText(const SAVTranscodeArgumentOverlayAnchorValue& anchor) {
   const auto known = fromRawValue<VideoCropAnchor>(anchor.rawValue());

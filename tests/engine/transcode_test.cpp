@@ -466,6 +466,14 @@ TEST_F(Transcodes, TakeNumberedImagesAsAClip) {
     EXPECT_EQ(numbersIn(path(extension + ".mov")), numbersFrom(0, 6));
     EXPECT_EQ(probed(path(extension + ".mov"), "v:0", "r_frame_rate"), "24/1");
   }
+  // One that is missing is never closed up in silence.
+  std::filesystem::remove(path("png/shot.0101.png"));
+  const std::string words = "-in_0_0 @png -vr 24 -out @gap.mov -vcodec prores422";
+  const Result failed = result(words);
+  ASSERT_FALSE(failed);
+  EXPECT_THAT(failed.error().message(), HasSubstr("the image with the number 101 is missing"));
+  ASSERT_TRUE(succeeds(words, {.acceptsDamaged = true}));
+  EXPECT_THAT(numbersIn(path("gap.mov")), ElementsAre(0, 1, testing::AnyOf(1, 3), 3, 4, 5));
 }
 
 }  // namespace

@@ -409,32 +409,32 @@ class FilePart final : public PartSource {
 /// Numbered images, each of which is a file.
 class ImageList final : public PartSource {
  public:
-  ImageList(std::vector<std::string> paths, const WantedStreams& wanted, ReadingOptions options)
-      : paths_(std::move(paths)), wanted_(wanted), options_(std::move(options)) {}
+  ImageList(std::vector<PlacedImage> images, const WantedStreams& wanted, ReadingOptions options)
+      : images_(std::move(images)), wanted_(wanted), options_(std::move(options)) {}
 
   Expected<std::optional<SourceItem>, TranscodeRunError> next() override {
-    while (place_ < paths_.size()) {
-      if (options_.stop.stop_requested()) return Unexpected(TranscodeRunError{interrupted, paths_[place_]});
-      const std::string& path = paths_[place_];
-      const Ticks time = timeOf(place_++);
+    while (next_ < images_.size()) {
+      const auto& [path, place] = images_[next_++];
+      if (options_.stop.stop_requested()) return Unexpected(TranscodeRunError{interrupted, path});
+      const Ticks time = timeOf(place);
       auto frame = decoded(path);
-      if (frame) return SourceItem(SourceImage{*std::move(frame), time, timeOf(place_) - time});
+      if (frame) return SourceItem(SourceImage{*std::move(frame), time, timeOf(place + 1) - time});
       if (!options_.acceptsDamaged || frame.error().code != sourceDamaged) return Unexpected(std::move(frame).error());
       warnings_.push_back({TranscodeRunWarningCode::damageAccepted, path, frame.error().detail});
     }
     return std::nullopt;
   }
 
-  [[nodiscard]] Ticks end() const override { return timeOf(place_); }
-  [[nodiscard]] std::optional<Ticks> statedEnd() const override { return timeOf(paths_.size()); }
+  [[nodiscard]] Ticks end() const override { return next_ > 0 ? timeOf(images_[next_ - 1].place + 1) : 0; }
+  [[nodiscard]] std::optional<Ticks> statedEnd() const override { return timeOf(images_.back().place + 1); }
 
   [[nodiscard]] CopiedStream copiedStream(std::optional<std::size_t> /*track*/) const override { return {}; }
   [[nodiscard]] std::vector<TranscodeRunWarning> takeWarnings() override { return std::exchange(warnings_, {}); }
 
  private:
-  [[nodiscard]] Ticks timeOf(std::size_t place) const {
+  [[nodiscard]] Ticks timeOf(std::int64_t place) const {
     const MediaRational rate = wanted_.image.frameRate.rawValue();
-    return av_rescale(static_cast<std::int64_t>(place), std::int64_t{timeLine.den} * rate.denominator, rate.numerator);
+    return av_rescale(place, std::int64_t{timeLine.den} * rate.denominator, rate.numerator);
   }
 
   [[nodiscard]] Expected<FramePointer, TranscodeRunError> decoded(const std::string& path) const {
@@ -446,10 +446,10 @@ class ImageList final : public PartSource {
     return frame;
   }
 
-  std::vector<std::string> paths_;
+  std::vector<PlacedImage> images_;
   const WantedStreams& wanted_;
   const ReadingOptions options_;
-  std::size_t place_ = 0;
+  std::size_t next_ = 0;
   std::vector<TranscodeRunWarning> warnings_;
 };
 
@@ -462,10 +462,10 @@ Expected<std::unique_ptr<PartSource>, TranscodeRunError> openPart(const std::str
   return part;
 }
 
-Expected<std::unique_ptr<PartSource>, TranscodeRunError> openImages(std::vector<std::string> paths,
+Expected<std::unique_ptr<PartSource>, TranscodeRunError> openImages(std::vector<PlacedImage> images,
                                                                     const WantedStreams& wanted,
                                                                     const ReadingOptions& options) {
-  return std::make_unique<ImageList>(std::move(paths), wanted, options);
+  return std::make_unique<ImageList>(std::move(images), wanted, options);
 }
 
 }  // namespace meridian::inline v0_2::libav

@@ -74,8 +74,14 @@ class PartSource {
                                                                                 const WantedStreams& wanted,
                                                                                 const ReadingOptions& options);
 
-/// Opens images, each of which is shown for the duration of the planned rate.
-[[nodiscard]] Expected<std::unique_ptr<PartSource>, TranscodeRunError> openImages(std::vector<std::string> paths,
+/// An image of a sequence, and the place of its frame from 0.
+struct PlacedImage {
+  std::string path;
+  std::int64_t place = 0;
+};
+
+/// Opens images in the order of their places, each of which is shown for the duration of the planned rate.
+[[nodiscard]] Expected<std::unique_ptr<PartSource>, TranscodeRunError> openImages(std::vector<PlacedImage> images,
                                                                                   const WantedStreams& wanted,
                                                                                   const ReadingOptions& options);
 

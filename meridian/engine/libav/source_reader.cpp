@@ -73,10 +73,11 @@ class GroupReader {
 
   [[nodiscard]] Expected<std::unique_ptr<PartSource>, TranscodeRunError> openedPart() {
     if (!source_.isImageSequence) return openPart(source_.parts[part_].path, wanted_, options_);
-    std::vector<std::string> paths;
+    std::vector<PlacedImage> placed;
+    std::int64_t place = 0;
     for (const PlannedPart& part : source_.parts) {
       if (!pathIsDirectory(part.path)) {
-        paths.push_back(part.path);
+        placed.push_back({part.path, place++});
         continue;
       }
       auto images = imageSequence(part.path);
@@ -84,9 +85,27 @@ class GroupReader {
         return Unexpected(TranscodeRunError{sourceNotRead, part.path, std::string(images.error().text()),
                                             images.error().systemError});
       }
-      std::ranges::move(images->paths, std::back_inserter(paths));
+      if (auto error = noteMissing(*images, part.path)) return Unexpected(*std::move(error));
+      for (std::size_t each = 0; each < images->paths.size(); ++each) {
+        // Of several images with one number, each is shown.
+        if (each > 0) place += std::max<std::int64_t>(images->numbers[each] - images->numbers[each - 1], 1);
+        placed.push_back({std::move(images->paths[each]), place});
+      }
+      ++place;
     }
-    return openImages(std::move(paths), wanted_, options_);
+    return openImages(std::move(placed), wanted_, options_);
+  }
+
+  /// Returns the error of a sequence that lacks images, unless that is accepted.
+  [[nodiscard]] std::optional<TranscodeRunError> noteMissing(const ImageSequence& images, const std::string& path) {
+    if (images.missingCount == 0) return std::nullopt;
+    std::size_t after = 1;
+    while (images.numbers[after] - images.numbers[after - 1] <= 1) ++after;
+    std::string detail = "the image with the number " + std::to_string(images.numbers[after - 1] + 1) + " is missing";
+    if (images.missingCount > 1) detail += ", the first of " + std::to_string(images.missingCount);
+    if (!options_.acceptsDamaged) return TranscodeRunError{sourceDamaged, path, std::move(detail)};
+    warnings_.push_back({TranscodeRunWarningCode::damageAccepted, path, std::move(detail)});
+    return std::nullopt;
   }
 
   /// Prepares the copied sound for the part that was opened.

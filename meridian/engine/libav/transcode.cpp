@@ -13,6 +13,7 @@
 #include <utility>
 #include <variant>
 
+#include "meridian/base/joined.h"
 #include "meridian/engine/bounded_queue.h"
 #include "meridian/engine/describe_media.h"
 #include "meridian/engine/libav/audio_chain.h"
@@ -333,14 +334,14 @@ class Run {
     warnings_.insert(warnings_.end(), noticed.begin(), noticed.end());
     const std::string& path = plan_.sources.front().parts.front().path;
     const auto note = [this, &path](TranscodeRunWarningCode code, std::int64_t count, const char* unit) {
-      if (count > 0) warnings_.push_back({code, path, std::to_string(count) + unit});
+      if (count > 0) warnings_.push_back({code, path, countText(count, unit)});
     };
     if (video_) {
-      note(TranscodeRunWarningCode::framesRepeated, video_->repeatedImages(), " frames");
-      note(TranscodeRunWarningCode::framesDropped, video_->droppedImages(), " frames");
+      note(TranscodeRunWarningCode::framesRepeated, video_->repeatedImages(), "frame");
+      note(TranscodeRunWarningCode::framesDropped, video_->droppedImages(), "frame");
     }
     for (const auto& chain : audio_) {
-      if (chain) note(TranscodeRunWarningCode::soundFilled, chain->filledSamples(), " samples");
+      if (chain) note(TranscodeRunWarningCode::soundFilled, chain->filledSamples(), "sample");
     }
   }
 
