@@ -124,7 +124,8 @@ class Comparison {
     const double rate = planned.output().frameRate.rawValue().rawValue();
     const bool isVariable = planned.isCopied() && planned.isVariable;
     if (rate <= 0) return;
-    constexpr double roundingOfRates = 1e-3;
+    // Far less than the thousandth between 29.97 and 30.
+    constexpr double roundingOfRates = 1e-4;
     if (!isVariable && found.exactFrameRate &&
         std::abs(found.exactFrameRate->rawValue() - rate) > rate * roundingOfRates) {
       differ("the frame rate", fixedDecimalText(rate, 3), fixedDecimalText(found.exactFrameRate->rawValue(), 3));
@@ -140,8 +141,9 @@ class Comparison {
 
   void compareColor(const PlannedVideo& planned, const VideoStreamDescription& found) {
     const ImageForm& image = planned.output();
-    if (!planned.isCopied() && image.range == ColorRange::full && found.range != ColorRange::full) {
-      differ("the range", "full", std::string(rawValue(found.range)));
+    const bool isFull = image.range == ColorRange::full;
+    if (!planned.isCopied() && isFull != (found.range == ColorRange::full)) {
+      differ("the range", isFull ? "full" : "limited", std::string(rawValue(found.range)));
     }
     // MXF states colours by labels that FFmpeg writes for some alone.
     if (isRaw() || isMxf() || (planned.isCopied() && planned.isColorAssumed)) return;
@@ -194,6 +196,8 @@ class Comparison {
     if (!plan_.timecode || !plan_.timecode->isInTrack) return;
     const std::string planned = plan_.timecode->start.timecodeString();
     compare("the timecode", planned, written_.timecode ? written_.timecode->start.timecodeString() : "none");
+    if (!written_.timecode) return;
+    compare("the rate of the timecode", frameRateText(plan_.timecode->rate), frameRateText(written_.timecode->rate));
   }
 
   void compareTags() {
