@@ -2,7 +2,7 @@
 /// How fast a transcode goes, and how long it will still take. For example:
 ///
 ///     TranscodePace pace(120.0, 3000);
-///     if (pace.isDue(250ms)) report(pace.at(750, 30.0, bytes));  // portion 0.25
+///     report(pace.at(750, 30.0, bytes));  // portion 0.25
 #pragma once
 
 #include <chrono>
@@ -23,14 +23,6 @@ class TranscodePace {
       : seconds_(seconds), frames_(frames) {}
 
   [[nodiscard]] Clock::time_point start() const noexcept { return start_; }
-
-  /// Returns whether an interval has passed since this returned true.
-  [[nodiscard]] bool isDue(std::chrono::milliseconds interval) noexcept {
-    const auto now = Clock::now();
-    if (now - last_ < interval) return false;
-    last_ = now;
-    return true;
-  }
 
   /// Returns how far the transcode is with this much of the output written.
   [[nodiscard]] TranscodeProgress at(std::int64_t frame, double seconds, std::uint64_t bytes) const {
@@ -59,7 +51,6 @@ class TranscodePace {
   std::optional<double> seconds_;
   std::optional<std::int64_t> frames_;
   Clock::time_point start_ = Clock::now();
-  Clock::time_point last_ = start_;
 };
 
 }  // namespace meridian::inline v0_2

@@ -441,7 +441,7 @@ TEST_F(Transcodes, TellHowFarTheyAre) {
   ASSERT_TRUE(succeeds("-in_0_0 @in.mov -out @out.mov -vcodec h264",
                        {.progress = [&progress](const TranscodeProgress& each) { progress.push_back(each); },
                         .interval = std::chrono::milliseconds(0)}));
-  ASSERT_GT(progress.size(), 10U);
+  ASSERT_GT(progress.size(), 3U);
   for (std::size_t place = 1; place < progress.size(); ++place) {
     EXPECT_GE(progress[place].portion, progress[place - 1].portion);
     EXPECT_GE(progress[place].frame, progress[place - 1].frame);

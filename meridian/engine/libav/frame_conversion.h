@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "meridian/base/expected.h"
@@ -39,7 +40,7 @@ class FrameConverter {
     ScalerPointer scaler;
   };
 
-  explicit FrameConverter(const ImageForm& to) : to_(to) {}
+  explicit FrameConverter(ImageForm to) : to_(std::move(to)) {}
 
   [[nodiscard]] std::optional<std::string> addPass(const ImageForm& from, const ImageForm& to);
 

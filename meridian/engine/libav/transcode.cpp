@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <condition_variable>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -184,20 +185,26 @@ class Run {
     if (auto error = openOutput(file)) return error;
     if (auto error = openChains()) return error;
     {
-      const std::stop_callback stopped(options_.stop, [this] { fail({interrupted, plan_.output.path}); });
-      const std::jthread reading([this] { guarded(&Run::read); });
-      const std::jthread converting([this] { guarded(&Run::convert); });
-      guarded(&Run::write);
+      const std::jthread telling([this] { guarded(&Run::tell); });
+      const EndOfTelling end(*this);
+      runThreads();
+      if (!isCancelled()) {
+        if (auto error = output_->finish()) fail(*std::move(error));
+      }
     }
     if (exception_) std::rethrow_exception(exception_);
-    if (!error_) {
-      if (auto error = output_->finish()) error_ = std::move(error);
-    }
     if (!error_ && options_.stop.stop_requested()) error_ = TranscodeRunError{interrupted, plan_.output.path};
     if (error_) return error_;
     noteWritten();
     output_.reset();
     return std::nullopt;
+  }
+
+  void runThreads() {
+    const std::stop_callback stopped(options_.stop, [this] { fail({interrupted, plan_.output.path}); });
+    const std::jthread reading([this] { guarded(&Run::read); });
+    const std::jthread converting([this] { guarded(&Run::convert); });
+    guarded(&Run::write);
   }
 
   /// Opens the encoders; the CPU's where the GPU's fails.
@@ -302,7 +309,6 @@ class Run {
         error = output_->writePacket(std::get<CopiedPacket>(std::move(*item)));
       }
       if (error) return error;
-      reportProgress();
     }
     if (isCancelled()) return std::nullopt;
     return endStreams();
@@ -311,7 +317,6 @@ class Run {
   [[nodiscard]] std::optional<TranscodeRunError> endStreams() {
     if (plan_.video) {
       if (auto error = output_->endImages()) return error;
-      reportProgress();
     }
     for (std::size_t track = 0; track < plan_.audio.size(); ++track) {
       if (auto error = output_->endSound(track)) return error;
@@ -319,10 +324,38 @@ class Run {
     return std::nullopt;
   }
 
-  void reportProgress() {
-    if (!options_.progress || !pace_.isDue(options_.interval)) return;
-    options_.progress(pace_.at(output_->images(), libav::secondsOfTicks(output_->writtenTime()), output_->bytes()));
+  /// Tells how far the transcode is, also while an encoder or the muxer takes long.
+  [[nodiscard]] std::optional<TranscodeRunError> tell() {
+    if (!options_.progress) return std::nullopt;
+    const auto interval = std::max(options_.interval, std::chrono::milliseconds(1));
+    std::unique_lock lock(tellingMutex_);
+    while (!tellingEnds_.wait_for(lock, interval, [this] { return isTold_; })) {
+      lock.unlock();
+      options_.progress(pace_.at(output_->images(), libav::secondsOfTicks(output_->writtenTime()), output_->bytes()));
+      lock.lock();
+    }
+    return std::nullopt;
   }
+
+  /// Ends `tell`.
+  class EndOfTelling {
+   public:
+    explicit EndOfTelling(Run& run) : run_(run) {}
+    EndOfTelling(const EndOfTelling&) = delete;
+    EndOfTelling& operator=(const EndOfTelling&) = delete;
+    EndOfTelling(EndOfTelling&&) = delete;
+    EndOfTelling& operator=(EndOfTelling&&) = delete;
+    ~EndOfTelling() {
+      {
+        const std::lock_guard lock(run_.tellingMutex_);
+        run_.isTold_ = true;
+      }
+      run_.tellingEnds_.notify_all();
+    }
+
+   private:
+    Run& run_;
+  };
 
   void noteWritten() {
     written_.frames = output_->images();
@@ -379,6 +412,9 @@ class Run {
   std::mutex errorMutex_;
   std::optional<TranscodeRunError> error_;
   std::exception_ptr exception_;
+  std::mutex tellingMutex_;
+  std::condition_variable tellingEnds_;
+  bool isTold_ = false;
   WrittenMedia written_;
   std::vector<TranscodeRunWarning> warnings_;
 };
