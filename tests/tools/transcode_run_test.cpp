@@ -99,6 +99,21 @@ TEST_F(TranscodeRun, TellsHowFarItIs) {
   EXPECT_THAT(outcome.output, AllOf(testing::StartsWith("at=0."), testing::EndsWith("\nat=1.0000\n")));
 }
 
+TEST_F(TranscodeRun, ReplacesProgressButNothingElse) {
+  makeClip(path("in.mov"), {.frames = 5});
+  makeClip(path("precious.mov"), {.frames = 5});
+  const auto size = std::filesystem::file_size(path("precious.mov"));
+  const Outcome refused = transcoder("-in_0_0 @in.mov -out @out.mov -vcodec h264 -progress_file @precious.mov");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.errors, HasSubstr("holds something else; check the path of -progress_file"));
+  EXPECT_EQ(std::filesystem::file_size(path("precious.mov")), size);
+  EXPECT_FALSE(std::filesystem::exists(path("out.mov")));
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_EQ(transcoder("-in_0_0 @in.mov -out @out.mov -vcodec h264 -overwrite -progress_file @progress").status, 0);
+    EXPECT_EQ(json::parse(linesOf("progress").back())["state"], "done");
+  }
+}
+
 TEST_F(TranscodeRun, PrintsItsResult) {
   const Outcome text = command("-- -in_0_0 @in.mov -out @a.mov -vcodec h264");
   ASSERT_EQ(text.status, 0) << text.errors;

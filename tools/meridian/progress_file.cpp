@@ -1,6 +1,7 @@
 #include "tools/meridian/progress_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,8 +16,34 @@
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
+namespace {
+
+constexpr std::string_view stateKey = "state";
+
+[[noreturn]] void throwNotWritten(const std::string& path, const std::string& why) {
+  throw CommandError(inQuotes(path) + " cannot be written, so that progress cannot be told: " + why +
+                     "; check the path of -progress_file");
+}
+
+/// Returns whether a file is one that is not empty and does not begin as progress does. It may be anything that a
+/// mistyped path names, such as a clip.
+bool holdsOtherThings(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) return false;
+  struct stat status{};
+  const std::string wanted = "{\"" + std::string(stateKey) + "\"";
+  std::string found(wanted.size(), ' ');
+  const bool isFile = fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+  const bool isProgress =
+      isFile && pread(file, found.data(), found.size(), 0) == static_cast<ssize_t>(wanted.size()) && found == wanted;
+  close(file);
+  return isFile && !isProgress;
+}
+
+}  // namespace
 
 ProgressFile::ProgressFile(const std::string& path, const std::stop_token& stop) {
+  if (holdsOtherThings(path)) throwNotWritten(path, "it is there already, and holds something else");
   constexpr mode_t newFile = 0666;
   // A FIFO without a reader is not opened; another try follows.
   constexpr std::chrono::milliseconds between(50);
@@ -26,8 +53,7 @@ ProgressFile::ProgressFile(const std::string& path, const std::stop_token& stop)
     std::this_thread::sleep_for(between);
   }
   if (descriptor_ >= 0 || stop.stop_requested()) return;
-  throw CommandError(inQuotes(path) + " cannot be written, so that progress cannot be told: " +
-                     std::generic_category().message(errno) + "; check the path of -progress_file");
+  throwNotWritten(path, std::generic_category().message(errno));
 }
 
 ProgressFile::~ProgressFile() {

@@ -14,8 +14,8 @@ namespace meridian::command {
 /// JSON Lines in a new file, a FIFO or a device. A line is written at once and whole.
 class ProgressFile {
  public:
-  /// Creates the file, or opens the FIFO, for whose reader it waits until a stop is requested. Throws CommandError if
-  /// that fails.
+  /// Creates the file, replaces the progress of another transcode, or opens the FIFO, for whose reader it waits until a
+  /// stop is requested. Throws CommandError if that fails, or if the file holds something else.
   ProgressFile(const std::string& path, const std::stop_token& stop);
   ProgressFile(const ProgressFile&) = delete;
   ProgressFile& operator=(const ProgressFile&) = delete;

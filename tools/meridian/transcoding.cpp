@@ -96,9 +96,9 @@ Status carryOut(std::span<const std::string_view> words, const TranscodeRequest&
   if (printListing(explanation, request, reporter)) return done;
   const PlannedTranscode planned = engineModule().plan(explanation);
   if (!planned) {
-    tellOfErrors(explanation, planned.error());
     if (request.isJson) reporter.print({{"result", nullptr}, {"errors", planned.error()}, {"warnings", Json::array()}});
     for (const TranscodePlanError& error : planned.error()) reporter.report("", error.message());
+    tellOfErrors(explanation, planned.error());
     return failed;
   }
   for (const TranscodePlanWarning& warning : planned->warnings) reporter.report("warning: ", warning.message());
