@@ -16,7 +16,7 @@ import tempfile
 import time
 from pathlib import Path
 
-SECONDS = 8
+SECONDS = 5
 
 
 def run(words):
