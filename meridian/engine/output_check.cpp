@@ -12,6 +12,7 @@
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/engine/channel_layouts.h"
+#include "meridian/engine/creation_date.h"
 #include "meridian/engine/output_container.h"
 #include "meridian/engine/plan_context.h"
 
@@ -122,8 +123,10 @@ class Comparison {
     }
     if (isRaw()) return;
     const double rate = planned.output().frameRate.rawValue().rawValue();
-    const bool isVariable = planned.isCopied() && planned.isVariable;
     if (rate <= 0) return;
+    // A container may state a constant rate for images at irregular times.
+    const bool isIrregular = std::abs(static_cast<double>(media_.frames) / rate - media_.videoSeconds) > 1.5 / rate;
+    const bool isVariable = planned.isCopied() && (planned.isVariable || isIrregular);
     // Far less than the thousandth between 29.97 and 30.
     constexpr double roundingOfRates = 1e-4;
     if (!isVariable && found.exactFrameRate &&
@@ -134,7 +137,7 @@ class Comparison {
     // Containers state the duration by the times of decoding, which at a variable rate end earlier or later than those
     // of display: by up to the 16 frames that a decoder holds back.
     double frames = 0.5;
-    if (planned.isCopied()) frames = planned.isVariable ? 16.5 : 1.5;
+    if (planned.isCopied()) frames = isVariable ? 16.5 : 1.5;
     const double tolerance = frames / rate + 1e-3;
     compareDuration("the duration of the video", media_.videoSeconds, found.duration->rawValue(), tolerance);
   }
@@ -203,12 +206,26 @@ class Comparison {
   void compareTags() {
     if (!tableRow(container()).keepsTags) return;
     for (const PlannedOption& tag : plan_.output.tags) {
+      if (tag.name == "creation_time") {
+        compareCreationTime(tag.value);
+        continue;
+      }
       std::string found;
       if (tag.name == "com.apple.quicktime.creationdate") found = written_.creationDate;
       if (tag.name == "com.apple.quicktime.make") found = written_.maker;
       if (tag.name == "com.apple.quicktime.model") found = written_.model;
       if (tag.name == "reel_name") found = written_.reelName;
       compare("the tag " + tag.name, printable(tag.value), printable(found));
+    }
+  }
+
+  /// The header of a movie has whole seconds.
+  void compareCreationTime(const std::string& planned) {
+    const std::string found(tagValue(written_.tags, "creation_time").value_or(""));
+    const auto plannedDate = creationDateFrom(planned);
+    const auto foundDate = creationDateFrom(found);
+    if (plannedDate && (!foundDate || foundDate->time != plannedDate->time)) {
+      differ("the time of creation", printable(planned), printable(found));
     }
   }
 

@@ -1,9 +1,11 @@
 // The output of a transcode: its container, its path, and what happens around it.
 #include <algorithm>
+#include <array>
 
 #include "meridian/base/is_in.h"
 #include "meridian/base/joined.h"
 #include "meridian/base/printable.h"
+#include "meridian/engine/creation_date.h"
 #include "meridian/engine/plan_context.h"
 #include "meridian/engine/video_encoders.h"
 #include "meridian/media/file_extension.h"
@@ -105,6 +107,8 @@ void checkPath(PlanContext& context) {
   }
   if (!state.directoryExists) {
     context.fail(directoryMissing, flag);
+  } else if (state.nameIsTooLong) {
+    context.fail(nameTooLong, flag);
   } else if (!state.directoryIsWritable) {
     context.fail(directoryNotWritable, flag);
   }
@@ -114,7 +118,50 @@ void checkPath(PlanContext& context) {
   } else if (state.exists && !mayReplace) {
     context.fail(outputExists, flag);
   }
+  context.plan.output.mayReplace = mayReplace;
   context.plan.output.replacesExisting = state.exists && mayReplace;
+}
+
+/// A tag that goes along with the media, by its name in QuickTime files.
+struct KeptTag {
+  std::string_view name;
+  /// What a warning calls it.
+  std::string_view meaning;
+  std::string_view (*of)(const MediaDescription& media);
+};
+
+constexpr auto keptTags = std::to_array<KeptTag>({
+    {"com.apple.quicktime.creationdate", "the date of creation",
+     [](const MediaDescription& media) { return std::string_view(media.creationDate); }},
+    // In the header of the movie, where most programs look for it.
+    {"creation_time", "",
+     [](const MediaDescription& media) {
+       const std::string_view time = tagValue(media.tags, "creation_time").value_or("");
+       const auto read = creationDateFrom(time);
+       return read && read->isUtc ? time : std::string_view();
+     }},
+    {"com.apple.quicktime.make", "the maker",
+     [](const MediaDescription& media) { return std::string_view(media.maker); }},
+    {"com.apple.quicktime.model", "the model",
+     [](const MediaDescription& media) { return std::string_view(media.model); }},
+    {"reel_name", "the reel", [](const MediaDescription& media) { return std::string_view(media.reelName); }},
+});
+
+/// Plans the tags of the source; warns of those that the container does not keep.
+void planTags(PlanContext& context, const OutputContainerRow& row) {
+  const SourcePart* source = context.image ? context.image->part : nullptr;
+  for (const SourceGroup& group : context.groups) {
+    if (source == nullptr) source = group.firstDescribed();
+  }
+  if (source == nullptr) return;
+  std::vector<std::string> lost;
+  for (const KeptTag& tag : keptTags) {
+    const std::string_view value = tag.of(*source->media);
+    if (value.empty()) continue;
+    if (row.keepsTags) context.plan.output.tags.push_back({std::string(tag.name), std::string(value)});
+    if (!row.keepsTags && !tag.meaning.empty()) lost.emplace_back(tag.meaning);
+  }
+  if (!lost.empty()) context.warn(TranscodePlanWarningCode::tagsLeftOut, context.containerFlag(), joined(lost, ", "));
 }
 
 }  // namespace
@@ -176,21 +223,7 @@ void planContainerOptions(PlanContext& context) {
     output.options.push_back({"write_tmcd", hasTrack ? "1" : "0"});
   }
   if (*context.container == OutputContainer::wav) output.options.push_back({"rf64", "auto"});
-  if (!row.keepsTags) return;
-
-  const SourcePart* source = context.image ? context.image->part : nullptr;
-  for (const SourceGroup& group : context.groups) {
-    if (source == nullptr) source = group.firstDescribed();
-  }
-  if (source == nullptr) return;
-  const MediaDescription& media = *source->media;
-  const auto keep = [&output](std::string_view name, const std::string& value) {
-    if (!value.empty()) output.tags.push_back({std::string(name), value});
-  };
-  keep("com.apple.quicktime.creationdate", media.creationDate);
-  keep("com.apple.quicktime.make", media.maker);
-  keep("com.apple.quicktime.model", media.model);
-  keep("reel_name", media.reelName);
+  planTags(context, row);
 }
 
 }  // namespace meridian::inline v0_2

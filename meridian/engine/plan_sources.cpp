@@ -177,6 +177,7 @@ constexpr auto cameraRawRows = std::to_array<CameraRawRow>({
     {"ari", MediaCorporation::arri},
     {"arx", MediaCorporation::arri},
     {"crm", MediaCorporation::canon},
+    {"r3d", MediaCorporation::red},
 });
 
 void describePart(PlanContext& context, SourcePart& part, const Expected<MediaDescription, MediaError>& media) {
@@ -201,6 +202,24 @@ void describePart(PlanContext& context, SourcePart& part, const Expected<MediaDe
     std::string detail = inQuotes(part.path) + " " + std::string(warning.text());
     if (!warning.detail.empty()) detail += ": " + printable(warning.detail);
     context.warn(TranscodePlanWarningCode::noticedInSource, part.flag, detail, std::string(warning.remedy()));
+  }
+}
+
+/// Warns of streams that no output has: subtitles, and data such as a camera's telemetry.
+void warnOfOtherStreams(PlanContext& context) {
+  for (const SourceGroup& group : context.groups) {
+    const SourcePart* const part = group.firstDescribed();
+    if (part == nullptr) continue;
+    std::string counts;
+    for (const OtherStreamKind kind : allCases<OtherStreamKind>()) {
+      if (kind == OtherStreamKind::timecode) continue;
+      const auto count = std::ranges::count(part->media->others, kind, &OtherStreamDescription::kind);
+      if (count == 0) continue;
+      counts += (counts.empty() ? "" : ", ") + std::to_string(count) + " of " +
+                (kind == OtherStreamKind::unknown ? "an unknown kind" : std::string(rawValue(kind)));
+    }
+    if (counts.empty()) continue;
+    context.warn(TranscodePlanWarningCode::streamsLeftOut, part->flag, inQuotes(part->path) + " has " + counts);
   }
 }
 
@@ -261,6 +280,7 @@ void planSources(PlanContext& context, std::span<const Expected<MediaDescription
     if (first != nullptr) checkParts(context, group);
   }
   findImage(context);
+  warnOfOtherStreams(context);
   for (const SourceGroup& group : context.groups) {
     const bool givesImage = context.keepsVideo && context.image && context.image->group == &group;
     context.plan.sources.push_back(plannedSource(group, givesImage));

@@ -128,7 +128,8 @@ std::optional<std::int64_t> outputFrames(const PlanContext& context, const Video
   } else if (frames) {
     seconds = static_cast<double>(*frames) / from.rawValue().rawValue();
   }
-  return seconds ? truncatedInteger(std::round(*seconds * to.rawValue().rawValue())) : std::nullopt;
+  // However low the rate is, an image is shown.
+  return seconds ? truncatedInteger(std::max(std::round(*seconds * to.rawValue().rawValue()), 1.0)) : std::nullopt;
 }
 
 bool isTurned(const VideoStreamDescription& stream) { return nearestQuarterTurn(stream.rotation) % 180 != 0; }

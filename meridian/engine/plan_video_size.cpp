@@ -67,11 +67,34 @@ AskedSize askedSize(PlanContext& context, int greatestSide) {
   return {ImageSize{static_cast<int>(size->width), static_cast<int>(size->height)}, {}};
 }
 
+/// How many samples of luma share one of chroma, along each side: where an image is cut or put is a multiple of it.
+struct ChromaGrid {
+  int x = 1;
+  int y = 1;
+};
+
+ChromaGrid gridOf(ChromaSubsampling chroma) noexcept {
+  switch (chroma) {
+    case ChromaSubsampling::yuv410:
+      return {4, 4};
+    case ChromaSubsampling::yuv411:
+      return {4, 1};
+    case ChromaSubsampling::yuv420:
+      return {2, 2};
+    case ChromaSubsampling::yuv422:
+      return {2, 1};
+    case ChromaSubsampling::yuv440:
+      return {1, 2};
+    default:
+      return {};
+  }
+}
+
 /// Returns the offset of a part that is shorter by `space`: 0 for the first third of the anchors, all of it for the
 /// last.
-int offsetAt(int third, int space, bool even) {
+int offsetAt(int third, int space, int grid) {
   if (third == 0) return 0;
-  return roundedDown(third == 1 ? space / 2 : space, even);
+  return (third == 1 ? space / 2 : space) / grid * grid;
 }
 
 static_assert(allCases<VideoCropAnchor>().size() == 9 && tableRow(VideoCropAnchor::topRight).rawValue == "tr" &&
@@ -80,7 +103,7 @@ static_assert(allCases<VideoCropAnchor>().size() == 9 && tableRow(VideoCropAncho
               "the anchors are in lines from the top left");
 
 FrameFit fittedFrame(PlanContext& context, ImageSize source, const MediaRational& pixelAspectRatio, EvenSides even,
-                     const AskedSize& asked) {
+                     ChromaGrid grid, const AskedSize& asked) {
   const double displayWidth = source.width * pixelAspectRatio.rawValue();
   const double displayHeight = source.height;
   const auto scaledBy = [&](double factor) {
@@ -112,16 +135,16 @@ FrameFit fittedFrame(PlanContext& context, ImageSize source, const MediaRational
   } else if (scaling == SAVLetterboxAspect) {
     fit.scaled = scaledBy(std::min(ratioOfWidths, ratioOfHeights));
     fit.scaled = {std::min(fit.scaled.width, box.width), std::min(fit.scaled.height, box.height)};
-    fit.x = roundedDown((box.width - fit.scaled.width) / 2, even.width);
-    fit.y = roundedDown((box.height - fit.scaled.height) / 2, even.height);
+    fit.x = offsetAt(1, box.width - fit.scaled.width, grid.x);
+    fit.y = offsetAt(1, box.height - fit.scaled.height, grid.y);
     fit.pads = fit.scaled != box;
   } else if (scaling == SAVCropAspect) {
     fit.anchor = context.oneOf<VideoCropAnchor>(cropAnchorFlag).value_or(VideoCropAnchor::center);
     fit.scaled = scaledBy(std::max(ratioOfWidths, ratioOfHeights));
     fit.scaled = {std::max(fit.scaled.width, box.width), std::max(fit.scaled.height, box.height)};
     const auto place = static_cast<int>(fit.anchor);
-    fit.x = offsetAt(place % 3, fit.scaled.width - box.width, even.width);
-    fit.y = offsetAt(place / 3, fit.scaled.height - box.height, even.height);
+    fit.x = offsetAt(place % 3, fit.scaled.width - box.width, grid.x);
+    fit.y = offsetAt(place / 3, fit.scaled.height - box.height, grid.y);
     fit.crops = fit.scaled != box;
   } else {
     const double factor = std::min(ratioOfWidths, ratioOfHeights);
@@ -189,7 +212,13 @@ FrameFit planFrameFit(PlanContext& context, ImageSize source, const MediaRationa
   const EvenSides even{halved.width || needed.width, halved.width || needed.height};
   const int greatestSide = greatestSideOf(choice);
   const AskedSize asked = askedSize(context, greatestSide);
-  const FrameFit fit = fittedFrame(context, source, pixelAspectRatio, even, asked);
+  // The image is cut or put before or after its chroma is converted.
+  ChromaGrid grid = gridOf(chroma);
+  if (context.image->stream->chroma) {
+    const ChromaGrid before = gridOf(*context.image->stream->chroma);
+    grid = {std::max(grid.x, before.x), std::max(grid.y, before.y)};
+  }
+  const FrameFit fit = fittedFrame(context, source, pixelAspectRatio, even, grid, asked);
   checkSize(context, fit, source, pixelAspectRatio, needed, asked, greatestSide);
   return fit;
 }

@@ -88,8 +88,9 @@ OutputState outputState(const TranscodeExplanation& words, std::vector<std::stri
     state.isSpecial = std::filesystem::is_other(output, unknown);
     state.sameSource = sameFileAs(output, files);
     state.directoryExists = pathIsDirectory(directory);
-    // Not only of the directory: the name itself may be too long.
-    state.directoryIsWritable = !(state.exists ? writableDirectoryError(directory) : newFileError(output));
+    const auto error = state.exists ? writableDirectoryError(directory) : newFileError(output);
+    state.nameIsTooLong = error == std::errc::filename_too_long;
+    state.directoryIsWritable = !error || state.nameIsTooLong;
   }
   const std::string workDirectory = valueIn(words, SAVWorkDirectoryFlag.rawValue());
   if (!workDirectory.empty()) state.workDirectoryIsUsable = !writableDirectoryError(workDirectory);

@@ -55,6 +55,8 @@ struct OutputState {
   /// The directory that the output is in.
   bool directoryExists = true;
   bool directoryIsWritable = true;
+  /// The name is longer than the volume allows.
+  bool nameIsTooLong = false;
   /// The path of "-work_dir" is a directory that can be written to.
   bool workDirectoryIsUsable = true;
   /// The path of "-progress_file" can be written to.
@@ -404,6 +406,8 @@ struct PlannedOutput {
   std::vector<PlannedOption> tags;
   /// An existing file is replaced when the new one is complete.
   bool replacesExisting = false;
+  /// One that is there by the time that the output is complete is replaced as well.
+  bool mayReplace = false;
   /// Where the unfinished file is kept; empty for the directory of the output.
   std::string workDirectory;
   /// Empty if progress is not asked for.

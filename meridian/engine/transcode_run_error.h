@@ -27,6 +27,7 @@ enum class TranscodeRunErrorCode : std::uint8_t {
   // The work.
   notDecoded,
   notCopyable,
+  soundNotCopyable,
   imageNotConverted,
   soundNotConverted,
   notEncoded,
@@ -55,6 +56,7 @@ struct EnumerationTable<TranscodeRunErrorCode> {
       {watermarkNotUsed, "watermarkNotUsed", "is a watermark that cannot be used", "choose another image"},
       {notDecoded, "notDecoded", "cannot be decoded"},
       {notCopyable, "notCopyable", "has video that cannot be copied", "encode it with -vcodec"},
+      {soundNotCopyable, "soundNotCopyable", "has sound that cannot be copied", "encode it with -acodec"},
       {imageNotConverted, "imageNotConverted", "has images that cannot be converted"},
       {soundNotConverted, "soundNotConverted", "has sound that cannot be converted"},
       {notEncoded, "notEncoded", "cannot be encoded", "choose other settings of the codec"},
@@ -81,6 +83,7 @@ enum class TranscodeRunWarningCode : std::uint8_t {
   framesDropped,
   soundFilled,
   soundCut,
+  leadCut,
   gpuNotUsed,
 };
 
@@ -94,6 +97,7 @@ struct EnumerationTable<TranscodeRunWarningCode> {
       {framesDropped, "framesDropped", "has frames at the same time, of which some are dropped"},
       {soundFilled, "soundFilled", "lacks sound, in whose place there is silence"},
       {soundCut, "soundCut", "has sound that goes on after its video and is cut before the next part"},
+      {leadCut, "leadCut", "has sound before its first image, which is cut"},
       {gpuNotUsed, "gpuNotUsed", "cannot be used, and the CPU does the work"},
   });
 };

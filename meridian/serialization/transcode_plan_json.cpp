@@ -177,6 +177,7 @@ PlanJson encodedOutput(const PlannedOutput& output) {
           {"options", encodedOptions(output.options)},
           {"tags", encodedOptions(output.tags)},
           {"replacesExisting", output.replacesExisting},
+          {"mayReplace", output.mayReplace},
           {"workDirectory", planTextOrNull(output.workDirectory)},
           {"progressFile", planTextOrNull(output.progressFile)},
           {"progressPrefix", planValueOrNull(output.progressPrefix)}};

@@ -150,6 +150,7 @@ const std::vector<ErrorCase>& errorCases() {
       {"", "-out directoryNotWritable", "", {hdClip()}, surroundings([](auto& found) {
          found.output.directoryIsWritable = false;
        })},
+      {"", "-out nameTooLong", "", {hdClip()}, surroundings([](auto& found) { found.output.nameIsTooLong = true; })},
       {"-work_dir /scratch",
        "-work_dir workDirectoryNotUsable",
        "\"/scratch\"",

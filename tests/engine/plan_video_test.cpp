@@ -105,7 +105,7 @@ TEST(PlanVideo, TakesTheImageThroughStepsInOrder) {
       {"-vcodec prores422 -vr 0", ""},
       // Bars or a crop at the sides alone leave the fields where they are.
       {"-vcodec prores422 -dims 2000x1080 -aspect_scaling letterbox", "pad 2000x1080+40+0", interlaced},
-      {"-vcodec prores422 -dims 1920x1090 -aspect_scaling letterbox", "deinterlace, pad 1920x1090+0+4", interlaced},
+      {"-vcodec prores422 -dims 1920x1090 -aspect_scaling letterbox", "deinterlace, pad 1920x1090+0+5", interlaced},
       {"-vcodec prores422 -vr 25", "", changedVideo([](auto& video) { video.frameRate.reset(); })},
       {"-vcodec prores422 -vr 25", ""},
       {"-vcodec prores422 -vr 23.967", "rate 23.98 FPS"},

@@ -77,8 +77,21 @@ const std::vector<WarningCase>& warningCases() {
       {"", "-in_0_0 noticedInSource", "ends before the last of its data", {changedClip([](Clip& clip, Video&, Audio&) {
          clip.warnings.push_back({MediaWarningCode::endsBeforeItsData, "/card/a.mov", "20 bytes"});
        })}},
+      {"-out /out/a.mxf -vcodec dnxhd -acodec lpcm",
+       "-out tagsLeftOut",
+       "the maker, the reel",
+       {changedClip([](Clip& clip, Video&, Audio&) {
+         clip.maker = "ARRI";
+         clip.reelName = "A001";
+       })}},
       {"", "-in_0_0 partOfSourceLeftOut", "has 2", {changedClip([](Clip& clip, Video& video, Audio&) {
          clip.video.push_back(video);
+       })}},
+      {"", "-in_0_0 streamsLeftOut", "has 2 of data, 1 of subtitle", {changedClip([](Clip& clip, Video&, Audio&) {
+         clip.others.resize(4);
+         clip.others[0].kind = clip.others[2].kind = OtherStreamKind::data;
+         clip.others[1].kind = OtherStreamKind::timecode;
+         clip.others[3].kind = OtherStreamKind::subtitle;
        })}},
       {"-vcodec h264", "-in_0_0 variableRate", "25 fps", {changedClip([](Clip&, Video& video, Audio&) {
          video.isVariable = true;

@@ -153,6 +153,39 @@ TEST(AudioChain, PlacesSoundByItsTime) {
   }
 }
 
+TEST(AudioChain, KeepsNoLongSilenceInMemory) {
+  // A second of sound, minutes of none, and a second of sound; and beside it a track that has none at all.
+  PlannedAudioTrack track = trackOf("s16", 16, sourceRate, {}, {});
+  track.origins.resize(2);
+  track.channelCount = 2;
+  auto chain = AudioChain::open(track, 0, "/out.wav");
+  ASSERT_TRUE(chain);
+  constexpr int silence = 300;
+  std::int64_t taken = 0;
+  std::int64_t loud = 0;
+  std::size_t frames = 0;
+  const auto sink = [&](FramePointer sound) -> std::optional<TranscodeRunError> {
+    EXPECT_EQ(sound->pts, taken);
+    taken += sound->nb_samples;
+    ++frames;
+    const auto* const values = reinterpret_cast<const std::int16_t*>(sound->data[0]);
+    for (int place = 0; place < sound->nb_samples; ++place) {
+      loud += values[2 * place] != 0 ? 1 : 0;
+      loud += values[2 * place + 1] != 0 ? sourceRate : 0;
+    }
+    return std::nullopt;
+  };
+  const auto loudSound = [] { return soundOf(sourceRate, 1, sourceRate, [](int, int) { return 1000; }); };
+  ASSERT_FALSE((*chain)->take(0, *loudSound(), 0, sink));
+  ASSERT_FALSE((*chain)->take(0, *loudSound(), Ticks{timeLine.den} * silence, sink));
+  // What waits for the silent track is a few seconds, not the whole silence.
+  EXPECT_GT(taken, std::int64_t{sourceRate} * (silence - 20));
+  ASSERT_FALSE((*chain)->finish(Ticks{timeLine.den} * 2 * silence, sink));
+  EXPECT_EQ(taken, std::int64_t{sourceRate} * 2 * silence);
+  EXPECT_EQ(loud, 2 * sourceRate);
+  EXPECT_EQ((*chain)->filledSamples(), std::int64_t{sourceRate} * (silence - 1));
+}
+
 TEST(AudioChain, KeepsTimeAndLengthWhenItResamples) {
   for (const auto& [from, to] : {std::pair{44'100, 48'000}, {48'000, 44'100}, {96'000, 48'000}, {48'000, 96'000}}) {
     SCOPED_TRACE(from);

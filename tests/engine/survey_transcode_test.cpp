@@ -48,6 +48,7 @@ TEST_F(SurveyTranscode, SaysWhatIsAtThePathsThatAreWrittenTo) {
   const OutputState same = changed([](OutputState& s) { s.exists = true, s.sameSource = "clip.mov"; });
   const OutputState taken = changed([](OutputState& s) { s.exists = true; });
   const OutputState unwritable = changed([](OutputState& s) { s.directoryIsWritable = false; });
+  const OutputState tooLong = changed([](OutputState& s) { s.nameIsTooLong = true; });
   const OutputState nowhere = changed([](OutputState& s) { s.directoryExists = s.directoryIsWritable = false; });
   const OutputState special = changed([](OutputState& s) { s.exists = s.isSpecial = true; });
   const OutputState folder = changed([](OutputState& s) { s.exists = s.isDirectory = true; });
@@ -73,7 +74,7 @@ TEST_F(SurveyTranscode, SaysWhatIsAtThePathsThatAreWrittenTo) {
       {{"-out", "folder/new.mov"}, free},
       {{"-out", "missing/new.mov"}, nowhere},
       {{"-out", "clip.mov/new.mov"}, nowhere},
-      {{"-out", std::string(300, 'x') + ".mov"}, unwritable},
+      {{"-out", std::string(300, 'x') + ".mov"}, tooLong},
       {{"-out", "/proc/new.mov"}, geteuid() == 0 ? free : unwritable},
       {{"-work_dir", "folder"}, free},
       {{"-work_dir", "missing"}, noWork},

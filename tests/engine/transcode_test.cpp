@@ -270,6 +270,63 @@ TEST_F(Transcodes, CopyPacketsAsTheyAre) {
   }
 }
 
+TEST_F(Transcodes, CopyClipsThatWereCutWithoutEncoding) {
+  clip("whole.mp4", {.frames = 50, .options = "-c:v libx264 -g 100 -bf 3 -c:a aac"});
+  clip("b.mp4", {.frames = 10, .first = 10, .options = "-c:v libx264 -coder 0 -refs 1 -bf 0 -crf 40 -c:a aac"});
+  const auto cut = [this](const std::vector<std::string>& options, const std::string& name) {
+    std::vector<std::string> words{"ffmpeg", "-v", "error", "-nostdin"};
+    words.insert(words.end(), options.begin(), options.end());
+    words.push_back(path(name));
+    const Outcome made = run(words);
+    ASSERT_EQ(made.status, 0) << made.errors;
+  };
+  cut({"-ss", "0.5", "-i", path("whole.mp4"), "-c", "copy"}, "start.mp4");
+  cut({"-i", path("whole.mp4"), "-t", "1", "-c", "copy"}, "end.mp4");
+  // States a constant rate for images at irregular times.
+  cut({"-i", path("whole.mp4"), "-vf", "select='not(mod(n,7))+lt(n,10)'", "-vsync", "vfr", "-c:v", "libx264", "-an"},
+      "gaps.mkv");
+  for (const std::string input : {"start.mp4", "end.mp4", "gaps.mkv"}) {
+    SCOPED_TRACE(input);
+    ASSERT_TRUE(succeeds("-in_0_0 @" + input + " -out @" + input + ".mov"));
+    EXPECT_EQ(numbersIn(path(input + ".mov")), numbersIn(path(input)));
+  }
+  // A decoder would need other parameters in the middle of the file.
+  const Result joined = result("-in_0_0 @end.mp4 -in_0_1 @b.mp4 -out @joined.mov");
+  ASSERT_FALSE(joined);
+  EXPECT_EQ(joined.error().code, TranscodeRunErrorCode::notCopyable);
+  EXPECT_EQ(joined.error().place, path("b.mp4"));
+}
+
+TEST_F(Transcodes, KeepLumaAndChromaTogetherInBarsAndCuts) {
+  // The edge between black and red, 4:2:0, is where luma and chroma change.
+  const Outcome made = run({"ffmpeg", "-v", "error", "-nostdin", "-f", "lavfi", "-i",
+                            "color=black:s=320x240:d=0.1,drawbox=160:0:160:240:red:fill,format=yuv420p", "-c:v", "ffv1",
+                            path("edge.mkv")});
+  ASSERT_EQ(made.status, 0) << made.errors;
+  for (const std::string words :
+       {"-dims 322x240 -aspect_scaling letterbox", "-dims 326x240 -aspect_scaling letterbox",
+        "-dims 301x240 -aspect_scaling crop -crop_anchor cr", "-dims 303x240 -aspect_scaling crop -crop_anchor c"}) {
+    SCOPED_TRACE(words);
+    ASSERT_TRUE(succeeds("-in_0_0 @edge.mkv -out @edge.mov -overwrite -vcodec prores4444 " + words));
+    const Outcome raw = run({"ffmpeg", "-v", "error", "-nostdin", "-i", path("edge.mov"), "-frames:v", "1", "-pix_fmt",
+                             "yuv444p", "-f", "rawvideo", "-"});
+    const std::size_t width = std::stoul(words.substr(6));
+    ASSERT_EQ(raw.output.size(), 3 * width * 240);
+    // The edge in a line of a plane: where it passes the middle between its ends.
+    const auto edgeIn = [&](std::size_t plane) {
+      const auto at = [&](std::size_t x) {
+        return static_cast<int>(static_cast<unsigned char>(raw.output[(plane * 240 + 120) * width + x]));
+      };
+      const int middle = (at(100) + at(200)) / 2;
+      std::size_t x = 100;
+      while (x < 200 && (at(x) < middle) == (at(100) < middle)) ++x;
+      const double before = at(x - 1);
+      return static_cast<double>(x - 1) + (middle - before) / (at(x) - before);
+    };
+    EXPECT_NEAR(edgeIn(0), edgeIn(2), 0.75);
+  }
+}
+
 TEST_F(Transcodes, KeepSoundInItsPlace) {
   // A click at each whole second.
   makeClip(path("in.mov"), {.frames = 75});
@@ -308,6 +365,15 @@ TEST_F(Transcodes, WriteTimecodeThatExists) {
   EXPECT_EQ(timecodeOf("d.mov"), "none");
   ASSERT_TRUE(succeeds("-in_0_0 @a.mov -out @e.mxf -vcodec dnxhd -vprofile dnxhr_lb -tc_match"));
   EXPECT_EQ(timecodeOf("e.mxf"), "01:00:58;28");
+}
+
+TEST_F(Transcodes, KeepTheTimeOfCreation) {
+  clip("in.mov", {.options = "-c:v prores_ks -profile:v 0 -an -metadata creation_time=2021-05-06T05:08:09Z"});
+  for (const std::string words : {"-out @a.mov -vcodec h264", "-out @b.mp4 -vcodec h264", "-out @c.mov"}) {
+    SCOPED_TRACE(words);
+    ASSERT_TRUE(succeeds("-in_0_0 @in.mov " + words));
+    EXPECT_EQ(probed(path(words.substr(6, 5)), "format", ":format_tags=creation_time"), "2021-05-06T05:08:09.000000Z");
+  }
 }
 
 /// Returns the mean of a plane of the first image, in code values of 10 bits.
@@ -404,11 +470,11 @@ TEST_F(Transcodes, NeverTouchASourceOrAnExistingFile) {
   planned->output.path = path("there.mov");
   EXPECT_EQ(transcode(*planned).error().code, TranscodeRunErrorCode::outputExists);
   planned->output.path = path("hard.mov");
-  planned->output.replacesExisting = true;
+  planned->output.mayReplace = true;
   EXPECT_EQ(transcode(*planned).error().code, TranscodeRunErrorCode::outputIsSource);
   // A file that comes into being meanwhile stays.
   planned->output.path = path("late.mov");
-  planned->output.replacesExisting = false;
+  planned->output.mayReplace = false;
   const Result late = transcode(*planned, {.progress =
                                                [this](const TranscodeProgress& progress) {
                                                  if (progress.portion < 1) directory().write("late.mov", "precious");
@@ -422,7 +488,7 @@ TEST_F(Transcodes, NeverTouchASourceOrAnExistingFile) {
   }
   // Replacing keeps the old file until the new one is complete.
   planned->output.path = path("there.mov");
-  planned->output.replacesExisting = true;
+  planned->output.mayReplace = true;
   std::stop_source stop;
   const Result stopped = transcode(*planned, {.progress = [&](const TranscodeProgress&) { stop.request_stop(); },
                                               .interval = std::chrono::milliseconds(0),

@@ -128,7 +128,8 @@ TEST_F(PlannedClip, IsDescribedToPeopleAndMachines) {
   const std::string blanks = path("two  blanks in  a name.mov");
   const Outcome narrow = runOnTerminal(
       joinedWords({"sh", "-c", "stty cols 60; exec \"$0\" \"$@\"", MERIDIAN_COMMAND, "transcode", "--plan", "--"},
-                  joinedWords({"-in_0_0", path("clip.mov"), "-out", blanks}, Words(words.begin() + 4, words.end()))));
+                  joinedWords({"-in_0_0", path("clip.mov"), "-out", blanks}, Words(words.begin() + 4, words.end()))),
+      {{"TERM=xterm"}, {}});
   EXPECT_THAT(narrow.output, HasSubstr("\x1b[1mVideo\x1b[0m"));
   EXPECT_THAT(narrow.output, HasSubstr("\n           "));  // continues below its column
   EXPECT_THAT(narrow.output, AllOf(HasSubstr('"' + blanks + '"'), Not(ContainsRegex("[0-9]\r\n +fps"))));

@@ -247,6 +247,35 @@ TEST_F(TranscodeRun, CarriesOutAListAndResumesIt) {
   EXPECT_THAT(third.output, HasSubstr("\n0 done, 0 failed, 4 complete before\n"));
 }
 
+TEST_F(TranscodeRun, TakesListsOfAllKindsOfFiles) {
+  const std::string name = path("n\xff.mov");
+  const auto list = [&](const Words& words) {
+    std::string text;
+    for (const std::string& word : words) text += word + '\0';
+    return text + '\n';
+  };
+  directory().write("jobs", list({"-in_0_0", path("in.mov"), "-out", name}));
+  // A name that is not UTF-8 is known again.
+  EXPECT_EQ(command("--jobs @jobs").status, 0);
+  EXPECT_THAT(command("--jobs @jobs --resume").output, HasSubstr("0 done, 0 failed, 1 complete before"));
+  // Beside a pipe nothing can be kept.
+  std::filesystem::remove(name);
+  const std::string script = "\"" MERIDIAN_COMMAND "\" transcode --jobs <(cat \"$0\")";
+  const Outcome piped = run({"bash", "-c", script, path("jobs")});
+  EXPECT_EQ(piped.status, 0) << piped.errors;
+  EXPECT_THAT(piped.output, HasSubstr("1 done, 0 failed"));
+  EXPECT_EQ(run({"bash", "-c", script + " --resume", path("jobs")}).status, 1);
+  // What keeps the state is looked at before any work.
+  std::filesystem::remove(name);
+  std::filesystem::remove(path("jobs.state"));
+  std::filesystem::create_directory(path("jobs.state"));
+  EXPECT_THAT(command("--jobs @jobs").errors, HasSubstr("jobs.state"));
+  EXPECT_FALSE(std::filesystem::exists(name));
+  // A list that never comes is given up as other commands give up theirs.
+  ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
+  EXPECT_EQ(run({"timeout", "-k", "10", "0.5", MERIDIAN_COMMAND, "transcode", "--jobs", path("fifo")}).status, 124);
+}
+
 TEST_F(TranscodeRun, RefusesJobsThatWriteWhatOthersUse) {
   std::filesystem::create_directory_symlink(directory().path(), path("again"));
   std::string jobs;

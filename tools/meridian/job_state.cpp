@@ -88,6 +88,11 @@ void addSource(Hash& hash, const std::string& path) {
   for (const std::string& file : files) addFile(hash, file);
 }
 
+/// Returns a path as JSON has it, with U+FFFD for what is not UTF-8: paths that become equal have hashes of their own.
+std::string textOf(const std::string& path) {
+  return Json::parse(Json(path).dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
+}
+
 }  // namespace
 
 std::string jobHash(const TranscodePlan& plan, std::string_view versions) {
@@ -95,10 +100,11 @@ std::string jobHash(const TranscodePlan& plan, std::string_view versions) {
   Json document = plan;
   // How progress is told does not change the output.
   document.erase("warnings");
-  for (const char* const name : {"progressFile", "progressPrefix", "replacesExisting"}) {
+  for (const char* const name : {"progressFile", "progressPrefix", "replacesExisting", "mayReplace"}) {
     if (document.contains("output")) document["output"].erase(name);
   }
   hash.add(document.dump(-1, ' ', false, Json::error_handler_t::replace));
+  hash.add(plan.output.path);
   hash.add(versions);
   for (const PlannedSource& source : plan.sources) {
     for (const PlannedPart& part : source.parts) addSource(hash, part.path);
@@ -112,6 +118,15 @@ std::string jobHash(const TranscodePlan& plan, std::string_view versions) {
 }
 
 JobState::JobState(std::string path) : path_(std::move(path)) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::file_type type = fs::status(path_, error).type();
+  if (type != fs::file_type::regular && type != fs::file_type::not_found) {
+    throw CommandError(inQuotes(path_) + " is not a file that tells which jobs are complete; remove it");
+  }
+  if (type == fs::file_type::regular && access(path_.c_str(), R_OK) != 0) {
+    throw CommandError(inQuotes(path_) + " cannot be read: " + std::generic_category().message(errno));
+  }
   std::ifstream file(path_, std::ios::binary);
   for (std::string line; std::getline(file, line);) {
     const Json entry = Json::parse(line, nullptr, false);
@@ -132,17 +147,17 @@ JobState::JobState(std::string path) : path_(std::move(path)) {
 
 bool JobState::isComplete(const TranscodePlan& plan, const std::string& hash) const {
   const std::lock_guard lock(mutex_);
-  const auto found = entries_.find(plan.output.path);
+  const auto found = entries_.find(textOf(plan.output.path));
   if (found == entries_.end() || found->second.hash != hash) return false;
   const auto state = stateOf(plan.output.path);
   return state && state->size == found->second.size && state->modified == found->second.modified;
 }
 
-void JobState::add(const TranscodePlan& plan, const std::string& hash) {
+std::error_code JobState::add(const TranscodePlan& plan, const std::string& hash) {
   const auto state = stateOf(plan.output.path);
-  if (!state) return;
+  if (!state) return {};
   const std::lock_guard lock(mutex_);
-  entries_[plan.output.path] = {hash, state->size, state->modified};
+  entries_[textOf(plan.output.path)] = {hash, state->size, state->modified};
   const Json entry{{"output", plan.output.path}, {"job", hash}, {"size", state->size}, {"modified", state->modified}};
   // Begins with a newline, so that it is a line of its own even after one that was cut short.
   const std::string line = "\n" + entry.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -152,10 +167,7 @@ void JobState::add(const TranscodePlan& plan, const std::string& hash) {
       file >= 0 && write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size()) && fsync(file) == 0;
   const int reason = errno;
   if (file >= 0) close(file);
-  if (!isWritten) {
-    throw CommandError(inQuotes(path_) + " cannot be written, so that --resume will repeat what is complete: " +
-                       std::generic_category().message(reason));
-  }
+  return isWritten ? std::error_code() : std::error_code(reason, std::generic_category());
 }
 
 }  // namespace meridian::command

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "meridian/engine/transcode_plan.h"
 
@@ -26,13 +27,16 @@ namespace meridian::command {
 class JobState {
  public:
   /// Reads the file, if there is one. Lines that cannot be read are passed over: their jobs are carried out again.
+  /// Throws CommandError if something other than a file that can be read is there.
   explicit JobState(std::string path);
 
   /// Returns whether the output of the plan was made by a plan with this hash and is as it was then.
   [[nodiscard]] bool isComplete(const TranscodePlan& plan, const std::string& hash) const;
 
-  /// Adds a complete output, and waits until that is on the disk. Throws CommandError if it cannot be written.
-  void add(const TranscodePlan& plan, const std::string& hash);
+  /// Adds a complete output, and waits until that is on the disk. Returns the system's reason if it cannot be written.
+  [[nodiscard]] std::error_code add(const TranscodePlan& plan, const std::string& hash);
+
+  [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
  private:
   struct Entry {
@@ -43,7 +47,7 @@ class JobState {
 
   std::string path_;
   mutable std::mutex mutex_;
-  /// By the path of the output.
+  /// By the path of the output, as JSON has it.
   std::map<std::string, Entry, std::less<>> entries_;
 };
 

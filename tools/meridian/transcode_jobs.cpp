@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <filesystem>
 #include <iostream>
 #include <list>
 #include <mutex>
@@ -56,33 +57,46 @@ class JobsRun {
       : request_(request),
         parallel_(request.parallel.value_or(usualParallel())),
         threads_(std::max(std::thread::hardware_concurrency() / static_cast<unsigned>(parallel_), 1U)),
-        slots_(parallel_) {
-    if (request.path != "-") state_.emplace(request.path + ".state");
+        slots_(parallel_),
+        jobs_(readJobs(request.path)) {
+    if (std::filesystem::is_regular_file(request.path)) {
+      state_.emplace(request.path + ".state");
+    } else if (request.resumes) {
+      throw CommandError("--resume needs a list in a file, beside which it is kept what is complete");
+    }
   }
 
   [[nodiscard]] Status run(const std::stop_source& stop) {
-    jobs_ = readJobs(request_.path);
     stop_ = stop.get_token();
     // Loaded before threads need it.
     static_cast<void>(engineModule());
-    std::list<std::jthread> threads;
+    std::list<RunningJob> running;
     for (const Job& job : jobs_) {
       slots_.waitBlocking();
       if (stop_.stop_requested()) {
         slots_.signal();
         break;
       }
-      threads.emplace_back([this, &job] {
+      running.remove_if([](const RunningJob& each) { return each.hasEnded.load(); });
+      RunningJob& started = running.emplace_back();
+      started.thread = std::jthread([this, &job, &started] {
         carryOutGuarded(job);
+        started.hasEnded = true;
         slots_.signal();
       });
     }
-    threads.clear();
+    running.clear();
     printSummary();
     return counts_[1] > 0 || stop_.stop_requested() ? failed : done;
   }
 
  private:
+  /// The thread of a job. A thread that has ended keeps its memory until it is joined.
+  struct RunningJob {
+    std::atomic<bool> hasEnded = false;
+    std::jthread thread;
+  };
+
   void carryOutGuarded(const Job& job) {
     try {
       carryOut(job);
@@ -144,8 +158,13 @@ class JobsRun {
           {Json(result.error())});
       return;
     }
-    if (state_) state_->add(plan, hash);
     std::vector<std::string> messages{summaryOf(*result)};
+    if (state_) {
+      if (const auto error = state_->add(plan, hash)) {
+        messages.push_back("warning: " + inQuotes(state_->path()) +
+                           " cannot be written, so that --resume will repeat the job: " + error.message());
+      }
+    }
     for (const TranscodePlanWarning& warning : plan.warnings) messages.push_back("warning: " + warning.message());
     for (const TranscodeRunWarning& warning : result->warnings) messages.push_back("warning: " + warning.message());
     end(job, JobEnd::succeeded, Json(*result), messages);
@@ -204,8 +223,8 @@ class JobsRun {
   /// Of each decoder and encoder.
   unsigned threads_;
   TaskSemaphore slots_;
-  std::optional<JobState> state_;
   std::vector<Job> jobs_;
+  std::optional<JobState> state_;
   std::stop_token stop_;
   std::mutex mutex_;
   std::optional<ProgressBar> bar_;
@@ -219,8 +238,10 @@ Status transcodeJobs(const JobsRequest& request) {
   static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   const std::stop_source stop;
+  // Before signals ask for a stop alone: a list that is a pipe may be waited for.
+  JobsRun run(request);
   const StopOnInterruption interruption(stop);
-  const Status status = JobsRun(request).run(stop);
+  const Status status = run.run(stop);
   std::cout.flush();
   interruption.endIfInterrupted();
   return status;

@@ -53,7 +53,8 @@ void TranscodeReport::end(const Expected<TranscodeResult, TranscodeRunError>& re
 }
 
 void TranscodeReport::printPortion(double portion) const {
-  std::cout << *prefix_ << fixedDecimalText(portion, 4) << '\n' << std::flush;
+  // In one piece, since jobs that run side by side print theirs too.
+  std::cout << (*prefix_ + fixedDecimalText(portion, 4) + '\n') << std::flush;
 }
 
 }  // namespace meridian::command

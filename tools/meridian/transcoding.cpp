@@ -84,9 +84,13 @@ void tellOfErrors(const TranscodeExplanation& words, const std::vector<Transcode
   if (std::ranges::find(errors, flag, &TranscodePlanError::place) != errors.end()) return;
   const std::stop_source now;
   now.request_stop();
-  // A FIFO is not waited for.
-  const ProgressFile file(setting->value, now.get_token());
-  file.write({{"state", "failed"}, {"portion", 0.0}, {"error", errors.front()}});
+  try {
+    // A FIFO is not waited for.
+    const ProgressFile file(setting->value, now.get_token());
+    file.write({{"state", "failed"}, {"portion", 0.0}, {"error", errors.front()}});
+  } catch (const CommandError&) {
+    // The errors are on standard error as well.
+  }
 }
 
 Status carryOut(std::span<const std::string_view> words, const TranscodeRequest& request,

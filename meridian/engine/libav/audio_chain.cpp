@@ -65,27 +65,38 @@ class OriginSound {
     return inputRate_ == 0 ? 0 : earlier_ + av_rescale(next_ - base_, target_.rate, inputRate_);
   }
 
-  /// Takes sound whose first sample is heard at a time.
-  [[nodiscard]] Failure take(const AVFrame& sound, Ticks time) {
+  /// Prepares for sound whose first sample is heard at a time.
+  [[nodiscard]] Failure begin(const AVFrame& sound, Ticks time) {
     if (auto failure = prepare(sound)) return failure;
     std::int64_t first = av_rescale_rnd(time, inputRate_, timeLine.den, AV_ROUND_NEAR_INF);
     // Time stamps of some containers are rounded to a millisecond, so that they jitter by as much.
     const std::int64_t tolerance = inputRate_ / 500 + 1;
     if (hasBegun_ && std::abs(first - next_) <= tolerance) first = next_;
-    if (first > next_) {
-      if (hasBegun_) filled_ += av_rescale(first - next_, target_.rate, inputRate_);
-      if (auto failure = fill(first - next_)) return failure;
-    }
+    if (first > next_ && hasBegun_) filled_ += av_rescale(first - next_, target_.rate, inputRate_);
     hasBegun_ = true;
-    const std::int64_t cut = std::min<std::int64_t>(next_ - first, sound.nb_samples);
+    first_ = first;
+    return std::nullopt;
+  }
+
+  /// Returns true if sound is missing before the one that was prepared for.
+  [[nodiscard]] bool hasGap() const noexcept { return first_ > next_; }
+
+  /// Fills up to a second of it.
+  [[nodiscard]] Failure fillGap() { return fill(std::min<std::int64_t>(first_ - next_, inputRate_)); }
+
+  /// Takes the sound that was prepared for.
+  [[nodiscard]] Failure take(const AVFrame& sound) {
+    const std::int64_t cut = std::min<std::int64_t>(next_ - first_, sound.nb_samples);
     if (cut == sound.nb_samples) return std::nullopt;
     return convert(sound, static_cast<int>(cut));
   }
 
-  /// Adds silence of this many samples at the target's rate.
-  [[nodiscard]] Failure addSilence(std::int64_t samples) {
-    if (inputRate_ == 0) return std::nullopt;
-    return fill(av_rescale_rnd(samples, inputRate_, target_.rate, AV_ROUND_UP));
+  /// Adds silence of this many samples at the target's rate. `channels` is their number while no sound has come.
+  [[nodiscard]] Failure addSilence(std::int64_t samples, int channels) {
+    if (inputRate_ > 0) return fill(av_rescale_rnd(samples, inputRate_, target_.rate, AV_ROUND_UP));
+    if (auto failure = prepareSilence(channels)) return failure;
+    earlier_ += samples;
+    return appendSilence(samples);
   }
 
   /// Converts what the resampler still has, and cuts or fills the rest to `length` samples in all.
@@ -99,13 +110,20 @@ class OriginSound {
       trim_ = std::max<std::int64_t>(length - taken_, 0);
       return std::nullopt;
     }
-    return appendSilence(missing);
+    silence_ = missing;
+    return std::nullopt;
   }
 
   /// Copies samples into planes, one a channel.
   [[nodiscard]] bool read(std::span<std::uint8_t*> planes, int samples) {
     std::vector<void*> targets(planes.begin(), planes.end());
-    if (av_audio_fifo_read(fifo_.get(), targets.data(), samples) != samples) return false;
+    const int kept = std::min(samples, available());
+    if (av_audio_fifo_read(fifo_.get(), targets.data(), kept) != kept) return false;
+    for (std::uint8_t* const plane : planes) {
+      std::uint8_t* one = plane;
+      av_samples_set_silence(&one, kept, samples - kept, 1, target_.planarFormat);
+    }
+    silence_ -= samples - kept;
     taken_ += samples;
     if (trim_) *trim_ -= samples;
     return true;
@@ -113,7 +131,7 @@ class OriginSound {
 
   /// Returns how many samples can be taken.
   [[nodiscard]] std::int64_t rest() const noexcept {
-    return std::min<std::int64_t>(available(), trim_.value_or(std::numeric_limits<std::int64_t>::max()));
+    return std::min<std::int64_t>(available() + silence_, trim_.value_or(std::numeric_limits<std::int64_t>::max()));
   }
 
   /// Prepares an origin that never sounds.
@@ -144,6 +162,8 @@ class OriginSound {
   }
 
   [[nodiscard]] Failure open(const AVFrame& sound) {
+    // Of a track that was silent until now.
+    if (inputRate_ == 0) base_ = next_ = av_rescale(earlier_, sound.sample_rate, target_.rate);
     inputFormat_ = sound.format;
     inputRate_ = sound.sample_rate;
     inputChannels_ = sound.ch_layout.nb_channels;
@@ -152,7 +172,12 @@ class OriginSound {
     const bool isMixed = isPlaced && !target_.channels.empty();
     const ChannelOrder mixed = isMixed ? channelOrder(target_.channels) : ChannelOrder();
     const ChannelOrder& wanted = isMixed ? mixed : order;
-    outputChannels_ = isMixed ? static_cast<int>(target_.channels.size()) : inputChannels_;
+    const int channels = isMixed ? static_cast<int>(target_.channels.size()) : inputChannels_;
+    if (fifo_ && channels != outputChannels_) {
+      return "its channels are " + std::to_string(channels) + " where " + std::to_string(outputChannels_) +
+             " were planned";
+    }
+    outputChannels_ = channels;
     SwrContext* converter = nullptr;
     const LogCollector log;
     const auto failure = [&log] { return log.firstError().empty() ? std::string(noMemory) : log.firstError(); };
@@ -279,11 +304,15 @@ class OriginSound {
   bool hasBegun_ = false;
   /// The next sample of the source, at its own rate.
   std::int64_t next_ = 0;
+  /// The first sample of the sound that was prepared for.
+  std::int64_t first_ = 0;
   /// Where the current rate began, and the samples of the target until then.
   std::int64_t base_ = 0;
   std::int64_t earlier_ = 0;
   std::int64_t filled_ = 0;
   std::int64_t taken_ = 0;
+  /// Silence after all sound, which needs no memory.
+  std::int64_t silence_ = 0;
   /// How many samples are still wanted; absent until the end.
   std::optional<std::int64_t> trim_;
 };
@@ -313,7 +342,15 @@ class TrackChain final : public AudioChain {
   }
 
   std::optional<TranscodeRunError> take(std::size_t origin, const AVFrame& sound, Ticks time, SoundSink sink) override {
-    if (auto failure = origins_[origin].take(sound, time)) return soundError(*failure);
+    OriginSound& taking = origins_[origin];
+    if (auto failure = taking.begin(sound, time)) return soundError(*failure);
+    // However long a gap is, it is not kept in memory.
+    while (taking.hasGap()) {
+      if (auto failure = taking.fillGap()) return soundError(*failure);
+      if (auto failure = fillLaggards()) return soundError(*failure);
+      if (auto error = handOn(false, sink)) return error;
+    }
+    if (auto failure = taking.take(sound)) return soundError(*failure);
     if (auto failure = fillLaggards()) return soundError(*failure);
     return handOn(false, sink);
   }
@@ -355,6 +392,7 @@ class TrackChain final : public AudioChain {
   /// need not be kept.
   [[nodiscard]] Failure fillLaggards() {
     if (origins_.size() < 2) return std::nullopt;
+    const int silentChannels = channelsOfSilentOrigin();
     int least = std::numeric_limits<int>::max();
     int most = 0;
     for (const OriginSound& origin : origins_) {
@@ -365,7 +403,7 @@ class TrackChain final : public AudioChain {
     if (most - least <= greatestLag * rate_) return std::nullopt;
     const int wanted = most - greatestLag / 2 * rate_;
     for (OriginSound& origin : origins_) {
-      if (auto failure = origin.addSilence(std::max(wanted - origin.available(), 0))) return failure;
+      if (auto failure = origin.addSilence(std::max(wanted - origin.available(), 0), silentChannels)) return failure;
     }
     return std::nullopt;
   }

@@ -40,10 +40,17 @@ const AVCodecContext* codecOf(const void* context) noexcept {
   return nullptr;
 }
 
-/// Returns true if the context or one that it is part of is silenced. What FFmpeg says without a context on a thread of
-/// its own may be a decoder's.
+/// Returns true for what converts images and sound, on whatever thread of a filter's it does so.
+bool isConverter(const void* context) noexcept {
+  const AVClass* const type = classOf(context);
+  return type != nullptr &&
+         (type->category == AV_CLASS_CATEGORY_SWSCALER || type->category == AV_CLASS_CATEGORY_SWRESAMPLER);
+}
+
+/// Returns true if the context or one that it is part of is silenced. What FFmpeg says without a context, or as a
+/// converter, on a thread of its own may be ours.
 bool isSilenced(const void* context) noexcept {
-  if (context == nullptr) return quietDecoders > 0;
+  if (context == nullptr || isConverter(context)) return quietDecoders > 0;
   for (; context != nullptr; context = parentOf(context)) {
     const AVClass* const type = classOf(context);
     if (type == nullptr) return false;

@@ -55,8 +55,8 @@ class LogCollector {
   mutable bool isMissing_ = false;
 };
 
-/// While one exists, what FFmpeg says without a context, on a thread without a collector, is dropped: decoders of ours
-/// have threads of their own.
+/// While one exists, what FFmpeg says without a context or as a converter, on a thread without a collector, is dropped:
+/// decoders and filters of ours have threads of their own.
 class QuietDecoding {
  public:
   QuietDecoding() noexcept;

@@ -53,7 +53,8 @@ Expected<std::unique_ptr<MediaDecoder>, std::string> MediaDecoder::open(const AV
   const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec->id);
   const bool standsAlone = descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
   // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flag.
-  if (standsAlone && (codec->capabilities & AV_CODEC_CAP_SLICE_THREADS) != 0) context->thread_type = FF_THREAD_SLICE;
+  const bool sharesImages = standsAlone && (codec->capabilities & AV_CODEC_CAP_SLICE_THREADS) != 0;
+  if (sharesImages || options.decodesInTurn) context->thread_type = FF_THREAD_SLICE;
   if (stopsAtErrors(codec->id)) context->err_recognition |= AV_EF_EXPLODE;
   if (options.triesGpu) decoder->openDevice(*codec);
   silence(*context);

@@ -26,6 +26,8 @@ class MediaDecoder {
     unsigned threads = 0;
     /// Tries the devices of GPUs; `isOnGpu` says whether one works.
     bool triesGpu = false;
+    /// Decodes one image after the other; threads share an image where they can.
+    bool decodesInTurn = false;
   };
 
   /// Opens the decoder of a stream; the error is what FFmpeg said.

@@ -104,7 +104,10 @@ class MuxedOutput final : public MediaOutput {
   std::optional<TranscodeRunError> writePacket(CopiedPacket copied) override {
     OutputStream& stream = copied.track ? *sounds_[*copied.track] : *video_;
     AVPacket& packet = *copied.packet;
-    if (!copied.track) ++images_;
+    // Images before the first that is shown are there for those that depend on them.
+    // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flag.
+    const bool isShown = packet.pts >= 0 && (packet.flags & AV_PKT_FLAG_DISCARD) == 0;
+    if (!copied.track && isShown) ++images_;
     if (!stream.begin) stream.begin = std::max<Ticks>(packet.pts, 0);
     stream.end = std::max(stream.end.load(), packet.pts + packet.duration);
     av_packet_rescale_ts(&packet, timeLine, stream.stream->time_base);
@@ -136,7 +139,9 @@ class MuxedOutput final : public MediaOutput {
   [[nodiscard]] Ticks soundDuration(std::size_t track) const override { return durationOf(*sounds_[track]); }
 
   [[nodiscard]] Ticks writtenTime() const override {
-    Ticks time = video_ ? video_->end.load() : 0;
+    // Sound is written long before the images of the same time, which an encoder holds back.
+    if (video_) return video_->end;
+    Ticks time = 0;
     for (const auto& sound : sounds_) time = std::max(time, sound->end.load());
     return time;
   }

@@ -8,7 +8,11 @@
 
 namespace meridian::inline v0_2::libav {
 
-void PartDamage::note(Ticks time, std::string_view reason) {
+void PartDamage::note(Ticks time, std::string_view reason, std::optional<std::size_t> track) {
+  if (isAccepted_ && block_) {
+    block_(time, track, reason);
+    return;
+  }
   std::string detail = "at " + fixedDecimalText(std::max(secondsOfTicks(time), 0.0), 3) + " s";
   if (!reason.empty()) detail += ": " + printable(reason);
   if (!isAccepted_) {
@@ -18,8 +22,10 @@ void PartDamage::note(Ticks time, std::string_view reason) {
   if (count_++ == 0) first_ = std::move(detail);
 }
 
-void PartDamage::noteShort(std::string detail) {
-  if (isAccepted_) {
+void PartDamage::noteShort(Ticks time, std::string detail) {
+  if (isAccepted_ && block_) {
+    block_(time, std::nullopt, detail);
+  } else if (isAccepted_) {
     short_ = std::move(detail);
   } else if (!error_) {
     error_ = TranscodeRunError{TranscodeRunErrorCode::sourceShort, path_, std::move(detail)};

@@ -68,7 +68,7 @@ std::optional<TranscodeRunError> locate(Located& located, const std::string& pat
 class FilePart final : public PartSource {
  public:
   FilePart(const std::string& path, const WantedStreams& wanted, const ReadingOptions& options)
-      : path_(path), wanted_(wanted), options_(options), damage_(path, options.acceptsDamaged) {}
+      : path_(path), wanted_(wanted), options_(options), damage_(path, options.acceptsDamaged, options.notesDamage) {}
 
   [[nodiscard]] std::optional<TranscodeRunError> open() {
     auto described = describeMedia(Url::fromFilePath(path_), withoutLimits);
@@ -76,7 +76,7 @@ class FilePart final : public PartSource {
     Located located{*std::move(described), nullptr, {}};
     if (auto error = locate(located, path_, wanted_)) return error;
     for (const MediaWarning& warning : located.media.warnings) {
-      if (warning.code == MediaWarningCode::endsBeforeItsData) damage_.noteShort(warning.detail);
+      if (warning.code == MediaWarningCode::endsBeforeItsData) damage_.noteShort(0, warning.detail);
     }
     if (damage_.error()) return damage_.error();
     auto input = MediaInput::open(path_, withoutLimits);
@@ -184,7 +184,7 @@ class FilePart final : public PartSource {
       return std::nullopt;
     }
     const bool triesGpu = sound == nullptr && wanted_.decodesOnGpu;
-    auto decoder = MediaDecoder::open(source(index), {options_.threads, triesGpu});
+    auto decoder = MediaDecoder::open(source(index), {options_.threads, triesGpu, options_.decodesInTurn});
     if (!decoder) return TranscodeRunError{notDecoded, path_, std::move(decoder).error()};
     stream.decoder = *std::move(decoder);
     if (triesGpu && !stream.decoder->isOnGpu()) {
@@ -224,6 +224,9 @@ class FilePart final : public PartSource {
     }
     for (const AudioStreamDescription* sound : located.sounds) include(sound->index);
     if (!zero_) zero_ = 0;
+    for (const AudioStreamDescription* sound : located.sounds) {
+      if (sound->duration) statedEnd_ = std::max(statedEnd_.value_or(0), timeLineOf(*sound->duration));
+    }
   }
 
   [[nodiscard]] Ticks local(std::int64_t time, const AVRational& base) {
@@ -280,16 +283,20 @@ class FilePart final : public PartSource {
 
   void decode(int index, Stream& stream, const AVPacket* packet) {
     stream.decoder->send(packet);
-    noteDamage(stream);
+    // Threads with an image each are ahead of the images that they have handed on.
+    const bool isExact = options_.decodesInTurn && packet != nullptr && packet->pts != AV_NOPTS_VALUE;
+    const auto note = [&] {
+      const auto reason = stream.decoder->takeDamage();
+      if (!reason) return;
+      const Ticks time = isExact ? local(packet->pts, source(index).time_base) : stream.next;
+      damage_.note(time, *reason, stream.sound != nullptr ? std::optional(stream.sound->track) : std::nullopt);
+    };
+    note();
     while (FramePointer frame = stream.decoder->receive()) {
-      noteDamage(stream);
+      note();
       handOn(index, stream, std::move(frame));
     }
-    noteDamage(stream);
-  }
-
-  void noteDamage(Stream& stream) {
-    if (const auto reason = stream.decoder->takeDamage()) damage_.note(stream.next, *reason);
+    note();
   }
 
   void handOn(int index, Stream& stream, FramePointer frame) {
@@ -304,6 +311,7 @@ class FilePart final : public PartSource {
       damage_.note(stream.next, "its time stamps go back to " + fixedDecimalText(secondsOfTicks(time), 3) + " s");
       time = stream.next;
     }
+    if (stream.sound != nullptr && !stream.hasBegun) noteLead(time);
     stream.hasBegun = true;
     if (stream.sound != nullptr) {
       if (frame->sample_rate <= 0) return;
@@ -362,9 +370,19 @@ class FilePart final : public PartSource {
     return true;
   }
 
+  /// Warns of sound before the first image that is longer than what coders put in front.
+  void noteLead(Ticks time) {
+    const Ticks least = std::max<Ticks>(wanted_.imageDuration(), timeLine.den / 8);
+    if (!wanted_.hasVideo || time >= -least) return;
+    warnings_.push_back({TranscodeRunWarningCode::leadCut, path_, fixedDecimalText(-secondsOfTicks(time), 3) + " s"});
+  }
+
   void copySound(const AVRational& base, Stream& stream, PacketPointer packet) {
     const std::int64_t time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
     packet->pts = packet->dts = time != AV_NOPTS_VALUE ? local(time, base) : stream.next;
+    // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flag.
+    const bool isHeard = (packet->flags & AV_PKT_FLAG_DISCARD) == 0;
+    if (isHeard && !std::exchange(stream.hasBegun, true)) noteLead(packet->pts);
     packet->duration = toTimeLine(packet->duration, base);
     stream.next = packet->pts + packet->duration;
     position_ = packet->pts;
@@ -377,12 +395,24 @@ class FilePart final : public PartSource {
     for (auto& [index, stream] : streams_) {
       if (stream.decoder != nullptr) decode(index, stream, nullptr);
     }
-    if (!wanted_.hasVideo || !statedEnd_) return;
+    if (!statedEnd_) return;
+    if (!wanted_.hasVideo) {
+      finishSound();
+      return;
+    }
     const Ticks missing = *statedEnd_ - imageEnd_;
     const Ticks duration = wanted_.imageDuration();
     if (missing <= duration + duration / 2) return;
-    damage_.noteShort("its images end at " + fixedDecimalText(secondsOfTicks(imageEnd_), 3) + " s of " +
-                      fixedDecimalText(secondsOfTicks(*statedEnd_), 3) + " s");
+    damage_.noteShort(imageEnd_, "its images end at " + fixedDecimalText(secondsOfTicks(imageEnd_), 3) + " s of " +
+                                     fixedDecimalText(secondsOfTicks(*statedEnd_), 3) + " s");
+  }
+
+  /// Notes sound that ends early, by more than the packets that hold what coders add.
+  void finishSound() {
+    constexpr Ticks added = timeLine.den / 4;
+    if (*statedEnd_ - soundEnd_ <= added) return;
+    damage_.noteShort(soundEnd_, "its sound ends at " + fixedDecimalText(secondsOfTicks(soundEnd_), 3) + " s of " +
+                                     fixedDecimalText(secondsOfTicks(*statedEnd_), 3) + " s");
   }
 
   const std::string path_;
@@ -420,6 +450,10 @@ class ImageList final : public PartSource {
       auto frame = decoded(path);
       if (frame) return SourceItem(SourceImage{*std::move(frame), time, timeOf(place + 1) - time});
       if (!options_.acceptsDamaged || frame.error().code != sourceDamaged) return Unexpected(std::move(frame).error());
+      if (options_.notesDamage) {
+        options_.notesDamage(time, std::nullopt, frame.error().detail);
+        continue;
+      }
       warnings_.push_back({TranscodeRunWarningCode::damageAccepted, path, frame.error().detail});
     }
     return std::nullopt;
@@ -460,6 +494,16 @@ Expected<std::unique_ptr<PartSource>, TranscodeRunError> openPart(const std::str
   auto part = std::make_unique<FilePart>(path, wanted, options);
   if (auto error = part->open()) return Unexpected(*std::move(error));
   return part;
+}
+
+std::vector<PlacedImage> placedImages(ImageSequence images, std::int64_t& place) {
+  std::vector<PlacedImage> placed;
+  for (std::size_t each = 0; each < images.paths.size(); ++each) {
+    if (each > 0) place += std::max<std::int64_t>(images.numbers[each] - images.numbers[each - 1], 1);
+    placed.push_back({std::move(images.paths[each]), place});
+  }
+  ++place;
+  return placed;
 }
 
 Expected<std::unique_ptr<PartSource>, TranscodeRunError> openImages(std::vector<PlacedImage> images,

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "meridian/base/expected.h"
+#include "meridian/engine/image_sequence.h"
 #include "meridian/engine/libav/decode_times.h"
 #include "meridian/engine/libav/media_decoder.h"
 #include "meridian/engine/libav/media_input.h"
@@ -79,6 +80,10 @@ struct PlacedImage {
   std::string path;
   std::int64_t place = 0;
 };
+
+/// Returns the images of a directory from a place on, which is moved to the place after the last. Where numbers are
+/// missing, so are places; of several images with one number, each has its own.
+[[nodiscard]] std::vector<PlacedImage> placedImages(ImageSequence images, std::int64_t& place);
 
 /// Opens images in the order of their places, each of which is shown for the duration of the planned rate.
 [[nodiscard]] Expected<std::unique_ptr<PartSource>, TranscodeRunError> openImages(std::vector<PlacedImage> images,

@@ -1,8 +1,10 @@
 #include "meridian/engine/libav/source_reader.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <map>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -31,7 +33,7 @@ class GroupReader {
     if (!part) return std::move(part).error();
     current_ = *std::move(part);
     beginPart();
-    return std::nullopt;
+    return checkCopies();
   }
 
   /// Returns the next item on the time line of the clip; nothing at the end of the last part.
@@ -71,6 +73,35 @@ class GroupReader {
     return source_.isImageSequence || part_ + 1 == source_.parts.size();
   }
 
+  /// Packets can be put behind those of another part only if a decoder needs the same parameters for both: an output
+  /// has one description of each stream.
+  [[nodiscard]] std::optional<TranscodeRunError> checkCopies() const {
+    if (source_.isImageSequence || source_.parts.size() < 2) return std::nullopt;
+    std::vector<std::optional<std::size_t>> copied;
+    if (wanted_.hasVideo && wanted_.copiesVideo) copied.emplace_back();
+    for (const WantedSound& sound : wanted_.sounds) {
+      if (sound.isCopied) copied.emplace_back(sound.track);
+    }
+    for (std::size_t place = 1; place < source_.parts.size() && !copied.empty(); ++place) {
+      const std::string& path = source_.parts[place].path;
+      const auto part = openPart(path, wanted_, options_);
+      if (!part) return part.error();
+      for (const auto& track : copied) {
+        if (decodesAlike(*first_->copiedStream(track).parameters, *(*part)->copiedStream(track).parameters)) continue;
+        return TranscodeRunError{track ? soundNotCopyable : notCopyable, path,
+                                 "it is coded with other parameters than the part before it"};
+      }
+    }
+    return std::nullopt;
+  }
+
+  static bool decodesAlike(const AVCodecParameters& left, const AVCodecParameters& right) {
+    const auto extra = [](const AVCodecParameters& each) {
+      return std::span(each.extradata, static_cast<std::size_t>(std::max(each.extradata_size, 0)));
+    };
+    return left.codec_id == right.codec_id && std::ranges::equal(extra(left), extra(right));
+  }
+
   [[nodiscard]] Expected<std::unique_ptr<PartSource>, TranscodeRunError> openedPart() {
     if (!source_.isImageSequence) return openPart(source_.parts[part_].path, wanted_, options_);
     std::vector<PlacedImage> placed;
@@ -86,12 +117,7 @@ class GroupReader {
                                             images.error().systemError});
       }
       if (auto error = noteMissing(*images, part.path)) return Unexpected(*std::move(error));
-      for (std::size_t each = 0; each < images->paths.size(); ++each) {
-        // Of several images with one number, each is shown.
-        if (each > 0) place += std::max<std::int64_t>(images->numbers[each] - images->numbers[each - 1], 1);
-        placed.push_back({std::move(images->paths[each]), place});
-      }
-      ++place;
+      std::ranges::move(placedImages(*std::move(images), place), std::back_inserter(placed));
     }
     return openImages(std::move(placed), wanted_, options_);
   }

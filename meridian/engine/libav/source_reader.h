@@ -4,9 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -57,12 +59,20 @@ struct CopiedStream {
   std::vector<std::uint8_t> displayMatrix{};
 };
 
+/// Is told of damage: its time, the audio track, which is absent for images and for the file as a whole, and FFmpeg's
+/// reason.
+using DamageBlock = std::function<void(Ticks time, std::optional<std::size_t> track, std::string_view reason)>;
+
 /// What a reader goes by beside the plan.
 struct ReadingOptions {
   bool acceptsDamaged = false;
   std::stop_token stop = {};
   /// Threads of each decoder; 0 for as many as there are cores.
   unsigned threads = 0;
+  /// Decodes one image after the other, so that the time of damage is exact; threads share an image where they can.
+  bool decodesInTurn = false;
+  /// Is told of each damage that is accepted, if it is set; there are no warnings of it then.
+  DamageBlock notesDamage = {};
 };
 
 /// Reads all groups and parts of a plan. Parts of a group follow each other without a gap: each begins where the one

@@ -109,8 +109,8 @@ class Run {
   Expected<TranscodeResult, TranscodeRunError> result() {
     const auto cpuBefore = cpuTimeOfProcess();
     if (auto error = checkPlace()) return Unexpected(*std::move(error));
-    auto file = WholeFile::create(
-        plan_.output.path, {.replaces = plan_.output.replacesExisting, .workDirectory = plan_.output.workDirectory});
+    auto file = WholeFile::create(plan_.output.path,
+                                  {.replaces = plan_.output.mayReplace, .workDirectory = plan_.output.workDirectory});
     if (!file) return Unexpected(outputError(file.error()));
     if (auto error = carryOut(*file)) return Unexpected(*std::move(error));
     auto description = checkedOutput(*file);
@@ -147,7 +147,7 @@ class Run {
         if (targetIdentity(part.path) == output) return TranscodeRunError{outputIsSource, plan_.output.path, part.path};
       }
     }
-    if (!plan_.output.replacesExisting) return TranscodeRunError{outputExists, plan_.output.path};
+    if (!plan_.output.mayReplace) return TranscodeRunError{outputExists, plan_.output.path};
     return std::nullopt;
   }
 
