@@ -7,7 +7,7 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/MeridianConfig.cmake.in
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/MeridianConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/MeridianConfig.cmake ${PROJECT_BINARY_DIR}/MeridianConfigVersion.cmake
               ${CMAKE_CURRENT_LIST_DIR}/Findutf8proc.cmake ${CMAKE_CURRENT_LIST_DIR}/FindFoundation.cmake
-              ${CMAKE_CURRENT_LIST_DIR}/FindFFmpeg.cmake DESTINATION ${package_dir})
+              ${CMAKE_CURRENT_LIST_DIR}/FindFFmpeg.cmake ${CMAKE_CURRENT_LIST_DIR}/FindEbur128.cmake DESTINATION ${package_dir})
 
 install(EXPORT MeridianMeridianTargets NAMESPACE Meridian:: DESTINATION ${package_dir})
 if(TARGET meridian-serialization)
@@ -89,10 +89,10 @@ if(TARGET meridian-presets)
   meridian_pkg_config(meridian-presets "Meridian's stored presets" "meridian = ${PROJECT_VERSION} protobuf >= 3.15")
 endif()
 if(TARGET meridian-engine)
-  # Programs that link the shared library need nothing of FFmpeg.
+  # Programs that link the shared library need nothing of FFmpeg and libebur128.
   set(engine_requires "meridian = ${PROJECT_VERSION}")
   if(NOT BUILD_SHARED_LIBS)
-    string(APPEND engine_requires " libavformat libavcodec libavfilter libswscale libswresample libavutil")
+    string(APPEND engine_requires " libavformat libavcodec libavfilter libswscale libswresample libavutil libebur128")
   endif()
   meridian_pkg_config(meridian-engine "Meridian's engine: media described with FFmpeg" "${engine_requires}")
 endif()

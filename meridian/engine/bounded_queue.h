@@ -34,6 +34,14 @@ class BoundedQueue {
     return true;
   }
 
+  /// Waits until there is room for an item, so that one need not be made that would wait. Returns false once the queue
+  /// is cancelled.
+  [[nodiscard]] bool waitForRoom() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return isCancelled_ || weight_ < capacity_; });
+    return !isCancelled_;
+  }
+
   /// Removes the first item; waits for one. Returns nothing once the queue is closed and empty, or cancelled.
   [[nodiscard]] std::optional<Item> pop() {
     std::unique_lock lock(mutex_);

@@ -183,6 +183,35 @@ void takeImages(MediaAnalysisItem& item, std::size_t number, ImageTaking& taking
   }
 }
 
+/// What parts of an item's work are of the whole.
+struct Portions {
+  std::size_t imageCount = 0;
+  bool decodes = false;
+
+  /// All of an item takes longer to decode than anything else does.
+  static constexpr double decoding = 0.9;
+
+  [[nodiscard]] double beforeImage(std::size_t image) const noexcept {
+    const double portion = static_cast<double>(1 + image) / static_cast<double>(1 + imageCount);
+    return decodes ? portion * (1 - decoding) : portion;
+  }
+  [[nodiscard]] static double ofDecoding(double portion) noexcept { return 1 - decoding + portion * decoding; }
+};
+
+/// Decodes all of an item.
+void decodeItem(MediaAnalysisItem& item, const DeepAnalysisOptions& options, const std::stop_token& stop,
+                DeepAnalysisProgressBlock progress) {
+  auto deep = analyzeDeeply(*item.description, options, progress, stop);
+  if (!deep) {
+    if (!item.error) item.error = std::move(deep).error();
+    return;
+  }
+  if (!item.error) {
+    if (auto error = errorOfFaults(*deep, item.path)) item.error = *std::move(error);
+  }
+  item.deep = *std::move(deep);
+}
+
 void describeItem(MediaAnalysisItem& item, const DescriptionLimits& limits) {
   if (const auto missing = itemError(item.path)) {
     item.error = MediaAnalysisBasicOptionsError{
@@ -203,15 +232,12 @@ Expected<MediaAnalysis, std::vector<MediaAnalysisError>> analyzeMedia(const Basi
                                                                       const DistributedMediaAnalysisImageOptions* image,
                                                                       MediaAnalysisProgressBlock progress,
                                                                       const std::stop_token& stop,
-                                                                      const DescriptionLimits& limits) {
+                                                                      const DescriptionLimits& limits,
+                                                                      const DeepAnalysisOptions& deep) {
   if (auto errors = errorsBefore(basic, image); !errors.empty()) return Unexpected(std::move(errors));
   MediaAnalysis analysis;
   analysis.ffmpegVersion = libav::ffmpegVersion();
   if (const auto identifier = basic.analysisId()) analysis.analysisId = *identifier;
-  if (basic.deepAnalysis()) {
-    analysis.warnings.push_back(
-        {MediaAnalysisWarningCode::noDeepAnalysis, cliFlag(MediaAnalysisCLIFlag::deepAnalysis)});
-  }
   std::optional<ImageTaking> taking;
   if (image != nullptr) {
     auto usable = prepared(basic, *image);
@@ -225,18 +251,21 @@ Expected<MediaAnalysis, std::vector<MediaAnalysisError>> analyzeMedia(const Basi
   }
 
   const auto paths = basic.pathsToAnalyze();
-  const double parts = taking ? static_cast<double>(1 + image->snapshotLocations().size()) : 1;
+  const Portions portions{taking ? image->snapshotLocations().size() : 0, basic.deepAnalysis()};
   for (std::size_t number = 0; number < paths.size() && !stop.stop_requested(); ++number) {
     MediaAnalysisItem& item = analysis.items.emplace_back();
     item.path = paths[number];
-    const auto advance = [&](std::size_t partsDone) {
-      const double done = static_cast<double>(number) + static_cast<double>(partsDone) / parts;
-      progress({number, paths.size(), item.path, done / static_cast<double>(paths.size())});
+    const auto advance = [&](double done) {
+      progress(
+          {number, paths.size(), item.path, (static_cast<double>(number) + done) / static_cast<double>(paths.size())});
     };
     advance(0);
     describeItem(item, limits);
     if (taking && item.description && item.description->mainVideo() != nullptr) {
-      takeImages(item, number, *taking, stop, [&](std::size_t images) { advance(1 + images); });
+      takeImages(item, number, *taking, stop, [&](std::size_t images) { advance(portions.beforeImage(images)); });
+    }
+    if (basic.deepAnalysis() && item.description && !stop.stop_requested()) {
+      decodeItem(item, deep, stop, [&](double portion) { advance(portions.ofDecoding(portion)); });
     }
   }
   if (stop.stop_requested()) return Unexpected(Errors{MediaAnalysisRunError{MediaAnalysisErrorCode::stopped}});

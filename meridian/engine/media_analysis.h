@@ -1,5 +1,6 @@
 /// \file
-/// Carries out what the media-analysis tool's arguments ask for: media described, still images taken. For example:
+/// Carries out what the media-analysis tool's arguments ask for: media described and decoded, still images taken. For
+/// example:
 ///
 ///     const auto read = readMediaAnalysisArguments(words);
 ///     const auto analysis = analyzeMedia(read.basic, read.image ? &*read.image : nullptr);
@@ -27,6 +28,7 @@
 #include "meridian/base/function_ref.h"
 #include "meridian/cli/media_analysis_errors.h"
 #include "meridian/cli/media_analysis_options.h"
+#include "meridian/engine/deep_analysis.h"
 #include "meridian/engine/describe_media.h"
 #include "meridian/engine/media_description.h"
 #include "meridian/engine/media_error.h"
@@ -71,8 +73,9 @@ struct EnumerationTable<MediaAnalysisErrorCode> {
 using MediaAnalysisRunError = Error<MediaAnalysisErrorCode>;
 
 /// Any error of an analysis.
-using MediaAnalysisError = std::variant<MediaAnalysisRunError, MediaAnalysisBasicOptionsError,
-                                        MediaAnalysisImageOptionsError, MediaError, MediaSnapshotError, LutError>;
+using MediaAnalysisError =
+    std::variant<MediaAnalysisRunError, MediaAnalysisBasicOptionsError, MediaAnalysisImageOptionsError, MediaError,
+                 MediaSnapshotError, DeepAnalysisError, LutError>;
 
 /// Returns the raw value of the error's code: "pathToAnalyzeDoesNotExist", "damaged".
 [[nodiscard]] inline std::string_view codeOf(const MediaAnalysisError& error) {
@@ -85,12 +88,11 @@ using MediaAnalysisError = std::variant<MediaAnalysisRunError, MediaAnalysisBasi
 }
 
 /// What was asked for and is not done.
-enum class MediaAnalysisWarningCode : std::uint8_t { noDeepAnalysis, noFinderImages };
+enum class MediaAnalysisWarningCode : std::uint8_t { noFinderImages };
 
 template <>
 struct EnumerationTable<MediaAnalysisWarningCode> {
   static constexpr auto rows = std::to_array<ErrorRow<MediaAnalysisWarningCode>>({
-      {MediaAnalysisWarningCode::noDeepAnalysis, "noDeepAnalysis", "is not available yet, so \"deep\" stays null"},
       {MediaAnalysisWarningCode::noFinderImages, "noFinderImages", "has no meaning on this platform and is ignored"},
   });
 };
@@ -121,7 +123,9 @@ struct MediaAnalysisItem {
   std::optional<MediaDescription> description;
   /// In the order of the locations, without those that failed. An item without video has none, which is no error.
   std::vector<MediaAnalysisImage> images;
-  /// The first error.
+  /// Absent unless it was asked for, or if the item cannot be decoded.
+  std::optional<DeepAnalysis> deep;
+  /// The first error. What a deep analysis could not decode is one.
   std::optional<MediaAnalysisError> error;
 
   friend bool operator==(const MediaAnalysisItem&, const MediaAnalysisItem&) = default;
@@ -167,18 +171,20 @@ inline void ignoreProgress(const MediaAnalysisProgress& /*progress*/) noexcept {
 /// Describes every path, and with image options takes the images. Paths are independent of each other: what is wrong
 /// with one is an error in its item, and the others are analysed. Nothing begins if the options are unusable: then all
 /// their errors are returned. Of the basic options, the results file is not used, and the work directory only if there
-/// are image options. What `deepAnalysis` and `allowFinderImages` ask for is not done, which a warning says.
+/// are image options. What `allowFinderImages` asks for is not done, which a warning says.
+///
+/// With `deepAnalysis` each item is decoded as a whole, as by `analyzeDeeply`, whose options are `deep`.
 ///
 /// Images are JPEG files ID-ITEM-IMAGE.jpg, counted from 1, in a new directory ID in the work directory, where ID is
 /// the identifier of the analysis, or a random name without one. Each file is there as a whole or not at all. The
 /// directory is gone if there are no images.
 ///
 /// When the token asks for a stop, the images and their directory are removed, and the only error is `stopped`. It is
-/// looked at between items and between the frames that are decoded for images.
+/// looked at between items and between the frames that are decoded.
 [[nodiscard]] MERIDIAN_API Expected<MediaAnalysis, std::vector<MediaAnalysisError>> analyzeMedia(
     const BasicMediaAnalysisCLIOptions& basic, const DistributedMediaAnalysisImageOptions* image = nullptr,
     MediaAnalysisProgressBlock progress = ignoreProgress, const std::stop_token& stop = {},
-    const DescriptionLimits& limits = {});
+    const DescriptionLimits& limits = {}, const DeepAnalysisOptions& deep = {});
 
 /// Removes the images of an analysis and their directory, for callers that cannot use the results.
 MERIDIAN_API void removeImages(const MediaAnalysis& analysis) noexcept;

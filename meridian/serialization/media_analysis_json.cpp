@@ -5,6 +5,7 @@
 
 #include "meridian/base/numbers.h"
 #include "meridian/platform/whole_file.h"
+#include "meridian/serialization/deep_analysis_json.h"
 #include "meridian/serialization/media_description_json.h"
 #include "meridian/serialization/media_json.h"
 #include "meridian/version.h"
@@ -45,7 +46,7 @@ AnalysisJson encodedItem(const MediaAnalysisItem& item) {
   AnalysisJson images = AnalysisJson::array();
   for (const MediaAnalysisImage& image : item.images) images.push_back(encodedImage(image));
   json["images"] = std::move(images);
-  json["deep"] = nullptr;
+  json["deep"] = valueOrNull(item.deep);
   return json;
 }
 

@@ -8,8 +8,9 @@
 ///
 /// The document is {"schema": 1, "tool": {"version", "libav"}, "analysisId", "files": [...], "warnings": [...]}.
 /// "files" has an object for each path, in the order of the paths: "path", "error" (null, or "code" and "message"),
-/// what media_description_json.h encodes if the item is described, "images", and "deep", which is null. What is absent
-/// is null. Texts of media that are not valid UTF-8 need an error handler when the document is written.
+/// what media_description_json.h encodes if the item is described, "images", and "deep", which deep_analysis_json.h
+/// encodes. What is absent is null. Texts of media that are not valid UTF-8 need an error handler when the document is
+/// written.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -84,6 +84,46 @@ pid_t started(const Words& words, int output = -1) {
   _exit(127);
 }
 
+TEST_F(AnalyzeCommandTest, DecodesEverythingAndDrawsIt) {
+  const std::string clip = path("clip.mov");
+  const std::string page = path("page.png");
+  const Outcome shown = run({MERIDIAN_COMMAND, "analyze", "--deep", clip});
+  EXPECT_EQ(shown.status, 0) << shown.errors;
+  EXPECT_THAT(shown.output, AllOf(HasSubstr("\n  Counted    9 frames, 0:00.3, constant rate"), HasSubstr("\n  Luma"),
+                                  HasSubstr(" of the images\n"), HasSubstr("\n  Loudness   nothing above -70 LUFS")));
+#ifdef MERIDIAN_HAS_PLOTS
+  EXPECT_EQ(run({MERIDIAN_COMMAND, "analyze", "--deep", "--plot", page, clip}).status, 0);
+  const std::string size =
+      run({"ffprobe", "-v", "error", "-show_entries", "stream=codec_name,width,height", "-of", "csv=p=0", page}).output;
+  EXPECT_THAT(size, StartsWith("png,1600,900"));
+  // What cannot be shown is drawn without it: sound alone, and images alone.
+  EXPECT_EQ(run({MERIDIAN_COMMAND, "analyze", "--deep", "--plot", page, path("sound.wav")}).status, 0);
+#endif
+
+  const Outcome document = run({MERIDIAN_COMMAND, "analyze", "--json", "--", "-pathToAnalyze", clip, "-deepAnalysis"});
+  EXPECT_EQ(document.status, 0) << document.errors;
+  const json deep = json::parse(document.output)["files"][0]["deep"];
+  EXPECT_EQ(deep["video"]["frameCount"], 9);
+  EXPECT_EQ(deep["video"]["md5"].get<std::string>().size(), 32U);
+  EXPECT_EQ(deep["audio"][0]["silent"], json::array());
+  EXPECT_EQ(deep["errorCount"], 0);
+
+  // A copy without its end is an error, and what is left of it is shown all the same.
+  ASSERT_EQ(run({"ffmpeg", "-v", "error", "-i", clip, "-c", "copy", "-f", "nut", path("cut.nut")}).status, 0);
+  std::filesystem::resize_file(path("cut.nut"), std::filesystem::file_size(path("cut.nut")) * 2 / 3);
+  const Outcome cut = run({MERIDIAN_COMMAND, "analyze", "--deep", path("cut.nut")});
+  EXPECT_THAT(cut.output, HasSubstr("\n  Counted"));
+
+  for (const Words& words : std::vector<Words>{{"--plot", page, clip},
+                                               {"--deep", "--plot", page, clip, clip},
+                                               {"--deep", "--plot", path("page.jpg"), clip},
+                                               {"--deep", "--plot", path("none/page.png"), clip}}) {
+    Words command{MERIDIAN_COMMAND, "analyze"};
+    command.insert(command.end(), words.begin(), words.end());
+    EXPECT_THAT(run(command).status, testing::AnyOf(1, 2));
+  }
+}
+
 TEST_F(AnalyzeCommandTest, ShowsPeopleWhatIsInMedia) {
   const std::string clip = path("clip.mov");
   const Outcome one = run({MERIDIAN_COMMAND, "analyze", clip});

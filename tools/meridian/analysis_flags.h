@@ -30,7 +30,7 @@ inline constexpr std::string_view analysisFlagMeanings =
     "  -imageHeight        The height of an image, unless it would become too wide or be enlarged\n"
     "  -compressionFactor  The quality of an image from 0 to 1, the best; 0.8 if left out\n"
     "  -lutFile            Applies this LUT to the images\n"
-    "  -deepAnalysis       Is not available yet\n"
+    "  -deepAnalysis       Decodes everything: frames, damage, black, silence, scenes, loudness, MD5\n"
     "  -allowFinderImages  Has no meaning on this platform\n"
     "  -parentPid          Stops when the process with this number ends\n"
     "  -parentAppNumber    Tells which application started the tool; changes nothing\n";

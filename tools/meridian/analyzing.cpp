@@ -85,7 +85,7 @@ std::optional<MediaAnalysis> analyzed(const AnalysisWork& work, const AnalysisRe
     const std::size_t left = columns - std::min(columns, ProgressBar::columns + place.size());
     bar.show(place + shortened(printable(lastPathComponent(progress.path)), left), progress.portion);
   };
-  auto analysis = engineModule().analyze(work.basic, work.image, show, stop.get_token());
+  auto analysis = engineModule().analyze(work.basic, work.image, show, stop.get_token(), request.deep);
   bar.clear();
   if (parentHasEnded) {
     if (analysis) engineModule().removeImages(*analysis);
@@ -172,6 +172,7 @@ Status analyze(const AnalysisWork& work, const AnalysisRequest& request) {
     }
   }
   reportFindings(*analysis, request);
+  if (request.use) request.use(*analysis);
   return analysis->isFlawless() ? done : failed;
 }
 
@@ -183,12 +184,20 @@ Status analyzeWords(std::span<const std::string_view> words, const AnalysisReque
     throw UsageError("--json prints the results, which -resultsFilePath writes to a file; give only one of them");
   }
   if (!areUsable(read, request)) return failed;
-  return analyze({read.basic, read.image ? &*read.image : nullptr, read.custodial.parentPid()}, request);
+  const auto paths = read.basic.pathsToAnalyze();
+  Factory::BasicOptions basic = read.basic;
+  if (request.isDeep) {
+    const auto identifier = read.basic.analysisId();
+    basic = Factory::buildBasicOptions({paths.begin(), paths.end()}, std::string(read.basic.workDirectory()),
+                                       std::string(read.basic.resultsFilePath()),
+                                       identifier ? std::optional(std::string(*identifier)) : std::nullopt, true);
+  }
+  return analyze({basic, read.image ? &*read.image : nullptr, read.custodial.parentPid()}, request);
 }
 
 Status analyzeFiles(std::vector<std::string> paths, const AnalysisRequest& request) {
   if (std::ranges::find(paths, "") != paths.end()) throw UsageError("a name among FILES is empty");
-  return analyze({Factory::buildBasicOptions(std::move(paths), {}, {}, std::nullopt, false)}, request);
+  return analyze({Factory::buildBasicOptions(std::move(paths), {}, {}, std::nullopt, request.isDeep)}, request);
 }
 
 }  // namespace meridian::command

@@ -4,11 +4,13 @@
 ///     return analyzeWords(words, {.program = "meridian-media-analysis", .needsResultsFile = true});
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "meridian/engine/media_analysis.h"
 #include "tools/meridian/command.h"
 
 namespace meridian::command {
@@ -21,6 +23,11 @@ struct AnalysisRequest {
   bool needsResultsFile = false;
   /// Results that are printed are printed as JSON.
   bool isJson = false;
+  /// Decodes everything, whatever the words say.
+  bool isDeep = false;
+  DeepAnalysisOptions deep = {};
+  /// Is called with the results after they are printed or written, if it is set.
+  std::function<void(const MediaAnalysis&)> use = {};
 };
 
 /// Carries out the media-analysis tool's words. Without a results file, and if none is needed, prints the results.

@@ -45,8 +45,8 @@ extern "C" const meridian::command::EngineModule* meridianEngineModule() {
       &encode,
       [] { return encoderInventory().version; },
       [](const TranscodePlan& plan, const TranscodeOptions& options) { return meridian::transcode(plan, options); },
-      [](const auto& basic, const auto* image, auto progress, const auto& stop) {
-        return analyzeMedia(basic, image, progress, stop);
+      [](const auto& basic, const auto* image, auto progress, const auto& stop, const auto& deep) {
+        return analyzeMedia(basic, image, progress, stop, {}, deep);
       },
       &meridian::removeImages};
   return &module;

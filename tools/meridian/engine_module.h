@@ -48,7 +48,8 @@ struct EngineModule {
 
   /// Describes media and takes still images of them, as `analyzeMedia`.
   AnalyzedMedia (*analyze)(const BasicMediaAnalysisCLIOptions& basic, const DistributedMediaAnalysisImageOptions* image,
-                           MediaAnalysisProgressBlock progress, const std::stop_token& stop);
+                           MediaAnalysisProgressBlock progress, const std::stop_token& stop,
+                           const DeepAnalysisOptions& deep);
 
   /// Removes the images of an analysis whose results cannot be used.
   void (*removeImages)(const MediaAnalysis& analysis) noexcept;

@@ -13,9 +13,6 @@
 namespace meridian::command {
 namespace {
 
-constexpr LutColor plotGround{0.07, 0.074, 0.082};
-constexpr LutColor gridColor{0.19, 0.2, 0.215};
-constexpr LutColor strongText{0.93, 0.935, 0.945};
 /// Their sum is white, so that curves that coincide are white where they are added.
 constexpr std::array<LutColor, 3> curveColors{{{0.95, 0.2, 0.2}, {0.2, 0.8, 0.28}, {0.25, 0.42, 1}}};
 
@@ -177,6 +174,8 @@ void drawSlices(Canvas& canvas, const Area& area, const Apply& apply) {
   }
 }
 
+}  // namespace
+
 void plotLut(const ImageLut& lut, const LutPlotLabels& labels, const std::string& path) {
   const Apply apply = [&lut](const LutColor& color) { return lut.pixel(color); };
   Canvas canvas;
@@ -193,13 +192,6 @@ void plotLut(const ImageLut& lut, const LutPlotLabels& labels, const std::string
     drawRamps(canvas, {120, 790, 690, 60}, {870, 790, 690, 60}, apply);
   }
   canvas.write(path);
-}
-
-}  // namespace
-
-extern "C" const LutPlotModule* meridianLutPlotModule() {
-  static constexpr LutPlotModule module{&plotLut};
-  return &module;
 }
 
 }  // namespace meridian::command

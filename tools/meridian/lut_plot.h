@@ -1,4 +1,7 @@
-// Draws a LUT: the module that the command loads when it draws.
+/// \file
+/// Draws a LUT as a page. For example:
+///
+///     plotLut(lut, {.title = "look.cube"}, "/out/look.png");
 #pragma once
 
 #include <string>
@@ -15,16 +18,8 @@ struct LutPlotLabels {
   bool mixesChannels = false;
 };
 
-/// The function of the module of plots. It is a module of its own because cairo brings some twenty libraries, X11 among
-/// them, which no other subcommand should load.
-struct LutPlotModule {
-  /// Writes a PNG image of 1600 x 900 pixels: the results of a LUT for greys as three curves, slices through a cube,
-  /// and ramps before and after. The LUT is prepared for floating point; `path` is overwritten. Throws
-  /// std::runtime_error if that fails.
-  void (*plot)(const ImageLut& lut, const LutPlotLabels& labels, const std::string& path);
-};
-
-/// The name of the function that returns the module's LutPlotModule.
-inline constexpr const char* lutPlotModuleEntry = "meridianLutPlotModule";
+/// Draws the results of a LUT for greys as three curves, slices through a cube, and ramps before and after. The LUT is
+/// prepared for floating point.
+void plotLut(const ImageLut& lut, const LutPlotLabels& labels, const std::string& path);
 
 }  // namespace meridian::command

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/platform/path_text.h"
@@ -48,10 +49,8 @@ std::string sizeText(std::uint64_t bytes) {
   return shortNumber(number) + ' ' + units[unit];
 }
 
-/// Returns a duration as "0:10.0" or "1:02:03.5".
-std::string durationText(const std::optional<MediaRational>& duration) {
-  if (!duration) return {};
-  const double seconds = duration->rawValue();
+/// Returns a time as "0:10.0" or "1:02:03.5".
+std::string timeText(double seconds) {
   if (!(seconds < 1e9)) return {};
   const auto tenths = static_cast<std::int64_t>(std::llround(seconds * 10));
   const std::int64_t minutes = tenths / 600;
@@ -64,6 +63,10 @@ std::string durationText(const std::optional<MediaRational>& duration) {
                   static_cast<int>(minutes % 60), static_cast<int>(tenths / 10 % 60), static_cast<int>(tenths % 10));
   }
   return text.data();
+}
+
+std::string durationText(const std::optional<MediaRational>& duration) {
+  return duration ? timeText(duration->rawValue()) : std::string();
 }
 
 /// Returns a name of FFmpeg's as people write it: "png_pipe" as "PNG", "pcm_s16le" as "PCM S16LE".
@@ -153,6 +156,87 @@ std::string soundText(const AudioStreamDescription& audio) {
   return text;
 }
 
+/// Returns stretches as "0:02.0 to 0:04.5, 1:10.0 to 1:12.0", the first few of them.
+std::string intervalsText(const std::vector<MediaInterval>& intervals) {
+  constexpr std::size_t most = 4;
+  std::string text;
+  for (std::size_t each = 0; each < std::min(intervals.size(), most); ++each) {
+    append(text, timeText(intervals[each].start) + " to " + timeText(intervals[each].end));
+  }
+  if (intervals.size() > most) text += ", and " + std::to_string(intervals.size() - most) + " more";
+  return text;
+}
+
+std::string changesText(const std::vector<SceneChange>& changes) {
+  constexpr std::size_t most = 8;
+  std::string text;
+  for (std::size_t each = 0; each < std::min(changes.size(), most); ++each)
+    append(text, timeText(changes[each].seconds));
+  if (changes.size() > most) text += ", and " + std::to_string(changes.size() - most) + " more";
+  return text;
+}
+
+std::string lumaText(const LumaStatistics& luma) {
+  std::string text = std::to_string(luma.minimum) + " to " + std::to_string(luma.maximum) + " of " +
+                     std::to_string(luma.bitDepth) + " bits, mean " + shortNumber(luma.average);
+  const auto portion = [](double part) {
+    return part < 1e-4 ? "under 0.01 %" : fixedDecimalText(part * 100, 2) + " %";
+  };
+  if (luma.belowBlack > 0) append(text, portion(luma.belowBlack) + " below black");
+  if (luma.aboveWhite > 0) append(text, portion(luma.aboveWhite) + " above white");
+  return text;
+}
+
+std::string fieldsText(const std::optional<FieldCounts>& fields) {
+  if (!fields) return {};
+  const FieldOrder seen = fields->seen();
+  return (seen == FieldOrder::unknown ? "undecided" : std::string(description(seen))) + ", by " +
+         std::to_string(fields->progressive) + " progressive, " + std::to_string(fields->topFirst) + " top first, " +
+         std::to_string(fields->bottomFirst) + " bottom first";
+}
+
+std::string loudnessText(const std::optional<Loudness>& loudness) {
+  if (!loudness) return {};
+  if (!loudness->integrated) return "nothing above -70 LUFS for 0.4 s";
+  std::string text =
+      fixedDecimalText(*loudness->integrated, 1) + " LUFS, range " + fixedDecimalText(loudness->range, 1) + " LU";
+  if (loudness->truePeak) append(text, "true peak " + fixedDecimalText(*loudness->truePeak, 1) + " dBTP");
+  return text;
+}
+
+/// What was found by decoding all of a medium.
+template <typename Line>
+void addDeepLines(const DeepAnalysis& deep, const Line& line) {
+  if (deep.video) {
+    const DeepVideoAnalysis& video = *deep.video;
+    std::string counted = std::to_string(video.frameCount) + (video.frameCount == 1 ? " frame, " : " frames, ");
+    counted += timeText(video.seconds) + (video.isVariable ? ", variable rate" : ", constant rate");
+    if (deep.assumedRate) counted += ", times at " + deep.assumedRate->formattedString();
+    line("Counted", counted);
+    line("Black", intervalsText(video.black));
+    line("Frozen", intervalsText(video.frozen));
+    line("Scenes", changesText(video.sceneChanges));
+    line("Fields", fieldsText(video.fields));
+    line("Luma", lumaText(video.luma));
+    line("MD5", video.md5 + " of the images");
+  }
+  for (const DeepAudioAnalysis& audio : deep.audio) {
+    const std::string number = deep.audio.size() > 1 ? ' ' + std::to_string(audio.track + 1) : std::string();
+    line("Loudness" + number, loudnessText(audio.loudness));
+    line("Silent" + number, intervalsText(audio.silent));
+    line("MD5" + number, audio.md5 + " of the sound");
+  }
+  if (deep.faultCount > 0) {
+    std::string text = counted(static_cast<std::size_t>(deep.faultCount), "place");
+    constexpr std::size_t most = 8;
+    for (std::size_t each = 0; each < std::min(deep.faults.size(), most); ++each) {
+      text += (each == 0 ? ": " : ", ") + timeText(deep.faults[each].seconds);
+    }
+    if (static_cast<std::size_t>(deep.faultCount) > most) text += " and later";
+    line("Damaged", text);
+  }
+}
+
 /// One medium as a section.
 void printSection(const MediaAnalysisItem& item) {
   const MediaDescription& media = *item.description;
@@ -161,7 +245,8 @@ void printSection(const MediaAnalysisItem& item) {
   const auto line = [&text](std::string_view name, const std::string& value) {
     if (value.empty()) return;
     constexpr std::size_t width = 11;
-    text += "  " + std::string(name) + std::string(width - name.size(), ' ') + printable(value) + '\n';
+    text +=
+        "  " + std::string(name) + std::string(width - std::min(name.size(), width - 1), ' ') + printable(value) + '\n';
   };
   line("Container", containerText(media) + ", " + sizeText(media.size));
   if (video != nullptr) line("Video", videoText(*video));
@@ -182,6 +267,7 @@ void printSection(const MediaAnalysisItem& item) {
   line("Reel", media.reelName);
   line("Created", media.creationDate);
   for (const MediaAnalysisImage& image : item.images) line("Image", image.path);
+  if (item.deep) addDeepLines(*item.deep, line);
   printSections(text);
 }
 
@@ -296,8 +382,11 @@ void printMediaReport(const MediaAnalysis& analysis) {
     if (item.description) described.push_back(&item);
   }
   if (described.empty()) return;
-  if (analysis.items.size() == 1) {
-    printSection(*described.front());
+  // What decoding finds has no room in a table.
+  const bool isDeep =
+      std::ranges::any_of(described, [](const MediaAnalysisItem* item) { return item->deep.has_value(); });
+  if (analysis.items.size() == 1 || isDeep) {
+    for (const MediaAnalysisItem* const item : described) printSection(*item);
   } else {
     printRows(described);
   }

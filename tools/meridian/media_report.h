@@ -10,9 +10,9 @@
 
 namespace meridian::command {
 
-/// Prints the items that are described: a single one as a section, several as the rows of a table, which
-/// gives the whole path where file names are equal. On a terminal, names
-/// are shortened and columns at the end of importance left out until the rows fit; a line says which.
+/// Prints the items that are described: a single one, or those with a deep analysis, as sections, several as the rows
+/// of a table, which gives the whole path where file names are equal. On a terminal, names are shortened and columns at
+/// the end of importance left out until the rows fit; a line says which.
 void printMediaReport(const MediaAnalysis& analysis);
 
 }  // namespace meridian::command

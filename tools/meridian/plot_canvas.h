@@ -14,6 +14,10 @@
 namespace meridian::command {
 
 inline constexpr LutColor faintText{0.62, 0.64, 0.67};
+inline constexpr LutColor strongText{0.93, 0.935, 0.945};
+/// Behind curves, and the lines of their scales.
+inline constexpr LutColor plotGround{0.07, 0.074, 0.082};
+inline constexpr LutColor gridColor{0.19, 0.2, 0.215};
 
 /// A rectangle in pixels.
 struct Area {

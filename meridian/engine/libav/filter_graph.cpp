@@ -56,6 +56,12 @@ Expected<std::unique_ptr<FrameFilter>, std::string> FrameFilter::open(const std:
   return filter;
 }
 
+FrameFilter::~FrameFilter() {
+  // Some filters print a summary.
+  const LogCollector log;
+  graph_.reset();
+}
+
 bool FrameFilter::send(FramePointer frame) { return av_buffersrc_add_frame(source_, frame.get()) >= 0; }
 
 FramePointer FrameFilter::receive() {

@@ -35,6 +35,12 @@ class FrameFilter {
                                                                                 const FilterInput& input,
                                                                                 unsigned threads);
 
+  FrameFilter(const FrameFilter&) = delete;
+  FrameFilter& operator=(const FrameFilter&) = delete;
+  FrameFilter(FrameFilter&&) = delete;
+  FrameFilter& operator=(FrameFilter&&) = delete;
+  ~FrameFilter();
+
   /// Gives the chain an image; null for the end. Returns false if it fails.
   [[nodiscard]] bool send(FramePointer frame);
   /// Returns the next image; null if the chain needs another one first, or after the end.

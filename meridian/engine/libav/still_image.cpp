@@ -209,6 +209,29 @@ FramePointer StillImages::turned(FramePointer rgb, Orientation orientation) {
   return result;
 }
 
+Expected<FilmstripImage, std::string> StillImages::samples(const AVFrame& frame) {
+  const LogCollector log;
+  const Orientation orientation = orientationIn(frame);
+  auto converted = rgbOf(frame, sizeOf(frame, orientation));
+  if (!converted) return Unexpected(std::move(converted).error());
+  FramePointer rgb = *std::move(converted);
+  if (rgb) rgb = turned(std::move(rgb), orientation);
+  if (!rgb) return Unexpected(log.firstError());
+  FilmstripImage image{0, rgb->width, rgb->height, {}};
+  const auto view = planarRgbView<std::uint8_t>(*rgb, 8);
+  image.samples.reserve(3 * view.width * view.height);
+  for (std::size_t y = 0; y < view.height; ++y) {
+    for (std::size_t x = 0; x < view.width; ++x) {
+      for (std::size_t channel = 0; channel < 3; ++channel) {
+        const auto& plane = view.planes[channel];
+        image.samples.push_back(
+            plane.samples[static_cast<std::ptrdiff_t>(y) * plane.rowStride + static_cast<std::ptrdiff_t>(x)]);
+      }
+    }
+  }
+  return image;
+}
+
 Expected<MediaSnapshot, std::string> StillImages::image(const AVFrame& frame) {
   const LogCollector log;
   const Orientation orientation = orientationIn(frame);

@@ -1,5 +1,5 @@
 /// \file
-/// Makes a JPEG of a decoded frame.
+/// Makes a JPEG, or samples to show, of a decoded frame.
 #pragma once
 
 #include <map>
@@ -7,6 +7,7 @@
 #include <string>
 
 #include "meridian/base/expected.h"
+#include "meridian/engine/deep_analysis.h"
 #include "meridian/engine/libav/decoding_handles.h"
 #include "meridian/engine/libav/orientation.h"
 #include "meridian/engine/media_snapshot.h"
@@ -20,6 +21,9 @@ class StillImages {
 
   /// Returns the image with its size; the error is what FFmpeg said, or names a matrix that it does not have.
   [[nodiscard]] Expected<MediaSnapshot, std::string> image(const AVFrame& frame);
+
+  /// Likewise, returns the samples themselves, as 8 bits without a LUT.
+  [[nodiscard]] Expected<FilmstripImage, std::string> samples(const AVFrame& frame);
 
  private:
   struct Size {

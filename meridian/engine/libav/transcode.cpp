@@ -238,7 +238,8 @@ class Run {
   }
 
   [[nodiscard]] std::optional<TranscodeRunError> read() {
-    for (;;) {
+    // An image that is decoded before there is room for it would be one more in memory.
+    while (read_.waitForRoom()) {
       auto item = reader_->next();
       if (!item) return std::move(item).error();
       if (!*item) break;

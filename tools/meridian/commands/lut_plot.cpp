@@ -13,9 +13,9 @@
 #include "tools/meridian/command.h"
 #include "tools/meridian/loaded_module.h"
 #include "tools/meridian/lut_arguments.h"
-#include "tools/meridian/lut_plot.h"
 #include "tools/meridian/lut_reading.h"
 #include "tools/meridian/output.h"
+#include "tools/meridian/plot_module.h"
 #include "tools/meridian/replacement_file.h"
 
 namespace meridian::command {
@@ -71,7 +71,7 @@ Status plotToFile(const Arguments& arguments) {
   if (!equalsIgnoringCase(pathExtension(out), "png")) {
     throw CommandError(inQuotes(out) + " is not the name of a PNG image; expected one that ends in .png");
   }
-  const auto& plots = loadedModule<LutPlotModule>(MERIDIAN_PLOT_MODULE, lutPlotModuleEntry, "draw", "cairo");
+  const auto& plots = loadedModule<PlotModule>(MERIDIAN_PLOT_MODULE, plotModuleEntry, "draw", "cairo");
   const ChosenLut lut = readChosenLut(arguments, LutReading::published);
   printWarnings(lut.warnings);
   const ImageLut prepared = lut.forFloats();
@@ -81,7 +81,7 @@ Status plotToFile(const Arguments& arguments) {
       file != nullptr ? labelsOf(*file, lut.options) : labelsOf(std::get<PublishedLut>(lut.lut), lut.options);
   labels.title = printable(lastPathComponent(*arguments.value("lut")));
   WholeFile replacement = createReplacement(out);
-  plots.plot(prepared, labels, replacement.unfinishedPath());
+  plots.plotLut(prepared, labels, replacement.unfinishedPath());
   publishReplacement(replacement, out);
   return done;
 }

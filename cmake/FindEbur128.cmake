@@ -1,0 +1,11 @@
+# Finds libebur128 by pkg-config as the target Ebur128::Ebur128.
+find_package(PkgConfig QUIET)
+if(PkgConfig_FOUND)
+  pkg_check_modules(PC_Ebur128 QUIET IMPORTED_TARGET libebur128>=1.2)
+endif()
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(Ebur128 REQUIRED_VARS PC_Ebur128_LINK_LIBRARIES)
+if(Ebur128_FOUND AND NOT TARGET Ebur128::Ebur128)
+  add_library(Ebur128::Ebur128 INTERFACE IMPORTED)
+  set_target_properties(Ebur128::Ebur128 PROPERTIES INTERFACE_LINK_LIBRARIES PkgConfig::PC_Ebur128)
+endif()
