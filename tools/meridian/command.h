@@ -162,6 +162,8 @@ struct CommandGroup {
 inline constexpr auto commandGroups = std::to_array<CommandGroup>({
     {"lut", "Look-up tables (LUTs): show what a file holds, and apply it to samples and images",
      "meridian lut info look.cube\nmeridian lut apply look.cube in.dpx out.dpx"},
+    {"farm", "Many machines: hand a list of transcodes to Slurm, see how far it is, and end it",
+     "meridian farm submit night.txt\nmeridian farm status night.txt"},
 });
 
 [[nodiscard]] Subcommand parseCommand();
@@ -184,6 +186,10 @@ inline constexpr auto commandGroups = std::to_array<CommandGroup>({
 [[nodiscard]] Subcommand lutSampleCommand();
 [[nodiscard]] Subcommand lutApplyCommand();
 [[nodiscard]] Subcommand lutPlotCommand();
+[[nodiscard]] Subcommand farmSubmitCommand();
+[[nodiscard]] Subcommand farmStatusCommand();
+[[nodiscard]] Subcommand farmCancelCommand();
+[[nodiscard]] Subcommand farmSummaryCommand();
 [[nodiscard]] Subcommand completionCommand();
 [[nodiscard]] Subcommand manualCommand();
 

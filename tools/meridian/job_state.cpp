@@ -18,6 +18,7 @@
 #include "meridian/base/printable.h"
 #include "meridian/serialization/transcode_plan_json.h"
 #include "tools/meridian/command.h"
+#include "tools/meridian/job_results.h"
 #include "tools/meridian/output.h"
 
 namespace meridian::command {
@@ -93,6 +94,11 @@ std::string textOf(const std::string& path) {
   return Json::parse(Json(path).dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
 }
 
+/// Begins with a newline, so that it is a line of its own even after one that was cut short.
+std::string lineOf(const Json& entry) {
+  return "\n" + entry.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
 }  // namespace
 
 std::string jobHash(const TranscodePlan& plan, std::string_view versions) {
@@ -117,7 +123,7 @@ std::string jobHash(const TranscodePlan& plan, std::string_view versions) {
   return hash.text();
 }
 
-JobState::JobState(std::string path) : path_(std::move(path)) {
+JobState::JobState(const std::string& listPath, std::optional<std::size_t> only) : path_(listPath + ".state") {
   namespace fs = std::filesystem;
   std::error_code error;
   const fs::file_type type = fs::status(path_, error).type();
@@ -128,21 +134,33 @@ JobState::JobState(std::string path) : path_(std::move(path)) {
     throw CommandError(inQuotes(path_) + " cannot be read: " + std::generic_category().message(errno));
   }
   std::ifstream file(path_, std::ios::binary);
-  for (std::string line; std::getline(file, line);) {
-    const Json entry = Json::parse(line, nullptr, false);
-    if (!entry.is_object()) continue;
-    const auto text = [&entry](const char* name) {
-      const auto found = entry.find(name);
-      return found != entry.end() && found->is_string() ? found->get<std::string>() : std::string();
-    };
-    const auto size = entry.find("size");
-    const auto modified = entry.find("modified");
-    if (size == entry.end() || !size->is_number_unsigned() || modified == entry.end() ||
-        !modified->is_number_integer()) {
-      continue;
-    }
-    entries_[text("output")] = {text("job"), size->get<std::uint64_t>(), modified->get<std::int64_t>()};
+  for (std::string line; std::getline(file, line);) addEntry(Json::parse(line, nullptr, false));
+  const JobResults results(listPath);
+  if (only) {
+    if (const auto result = results.read(*only)) addEntry(result->value("completion", Json()));
+    return;
   }
+  for (const Json& result : results.all()) addEntry(result.value("completion", Json()));
+}
+
+void JobState::addEntry(const Json& entry) {
+  if (!entry.is_object()) return;
+  const auto text = [&entry](const char* name) {
+    const auto found = entry.find(name);
+    return found != entry.end() && found->is_string() ? found->get<std::string>() : std::string();
+  };
+  const auto size = entry.find("size");
+  const auto modified = entry.find("modified");
+  if (size == entry.end() || !size->is_number_unsigned() || modified == entry.end() || !modified->is_number_integer()) {
+    return;
+  }
+  entries_[text("output")] = {text("job"), size->get<std::uint64_t>(), modified->get<std::int64_t>()};
+}
+
+Json JobState::completionOf(const TranscodePlan& plan, const std::string& hash) {
+  const auto state = stateOf(plan.output.path);
+  if (!state) return nullptr;
+  return {{"output", plan.output.path}, {"job", hash}, {"size", state->size}, {"modified", state->modified}};
 }
 
 bool JobState::isComplete(const TranscodePlan& plan, const std::string& hash) const {
@@ -154,17 +172,32 @@ bool JobState::isComplete(const TranscodePlan& plan, const std::string& hash) co
 }
 
 std::error_code JobState::add(const TranscodePlan& plan, const std::string& hash) {
-  const auto state = stateOf(plan.output.path);
-  if (!state) return {};
+  const Json entry = completionOf(plan, hash);
+  if (entry.is_null()) return {};
   const std::lock_guard lock(mutex_);
-  entries_[textOf(plan.output.path)] = {hash, state->size, state->modified};
-  const Json entry{{"output", plan.output.path}, {"job", hash}, {"size", state->size}, {"modified", state->modified}};
-  // Begins with a newline, so that it is a line of its own even after one that was cut short.
-  const std::string line = "\n" + entry.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  entries_[textOf(plan.output.path)] = {hash, entry["size"], entry["modified"]};
+  return append(lineOf(entry));
+}
+
+void JobState::absorb(const JobResults& results) {
+  std::string lines;
+  for (const Json& result : results.all()) {
+    const Json entry = result.value("completion", Json());
+    if (entry.is_object()) lines += lineOf(entry);
+  }
+  if (!lines.empty()) {
+    if (const auto error = append(lines)) {
+      throw CommandError(inQuotes(path_) + " cannot be written: " + error.message());
+    }
+  }
+  results.clear();
+}
+
+std::error_code JobState::append(const std::string& lines) const {
   constexpr mode_t newFile = 0666;
   const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, newFile);
   const bool isWritten =
-      file >= 0 && write(file, line.data(), line.size()) == static_cast<ssize_t>(line.size()) && fsync(file) == 0;
+      file >= 0 && write(file, lines.data(), lines.size()) == static_cast<ssize_t>(lines.size()) && fsync(file) == 0;
   const int reason = errno;
   if (file >= 0) close(file);
   return isWritten ? std::error_code() : std::error_code(reason, std::generic_category());

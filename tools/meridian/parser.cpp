@@ -241,7 +241,8 @@ std::string wordsHint(const Subcommand& subcommand) {
   const std::size_t begin = example.rfind('\n', example.find(" -- ")) + 1;  // npos + 1 is 0: the first line
   const std::string fromFile =
       subcommand.fileOptions.empty() ? "" : ", or into a file for --" + subcommand.fileOptions.front();
-  const std::string instead = subcommand.wordsAlternative.empty()
+  // A positional beside options for files belongs to another option.
+  const std::string instead = subcommand.wordsAlternative.empty() || !subcommand.fileOptions.empty()
                                   ? ""
                                   : "give " + positionalName(subcommand, subcommand.wordsAlternative) + ", or ";
   return instead + "put the argument vector after \"--\"" + fromFile +

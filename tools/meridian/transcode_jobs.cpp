@@ -24,6 +24,7 @@
 #include "tools/meridian/engine_module.h"
 #include "tools/meridian/interruption.h"
 #include "tools/meridian/job_list.h"
+#include "tools/meridian/job_results.h"
 #include "tools/meridian/job_state.h"
 #include "tools/meridian/output.h"
 #include "tools/meridian/progress_bar.h"
@@ -55,15 +56,22 @@ class JobsRun {
  public:
   explicit JobsRun(const JobsRequest& request)
       : request_(request),
-        parallel_(request.parallel.value_or(usualParallel())),
+        parallel_(request.only ? 1 : request.parallel.value_or(usualParallel())),
         threads_(std::max(std::thread::hardware_concurrency() / static_cast<unsigned>(parallel_), 1U)),
         slots_(parallel_),
         jobs_(readJobs(request.path)) {
     if (std::filesystem::is_regular_file(request.path)) {
-      state_.emplace(request.path + ".state");
-    } else if (request.resumes) {
-      throw CommandError("--resume needs a list in a file, beside which it is kept what is complete");
+      state_.emplace(request.path, request.only);
+    } else if (request.resumes || request.only) {
+      throw CommandError("--resume and --job need a list in a file, beside which it is kept what is complete");
     }
+    if (!request.only) return;
+    if (*request.only > jobs_.size()) {
+      throw CommandError(inQuotes(request.path) + " has " + std::to_string(jobs_.size()) +
+                         " jobs, and none with the number " + std::to_string(*request.only));
+    }
+    jobs_ = {jobs_[*request.only - 1]};
+    results_.emplace(request.path);
   }
 
   [[nodiscard]] Status run(const std::stop_source& stop) {
@@ -86,7 +94,7 @@ class JobsRun {
       });
     }
     running.clear();
-    printSummary();
+    if (!request_.only) printSummary();
     return counts_[1] > 0 || stop_.stop_requested() ? failed : done;
   }
 
@@ -119,6 +127,7 @@ class JobsRun {
     if (replacing) plan = &*replacing;
     const std::string hash = plan != nullptr ? jobHash(*plan, versions()) : std::string();
     if (plan != nullptr && request_.resumes && state_ && state_->isComplete(*plan, hash)) {
+      completion_ = JobState::completionOf(*plan, hash);
       end(job, JobEnd::complete, Json(), {plan->output.path});
     } else if (planned) {
       transcodeOne(job, *planned, hash);
@@ -159,7 +168,8 @@ class JobsRun {
       return;
     }
     std::vector<std::string> messages{summaryOf(*result)};
-    if (state_) {
+    completion_ = JobState::completionOf(plan, hash);
+    if (state_ && !results_) {
       if (const auto error = state_->add(plan, hash)) {
         messages.push_back("warning: " + inQuotes(state_->path()) +
                            " cannot be written, so that --resume will repeat the job: " + error.message());
@@ -183,6 +193,7 @@ class JobsRun {
     if (bar_) bar_->clear();
     ++counts_[static_cast<std::size_t>(how)];
     if (how == JobEnd::failed && errors.empty()) errors.push_back({{"message", messages.front()}});
+    if (results_) writeResult(job, how, result, messages.front(), errors);
     if (request_.isJson) {
       printJson({{"job", job.number}, {"state", nameOf(how)}, {"result", result}, {"errors", errors}},
                 JsonForm::oneLine);
@@ -193,6 +204,26 @@ class JobsRun {
     for (std::size_t place = 1; place < messages.size(); ++place) {
       std::cerr << "meridian: job " << job.number << ": " << messages[place] << '\n';
     }
+  }
+
+  /// A job that was cancelled has no result: its task may begin again.
+  void writeResult(const Job& job, JobEnd how, const Json& result, const std::string& message,
+                   const Json& errors) const {
+    if (how == JobEnd::cancelled) return;
+    // A task that begins again finds what it did itself.
+    if (how == JobEnd::complete) {
+      const auto before = results_->read(job.number);
+      if (before && before->value("state", std::string()) == nameOf(JobEnd::succeeded)) return;
+    }
+    std::array<char, 256> host{};
+    if (gethostname(host.data(), host.size() - 1) != 0) host.front() = '\0';
+    results_->write(job.number, {{"job", job.number},
+                                 {"state", nameOf(how)},
+                                 {"message", message},
+                                 {"host", host.data()},
+                                 {"completion", completion_},
+                                 {"result", result},
+                                 {"errors", errors}});
   }
 
   void showBar() {
@@ -225,6 +256,9 @@ class JobsRun {
   TaskSemaphore slots_;
   std::vector<Job> jobs_;
   std::optional<JobState> state_;
+  /// Of one job alone, with what says that its output is complete.
+  std::optional<JobResults> results_;
+  Json completion_;
   std::stop_token stop_;
   std::mutex mutex_;
   std::optional<ProgressBar> bar_;

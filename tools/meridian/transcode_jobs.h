@@ -4,6 +4,7 @@
 ///     return transcodeJobs({.path = "/jobs/night.txt", .resumes = true});
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -21,11 +22,14 @@ struct JobsRequest {
   /// Prints a line of JSON for each job and one for all.
   bool isJson = false;
   bool acceptsDamaged = false;
+  /// Carries out this job alone, counted from 1, and keeps what becomes of it as a result.
+  std::optional<std::size_t> only = std::nullopt;
 };
 
 /// Carries out the jobs and goes on after one that fails. Prints a line for each as it ends, and a summary. Returns
 /// `failed` if one failed. After a signal no further job begins, those that run are cancelled and leave nothing, and
-/// the process ends as the signal would have ended it. Throws CommandError if the list cannot be read.
+/// the process ends as the signal would have ended it. Throws CommandError if the list cannot be read, or has no job of
+/// the number.
 [[nodiscard]] Status transcodeJobs(const JobsRequest& request);
 
 }  // namespace meridian::command

@@ -8,10 +8,14 @@ namespace meridian::command {
 namespace {
 
 void checkOptions(const Arguments& arguments) {
-  for (const char* const option : {"parallel", "resume"}) {
-    if (arguments.has(option) && !arguments.has("jobs"))
-      throw UsageError(std::string("--") + option + " is for --jobs");
+  if (arguments.has("parallel") && !arguments.has("jobs")) throw UsageError("--parallel is for --jobs");
+  if (arguments.has("resume") && !arguments.has("jobs") && !arguments.has("job")) {
+    throw UsageError("--resume is for --jobs and --job");
   }
+  if (arguments.has("job") != arguments.has("list")) {
+    throw UsageError(arguments.has("job") ? "--job needs the LIST that has the job" : "LIST is for --job");
+  }
+  if (arguments.has("job") && arguments.has("plan")) throw UsageError("--job and --plan cannot be used together");
   if (arguments.has("accept-damaged") && arguments.has("plan")) {
     throw UsageError("--accept-damaged is for a transcode that is carried out, not for --plan");
   }
@@ -21,7 +25,8 @@ void checkOptions(const Arguments& arguments) {
 }
 
 Status carryOutJobs(const Arguments& arguments) {
-  JobsRequest request{.path = *arguments.value("jobs"),
+  const std::string list = arguments.value("jobs").value_or(arguments.value("list").value_or(""));
+  JobsRequest request{.path = list,
                       .resumes = arguments.has("resume"),
                       .isJson = arguments.has("json"),
                       .acceptsDamaged = arguments.has("accept-damaged")};
@@ -31,6 +36,11 @@ Status carryOutJobs(const Arguments& arguments) {
     if (!number || *number < 1 || *number > most)
       throw CommandError(*parallel, "is not a number of jobs from 1 to 256");
     request.parallel = static_cast<int>(*number);
+  }
+  if (const auto job = arguments.value("job")) {
+    const auto number = integerFromText(*job);
+    if (!number || *number < 1) throw CommandError(*job, "is not the number of a job, counted from 1");
+    request.only = static_cast<std::size_t>(*number);
   }
   return transcodeJobs(request);
 }
@@ -55,6 +65,10 @@ Subcommand transcodeCommand() {
           "settings\n"
           "have not changed; FILE.state keeps what is complete.\n"
           "\n"
+          "--job carries out one job of a list alone, as a task on one of many machines does, and keeps what becomes "
+          "of it\n"
+          "in LIST.results. \"meridian farm\" hands a whole list to such machines.\n"
+          "\n"
           "The transcoder's listing commands, such as -codecs, print their listing in place of a transcode.\n"
           "\"meridian-transcoder WORD...\" does the same with the vector alone, for applications.",
       .example =
@@ -63,8 +77,15 @@ Subcommand transcodeCommand() {
           "meridian transcode --jobs night.txt --resume\n"
           "meridian transcode -- -codecs",
       .takesWords = true,
+      .wordsAlternative = "list",
       .fileOptions = {"from", "jobs"},
-      .options = {{flag, "plan", "Print what would be done, and do nothing"},
+      .options = {{.kind = positional,
+                   .name = "list",
+                   .help = "With --job, the list of vectors",
+                   .valueName = "LIST",
+                   .optional = true,
+                   .path = true},
+                  {flag, "plan", "Print what would be done, and do nothing"},
                   {flag, "json", "Print JSON: the result, or with --plan the plan, and the errors; or the listing"},
                   {flag, "accept-damaged", "Go on where a source is damaged or ends early, with a warning"},
                   {value,
@@ -77,13 +98,14 @@ Subcommand transcodeCommand() {
                    false,
                    true},
                   {value, "parallel", "With --jobs, how many at a time", "N"},
-                  {flag, "resume", "With --jobs, leave out what is complete"},
+                  {value, "job", "Transcode the vector of this number in LIST alone, counted from 1", "K"},
+                  {flag, "resume", "With --jobs or --job, leave out what is complete"},
                   fromOption()},
-      .exclusive = {"from", "jobs"},
+      .exclusive = {"from", "jobs", "job"},
       .checkNames = checkOptions,
       .action =
           [](const Arguments& arguments) {
-            if (arguments.has("jobs")) return carryOutJobs(arguments);
+            if (arguments.has("jobs") || arguments.has("job")) return carryOutJobs(arguments);
             return forEachVector(arguments, [&arguments](const GivenVector& given) {
               return transcode(given.wordViews(), {.program = "meridian",
                                                    .line = given.line,

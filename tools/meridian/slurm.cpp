@@ -1,0 +1,81 @@
+#include "tools/meridian/slurm.h"
+
+#include <algorithm>
+#include <sstream>
+#include <string_view>
+
+#include "meridian/base/numbers.h"
+#include "meridian/base/printable.h"
+#include "tools/meridian/child_process.h"
+#include "tools/meridian/command.h"
+
+namespace meridian::command {
+namespace {
+
+std::string firstLineOf(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+[[noreturn]] void throwRefusal(const std::string& program, const ChildOutcome& outcome) {
+  const std::string said = firstLineOf(outcome.errors.empty() ? outcome.output : outcome.errors);
+  throw CommandError(program + " ended with status " + std::to_string(outcome.status) +
+                     (said.empty() ? "" : ": " + printable(said)));
+}
+
+/// What Slurm's programs say of jobs that ended long ago.
+bool saysUnknownJob(const ChildOutcome& outcome) { return outcome.errors.find("Invalid job id") != std::string::npos; }
+
+}  // namespace
+
+std::string submitToSlurm(const SlurmJob& job) {
+  std::vector<std::string> words{"sbatch",
+                                 "--parsable",
+                                 "--requeue",
+                                 "--open-mode=append",
+                                 "--job-name=" + job.name,
+                                 "--cpus-per-task=" + std::to_string(job.cpus)};
+  if (!job.array.empty()) words.push_back("--array=" + job.array);
+  if (!job.after.empty()) words.push_back("--dependency=afterany:" + job.after);
+  if (!job.log.empty()) words.push_back("--output=" + job.log);
+  words.insert(words.end(), job.options.begin(), job.options.end());
+  words.push_back(job.script);
+  const ChildOutcome outcome = runChild(words);
+  // "123", or "123;cluster".
+  const std::string number = outcome.output.substr(0, outcome.output.find_first_of(";\n"));
+  if (outcome.status != 0 || number.empty() ||
+      !std::ranges::all_of(number, [](char c) { return c >= '0' && c <= '9'; })) {
+    throwRefusal("sbatch", outcome);
+  }
+  return number;
+}
+
+std::vector<SlurmTask> slurmTasks(const std::vector<std::string>& jobs) {
+  std::vector<SlurmTask> tasks;
+  // One after the other, since an unknown job hides all others.
+  for (const std::string& job : jobs) {
+    const ChildOutcome outcome = runChild({"squeue", "--noheader", "--array", "--jobs=" + job, "--format=%K|%T|%N"});
+    if (outcome.status != 0 && saysUnknownJob(outcome)) continue;
+    if (outcome.status != 0) throwRefusal("squeue", outcome);
+    std::istringstream lines(outcome.output);
+    for (std::string line; std::getline(lines, line);) {
+      const std::size_t first = line.find('|');
+      const std::size_t second = line.find('|', first + 1);
+      if (first == std::string::npos || second == std::string::npos) continue;
+      SlurmTask& task = tasks.emplace_back();
+      task.job = job;
+      if (const auto index = integerFromText(line.substr(0, first)); index && *index >= 0) {
+        task.index = static_cast<std::size_t>(*index);
+      }
+      task.state = line.substr(first + 1, second - first - 1);
+      task.machine = line.substr(second + 1);
+    }
+  }
+  return tasks;
+}
+
+void cancelInSlurm(const std::vector<std::string>& jobs) {
+  for (const std::string& job : jobs) {
+    const ChildOutcome outcome = runChild({"scancel", job});
+    if (outcome.status != 0 && !saysUnknownJob(outcome)) throwRefusal("scancel", outcome);
+  }
+}
+
+}  // namespace meridian::command
