@@ -265,7 +265,7 @@ Expected<MediaAnalysis, std::vector<MediaAnalysisError>> analyzeMedia(const Basi
       takeImages(item, number, *taking, stop, [&](std::size_t images) { advance(portions.beforeImage(images)); });
     }
     if (basic.deepAnalysis() && item.description && !stop.stop_requested()) {
-      decodeItem(item, deep, stop, [&](double portion) { advance(portions.ofDecoding(portion)); });
+      decodeItem(item, deep, stop, [&](double portion) { advance(Portions::ofDecoding(portion)); });
     }
   }
   if (stop.stop_requested()) return Unexpected(Errors{MediaAnalysisRunError{MediaAnalysisErrorCode::stopped}});

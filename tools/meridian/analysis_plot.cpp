@@ -167,8 +167,9 @@ std::string levelText(const std::optional<double>& level, std::string_view unit)
 void drawTrack(Canvas& canvas, const Area& area, const DeepAudioAnalysis& audio, const TimeAxis& axis) {
   canvas.fill(area, plotGround);
   constexpr double tallest = 200;
-  const double step = area.height > tallest ? 10 : 20;
-  for (double loudness = loudest - step; loudness > softest; loudness -= step) {
+  const int step = area.height > tallest ? 10 : 20;
+  for (int below = step; loudest - below > softest; below += step) {
+    const double loudness = loudest - below;
     const double y = std::round(yOfLoudness(area, loudness)) + 0.5;
     canvas.line(area.left, y, area.right(), y, gridColor);
     canvas.text(area.left - 10, y + 4, fixedDecimalText(loudness, 0), {.size = 12, .align = Align::right});
@@ -248,7 +249,8 @@ void drawEvents(Canvas& canvas, const DeepAnalysis& deep, const TimeAxis& axis) 
   const std::vector<EventRow> rows = eventRows(deep);
   const Area area{timeArea.left, eventsTop, timeArea.width, eventHeight * static_cast<double>(rows.size())};
   canvas.fill(area, plotGround);
-  for (double time = 0; time <= axis.seconds(); time += axis.step()) {
+  for (int label = 0; label * axis.step() <= axis.seconds(); ++label) {
+    const double time = label * axis.step();
     const double x = std::round(axis.xOf(time)) + 0.5;
     canvas.line(x, area.top, x, area.bottom(), gridColor);
     canvas.text(x, area.bottom() + 22, clock(time, axis.hasTenths()), {.size = 13, .align = Align::center});

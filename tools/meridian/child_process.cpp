@@ -13,8 +13,6 @@
 #include "meridian/base/printable.h"
 #include "tools/meridian/command.h"
 
-extern char** environ;
-
 namespace meridian::command {
 namespace {
 

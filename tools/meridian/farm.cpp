@@ -46,7 +46,7 @@ void writeWhole(const std::string& path, const std::string& text) {
 }
 
 std::string checksumOf(const std::string& list) {
-  ChildOutcome outcome = runChild({"sh", "-c", "cksum < \"$0\"", list});
+  const ChildOutcome outcome = runChild({"sh", "-c", "cksum < \"$0\"", list});
   if (outcome.status != 0) throw CommandError(list, "cannot be read: " + outcome.errors);
   return outcome.output.substr(0, outcome.output.find('\n'));
 }

@@ -25,25 +25,24 @@ constexpr std::string_view stateKey = "state";
                      "; check the path of -progress_file");
 }
 
-/// Returns whether a file is one that is not empty and does not begin as progress does. It may be anything that a
-/// mistyped path names, such as a clip.
-bool holdsOtherThings(const std::string& path) {
+}  // namespace
+
+bool ProgressFile::mayReplace(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) return false;
+  if (file < 0) return true;
   struct stat status{};
   const std::string wanted = "{\"" + std::string(stateKey) + "\"";
   std::string found(wanted.size(), ' ');
-  const bool isFile = fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
-  const bool isProgress =
-      isFile && pread(file, found.data(), found.size(), 0) == static_cast<ssize_t>(wanted.size()) && found == wanted;
+  const bool hasContent = fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+  const bool isProgress = hasContent &&
+                          pread(file, found.data(), found.size(), 0) == static_cast<ssize_t>(wanted.size()) &&
+                          found == wanted;
   close(file);
-  return isFile && !isProgress;
+  return !hasContent || isProgress;
 }
 
-}  // namespace
-
 ProgressFile::ProgressFile(const std::string& path, const std::stop_token& stop) {
-  if (holdsOtherThings(path)) throwNotWritten(path, "it is there already, and holds something else");
+  if (!mayReplace(path)) throwNotWritten(path, "it is there already, and holds something else");
   constexpr mode_t newFile = 0666;
   // A FIFO without a reader is not opened; another try follows.
   constexpr std::chrono::milliseconds between(50);

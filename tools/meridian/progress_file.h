@@ -23,6 +23,10 @@ class ProgressFile {
   ProgressFile& operator=(ProgressFile&&) = delete;
   ~ProgressFile();
 
+  /// Returns false for a file that holds something other than progress. It may be anything that a mistyped path names,
+  /// such as a clip.
+  [[nodiscard]] static bool mayReplace(const std::string& path);
+
   /// Writes a document as a line. A reader of a FIFO that has gone, or that is too slow, misses lines, since a
   /// transcode does not wait for it.
   void write(const nlohmann::ordered_json& document) const;

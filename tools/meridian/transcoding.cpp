@@ -84,13 +84,11 @@ void tellOfErrors(const TranscodeExplanation& words, const std::vector<Transcode
   if (std::ranges::find(errors, flag, &TranscodePlanError::place) != errors.end()) return;
   const std::stop_source now;
   now.request_stop();
-  try {
-    // A FIFO is not waited for.
-    const ProgressFile file(setting->value, now.get_token());
-    file.write({{"state", "failed"}, {"portion", 0.0}, {"error", errors.front()}});
-  } catch (const CommandError&) {
-    // The errors are on standard error as well.
-  }
+  // What is no file of progress is left alone; the errors are on standard error as well.
+  if (!ProgressFile::mayReplace(setting->value)) return;
+  // A FIFO is not waited for.
+  const ProgressFile file(setting->value, now.get_token());
+  file.write({{"state", "failed"}, {"portion", 0.0}, {"error", errors.front()}});
 }
 
 Status carryOut(std::span<const std::string_view> words, const TranscodeRequest& request,

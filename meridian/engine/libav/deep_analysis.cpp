@@ -11,6 +11,7 @@
 #include <mutex>
 #include <string_view>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <variant>
 
@@ -49,8 +50,8 @@ constexpr std::size_t mostFaults = 1000;
 class DeepRun {
  public:
   DeepRun(const MediaDescription& media, const DeepAnalysisOptions& options, DeepAnalysisProgressBlock progress,
-          const std::stop_token& stop)
-      : media_(media), options_(options), progress_(progress), stop_(stop) {}
+          std::stop_token stop)
+      : media_(media), options_(options), progress_(progress), stop_(std::move(stop)) {}
 
   Expected<DeepAnalysis, DeepAnalysisError> result() {
     const libav::QuietDecoding quiet;
@@ -122,12 +123,10 @@ class DeepRun {
 
   [[nodiscard]] DeepAnalysisError errorOf(const TranscodeRunError& error) const {
     using enum DeepAnalysisErrorCode;
-    const bool isStop = error.code == TranscodeRunErrorCode::interrupted;
-    const bool isCodec = error.code == TranscodeRunErrorCode::notDecoded;
-    DeepAnalysisError own{isStop    ? stopped
-                          : isCodec ? notDecodable
-                                    : notRead,
-                          media_.path, error.detail, error.systemError};
+    DeepAnalysisErrorCode code = notRead;
+    if (error.code == TranscodeRunErrorCode::interrupted) code = stopped;
+    if (error.code == TranscodeRunErrorCode::notDecoded) code = notDecodable;
+    DeepAnalysisError own{code, media_.path, error.detail, error.systemError};
     if (own.detail.empty() && !own.systemError && own.code == notRead) own.detail = error.text();
     return own;
   }
@@ -233,7 +232,8 @@ class DeepRun {
     for (auto& [track, meter] : sounds_) result_.audio.push_back(meter.finish());
     result_.faultCount += static_cast<std::int64_t>(imageFaults_.size());
     std::ranges::move(imageFaults_, std::back_inserter(result_.faults));
-    std::ranges::stable_sort(result_.faults, {}, &DecodeFault::seconds);
+    std::ranges::sort(result_.faults, {},
+                      [](const DecodeFault& fault) { return std::tuple(fault.seconds, fault.track, fault.reason); });
     if (result_.faults.size() > mostFaults) result_.faults.resize(mostFaults);
     return std::move(result_);
   }

@@ -210,7 +210,10 @@ Expected<FramePointer, std::string> ImageMeter::convertedImage(const AVFrame& im
     const int depth = format->comp[0].depth;
     // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flags.
     const bool isRgb = (format->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0;
-    const std::string suffix = depth <= 8 ? "" : depth <= 10 ? "10" : depth <= 12 ? "12" : "16";
+    std::string suffix = "16";
+    if (depth <= 12) suffix = "12";
+    if (depth <= 10) suffix = "10";
+    if (depth <= 8) suffix.clear();
     const std::string filters = isRgb ? "scale=out_color_matrix=bt709:out_range=limited,format=yuv444p" + suffix
                                       : "scale,format=yuv420p" + suffix;
     auto opened = FrameFilter::open(filters, inputOf(image), 1);

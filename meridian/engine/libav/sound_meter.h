@@ -96,7 +96,7 @@ class SoundMeter {
 
  private:
   struct Meters {
-    Meters(const AVFrame& sound);
+    explicit Meters(const AVFrame& sound);
 
     WaveformMeter waveform;
     SilenceMeter silence;

@@ -84,7 +84,7 @@ Subcommand analyzeCommand() {
                    .path = true}},
       .action =
           [](const Arguments& arguments) {
-            AnalysisRequest request{
+            const AnalysisRequest request{
                 .program = "meridian", .isJson = arguments.has("json"), .isDeep = arguments.has("deep")};
             const auto path = arguments.value("plot");
             if (!path) return analyzed(arguments, request);
