@@ -160,6 +160,17 @@ class Farm : public testing::Test {
     return count;
   }
 
+  /// Waits for the summary. A task whose end the killed daemon did not report counts as running until its machine is
+  /// asked again, which Slurm does rarely by itself.
+  [[nodiscard]] bool waitUntilSummary() const {
+    constexpr std::chrono::seconds between(10);
+    for (int round = 0; round < 24; ++round) {
+      if (waitUntil([this] { return fs::exists(path("night.txt.summary")); }, between)) return true;
+      static_cast<void>(tool({"scontrol", "reconfigure"}));
+    }
+    return false;
+  }
+
   [[nodiscard]] std::string content(const std::string& name) const {
     std::ifstream file(path(name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -191,7 +202,7 @@ class Farm : public testing::Test {
         << "\nProctrackType=proctrack/linuxproc\nTaskPlugin=task/none\nSelectType=select/cons_tres\n"
            "SelectTypeParameters=CR_Core\nReturnToService=2\nJobAcctGatherType=jobacct_gather/none\nMailProg=/bin/"
            "true\n"
-           "SlurmdParameters=config_overrides\n"
+           "SlurmdParameters=config_overrides\nBatchStartTimeout=1\nSlurmdTimeout=30\n"
            "SchedulerParameters=sched_interval=1,sched_min_interval=0,batch_sched_delay=0,bf_interval=1\nNodeName="
         << name << " NodeAddr=127.0.0.1 CPUs=2 RealMemory=500 State=UNKNOWN\nPartitionName=all Nodes=" << name
         << " Default=YES MaxTime=INFINITE State=UP\n";
@@ -219,7 +230,7 @@ TEST_F(Farm, CarriesOutEveryJobAlthoughTasksAndDaemonsAreKilled) {
   ASSERT_TRUE(waitUntil([this] { return outputCount() >= 8; }));
   ASSERT_NO_FATAL_FAILURE(killAndStart("slurmd"));
 
-  EXPECT_TRUE(waitUntil([this] { return fs::exists(path("night.txt.summary")); })) << tool({"squeue"}).output;
+  EXPECT_TRUE(waitUntilSummary()) << tool({"squeue"}).output;
   EXPECT_EQ(content("night.txt.summary"), "40 done, 0 failed\n");
   expectOutputs(jobs);
   const Outcome status = farm({"status", path("night.txt")});
