@@ -276,6 +276,39 @@ TEST_F(TranscodeRun, TakesListsOfAllKindsOfFiles) {
   EXPECT_EQ(run({"timeout", "-k", "10", "0.5", MERIDIAN_COMMAND, "transcode", "--jobs", path("fifo")}).status, 124);
 }
 
+TEST_F(TranscodeRun, CarriesOutOneJobInTwoProcessesAtOnce) {
+  std::string jobs = "# the first is not carried out\n";
+  for (const std::string words : {"-in_0_0 @none.mov -out @none.mov", "-in_0_0 @in.mov -out @out.mov -vcodec h264"}) {
+    for (const std::string& word : wordsOf(words)) jobs += word + " ";
+    jobs += "\n";
+  }
+  directory().write("jobs", jobs);
+  const std::string task = "'" MERIDIAN_COMMAND "' transcode --job 2 --resume \"$0\"";
+  const Outcome both =
+      run({"sh", "-c", task + " & " + task + "; first=$?; wait $!; exit $((first + $?))", path("jobs")});
+  EXPECT_EQ(both.status, 0) << both.output << both.errors;
+  EXPECT_EQ(numbersIn(path("out.mov")), numbersFrom(0, 24));
+  std::ifstream file(path("jobs.results/2.json"));
+  const json result = json::parse(file);
+  EXPECT_EQ(result["state"], "done");
+  EXPECT_EQ(result["completion"]["output"], path("out.mov"));
+  EXPECT_THAT(command("--job 2 --resume @jobs").output, HasSubstr("2: complete: "));
+  for (const std::string words : {"--job 3 @jobs", "--job 0 @jobs", "--job x @jobs", "--job 1 @jobs"}) {
+    EXPECT_EQ(command(words).status, 1) << words;
+  }
+  for (const std::string words : {"--job 1", "@jobs", "--job 1 --jobs @jobs", "--job 1 --plan @jobs"}) {
+    EXPECT_EQ(command(words).status, 2) << words;
+  }
+  // A result that cannot be kept is told, and what was done is done.
+  std::filesystem::remove_all(path("jobs.results"));
+  directory().write("jobs.results", "");
+  std::filesystem::remove(path("out.mov"));
+  const Outcome unkept = command("--job 2 @jobs");
+  EXPECT_EQ(unkept.status, 1);
+  EXPECT_THAT(unkept.errors, HasSubstr("jobs.results"));
+  EXPECT_EQ(numbersIn(path("out.mov")), numbersFrom(0, 24));
+}
+
 TEST_F(TranscodeRun, RefusesJobsThatWriteWhatOthersUse) {
   std::filesystem::create_directory_symlink(directory().path(), path("again"));
   std::string jobs;

@@ -45,6 +45,13 @@ void writeWhole(const std::string& path, const std::string& text) {
   if (error) throw CommandError(inQuotes(path) + " cannot be written: " + error.message());
 }
 
+/// Returns a path as Slurm's patterns of file names have it, in which "%" begins a placeholder.
+std::string slurmPattern(const std::string& path) {
+  std::string pattern;
+  for (const char c : path) pattern += c == '%' ? std::string("%%") : std::string(1, c);
+  return pattern;
+}
+
 std::string checksumOf(const std::string& list) {
   const ChildOutcome outcome = runChild({"sh", "-c", "cksum < \"$0\"", list});
   if (outcome.status != 0) throw CommandError(list, "cannot be read: " + outcome.errors);
@@ -107,8 +114,25 @@ std::string summaryScript(const FarmRun& run) {
          shellLine({programPath(), "farm", "summary", run.list}) + "\n";
 }
 
+void writeRun(const FarmRun& run) {
+  const Json document{{"engine", "slurm"},  {"jobs", run.jobCount},   {"jobsPerTask", run.jobsPerTask},
+                      {"array", run.array}, {"summary", run.summary}, {"isCancelled", run.isCancelled}};
+  writeWhole(runFileOf(run.list), document.dump(2) + '\n');
+}
+
+/// Returns a text of a document; empty if it has none of the name.
+std::string textIn(const Json& document, const char* name) {
+  const auto found = document.find(name);
+  return found != document.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+std::size_t numberIn(const Json& document, const char* name) {
+  const auto found = document.find(name);
+  return found != document.end() && found->is_number_unsigned() ? found->get<std::size_t>() : 0;
+}
+
 FarmJobState stateOf(const Json& result) {
-  const std::string state = result.value("state", std::string());
+  const std::string state = textIn(result, "state");
   if (state == "done") return FarmJobState::done;
   return state == "complete" ? FarmJobState::complete : FarmJobState::failed;
 }
@@ -123,14 +147,15 @@ std::vector<FarmJob> jobsWithResults(const std::string& list, std::size_t count)
     const auto result = results.read(number);
     if (result) {
       job.state = stateOf(*result);
-      job.message = result->value("message", std::string());
+      job.message = textIn(*result, "message");
     }
   }
   return jobs;
 }
 
 constexpr std::string_view nameOf(FarmJobState state) noexcept {
-  constexpr std::array<std::string_view, 6> names{"done", "failed", "complete", "running", "waiting", "lost"};
+  constexpr std::array<std::string_view, 7> names{"done",    "failed",    "complete", "running",
+                                                  "waiting", "cancelled", "lost"};
   return names[static_cast<std::size_t>(state)];
 }
 
@@ -162,8 +187,12 @@ FarmRun submitFarm(const FarmRequest& request) {
   const std::string logs = appendingPathComponent(folder, "log");
   fs::create_directories(logs, error);
   if (error) throw CommandError(inQuotes(logs) + " cannot be made: " + error.message());
+  const JobResults results(run.list);
+  fs::create_directory(results.directory(), error);
+  if (!error && !fs::is_directory(results.directory(), error)) error = std::make_error_code(std::errc::not_a_directory);
+  if (error) throw CommandError(inQuotes(results.directory()) + " cannot be made: " + error.message());
   // What earlier tasks completed stays known; what became of their jobs is not that of these.
-  JobState(run.list).absorb(JobResults(run.list));
+  JobState(run.list).absorb(results);
   const std::string task = appendingPathComponent(folder, "task");
   const std::string summary = appendingPathComponent(folder, "summary");
   writeWhole(task, taskScript(request, run));
@@ -174,22 +203,16 @@ FarmRun submitFarm(const FarmRequest& request) {
   run.array = submitToSlurm({.name = name,
                              .script = task,
                              .array = "0-" + std::to_string(tasks - 1),
-                             .log = appendingPathComponent(logs, "%a"),
+                             .log = appendingPathComponent(slurmPattern(logs), "%a"),
                              .cpus = request.cpus,
                              .options = request.options});
   try {
     run.summary = submitToSlurm({.name = name + " summary",
                                  .script = summary,
                                  .after = run.array,
-                                 .log = appendingPathComponent(logs, "summary"),
+                                 .log = appendingPathComponent(slurmPattern(logs), "summary"),
                                  .options = request.options});
-    writeWhole(runFileOf(run.list), Json{{"engine", "slurm"},
-                                         {"jobs", run.jobCount},
-                                         {"jobsPerTask", run.jobsPerTask},
-                                         {"array", run.array},
-                                         {"summary", run.summary}}
-                                            .dump(2) +
-                                        '\n');
+    writeRun(run);
   } catch (const CommandError&) {
     // An array that nobody knows of is not left to run.
     cancelInSlurm({run.array});
@@ -206,10 +229,11 @@ FarmRun farmRunOf(const std::string& list) {
   if (!document.is_object()) {
     throw CommandError(inQuotes(list) + " was not handed over; do that by \"meridian farm submit\"");
   }
-  run.jobCount = document.value("jobs", std::size_t{0});
-  run.jobsPerTask = std::max(document.value("jobsPerTask", std::size_t{1}), std::size_t{1});
-  run.array = document.value("array", std::string());
-  run.summary = document.value("summary", std::string());
+  run.jobCount = numberIn(document, "jobs");
+  run.jobsPerTask = std::max(numberIn(document, "jobsPerTask"), std::size_t{1});
+  run.array = textIn(document, "array");
+  run.summary = textIn(document, "summary");
+  run.isCancelled = document.contains("isCancelled") && document["isCancelled"] == true;
   return run;
 }
 
@@ -231,7 +255,17 @@ FarmReport reportOf(const FarmRun& run) {
       isRunning = false;
     }
   }
+  if (!run.isCancelled) return report;
+  for (FarmJob& job : report.jobs) {
+    if (job.state == FarmJobState::lost) job.state = FarmJobState::cancelled;
+  }
   return report;
+}
+
+void cancelFarm(FarmRun run) {
+  cancelInSlurm({run.array, run.summary});
+  run.isCancelled = true;
+  writeRun(run);
 }
 
 FarmReport resultsOf(const std::string& list) {
@@ -249,8 +283,9 @@ FarmReport resultsOf(const std::string& list) {
 
 Json documentOf(const FarmReport& report) {
   Json counts = Json::object();
-  for (const FarmJobState state : {FarmJobState::done, FarmJobState::failed, FarmJobState::complete,
-                                   FarmJobState::running, FarmJobState::waiting, FarmJobState::lost}) {
+  for (const FarmJobState state :
+       {FarmJobState::done, FarmJobState::failed, FarmJobState::complete, FarmJobState::running, FarmJobState::waiting,
+        FarmJobState::cancelled, FarmJobState::lost}) {
     counts[std::string(nameOf(state))] = report.count(state);
   }
   Json jobs = Json::array();
@@ -278,7 +313,7 @@ std::string textOf(const FarmReport& report) {
     if (!isShown) continue;
     text += std::to_string(job.number) + ": " + std::string(nameOf(job.state));
     std::string message = job.message;
-    if (job.state == FarmJobState::lost) {
+    if (job.state == FarmJobState::lost && !report.run.array.empty()) {
       const std::size_t task = (job.number - 1) / report.run.jobsPerTask;
       message = "its task ended without a result; see " +
                 inQuotes(appendingPathComponent(folderOf(report.run.list), "log/" + std::to_string(task)));
@@ -286,8 +321,9 @@ std::string textOf(const FarmReport& report) {
     text += (message.empty() ? "" : ": " + printable(message)) + '\n';
   }
   std::string counts;
-  for (const FarmJobState state : {FarmJobState::done, FarmJobState::failed, FarmJobState::complete,
-                                   FarmJobState::running, FarmJobState::waiting, FarmJobState::lost}) {
+  for (const FarmJobState state :
+       {FarmJobState::done, FarmJobState::failed, FarmJobState::complete, FarmJobState::running, FarmJobState::waiting,
+        FarmJobState::cancelled, FarmJobState::lost}) {
     const std::size_t count = report.count(state);
     if (count == 0 && state != FarmJobState::done && state != FarmJobState::failed) continue;
     counts += (counts.empty() ? "" : ", ") + std::to_string(count) + ' ' + std::string(nameOf(state)) +

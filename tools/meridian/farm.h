@@ -39,10 +39,11 @@ struct FarmRun {
   /// Slurm's numbers of the array and of the job that writes the summary.
   std::string array;
   std::string summary;
+  bool isCancelled = false;
 };
 
 /// Where a job of a list is.
-enum class FarmJobState { done, failed, complete, running, waiting, lost };
+enum class FarmJobState { done, failed, complete, running, waiting, cancelled, lost };
 
 struct FarmJob {
   std::size_t number = 0;
@@ -71,6 +72,9 @@ FarmRun submitFarm(const FarmRequest& request);
 
 /// Returns what was handed over of a list. Throws CommandError if nothing was.
 [[nodiscard]] FarmRun farmRunOf(const std::string& list);
+
+/// Ends what was handed over; jobs that are complete stay. Throws CommandError if Slurm does not answer.
+void cancelFarm(FarmRun run);
 
 /// Asks Slurm, and reads the results.
 [[nodiscard]] FarmReport reportOf(const FarmRun& run);

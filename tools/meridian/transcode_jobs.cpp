@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
@@ -95,7 +96,7 @@ class JobsRun {
     }
     running.clear();
     if (!request_.only) printSummary();
-    return counts_[1] > 0 || stop_.stop_requested() ? failed : done;
+    return counts_[1] > 0 || hasLostResult_ || stop_.stop_requested() ? failed : done;
   }
 
  private:
@@ -126,7 +127,8 @@ class JobsRun {
     const TranscodePlan* plan = planned ? &*planned : nullptr;
     if (replacing) plan = &*replacing;
     const std::string hash = plan != nullptr ? jobHash(*plan, versions()) : std::string();
-    if (plan != nullptr && request_.resumes && state_ && state_->isComplete(*plan, hash)) {
+    const bool isComplete = plan != nullptr && request_.resumes && state_ && state_->isComplete(*plan, hash);
+    if (isComplete || (replacing && isCompletedElsewhere(*plan, hash))) {
       completion_ = JobState::completionOf(*plan, hash);
       end(job, JobEnd::complete, Json(), {plan->output.path});
     } else if (planned) {
@@ -134,6 +136,19 @@ class JobsRun {
     } else {
       endUnplanned(job, planned.error());
     }
+  }
+
+  /// Returns whether another process completes this very job: a task is begun again where its machine does not answer,
+  /// and goes on there all the same. Its output has its name a moment before its result is written.
+  [[nodiscard]] bool isCompletedElsewhere(const TranscodePlan& plan, const std::string& hash) const {
+    if (!request_.only || !request_.resumes) return false;
+    constexpr int tries = 50;
+    constexpr std::chrono::milliseconds between(100);
+    for (int each = 0; each < tries && !stop_.stop_requested(); ++each) {
+      if (JobState(request_.path, request_.only).isComplete(plan, hash)) return true;
+      std::this_thread::sleep_for(between);
+    }
+    return false;
   }
 
   static std::optional<TranscodePlan> planReplacing(const Job& job) {
@@ -161,6 +176,11 @@ class JobsRun {
                                                         .stop = stop_,
                                                         .threads = threads_});
     progress.end(result);
+    if (!result && result.error().code == TranscodeRunErrorCode::outputExists && isCompletedElsewhere(plan, hash)) {
+      completion_ = JobState::completionOf(plan, hash);
+      end(job, JobEnd::complete, Json(), {plan.output.path});
+      return;
+    }
     if (!result) {
       const bool isCancelled = result.error().code == TranscodeRunErrorCode::interrupted;
       end(job, isCancelled ? JobEnd::cancelled : JobEnd::failed, Json(), {result.error().message()},
@@ -193,7 +213,14 @@ class JobsRun {
     if (bar_) bar_->clear();
     ++counts_[static_cast<std::size_t>(how)];
     if (how == JobEnd::failed && errors.empty()) errors.push_back({{"message", messages.front()}});
-    if (results_) writeResult(job, how, result, messages.front(), errors);
+    if (results_) {
+      try {
+        writeResult(job, how, result, messages.front(), errors);
+      } catch (const CommandError& error) {
+        std::cerr << "meridian: job " << job.number << ": " << error.what() << '\n';
+        hasLostResult_ = true;
+      }
+    }
     if (request_.isJson) {
       printJson({{"job", job.number}, {"state", nameOf(how)}, {"result", result}, {"errors", errors}},
                 JsonForm::oneLine);
@@ -259,6 +286,7 @@ class JobsRun {
   /// Of one job alone, with what says that its output is complete.
   std::optional<JobResults> results_;
   Json completion_;
+  bool hasLostResult_ = false;
   std::stop_token stop_;
   std::mutex mutex_;
   std::optional<ProgressBar> bar_;

@@ -22,7 +22,7 @@ Subcommand farmCancelCommand() {
       .action =
           [](const Arguments& arguments) {
             const FarmRun run = farmRunOf(*arguments.value("list"));
-            cancelInSlurm({run.array, run.summary});
+            cancelFarm(run);
             std::cout << "Slurm's job " << run.array << " is cancelled\n";
             return done;
           },
