@@ -53,6 +53,9 @@ struct TranscodeOptions {
   std::function<void(const TranscodeProgress&)> progress = {};
   std::chrono::milliseconds interval{250};
   /// Ends the transcode with the error `interrupted` as soon as FFmpeg returns from its current frame.
+  /// Is told the size and the number in its file system of the complete output, right before that gets its name, if it
+  /// is set: a process that is killed in the next moment may leave an output that nobody knows of otherwise.
+  std::function<void(std::uint64_t size, std::uint64_t fileNumber)> beforePublishing = {};
   std::stop_token stop = {};
   /// Threads of each decoder and encoder; 0 for as many as the machine has cores.
   unsigned threads = 0;

@@ -1,14 +1,21 @@
 #include "tools/meridian/farm.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <system_error>
+#include <thread>
+#include <utility>
 
 #include "meridian/base/printable.h"
 #include "meridian/platform/path_text.h"
@@ -32,10 +39,12 @@ constexpr std::size_t mostTasks = 1000;
 std::string folderOf(const std::string& list) { return list + ".farm"; }
 std::string runFileOf(const std::string& list) { return appendingPathComponent(folderOf(list), "run.json"); }
 
+std::string logsOf(const std::string& list) { return appendingPathComponent(folderOf(list), "log"); }
+
 std::string absolute(const std::string& path) {
   std::error_code error;
   const fs::path whole = fs::absolute(path, error);
-  return error ? path : whole.lexically_normal().string();
+  return error ? path : whole.string();
 }
 
 void writeWhole(const std::string& path, const std::string& text) {
@@ -43,13 +52,6 @@ void writeWhole(const std::string& path, const std::string& text) {
   std::error_code error = file ? file->write(text) : file.error();
   if (!error) error = file->publish();
   if (error) throw CommandError(inQuotes(path) + " cannot be written: " + error.message());
-}
-
-/// Returns a path as Slurm's patterns of file names have it, in which "%" begins a placeholder.
-std::string slurmPattern(const std::string& path) {
-  std::string pattern;
-  for (const char c : path) pattern += c == '%' ? std::string("%%") : std::string(1, c);
-  return pattern;
 }
 
 std::string checksumOf(const std::string& list) {
@@ -76,6 +78,9 @@ std::string taskScript(const FarmRequest& request, const FarmRun& run) {
   const std::string share = std::to_string(run.jobsPerTask);
   return "#!/bin/sh\n"
          "# Jobs of a list of transcodes, as a task of Slurm.\n"
+         "exec >>" +
+         shellQuoted(logsOf(run.list)) +
+         "/$SLURM_ARRAY_TASK_ID 2>&1\n"
          "first=$((SLURM_ARRAY_TASK_ID * " +
          share +
          " + 1))\n"
@@ -110,13 +115,17 @@ std::string taskScript(const FarmRequest& request, const FarmRun& run) {
 std::string summaryScript(const FarmRun& run) {
   return "#!/bin/sh\n"
          "# Writes the summary of a list of transcodes when all tasks have ended.\n"
+         "exec >>" +
+         shellQuoted(logsOf(run.list)) +
+         "/summary 2>&1\n"
          "exec " +
          shellLine({programPath(), "farm", "summary", run.list}) + "\n";
 }
 
 void writeRun(const FarmRun& run) {
-  const Json document{{"engine", "slurm"},  {"jobs", run.jobCount},   {"jobsPerTask", run.jobsPerTask},
-                      {"array", run.array}, {"summary", run.summary}, {"isCancelled", run.isCancelled}};
+  const Json document{{"engine", "slurm"},       {"jobs", run.jobCount},   {"jobsPerTask", run.jobsPerTask},
+                      {"array", run.array},      {"summary", run.summary}, {"isCancelled", run.isCancelled},
+                      {"checksum", run.checksum}};
   writeWhole(runFileOf(run.list), document.dump(2) + '\n');
 }
 
@@ -134,7 +143,9 @@ std::size_t numberIn(const Json& document, const char* name) {
 FarmJobState stateOf(const Json& result) {
   const std::string state = textIn(result, "state");
   if (state == "done") return FarmJobState::done;
-  return state == "complete" ? FarmJobState::complete : FarmJobState::failed;
+  if (state == "complete") return FarmJobState::complete;
+  // One that is killed while its output gets its name has no result.
+  return state == "failed" ? FarmJobState::failed : FarmJobState::lost;
 }
 
 std::vector<FarmJob> jobsWithResults(const std::string& list, std::size_t count) {
@@ -147,6 +158,8 @@ std::vector<FarmJob> jobsWithResults(const std::string& list, std::size_t count)
     const auto result = results.read(number);
     if (result) {
       job.state = stateOf(*result);
+      const bool isDone = job.state == FarmJobState::done || job.state == FarmJobState::complete;
+      if (isDone && !JobState::isThere(result->value("completion", Json()))) job.state = FarmJobState::lost;
       job.message = textIn(*result, "message");
     }
   }
@@ -157,6 +170,43 @@ constexpr std::string_view nameOf(FarmJobState state) noexcept {
   constexpr std::array<std::string_view, 7> names{"done",    "failed",    "complete", "running",
                                                   "waiting", "cancelled", "lost"};
   return names[static_cast<std::size_t>(state)];
+}
+
+/// Keeps another process from handing the same list over at the same time.
+class SubmissionLock {
+ public:
+  explicit SubmissionLock(const std::string& path) : file_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+    if (file_ < 0 || flock(file_, LOCK_EX | LOCK_NB) != 0) {
+      const int reason = errno;
+      if (file_ >= 0) close(file_);
+      if (reason == EWOULDBLOCK) throw CommandError("the list is being handed over by another process");
+      throw CommandError(inQuotes(path) + " cannot be locked: " + std::generic_category().message(reason));
+    }
+  }
+  SubmissionLock(const SubmissionLock&) = delete;
+  SubmissionLock& operator=(const SubmissionLock&) = delete;
+  SubmissionLock(SubmissionLock&&) = delete;
+  SubmissionLock& operator=(SubmissionLock&&) = delete;
+  ~SubmissionLock() { close(file_); }
+
+ private:
+  int file_;
+};
+
+std::optional<FarmRun> knownRun(const std::string& list) {
+  FarmRun run;
+  run.list = absolute(list);
+  std::ifstream file(runFileOf(run.list), std::ios::binary);
+  const Json document = Json::parse(file, nullptr, false);
+  if (!document.is_object()) return std::nullopt;
+  run.jobCount = numberIn(document, "jobs");
+  run.jobsPerTask = std::max(numberIn(document, "jobsPerTask"), std::size_t{1});
+  run.array = textIn(document, "array");
+  run.summary = textIn(document, "summary");
+  run.checksum = textIn(document, "checksum");
+  run.isCancelled = document.contains("isCancelled") && document["isCancelled"] == true;
+  constexpr std::size_t mostJobs = 10'000'000;
+  return run.array.empty() || run.jobCount > mostJobs ? std::nullopt : std::optional(run);
 }
 
 }  // namespace
@@ -173,26 +223,21 @@ FarmRun submitFarm(const FarmRequest& request) {
     throw CommandError(inQuotes(request.list) + " is not a file; the tasks read the list on their machines");
   }
   run.jobCount = readJobs(run.list).size();
-  if (fs::exists(runFileOf(run.list), error)) {
-    const FarmRun before = farmRunOf(run.list);
-    if (!slurmTasks({before.array}).empty()) {
-      throw CommandError(inQuotes(request.list) + " is being carried out as Slurm's job " + before.array +
-                         "; see \"meridian farm status\", or end it by \"meridian farm cancel\"");
-    }
-  }
-  run.jobsPerTask = std::max(request.jobsPerTask.value_or(1), (run.jobCount + mostTasks - 1) / mostTasks);
-  run.checksum = checksumOf(run.list);
-
   const std::string folder = folderOf(run.list);
-  const std::string logs = appendingPathComponent(folder, "log");
+  const std::string logs = logsOf(run.list);
   fs::create_directories(logs, error);
   if (error) throw CommandError(inQuotes(logs) + " cannot be made: " + error.message());
   const JobResults results(run.list);
   fs::create_directory(results.directory(), error);
   if (!error && !fs::is_directory(results.directory(), error)) error = std::make_error_code(std::errc::not_a_directory);
   if (error) throw CommandError(inQuotes(results.directory()) + " cannot be made: " + error.message());
-  // What earlier tasks completed stays known; what became of their jobs is not that of these.
-  JobState(run.list).absorb(results);
+  const SubmissionLock lock(appendingPathComponent(folder, "lock"));
+  if (const auto before = knownRun(run.list); before && !slurmTasks({before->array}).empty()) {
+    throw CommandError(inQuotes(request.list) + " is being carried out as Slurm's job " + before->array +
+                       "; see \"meridian farm status\", or end it by \"meridian farm cancel\"");
+  }
+  run.jobsPerTask = std::max(request.jobsPerTask.value_or(1), (run.jobCount + mostTasks - 1) / mostTasks);
+  run.checksum = checksumOf(run.list);
   const std::string task = appendingPathComponent(folder, "task");
   const std::string summary = appendingPathComponent(folder, "summary");
   writeWhole(task, taskScript(request, run));
@@ -200,21 +245,24 @@ FarmRun submitFarm(const FarmRequest& request) {
 
   const std::size_t tasks = (run.jobCount + run.jobsPerTask - 1) / run.jobsPerTask;
   const std::string name = "meridian " + std::string(lastPathComponent(run.list));
-  run.array = submitToSlurm({.name = name,
-                             .script = task,
-                             .array = "0-" + std::to_string(tasks - 1),
-                             .log = appendingPathComponent(slurmPattern(logs), "%a"),
-                             .cpus = request.cpus,
-                             .options = request.options});
+  // Held until everything about it is written down, so that a refusal changes nothing.
+  run.array = submitToSlurm(
+      {.name = name,
+       .script = task,
+       .array = "0-" + std::to_string(tasks - 1) + (request.parallel ? "%" + std::to_string(*request.parallel) : ""),
+       .isHeld = true,
+       .cpus = request.cpus,
+       .options = request.options});
   try {
-    run.summary = submitToSlurm({.name = name + " summary",
-                                 .script = summary,
-                                 .after = run.array,
-                                 .log = appendingPathComponent(slurmPattern(logs), "summary"),
-                                 .options = request.options});
+    run.summary =
+        submitToSlurm({.name = name + " summary", .script = summary, .after = run.array, .options = request.options});
     writeRun(run);
+    // What earlier tasks completed stays known; what became of their jobs is not that of these.
+    JobState(run.list).absorb(results);
+    fs::remove(run.list + ".summary", error);
+    releaseInSlurm(run.array);
   } catch (const CommandError&) {
-    // An array that nobody knows of is not left to run.
+    // An array that nobody knows of is not left.
     cancelInSlurm({run.array});
     throw;
   }
@@ -222,19 +270,9 @@ FarmRun submitFarm(const FarmRequest& request) {
 }
 
 FarmRun farmRunOf(const std::string& list) {
-  FarmRun run;
-  run.list = absolute(list);
-  std::ifstream file(runFileOf(run.list), std::ios::binary);
-  const Json document = Json::parse(file, nullptr, false);
-  if (!document.is_object()) {
-    throw CommandError(inQuotes(list) + " was not handed over; do that by \"meridian farm submit\"");
-  }
-  run.jobCount = numberIn(document, "jobs");
-  run.jobsPerTask = std::max(numberIn(document, "jobsPerTask"), std::size_t{1});
-  run.array = textIn(document, "array");
-  run.summary = textIn(document, "summary");
-  run.isCancelled = document.contains("isCancelled") && document["isCancelled"] == true;
-  return run;
+  auto run = knownRun(list);
+  if (!run) throw CommandError(inQuotes(list) + " was not handed over; do that by \"meridian farm submit\"");
+  return *std::move(run);
 }
 
 FarmReport reportOf(const FarmRun& run) {
@@ -262,20 +300,28 @@ FarmReport reportOf(const FarmRun& run) {
   return report;
 }
 
-void cancelFarm(FarmRun run) {
+bool cancelFarm(FarmRun run) {
+  if (slurmTasks({run.array, run.summary}).empty()) return false;
   cancelInSlurm({run.array, run.summary});
   run.isCancelled = true;
   writeRun(run);
+  // Processes that are asked to end have half a minute for it.
+  constexpr int tries = 600;
+  for (int each = 0; each < tries && !slurmTasks({run.array}).empty(); ++each) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  return true;
 }
 
 FarmReport resultsOf(const std::string& list) {
   FarmRun run;
-  std::error_code error;
-  if (fs::exists(runFileOf(absolute(list)), error)) {
-    run = farmRunOf(list);
+  auto known = knownRun(list);
+  // A list that has changed since is another one, which another engine may have carried out.
+  if (known && known->checksum == checksumOf(known->list)) {
+    run = *std::move(known);
   } else {
     run.list = absolute(list);
-    run.jobCount = readJobs(list).size();
+    run.jobCount = readJobs(run.list).size();
   }
   auto jobs = jobsWithResults(run.list, run.jobCount);
   return {std::move(run), std::move(jobs)};

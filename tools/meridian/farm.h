@@ -25,6 +25,8 @@ struct FarmRequest {
   /// CPUs of each task; as many jobs as are given run one after the other in each.
   int cpus = 2;
   std::optional<std::size_t> jobsPerTask = std::nullopt;
+  /// How many tasks run at a time; absent for as many as Slurm has room for.
+  std::optional<int> parallel = std::nullopt;
   /// Further words for the engine's own submission.
   std::vector<std::string> options = {};
 };
@@ -73,8 +75,9 @@ FarmRun submitFarm(const FarmRequest& request);
 /// Returns what was handed over of a list. Throws CommandError if nothing was.
 [[nodiscard]] FarmRun farmRunOf(const std::string& list);
 
-/// Ends what was handed over; jobs that are complete stay. Throws CommandError if Slurm does not answer.
-void cancelFarm(FarmRun run);
+/// Ends what was handed over, and waits until nothing of it runs; jobs that are complete stay. Returns false if it had
+/// ended before. Throws CommandError if Slurm does not answer.
+bool cancelFarm(FarmRun run);
 
 /// Asks Slurm, and reads the results.
 [[nodiscard]] FarmReport reportOf(const FarmRun& run);

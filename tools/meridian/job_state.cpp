@@ -56,6 +56,7 @@ class Hash {
 struct FileState {
   std::uint64_t size = 0;
   std::int64_t modified = 0;
+  std::uint64_t fileNumber = 0;
 };
 
 std::optional<FileState> stateOf(const std::string& path) {
@@ -63,7 +64,8 @@ std::optional<FileState> stateOf(const std::string& path) {
   if (stat(path.c_str(), &status) != 0) return std::nullopt;
   constexpr std::int64_t nanoseconds = 1'000'000'000;
   return FileState{static_cast<std::uint64_t>(status.st_size),
-                   std::int64_t{status.st_mtim.tv_sec} * nanoseconds + status.st_mtim.tv_nsec};
+                   std::int64_t{status.st_mtim.tv_sec} * nanoseconds + status.st_mtim.tv_nsec,
+                   static_cast<std::uint64_t>(status.st_ino)};
 }
 
 void addFile(Hash& hash, const std::string& path) {
@@ -143,18 +145,27 @@ JobState::JobState(const std::string& listPath, std::optional<std::size_t> only)
   for (const Json& result : results.all()) addEntry(result.value("completion", Json()));
 }
 
-void JobState::addEntry(const Json& entry) {
-  if (!entry.is_object()) return;
-  const auto text = [&entry](const char* name) {
-    const auto found = entry.find(name);
-    return found != entry.end() && found->is_string() ? found->get<std::string>() : std::string();
-  };
-  const auto size = entry.find("size");
-  const auto modified = entry.find("modified");
-  if (size == entry.end() || !size->is_number_unsigned() || modified == entry.end() || !modified->is_number_integer()) {
-    return;
-  }
-  entries_[text("output")] = {text("job"), size->get<std::uint64_t>(), modified->get<std::int64_t>()};
+std::optional<JobState::Entry> JobState::entryOf(const Json& json) {
+  if (!json.is_object()) return std::nullopt;
+  Entry entry;
+  const auto hash = json.find("job");
+  const auto size = json.find("size");
+  const auto modified = json.find("modified");
+  const auto number = json.find("fileNumber");
+  if (hash == json.end() || !hash->is_string() || size == json.end() || !size->is_number_unsigned())
+    return std::nullopt;
+  entry.hash = hash->get<std::string>();
+  entry.size = size->get<std::uint64_t>();
+  if (modified != json.end() && modified->is_number_integer()) entry.modified = modified->get<std::int64_t>();
+  if (number != json.end() && number->is_number_unsigned()) entry.fileNumber = number->get<std::uint64_t>();
+  return entry.modified || entry.fileNumber ? std::optional(entry) : std::nullopt;
+}
+
+void JobState::addEntry(const Json& json) {
+  const auto entry = entryOf(json);
+  if (!entry) return;
+  const auto output = json.find("output");
+  if (output != json.end() && output->is_string()) entries_.emplace(output->get<std::string>(), *entry);
 }
 
 Json JobState::completionOf(const TranscodePlan& plan, const std::string& hash) {
@@ -163,19 +174,40 @@ Json JobState::completionOf(const TranscodePlan& plan, const std::string& hash) 
   return {{"output", plan.output.path}, {"job", hash}, {"size", state->size}, {"modified", state->modified}};
 }
 
+Json JobState::intentionOf(const TranscodePlan& plan, const std::string& hash, std::uint64_t size,
+                           std::uint64_t fileNumber) {
+  return {{"output", plan.output.path}, {"job", hash}, {"size", size}, {"fileNumber", fileNumber}};
+}
+
+bool JobState::isThere(const Json& entry) {
+  const auto read = entryOf(entry);
+  const auto output = read ? entry.find("output") : entry.end();
+  if (!read || output == entry.end() || !output->is_string()) return false;
+  const auto state = stateOf(output->get<std::string>());
+  return state && state->size == read->size &&
+         (state->modified == read->modified || state->fileNumber == read->fileNumber);
+}
+
 bool JobState::isComplete(const TranscodePlan& plan, const std::string& hash) const {
-  const std::lock_guard lock(mutex_);
-  const auto found = entries_.find(textOf(plan.output.path));
-  if (found == entries_.end() || found->second.hash != hash) return false;
   const auto state = stateOf(plan.output.path);
-  return state && state->size == found->second.size && state->modified == found->second.modified;
+  if (!state) return false;
+  const std::lock_guard lock(mutex_);
+  const auto [first, last] = entries_.equal_range(textOf(plan.output.path));
+  return std::any_of(first, last, [&](const auto& each) {
+    const Entry& entry = each.second;
+    return entry.hash == hash && entry.size == state->size &&
+           (entry.modified == state->modified || entry.fileNumber == state->fileNumber);
+  });
 }
 
 std::error_code JobState::add(const TranscodePlan& plan, const std::string& hash) {
   const Json entry = completionOf(plan, hash);
-  if (entry.is_null()) return {};
+  return entry.is_null() ? std::error_code() : add(entry);
+}
+
+std::error_code JobState::add(const Json& entry) {
   const std::lock_guard lock(mutex_);
-  entries_[textOf(plan.output.path)] = {hash, entry["size"], entry["modified"]};
+  addEntry(entry);
   return append(lineOf(entry));
 }
 

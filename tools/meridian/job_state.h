@@ -40,6 +40,8 @@ class JobState {
 
   /// Adds a complete output, and waits until that is on the disk. Returns the system's reason if it cannot be written.
   [[nodiscard]] std::error_code add(const TranscodePlan& plan, const std::string& hash);
+  /// Adds what `completionOf` or `intentionOf` returned, likewise.
+  [[nodiscard]] std::error_code add(const nlohmann::ordered_json& entry);
 
   /// Adds what the results of jobs say of complete outputs, and removes the results. Throws CommandError if the file
   /// cannot be written; the results are then left.
@@ -48,22 +50,33 @@ class JobState {
   /// Returns what says that an output is complete, for a result of its job; nothing if there is no output.
   [[nodiscard]] static nlohmann::ordered_json completionOf(const TranscodePlan& plan, const std::string& hash);
 
+  /// Returns what says that an output that gets its name in a moment is complete.
+  [[nodiscard]] static nlohmann::ordered_json intentionOf(const TranscodePlan& plan, const std::string& hash,
+                                                          std::uint64_t size, std::uint64_t fileNumber);
+
+  /// Returns whether the output that an entry is about is there as the entry says.
+  [[nodiscard]] static bool isThere(const nlohmann::ordered_json& entry);
+
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
  private:
   struct Entry {
     std::string hash;
     std::uint64_t size = 0;
-    std::int64_t modified = 0;
+    /// One of both is known.
+    std::optional<std::int64_t> modified;
+    std::optional<std::uint64_t> fileNumber;
   };
+
+  [[nodiscard]] static std::optional<Entry> entryOf(const nlohmann::ordered_json& json);
 
   void addEntry(const nlohmann::ordered_json& entry);
   [[nodiscard]] std::error_code append(const std::string& lines) const;
 
   std::string path_;
   mutable std::mutex mutex_;
-  /// By the path of the output, as JSON has it.
-  std::map<std::string, Entry, std::less<>> entries_;
+  /// By the path of the output, as JSON has it. An output may have been made more than once.
+  std::multimap<std::string, Entry, std::less<>> entries_;
 };
 
 }  // namespace meridian::command

@@ -20,22 +20,34 @@ std::string firstLineOf(const std::string& text) { return text.substr(0, text.fi
                      (said.empty() ? "" : ": " + printable(said)));
 }
 
+/// What a user sets for squeue does not hide tasks here.
+std::vector<std::string> squeueWords(const std::string& job) {
+  std::vector<std::string> words{"env"};
+  for (const char* const name : {"STATES", "PARTITION", "USERS", "ACCOUNT", "QOS", "NAMES", "LICENSES", "SORT"}) {
+    words.insert(words.end(), {"-u", std::string("SQUEUE_") + name});
+  }
+  words.insert(words.end(), {"squeue", "--noheader", "--array", "--jobs=" + job, "--format=%K|%T|%N"});
+  return words;
+}
+
 /// What Slurm's programs say of jobs that ended long ago.
 bool saysUnknownJob(const ChildOutcome& outcome) { return outcome.errors.find("Invalid job id") != std::string::npos; }
 
 }  // namespace
 
 std::string submitToSlurm(const SlurmJob& job) {
-  std::vector<std::string> words{"sbatch",
-                                 "--parsable",
-                                 "--requeue",
-                                 "--open-mode=append",
-                                 "--job-name=" + job.name,
-                                 "--cpus-per-task=" + std::to_string(job.cpus)};
+  std::vector<std::string> words{"sbatch"};
+  for (const std::string& option : job.options) {
+    // The job that is no array does not become one.
+    const bool makesArray = option.starts_with("--array") || option.starts_with("-a");
+    if (!makesArray || !job.array.empty()) words.push_back(option);
+  }
+  // The scripts write their own logs: a name here would be a pattern.
+  words.insert(words.end(), {"--parsable", "--requeue", "--output=/dev/null", "--job-name=" + job.name,
+                             "--cpus-per-task=" + std::to_string(job.cpus)});
+  if (job.isHeld) words.emplace_back("--hold");
   if (!job.array.empty()) words.push_back("--array=" + job.array);
   if (!job.after.empty()) words.push_back("--dependency=afterany:" + job.after);
-  if (!job.log.empty()) words.push_back("--output=" + job.log);
-  words.insert(words.end(), job.options.begin(), job.options.end());
   words.push_back(job.script);
   const ChildOutcome outcome = runChild(words);
   // "123", or "123;cluster".
@@ -47,11 +59,16 @@ std::string submitToSlurm(const SlurmJob& job) {
   return number;
 }
 
+void releaseInSlurm(const std::string& job) {
+  const ChildOutcome outcome = runChild({"scontrol", "release", job});
+  if (outcome.status != 0) throwRefusal("scontrol", outcome);
+}
+
 std::vector<SlurmTask> slurmTasks(const std::vector<std::string>& jobs) {
   std::vector<SlurmTask> tasks;
   // One after the other, since an unknown job hides all others.
   for (const std::string& job : jobs) {
-    const ChildOutcome outcome = runChild({"squeue", "--noheader", "--array", "--jobs=" + job, "--format=%K|%T|%N"});
+    const ChildOutcome outcome = runChild(squeueWords(job));
     if (outcome.status != 0 && saysUnknownJob(outcome)) continue;
     if (outcome.status != 0) throwRefusal("squeue", outcome);
     std::istringstream lines(outcome.output);

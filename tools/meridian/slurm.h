@@ -20,17 +20,20 @@ struct SlurmJob {
   std::string array = {};
   /// The job after whose end it begins, however that ends; empty for none.
   std::string after = {};
-  /// Where its output goes; "%a" is the place of the task.
-  std::string log = {};
+  /// It does not begin until it is released.
+  bool isHeld = false;
   /// CPUs of each task.
   int cpus = 1;
-  /// Further words for sbatch.
+  /// Further words for sbatch; what is given above counts before them.
   std::vector<std::string> options = {};
 };
 
 /// Hands the job to Slurm, which begins it again when its machine fails or is taken away. Returns its number. Throws
 /// CommandError with what sbatch said if it is refused.
 [[nodiscard]] std::string submitToSlurm(const SlurmJob& job);
+
+/// Lets a job begin that was held. Throws CommandError with what scontrol said if that fails.
+void releaseInSlurm(const std::string& job);
 
 /// A task that has not ended.
 struct SlurmTask {

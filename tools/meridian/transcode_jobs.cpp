@@ -165,16 +165,47 @@ class JobsRun {
 
   static std::string versions() { return std::string(versionText()) + " " + engineModule().ffmpegVersion(); }
 
+  /// Notes an output before it has its name: a process that is killed then knows it when it is begun again.
+  void noteIntention(const Job& job, const Json& intention) {
+    if (results_) {
+      // Another process may have made it in the meantime; what says so is kept.
+      const auto before = results_->read(job.number);
+      if (before && JobState::isThere(before->value("completion", Json()))) return;
+      results_->write(job.number, {{"job", job.number}, {"state", "publishing"}, {"completion", intention}});
+    } else if (state_) {
+      // That it cannot be written is told when the job has ended.
+      static_cast<void>(state_->add(intention));
+    }
+  }
+
+  /// Keeps what the result of a job says of another output, which lines that were moved in the list leave there.
+  void keepOtherCompletion(const Job& job, const Json& completion) {
+    const auto before = results_->read(job.number);
+    const Json other = before ? before->value("completion", Json()) : Json();
+    if (!other.is_object() || other.value("output", Json()) == completion.value("output", Json())) return;
+    if (JobState::isThere(other)) static_cast<void>(state_->add(other));
+  }
+
   void transcodeOne(const Job& job, const TranscodePlan& plan, const std::string& hash) {
+    // What became of it before does not count any more; and if results cannot be kept, nothing begins.
+    if (results_) {
+      keepOtherCompletion(job, JobState::intentionOf(plan, hash, 0, 0));
+      results_->write(job.number, {{"job", job.number}, {"state", "running"}});
+    }
     TranscodeReport progress(plan.output, TranscodeReport::Bar::hidden, stop_);
-    const auto result = engineModule().transcode(plan, {.acceptsDamaged = request_.acceptsDamaged,
-                                                        .progress =
-                                                            [&](const TranscodeProgress& each) {
-                                                              progress.show(each);
-                                                              showBar();
-                                                            },
-                                                        .stop = stop_,
-                                                        .threads = threads_});
+    const auto result =
+        engineModule().transcode(plan, {.acceptsDamaged = request_.acceptsDamaged,
+                                        .progress =
+                                            [&](const TranscodeProgress& each) {
+                                              progress.show(each);
+                                              showBar();
+                                            },
+                                        .beforePublishing =
+                                            [&](std::uint64_t size, std::uint64_t fileNumber) {
+                                              noteIntention(job, JobState::intentionOf(plan, hash, size, fileNumber));
+                                            },
+                                        .stop = stop_,
+                                        .threads = threads_});
     progress.end(result);
     if (!result && result.error().code == TranscodeRunErrorCode::outputExists && isCompletedElsewhere(plan, hash)) {
       completion_ = JobState::completionOf(plan, hash);
@@ -237,11 +268,12 @@ class JobsRun {
   void writeResult(const Job& job, JobEnd how, const Json& result, const std::string& message,
                    const Json& errors) const {
     if (how == JobEnd::cancelled) return;
-    // A task that begins again finds what it did itself.
-    if (how == JobEnd::complete) {
-      const auto before = results_->read(job.number);
-      if (before && before->value("state", std::string()) == nameOf(JobEnd::succeeded)) return;
-    }
+    // A task that begins again finds what it did itself, or what another one did in the meantime.
+    const auto before = results_->read(job.number);
+    const Json state = before ? before->value("state", Json()) : Json();
+    const bool isThere = before && JobState::isThere(before->value("completion", Json()));
+    if (isThere && state == nameOf(JobEnd::succeeded) && how != JobEnd::succeeded) return;
+    if (isThere && state == "publishing" && how == JobEnd::complete) how = JobEnd::succeeded;
     std::array<char, 256> host{};
     if (gethostname(host.data(), host.size() - 1) != 0) host.front() = '\0';
     results_->write(job.number, {{"job", job.number},

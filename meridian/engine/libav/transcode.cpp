@@ -2,6 +2,7 @@
 #include "meridian/engine/transcode.h"
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cmath>
@@ -115,6 +116,7 @@ class Run {
     if (auto error = carryOut(*file)) return Unexpected(*std::move(error));
     auto description = checkedOutput(*file);
     if (!description) return Unexpected(std::move(description).error());
+    if (options_.beforePublishing) tellOfOutput(*file);
     if (const std::error_code error = file->publish(options_.stop)) return Unexpected(outputError(error));
     TranscodeResult result;
     result.path = plan_.output.path;
@@ -131,6 +133,12 @@ class Run {
 
  private:
   using Pace = TranscodePace;
+
+  void tellOfOutput(const WholeFile& file) const {
+    struct stat status{};
+    if (fstat(file.descriptor(), &status) != 0) return;
+    options_.beforePublishing(static_cast<std::uint64_t>(status.st_size), static_cast<std::uint64_t>(status.st_ino));
+  }
 
   [[nodiscard]] TranscodeRunError outputError(const std::error_code& error) const {
     if (error == std::errc::file_exists) return {outputExists, plan_.output.path};

@@ -22,8 +22,8 @@ Subcommand farmCancelCommand() {
       .action =
           [](const Arguments& arguments) {
             const FarmRun run = farmRunOf(*arguments.value("list"));
-            cancelFarm(run);
-            std::cout << "Slurm's job " << run.array << " is cancelled\n";
+            const bool isCancelled = cancelFarm(run);
+            std::cout << "Slurm's job " << run.array << (isCancelled ? " is cancelled\n" : " had ended before\n");
             return done;
           },
   };

@@ -26,6 +26,7 @@ Status submit(const Arguments& arguments) {
   if (const auto jobs = arguments.value("per-task")) {
     request.jobsPerTask = static_cast<std::size_t>(numberOf(*jobs, mostJobs));
   }
+  if (const auto parallel = arguments.value("parallel")) request.parallel = numberOf(*parallel, mostJobs);
   if (arguments.has("option")) request.options = arguments.given.at("option");
   const FarmRun run = submitFarm(request);
   if (arguments.has("json")) {
@@ -75,6 +76,7 @@ Subcommand farmSubmitCommand() {
             .name = "per-task",
             .help = "Jobs of each task, one after the other; 1 if left out, more beyond 1000 jobs",
             .valueName = "N"},
+           {.kind = value, .name = "parallel", .help = "Tasks at a time", .valueName = "N"},
            {.kind = value,
             .name = "option",
             .help = "A further option for sbatch; again for more",
