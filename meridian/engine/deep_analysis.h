@@ -192,6 +192,8 @@ struct DeepAudioAnalysis {
   std::size_t track = 0;
   /// For each channel.
   std::int64_t sampleCount = 0;
+  /// When the first sample is heard, and how long all of them last.
+  double start = 0;
   double seconds = 0;
   /// Where all samples of all channels are below -60 dBFS for 2 s or more.
   std::vector<MediaInterval> silent;
@@ -199,7 +201,7 @@ struct DeepAudioAnalysis {
   std::optional<Loudness> loudness;
   /// Ten points a second.
   std::vector<LoudnessPoint> loudnessCurve;
-  /// At most 4096 parts, each `secondsPerPart` long but for the last.
+  /// At most 4096 parts from the first sample on, each `secondsPerPart` long but for the last.
   std::vector<WaveformPart> waveform;
   double secondsPerPart = 0;
   /// The MD5 of the decoded samples, channels interleaved, as "ffmpeg -f streamhash -hash md5" computes it of PCM in

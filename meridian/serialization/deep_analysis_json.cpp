@@ -80,6 +80,7 @@ Json encoded(const std::optional<Loudness>& loudness) {
 Json encoded(const DeepAudioAnalysis& audio) {
   return {{"track", audio.track},
           {"sampleCount", audio.sampleCount},
+          {"start", number(audio.start)},
           {"seconds", number(audio.seconds)},
           {"silent", encoded(audio.silent)},
           {"loudness", encoded(audio.loudness)},

@@ -5,9 +5,9 @@
 ///
 /// {"assumedRate", "video", "audio": [...], "errors": [{"seconds", "track", "message"}], "errorCount"}. "video", null
 /// without images, has "frameCount", "seconds", "shortestFrame", "longestFrame", "isVariable", "black", "frozen",
-/// "sceneChanges", "fields", "luma" and "md5"; each of "audio" has "track", "sampleCount", "seconds", "silent",
-/// "loudness" and "md5". Times are seconds, intervals have "start" and "end", and what is absent is null. Curves and
-/// the filmstrip are left out.
+/// "sceneChanges", "fields", "luma" and "md5"; each of "audio" has "track", "sampleCount", "start", "seconds",
+/// "silent", "loudness" and "md5". Times are seconds, intervals have "start" and "end", and what is absent is null.
+/// Curves and the filmstrip are left out.
 #pragma once
 
 #include <nlohmann/json.hpp>

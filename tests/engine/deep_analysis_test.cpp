@@ -242,6 +242,13 @@ TEST_F(DeepAnalyses, MeasureWhatIsUnusual) {
   EXPECT_NEAR(variable.video->longestFrame, 3 / 60.0, 1e-4);
   EXPECT_TRUE(deep("many.wav").audio.front().loudness);
 
+  // The clock of the container is coarser than a millisecond, and one image of a sequence has another size.
+  makeClip(path("coarse.mov"), {.rate = "24000/1001", .options = "-c:v mjpeg -an -video_track_timescale 600"});
+  EXPECT_FALSE(deep("coarse.mov").video->isVariable);
+  static_cast<void>(ffmpeg("plain.mov", "-frames:v 1 -vf scale=20:20 -y " + path("frames/still.5.png")));
+  const DeepAnalysis unlike = deep("frames");
+  EXPECT_EQ(unlike.video->frameCount, 10);
+  EXPECT_EQ(unlike.faultCount, 1);
   const Outcome made =
       run({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=192x108:r=50:d=2", "-vf",
            "tinterlace=interleave_bottom", "-c:v", "mpeg2video", "-flags", "+ildct+ilme", path("fields.mxf")});

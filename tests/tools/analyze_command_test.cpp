@@ -96,6 +96,8 @@ TEST_F(AnalyzeCommandTest, DecodesEverythingAndDrawsIt) {
   const std::string size =
       run({"ffprobe", "-v", "error", "-show_entries", "stream=codec_name,width,height", "-of", "csv=p=0", page}).output;
   EXPECT_THAT(size, StartsWith("png,1600,900"));
+  // What is analysed is never replaced.
+  EXPECT_EQ(run({MERIDIAN_COMMAND, "analyze", "--deep", "--plot", page, page}).status, 1);
   // What cannot be shown is drawn without it: sound alone, and images alone.
   EXPECT_EQ(run({MERIDIAN_COMMAND, "analyze", "--deep", "--plot", page, path("sound.wav")}).status, 0);
 #endif

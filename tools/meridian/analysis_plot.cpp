@@ -71,14 +71,14 @@ class TimeAxis {
 
 double secondsOf(const DeepAnalysis& deep) {
   double seconds = deep.video ? deep.video->seconds : 0;
-  for (const DeepAudioAnalysis& audio : deep.audio) seconds = std::max(seconds, audio.seconds);
+  for (const DeepAudioAnalysis& audio : deep.audio) seconds = std::max(seconds, audio.start + audio.seconds);
   for (const DecodeFault& fault : deep.faults) seconds = std::max(seconds, fault.seconds);
   return seconds;
 }
 
 std::string subtitleOf(const MediaAnalysisItem& item) {
   const MediaDescription& media = *item.description;
-  std::string text(media.container.value_or(media.formatName));
+  std::string text(media.container.value_or(std::string_view(media.formatName).substr(0, media.formatName.find(','))));
   if (const VideoStreamDescription* const video = media.mainVideo()) {
     text += ", " + (video->codec ? std::string(*video->codec) : video->codecName) + ", " +
             std::to_string(video->width) + " x " + std::to_string(video->height);
@@ -125,10 +125,12 @@ void drawWaveform(Canvas& canvas, const Area& area, const DeepAudioAnalysis& aud
   // Each column of pixels shows all parts that are within it.
   const double partsPerColumn = axis.seconds() / audio.secondsPerPart / area.width;
   for (int column = 0; column < static_cast<int>(area.width); ++column) {
-    const auto first = static_cast<std::size_t>(column * partsPerColumn);
+    const double place = column * partsPerColumn - audio.start / audio.secondsPerPart;
+    if (place < 0) continue;
+    const auto first = static_cast<std::size_t>(place);
     if (first >= audio.waveform.size()) break;
     const auto last =
-        std::min(std::max(static_cast<std::size_t>((column + 1) * partsPerColumn), first + 1), audio.waveform.size());
+        std::min(std::max(static_cast<std::size_t>(place + partsPerColumn), first + 1), audio.waveform.size());
     float least = 0;
     float greatest = 0;
     for (std::size_t part = first; part < last; ++part) {

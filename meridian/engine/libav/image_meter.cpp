@@ -7,6 +7,7 @@ extern "C" {
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <string_view>
 #include <utility>
 
@@ -214,8 +215,11 @@ Expected<FramePointer, std::string> ImageMeter::convertedImage(const AVFrame& im
     if (depth <= 12) suffix = "12";
     if (depth <= 10) suffix = "10";
     if (depth <= 8) suffix.clear();
-    const std::string filters = isRgb ? "scale=out_color_matrix=bt709:out_range=limited,format=yuv444p" + suffix
-                                      : "scale,format=yuv420p" + suffix;
+    const bool isGray = !isRgb && format->nb_components < 3;
+    std::string filters = "scale,format=yuv420p" + suffix;
+    if (isRgb) filters = "scale=out_color_matrix=bt709:out_range=limited,format=yuv444p" + suffix;
+    // Luma alone is full range, as in image files.
+    if (isGray) filters = "scale=in_range=full:out_range=full,format=gray" + suffix;
     auto opened = FrameFilter::open(filters, inputOf(image), 1);
     if (!opened) return Unexpected(std::move(opened).error());
     converter_ = *std::move(opened);
@@ -237,13 +241,30 @@ Expected<const AVFrame*, std::string> ImageMeter::withPlanes(const AVFrame& imag
 
 void ImageMeter::noteTime(Ticks time, Ticks duration) {
   ++count_;
-  if (last_ && time > *last_) {
-    const Ticks shown = time - *last_;
+  if (!times_.empty() && time > times_.back()) {
+    const Ticks shown = time - times_.back();
     shortest_ = shortest_ == 0 ? shown : std::min(shortest_, shown);
     longest_ = std::max(longest_, shown);
   }
-  last_ = time;
+  times_.push_back(time);
   end_ = std::max(end_, time + duration);
+}
+
+bool ImageMeter::isVariable() const {
+  if (times_.size() < 3) return false;
+  // The clock of the container, of which all times are multiples: 1/600 s, 1/1000 s, or the duration of an image
+  // itself.
+  Ticks clock = 0;
+  for (const Ticks time : times_) clock = std::gcd(clock, time - times_.front());
+  const Ticks rounding = std::min(std::max(clock, Ticks{timeLine.den / 1000}), shortest_ / 2);
+  const auto count = static_cast<double>(times_.size() - 1);
+  const auto all = static_cast<double>(times_.back() - times_.front());
+  for (std::size_t image = 0; image < times_.size(); ++image) {
+    const double steady = all * static_cast<double>(image) / count;
+    if (std::abs(static_cast<double>(times_[image] - times_.front()) - steady) > static_cast<double>(rounding))
+      return true;
+  }
+  return false;
 }
 
 std::optional<std::string> ImageMeter::take(const AVFrame& image, Ticks time, Ticks duration) {
@@ -283,9 +304,7 @@ DeepVideoAnalysis ImageMeter::finish() {
   // A single image is shown until the end.
   found.shortestFrame = secondsOfTicks(count_ == 1 ? end_ : shortest_);
   found.longestFrame = secondsOfTicks(count_ == 1 ? end_ : longest_);
-  // Times in milliseconds, as of Matroska, make durations differ by one.
-  constexpr Ticks rounding = timeLine.den / 1000 * 3 / 2;
-  found.isVariable = longest_ - shortest_ > rounding;
+  found.isVariable = isVariable();
   found.black = luma_.takeBlack(end_);
   found.frozen = motion_.takeFrozen(end_);
   found.sceneChanges = motion_.takeSceneChanges();

@@ -99,6 +99,7 @@ class ImageMeter {
 
  private:
   void noteTime(Ticks time, Ticks duration);
+  [[nodiscard]] bool isVariable() const;
   /// Returns the image with planes of luma and chroma; the error is why it cannot be had.
   [[nodiscard]] Expected<const AVFrame*, std::string> withPlanes(const AVFrame& image);
   [[nodiscard]] Expected<FramePointer, std::string> convertedImage(const AVFrame& image);
@@ -108,7 +109,8 @@ class ImageMeter {
   int height_ = 0;
   int format_ = -1;
   std::int64_t count_ = 0;
-  std::optional<Ticks> last_;
+  /// When each image is shown.
+  std::vector<Ticks> times_;
   Ticks end_ = 0;
   Ticks shortest_ = 0;
   Ticks longest_ = 0;

@@ -228,6 +228,7 @@ std::optional<std::string> SoundMeter::take(const AVFrame& sound, Ticks time) {
     format_ = sound.format;
     sampleRate_ = sound.sample_rate;
     channels_ = sound.ch_layout.nb_channels;
+    start_ = time;
     meters_.emplace(sound);
   }
   if (sound.sample_rate != sampleRate_ || sound.ch_layout.nb_channels != channels_) {
@@ -250,6 +251,7 @@ DeepAudioAnalysis SoundMeter::finish() {
   DeepAudioAnalysis found;
   found.track = track_;
   found.sampleCount = count_;
+  found.start = secondsOfTicks(start_);
   found.seconds = sampleRate_ > 0 ? static_cast<double>(count_) / sampleRate_ : 0;
   found.md5 = digest_.text();
   if (!meters_) return found;

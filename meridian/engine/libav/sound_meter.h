@@ -108,6 +108,7 @@ class SoundMeter {
   int sampleRate_ = 0;
   int channels_ = 0;
   std::int64_t count_ = 0;
+  Ticks start_ = 0;
   Ticks end_ = 0;
   MediaDigest digest_;
   std::vector<float> samples_;

@@ -473,6 +473,8 @@ class ImageList final : public PartSource {
 
   [[nodiscard]] Expected<FramePointer, TranscodeRunError> decoded(const std::string& path) const {
     auto frame = decodeImage(path, options_.threads);
+    // Who is told of damage looks at the size himself.
+    if (options_.notesDamage) return frame;
     if (frame && ((*frame)->width != wanted_.image.width || (*frame)->height != wanted_.image.height)) {
       return Unexpected(TranscodeRunError{
           sourceChanged, path, "it is " + std::to_string((*frame)->width) + " x " + std::to_string((*frame)->height)});

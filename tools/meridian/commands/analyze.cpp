@@ -5,6 +5,7 @@
 
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
+#include "meridian/platform/file_identity.h"
 #include "meridian/platform/path_text.h"
 #include "tools/meridian/analysis_flags.h"
 #include "tools/meridian/analyzing.h"
@@ -20,6 +21,12 @@ Status analyzed(const Arguments& arguments, const AnalysisRequest& request) {
   return analyzeFiles(arguments.given.at("files"), request);
 }
 
+/// Returns the path that the words name.
+std::string analyzedPath(const Arguments& arguments) {
+  const auto flag = std::ranges::find(arguments.words, cliFlag(MediaAnalysisCLIFlag::pathToAnalyze));
+  return flag == arguments.words.end() || flag + 1 == arguments.words.end() ? std::string() : std::string(flag[1]);
+}
+
 Status analyzedWithPlot(const Arguments& arguments, AnalysisRequest request, const std::string& path) {
   if (!equalsIgnoringCase(pathExtension(path), "png")) {
     throw CommandError(inQuotes(path) + " is not the name of a PNG image; expected one that ends in .png");
@@ -28,6 +35,13 @@ Status analyzedWithPlot(const Arguments& arguments, AnalysisRequest request, con
                             ? arguments.given.at("files").size() == 1
                             : std::ranges::count(arguments.words, cliFlag(MediaAnalysisCLIFlag::pathToAnalyze)) == 1;
   if (!isSingle) throw UsageError("--plot draws one item; name one");
+  const std::string source = arguments.has("files") ? arguments.given.at("files").front() : analyzedPath(arguments);
+  const auto there = targetIdentity(path);
+  const auto folder = targetIdentity(std::string(deletingLastPathComponent(path)));
+  const auto analyzedItem = targetIdentity(source);
+  if (analyzedItem && (there == analyzedItem || folder == analyzedItem)) {
+    throw CommandError(inQuotes(path) + " is what is analysed, or in it; choose another name");
+  }
   // Whatever keeps the image from being drawn is known before everything is decoded.
   const auto& plots = loadedModule<PlotModule>(MERIDIAN_PLOT_MODULE, plotModuleEntry, "draw", "cairo");
   WholeFile replacement = createReplacement(path);
