@@ -52,6 +52,7 @@ std::string sizeText(std::uint64_t bytes) {
 /// Returns a time as "0:10.0" or "1:02:03.5".
 std::string timeText(double seconds) {
   if (!(seconds < 1e9)) return {};
+  if (seconds < 0) return "-" + timeText(-seconds);
   const auto tenths = static_cast<std::int64_t>(std::llround(seconds * 10));
   const std::int64_t minutes = tenths / 600;
   std::array<char, 48> text{};

@@ -24,7 +24,14 @@ Filmstrip::Filmstrip(const VideoStreamDescription& video, const DeepAnalysisOpti
       stills_(video, snapshotOptions(options)) {}
 
 void Filmstrip::take(const AVFrame& image, Ticks time) {
-  if (wanted_ == 0 || time < next_) return;
+  if (wanted_ == 0) return;
+  const bool isFirst = std::exchange(isFirst_, false);
+  if (time < next_ && !isFirst) return;
+  if (time < next_) {
+    // It stands for a clip that has no image at the places that are wanted.
+    if (auto taken = stills_.samples(image)) first_ = *std::move(taken);
+    return;
+  }
   while (next_ <= time) next_ += std::max<Ticks>(step_, (time - next_) / step_ * step_);
   auto taken = stills_.samples(image);
   if (!taken) return;
@@ -41,6 +48,7 @@ void Filmstrip::halve() {
 
 std::vector<FilmstripImage> Filmstrip::takeImages() {
   std::vector<FilmstripImage> chosen;
+  if (images_.empty() && first_) chosen.push_back(*std::move(first_));
   const std::size_t count = std::min(wanted_, images_.size());
   for (std::size_t each = 0; each < count; ++each) {
     chosen.push_back(std::move(images_[(2 * each + 1) * images_.size() / (2 * count)]));

@@ -33,6 +33,8 @@ class Filmstrip {
   Ticks step_;
   Ticks next_;
   StillImages stills_;
+  bool isFirst_ = true;
+  std::optional<FilmstripImage> first_;
   std::vector<FilmstripImage> images_;
 };
 

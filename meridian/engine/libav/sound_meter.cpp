@@ -44,7 +44,8 @@ constexpr auto channelRows = std::to_array<ChannelRow>({
 template <typename Sample>
 float normalized(Sample sample) noexcept {
   if constexpr (std::is_floating_point_v<Sample>) {
-    return static_cast<float>(sample);
+    // What is no number sounds like nothing, and would take all loudness after it along.
+    return std::isfinite(sample) ? static_cast<float>(sample) : 0;
   } else if constexpr (std::is_unsigned_v<Sample>) {
     constexpr float middle = 128;
     return (static_cast<float>(sample) - middle) / middle;
@@ -159,8 +160,12 @@ LoudnessMeter::LoudnessMeter(const AVChannelLayout& layout, int sampleRate)
   constexpr int mode = EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK | EBUR128_MODE_HISTOGRAM;
   state_.reset(ebur128_init(static_cast<unsigned>(layout.nb_channels), static_cast<unsigned long>(sampleRate), mode));
   if (!state_) return;
+  // Channels without places are at the usual ones of their number.
+  AVChannelLayout usual{};
+  if (layout.order == AV_CHANNEL_ORDER_UNSPEC) av_channel_layout_default(&usual, layout.nb_channels);
+  const AVChannelLayout& places = usual.nb_channels == layout.nb_channels ? usual : layout;
   for (int place = 0; place < layout.nb_channels; ++place) {
-    const AVChannel channel = av_channel_layout_channel_from_index(&layout, static_cast<unsigned>(place));
+    const AVChannel channel = av_channel_layout_channel_from_index(&places, static_cast<unsigned>(place));
     const auto* const row = std::ranges::find(channelRows, channel, &ChannelRow::channel);
     // What is nowhere, or above the listener, has the weight of a front channel.
     const int as = row == channelRows.end() ? EBUR128_LEFT : row->place;
