@@ -165,6 +165,12 @@ class JobsRun {
 
   static std::string versions() { return std::string(versionText()) + " " + engineModule().ffmpegVersion(); }
 
+  void warnOfState(const std::error_code& error) const {
+    if (!error) return;
+    const std::lock_guard lock(mutex_);
+    std::cerr << "meridian: warning: " << inQuotes(state_->path()) << " cannot be written: " << error.message() << '\n';
+  }
+
   /// Notes an output before it has its name: a process that is killed then knows it when it is begun again.
   void noteIntention(const Job& job, const Json& intention) {
     if (results_) {
@@ -173,8 +179,7 @@ class JobsRun {
       if (before && JobState::isThere(before->value("completion", Json()))) return;
       results_->write(job.number, {{"job", job.number}, {"state", "publishing"}, {"completion", intention}});
     } else if (state_) {
-      // That it cannot be written is told when the job has ended.
-      static_cast<void>(state_->add(intention));
+      warnOfState(state_->add(intention));
     }
   }
 
@@ -183,7 +188,7 @@ class JobsRun {
     const auto before = results_->read(job.number);
     const Json other = before ? before->value("completion", Json()) : Json();
     if (!other.is_object() || other.value("output", Json()) == completion.value("output", Json())) return;
-    if (JobState::isThere(other)) static_cast<void>(state_->add(other));
+    if (JobState::isThere(other)) warnOfState(state_->add(other));
   }
 
   void transcodeOne(const Job& job, const TranscodePlan& plan, const std::string& hash) {
@@ -320,7 +325,7 @@ class JobsRun {
   Json completion_;
   bool hasLostResult_ = false;
   std::stop_token stop_;
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   std::optional<ProgressBar> bar_;
   /// By how jobs ended.
   std::array<std::size_t, 4> counts_{};
