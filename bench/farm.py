@@ -3,7 +3,8 @@
     python3 bench/farm.py build/release/bin [REPETITIONS]
 
 The cluster has two CPUs and lives in a directory of its own; munge and slurm-wlm have to be installed. Each row gives the
-time from handing the list over to its summary, and its ratio to the time of "transcode --jobs" in the same round.
+time from handing the list over to its summary, and its ratio to the time of "transcode --jobs" in the same round. Slurm
+looks for the next task once a second, so that the shortest clips cost most.
 """
 
 import os
@@ -19,10 +20,14 @@ from pathlib import Path
 from transcode import ffmpeg, run
 
 JOBS = 40
+CLIPS = {
+    "5 s of 1920x1080": ("1920x1080", 5, "960x540"),
+    "2 s of 960x540": ("960x540", 2, "480x270"),
+}
 WAYS = {
-    "a task for each job, 1 CPU": ["--cpus", "1"],
-    "a task for each job, 2 CPUs": ["--cpus", "2"],
-    "a task for each 5 jobs, 1 CPU": ["--cpus", "1", "--per-task", "5"],
+    "a task for each job": [],
+    "a task for each 5 jobs": ["--per-task", "5"],
+    "a task of 2 CPUs for each job": ["--cpus", "2"],
 }
 
 
@@ -99,13 +104,42 @@ PartitionName=all Nodes={host} Default=YES MaxTime=INFINITE State=UP
                 pass
 
 
-def write_list(directory, name):
+def write_clip(path, dimensions, seconds):
+    run(ffmpeg("-f", "lavfi", "-i", f"testsrc2=size={dimensions}:rate=25:duration={seconds}", "-f", "lavfi", "-i",
+               f"sine=duration={seconds}", "-vf", "noise=alls=8:allf=t", "-c:v", "prores_ks", "-c:a", "pcm_s16le", path))
+
+
+def write_list(directory, name, clip, dimensions):
     """Writes a list whose outputs are in a directory of their own."""
     (directory / name).mkdir()
     path = directory / f"{name}.txt"
-    path.write_text("".join(f"-in_0_0 {directory}/clip.mov -out {directory}/{name}/{job}.mov -vcodec h264 -vbd 8 "
-                            f"-dims 480x270\n" for job in range(JOBS)))
+    path.write_text("".join(f"-in_0_0 {clip} -out {directory}/{name}/{job}.mov -vcodec h264 -vbd 8 "
+                            f"-dims {dimensions}\n" for job in range(JOBS)))
     return path
+
+
+def measure(cluster, directory, meridian, repetitions, clip, dimensions):
+    """Prints a row for each way to hand over the list of a clip."""
+    ratios = {way: [] for way in WAYS}
+    for repetition in range(repetitions):
+        jobs = write_list(directory, f"alone{repetition}", clip, dimensions)
+        start = time.monotonic()
+        cluster.call(meridian, "transcode", "--jobs", jobs)
+        alone = time.monotonic() - start
+        for place, (way, options) in enumerate(WAYS.items()):
+            jobs = write_list(directory, f"farm{repetition}-{place}", clip, dimensions)
+            start = time.monotonic()
+            cluster.call(meridian, "farm", "submit", *options, jobs)
+            summary = Path(f"{jobs}.summary")
+            while not summary.exists():
+                time.sleep(0.05)
+            elapsed = time.monotonic() - start
+            if summary.read_text() != f"{JOBS} done, 0 failed\n":
+                raise SystemExit(summary.read_text())
+            ratios[way].append((elapsed / alone, elapsed, alone))
+    for way, found in ratios.items():
+        ratio, elapsed, alone = (statistics.median(column) for column in zip(*found))
+        print(f"    {way}: {ratio:.2f} ({elapsed:.1f} s to {alone:.1f} s)", flush=True)
 
 
 def main():
@@ -114,32 +148,14 @@ def main():
     meridian = Path(sys.argv[1]).resolve() / "meridian"
     repetitions = int(sys.argv[2]) if len(sys.argv) == 3 else 3
     with tempfile.TemporaryDirectory() as name:
-        directory = Path(name)
-        run(ffmpeg("-f", "lavfi", "-i", "testsrc2=size=960x540:rate=25:duration=2", "-f", "lavfi", "-i",
-                   "sine=duration=2", "-vf", "noise=alls=8:allf=t", "-c:v", "prores_ks", "-c:a", "pcm_s16le",
-                   directory / "clip.mov"))
-        cluster = Cluster(directory)
+        cluster = Cluster(Path(name))
         try:
-            ratios = {way: [] for way in WAYS}
-            for repetition in range(repetitions):
-                jobs = write_list(directory, f"alone{repetition}")
-                start = time.monotonic()
-                cluster.call(meridian, "transcode", "--jobs", jobs)
-                alone = time.monotonic() - start
-                for place, (way, options) in enumerate(WAYS.items()):
-                    jobs = write_list(directory, f"farm{repetition}-{place}")
-                    start = time.monotonic()
-                    cluster.call(meridian, "farm", "submit", *options, jobs)
-                    summary = Path(f"{jobs}.summary")
-                    while not summary.exists():
-                        time.sleep(0.05)
-                    elapsed = time.monotonic() - start
-                    if summary.read_text() != f"{JOBS} done, 0 failed\n":
-                        raise SystemExit(summary.read_text())
-                    ratios[way].append((elapsed / alone, elapsed, alone))
-            for way, found in ratios.items():
-                ratio, elapsed, alone = (statistics.median(column) for column in zip(*found))
-                print(f"{way}: {ratio:.2f} ({elapsed:.1f} s to {alone:.1f} s)", flush=True)
+            for place, (clip, (dimensions, seconds, proxy)) in enumerate(CLIPS.items()):
+                directory = Path(name) / f"clips{place}"
+                directory.mkdir()
+                write_clip(directory / "clip.mov", dimensions, seconds)
+                print(f"{JOBS} clips, {clip}:", flush=True)
+                measure(cluster, directory, meridian, repetitions, directory / "clip.mov", proxy)
         finally:
             cluster.end()
 

@@ -253,7 +253,7 @@ TEST_F(Farm, CancelsGoesOnAndSaysWhatFailed) {
   writeJobs("night.txt", jobs);
   std::ofstream(path("night.txt"), std::ios::app)
       << "-in_0_0 " << path("none.mov") << " -out " << path("none.out.mov") << "\n";
-  ASSERT_EQ(farm({"submit", "--cpus", "1", path("night.txt")}).status, 0);
+  ASSERT_EQ(farm({"submit", path("night.txt")}).status, 0);
   ASSERT_TRUE(waitUntil([this] { return outputCount() >= 2; }));
   EXPECT_EQ(farm({"cancel", path("night.txt")}).status, 0);
   ASSERT_TRUE(waitUntil([this] { return tool({"squeue", "--noheader"}).output.empty(); }));
@@ -261,7 +261,7 @@ TEST_F(Farm, CancelsGoesOnAndSaysWhatFailed) {
   EXPECT_EQ(cancelled.status, 1);
   EXPECT_THAT(cancelled.output, HasSubstr(" cancelled\n"));
 
-  ASSERT_EQ(farm({"submit", "--cpus", "1", path("night.txt")}).status, 0);
+  ASSERT_EQ(farm({"submit", path("night.txt")}).status, 0);
   ASSERT_TRUE(waitUntil([this] { return fs::exists(path("night.txt.summary")); }));
   EXPECT_THAT(content("night.txt.summary"), AllOf(HasSubstr("13: failed: "), HasSubstr("none.mov"),
                                                   HasSubstr(" complete before"), HasSubstr(", 1 failed,")));

@@ -23,7 +23,7 @@ struct FarmRequest {
   std::string list;
   bool acceptsDamaged = false;
   /// CPUs of each task; as many jobs as are given run one after the other in each.
-  int cpus = 2;
+  int cpus = 1;
   std::optional<std::size_t> jobsPerTask = std::nullopt;
   /// How many tasks run at a time; absent for as many as Slurm has room for.
   std::optional<int> parallel = std::nullopt;

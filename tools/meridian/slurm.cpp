@@ -1,8 +1,13 @@
 #include "tools/meridian/slurm.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <sstream>
 #include <string_view>
+#include <system_error>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
@@ -18,6 +23,17 @@ std::string firstLineOf(const std::string& text) { return text.substr(0, text.fi
   const std::string said = firstLineOf(outcome.errors.empty() ? outcome.output : outcome.errors);
   throw CommandError(program + " ended with status " + std::to_string(outcome.status) +
                      (said.empty() ? "" : ": " + printable(said)));
+}
+
+/// Runs one of Slurm's programs, which look for minutes for a configuration that is not there.
+ChildOutcome runSlurm(const std::vector<std::string>& words) {
+  const char* const configuration = std::getenv("SLURM_CONF");
+  if (configuration != nullptr && access(configuration, R_OK) != 0) {
+    const int reason = errno;
+    throw CommandError(configuration, "cannot be read: " + std::generic_category().message(reason) +
+                                          "; the environment names it as Slurm's configuration (SLURM_CONF)");
+  }
+  return runChild(words);
 }
 
 /// What a user sets for squeue does not hide tasks here.
@@ -38,6 +54,10 @@ bool saysUnknownJob(const ChildOutcome& outcome) { return outcome.errors.find("I
 std::string submitToSlurm(const SlurmJob& job) {
   std::vector<std::string> words{"sbatch"};
   for (const std::string& option : job.options) {
+    if (option.starts_with("--clusters") || option.starts_with("-M")) {
+      throw UsageError("a list is handed to the cluster of this machine's configuration; " + inQuotes(option) +
+                       " names others");
+    }
     // The job that is no array does not become one.
     const bool makesArray = option.starts_with("--array") || option.starts_with("-a");
     if (!makesArray || !job.array.empty()) words.push_back(option);
@@ -49,7 +69,7 @@ std::string submitToSlurm(const SlurmJob& job) {
   if (!job.array.empty()) words.push_back("--array=" + job.array);
   if (!job.after.empty()) words.push_back("--dependency=afterany:" + job.after);
   words.push_back(job.script);
-  const ChildOutcome outcome = runChild(words);
+  const ChildOutcome outcome = runSlurm(words);
   // "123", or "123;cluster".
   const std::string number = outcome.output.substr(0, outcome.output.find_first_of(";\n"));
   if (outcome.status != 0 || number.empty() ||
@@ -60,7 +80,7 @@ std::string submitToSlurm(const SlurmJob& job) {
 }
 
 void releaseInSlurm(const std::string& job) {
-  const ChildOutcome outcome = runChild({"scontrol", "release", job});
+  const ChildOutcome outcome = runSlurm({"scontrol", "release", job});
   if (outcome.status != 0) throwRefusal("scontrol", outcome);
 }
 
@@ -68,7 +88,7 @@ std::vector<SlurmTask> slurmTasks(const std::vector<std::string>& jobs) {
   std::vector<SlurmTask> tasks;
   // One after the other, since an unknown job hides all others.
   for (const std::string& job : jobs) {
-    const ChildOutcome outcome = runChild(squeueWords(job));
+    const ChildOutcome outcome = runSlurm(squeueWords(job));
     if (outcome.status != 0 && saysUnknownJob(outcome)) continue;
     if (outcome.status != 0) throwRefusal("squeue", outcome);
     std::istringstream lines(outcome.output);
@@ -90,7 +110,7 @@ std::vector<SlurmTask> slurmTasks(const std::vector<std::string>& jobs) {
 
 void cancelInSlurm(const std::vector<std::string>& jobs) {
   for (const std::string& job : jobs) {
-    const ChildOutcome outcome = runChild({"scancel", job});
+    const ChildOutcome outcome = runSlurm({"scancel", job});
     if (outcome.status != 0 && !saysUnknownJob(outcome)) throwRefusal("scancel", outcome);
   }
 }
