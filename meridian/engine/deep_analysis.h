@@ -133,7 +133,8 @@ struct DeepVideoAnalysis {
   /// How long the image shown shortest and the one shown longest are shown; 0 without images.
   double shortestFrame = 0;
   double longestFrame = 0;
-  /// True if the times of the images are not those of a constant rate, but for the rounding of the container.
+  /// True if the times of the images are not those of a constant rate, but for the rounding of the container. Never of
+  /// a sequence, whose missing images are faults.
   bool isVariable = false;
   /// Where at least 98 % of the samples of luma are in the lowest tenth of their range, for 2 s or more.
   std::vector<MediaInterval> black;
@@ -192,7 +193,8 @@ struct DeepAudioAnalysis {
   std::size_t track = 0;
   /// For each channel.
   std::int64_t sampleCount = 0;
-  /// When the first sample is heard, and how long all of them last.
+  /// When the first sample is heard, and how long it is from there to the end of the last. Sound that is missing in
+  /// between counts as silence.
   double start = 0;
   double seconds = 0;
   /// Where all samples of all channels are below -60 dBFS for 2 s or more.
@@ -218,7 +220,7 @@ struct DeepAnalysis {
   /// Absent without images.
   std::optional<DeepVideoAnalysis> video;
   std::vector<DeepAudioAnalysis> audio;
-  /// In the order of reading, at most 1000; `faultCount` counts all.
+  /// In the order of time, at most 1000; `faultCount` counts all.
   std::vector<DecodeFault> faults;
   std::int64_t faultCount = 0;
 
@@ -238,7 +240,8 @@ struct DeepAnalysisOptions {
 using DeepAnalysisProgressBlock = FunctionRef<void(double portion)>;
 
 /// Decodes the main images and all sound of a file, or the images of a directory, once. Damage is a fault in the
-/// result. Images of another size than the first are counted and are a fault; nothing else is found in them.
+/// result, and so is an image that is missing in a sequence, or a change of size or format. Images of another size than
+/// the first are counted; nothing else is found in them.
 ///
 /// The images of a sequence, which has no rate of its own, count as 25 a second.
 ///

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <sstream>
 #include <string>
@@ -260,6 +261,60 @@ TEST_F(DeepAnalyses, MeasureWhatIsUnusual) {
   const auto stopped = analyzeDeeply(described("vfr.mp4"), {}, [](double) {}, stop.get_token());
   ASSERT_FALSE(stopped);
   EXPECT_EQ(stopped.error().code, DeepAnalysisErrorCode::stopped);
+}
+
+TEST_F(DeepAnalyses, FindWhatIsMissing) {
+  makeClip(path("whole.mkv"), {.frames = 150, .options = "-c:v libx264 -c:a pcm_s16le"});
+  static_cast<void>(ffmpeg("whole.mkv", "-c:v copy -c:a pcm_s16le -af aselect='not(between(t,1,4))' " + path("hole.mkv")));
+  const DeepAnalysis hole = deep("hole.mkv");
+  ASSERT_EQ(hole.audio.size(), 1U);
+  EXPECT_THAT(startsOf(hole.audio[0].silent), near({1}, 0.05));
+  EXPECT_THAT(endsOf(hole.audio[0].silent), near({4}, 0.05));
+  EXPECT_NEAR(hole.audio[0].seconds, 6, 0.05);
+  EXPECT_NEAR(static_cast<double>(hole.audio[0].waveform.size()) * hole.audio[0].secondsPerPart, 6, 0.05);
+  const auto soft = std::ranges::count_if(hole.audio[0].loudnessCurve, [](const LoudnessPoint& point) {
+    return point.seconds > 1.5 && point.seconds < 4 && point.momentary < -70;
+  });
+  EXPECT_NEAR(static_cast<double>(soft), 25, 2);
+
+  // One recording behind another: a single step back, and all after it goes on.
+  static_cast<void>(ffmpeg("whole.mkv", "-c:v copy -c:a aac " + path("once.ts")));
+  {
+    std::ofstream twice(path("twice.ts"), std::ios::binary);
+    for (int time = 0; time < 2; ++time) twice << std::ifstream(path("once.ts"), std::ios::binary).rdbuf();
+  }
+  const DeepAnalysis twice = deep("twice.ts");
+  EXPECT_EQ(twice.video->frameCount, 300);
+  EXPECT_NEAR(twice.video->seconds, 12, 0.1);
+  EXPECT_NEAR(twice.audio[0].seconds, 12, 0.2);
+  ASSERT_THAT(twice.faults, testing::SizeIs(testing::AllOf(testing::Ge(1), testing::Le(3))));
+  for (const DecodeFault& fault : twice.faults) EXPECT_NEAR(fault.seconds, 6, 0.2) << fault.reason;
+
+  std::filesystem::create_directory(path("frames"));
+  static_cast<void>(ffmpeg("whole.mkv", "-frames:v 10 " + path("frames/%d.png")));
+  for (const int number : {4, 5, 8}) std::filesystem::remove(path("frames/" + std::to_string(number) + ".png"));
+  const DeepAnalysis frames = deep("frames");
+  EXPECT_EQ(frames.video->frameCount, 7);
+  EXPECT_FALSE(frames.video->isVariable);
+  ASSERT_EQ(frames.faults.size(), 2U);
+  EXPECT_DOUBLE_EQ(frames.faults[0].seconds, 0.12);
+  EXPECT_EQ(frames.faults[0].reason, "2 images are missing");
+  EXPECT_DOUBLE_EQ(frames.faults[1].seconds, 0.28);
+}
+
+TEST_F(DeepAnalyses, SayWhenSamplesAreNotNumbers) {
+  std::vector<float> samples(96000, 0.25F);
+  for (const std::size_t place : {500U, 600U, 50000U}) samples[place] = std::numeric_limits<float>::quiet_NaN();
+  {
+    std::ofstream raw(path("sound.f32"), std::ios::binary);
+    raw.write(reinterpret_cast<const char*>(samples.data()), static_cast<std::streamsize>(samples.size() * 4));
+  }
+  const Outcome made = run({"ffmpeg", "-v", "error", "-f", "f32le", "-ar", "48000", "-ac", "2", "-i", path("sound.f32"),
+                            "-c:a", "copy", path("sound.wav")});
+  ASSERT_EQ(made.status, 0) << made.errors;
+  const DeepAnalysis found = deep("sound.wav");
+  EXPECT_EQ(found.faultCount, 2);
+  EXPECT_NEAR(*found.audio.front().loudness->samplePeak, 20 * std::log10(0.25), 0.01);
 }
 
 TEST_F(DeepAnalyses, MeasureTheRangeOfLoudness) {

@@ -461,6 +461,23 @@ TEST_F(Transcodes, FailOnDamageUnlessItIsAccepted) {
   EXPECT_THAT(directory().names(), Not(testing::Contains("half.mov")));
 }
 
+TEST_F(Transcodes, GoOnWhereTimeStampsGoBack) {
+  // One recording behind another in a file, as programs write that append.
+  makeClip(path("once.ts"), {.frames = 50, .options = "-c:v libx264 -bf 2 -crf 12 -c:a aac"});
+  {
+    std::ofstream twice(path("twice.ts"), std::ios::binary);
+    for (int time = 0; time < 2; ++time) twice << std::ifstream(path("once.ts"), std::ios::binary).rdbuf();
+  }
+  std::vector<int> expected = numbersFrom(0, 50);
+  expected.insert(expected.end(), expected.begin(), expected.begin() + 50);
+  for (const std::string codec : {"prores422proxy -acodec lpcm", "copy"}) {
+    SCOPED_TRACE(codec);
+    ASSERT_TRUE(succeeds("-in_0_0 @twice.ts -out @out.mov -overwrite -vcodec " + codec, {.acceptsDamaged = true}));
+    EXPECT_EQ(numbersIn(path("out.mov")), expected);
+    EXPECT_NEAR(std::stod(probed(path("out.mov"), "a:0", "duration")), 4, 0.1);
+  }
+}
+
 TEST_F(Transcodes, NeverTouchASourceOrAnExistingFile) {
   clip("in.mov");
   directory().write("there.mov", "precious");

@@ -11,7 +11,7 @@
 namespace meridian::command {
 
 /// The images of the filmstrip, and the size of each, as the page has room for.
-inline constexpr DeepAnalysisOptions plotOptions{.filmstripImages = 12, .filmstripWidth = 126, .filmstripHeight = 96};
+inline constexpr DeepAnalysisOptions plotOptions{.filmstripImages = 96, .filmstripWidth = 126, .filmstripHeight = 96};
 
 /// Draws an item that has a deep analysis: a filmstrip, the waveform and loudness of its tracks, a histogram of luma,
 /// and what happens when: black, frozen and silent stretches, scene changes and damage.

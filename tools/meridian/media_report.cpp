@@ -16,6 +16,7 @@
 #include "meridian/base/printable.h"
 #include "meridian/base/text.h"
 #include "meridian/platform/path_text.h"
+#include "tools/meridian/media_words.h"
 #include "tools/meridian/output.h"
 #include "tools/meridian/terminal.h"
 
@@ -68,34 +69,6 @@ std::string timeText(double seconds) {
 
 std::string durationText(const std::optional<MediaRational>& duration) {
   return duration ? timeText(duration->rawValue()) : std::string();
-}
-
-/// Returns a name of FFmpeg's as people write it: "png_pipe" as "PNG", "pcm_s16le" as "PCM S16LE".
-std::string writtenName(std::string_view name) {
-  if (name == "mpegts") return "MPEG-TS";
-  if (name == "mpeg") return "MPEG-PS";
-  if (name == "matroska") return "Matroska";
-  if (name == "asf") return "Windows Media";
-  constexpr std::string_view image = "_pipe";
-  if (name.ends_with(image)) name.remove_suffix(image.size());
-  std::string text;
-  for (const char each : name) {
-    const bool isSmall = each >= 'a' && each <= 'z';
-    const char capital = isSmall ? static_cast<char>(each - 'a' + 'A') : each;
-    text += each == '_' ? ' ' : capital;
-  }
-  return text;
-}
-
-std::string containerText(const MediaDescription& media) {
-  if (media.container) return std::string(*media.container);
-  return writtenName(std::string_view(media.formatName).substr(0, media.formatName.find(',')));
-}
-
-std::string codecText(const VideoStreamDescription& video) {
-  std::string text = video.codec ? std::string(*video.codec) : writtenName(video.codecName);
-  append(text, video.profile, " ");
-  return text;
 }
 
 std::string pixelSizeText(const VideoStreamDescription& video) {
@@ -268,7 +241,11 @@ void printSection(const MediaAnalysisItem& item) {
   line("Reel", media.reelName);
   line("Created", media.creationDate);
   for (const MediaAnalysisImage& image : item.images) line("Image", image.path);
-  if (item.deep) addDeepLines(*item.deep, line);
+  if (item.deep) {
+    addDeepLines(*item.deep, line);
+    const auto streams = std::ranges::count(media.video, false, &VideoStreamDescription::isAttachedImage);
+    if (streams > 1) line("Left out", counted(static_cast<std::size_t>(streams - 1), "further video stream"));
+  }
   printSections(text);
 }
 

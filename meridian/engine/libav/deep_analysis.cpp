@@ -46,6 +46,19 @@ using libav::timeLine;
 constexpr VideoFrameRate rateOfSequences = VideoFrameRate::pal25p;
 constexpr std::size_t mostFaults = 1000;
 
+/// Tells what is wrong with images or sound when it begins, and not for each of them.
+class ChangeOfReason {
+ public:
+  /// Takes what is wrong with the next of them, if anything is. Returns it if it has begun here; null otherwise.
+  [[nodiscard]] const std::string* begun(const std::optional<std::string>& reason) {
+    const bool isNew = std::exchange(last_, reason) != reason;
+    return isNew && last_ ? &*last_ : nullptr;
+  }
+
+ private:
+  std::optional<std::string> last_;
+};
+
 /// Analyses one clip.
 class DeepRun {
  public:
@@ -138,6 +151,13 @@ class DeepRun {
     }
   }
 
+  void noteImageFault(Ticks time, std::string reason) {
+    ++imageFaultCount_;
+    if (imageFaults_.size() < mostFaults) {
+      imageFaults_.push_back({libav::secondsOfTicks(time), std::nullopt, std::move(reason)});
+    }
+  }
+
   /// Reads to the end, while other threads measure images.
   [[nodiscard]] std::optional<DeepAnalysisError> measure(PartSource& part) {
     if (video_ != nullptr) {
@@ -184,8 +204,10 @@ class DeepRun {
         if (!handOn(std::move(*image))) return std::nullopt;
       } else if (const auto* const sound = std::get_if<SourceSound>(&**item)) {
         if (video_ == nullptr) tell(sound->time);
-        auto reason = sounds_.at(sound->track).take(*sound->frame, sound->time);
-        if (reason) noteFault(sound->time, sound->track, *reason);
+        const auto reason = sounds_.at(sound->track).take(*sound->frame, sound->time);
+        if (const auto* const begun = soundReasons_[sound->track].begun(reason)) {
+          noteFault(sound->time, sound->track, *begun);
+        }
       }
     }
   }
@@ -213,9 +235,8 @@ class DeepRun {
   void measureImages() {
     while (const auto image = measured_.pop()) {
       strip_->take(*image->frame, image->time);
-      if (auto reason = meter_->take(*image->frame, image->time, image->duration)) {
-        imageFaults_.push_back({libav::secondsOfTicks(image->time), std::nullopt, *std::move(reason)});
-      }
+      const auto reason = meter_->take(*image->frame, image->time, image->duration);
+      if (const auto* const begun = imageReason_.begun(reason)) noteImageFault(image->time, *begun);
     }
   }
 
@@ -226,11 +247,12 @@ class DeepRun {
   [[nodiscard]] DeepAnalysis finished() {
     if (meter_) {
       DeepVideoAnalysis& video = result_.video.emplace(meter_->finish());
+      video.isVariable = video.isVariable && !isSequence();
       video.md5 = digest_.text();
       video.filmstrip = strip_->takeImages();
     }
     for (auto& [track, meter] : sounds_) result_.audio.push_back(meter.finish());
-    result_.faultCount += static_cast<std::int64_t>(imageFaults_.size());
+    result_.faultCount += imageFaultCount_;
     std::ranges::move(imageFaults_, std::back_inserter(result_.faults));
     std::ranges::sort(result_.faults, {},
                       [](const DecodeFault& fault) { return std::tuple(fault.seconds, fault.track, fault.reason); });
@@ -251,7 +273,11 @@ class DeepRun {
   std::optional<ImageMeter> meter_;
   std::optional<Filmstrip> strip_;
   MediaDigest digest_;
+  std::map<std::size_t, ChangeOfReason> soundReasons_;
+  /// Of the thread that measures images, until it has ended.
+  ChangeOfReason imageReason_;
   std::vector<DecodeFault> imageFaults_;
+  std::int64_t imageFaultCount_ = 0;
 
   /// Images that wait: enough that no thread waits for another at each of them.
   static constexpr std::size_t queueLength = 3;

@@ -22,6 +22,8 @@ constexpr double gateLoudness = -70;
 constexpr float silentLevel = 0.001F;  // -60 dBFS
 constexpr std::size_t mostParts = 4096;
 constexpr int pointsPerSecond = 10;
+/// What the time stamps of containers, and the packets of some, are off by.
+constexpr Ticks leastHole = timeLine.den / 20;
 
 /// What a channel is to libebur128, which weighs surround channels and leaves LFE out.
 struct ChannelRow {
@@ -70,30 +72,46 @@ void normalize(const AVFrame& sound, std::vector<float>& samples) {
   }
 }
 
-/// Writes the samples as floating point, interleaved. Returns false if the format is not known.
-bool normalizeSound(const AVFrame& sound, std::vector<float>& samples) {
+template <typename Sample>
+bool hasOnlyNumbers(const AVFrame& sound) {
+  const bool isPlanar = av_sample_fmt_is_planar(static_cast<AVSampleFormat>(sound.format)) != 0;
+  const auto channels = static_cast<std::size_t>(sound.ch_layout.nb_channels);
+  const std::size_t count = static_cast<std::size_t>(sound.nb_samples) * (isPlanar ? 1 : channels);
+  const std::span planes(sound.extended_data, isPlanar ? channels : 1);
+  return std::ranges::all_of(planes, [count](const std::uint8_t* plane) {
+    return std::ranges::all_of(std::span(reinterpret_cast<const Sample*>(plane), count),
+                               [](Sample sample) { return std::isfinite(sample); });
+  });
+}
+
+/// Writes the samples as floating point, interleaved. Returns what is wrong with them; nothing if nothing is.
+std::optional<std::string> normalizeSound(const AVFrame& sound, std::vector<float>& samples) {
+  const auto reasonIf = [](bool hasOnly) {
+    return hasOnly ? std::nullopt : std::optional<std::string>("some of its samples are not numbers");
+  };
   samples.resize(static_cast<std::size_t>(sound.nb_samples) * static_cast<std::size_t>(sound.ch_layout.nb_channels));
   switch (av_get_packed_sample_fmt(static_cast<AVSampleFormat>(sound.format))) {
     case AV_SAMPLE_FMT_U8:
       normalize<std::uint8_t>(sound, samples);
-      return true;
+      return std::nullopt;
     case AV_SAMPLE_FMT_S16:
       normalize<std::int16_t>(sound, samples);
-      return true;
+      return std::nullopt;
     case AV_SAMPLE_FMT_S32:
       normalize<std::int32_t>(sound, samples);
-      return true;
+      return std::nullopt;
     case AV_SAMPLE_FMT_S64:
       normalize<std::int64_t>(sound, samples);
-      return true;
+      return std::nullopt;
     case AV_SAMPLE_FMT_FLT:
       normalize<float>(sound, samples);
-      return true;
+      return reasonIf(hasOnlyNumbers<float>(sound));
     case AV_SAMPLE_FMT_DBL:
       normalize<double>(sound, samples);
-      return true;
+      return reasonIf(hasOnlyNumbers<double>(sound));
     default:
-      return false;
+      samples.clear();
+      return "the format of its samples is not known";
   }
 }
 
@@ -118,15 +136,29 @@ void WaveformMeter::joinPairs() {
 void WaveformMeter::take(std::span<const float> samples, std::size_t channels) {
   for (std::size_t first = 0; first < samples.size(); first += channels) {
     const auto [least, greatest] = std::ranges::minmax(samples.subspan(first, channels));
-    if (inPart_ == 0) {
-      if (parts_.size() == mostParts) joinPairs();
-      parts_.push_back({least, greatest});
-    } else {
-      parts_.back().least = std::min(parts_.back().least, least);
-      parts_.back().greatest = std::max(parts_.back().greatest, greatest);
-    }
-    if (++inPart_ >= samplesPerPart_) inPart_ = 0;
+    add(1, {least, greatest});
   }
+}
+
+void WaveformMeter::takeSilence(std::int64_t samples) {
+  while (samples > 0) {
+    if (inPart_ == 0 && parts_.size() == mostParts) joinPairs();
+    const std::int64_t taken = std::min(samples, samplesPerPart_ - inPart_);
+    add(taken, {});
+    samples -= taken;
+  }
+}
+
+void WaveformMeter::add(std::int64_t samples, const WaveformPart& part) {
+  if (inPart_ == 0) {
+    if (parts_.size() == mostParts) joinPairs();
+    parts_.push_back(part);
+  } else {
+    parts_.back().least = std::min(parts_.back().least, part.least);
+    parts_.back().greatest = std::max(parts_.back().greatest, part.greatest);
+  }
+  inPart_ += samples;
+  if (inPart_ >= samplesPerPart_) inPart_ = 0;
 }
 
 void SilenceMeter::take(std::span<const float> samples, std::size_t channels, Ticks time) {
@@ -145,6 +177,10 @@ void SilenceMeter::take(std::span<const float> samples, std::size_t channels, Ti
     // The whole sample sounds, whichever of its channels does.
     place = (place / channels + 1) * channels;
   }
+}
+
+void SilenceMeter::takeSilence(Ticks time) {
+  if (!start_) start_ = time;
 }
 
 std::vector<MediaInterval> SilenceMeter::finish(Ticks end) {
@@ -191,6 +227,20 @@ void LoudnessMeter::take(std::span<const float> samples, std::size_t channels, T
   }
 }
 
+void LoudnessMeter::takeSilence(std::int64_t samples, Ticks time) {
+  if (!state_) return;
+  // Longer ones change nothing more, as no loudness is that of more than 3 s.
+  constexpr std::int64_t mostSeconds = 4;
+  samples = std::min(samples, mostSeconds * static_cast<std::int64_t>(state_->samplerate));
+  const std::vector<float> silence(samplesPerPoint_ * state_->channels);
+  while (samples > 0 && state_) {
+    const std::int64_t part = std::min(samples, static_cast<std::int64_t>(samplesPerPoint_));
+    take(std::span(silence).first(static_cast<std::size_t>(part) * state_->channels), state_->channels, time);
+    time += av_rescale(part, timeLine.den, static_cast<int>(samplesPerPoint_) * pointsPerSecond);
+    samples -= part;
+  }
+}
+
 void LoudnessMeter::notePoint(Ticks time) {
   LoudnessPoint point{secondsOfTicks(time), silentLoudness, silentLoudness};
   double loudness = 0;
@@ -228,6 +278,16 @@ std::optional<Loudness> LoudnessMeter::loudness() const {
 SoundMeter::Meters::Meters(const AVFrame& sound)
     : waveform(sound.sample_rate), silence(sound.sample_rate), loudness(sound.ch_layout, sound.sample_rate) {}
 
+void SoundMeter::fillUntil(Ticks time) {
+  const Ticks end = start_ + av_rescale(placed_, timeLine.den, sampleRate_);
+  if (time - end < leastHole) return;
+  const std::int64_t missing = av_rescale(time - end, sampleRate_, timeLine.den);
+  meters_->waveform.takeSilence(missing);
+  meters_->silence.takeSilence(end);
+  meters_->loudness.takeSilence(missing, end);
+  placed_ += missing;
+}
+
 std::optional<std::string> SoundMeter::take(const AVFrame& sound, Ticks time) {
   if (!meters_) {
     format_ = sound.format;
@@ -242,14 +302,16 @@ std::optional<std::string> SoundMeter::take(const AVFrame& sound, Ticks time) {
   }
   if (sound.format != format_) return std::string("the format of the samples changes");
   digest_.addSound(sound);
+  fillUntil(time);
   count_ += sound.nb_samples;
+  placed_ += sound.nb_samples;
   end_ = time + av_rescale(sound.nb_samples, timeLine.den, sampleRate_);
-  if (!normalizeSound(sound, samples_)) return std::string("the format of its samples is not known");
+  auto reason = normalizeSound(sound, samples_);
   const auto channels = static_cast<std::size_t>(channels_);
   meters_->waveform.take(samples_, channels);
   meters_->silence.take(samples_, channels, time);
   meters_->loudness.take(samples_, channels, time);
-  return std::nullopt;
+  return reason;
 }
 
 DeepAudioAnalysis SoundMeter::finish() {
@@ -257,7 +319,7 @@ DeepAudioAnalysis SoundMeter::finish() {
   found.track = track_;
   found.sampleCount = count_;
   found.start = secondsOfTicks(start_);
-  found.seconds = sampleRate_ > 0 ? static_cast<double>(count_) / sampleRate_ : 0;
+  found.seconds = sampleRate_ > 0 ? static_cast<double>(placed_) / sampleRate_ : 0;
   found.md5 = digest_.text();
   if (!meters_) return found;
   found.silent = meters_->silence.finish(end_);

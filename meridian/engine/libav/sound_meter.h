@@ -31,11 +31,15 @@ class WaveformMeter {
 
   /// Takes samples of all channels, interleaved.
   void take(std::span<const float> samples, std::size_t channels);
+  /// Takes silence of this many samples a channel.
+  void takeSilence(std::int64_t samples);
 
   [[nodiscard]] std::int64_t samplesPerPart() const noexcept { return samplesPerPart_; }
   [[nodiscard]] std::vector<WaveformPart> takeParts() noexcept { return std::move(parts_); }
 
  private:
+  /// Adds to the last part, or begins another.
+  void add(std::int64_t samples, const WaveformPart& part);
   void joinPairs();
 
   std::int64_t samplesPerPart_;
@@ -50,6 +54,8 @@ class SilenceMeter {
   explicit SilenceMeter(int sampleRate) noexcept : sampleRate_(sampleRate) {}
 
   void take(std::span<const float> samples, std::size_t channels, Ticks time);
+  /// Takes silence that begins at a time.
+  void takeSilence(Ticks time);
   [[nodiscard]] std::vector<MediaInterval> finish(Ticks end);
 
  private:
@@ -65,6 +71,8 @@ class LoudnessMeter {
   LoudnessMeter(const AVChannelLayout& layout, int sampleRate);
 
   void take(std::span<const float> samples, std::size_t channels, Ticks time);
+  /// Takes silence of this many samples a channel, which begins at a time.
+  void takeSilence(std::int64_t samples, Ticks time);
   [[nodiscard]] std::optional<Loudness> loudness() const;
   [[nodiscard]] std::vector<LoudnessPoint> takeCurve() noexcept { return std::move(curve_); }
 
@@ -95,6 +103,9 @@ class SoundMeter {
   [[nodiscard]] DeepAudioAnalysis finish();
 
  private:
+  /// Takes silence for what is missing before sound that is heard at a time.
+  void fillUntil(Ticks time);
+
   struct Meters {
     explicit Meters(const AVFrame& sound);
 
@@ -108,6 +119,8 @@ class SoundMeter {
   int sampleRate_ = 0;
   int channels_ = 0;
   std::int64_t count_ = 0;
+  /// Likewise, with the silence in place of missing sound.
+  std::int64_t placed_ = 0;
   Ticks start_ = 0;
   Ticks end_ = 0;
   MediaDigest digest_;

@@ -145,6 +145,8 @@ class FilePart final : public PartSource {
     Ticks next = 0;
     /// How much later than the truth its times are.
     Ticks delay = 0;
+    /// What is added to times that have gone back.
+    Ticks followsOn = 0;
     std::optional<DecodeTimes> decodeTimes;
     bool hasBegun = false;
   };
@@ -306,10 +308,8 @@ class FilePart final : public PartSource {
       stream.delay = std::max<Ticks>(local(frame->best_effort_timestamp, base), 0);
     }
     Ticks time = stream.next;
-    if (frame->best_effort_timestamp != AV_NOPTS_VALUE) time = local(frame->best_effort_timestamp, base) - stream.delay;
-    if (stream.hasBegun && time < stream.next - greatestStepBack) {
-      damage_.note(stream.next, "its time stamps go back to " + fixedDecimalText(secondsOfTicks(time), 3) + " s");
-      time = stream.next;
+    if (frame->best_effort_timestamp != AV_NOPTS_VALUE) {
+      time = continuedTime(stream, local(frame->best_effort_timestamp, base) - stream.delay);
     }
     if (stream.sound != nullptr && !stream.hasBegun) noteLead(time);
     stream.hasBegun = true;
@@ -328,6 +328,25 @@ class FilePart final : public PartSource {
     pending_.emplace_back(SourceImage{std::move(frame), time, duration});
   }
 
+  /// Returns when an image or sound is shown or heard whose time stamp may have gone back, as in recordings that were
+  /// put one behind the other: those that come then follow what was before.
+  [[nodiscard]] Ticks continuedTime(Stream& stream, Ticks stated) {
+    if (!stream.hasBegun || stated >= stream.next - greatestStepBack) {
+      // A single time stamp that was wrong changes nothing for those after it.
+      stream.followsOn = 0;
+      return stated;
+    }
+    if (stated + stream.followsOn >= stream.next - greatestStepBack) return stated + stream.followsOn;
+    damage_.note(stream.next, "its time stamps go back to " + fixedDecimalText(secondsOfTicks(stated), 3) + " s",
+                 stream.sound != nullptr ? std::optional(stream.sound->track) : std::nullopt);
+    const Ticks least = stream.next - stated;
+    // Images and sound stay together although one of them ended a little earlier than the other.
+    const bool waits = followsOn_ > least && followsOn_ - least < greatestStepBack;
+    if (!waits) followsOn_ = least;
+    stream.followsOn = followsOn_;
+    return stated + stream.followsOn;
+  }
+
   void copy(int index, Stream& stream, PacketPointer packet) {
     const AVRational base = source(index).time_base;
     if ((packet->flags & AV_PKT_FLAG_CORRUPT) != 0) damage_.note(stream.next, "a packet is damaged");
@@ -342,7 +361,7 @@ class FilePart final : public PartSource {
     }
     if (!setVideoTimes(base, stream, *packet)) return;
     stream.hasBegun = true;
-    stream.next = packet->pts + packet->duration;
+    stream.next = std::max(stream.next, packet->pts + packet->duration);
     position_ = packet->dts;
     imageEnd_ = std::max(imageEnd_, stream.next);
     pending_.emplace_back(CopiedPacket{std::nullopt, std::move(packet)});
@@ -359,11 +378,11 @@ class FilePart final : public PartSource {
       error_ = TranscodeRunError{notCopyable, path_, "its images have no times"};
       return false;
     }
-    const Ticks pts = local(packet.pts, base);
+    const Ticks pts = continuedTime(stream, local(packet.pts, base));
     if (packet.dts == AV_NOPTS_VALUE && !stream.decodeTimes) {
       stream.decodeTimes.emplace(source(packet.stream_index).codecpar->video_delay, wanted_.imageDuration());
     }
-    packet.dts = stream.decodeTimes ? stream.decodeTimes->next(pts) : local(packet.dts, base);
+    packet.dts = stream.decodeTimes ? stream.decodeTimes->next(pts) : local(packet.dts, base) + stream.followsOn;
     packet.pts = pts;
     packet.duration = packet.duration > 0 && wanted_.isVariable ? toTimeLine(packet.duration, base)
                                                                 : std::max<Ticks>(wanted_.imageDuration(), 1);
@@ -379,7 +398,7 @@ class FilePart final : public PartSource {
 
   void copySound(const AVRational& base, Stream& stream, PacketPointer packet) {
     const std::int64_t time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
-    packet->pts = packet->dts = time != AV_NOPTS_VALUE ? local(time, base) : stream.next;
+    packet->pts = packet->dts = time != AV_NOPTS_VALUE ? continuedTime(stream, local(time, base)) : stream.next;
     // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flag.
     const bool isHeard = (packet->flags & AV_PKT_FLAG_DISCARD) == 0;
     if (isHeard && !std::exchange(stream.hasBegun, true)) noteLead(packet->pts);
@@ -428,6 +447,8 @@ class FilePart final : public PartSource {
   /// The time of the first image in the file; absent until it is known.
   std::optional<Ticks> zero_;
   std::optional<Ticks> statedEnd_;
+  /// What the stream adds whose times went back last.
+  Ticks followsOn_ = 0;
   Ticks imageEnd_ = 0;
   Ticks soundEnd_ = 0;
   Ticks position_ = 0;
@@ -444,9 +465,16 @@ class ImageList final : public PartSource {
 
   Expected<std::optional<SourceItem>, TranscodeRunError> next() override {
     while (next_ < images_.size()) {
-      const auto& [path, place] = images_[next_++];
+      const auto& [path, place] = images_[next_];
+      const std::int64_t wanted = next_ > 0 ? images_[next_ - 1].place + 1 : place;
+      ++next_;
       if (options_.stop.stop_requested()) return Unexpected(TranscodeRunError{interrupted, path});
       const Ticks time = timeOf(place);
+      if (options_.notesDamage && place > wanted) {
+        options_.notesDamage(
+            timeOf(wanted), std::nullopt,
+            place - wanted == 1 ? "an image is missing" : std::to_string(place - wanted) + " images are missing");
+      }
       auto frame = decoded(path);
       if (frame) return SourceItem(SourceImage{*std::move(frame), time, timeOf(place + 1) - time});
       if (!options_.acceptsDamaged || frame.error().code != sourceDamaged) return Unexpected(std::move(frame).error());
