@@ -160,7 +160,8 @@ void drawFilmstrip(Canvas& canvas, const PageLayout& page, const DeepVideoAnalys
   for (std::size_t each = 0; each < count; ++each) {
     const FilmstripImage& image = images[(2 * each + 1) * images.size() / (2 * count)];
     const double middle = page.film.left + (static_cast<double>(each % columns) + 0.5) * cell;
-    const double bottom = page.film.top + static_cast<double>(each / columns) * rowHeight + PageLayout::filmHeight;
+    const std::size_t row = each / columns;
+    const double bottom = page.film.top + static_cast<double>(row) * rowHeight + PageLayout::filmHeight;
     drawImage(canvas,
               {std::floor(middle - image.width / 2.0), bottom - image.height, static_cast<double>(image.width),
                static_cast<double>(image.height)},

@@ -24,7 +24,7 @@ std::string containerText(const MediaDescription& media) {
 }
 
 std::string codecText(const VideoStreamDescription& video) {
-  std::string text = video.codec ? std::string(*video.codec) : writtenName(video.codecName);
+  const std::string text = video.codec ? std::string(*video.codec) : writtenName(video.codecName);
   return video.profile.empty() ? text : text + " " + video.profile;
 }
 

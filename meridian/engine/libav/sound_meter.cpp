@@ -231,12 +231,13 @@ void LoudnessMeter::takeSilence(std::int64_t samples, Ticks time) {
   if (!state_) return;
   // Longer ones change nothing more, as no loudness is that of more than 3 s.
   constexpr std::int64_t mostSeconds = 4;
-  samples = std::min(samples, mostSeconds * static_cast<std::int64_t>(state_->samplerate));
+  const auto sampleRate = static_cast<int>(state_->samplerate);
+  samples = std::min(samples, mostSeconds * sampleRate);
   const std::vector<float> silence(samplesPerPoint_ * state_->channels);
   while (samples > 0 && state_) {
     const std::int64_t part = std::min(samples, static_cast<std::int64_t>(samplesPerPoint_));
     take(std::span(silence).first(static_cast<std::size_t>(part) * state_->channels), state_->channels, time);
-    time += av_rescale(part, timeLine.den, static_cast<int>(samplesPerPoint_) * pointsPerSecond);
+    time += av_rescale(part, timeLine.den, sampleRate);
     samples -= part;
   }
 }
