@@ -1,4 +1,8 @@
 // The functions of the engine: a module of the command, and a part of the programs that always need it.
+#if __has_include(<malloc.h>)
+#include <malloc.h>
+#endif
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string_view>
@@ -32,6 +36,19 @@ nlohmann::ordered_json encode(const PlannedTranscode& planned) {
   return document;
 }
 
+/// Has all threads take memory from the same arena of the C library. Images go from thread to thread; with an arena for
+/// each of them, the memory of images that are gone is kept several times over.
+void shareMemory() noexcept {
+#ifdef M_ARENA_MAX
+  mallopt(M_ARENA_MAX, 1);
+#endif
+}
+
+Expected<TranscodeResult, TranscodeRunError> carryOut(const TranscodePlan& plan, const TranscodeOptions& options) {
+  shareMemory();
+  return meridian::transcode(plan, options);
+}
+
 }  // namespace
 }  // namespace meridian::command
 
@@ -44,7 +61,7 @@ extern "C" const meridian::command::EngineModule* meridianEngineModule() {
       &describe,
       &encode,
       [] { return encoderInventory().version; },
-      [](const TranscodePlan& plan, const TranscodeOptions& options) { return meridian::transcode(plan, options); },
+      &carryOut,
       [](const auto& basic, const auto* image, auto progress, const auto& stop, const auto& deep) {
         return analyzeMedia(basic, image, progress, stop, {}, deep);
       },
