@@ -265,7 +265,8 @@ TEST_F(DeepAnalyses, MeasureWhatIsUnusual) {
 
 TEST_F(DeepAnalyses, FindWhatIsMissing) {
   makeClip(path("whole.mkv"), {.frames = 150, .options = "-c:v libx264 -c:a pcm_s16le"});
-  static_cast<void>(ffmpeg("whole.mkv", "-c:v copy -c:a pcm_s16le -af aselect='not(between(t,1,4))' " + path("hole.mkv")));
+  static_cast<void>(
+      ffmpeg("whole.mkv", "-c:v copy -c:a pcm_s16le -af aselect='not(between(t,1,4))' " + path("hole.mkv")));
   const DeepAnalysis hole = deep("hole.mkv");
   ASSERT_EQ(hole.audio.size(), 1U);
   EXPECT_THAT(startsOf(hole.audio[0].silent), near({1}, 0.05));
