@@ -213,6 +213,17 @@ struct DeepAudioAnalysis {
   friend bool operator==(const DeepAudioAnalysis&, const DeepAudioAnalysis&) = default;
 };
 
+/// A stream of images beside the main one, such as that of a second lens.
+struct OtherVideoAnalysis {
+  /// Its number in the file, from 0.
+  int stream = 0;
+  std::int64_t frameCount = 0;
+  /// As that of the main images.
+  std::string md5;
+
+  friend bool operator==(const OtherVideoAnalysis&, const OtherVideoAnalysis&) = default;
+};
+
 /// What was found by decoding all of a clip.
 struct DeepAnalysis {
   /// The rate that the times of a sequence of images without a rate are for; absent for others.
@@ -220,6 +231,7 @@ struct DeepAnalysis {
   /// Absent without images.
   std::optional<DeepVideoAnalysis> video;
   std::vector<DeepAudioAnalysis> audio;
+  std::vector<OtherVideoAnalysis> otherVideo;
   /// In the order of time, at most 1000; `faultCount` counts all.
   std::vector<DecodeFault> faults;
   std::int64_t faultCount = 0;
@@ -239,7 +251,8 @@ struct DeepAnalysisOptions {
 /// unknown.
 using DeepAnalysisProgressBlock = FunctionRef<void(double portion)>;
 
-/// Decodes the main images and all sound of a file, or the images of a directory, once. Damage is a fault in the
+/// Decodes all images and all sound of a file, or the images of a directory, once. Images beside the main ones are
+/// counted and have an MD5; attached images, such as cover art, are left out. Damage is a fault in the
 /// result, and so is an image that is missing in a sequence, or a change of size or format. Images of another size than
 /// the first are counted; nothing else is found in them.
 ///

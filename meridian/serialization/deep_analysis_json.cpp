@@ -98,11 +98,16 @@ Json encoded(const DecodeFault& fault) {
 void to_json(nlohmann::ordered_json& json, const DeepAnalysis& deep) {
   Json audio = Json::array();
   for (const DeepAudioAnalysis& each : deep.audio) audio.push_back(encoded(each));
+  Json others = Json::array();
+  for (const OtherVideoAnalysis& each : deep.otherVideo) {
+    others.push_back({{"stream", each.stream}, {"frameCount", each.frameCount}, {"md5", each.md5}});
+  }
   Json errors = Json::array();
   for (const DecodeFault& each : deep.faults) errors.push_back(encoded(each));
   json = {{"assumedRate", deep.assumedRate ? Json(*deep.assumedRate) : Json()},
           {"video", encoded(deep.video)},
           {"audio", std::move(audio)},
+          {"otherVideo", std::move(others)},
           {"errors", std::move(errors)},
           {"errorCount", deep.faultCount}};
 }

@@ -164,6 +164,19 @@ TEST_F(DeepAnalyses, ComputeTheHashOfWhatIsDecoded) {
     EXPECT_THAT(hashes, HasSubstr("0,v,MD5=" + found.video->md5));
     EXPECT_THAT(hashes, HasSubstr("1,a,MD5=" + found.audio.front().md5));
   }
+  // Two lenses in one file, the second of another size and rate.
+  const Outcome made =
+      run({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=64x48:r=25:d=1", "-f", "lavfi", "-i",
+           "testsrc=s=80x60:r=50:d=1", "-map", "0", "-map", "1", "-c:v", "libx264", path("two.mov")});
+  ASSERT_EQ(made.status, 0) << made.errors;
+  const std::string hashes = ffmpeg("two.mov", "-map 0 -vsync passthrough -f streamhash -hash md5 -");
+  const DeepAnalysis two = deep("two.mov");
+  EXPECT_EQ(two.video->frameCount, 25);
+  ASSERT_EQ(two.otherVideo.size(), 1U);
+  EXPECT_EQ(two.otherVideo[0].stream, 1);
+  EXPECT_EQ(two.otherVideo[0].frameCount, 50);
+  EXPECT_THAT(hashes, HasSubstr("0,v,MD5=" + two.video->md5));
+  EXPECT_THAT(hashes, HasSubstr("1,v,MD5=" + two.otherVideo[0].md5));
 }
 
 TEST_F(DeepAnalyses, FindDamageWhereItIs) {

@@ -200,6 +200,10 @@ void addDeepLines(const DeepAnalysis& deep, const Line& line) {
     line("Silent" + number, intervalsText(audio.silent));
     line("MD5" + number, audio.md5 + " of the sound");
   }
+  for (const OtherVideoAnalysis& other : deep.otherVideo) {
+    line("MD5", other.md5 + " of " + counted(static_cast<std::size_t>(other.frameCount), "image") + " of stream " +
+                    std::to_string(other.stream));
+  }
   if (deep.faultCount > 0) {
     std::string text = counted(static_cast<std::size_t>(deep.faultCount), "place");
     constexpr std::size_t most = 8;
@@ -241,11 +245,7 @@ void printSection(const MediaAnalysisItem& item) {
   line("Reel", media.reelName);
   line("Created", media.creationDate);
   for (const MediaAnalysisImage& image : item.images) line("Image", image.path);
-  if (item.deep) {
-    addDeepLines(*item.deep, line);
-    const auto streams = std::ranges::count(media.video, false, &VideoStreamDescription::isAttachedImage);
-    if (streams > 1) line("Left out", counted(static_cast<std::size_t>(streams - 1), "further video stream"));
-  }
+  if (item.deep) addDeepLines(*item.deep, line);
   printSections(text);
 }
 

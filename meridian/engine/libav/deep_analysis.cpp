@@ -69,7 +69,7 @@ class DeepRun {
   Expected<DeepAnalysis, DeepAnalysisError> result() {
     const libav::QuietDecoding quiet;
     chooseStreams();
-    if (!wanted_.hasVideo && wanted_.sounds.empty()) {
+    if (!wanted_.hasVideo && wanted_.sounds.empty() && wanted_.otherVideo.empty()) {
       return Unexpected(DeepAnalysisError{DeepAnalysisErrorCode::notDecodable, media_.path});
     }
     auto part = opened();
@@ -97,6 +97,16 @@ class DeepRun {
             video_->exactFrameRate ? VideoFrameRate::custom(*video_->exactFrameRate) : *video_->frameRate;
       }
     }
+    for (const VideoStreamDescription& stream : media_.video) {
+      if (&stream == media_.mainVideo() || stream.isAttachedImage) continue;
+      if (!stream.isDecodable) {
+        noteFault(0, std::nullopt, "FFmpeg has no decoder for " + stream.codecName);
+        continue;
+      }
+      wanted_.otherVideo.push_back(stream.index);
+      result_.otherVideo.push_back({.stream = stream.index, .frameCount = 0, .md5 = {}});
+    }
+    otherDigests_.resize(wanted_.otherVideo.size());
     for (std::size_t track = 0; track < media_.audio.size(); ++track) {
       if (!media_.audio[track].isDecodable) {
         noteFault(0, track, "FFmpeg has no decoder for " + media_.audio[track].codecName);
@@ -200,6 +210,11 @@ class DeepRun {
       }
       if (!*item) return std::nullopt;
       if (auto* const image = std::get_if<SourceImage>(&**item)) {
+        if (image->otherVideo) {
+          otherDigests_[*image->otherVideo].addImage(*image->frame);
+          ++result_.otherVideo[*image->otherVideo].frameCount;
+          continue;
+        }
         tell(image->time);
         if (!handOn(std::move(*image))) return std::nullopt;
       } else if (const auto* const sound = std::get_if<SourceSound>(&**item)) {
@@ -252,6 +267,9 @@ class DeepRun {
       video.filmstrip = strip_->takeImages();
     }
     for (auto& [track, meter] : sounds_) result_.audio.push_back(meter.finish());
+    for (std::size_t place = 0; place < otherDigests_.size(); ++place) {
+      result_.otherVideo[place].md5 = otherDigests_[place].text();
+    }
     result_.faultCount += imageFaultCount_;
     std::ranges::move(imageFaults_, std::back_inserter(result_.faults));
     std::ranges::sort(result_.faults, {},
@@ -273,6 +291,7 @@ class DeepRun {
   std::optional<ImageMeter> meter_;
   std::optional<Filmstrip> strip_;
   MediaDigest digest_;
+  std::vector<MediaDigest> otherDigests_;
   std::map<std::size_t, ChangeOfReason> soundReasons_;
   /// Of the thread that measures images, until it has ended.
   ChangeOfReason imageReason_;

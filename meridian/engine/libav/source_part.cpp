@@ -139,6 +139,8 @@ class FilePart final : public PartSource {
   struct Stream {
     /// Null for images.
     const WantedSound* sound = nullptr;
+    /// The place among the other streams of images that are wanted.
+    std::optional<std::size_t> otherVideo;
     /// Null for a stream that is copied.
     std::unique_ptr<MediaDecoder> decoder;
     /// The end of the last image or sound, for one without a time.
@@ -153,22 +155,28 @@ class FilePart final : public PartSource {
 
   [[nodiscard]] AVStream& source(int index) const { return *input_->context().streams[index]; }
 
+  [[nodiscard]] TranscodeRunError changed() const { return {sourceChanged, path_, "it was changed"}; }
+
   [[nodiscard]] std::optional<TranscodeRunError> openStreams(const Located& located) {
     AVFormatContext& context = input_->context();
-    const auto isThere = [&context](const StreamDescription& stream, AVMediaType type) {
-      return static_cast<unsigned>(stream.index) < context.nb_streams &&
-             context.streams[stream.index]->codecpar->codec_type == type;
+    const auto isThere = [&context](int index, AVMediaType type) {
+      return static_cast<unsigned>(index) < context.nb_streams && context.streams[index]->codecpar->codec_type == type;
     };
     for (unsigned each = 0; each < context.nb_streams; ++each) context.streams[each]->discard = AVDISCARD_ALL;
     if (located.video != nullptr) {
-      if (!isThere(*located.video, AVMEDIA_TYPE_VIDEO))
-        return TranscodeRunError{sourceChanged, path_, "it was changed"};
+      if (!isThere(located.video->index, AVMEDIA_TYPE_VIDEO)) return changed();
       if (auto error = addStream(located.video->index, nullptr, wanted_.copiesVideo)) return error;
       stateEnd(*located.video);
     }
+    for (std::size_t place = 0; place < wanted_.otherVideo.size(); ++place) {
+      const int index = wanted_.otherVideo[place];
+      if (!isThere(index, AVMEDIA_TYPE_VIDEO)) return changed();
+      if (auto error = addStream(index, nullptr, false)) return error;
+      streams_[index].otherVideo = place;
+    }
     for (std::size_t place = 0; place < located.sounds.size(); ++place) {
       const AudioStreamDescription& sound = *located.sounds[place];
-      if (!isThere(sound, AVMEDIA_TYPE_AUDIO)) return TranscodeRunError{sourceChanged, path_, "it was changed"};
+      if (!isThere(sound.index, AVMEDIA_TYPE_AUDIO)) return changed();
       if (auto error = addStream(sound.index, &wanted_.sounds[place], wanted_.sounds[place].isCopied)) return error;
     }
     findZero(located);
@@ -324,8 +332,8 @@ class FilePart final : public PartSource {
     Ticks duration = frame->pkt_duration > 0 ? toTimeLine(frame->pkt_duration, base) : wanted_.imageDuration();
     if (!wanted_.isVariable && wanted_.imageDuration() > 0) duration = wanted_.imageDuration();
     stream.next = time + duration;
-    imageEnd_ = std::max(imageEnd_, stream.next);
-    pending_.emplace_back(SourceImage{std::move(frame), time, duration});
+    if (!stream.otherVideo) imageEnd_ = std::max(imageEnd_, stream.next);
+    pending_.emplace_back(SourceImage{std::move(frame), time, duration, stream.otherVideo});
   }
 
   /// Returns when an image or sound is shown or heard whose time stamp may have gone back, as in recordings that were

@@ -40,6 +40,8 @@ struct WantedStreams {
   ImageForm image;
   bool isVariable = false;
   std::vector<WantedSound> sounds;
+  /// The numbers in the file of other streams of images that are wanted as well.
+  std::vector<int> otherVideo;
 
   /// Returns how long an image of a constant rate is shown.
   [[nodiscard]] Ticks imageDuration() const noexcept {
