@@ -1,5 +1,6 @@
 // meridian farm status: shows how far a list is that was handed over.
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "tools/meridian/command.h"
 #include "tools/meridian/farm.h"

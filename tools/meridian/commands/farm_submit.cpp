@@ -1,5 +1,6 @@
 // meridian farm submit: hands a list of transcodes to Slurm.
 #include <iostream>
+#include <nlohmann/json.hpp>
 
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
