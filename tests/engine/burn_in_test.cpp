@@ -162,6 +162,24 @@ TEST_F(BurnIns, LabelEachFrameAroundEachMinute) {
   }
 }
 
+TEST_F(BurnIns, LabelEachPartWithItsOwnTimecode) {
+  const std::vector<std::string> starts{"01:00:00:00", "01:00:00:10", "05:00:00:00"};
+  std::string inputs;
+  for (std::size_t part = 0; part < starts.size(); ++part) {
+    const std::string name = "part" + std::to_string(part) + ".mov";
+    make(name, "color=gray:s=320x180:r=25", "-frames:v 10 -c:v prores_ks -profile:v 0 -timecode " + starts[part]);
+    inputs += "-in_0_" + std::to_string(part) + " @" + name + " ";
+  }
+  const Images images =
+      transcoded(inputs + "-vcodec prores422hq -tc_match -tc_burn -tc_burn_size " + std::to_string(points));
+  ASSERT_EQ(images.size(), 30U);
+  for (std::size_t frame = 0; frame < images.size(); ++frame) {
+    const std::string label =
+        starts[frame / 10].substr(0, 9) + std::to_string(frame < 20 ? frame + 100 : frame + 80).substr(1);
+    EXPECT_EQ(labelIn(images[frame], SAVAnchorBottomCenter), label);
+  }
+}
+
 TEST_F(BurnIns, AreAtEachAnchorInEachDepth) {
   make("in.mov", "color=gray:s=320x180:r=25:d=0.08", "-c:v prores_ks -profile:v 0");
   for (const std::string codec : {"h264 -vbd 8", "h264 -vbd 10", "prores422hq", "prores4444"}) {

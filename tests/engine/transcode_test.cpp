@@ -183,6 +183,13 @@ TEST_F(Transcodes, KeepEveryImageOfOtherSources) {
       {"late.ts", "", "-c:v libx264 -bf 3 -pix_fmt yuv422p10le -c:a aac -output_ts_offset 3600"},
       {"open.mkv", "", "-c:v libx265 -x265-params log-level=error -c:a flac"},
   };
+  // Images of much detail alone, whose stream begins as a photograph does.
+  for (const auto& [rate, text] : {std::pair("24", "24"), std::pair("25", "25"), std::pair("30000/1001", "29.97")}) {
+    clip("busy.mov", {.rate = rate, .options = "-c:v prores_ks -an", .filter = "noise=alls=20"});
+    ASSERT_TRUE(succeeds("-in_0_0 @busy.mov -out @busy.mjpeg -vcodec mjpeg -overwrite"));
+    ASSERT_TRUE(succeeds("-in_0_0 @busy.mjpeg -out @o.mov -vcodec h264 -overwrite -vr " + std::string(text)));
+    EXPECT_EQ(numbersIn(path("o.mov")), numbersFrom(0, 24));
+  }
   for (const auto& [name, filter, options] : sources) {
     SCOPED_TRACE(name);
     clip(name, {.options = options, .filter = filter});

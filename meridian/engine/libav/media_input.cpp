@@ -197,6 +197,10 @@ const AVInputFormat* MediaInput::recognizedFormat() {
     // The extension says that it is an image, and supports no other guess.
     if (score > 1 && std::string_view(format->name).ends_with("_pipe")) score = AVPROBE_SCORE_MAX;
   }
+  // A stream of JPEG images begins as a single one does, which may have further images behind it as well.
+  if (std::string_view(format->name) == "jpeg_pipe" && av_match_ext(name.c_str(), "mjpg,mjpeg") != 0) {
+    if (const AVInputFormat* const stream = av_find_input_format("mjpeg")) format = stream;
+  }
   // A low score is a guess, which the extension must support.
   const bool isSure = score > AVPROBE_SCORE_RETRY || (score > 1 && format->extensions != nullptr &&
                                                       av_match_ext(name.c_str(), format->extensions) != 0);

@@ -151,6 +151,8 @@ class FilePart final : public PartSource {
     Ticks followsOn = 0;
     std::optional<DecodeTimes> decodeTimes;
     bool hasBegun = false;
+    /// True if its images follow each other at the planned rate, whatever their times say.
+    bool countsImages = false;
   };
 
   [[nodiscard]] AVStream& source(int index) const { return *input_->context().streams[index]; }
@@ -167,6 +169,10 @@ class FilePart final : public PartSource {
       if (!isThere(located.video->index, AVMEDIA_TYPE_VIDEO)) return changed();
       if (auto error = addStream(located.video->index, nullptr, wanted_.copiesVideo)) return error;
       stateEnd(*located.video);
+      // FFmpeg makes up a rate for raw streams that have none.
+      // NOLINTNEXTLINE(hicpp-signed-bitwise): FFmpeg's own flag.
+      const bool hasNoTimes = (context.iformat->flags & AVFMT_NOTIMESTAMPS) != 0;
+      streams_[located.video->index].countsImages = hasNoTimes && !located.video->frameRate;
     }
     for (std::size_t place = 0; place < wanted_.otherVideo.size(); ++place) {
       const int index = wanted_.otherVideo[place];
@@ -316,7 +322,7 @@ class FilePart final : public PartSource {
       stream.delay = std::max<Ticks>(local(frame->best_effort_timestamp, base), 0);
     }
     Ticks time = stream.next;
-    if (frame->best_effort_timestamp != AV_NOPTS_VALUE) {
+    if (frame->best_effort_timestamp != AV_NOPTS_VALUE && !stream.countsImages) {
       time = continuedTime(stream, local(frame->best_effort_timestamp, base) - stream.delay);
     }
     if (stream.sound != nullptr && !stream.hasBegun) noteLead(time);
@@ -333,7 +339,8 @@ class FilePart final : public PartSource {
     if (!wanted_.isVariable && wanted_.imageDuration() > 0) duration = wanted_.imageDuration();
     stream.next = time + duration;
     if (!stream.otherVideo) imageEnd_ = std::max(imageEnd_, stream.next);
-    pending_.emplace_back(SourceImage{std::move(frame), time, duration, stream.otherVideo});
+    pending_.emplace_back(SourceImage{
+        .frame = std::move(frame), .time = time, .duration = duration, .part = 0, .otherVideo = stream.otherVideo});
   }
 
   /// Returns when an image or sound is shown or heard whose time stamp may have gone back, as in recordings that were
@@ -378,6 +385,7 @@ class FilePart final : public PartSource {
   /// Sets the packet's times on the time line; an error if they are not known.
   [[nodiscard]] bool setVideoTimes(const AVRational& base, Stream& stream, AVPacket& packet) {
     const bool reorders = source(packet.stream_index).codecpar->video_delay > 0;
+    if (stream.countsImages && !reorders) packet.pts = packet.dts = AV_NOPTS_VALUE;
     if (packet.pts == AV_NOPTS_VALUE && !reorders) packet.pts = packet.dts;
     if (packet.pts == AV_NOPTS_VALUE && !reorders && wanted_.imageDuration() > 0) {
       packet.pts = packet.dts = fromTimeLine(stream.next + zero_.value_or(0), base);

@@ -26,10 +26,10 @@ struct SourceImage {
   /// When it is shown, from the first image of the first part, and for how long. Images come in the order of display.
   Ticks time = 0;
   Ticks duration = 0;
-  /// The place of its stream among the others that are wanted; absent for the main images.
-  std::optional<std::size_t> otherVideo = std::nullopt;
   /// The number of the part that it is from, from 0.
   std::size_t part = 0;
+  /// The place of its stream among the others that are wanted; absent for the main images.
+  std::optional<std::size_t> otherVideo = std::nullopt;
 };
 
 /// Decoded sound of one origin of an audio track of the output that is encoded.

@@ -396,7 +396,11 @@ class StepChain final : public VideoChain {
   }
 
   [[nodiscard]] std::optional<TranscodeRunError> show(const SourceImage& source, std::int64_t number, ImageSink sink) {
-    SourceImage image{FramePointer(av_frame_clone(source.frame.get())), source.time, source.duration, source.part};
+    SourceImage image{.frame = FramePointer(av_frame_clone(source.frame.get())),
+                      .time = source.time,
+                      .duration = source.duration,
+                      .part = source.part,
+                      .otherVideo = source.otherVideo};
     if (!image.frame) return TranscodeRunError{outOfMemory, path()};
     if (auto error = run(late_, image)) return error;
     if (!burnIns_.empty() && av_frame_make_writable(image.frame.get()) < 0)
