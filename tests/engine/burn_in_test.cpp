@@ -204,6 +204,30 @@ TEST_F(BurnIns, AreAtEachAnchorInEachDepth) {
   }
 }
 
+TEST_F(BurnIns, ShowWhereTheImageIsTransparent) {
+  make("clear.mov", "color=black@0:s=320x180:r=25:d=0.04,format=yuva444p10le", "-c:v prores_ks -profile:v 4");
+  make("mark.png", "color=red:s=64x32:d=0.04,format=rgba,colorchannelmixer=aa=0.5", "-frames:v 1");
+  static_cast<void>(transcoded("-in_0_0 @clear.mov -vcodec prores4444 -wmf_path @mark.png -wmf_anchor tl -tc_burn"));
+  const Outcome raw =
+      run({"ffmpeg", "-v", "error", "-nostdin", "-i", path("out.mov"), "-pix_fmt", "rgba", "-f", "rawvideo", "-"});
+  ASSERT_EQ(raw.output.size(), std::size_t{4} * width * height);
+  const auto pixel = [&raw](int x, int y) {
+    std::vector<int> parts;
+    for (std::size_t part = 0; part < 4; ++part) {
+      parts.push_back(static_cast<unsigned char>(raw.output[4 * static_cast<std::size_t>(y * width + x) + part]));
+    }
+    return parts;
+  };
+  using testing::AllOf;
+  using testing::Ge;
+  using testing::Le;
+  const auto red = testing::ElementsAre(Ge(250), Le(6), Le(6), AllOf(Ge(126), Le(129)));
+  EXPECT_THAT(pixel(30, 20), red);
+  EXPECT_EQ(pixel(200, 90).back(), 0);
+  // The box of the label hides what is below it.
+  EXPECT_EQ(pixel(width / 2, height - 10).back(), 255);
+}
+
 TEST_F(BurnIns, BlendWatermarksAtTheDepthOfTheImage) {
   // A ramp that has every code value of 10 bits, and a white mark that is half transparent.
   make("ramp.mov", "nullsrc=s=320x180:r=25:d=0.04,format=yuv422p10le,geq=lum='64+X*2.7+Y/60':cb=512:cr=512",

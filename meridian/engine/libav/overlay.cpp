@@ -62,6 +62,17 @@ class CodeValues {
   double middle_ = 0;
 };
 
+/// Changes the shares of an overlay into those of the colours, as they are beside a straight alpha: all of the overlay
+/// where nothing was there ("over", Porter and Duff, 1984).
+template <typename Sample>
+void shareColors(const Sample* alpha, std::vector<float>& shares, int step, float greatest) noexcept {
+  for (float& share : shares) {
+    const float covered = share + static_cast<float>(*alpha) / greatest * (1 - share);
+    share = covered > 0 ? share / covered : 0;
+    alpha += step;
+  }
+}
+
 template <typename Sample>
 void blendRow(Sample* row, const float* values, const float* shares, int count, float greatest) noexcept {
   for (int column = 0; column < count; ++column) {
@@ -127,8 +138,15 @@ Overlay Overlay::ofText(const TextMask& mask, const TextStyle& style, const Imag
   return ofPixels({mask.width, mask.height}, pixels, form);
 }
 
-void Overlay::blend(AVFrame& image, int x, int y) const {
+template <typename Sample>
+void Overlay::blendSamples(AVFrame& image, int x, int y) const {
   const float greatest = static_cast<float>((1U << static_cast<unsigned>(bitDepth_)) - 1);
+  const auto rowOf = [&image](std::size_t place, int line) {
+    return reinterpret_cast<Sample*>(image.data[place] + static_cast<std::ptrdiff_t>(image.linesize[place]) * line);
+  };
+  constexpr std::size_t alphaPlane = 3;
+  const bool hasAlpha = image.data[alphaPlane] != nullptr;
+  std::vector<float> shares;
   for (std::size_t place = 0; place < planes_.size(); ++place) {
     const Plane& plane = planes_[place];
     const int shiftX = place == 0 ? 0 : chromaWidth_;
@@ -138,15 +156,32 @@ void Overlay::blend(AVFrame& image, int x, int y) const {
     const int columns = std::min(plane.width, dividedUp(image.width, shiftX) - left);
     const int lines = std::min(plane.height, dividedUp(image.height, shiftY) - top);
     for (int line = 0; line < lines; ++line) {
-      std::uint8_t* const row = image.data[place] + static_cast<std::ptrdiff_t>(image.linesize[place]) * (top + line);
       const std::size_t first = static_cast<std::size_t>(line) * static_cast<std::size_t>(plane.width);
-      if (bitDepth_ == 8) {
-        blendRow(row + left, &plane.values[first], &plane.shares[first], columns, greatest);
-      } else {
-        blendRow(reinterpret_cast<std::uint16_t*>(row) + left, &plane.values[first], &plane.shares[first], columns,
-                 greatest);
+      const float* rowShares = &plane.shares[first];
+      if (hasAlpha) {
+        shares.assign(rowShares, rowShares + columns);
+        const Sample* const alpha = rowOf(alphaPlane, (top + line) << shiftY) + (left << shiftX);
+        shareColors(alpha, shares, 1 << shiftX, greatest);
+        rowShares = shares.data();
       }
+      blendRow(rowOf(place, top + line) + left, &plane.values[first], rowShares, columns, greatest);
     }
+  }
+  if (!hasAlpha) return;
+  const Plane& plane = planes_.front();
+  const int columns = std::min(plane.width, image.width - x);
+  const std::vector<float> opaque(static_cast<std::size_t>(plane.width), greatest);
+  for (int line = 0; line < std::min(plane.height, image.height - y); ++line) {
+    const std::size_t first = static_cast<std::size_t>(line) * static_cast<std::size_t>(plane.width);
+    blendRow(rowOf(alphaPlane, y + line) + x, opaque.data(), &plane.shares[first], columns, greatest);
+  }
+}
+
+void Overlay::blend(AVFrame& image, int x, int y) const {
+  if (bitDepth_ == 8) {
+    blendSamples<std::uint8_t>(image, x, y);
+  } else {
+    blendSamples<std::uint16_t>(image, x, y);
   }
 }
 

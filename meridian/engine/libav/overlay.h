@@ -45,10 +45,13 @@ class Overlay {
   [[nodiscard]] const ImageSize& size() const noexcept { return size_; }
 
   /// Lays the rectangle over an image, with its upper left corner at a pixel whose column and line are a multiple of
-  /// the chroma's. What lies beyond the image is left out.
+  /// the chroma's. What lies beyond the image is left out. An image that is transparent there is not afterwards.
   void blend(AVFrame& image, int x, int y) const;
 
  private:
+  template <typename Sample>
+  void blendSamples(AVFrame& image, int x, int y) const;
+
   /// A plane: its values as code values that are not rounded, and their share of the result.
   struct Plane {
     int width = 0;
