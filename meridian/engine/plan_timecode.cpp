@@ -1,6 +1,7 @@
 // The timecode of the output: where it comes from, the rate that it counts at, and whether the file stores it.
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 
@@ -83,51 +84,77 @@ TimecodeComponents creationStart(PlanContext& context, const VideoFrameRate& rat
   return existing(context, start, rate, flag);
 }
 
-/// Returns whether the part continues the labels of the one before it, or does not say that it does not. Labels begin
-/// anew at midnight, and may count at another rate than the images, such as 30 at 60.
-bool continues(const MediaDescription& before, const MediaDescription& part) {
-  const VideoStreamDescription* const video = before.mainVideo();
-  if (!before.timecode || !part.timecode || video == nullptr || !video->frameRate || !video->frameCount) return true;
-  const VideoFrameRate& rate = before.timecode->rate;
-  const auto first = frameNumber(before.timecode->start, rate);
+/// Returns how many images a part has, as it states it or by how long it is; absent if neither is known.
+std::optional<std::int64_t> imageCountOf(const MediaDescription& part) {
+  const VideoStreamDescription* const video = part.mainVideo();
+  if (video == nullptr) return std::nullopt;
+  if (video->frameCount) return video->frameCount;
+  const auto images = video->frameRate ? timecodeFramesPerSecond(*video->frameRate) : std::nullopt;
+  if (!images || !video->duration) return std::nullopt;
+  const double seconds = video->duration->rawValue();
+  constexpr double mostSeconds = 1e9;
+  if (!(seconds < mostSeconds)) return std::nullopt;
+  return std::llround(seconds * video->frameRate->rawValue().rawValue());
+}
+
+/// The last part that stated a timecode, and how many images come from its first on, before the one at hand.
+struct LabelledPart {
+  const MediaDescription* media = nullptr;
+  std::optional<std::int64_t> images;
+};
+
+/// Returns whether a part continues the labels of one before it; absent if that cannot be told. Labels begin anew at
+/// midnight, and may count at another rate than the images, such as 30 at 60.
+std::optional<bool> continues(const LabelledPart& before, const MediaDescription& part) {
+  const VideoStreamDescription* const video = before.media->mainVideo();
+  if (!before.images || video == nullptr || !video->frameRate) return std::nullopt;
+  const VideoFrameRate& rate = before.media->timecode->rate;
+  const auto first = frameNumber(before.media->timecode->start, rate);
   const auto next = frameNumber(part.timecode->start, part.timecode->rate);
-  const auto day = frameNumber({24, 0, 0, 0, before.timecode->start.isDropFrame}, rate);
+  const auto day = frameNumber({24, 0, 0, 0, before.media->timecode->start.isDropFrame}, rate);
   const auto labels = timecodeFramesPerSecond(rate);
   const auto images = timecodeFramesPerSecond(*video->frameRate);
-  if (!first || !next || !day || !labels || !images) return true;
+  if (!first || !next || !day || !labels || !images) return std::nullopt;
   // In parts of which a label and an image have a whole number each.
   const auto dayLength = checkedProduct(*day, *images);
-  const auto length = checkedProduct(*video->frameCount, *labels);
+  const auto length = checkedProduct(*before.images, *labels);
   if (!dayLength || !length) return false;
   const std::int64_t labelled = ((*next - *first) % *day + *day) % *day * *images;
   const std::int64_t off = std::abs(labelled - *length % *dayLength);
   return std::min(off, *dayLength - off) < *images;
 }
 
-/// Finds the labels of the parts, where one of them breaks the count; the first is the start.
+/// Finds the labels of the parts, where one of them breaks the count; the first is the start. A part without a timecode
+/// goes on from the one before it.
 void planPartStarts(PlanContext& context, PlannedTimecode& timecode, bool asksForDrop) {
   const auto& parts = context.image->group->parts;
+  std::vector<std::optional<TimecodeComponents>> starts{timecode.start};
+  LabelledPart before;
   bool breaks = false;
-  for (std::size_t place = 1; place < parts.size(); ++place) {
-    if (parts[place - 1].media == nullptr || parts[place].media == nullptr) return;
-    if (continues(*parts[place - 1].media, *parts[place].media)) continue;
-    context.warn(TranscodePlanWarningCode::timecodeBreaks, parts[place].flag,
-                 parts[place].media->timecode->start.timecodeString());
-    breaks = true;
-  }
-  if (!breaks) return;
-  for (const SourcePart& part : parts) {
-    if (!part.media->timecode) {
-      timecode.partStarts.clear();
-      return;
+  for (std::size_t place = 0; place < parts.size(); ++place) {
+    const SourcePart& part = parts[place];
+    if (part.media == nullptr) return;
+    const auto own = imageCountOf(*part.media);
+    const bool isLabelled = part.media->timecode.has_value();
+    if (place > 0) starts.emplace_back();
+    if (place > 0 && isLabelled) {
+      const auto goesOn = before.media != nullptr ? continues(before, *part.media) : std::optional(false);
+      if (goesOn == false) {
+        context.warn(TranscodePlanWarningCode::timecodeBreaks, part.flag, part.media->timecode->start.timecodeString());
+      }
+      if (goesOn != true) {
+        breaks = true;
+        starts.back() = atRate(context, part.media->timecode->start, part.media->timecode->rate, timecode.rate,
+                               asksForDrop, part.flag);
+      }
     }
-    if (timecode.partStarts.empty()) {
-      timecode.partStarts.push_back(timecode.start);
-      continue;
+    if (isLabelled) {
+      before = {&*part.media, own};
+    } else if (before.images) {
+      before.images = own ? checkedSum(*before.images, *own) : std::nullopt;
     }
-    timecode.partStarts.push_back(atRate(context, part.media->timecode->start, part.media->timecode->rate,
-                                         timecode.rate, asksForDrop, part.flag));
   }
+  if (breaks) timecode.partStarts = std::move(starts);
 }
 
 void planMatchingStart(PlanContext& context, PlannedTimecode& timecode, bool asksForDrop) {
@@ -140,6 +167,7 @@ void planMatchingStart(PlanContext& context, PlannedTimecode& timecode, bool ask
       if (context.isSet(each)) flag = each;
     }
     context.warn(TranscodePlanWarningCode::timecodeAssumed, flag, "it begins at " + timecode.start.timecodeString());
+    planPartStarts(context, timecode, asksForDrop);
     return;
   }
   timecode.start =

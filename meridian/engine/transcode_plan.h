@@ -390,8 +390,9 @@ struct PlannedTimecode {
   bool isAssumed = false;
   /// True if the file stores it; it may also be burnt in.
   bool isInTrack = false;
-  /// The labels of the first frames of the parts, where a part does not continue the one before it; otherwise empty.
-  std::vector<TimecodeComponents> partStarts;
+  /// The labels of the first frames of the parts, where one does not continue those before it; absent for parts that
+  /// do. Empty if all do.
+  std::vector<std::optional<TimecodeComponents>> partStarts;
 
   friend bool operator==(const PlannedTimecode&, const PlannedTimecode&) = default;
 };

@@ -235,11 +235,12 @@ void addTimecode(Sections& sections, const TranscodePlan& plan) {
   sections.add("counts", frameRateText(timecode.rate) + (timecode.start.isDropFrame ? ", drop frame" : ""));
   const std::string_view inTrack = isBurnt ? "in the file, and burnt in" : "in the file";
   sections.add("stored", std::string(timecode.isInTrack ? inTrack : "burnt in"));
-  if (timecode.partStarts.empty()) return;
+  // A track has the labels of the first part alone.
+  if (timecode.partStarts.empty() || !isBurnt) return;
   constexpr std::size_t most = 8;
   std::vector<std::string> starts;
-  for (const TimecodeComponents& start : timecode.partStarts | std::views::take(most)) {
-    starts.push_back(start.timecodeString());
+  for (const auto& start : timecode.partStarts | std::views::take(most)) {
+    starts.push_back(start ? start->timecodeString() : "goes on");
   }
   if (timecode.partStarts.size() > most) starts.push_back(std::to_string(timecode.partStarts.size() - most) + " more");
   sections.add("parts", joined(starts, ", "));

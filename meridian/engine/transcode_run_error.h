@@ -85,6 +85,8 @@ enum class TranscodeRunWarningCode : std::uint8_t {
   soundCut,
   leadCut,
   gpuNotUsed,
+  textCut,
+  charactersMissing,
 };
 
 template <>
@@ -99,6 +101,8 @@ struct EnumerationTable<TranscodeRunWarningCode> {
       {soundCut, "soundCut", "has sound that goes on after its video and is cut before the next part"},
       {leadCut, "leadCut", "has sound before its first image, which is cut"},
       {gpuNotUsed, "gpuNotUsed", "cannot be used, and the CPU does the work"},
+      {textCut, "textCut", "burns in a text that is wider than the image and is cut"},
+      {charactersMissing, "charactersMissing", "has characters that no font has, and boxes stand for them"},
   });
 };
 

@@ -161,14 +161,16 @@ PlanJson encodedSource(const PlannedSource& source) {
 }
 
 PlanJson encodedTimecode(const PlannedTimecode& timecode) {
-  return {{"source", rawValue(timecode.source)},
-          {"start", timecode.start},
-          {"text", timecode.start.timecodeString()},
-          {"rate", timecode.rate},
-          {"isAssumed", timecode.isAssumed},
-          {"isInTrack", timecode.isInTrack},
-          {"partStarts",
-           encodedList(timecode.partStarts, [](const TimecodeComponents& each) -> PlanJson { return each; })}};
+  return {
+      {"source", rawValue(timecode.source)},
+      {"start", timecode.start},
+      {"text", timecode.start.timecodeString()},
+      {"rate", timecode.rate},
+      {"isAssumed", timecode.isAssumed},
+      {"isInTrack", timecode.isInTrack},
+      {"partStarts", encodedList(timecode.partStarts, [](const std::optional<TimecodeComponents>& each) -> PlanJson {
+         return each ? PlanJson(*each) : PlanJson();
+       })}};
 }
 
 PlanJson encodedOutput(const PlannedOutput& output) {

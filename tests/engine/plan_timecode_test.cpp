@@ -92,8 +92,9 @@ TEST(PlanTimecode, IsStoredWhereItIsAskedForOrAlways) {
 TEST(PlanTimecode, GoesOnOverPartsUnlessTheirLabelsBreak) {
   const auto partStarts = [](std::vector<MediaDescription> parts) {
     std::vector<std::string> starts;
-    const TranscodePlan plan = successful(planned("-in_0_1 b.mov -tc_track", parts));
-    for (const TimecodeComponents& each : plan.timecode->partStarts) starts.push_back(each.timecodeString());
+    const std::string third = parts.size() > 2 ? " -in_0_2 c.mov" : "";
+    const TranscodePlan plan = successful(planned("-in_0_1 b.mov" + third + " -tc_track -tc_match", parts));
+    for (const auto& each : plan.timecode->partStarts) starts.push_back(each ? each->timecodeString() : "");
     return starts;
   };
   const VideoFrameRate rate = VideoFrameRate::pal25p;
@@ -102,6 +103,19 @@ TEST(PlanTimecode, GoesOnOverPartsUnlessTheirLabelsBreak) {
               ElementsAre("01:00:00:00", "01:00:10:01"));
   EXPECT_THAT(partStarts({labelled("01:00:00:00", rate, std::numeric_limits<std::int64_t>::max()), hdClip()}),
               ElementsAre("01:00:00:00", "01:00:00:00"));
+  // A part without a timecode goes on, and does not hide that another one breaks.
+  const auto unlabelled = [&](std::int64_t frames) {
+    MediaDescription clip = labelled("00:00:00:00", rate, frames);
+    clip.timecode.reset();
+    return clip;
+  };
+  EXPECT_THAT(partStarts({labelled("01:00:00:00", rate, 25), unlabelled(25), labelled("01:00:02:00", rate)}),
+              IsEmpty());
+  EXPECT_THAT(partStarts({labelled("01:00:00:00", rate, 25), unlabelled(25), labelled("05:00:00:00", rate)}),
+              ElementsAre("01:00:00:00", "", "05:00:00:00"));
+  EXPECT_THAT(partStarts({labelled("01:00:00:00", rate, 25), labelled("05:00:00:00", rate), unlabelled(25)}),
+              ElementsAre("01:00:00:00", "05:00:00:00", ""));
+  EXPECT_THAT(partStarts({unlabelled(25), labelled("05:00:00:00", rate)}), ElementsAre("00:00:00:00", "05:00:00:00"));
   // At midnight labels begin anew.
   EXPECT_THAT(partStarts({labelled("23:59:59:24", rate, 1), labelled("00:00:00:00", rate)}), IsEmpty());
   EXPECT_THAT(partStarts({labelled("23:59:59;28", VideoFrameRate::ntsc30p, 2),

@@ -399,6 +399,23 @@ double meanOfPlane(const std::string& path, int plane) {
   return sum * 2 / static_cast<double>(size);
 }
 
+TEST_F(Transcodes, SayWhichTextCannotBeSeen) {
+  clip("in.mov", {.frames = 2});
+  const auto codes = [this](const std::string& words) {
+    const Result made = result("-in_0_0 @in.mov -out @out.mov -overwrite -vcodec prores422proxy " + words);
+    std::vector<TranscodeRunWarningCode> found;
+    if (made) {
+      for (const TranscodeRunWarning& warning : made->warnings) found.push_back(warning.code);
+    }
+    return found;
+  };
+  using enum TranscodeRunWarningCode;
+  EXPECT_THAT(codes("-wmt_burn -wmt_text größe -tc_burn"), testing::IsEmpty());
+  EXPECT_THAT(codes("-wmt_burn -wmt_text " + std::string(200, 'x')), testing::ElementsAre(textCut));
+  EXPECT_THAT(codes("-tc_burn -tc_burn_size 400"), testing::ElementsAre(textCut));
+  EXPECT_THAT(codes("-wmt_burn -wmt_text a\U0010FFFC"), testing::ElementsAre(charactersMissing));
+}
+
 TEST_F(Transcodes, ScaleAsAReferenceDoes) {
   const auto made = run({"ffmpeg", "-v", "error", "-nostdin", "-f", "lavfi", "-i",
                          "testsrc2=s=1280x720:d=0.4,format=yuv444p10le", "-c:v", "ffv1", "-colorspace", "bt709",

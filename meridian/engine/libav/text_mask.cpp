@@ -5,11 +5,15 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
+#include <set>
 #include <utility>
 
+#include "meridian/base/text.h"
 #include "meridian/engine/libav/filter_graph.h"
 #include "meridian/engine/libav/log_collector.h"
 
@@ -18,15 +22,43 @@ namespace {
 
 int borderOf(double size) noexcept { return std::max(static_cast<int>(std::lround(size / 5)), 1); }
 
+constexpr const char* usualFont = "monospace";
+
+/// Returns the characters beyond ASCII, each once; the first of very many.
+std::set<std::string> rareCharactersOf(std::string_view text) {
+  constexpr std::size_t most = 256;
+  constexpr char32_t lastOfAscii = 0x7F;
+  std::set<std::string> characters;
+  while (!text.empty() && characters.size() < most) {
+    const TextUnit unit = firstUnit(text);
+    if (unit.isCharacter && unit.value > lastOfAscii) characters.emplace(text.substr(0, unit.length));
+    text.remove_prefix(unit.length);
+  }
+  return characters;
+}
+
+/// Returns fontconfig's pattern of a font that has the characters, if there is one: "monospace:charset=65e5 672c".
+std::string fontFor(const std::set<std::string>& characters) {
+  std::string codes;
+  for (const std::string& each : characters) {
+    std::array<char, 16> code{};
+    std::snprintf(code.data(), code.size(), "%lx", static_cast<unsigned long>(firstUnit(each).value));
+    codes += (codes.empty() ? "" : " ") + std::string(code.data());
+  }
+  return codes.empty() ? usualFont : std::string(usualFont) + "\\:charset=" + codes;
+}
+
 /// Draws the text into the middle of a canvas that has a font's height of room on each side.
-Expected<TextMask, std::string> drawn(const std::string& text, double size, int width, int height) {
+Expected<TextMask, std::string> drawn(const std::string& text, double size, int width, int height,
+                                      const std::string& font = usualFont) {
   const int room = static_cast<int>(std::ceil(size));
   const FilterInput canvas{width + 2 * room, height + 2 * room, AV_PIX_FMT_GRAY8};
   // The text itself is set as it is, so that none of its characters is syntax.
-  const std::string description =
-      "drawtext@text=text=0:expansion=none:font=monospace:fontcolor=white:fix_bounds=0:"
-      "fontsize=" +
-      std::to_string(std::max(std::lround(size), 1L)) + ":x=" + std::to_string(room) + ":y=" + std::to_string(room);
+  const std::string description = "drawtext@text=text=0:expansion=none:font='" + font +
+                                  "':fontcolor=white:fix_bounds=0:"
+                                  "fontsize=" +
+                                  std::to_string(std::max(std::lround(size), 1L)) + ":x=" + std::to_string(room) +
+                                  ":y=" + std::to_string(room);
   auto graph = FrameFilter::open(description, canvas, 1);
   if (!graph) return Unexpected(std::move(graph).error());
   AVFilterContext* const filter = (*graph)->find("drawtext@text");
@@ -97,12 +129,29 @@ TextMask cut(const TextMask& mask, const Extent& extent, int border) {
 Expected<TextMask, std::string> maskOfText(const std::string& text, double size, int widest) {
   const auto lines = 1 + std::ranges::count(text, '\n');
   constexpr double lineHeight = 1.5;
-  auto mask = drawn(text, size, widest, static_cast<int>(std::ceil(size * lineHeight * static_cast<double>(lines))));
+  auto mask = drawn(text, size, widest, static_cast<int>(std::ceil(size * lineHeight * static_cast<double>(lines))),
+                    fontFor(rareCharactersOf(text)));
   if (!mask) return mask;
   const Extent extent(*mask);
   // A text of blanks covers nothing.
   if (extent.right <= extent.left) return TextMask();
   return cut(*mask, extent, borderOf(size));
+}
+
+std::string missingCharacters(const std::string& text) {
+  const std::set<std::string> characters = rareCharactersOf(text);
+  if (characters.empty()) return {};
+  const std::string font = fontFor(characters);
+  constexpr double size = 16;
+  constexpr int room = 32;
+  // A private character that no font has shows what stands for those that are missing.
+  const auto missing = drawn("\U0010FFFD", size, room, room, font);
+  std::string found;
+  for (const std::string& each : characters) {
+    const auto mask = drawn(each, size, room, room, font);
+    if (mask && missing && mask->coverage == missing->coverage) found += each;
+  }
+  return found;
 }
 
 Expected<GlyphSheet, std::string> GlyphSheet::open(double size) {

@@ -13,9 +13,13 @@
 
 namespace meridian::inline v0_2::libav {
 
-/// Returns any text, with newlines, and a border of a fifth of the font's height around it. `size` is the height of the
-/// font in pixels, `widest` the most columns that are looked at. The error is what FFmpeg said.
+/// Returns any text, with newlines, in a font that has its characters if there is one, and a border of a fifth of the
+/// font's height around it. `size` is the height of the font in pixels, `widest` the most columns that are looked at.
+/// The error is what FFmpeg said.
 [[nodiscard]] Expected<TextMask, std::string> maskOfText(const std::string& text, double size, int widest);
+
+/// Returns the characters of a text for which the font has no glyph, so that a box stands for each.
+[[nodiscard]] std::string missingCharacters(const std::string& text);
 
 /// The characters of timecode, drawn once, so that they do not move from image to image.
 class GlyphSheet {

@@ -379,6 +379,7 @@ class Run {
       if (count > 0) warnings_.push_back({code, path, countText(count, unit)});
     };
     if (video_) {
+      warnings_.insert(warnings_.end(), video_->warnings().begin(), video_->warnings().end());
       note(TranscodeRunWarningCode::framesRepeated, video_->repeatedImages(), "frame");
       note(TranscodeRunWarningCode::framesDropped, video_->droppedImages(), "frame");
     }

@@ -17,6 +17,7 @@ extern "C" {
 #include <utility>
 #include <vector>
 
+#include "meridian/cli/transcode_flags.h"
 #include "meridian/engine/libav/filter_graph.h"
 #include "meridian/engine/libav/frame_conversion.h"
 #include "meridian/engine/libav/image_placement.h"
@@ -172,9 +173,10 @@ class TimecodeBurn {
     if (part != part_) {
       part_ = part;
       // The labels of a part that does not go on where the one before it ended begin anew.
-      if (part < timecode_.partStarts.size()) {
+      const auto start = part < timecode_.partStarts.size() ? timecode_.partStarts[part] : std::nullopt;
+      if (start) {
         first_ = place;
-        start_ = timecode_.partStarts[part];
+        start_ = *start;
       }
     }
     TimecodeDescription labels;
@@ -244,6 +246,7 @@ class StepChain final : public VideoChain {
 
   [[nodiscard]] std::int64_t droppedImages() const override { return changesRate_ ? 0 : placement_.dropped(); }
   [[nodiscard]] std::int64_t repeatedImages() const override { return changesRate_ ? 0 : placement_.repeated(); }
+  [[nodiscard]] const std::vector<TranscodeRunWarning>& warnings() const override { return warnings_; }
 
  private:
   [[nodiscard]] const std::string& path() const { return plan_.sources.front().parts.front().path; }
@@ -319,6 +322,7 @@ class StepChain final : public VideoChain {
                                                         const ImageForm& to) {
     auto glyphs = GlyphSheet::open(step.style.fontSize);
     if (!glyphs) return TranscodeRunError{imageNotConverted, path(), "burning in timecode: " + glyphs.error()};
+    noteWidth(SAVTimecodeAddBurnFlag.rawValue(), glyphs->textOf("00:00:00:00").width, to);
     burnIns_.emplace_back(TimecodeBurn(*std::move(glyphs), step.style, to, *plan_.timecode));
     return std::nullopt;
   }
@@ -327,6 +331,11 @@ class StepChain final : public VideoChain {
     const auto mask = maskOfText(step.text, step.style.fontSize, to.width);
     if (!mask) return TranscodeRunError{imageNotConverted, path(), "burning in a text: " + mask.error()};
     if (mask->width == 0) return std::nullopt;
+    const std::string_view flag = SAVWatermarkTextBurnTextFlag.rawValue();
+    noteWidth(flag, mask->width, to);
+    if (std::string missing = missingCharacters(step.text); !missing.empty()) {
+      warnings_.push_back({TranscodeRunWarningCode::charactersMissing, std::string(flag), std::move(missing)});
+    }
     addOverlay(Overlay::ofText(*mask, step.style, to), step.style.anchor, to, step.style.margin);
     return std::nullopt;
   }
@@ -336,6 +345,12 @@ class StepChain final : public VideoChain {
     if (!overlay) return TranscodeRunError{watermarkNotUsed, step.path, std::move(overlay).error()};
     addOverlay(*std::move(overlay), step.anchor, to, step.margin);
     return std::nullopt;
+  }
+
+  void noteWidth(std::string_view flag, int width, const ImageForm& form) {
+    if (width <= form.width) return;
+    warnings_.push_back({TranscodeRunWarningCode::textCut, std::string(flag),
+                         "use a smaller size for " + std::to_string(form.width) + " pixels"});
   }
 
   void addOverlay(Overlay overlay, const SAVTranscodeArgumentOverlayAnchorValue& anchor, const ImageForm& form,
@@ -432,6 +447,7 @@ class StepChain final : public VideoChain {
   ImagePlacement placement_;
   bool changesRate_ = false;
   std::vector<BurnIn> burnIns_;
+  std::vector<TranscodeRunWarning> warnings_;
 };
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "meridian/base/expected.h"
 #include "meridian/base/function_ref.h"
@@ -47,6 +48,9 @@ class VideoChain {
   /// rate that the plan asks for.
   [[nodiscard]] virtual std::int64_t droppedImages() const = 0;
   [[nodiscard]] virtual std::int64_t repeatedImages() const = 0;
+
+  /// Returns what was noticed when the steps were prepared.
+  [[nodiscard]] virtual const std::vector<TranscodeRunWarning>& warnings() const = 0;
 };
 
 }  // namespace meridian::inline v0_2::libav
