@@ -290,12 +290,12 @@ struct OtherStreamDescription : StreamDescription {
   friend bool operator==(const OtherStreamDescription&, const OtherStreamDescription&) = default;
 };
 
-/// Where a file's timecode was found. Timecode in the headers of images, such as DPX, and within the coded video is not
-/// read.
+/// Where a file's timecode was found. Timecode in the headers of images, such as DPX, is not read.
 enum class MediaTimecodeSource : std::uint8_t {
   /// A QuickTime timecode track.
   tmcd,
-  /// A tag of a stream of images.
+  /// A stream of images: its tag, or the first coded image of MPEG-2, H.264 or H.265 in a stream without a place for
+  /// tags.
   stream,
   /// A tag of the file.
   format,
@@ -307,7 +307,7 @@ template <>
 struct EnumerationTable<MediaTimecodeSource> {
   static constexpr auto rows = std::to_array<EnumerationRow<MediaTimecodeSource>>({
       {MediaTimecodeSource::tmcd, "tmcd", "timecode track"},
-      {MediaTimecodeSource::stream, "stream", "tag of the stream"},
+      {MediaTimecodeSource::stream, "stream", "video stream"},
       {MediaTimecodeSource::format, "format", "tag of the file"},
       {MediaTimecodeSource::rtmd, "rtmd", "real-time metadata"},
   });

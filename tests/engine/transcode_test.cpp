@@ -372,6 +372,15 @@ TEST_F(Transcodes, WriteTimecodeThatExists) {
   EXPECT_EQ(timecodeOf("d.mov"), "none");
   ASSERT_TRUE(succeeds("-in_0_0 @a.mov -out @e.mxf -vcodec dnxhd -vprofile dnxhr_lb -tc_match"));
   EXPECT_EQ(timecodeOf("e.mxf"), "01:00:58;28");
+  // Streams without a place for it have timecode in their groups of pictures.
+  for (const std::string name : {"group.mpg", "group.ts", "group.m2v"}) {
+    makeClip(path(name), {.rate = "30000/1001",
+                          .options = "-c:v mpeg2video -bf 2 -gop_timecode 01:00:58;28 -an" +
+                                     std::string(name.ends_with("mpg") ? " -f mpeg" : "")});
+    EXPECT_EQ(timecodeOf(name), "01:00:58;28") << name;
+  }
+  makeClip(path("plain.ts"), {.options = "-c:v mpeg2video -bf 2 -an"});
+  EXPECT_EQ(timecodeOf("plain.ts"), "none");
 }
 
 TEST_F(Transcodes, KeepTheTimeOfCreation) {

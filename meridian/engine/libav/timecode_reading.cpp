@@ -1,5 +1,10 @@
 #include "meridian/engine/libav/timecode_reading.h"
 
+extern "C" {
+#include <libavutil/timecode.h>
+}
+
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <span>
@@ -8,6 +13,7 @@
 
 #include "meridian/base/integer_arithmetic.h"
 #include "meridian/base/printable.h"
+#include "meridian/engine/libav/media_decoder.h"
 #include "meridian/media/frame_number.h"
 
 namespace meridian::inline v0_2::libav {
@@ -85,7 +91,7 @@ class TimecodeReading {
       if (stream.codecTag != "rtmd") continue;
       if (auto timecode = ofTag(stream.tags, description_.mainVideo(), MediaTimecodeSource::rtmd)) return timecode;
     }
-    return std::nullopt;
+    return ofFirstImage();
   }
 
  private:
@@ -119,14 +125,63 @@ class TimecodeReading {
                                                          const VideoStreamDescription* video,
                                                          MediaTimecodeSource source) {
     const auto text = tagValue(tags, "timecode");
-    if (!text || video == nullptr || !video->frameRate) return std::nullopt;
-    auto start = TimecodeComponents::fromTimecode(*text);
-    if (start) start->isDropFrame = dropFrameAt(*video->frameRate, start->isDropFrame, *text);
-    if (!start || !frameNumber(*start, *video->frameRate)) {
-      warn(MediaWarningCode::timecodeNotRead, inQuotes(*text));
+    return text && video != nullptr && video->frameRate ? ofText(*text, *video->frameRate, source) : std::nullopt;
+  }
+
+  /// Decodes the first image of a stream whose container has no place for timecode.
+  [[nodiscard]] std::optional<TimecodeDescription> ofFirstImage() {
+    constexpr auto formats = std::to_array<std::string_view>({"h264", "hevc", "mpeg", "mpegts", "mpegvideo"});
+    constexpr auto codecs = std::to_array<std::string_view>({"h264", "hevc", "mpeg2video"});
+    const VideoStreamDescription* const video = description_.mainVideo();
+    if (video == nullptr || !video->frameRate || !video->isDecodable) return std::nullopt;
+    if (std::ranges::find(formats, description_.formatName) == formats.end()) return std::nullopt;
+    if (std::ranges::find(codecs, video->codecName) == codecs.end()) return std::nullopt;
+    AVFormatContext& context = input_.context();
+    auto decoder = MediaDecoder::open(*context.streams[video->index], {.threads = 1});
+    if (!decoder) return std::nullopt;
+    constexpr int mostPackets = 1000;
+    for (int count = 0; count < mostPackets; ++count) {
+      const PacketPointer packet(av_packet_alloc());
+      if (!packet || av_read_frame(&context, packet.get()) < 0) break;
+      if (packet->stream_index != video->index) continue;
+      (*decoder)->send(packet.get());
+      if (const FramePointer image = (*decoder)->receive()) return ofImage(*image, *video->frameRate);
+    }
+    (*decoder)->send(nullptr);
+    const FramePointer image = (*decoder)->receive();
+    return image ? ofImage(*image, *video->frameRate) : std::nullopt;
+  }
+
+  [[nodiscard]] std::optional<TimecodeDescription> ofImage(const AVFrame& image, const VideoFrameRate& rate) {
+    std::array<char, AV_TIMECODE_STR_SIZE> text{};
+    if (const AVFrameSideData* const data = av_frame_get_side_data(&image, AV_FRAME_DATA_S12M_TIMECODE)) {
+      // The number of labels, of which the first counts, as SMPTE ST 12-1 codes it.
+      const auto* const codes = reinterpret_cast<const std::uint32_t*>(data->data);
+      if (data->size < 2 * sizeof(std::uint32_t) || codes[0] == 0) return std::nullopt;
+      const MediaRational exact = rate.rawValue();
+      const AVRational images{static_cast<int>(exact.numerator), static_cast<int>(exact.denominator)};
+      av_timecode_make_smpte_tc_string2(text.data(), images, codes[1], 0, 0);
+      return ofText(text.data(), rate, MediaTimecodeSource::stream);
+    }
+    const AVFrameSideData* const data = av_frame_get_side_data(&image, AV_FRAME_DATA_GOP_TIMECODE);
+    if (data == nullptr || data->size < sizeof(std::int64_t)) return std::nullopt;
+    const auto code = static_cast<std::uint32_t>(*reinterpret_cast<const std::int64_t*>(data->data));
+    av_timecode_make_mpeg_tc_string(text.data(), code);
+    // Every group of pictures has one; most encoders that are given none count from here.
+    const std::string_view digits(text.data());
+    if (digits == "00:00:00:00" || digits == "00:00:00;00") return std::nullopt;
+    return ofText(digits, rate, MediaTimecodeSource::stream);
+  }
+
+  [[nodiscard]] std::optional<TimecodeDescription> ofText(std::string_view text, const VideoFrameRate& rate,
+                                                          MediaTimecodeSource source) {
+    auto start = TimecodeComponents::fromTimecode(text);
+    if (start) start->isDropFrame = dropFrameAt(rate, start->isDropFrame, text);
+    if (!start || !frameNumber(*start, rate)) {
+      warn(MediaWarningCode::timecodeNotRead, inQuotes(text));
       return std::nullopt;
     }
-    TimecodeDescription timecode{*start, {}, *video->frameRate, source};
+    TimecodeDescription timecode{*start, {}, rate, source};
     timecode.end = endOf(timecode);
     return timecode;
   }

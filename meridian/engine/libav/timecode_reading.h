@@ -16,8 +16,9 @@ namespace meridian::inline v0_2::libav {
                                                              const TimecodeDescription& timecode);
 
 /// Returns the timecode of the first source that has a label: the timecode track, a tag of a stream of images, a tag of
-/// the file, a track of real-time metadata. The description's streams and tags must be complete; warnings are added to
-/// it.
+/// the file, a track of real-time metadata, and in streams that have none of these the first coded image. The
+/// description's streams and tags must be complete; warnings are added to it. Nothing can be read from the input after
+/// that.
 [[nodiscard]] std::optional<TimecodeDescription> readTimecode(MediaInput& input, MediaDescription& description);
 
 }  // namespace meridian::inline v0_2::libav
