@@ -309,8 +309,8 @@ TEST(ImagePlacement, ShowsImagesFromTheNearestPlaceOn) {
     }
     EXPECT_FALSE(placement.finish(ticks(each.end), sink));
     EXPECT_THAT(shown, ElementsAreArray(each.shown));
-    EXPECT_EQ(placement.dropped(), each.dropped);
-    EXPECT_EQ(placement.repeated(), each.repeated);
+    EXPECT_EQ(placement.dropped().count, each.dropped);
+    EXPECT_EQ(placement.repeated().count, each.repeated);
   }
 }
 

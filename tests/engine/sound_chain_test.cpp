@@ -183,7 +183,7 @@ TEST(AudioChain, KeepsNoLongSilenceInMemory) {
   ASSERT_FALSE((*chain)->finish(Ticks{timeLine.den} * 2 * silence, sink));
   EXPECT_EQ(taken, std::int64_t{sourceRate} * 2 * silence);
   EXPECT_EQ(loud, 2 * sourceRate);
-  EXPECT_EQ((*chain)->filledSamples(), std::int64_t{sourceRate} * (silence - 1));
+  EXPECT_EQ((*chain)->filledSound().samples.count, std::int64_t{sourceRate} * (silence - 1));
 }
 
 TEST(AudioChain, KeepsTimeAndLengthWhenItResamples) {

@@ -592,5 +592,20 @@ TEST_F(Transcodes, TakeNumberedImagesAsAClip) {
   EXPECT_THAT(numbersIn(path("gap.mov")), ElementsAre(0, 1, testing::AnyOf(1, 3), 3, 4, 5));
 }
 
+TEST_F(Transcodes, NameThePartThatLacksSound) {
+  clip("whole.mkv", {.frames = 25});
+  const Outcome made = run({"ffmpeg", "-v", "error", "-nostdin", "-i", path("whole.mkv"), "-c:v", "copy", "-af",
+                            "aselect='not(between(t,0.3,0.6))'", "-c:a", "pcm_s16le", path("holed.mkv")});
+  ASSERT_EQ(made.status, 0) << made.errors;
+  for (const std::string words : {"-in_0_0 @whole.mkv -in_0_1 @holed.mkv", "-in_0_0 @holed.mkv -in_0_1 @whole.mkv"}) {
+    SCOPED_TRACE(words);
+    const Result joined = result(words + " -out @joined.mov -overwrite -vcodec prores422 -acodec lpcm");
+    ASSERT_TRUE(joined) << joined.error().message();
+    ASSERT_EQ(joined->warnings.size(), 1U);
+    EXPECT_EQ(joined->warnings.front().code, TranscodeRunWarningCode::soundFilled);
+    EXPECT_EQ(joined->warnings.front().place, path("holed.mkv"));
+  }
+}
+
 }  // namespace
 }  // namespace meridian::test

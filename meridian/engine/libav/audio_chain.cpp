@@ -59,7 +59,7 @@ class OriginSound {
   /// The number of channels; 0 until sound has come.
   [[nodiscard]] int channels() const noexcept { return outputChannels_; }
   [[nodiscard]] int available() const noexcept { return fifo_ ? av_audio_fifo_size(fifo_.get()) : 0; }
-  [[nodiscard]] std::int64_t filled() const noexcept { return filled_; }
+  [[nodiscard]] const Occurrences& filled() const noexcept { return filled_; }
   /// Returns the samples that all sound so far comes to, at the target's rate.
   [[nodiscard]] std::int64_t expected() const noexcept {
     return inputRate_ == 0 ? 0 : earlier_ + av_rescale(next_ - base_, target_.rate, inputRate_);
@@ -72,7 +72,11 @@ class OriginSound {
     // Time stamps of some containers are rounded to a millisecond, so that they jitter by as much.
     const std::int64_t tolerance = inputRate_ / 500 + 1;
     if (hasBegun_ && std::abs(first - next_) <= tolerance) first = next_;
-    if (first > next_ && hasBegun_) filled_ += av_rescale(first - next_, target_.rate, inputRate_);
+    if (first > next_ && hasBegun_) {
+      // Its middle: the sound of a part may end a little before the part does.
+      filled_.add(av_rescale(first - next_, target_.rate, inputRate_),
+                  av_rescale(next_ + (first - next_) / 2, timeLine.den, inputRate_));
+    }
     hasBegun_ = true;
     first_ = first;
     return std::nullopt;
@@ -309,7 +313,7 @@ class OriginSound {
   /// Where the current rate began, and the samples of the target until then.
   std::int64_t base_ = 0;
   std::int64_t earlier_ = 0;
-  std::int64_t filled_ = 0;
+  Occurrences filled_;
   std::int64_t taken_ = 0;
   /// Silence after all sound, which needs no memory.
   std::int64_t silence_ = 0;
@@ -366,10 +370,10 @@ class TrackChain final : public AudioChain {
     return handOn(true, sink);
   }
 
-  [[nodiscard]] std::int64_t filledSamples() const override {
-    std::int64_t filled = 0;
-    for (const OriginSound& origin : origins_) filled = std::max(filled, origin.filled());
-    return filled;
+  [[nodiscard]] FilledSound filledSound() const override {
+    const auto most =
+        std::ranges::max_element(origins_, {}, [](const OriginSound& origin) { return origin.filled().count; });
+    return {static_cast<std::size_t>(most - origins_.begin()), most->filled()};
   }
 
  private:

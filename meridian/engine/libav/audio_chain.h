@@ -24,6 +24,12 @@ namespace meridian::inline v0_2::libav {
 /// an error to stop.
 using SoundSink = FunctionRef<std::optional<TranscodeRunError>(FramePointer sound)>;
 
+/// Samples of silence that were put in the place of missing sound between other sound, for the origin that lacks most.
+struct FilledSound {
+  std::size_t origin = 0;
+  Occurrences samples;
+};
+
 /// The conversion of one audio track that is encoded: sample rate, channels, sample format.
 class AudioChain {
  public:
@@ -49,8 +55,7 @@ class AudioChain {
   /// without, it ends with the last sound of its longest origin.
   [[nodiscard]] virtual std::optional<TranscodeRunError> finish(std::optional<Ticks> end, SoundSink sink) = 0;
 
-  /// Returns the samples of silence that were put in the place of missing sound between other sound.
-  [[nodiscard]] virtual std::int64_t filledSamples() const = 0;
+  [[nodiscard]] virtual FilledSound filledSound() const = 0;
 };
 
 }  // namespace meridian::inline v0_2::libav

@@ -30,7 +30,7 @@ class ImagePlacement {
   [[nodiscard]] std::optional<TranscodeRunError> take(SourceImage image, Sink sink) {
     const std::int64_t place = std::max<std::int64_t>(placeOf(image.time), 0);
     if (held_ && place <= place_) {
-      ++dropped_;
+      dropped_.add(1, image.time);
       if (distance(image.time, place_) < distance(held_->time, place_)) held_ = std::move(image);
       return std::nullopt;
     }
@@ -50,21 +50,25 @@ class ImagePlacement {
   }
 
   /// Return how many images had no place of their own, and how many places none of their own.
-  [[nodiscard]] std::int64_t dropped() const noexcept { return dropped_; }
-  [[nodiscard]] std::int64_t repeated() const noexcept { return repeated_; }
+  [[nodiscard]] const Occurrences& dropped() const noexcept { return dropped_; }
+  [[nodiscard]] const Occurrences& repeated() const noexcept { return repeated_; }
 
  private:
   [[nodiscard]] std::int64_t placeOf(Ticks time) const noexcept {
     return av_rescale_rnd(time, rate_.numerator, std::int64_t{timeLine.den} * rate_.denominator, AV_ROUND_NEAR_INF);
   }
 
+  [[nodiscard]] Ticks timeOf(std::int64_t place) const noexcept {
+    return av_rescale(place, std::int64_t{timeLine.den} * rate_.denominator, rate_.numerator);
+  }
+
   [[nodiscard]] Ticks distance(Ticks time, std::int64_t place) const noexcept {
-    const Ticks exact = av_rescale(place, std::int64_t{timeLine.den} * rate_.denominator, rate_.numerator);
+    const Ticks exact = timeOf(place);
     return time < exact ? exact - time : time - exact;
   }
 
   [[nodiscard]] std::optional<TranscodeRunError> fillUpTo(std::int64_t end, Sink sink) {
-    repeated_ += std::max<std::int64_t>(end - next_ - 1, 0);
+    if (end > next_ + 1) repeated_.add(end - next_ - 1, timeOf(next_ + 1));
     for (; next_ < end; ++next_) {
       if (auto error = sink(*held_, next_)) return error;
     }
@@ -75,8 +79,8 @@ class ImagePlacement {
   std::optional<SourceImage> held_;
   std::int64_t place_ = 0;
   std::int64_t next_ = 0;
-  std::int64_t dropped_ = 0;
-  std::int64_t repeated_ = 0;
+  Occurrences dropped_;
+  Occurrences repeated_;
 };
 
 }  // namespace meridian::inline v0_2::libav

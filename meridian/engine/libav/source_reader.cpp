@@ -62,8 +62,19 @@ class GroupReader {
   [[nodiscard]] bool gives(std::size_t track) const {
     return std::ranges::find(wanted_.sounds, track, &WantedSound::track) != wanted_.sounds.end();
   }
+  [[nodiscard]] bool gives(std::size_t track, std::size_t origin) const {
+    return std::ranges::any_of(
+        wanted_.sounds, [&](const WantedSound& sound) { return sound.track == track && sound.origin == origin; });
+  }
   [[nodiscard]] CopiedStream copiedStream(std::optional<std::size_t> track) const {
     return first_->copiedStream(track);
+  }
+
+  /// Returns the file that is read at a time; of an image sequence the first one, or its directory.
+  [[nodiscard]] const std::string& pathAt(Ticks time) const {
+    const auto after = std::ranges::upper_bound(begins_, time);
+    const auto part = std::max<std::ptrdiff_t>(after - begins_.begin() - 1, 0);
+    return source_.parts[static_cast<std::size_t>(part)].path;
   }
 
   [[nodiscard]] std::vector<TranscodeRunWarning> takeWarnings() { return std::exchange(warnings_, {}); }
@@ -137,6 +148,7 @@ class GroupReader {
   /// Prepares the copied sound for the part that was opened.
   void beginPart() {
     if (first_ == nullptr) first_ = current_;
+    begins_.push_back(offset_);
     end_.reset();
     if (!isLastPart()) {
       if (const auto stated = current_->statedEnd()) end_ = offset_ + *stated;
@@ -241,6 +253,8 @@ class GroupReader {
   /// The first part, whose streams describe the copied ones.
   std::shared_ptr<PartSource> first_;
   Ticks offset_ = 0;
+  /// Where each part begins that was opened.
+  std::vector<Ticks> begins_;
   /// Where the sound of this part is cut: at the begin of the next part.
   std::optional<Ticks> end_;
   Ticks position_ = std::numeric_limits<Ticks>::min();
@@ -329,9 +343,22 @@ class GroupsReader final : public SourceReader {
     return 0;
   }
 
+  [[nodiscard]] const std::string& imagePathAt(Ticks time) const override {
+    return pathAt([](const GroupReader& group) { return group.givesImage(); }, time);
+  }
+
+  [[nodiscard]] const std::string& soundPathAt(std::size_t track, std::size_t origin, Ticks time) const override {
+    return pathAt([&](const GroupReader& group) { return group.gives(track, origin); }, time);
+  }
+
   [[nodiscard]] const std::vector<TranscodeRunWarning>& warnings() const override { return warnings_; }
 
  private:
+  [[nodiscard]] const std::string& pathAt(auto isWanted, Ticks time) const {
+    const auto group = std::ranges::find_if(groups_, [&](const auto& each) { return isWanted(*each); });
+    return (group != groups_.end() ? *group : groups_.front())->pathAt(time);
+  }
+
   const ReadingOptions options_;
   std::vector<std::unique_ptr<GroupReader>> groups_;
   /// Those that have not ended.

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -101,6 +102,10 @@ class SourceReader {
 
   /// Returns the time at which the images of all parts end, as far as they were read.
   [[nodiscard]] virtual Ticks imageEnd() const = 0;
+
+  /// Returns the file that an image, or the sound of an origin of a track, is from at a time that was read.
+  [[nodiscard]] virtual const std::string& imagePathAt(Ticks time) const = 0;
+  [[nodiscard]] virtual const std::string& soundPathAt(std::size_t track, std::size_t origin, Ticks time) const = 0;
 
   /// Returns what was noticed so far.
   [[nodiscard]] virtual const std::vector<TranscodeRunWarning>& warnings() const = 0;

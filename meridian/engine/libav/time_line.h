@@ -22,6 +22,17 @@ using Ticks = std::int64_t;
 
 inline constexpr AVRational timeLine{1, 705'600'000};
 
+/// How often something was noticed, and about when first.
+struct Occurrences {
+  std::int64_t count = 0;
+  Ticks first = 0;
+
+  void add(std::int64_t more, Ticks time) noexcept {
+    if (count == 0) first = time;
+    count += more;
+  }
+};
+
 /// Returns the nearest tick to a time in another base.
 [[nodiscard]] inline Ticks toTimeLine(std::int64_t time, const AVRational& base) noexcept {
   return av_rescale_q(time, base, timeLine);

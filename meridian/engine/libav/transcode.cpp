@@ -16,6 +16,7 @@
 #include <variant>
 
 #include "meridian/base/joined.h"
+#include "meridian/base/numbers.h"
 #include "meridian/engine/bounded_queue.h"
 #include "meridian/engine/describe_media.h"
 #include "meridian/engine/libav/audio_chain.h"
@@ -374,17 +375,25 @@ class Run {
     }
     const auto& noticed = reader_->warnings();
     warnings_.insert(warnings_.end(), noticed.begin(), noticed.end());
-    const std::string& path = plan_.sources.front().parts.front().path;
-    const auto note = [this, &path](TranscodeRunWarningCode code, std::int64_t count, const char* unit) {
-      if (count > 0) warnings_.push_back({code, path, countText(count, unit)});
+    const auto note = [this](TranscodeRunWarningCode code, const std::string& path, const libav::Occurrences& found,
+                             const char* unit) {
+      warnings_.push_back({code, path,
+                           countText(found.count, unit) + ", the first near " +
+                               fixedDecimalText(libav::secondsOfTicks(found.first), 2) + " s"});
     };
     if (video_) {
       warnings_.insert(warnings_.end(), video_->warnings().begin(), video_->warnings().end());
-      note(TranscodeRunWarningCode::framesRepeated, video_->repeatedImages(), "frame");
-      note(TranscodeRunWarningCode::framesDropped, video_->droppedImages(), "frame");
+      const auto noteImages = [&](TranscodeRunWarningCode code, const libav::Occurrences& found) {
+        if (found.count > 0) note(code, reader_->imagePathAt(found.first), found, "frame");
+      };
+      noteImages(TranscodeRunWarningCode::framesRepeated, video_->repeatedImages());
+      noteImages(TranscodeRunWarningCode::framesDropped, video_->droppedImages());
     }
-    for (const auto& chain : audio_) {
-      if (chain) note(TranscodeRunWarningCode::soundFilled, chain->filledSamples(), "sample");
+    for (std::size_t track = 0; track < audio_.size(); ++track) {
+      if (!audio_[track]) continue;
+      const auto [origin, samples] = audio_[track]->filledSound();
+      if (samples.count == 0) continue;
+      note(TranscodeRunWarningCode::soundFilled, reader_->soundPathAt(track, origin, samples.first), samples, "sample");
     }
   }
 

@@ -244,8 +244,12 @@ class StepChain final : public VideoChain {
                              [&](const SourceImage& each, std::int64_t number) { return show(each, number, sink); });
   }
 
-  [[nodiscard]] std::int64_t droppedImages() const override { return changesRate_ ? 0 : placement_.dropped(); }
-  [[nodiscard]] std::int64_t repeatedImages() const override { return changesRate_ ? 0 : placement_.repeated(); }
+  [[nodiscard]] Occurrences droppedImages() const override {
+    return changesRate_ ? Occurrences() : placement_.dropped();
+  }
+  [[nodiscard]] Occurrences repeatedImages() const override {
+    return changesRate_ ? Occurrences() : placement_.repeated();
+  }
   [[nodiscard]] const std::vector<TranscodeRunWarning>& warnings() const override { return warnings_; }
 
  private:

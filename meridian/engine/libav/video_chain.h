@@ -46,8 +46,8 @@ class VideoChain {
 
   /// Return how many images of the source were left out, and how many were shown more than once, without a change of
   /// rate that the plan asks for.
-  [[nodiscard]] virtual std::int64_t droppedImages() const = 0;
-  [[nodiscard]] virtual std::int64_t repeatedImages() const = 0;
+  [[nodiscard]] virtual Occurrences droppedImages() const = 0;
+  [[nodiscard]] virtual Occurrences repeatedImages() const = 0;
 
   /// Returns what was noticed when the steps were prepared.
   [[nodiscard]] virtual const std::vector<TranscodeRunWarning>& warnings() const = 0;
