@@ -48,6 +48,15 @@ bool isImageName(std::string_view name) {
   return known && FileExtensionSet::imageFileExtensions().contains(*known);
 }
 
+std::optional<std::int64_t> stepOfNumbers(std::string_view path, std::string_view nextPath) {
+  const auto first = numberedName(path);
+  const auto next = numberedName(nextPath);
+  if (!first || !next || first->beforeNumber != next->beforeNumber || first->extension != next->extension) {
+    return std::nullopt;
+  }
+  return next->number - first->number;
+}
+
 Expected<ImageSequence, MediaError> imageSequence(const std::string& directory, const DescriptionLimits& limits) {
   using enum MediaErrorCode;
   const auto deadline = limits.deadline();

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +37,11 @@ struct ImageSequence {
 
 /// Returns whether a file of this name is an image, by its extension.
 [[nodiscard]] bool isImageName(std::string_view name);
+
+/// Returns how far the number of an image is behind that of another one, such as 1 for "A.0009.dpx" and "A.0010.dpx";
+/// absent if either path has no number before the extension, or if they differ in more than it and the case of the
+/// extension.
+[[nodiscard]] std::optional<std::int64_t> stepOfNumbers(std::string_view path, std::string_view nextPath);
 
 /// Returns the images of the directory whose names end in a number before the extension, such as "A001.0001.dpx".
 /// Hidden files, files of other kinds, images without a number and directories within are passed over. An error if no

@@ -85,6 +85,26 @@ Labels labelsOf(const AudioStreamDescription& stream) {
   return labels;
 }
 
+/// Warns of groups without images whose kept sound goes on after the last image.
+void warnOfLongerSound(PlanContext& context, const std::vector<SourceTrack>& tracks) {
+  if (!context.plan.video || !context.plan.video->frameCount) return;
+  const double rate = context.plan.video->output().frameRate.rawValue().rawValue();
+  const double ofImages = static_cast<double>(*context.plan.video->frameCount) / rate;
+  for (const SourceGroup& group : context.groups) {
+    const bool isKept =
+        std::ranges::any_of(tracks, [&group](const SourceTrack& track) { return track.origin.group == group.number; });
+    if (&group == context.image->group || !isKept) continue;
+    double ofSound = 0;
+    for (const SourcePart& part : group.parts) {
+      if (part.media != nullptr && part.media->duration) ofSound += part.media->duration->rawValue();
+    }
+    if (ofSound <= ofImages + 1 / rate) continue;
+    context.warn(
+        TranscodePlanWarningCode::soundOutlastsImages, group.parts.front().flag,
+        "it lasts " + fixedDecimalText(ofSound, 3) + " s, and the images " + fixedDecimalText(ofImages, 3) + " s");
+  }
+}
+
 void checkAudioDecoder(PlanContext& context, const SourceTrack& track) {
   if (track.stream->isDecodable) return;
   const std::string& codec = track.stream->codecName;
@@ -624,6 +644,7 @@ void planAudio(PlanContext& context) {
   if (context.has(SAVNoAudioFlag.rawValue())) return;
   const std::vector<SourceTrack> tracks = keptTracks(context);
   if (tracks.empty()) return;
+  warnOfLongerSound(context, tracks);
   const std::string_view copyFlag = SAVCopyAudioFlag.rawValue();
   context.isAudioCopied = context.arguments.copyAudio();
   if (context.container && tableRow(*context.container).audioTracks == 0) {

@@ -166,6 +166,20 @@ void checkParts(PlanContext& context, const SourceGroup& group) {
   }
 }
 
+/// Warns of the first image, of those that are given one by one, whose number is not the one after the image before it.
+/// Those of a directory are told by its description.
+void checkNumbers(PlanContext& context, const SourceGroup& group) {
+  for (std::size_t place = 1; place < group.parts.size(); ++place) {
+    const SourcePart& part = group.parts[place];
+    const auto step = stepOfNumbers(group.parts[place - 1].path, part.path);
+    if (!step || *step == 1) continue;
+    context.warn(TranscodePlanWarningCode::numbersMissing, part.flag,
+                 inQuotes(lastPathComponent(part.path)) + " follows " +
+                     inQuotes(lastPathComponent(group.parts[place - 1].path)));
+    return;
+  }
+}
+
 /// The files of a camera that only its maker's own programs decode.
 struct CameraRawRow {
   std::string_view extension;
@@ -278,6 +292,7 @@ void planSources(PlanContext& context, std::span<const Expected<MediaDescription
     group.isImageSequence = std::ranges::all_of(group.parts, isSingleImage) ||
                             (first != nullptr && first->media->container == SLVMediaFileContainerImageSequence);
     if (first != nullptr) checkParts(context, group);
+    if (group.isImageSequence && context.keepsVideo) checkNumbers(context, group);
   }
   findImage(context);
   warnOfOtherStreams(context);

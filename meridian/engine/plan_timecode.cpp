@@ -115,6 +115,7 @@ std::optional<bool> continues(const LabelledPart& before, const MediaDescription
   const auto labels = timecodeFramesPerSecond(rate);
   const auto images = timecodeFramesPerSecond(*video->frameRate);
   if (!first || !next || !day || !labels || !images) return std::nullopt;
+  if (part.timecode->start.isDropFrame != before.media->timecode->start.isDropFrame) return false;
   // In parts of which a label and an image have a whole number each.
   const auto dayLength = checkedProduct(*day, *images);
   const auto length = checkedProduct(*before.images, *labels);

@@ -38,11 +38,15 @@ ColorSpaceCodes completed(ColorSpaceCodes codes, const ColorSpaceCodes& others) 
   return codes;
 }
 
-/// Returns the codes that the source states; that R'G'B' has no matrix needs no statement.
+constexpr int linearTransfer = 8;
+
+/// Returns the codes that the source states; that R'G'B' has no matrix needs no statement. OpenEXR holds scene-linear
+/// light by its format ("Technical Introduction to OpenEXR", Scene-Referred Images), so that FFmpeg states nothing.
 ColorSpaceCodes statedColor(const VideoStreamDescription& stream) {
   ColorSpaceCodes codes{stream.primaries.number, stream.transfer.number, stream.matrix.number};
   const bool isRgb = stream.chroma == ChromaSubsampling::rgb;
   if (isRgb && codes.matrix == ColorSpaceCodes::unspecified) codes.matrix = ColorSpaceCodes::rgbMatrix;
+  if (stream.codecName == "exr" && codes.transfer == ColorSpaceCodes::unspecified) codes.transfer = linearTransfer;
   return codes;
 }
 
@@ -267,6 +271,9 @@ ColorSpaceCodes outputColor(PlanContext& context, const PlannedVideo& video,
                  nameOf(video.source.color) + " is assumed");
   }
   if (asked) return *colorSpaceCodes(*asked);
+  if (video.source.color.transfer == linearTransfer && !hasLut) {
+    context.warn(TranscodePlanWarningCode::linearLight, context.image->part->flag);
+  }
   if (hasLut && colorSpaceOf(video.source.color) != SAVRec709ColorSpace) {
     context.warn(TranscodePlanWarningCode::lutColorUnstated, lutFlag);
   }

@@ -22,6 +22,7 @@ enum class TranscodeRunErrorCode : std::uint8_t {
   sourceChanged,
   sourceDamaged,
   sourceShort,
+  imagesDiffer,
   lutNotUsed,
   watermarkNotUsed,
   // The work.
@@ -52,6 +53,8 @@ struct EnumerationTable<TranscodeRunErrorCode> {
       {sourceDamaged, "sourceDamaged", "is damaged", "copy it again from the card, or accept what is left of it"},
       {sourceShort, "sourceShort", "ends before it should",
        "copy it again from the card, or accept what is left of it"},
+      {imagesDiffer, "imagesDiffer", "has another size than its sequence",
+       "take it out, or transcode the images of each size separately"},
       {lutNotUsed, "lutNotUsed", "is a LUT that cannot be used", "choose another LUT"},
       {watermarkNotUsed, "watermarkNotUsed", "is a watermark that cannot be used", "choose another image"},
       {notDecoded, "notDecoded", "cannot be decoded"},

@@ -81,6 +81,7 @@ Expected<FoundWatermark, std::string> describedImage(const std::string& path, co
   // FFmpeg reads each kind of single image by a format of that name.
   const VideoStreamDescription* const image = media->mainVideo();
   if (image == nullptr || !media->formatName.ends_with("_pipe")) return Unexpected(std::string("is not an image"));
+  if (image->width <= 0 || image->height <= 0) return Unexpected(std::string("is an image without a readable size"));
   if (!image->isDecodable) return Unexpected("is an image that cannot be decoded, " + image->codecName);
   return FoundWatermark{path, {image->width, image->height}};
 }

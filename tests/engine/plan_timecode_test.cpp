@@ -118,6 +118,10 @@ TEST(PlanTimecode, GoesOnOverPartsUnlessTheirLabelsBreak) {
   EXPECT_THAT(partStarts({unlabelled(25), labelled("05:00:00:00", rate)}), ElementsAre("00:00:00:00", "05:00:00:00"));
   // At midnight labels begin anew.
   EXPECT_THAT(partStarts({labelled("23:59:59:24", rate, 1), labelled("00:00:00:00", rate)}), IsEmpty());
+  // Labels with and without drop frame have equal numbers in the first minute alone.
+  EXPECT_THAT(partStarts({labelled("23:59:59;28", VideoFrameRate::ntsc30p, 2),
+                          labelled("00:00:00:00", VideoFrameRate::ntsc30p)}),
+              ElementsAre("23:59:59;28", "00:00:00:00"));
   EXPECT_THAT(partStarts({labelled("23:59:59;28", VideoFrameRate::ntsc30p, 2),
                           labelled("00:00:00;00", VideoFrameRate::ntsc30p)}),
               IsEmpty());

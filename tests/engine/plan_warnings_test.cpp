@@ -31,6 +31,7 @@ const std::vector<WarningCase>& warningCases() {
     track.channelCount = 6;
     track.channels.clear();
   });
+  const MediaDescription dpx = changedClip([](Clip& clip, Video&, Audio&) { clip.formatName = "dpx_pipe"; });
   TranscodeSurroundings withLogo;
   withLogo.watermark = FoundWatermark{"logo.png", {300, 200}};
   static const std::vector<WarningCase> rows{
@@ -120,6 +121,22 @@ const std::vector<WarningCase>& warningCases() {
          video.primaries = video.matrix = {9, "bt2020"};
          video.transfer = {14, "bt2020-10"};
        })}},
+      {"-vcodec h264 -vr 25 -an",
+       "-in_0_0 linearLight",
+       "-c_space rec_709",
+       {changedClip([](Clip&, Video& video, Audio&) {
+         video.codecName = "exr";
+         video.chroma = ChromaSubsampling::rgb;
+         video.primaries = video.transfer = video.matrix = {};
+       })}},
+      {"-in_0_1 a.0009.dpx -in_0_2 a.0011.dpx -in_0_3 a.0013.dpx -vcodec h264 -vr 25 -an",
+       "-in_0_2 numbersMissing",
+       "\"a.0011.dpx\" follows \"a.0009.dpx\"",
+       {dpx, dpx, dpx, dpx}},
+      {"-in_1_0 b.wav -in_1_1 c.wav",
+       "-in_1_0 soundOutlastsImages",
+       "20.000 s, and the images 10.000 s",
+       {hdClip(), soundClip(), soundClip()}},
       {"-ac_omit_4", "-ac_omit_4 noSuchTrack", "there are 1"},
       // The rest.
       {"-file_format wav -out /out/a.wav", "-file_format videoLeftOut", "-vn"},

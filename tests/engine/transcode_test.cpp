@@ -590,6 +590,19 @@ TEST_F(Transcodes, TakeNumberedImagesAsAClip) {
   EXPECT_THAT(failed.error().message(), HasSubstr("the image with the number 101 is missing"));
   ASSERT_TRUE(succeeds(words, {.acceptsDamaged = true}));
   EXPECT_THAT(numbersIn(path("gap.mov")), ElementsAre(0, 1, testing::AnyOf(1, 3), 3, 4, 5));
+  // Nor does one of another size change the clip.
+  std::filesystem::create_directory(path("unlike"));
+  for (const std::string size : {"64x48", "32x24"}) {
+    const std::string number = size == "64x48" ? "1" : "2";
+    ASSERT_EQ(run({"ffmpeg", "-v", "error", "-nostdin", "-f", "lavfi", "-i", "color=s=" + size, "-frames:v", "1",
+                   path("unlike/shot." + number + ".png")})
+                  .status,
+              0);
+  }
+  const Result unlike = result("-in_0_0 @unlike -vr 24 -out @unlike.mov -vcodec prores422");
+  ASSERT_FALSE(unlike);
+  EXPECT_EQ(unlike.error().code, TranscodeRunErrorCode::imagesDiffer);
+  EXPECT_EQ(unlike.error().detail, "it is 32 x 24 where the sequence is 64 x 48");
 }
 
 TEST_F(Transcodes, NameThePartThatLacksSound) {
@@ -605,6 +618,21 @@ TEST_F(Transcodes, NameThePartThatLacksSound) {
     EXPECT_EQ(joined->warnings.front().code, TranscodeRunWarningCode::soundFilled);
     EXPECT_EQ(joined->warnings.front().place, path("holed.mkv"));
   }
+}
+
+TEST_F(Transcodes, ConvertSceneLinearImages) {
+  const Outcome made =
+      run({"ffmpeg", "-v", "error", "-nostdin", "-f", "lavfi", "-i",
+           "color=black:s=64x48,format=gbrpf32le,geq=r=0.18:g=0.18:b=0.18", "-frames:v", "1", path("grey.1.exr")});
+  ASSERT_EQ(made.status, 0) << made.errors;
+  ASSERT_TRUE(succeeds("-in_0_0 @grey.1.exr -vr 24 -out @grey.mov -vcodec prores422 -c_space rec_709"));
+  const std::string luma = run({"ffmpeg", "-v", "error", "-nostdin", "-i", path("grey.mov"), "-vf", "extractplanes=y",
+                                "-f", "rawvideo", "-pix_fmt", "gray10le", "-"})
+                               .output;
+  ASSERT_EQ(luma.size(), 2U * 64 * 48);
+  const int code = static_cast<unsigned char>(luma[0]) + 256 * static_cast<unsigned char>(luma[1]);
+  // What a display of Rec. ITU-R BT.1886 shows as 0.18, as a code value of 10 bits.
+  EXPECT_NEAR(code, 64 + 876 * std::pow(0.18, 1 / 2.4), 3);
 }
 
 }  // namespace

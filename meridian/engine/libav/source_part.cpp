@@ -520,8 +520,13 @@ class ImageList final : public PartSource {
     // Who is told of damage looks at the size himself.
     if (options_.notesDamage) return frame;
     if (frame && ((*frame)->width != wanted_.image.width || (*frame)->height != wanted_.image.height)) {
-      return Unexpected(TranscodeRunError{
-          sourceChanged, path, "it is " + std::to_string((*frame)->width) + " x " + std::to_string((*frame)->height)});
+      const auto sizeText = [](int width, int height) {
+        return std::to_string(width) + " x " + std::to_string(height);
+      };
+      return Unexpected(TranscodeRunError{imagesDiffer, path,
+                                          "it is " + sizeText((*frame)->width, (*frame)->height) +
+                                              " where the sequence is " +
+                                              sizeText(wanted_.image.width, wanted_.image.height)});
     }
     return frame;
   }
