@@ -100,6 +100,12 @@ TEST_F(AnalyzeCommandTest, DecodesEverythingAndDrawsIt) {
   EXPECT_EQ(run({MERIDIAN_COMMAND, "analyze", "--deep", "--plot", page, page}).status, 1);
   // What cannot be shown is drawn without it: sound alone, and images alone.
   EXPECT_EQ(run({MERIDIAN_COMMAND, "analyze", "--deep", "--plot", page, path("sound.wav")}).status, 0);
+  // Nor is an image that is a single pixel wide in the filmstrip.
+  const std::string column = path("column.png");
+  ASSERT_EQ(run({"ffmpeg", "-v", "error", "-nostdin", "-f", "lavfi", "-i", "color=s=16x4000", "-frames:v", "1", column})
+                .status,
+            0);
+  EXPECT_EQ(run({MERIDIAN_COMMAND, "analyze", "--deep", "--plot", page, column}).status, 0);
 #endif
 
   const Outcome document = run({MERIDIAN_COMMAND, "analyze", "--json", "--", "-pathToAnalyze", clip, "-deepAnalysis"});

@@ -99,7 +99,7 @@ void Canvas::paint(const Area& area, const std::function<LutColor(double x, doub
   for (int row = 0; row < rows; ++row) {
     auto* const line = reinterpret_cast<std::uint32_t*>(samples + static_cast<std::ptrdiff_t>(row) * stride);
     for (int column = 0; column < columns; ++column) {
-      line[column] = packed(colorAt(column / (columns - 1.0), 1 - row / std::max(1.0, rows - 1.0)));
+      line[column] = packed(colorAt(column / std::max(1.0, columns - 1.0), 1 - row / std::max(1.0, rows - 1.0)));
     }
   }
   cairo_surface_mark_dirty(image.get());
