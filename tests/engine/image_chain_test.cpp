@@ -391,6 +391,26 @@ TEST(TextMask, DrawsAnyCharacters) {
   ASSERT_TRUE(lines);
   EXPECT_GT(lines->height, plain->height * 3 / 2);
   EXPECT_EQ(maskOfText("   ", 20, 400)->width, 0);
+  // What is not UTF-8 is seen, and what comes after it as well.
+  EXPECT_GT(maskOfText("Reel 12\xff!", 20, 400)->width, maskOfText("Reel 12!", 20, 400)->width);
+}
+
+TEST(TextMask, DrawsFromRightToLeft) {
+  // Beh and alef: the second of them is the tall one.
+  const std::string text = "\u0628\u0627";
+  const auto mask = maskOfText(text, 40, 400);
+  if (!mask) GTEST_SKIP() << mask.error();
+  if (!missingCharacters(text).empty()) GTEST_SKIP() << "no font has Arabic letters";
+  std::array<std::int64_t, 2> upper{};
+  for (int y = 0; y < mask->height / 3; ++y) {
+    for (int x = 0; x < mask->width; ++x) {
+      const auto place =
+          static_cast<std::size_t>(y) * static_cast<std::size_t>(mask->width) + static_cast<std::size_t>(x);
+      upper.at(x < mask->width / 2 ? 0 : 1) += mask->coverage[place];
+    }
+  }
+  EXPECT_GT(upper[0], 0);
+  EXPECT_EQ(upper[1], 0);
 }
 
 }  // namespace

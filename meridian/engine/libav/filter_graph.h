@@ -46,9 +46,6 @@ class FrameFilter {
   /// Returns the next image; null if the chain needs another one first, or after the end.
   [[nodiscard]] FramePointer receive();
 
-  /// Returns a filter of the chain by its name; null if there is none.
-  [[nodiscard]] AVFilterContext* find(const char* name) { return avfilter_graph_get_filter(graph_.get(), name); }
-
  private:
   FrameFilter() = default;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "meridian/base/joined.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 
@@ -36,7 +37,7 @@ std::vector<TranscodeRunWarning> PartDamage::takeWarnings() {
   std::vector<TranscodeRunWarning> warnings;
   if (const std::int64_t count = std::exchange(count_, 0); count > 0) {
     std::string detail = std::exchange(first_, {});
-    if (count > 1) detail += ", and in " + std::to_string(count - 1) + " more places";
+    if (count > 1) detail += ", and in " + countText(count - 1, "more place");
     warnings.push_back({TranscodeRunWarningCode::damageAccepted, path_, std::move(detail)});
   }
   if (!short_.empty()) {

@@ -1,9 +1,5 @@
 #include "meridian/engine/libav/text_mask.h"
 
-extern "C" {
-#include <libavutil/opt.h>
-}
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -13,6 +9,7 @@ extern "C" {
 #include <set>
 #include <utility>
 
+#include "meridian/base/ascii.h"
 #include "meridian/base/text.h"
 #include "meridian/engine/libav/filter_graph.h"
 #include "meridian/engine/libav/log_collector.h"
@@ -48,25 +45,37 @@ std::string fontFor(const std::set<std::string>& characters) {
   return codes.empty() ? usualFont : std::string(usualFont) + "\\:charset=" + codes;
 }
 
+/// Writes a text so that none of its characters is syntax: FFmpeg takes a backslash away for the list of filters, and
+/// another one for the list of options. What is not UTF-8 becomes U+FFFD, which shows that something was there.
+std::string escaped(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const TextUnit unit = firstUnit(text);
+    const char first = text.front();
+    const bool isAscii = unit.isCharacter && unit.length == 1;
+    if (isAscii && !detail::isLetter(first) && !detail::isDigit(first)) result += "\\\\\\";
+    result += unit.isCharacter ? text.substr(0, unit.length) : "\uFFFD";
+    text.remove_prefix(unit.length);
+  }
+  return result;
+}
+
 /// Draws the text into the middle of a canvas that has a font's height of room on each side.
 Expected<TextMask, std::string> drawn(const std::string& text, double size, int width, int height,
                                       const std::string& font = usualFont) {
   const int room = static_cast<int>(std::ceil(size));
   const FilterInput canvas{width + 2 * room, height + 2 * room, AV_PIX_FMT_GRAY8};
-  // The text itself is set as it is, so that none of its characters is syntax.
-  const std::string description = "drawtext@text=text=0:expansion=none:font='" + font +
-                                  "':fontcolor=white:fix_bounds=0:"
-                                  "fontsize=" +
-                                  std::to_string(std::max(std::lround(size), 1L)) + ":x=" + std::to_string(room) +
-                                  ":y=" + std::to_string(room);
+  // The filter joins letters, and orders them from right to left, when it is made and never later.
+  const std::string description =
+      "drawtext=text=" + escaped(text) + ":expansion=none:font='" + font +
+      "':fontcolor=white:fix_bounds=0:fontsize=" + std::to_string(std::max(std::lround(size), 1L)) +
+      ":x=" + std::to_string(room) + ":y=" + std::to_string(room);
   auto graph = FrameFilter::open(description, canvas, 1);
   if (!graph) return Unexpected(std::move(graph).error());
-  AVFilterContext* const filter = (*graph)->find("drawtext@text");
   const LogCollector log;
   const auto failure = [&log] {
     return Unexpected(log.firstError().empty() ? std::string("the text cannot be drawn") : log.firstError());
   };
-  if (filter == nullptr || av_opt_set(filter->priv, "text", text.c_str(), 0) < 0) return failure();
   FramePointer frame(av_frame_alloc());
   if (!frame) return failure();
   frame->format = canvas.format;
