@@ -17,6 +17,7 @@ namespace meridian::inline v0_2 {
 /// Code points of colour primaries, transfer characteristics and matrix coefficients.
 struct ColorSpaceCodes {
   static constexpr int unspecified = 2;
+  static constexpr int linearTransfer = 8;
   /// The matrix of R'G'B', which has none.
   static constexpr int rgbMatrix = 0;
 

@@ -38,15 +38,14 @@ ColorSpaceCodes completed(ColorSpaceCodes codes, const ColorSpaceCodes& others) 
   return codes;
 }
 
-constexpr int linearTransfer = 8;
-
 /// Returns the codes that the source states; that R'G'B' has no matrix needs no statement. OpenEXR holds scene-linear
 /// light by its format ("Technical Introduction to OpenEXR", Scene-Referred Images), so that FFmpeg states nothing.
 ColorSpaceCodes statedColor(const VideoStreamDescription& stream) {
   ColorSpaceCodes codes{stream.primaries.number, stream.transfer.number, stream.matrix.number};
   const bool isRgb = stream.chroma == ChromaSubsampling::rgb;
   if (isRgb && codes.matrix == ColorSpaceCodes::unspecified) codes.matrix = ColorSpaceCodes::rgbMatrix;
-  if (stream.codecName == "exr" && codes.transfer == ColorSpaceCodes::unspecified) codes.transfer = linearTransfer;
+  if (stream.codecName == "exr" && codes.transfer == ColorSpaceCodes::unspecified)
+    codes.transfer = ColorSpaceCodes::linearTransfer;
   return codes;
 }
 
@@ -271,7 +270,7 @@ ColorSpaceCodes outputColor(PlanContext& context, const PlannedVideo& video,
                  nameOf(video.source.color) + " is assumed");
   }
   if (asked) return *colorSpaceCodes(*asked);
-  if (video.source.color.transfer == linearTransfer && !hasLut) {
+  if (video.source.color.transfer == ColorSpaceCodes::linearTransfer && !hasLut) {
     context.warn(TranscodePlanWarningCode::linearLight, context.image->part->flag);
   }
   if (hasLut && colorSpaceOf(video.source.color) != SAVRec709ColorSpace) {

@@ -11,6 +11,7 @@
 ///     //   ...
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
@@ -40,7 +41,8 @@ static_assert(stepNames.size() == std::variant_size_v<VideoStep>);
   return detail::stepNames[step.index()];
 }
 
-/// Returns the name of a colour space: "rec_709", "rec_709 as R'G'B'", or the three code points "9-16-9".
+/// Returns the name of a colour space: "rec_709", "rec_709 as R'G'B'", "rec_709 in linear light", or the three code
+/// points "9-16-9".
 [[nodiscard]] inline std::string nameOf(const ColorSpaceCodes& color) {
   for (const ColorSpaceRow& row : colorSpaceRows) {
     if (row.codes == color) return row.value.string();
@@ -52,6 +54,11 @@ static_assert(stepNames.size() == std::variant_size_v<VideoStep>);
     }
   }
   if (const auto space = colorSpaceOf(color)) return space->string();
+  if (color.transfer == ColorSpaceCodes::linearTransfer) {
+    const auto* const row = std::ranges::find(colorSpaceRows, color.primaries,
+                                              [](const ColorSpaceRow& each) { return each.codes.primaries; });
+    if (row != colorSpaceRows.end()) return row->value.string() + " in linear light";
+  }
   return std::to_string(color.primaries) + "-" + std::to_string(color.transfer) + "-" + std::to_string(color.matrix);
 }
 

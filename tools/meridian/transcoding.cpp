@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "meridian/base/joined.h"
 #include "meridian/base/numbers.h"
 #include "meridian/base/printable.h"
 #include "meridian/serialization/transcode_plan_json.h"
@@ -131,7 +132,7 @@ Status carryOut(std::span<const std::string_view> words, const TranscodeRequest&
 std::string summaryOf(const TranscodeResult& result) {
   const double elapsed = std::chrono::duration<double>(result.elapsed).count();
   std::string text = printable(result.path) + ": ";
-  if (result.frames > 0) text += std::to_string(result.frames) + " frames, ";
+  if (result.frames > 0) text += countText(result.frames, "frame") + ", ";
   text += fixedDecimalText(result.seconds, 2) + " s, " + fixedDecimalText(static_cast<double>(result.bytes) / 1e6, 2) +
           " MB in " + fixedDecimalText(elapsed, 2) + " s";
   return elapsed > 0 ? text + " (" + fixedDecimalText(result.seconds / elapsed, 2) + "x)" : text;
