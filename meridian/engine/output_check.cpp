@@ -28,7 +28,7 @@ struct Difference {
 
 std::string secondsText(double seconds) { return fixedDecimalText(seconds, 3) + " s"; }
 
-std::string ratioText(const MediaRational& ratio) {
+std::string aspectRatioText(const MediaRational& ratio) {
   return std::to_string(ratio.numerator) + "/" + std::to_string(ratio.denominator);
 }
 
@@ -114,7 +114,7 @@ class Comparison {
   void comparePixels(const PlannedVideo& planned, const VideoStreamDescription& found) {
     if (isRaw() || isMxf()) return;
     const auto ratio = inLowestTerms(planned.output().pixelAspectRatio);
-    if (ratio) compare("the pixel aspect ratio", ratioText(*ratio), ratioText(found.pixelAspectRatio));
+    if (ratio) compare("the pixel aspect ratio", aspectRatioText(*ratio), aspectRatioText(found.pixelAspectRatio));
   }
 
   void compareTimes(const PlannedVideo& planned, const VideoStreamDescription& found) {
