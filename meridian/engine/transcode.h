@@ -52,10 +52,10 @@ struct TranscodeOptions {
   /// must not throw.
   std::function<void(const TranscodeProgress&)> progress = {};
   std::chrono::milliseconds interval{250};
-  /// Ends the transcode with the error `interrupted` as soon as FFmpeg returns from its current frame.
-  /// Is told the size and the number in its file system of the complete output, right before that gets its name, if it
-  /// is set: a process that is killed in the next moment may leave an output that nobody knows of otherwise.
+  /// Is called, if set, with the size of the complete output and its number in its file system, right before it gets
+  /// its name: a caller that writes them down recognises the output even if the process is killed a moment later.
   std::function<void(std::uint64_t size, std::uint64_t fileNumber)> beforePublishing = {};
+  /// Ends the transcode with the error `interrupted` as soon as FFmpeg returns from its current frame.
   std::stop_token stop = {};
   /// Threads of each decoder and encoder; 0 for as many as the machine has cores.
   unsigned threads = 0;

@@ -262,7 +262,7 @@ FarmRun submitFarm(const FarmRequest& request) {
     fs::remove(run.list + ".summary", error);
     releaseInSlurm(run.array);
   } catch (const CommandError&) {
-    // An array that nobody knows of is not left.
+    // No array is left that `farm cancel` cannot find.
     cancelInSlurm({run.array});
     throw;
   }

@@ -343,8 +343,8 @@ class FilePart final : public PartSource {
         .frame = std::move(frame), .time = time, .duration = duration, .part = 0, .otherVideo = stream.otherVideo});
   }
 
-  /// Returns when an image or sound is shown or heard whose time stamp may have gone back, as in recordings that were
-  /// put one behind the other: those that come then follow what was before.
+  /// Returns when an image is shown or a sound is heard. Time stamps go back where recordings were joined into one
+  /// file: what comes then follows what was before.
   [[nodiscard]] Ticks continuedTime(Stream& stream, Ticks stated) {
     if (!stream.hasBegun || stated >= stream.next - greatestStepBack) {
       // A single time stamp that was wrong changes nothing for those after it.
@@ -517,7 +517,7 @@ class ImageList final : public PartSource {
 
   [[nodiscard]] Expected<FramePointer, TranscodeRunError> decoded(const std::string& path) const {
     auto frame = decodeImage(path, options_.threads);
-    // Who is told of damage looks at the size himself.
+    // A caller that notes damage checks the size itself.
     if (options_.notesDamage) return frame;
     if (frame && ((*frame)->width != wanted_.image.width || (*frame)->height != wanted_.image.height)) {
       const auto sizeText = [](int width, int height) {

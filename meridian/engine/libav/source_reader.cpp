@@ -84,8 +84,8 @@ class GroupReader {
     return source_.isImageSequence || part_ + 1 == source_.parts.size();
   }
 
-  /// Packets can be put behind those of another part only if a decoder needs the same parameters for both: an output
-  /// has one description of each stream.
+  /// Packets can follow those of another part only if a decoder needs the same parameters for both: an output has one
+  /// description of each stream.
   [[nodiscard]] std::optional<TranscodeRunError> checkCopies() const {
     if (source_.isImageSequence || source_.parts.size() < 2) return std::nullopt;
     std::vector<std::optional<std::size_t>> copied;
