@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <set>
 #include <utility>
+#include <vector>
 
 #include "meridian/base/ascii.h"
 #include "meridian/base/text.h"
@@ -21,21 +21,23 @@ int borderOf(double size) noexcept { return std::max(static_cast<int>(std::lroun
 
 constexpr const char* usualFont = "monospace";
 
-/// Returns the characters beyond ASCII, each once; the first of very many.
-std::set<std::string> rareCharactersOf(std::string_view text) {
+/// Returns the characters beyond ASCII in their order, each once; the first of very many.
+std::vector<std::string> rareCharactersOf(std::string_view text) {
   constexpr std::size_t most = 256;
   constexpr char32_t lastOfAscii = 0x7F;
-  std::set<std::string> characters;
+  std::vector<std::string> characters;
   while (!text.empty() && characters.size() < most) {
     const TextUnit unit = firstUnit(text);
-    if (unit.isCharacter && unit.value > lastOfAscii) characters.emplace(text.substr(0, unit.length));
+    const std::string_view character = text.substr(0, unit.length);
+    const bool isRare = unit.isCharacter && unit.value > lastOfAscii;
+    if (isRare && std::ranges::find(characters, character) == characters.end()) characters.emplace_back(character);
     text.remove_prefix(unit.length);
   }
   return characters;
 }
 
 /// Returns fontconfig's pattern of a font that has the characters, if there is one: "monospace:charset=65e5 672c".
-std::string fontFor(const std::set<std::string>& characters) {
+std::string fontFor(const std::vector<std::string>& characters) {
   std::string codes;
   for (const std::string& each : characters) {
     std::array<char, 16> code{};
@@ -148,7 +150,7 @@ Expected<TextMask, std::string> maskOfText(const std::string& text, double size,
 }
 
 std::string missingCharacters(const std::string& text) {
-  const std::set<std::string> characters = rareCharactersOf(text);
+  const std::vector<std::string> characters = rareCharactersOf(text);
   if (characters.empty()) return {};
   const std::string font = fontFor(characters);
   constexpr double size = 16;
