@@ -410,6 +410,26 @@ TEST_F(DescriptionTest, GivesConstantRatesThatTheTicksRoundOrThatAreFast) {
   }
 }
 
+TEST_F(DescriptionTest, BelievesTheTimesOfATransportStreamRatherThanItsImages) {
+  // Longer than what is read for the rate.
+  const std::string clip = mapVideo + "-vf loop=19:15,fps=25 ";
+  const std::string h264 = clip + "-c:v libx264 -bf 3 -pix_fmt yuv420p -bsf:v h264_metadata=tick_rate=";
+  ASSERT_NO_FATAL_FAILURE(make({{"half.ts", h264 + "25"},
+                                {"double.ts", h264 + "100"},
+                                {"least.ts", h264 + "1/1000"},
+                                {"short.ts", h264 + "25 -frames:v 10"},
+                                {"group.ts", clip + "-c:v mpeg2video -bf 2 -g 6 -gop_timecode 01:00:00:00 "
+                                                    "-bsf:v mpeg2_metadata=frame_rate=50"}}));
+  for (const std::string name : {"half.ts", "double.ts", "least.ts", "short.ts", "group.ts"}) {
+    const VideoStreamDescription video = described(name).video.at(0);
+    EXPECT_FALSE(video.isVariable) << name;
+    EXPECT_EQ(video.exactFrameRate, (MediaRational{25, 1})) << name;
+  }
+  const auto timecode = described("group.ts").timecode;
+  ASSERT_TRUE(timecode);
+  EXPECT_EQ(timecode->start.timecodeString(), "01:00:00:00");
+}
+
 TEST_F(DescriptionTest, GivesTheDepthOfTheDeepestColour) {
   ASSERT_NO_FATAL_FAILURE(make({{"565.nut", mapVideo + "-frames:v 1 -c:v rawvideo -pix_fmt rgb565le"},
                                 {"alpha.nut", mapVideo + "-frames:v 1 -c:v rawvideo -pix_fmt yuva422p10le"}}));

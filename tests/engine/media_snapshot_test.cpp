@@ -118,6 +118,8 @@ TEST_F(MediaSnapshotTest, ShowsTheRightFrame) {
       {"hevc.mp4", "-c:v libx265 -x265-params log-level=none:keyint=12"},
       {"ten.mp4", "-c:v libx264 -g 30 -bf 3 -pix_fmt yuv422p10le"},
       {"mpeg2.ts", "-c:v mpeg2video -g 12 -bf 2 -q:v 2"},
+      // Its images state half of their rate.
+      {"half.ts", "-c:v libx264 -g 12 -bf 3 -bsf:v h264_metadata=tick_rate=25"},
       {"mpeg2.mxf", "-c:v mpeg2video -g 12 -bf 2 -q:v 2"},
       {"prores.mov", "-c:v prores_ks"},
       {"dnx.mxf", "-c:v dnxhd -profile:v dnxhr_sq", constant, ",scale=512:128:flags=neighbor"},

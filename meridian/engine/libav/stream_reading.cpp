@@ -199,19 +199,30 @@ std::optional<ListedRate> listedRate(const AVFormatContext& input, AVStream& str
   return rateOfTimes(count, timeAt, stream.time_base);
 }
 
-/// Returns the rate of the next frames of a stream: at most 64, and within 1000 packets of all streams.
-ListedRate rateOfNextFrames(AVFormatContext& input, const AVStream& stream) {
+/// Returns the rate of the first frames of a stream: at most 64, and within 1000 packets of all streams.
+ListedRate rateOfFirstFrames(AVFormatContext& input, const AVStream& stream) {
   constexpr int mostPackets = 1000;
   constexpr std::size_t mostFrames = 64;
   std::vector<std::int64_t> times;
+  std::int64_t decoded = AV_NOPTS_VALUE;
   const PacketPointer packet(av_packet_alloc());
   for (int count = 0; packet && count < mostPackets && times.size() < mostFrames; ++count) {
-    if (av_read_frame(&input, packet.get()) < 0) break;
-    if (packet->stream_index == stream.index && packet->pts != AV_NOPTS_VALUE) times.push_back(packet->pts);
+    if (av_read_frame(&input, packet.get()) < 0) {
+      decoded = AV_NOPTS_VALUE;
+      break;
+    }
+    if (packet->stream_index == stream.index && packet->pts != AV_NOPTS_VALUE) {
+      times.push_back(packet->pts);
+      decoded = packet->dts;
+    }
     av_packet_unref(packet.get());
   }
-  // They come in the order of decoding.
+  // They come in the order of decoding: before those that are shown later than the last was decoded, others are
+  // missing.
   std::ranges::sort(times);
+  if (decoded != AV_NOPTS_VALUE) {
+    times.erase(std::ranges::upper_bound(times, decoded), times.end());
+  }
   if (times.size() < 2) return {.isVariable = true};
   const auto timeAt = [&times](int place) { return times[static_cast<std::size_t>(place)]; };
   return rateOfTimes(static_cast<int>(times.size()), timeAt, stream.time_base);
@@ -236,13 +247,21 @@ void describeRate(VideoStreamDescription& video, AVFormatContext& input, AVStrea
     if (listed->rate) rate = listed->isRounded && video.averageFrameRate ? video.averageFrameRate : listed->rate;
   } else if (commonRate > greatestFrameRate && !isCommonAverage && !isCine) {
     // FFmpeg takes the time base where it finds no rate that the frames have in common, or one as fast as this.
-    const ListedRate next = rateOfNextFrames(input, stream);
-    video.isVariable = next.isVariable;
-    rate = next.rate ? next.rate : video.averageFrameRate;
+    const ListedRate first = rateOfFirstFrames(input, stream);
+    video.isVariable = first.isVariable;
+    rate = first.rate ? first.rate : video.averageFrameRate;
   } else if (isAvi || isCine || countsFields || commonRate > greatestFrameRate) {
     rate = video.averageFrameRate;
   } else {
     video.isVariable = std::abs(ratio - 1) > 0.01;
+    // What the coded images of a broadcast state is often wrong, such as fields counted as frames. Its times decide.
+    const bool isTransportStream = std::string_view(input.iformat->name) == "mpegts";
+    const ListedRate first =
+        isTransportStream && !isCommonAverage ? rateOfFirstFrames(input, stream) : ListedRate{.isVariable = true};
+    if (!first.isVariable) {
+      video.isVariable = false;
+      rate = first.rate;
+    }
   }
   // In QuickTime and MP4, too, the time base may be all that frames have in common.
   const bool isTooFast = rate && rate->rawValue() > greatestFrameRate;

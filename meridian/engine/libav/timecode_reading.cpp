@@ -139,6 +139,8 @@ class TimecodeReading {
     AVFormatContext& context = input_.context();
     auto decoder = MediaDecoder::open(*context.streams[video->index], {.threads = 1});
     if (!decoder) return std::nullopt;
+    // Images may have been read for their rate.
+    av_seek_frame(&context, -1, 0, AVSEEK_FLAG_BYTE);
     constexpr int mostPackets = 1000;
     for (int count = 0; count < mostPackets; ++count) {
       const PacketPointer packet(av_packet_alloc());
