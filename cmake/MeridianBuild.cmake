@@ -8,8 +8,9 @@ add_library(meridian_build_options INTERFACE)
 target_compile_features(meridian_build_options INTERFACE cxx_std_20)
 target_compile_options(
   meridian_build_options
-  INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
-            -Wold-style-cast)
+  INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
+            # GCC says of each C source that these are not for C.
+            $<$<COMPILE_LANGUAGE:CXX,OBJCXX>:-Wnon-virtual-dtor;-Woverloaded-virtual;-Wold-style-cast>)
 # A product and a sum stay two roundings, so that every machine gives the same look-up table results.
 target_compile_options(meridian_build_options INTERFACE -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
