@@ -297,6 +297,14 @@ TEST_F(Transcodes, CopyClipsThatWereCutWithoutEncoding) {
     ASSERT_TRUE(succeeds("-in_0_0 @" + input + " -out @" + input + ".mov"));
     EXPECT_EQ(numbersIn(path(input + ".mov")), numbersIn(path(input)));
   }
+  // Parts of which the second decodes an image ahead, and the first, of two images, does not.
+  clip("short.mp4", {.frames = 2, .options = "-c:v libx264 -bf 2 -c:a aac"});
+  clip("long.mp4", {.frames = 10, .first = 2, .options = "-c:v libx264 -bf 2 -c:a aac"});
+  for (const std::string output : {"copied.mov", "copied.mp4", "copied.mxf"}) {
+    SCOPED_TRACE(output);
+    ASSERT_TRUE(succeeds("-in_0_0 @short.mp4 -in_0_1 @long.mp4 -an -out @" + output));
+    EXPECT_EQ(numbersIn(path(output)), numbersFrom(0, 12));
+  }
   // A decoder would need other parameters in the middle of the file.
   const Result joined = result("-in_0_0 @end.mp4 -in_0_1 @b.mp4 -out @joined.mov");
   ASSERT_FALSE(joined);

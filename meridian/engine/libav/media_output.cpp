@@ -49,6 +49,8 @@ struct OutputStream {
   /// Where the first packet begins and the last one ends, on the time line.
   std::optional<Ticks> begin;
   std::atomic<Ticks> end = 0;
+  /// When the last copied packet is decoded, in the time base of the stream.
+  std::optional<std::int64_t> decoded;
 };
 
 class MuxedOutput final : public MediaOutput {
@@ -111,6 +113,9 @@ class MuxedOutput final : public MediaOutput {
     if (!stream.begin) stream.begin = std::max<Ticks>(packet.pts, 0);
     stream.end = std::max(stream.end.load(), packet.pts + packet.duration);
     av_packet_rescale_ts(&packet, timeLine, stream.stream->time_base);
+    if (!copied.track && !decodesInOrder(stream, packet)) {
+      return TranscodeRunError{notCopyable, plan_.output.path, "an image would be decoded after it is shown"};
+    }
     return stream.filter ? filtered(stream, std::move(copied.packet)) : write(stream, std::move(copied.packet));
   }
 
@@ -317,6 +322,14 @@ class MuxedOutput final : public MediaOutput {
     });
     if (failure && !error) error = TranscodeRunError{notEncoded, plan_.output.path, *failure};
     return error;
+  }
+
+  /// Moves a packet behind the one before it where a source states one time for both, which muxers refuse. False if
+  /// its image is shown before that.
+  [[nodiscard]] static bool decodesInOrder(OutputStream& stream, AVPacket& packet) {
+    if (stream.decoded) packet.dts = std::max(packet.dts, *stream.decoded + 1);
+    stream.decoded = packet.dts;
+    return packet.dts <= packet.pts;
   }
 
   void countImage(AVPacket& packet, const AVRational& base) {

@@ -12,6 +12,7 @@
 #include "meridian/engine/describe_media.h"
 #include "meridian/engine/image_sequence.h"
 #include "meridian/engine/libav/copied_sound.h"
+#include "meridian/engine/libav/decode_times.h"
 #include "meridian/engine/libav/source_part.h"
 #include "meridian/platform/file_queries.h"
 #include "meridian/platform/url.h"
@@ -33,7 +34,7 @@ class GroupReader {
     if (!part) return std::move(part).error();
     current_ = *std::move(part);
     beginPart();
-    return checkCopies();
+    return prepareCopies();
   }
 
   /// Returns the next item on the time line of the clip; nothing at the end of the last part.
@@ -85,24 +86,29 @@ class GroupReader {
   }
 
   /// Packets can follow those of another part only if a decoder needs the same parameters for both: an output has one
-  /// description of each stream.
-  [[nodiscard]] std::optional<TranscodeRunError> checkCopies() const {
+  /// description of each stream. The images of all parts are decoded as far ahead as those of any part, since the file
+  /// of a few images may state that none is decoded ahead.
+  [[nodiscard]] std::optional<TranscodeRunError> prepareCopies() {
     if (source_.isImageSequence || source_.parts.size() < 2) return std::nullopt;
     std::vector<std::optional<std::size_t>> copied;
     if (wanted_.hasVideo && wanted_.copiesVideo) copied.emplace_back();
     for (const WantedSound& sound : wanted_.sounds) {
       if (sound.isCopied) copied.emplace_back(sound.track);
     }
-    for (std::size_t place = 1; place < source_.parts.size() && !copied.empty(); ++place) {
+    int delay = 0;
+    for (std::size_t place = 0; place < source_.parts.size() && !copied.empty(); ++place) {
       const std::string& path = source_.parts[place].path;
       const auto part = openPart(path, wanted_, options_);
       if (!part) return part.error();
       for (const auto& track : copied) {
-        if (decodesAlike(*first_->copiedStream(track).parameters, *(*part)->copiedStream(track).parameters)) continue;
+        const AVCodecParameters& parameters = *(*part)->copiedStream(track).parameters;
+        if (!track) delay = std::max(delay, parameters.video_delay);
+        if (decodesAlike(*first_->copiedStream(track).parameters, parameters)) continue;
         return TranscodeRunError{track ? soundNotCopyable : notCopyable, path,
                                  "it is coded with other parameters than the part before it"};
       }
     }
+    joinedTimes_.emplace(delay, wanted_.imageDuration());
     return std::nullopt;
   }
 
@@ -232,14 +238,11 @@ class GroupReader {
         waiting_.emplace_back(CopiedPacket{copied.track, std::move(silence)});
       }
     } else {
-      if (lastDecoded_ && packet.dts <= *lastDecoded_) {
-        if (packet.pts <= *lastDecoded_) {
-          return TranscodeRunError{notCopyable, source_.parts[part_].path,
-                                   "its first images overlap the last of the part before it"};
-        }
-        packet.dts = *lastDecoded_ + 1;
+      if (packet.pts < offset_ && part_ > 0) {
+        return TranscodeRunError{notCopyable, source_.parts[part_].path,
+                                 "its first images overlap the last of the part before it"};
       }
-      lastDecoded_ = packet.dts;
+      if (joinedTimes_) packet.dts = joinedTimes_->next(packet.pts);
     }
     waiting_.emplace_back(std::move(copied));
     return std::nullopt;
@@ -263,7 +266,8 @@ class GroupReader {
   std::map<std::size_t, CopiedSound> copied_;
   std::map<std::size_t, Ticks> countedCuts_;
   Ticks cutSound_ = 0;
-  std::optional<Ticks> lastDecoded_;
+  /// When the images of several parts are decoded.
+  std::optional<DecodeTimes> joinedTimes_;
   std::vector<TranscodeRunWarning> warnings_;
 };
 
